@@ -1,0 +1,43 @@
+# Two commands do everything on a fresh machine: `make run` and `make test`. Each installs what is missing.
+.POSIX:
+PRESET = release
+JOBS = 2
+SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
+
+.PHONY: all setup build run test test-release test-dev test-threads bench tidy install clean
+
+all: build
+
+setup:
+	@sh scripts/setup.sh
+
+build: setup
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) -j $(JOBS)
+
+run: build
+	@sh scripts/example.sh build/$(PRESET)/bin/qx $(SAMPLES) out
+
+test: test-release test-dev test-threads
+
+test-release:
+	@$(MAKE) PRESET=release check
+test-dev:
+	@$(MAKE) PRESET=dev check
+test-threads:
+	@$(MAKE) PRESET=tsan check
+
+check: build
+	ctest --preset $(PRESET) -j $(JOBS)
+
+bench: build
+	build/$(PRESET)/bin/qx_bench
+
+tidy: build
+	sh scripts/tidy.sh build/$(PRESET)
+
+install: build
+	cmake --install build/$(PRESET)
+
+clean:
+	rm -rf build out

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstddef>
+#include <cstring>
+
+#include "QX/compositing/QX_LinearLookup.h"
+#include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_World.h"
+
+namespace {
+
+using namespace qx;
+
+constexpr int kSite = 90;
+
+/// One pixel between an encoded integer world and a linear float one, or between two integer depths.
+template <class To, class From> To convert(const QX_LinearBlendingTables& tables, const From& p) {
+    if constexpr (std::is_same_v<To, From>) {
+        return p;
+    } else if constexpr (std::is_same_v<To, QX_PixelFloat>) {
+        const auto colour = [&](auto c) {
+            const std::int32_t linear =
+                std::is_same_v<From, QX_Pixel8> ? tables.to_linear[c & 255] : to_linear16(tables, c);
+            return static_cast<float>(linear) * kRow16ToFloat;
+        };
+        const float scale = std::is_same_v<From, QX_Pixel8> ? kRow8ToFloat : kRow16ToFloat;
+        return {static_cast<float>(p.alpha) * scale, colour(p.red), colour(p.green), colour(p.blue)};
+    } else if constexpr (std::is_same_v<From, QX_PixelFloat>) {
+        using Channel = QX_ChannelOf<To>;
+        const auto colour = [&](float c) {
+            const std::int32_t linear = colour_from_float<32768, std::uint16_t, float>(c);
+            const std::int32_t encoded = from_linear16(tables, linear);
+            if constexpr (std::is_same_v<To, QX_Pixel8>) {
+                return narrow_16_to_8(static_cast<std::uint32_t>(encoded));
+            } else {
+                return static_cast<Channel>(encoded);
+            }
+        };
+        return {alpha_from_float<DepthOf<To>::full, Channel, float>(p.alpha), colour(p.red), colour(p.green),
+                colour(p.blue)};
+    } else {
+        return convert_pixel<To, float>(p);
+    }
+}
+
+template <class Pixel> const Pixel* row_of(const QX_World& world, int y) {
+    return reinterpret_cast<const Pixel*>(static_cast<const std::byte*>(world.data) +
+                                          std::ptrdiff_t{y} * world.rowbytes);
+}
+
+template <class From, class To>
+void convert_world(const QX_LinearBlendingTables& tables, const QX_World& src, QX_World& dst) {
+    for (int y = 0; y < dst.height; ++y) {
+        const From* from = row_of<From>(src, y);
+        To* to = const_cast<To*>(row_of<To>(dst, y));
+        if constexpr (std::is_same_v<From, To>) {
+            std::memmove(to, from, static_cast<std::size_t>(dst.width) * sizeof(To));
+        } else {
+            for (int x = 0; x < dst.width; ++x) to[x] = convert<To>(tables, from[x]);
+        }
+    }
+}
+
+[[noreturn]] void refuse_depth() {
+    throw report_failed_verification(kSite, "Unknown bit depth attempting to depth convert.");
+}
+
+template <class From> void convert_from(const QX_LinearBlendingTables& tables, const QX_World& src, QX_World& dst) {
+    switch (dst.Depth()) {
+        case 8:
+            return convert_world<From, QX_Pixel8>(tables, src, dst);
+        case 16:
+            return convert_world<From, QX_Pixel16>(tables, src, dst);
+        case 32:
+            return convert_world<From, QX_PixelFloat>(tables, src, dst);
+        default:
+            refuse_depth();
+    }
+}
+
+}  // namespace
+
+void QX_DepthConvertWorld(const QX_LinearBlendingTables* tables, const QX_World* src, QX_World* dst) {
+    if (src->width != dst->width || src->height != dst->height) return;
+    switch (src->Depth()) {
+        case 8:
+            return convert_from<QX_Pixel8>(*tables, *src, *dst);
+        case 16:
+            return convert_from<QX_Pixel16>(*tables, *src, *dst);
+        case 32:
+            return convert_from<QX_PixelFloat>(*tables, *src, *dst);
+        default:
+            refuse_depth();
+    }
+}

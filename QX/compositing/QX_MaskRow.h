@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+
+#include "QX/compositing/QX_PixelAccess.h"
+#include "QX/indep/QX_Records.h"
+
+namespace qx {
+
+/// The mask of a transfer in destination coordinates. Gives a row's coverage as pixels of which only alpha counts.
+template <class Pixel> class MaskRows {
+    using D = DepthOf<Pixel>;
+
+public:
+    MaskRows(const QX_MaskWorld& mask, Pixel* row) : mask_(mask), computed_(row) {}
+
+    /// Kinds 0 and 2 clip the rectangle to this.
+    bool clips() const { return (mask_.flags & 1) == 0; }
+    M_LRect bounds() const { return M_OffsetLRect({0, 0, mask_.world.width, mask_.world.height}, mask_.x, mask_.y); }
+
+    /// Coverage of columns [left, right) of row y: in place in the mask's world where alpha counts as it stands, else
+    /// computed. Outside the mask it is full.
+    const Pixel* row(std::int32_t left, std::int32_t right, std::int32_t y) {
+        const M_LRect b = bounds();
+        if (mask_.flags == kQX_MaskAlpha) return pixel(left, y);
+        const bool beside = y < b.top || y >= b.bottom;
+        const std::int32_t from = beside ? right : std::clamp(b.left, left, right);
+        const std::int32_t to = beside ? right : std::clamp(b.right, from, right);
+        constexpr auto full = static_cast<QX_ChannelOf<Pixel>>(D::full);
+        for (std::int32_t x = left; x < from; ++x) computed_[x - left].alpha = full;
+        for (std::int32_t x = from; x < to; ++x) computed_[x - left].alpha = coverage(*pixel(x, y));
+        for (std::int32_t x = to; x < right; ++x) computed_[x - left].alpha = full;
+        return computed_;
+    }
+
+private:
+    const Pixel* pixel(std::int32_t x, std::int32_t y) const {
+        const auto* start = static_cast<const std::byte*>(mask_.world.data);
+        return reinterpret_cast<const Pixel*>(start + std::ptrdiff_t{y - mask_.y} * mask_.world.rowbytes) +
+               (x - mask_.x);
+    }
+
+    QX_ChannelOf<Pixel> coverage(const Pixel& from) const {
+        const auto p = load_pixels<Planes<typename D::Lane>>(&from);
+        const auto value = (mask_.flags & 2) != 0 ? D::mul(D::luma(p.r, p.g, p.b), p.a) : p.a;
+        return static_cast<QX_ChannelOf<Pixel>>((mask_.flags & 1) != 0 ? D::comp(value) : value);
+    }
+
+    const QX_MaskWorld mask_;
+    Pixel* computed_;
+};
+
+}  // namespace qx

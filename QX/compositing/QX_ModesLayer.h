@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "QX/compositing/QX_ModeFrame.h"
+
+/// The modes that place a layer: copies, over and behind and their kin, alpha alone, and the two markers.
+namespace qx::modes {
+
+/// Colours are copied, alpha takes mask and opacity; with rgb_only destination alpha stays.
+template <int Number> struct Copying : Mode<Number, Skips::none> {
+    static constexpr bool copies = true;
+    template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool rgb_only) {
+        return with_alpha(rgb_only ? dst.a : s, src);
+    }
+};
+struct Replace : Copying<-3> {};
+struct Copy : Copying<0> {};
+
+/// Weighs both pixels by the mask (QX_XferRowsT.h has its row: it takes neither opacity nor s).
+struct MaskCrossfade : Mode<-2, Skips::none> {};
+
+/// Draws or leaves whole pixels by a random number (QX_XferRowsT.h has its row). The other forms change nothing.
+struct Dissolve : Mode<3, Skips::none> {
+    template <Form, class D, class P> QX_LANE P apply(const P&, typename P::Lane, const P& dst, bool) { return dst; }
+};
+
+struct Behind : Mode<1> {
+    template <Form F, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool rgb_only) {
+        using V = typename P::Lane;
+        const V d = dst.a;
+        const auto mixed = [&]() QX_LAMBDA {
+            const V r = D::combine(s, d);
+            const P sum = with_colours(rgb_only ? d : r, src, dst, [&](V cs, V cd) QX_LAMBDA {
+                const V u = D::mul(cs, s);
+                if constexpr (F == Form::pixel || D::number == 32) {
+                    return D::div(u + D::lerp(cd - u, d), r);
+                } else {  // Kept: rows take the difference without its sign, which rounds the other way at 16 bits
+                    return D::div(cd < u ? u - D::mul(u - cd, d) : u + D::mul(cd - u, d), r);
+                }
+            });
+            if constexpr (D::number == 32) {
+                return sum;
+            } else {
+                return select(d == 0, with_alpha(rgb_only ? splat<V>(0) : s, src), sum);
+            }
+        };
+        return unless_all(d == D::full, dst, mixed);
+    }
+};
+
+struct Over : Mode<2> {
+    static constexpr Switches switches{.keeps_alpha = true};
+    static constexpr bool full_source_copies = true;
+    template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
+        using V = typename P::Lane;
+        const V d = dst.a;
+        const auto onto_opaque = [&]() QX_LAMBDA {  // the general form's value, without its division
+            return with_colours(d, src, dst, [&](V cs, V cd) QX_LAMBDA { return cd + D::lerp(cs - cd, s); });
+        };
+        const auto mixed = [&]() QX_LAMBDA {
+            const V r = D::combine(s, d);
+            return with_colours(r, src, dst, [&](V cs, V cd) QX_LAMBDA {
+                const V u = D::mul(cd, d);
+                return D::div(u + D::lerp(cs - u, s), r);
+            });
+        };
+        const auto partly = [&]() QX_LAMBDA {
+            if constexpr (D::number != 32) {
+                if (all(d == D::full)) return onto_opaque();
+            }
+            return unless_all(d == 0, with_alpha(s, src), mixed);
+        };
+        return unless_all(s == D::full, src, partly);
+    }
+};
+
+/// Source colours are multiplied already; they take mask and opacity as alpha does.
+struct PremulOver : Mode<21, Skips::nothing_to_add> {
+    static constexpr Switches switches{.keeps_alpha = true};
+    static constexpr bool scales_colour = true;
+    template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
+        using V = typename P::Lane;
+        const V w = D::mul(D::comp(s), dst.a), r = D::combine(s, dst.a);
+        return with_colours(r, src, dst, [&](V u, V cd) QX_LAMBDA {
+            const V sum = D::mul(w, cd) + u;
+            if constexpr (D::number == 32) {
+                return D::div(sum, r);
+            } else {
+                return D::div(lesser(sum, splat<V>(D::full)), r);
+            }
+        });
+    }
+};
+
+/// Alphas add up, until they are full.
+struct AlphaAdd : Mode<22> {
+    static constexpr Switches switches{.keeps_alpha = true};
+    static constexpr bool full_source_copies = true;
+    template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
+        using V = typename P::Lane;
+        const V d = dst.a, t = s + d;
+        const auto partly = [&]() QX_LAMBDA {
+            return with_colours(t < D::full ? t : splat<V>(D::full), src, dst, [&](V cs, V cd) QX_LAMBDA {
+                const V below = D::mul(cd, d) + D::mul(cs, s), above = D::mul(D::comp(s), cd) + D::mul(cs, s);
+                return t < D::full ? D::div(below, t) : above;
+            });
+        };
+        return unless_all(s == D::full, src, partly);
+    }
+};
+
+/// At float the product is kept on the scale, and what vanishes becomes 0.
+template <class V> QX_INLINE constexpr V limited_alpha(V v) {
+    return v > 1.0f ? splat<V>(1.0f) : v < 1e-16f ? splat<V>(0.0f) : v;
+}
+
+struct AlphaMultiply : AlphaOnly<AlphaMultiply, 17, Skips::none> {
+    template <class D, class V> QX_LANE V alpha(V s, V d, V) { return D::mul(d, s); }
+};
+struct AlphaMultiplyLuma : AlphaOnly<AlphaMultiplyLuma, 18, Skips::none> {
+    template <class D, class V> QX_LANE V alpha(V s, V d, V luma) {
+        if constexpr (D::number == 32) {
+            return limited_alpha(luma * s * d);
+        } else {
+            return D::mul(d, D::mul(luma, s));
+        }
+    }
+};
+struct AlphaMultiplyInverse : AlphaOnly<AlphaMultiplyInverse, 19, Skips::transparent_source> {
+    template <class D, class V> QX_LANE V alpha(V s, V d, V) { return D::mul(d, D::comp(s)); }
+};
+struct AlphaMultiplyInverseLuma : AlphaOnly<AlphaMultiplyInverseLuma, 20, Skips::transparent_source> {
+    template <class D, class V> QX_LANE V alpha(V s, V d, V luma) {
+        if constexpr (D::number == 32) {
+            return limited_alpha((1.0f - luma * s) * d);
+        } else {
+            return D::mul(d, D::comp(D::mul(luma, s)));
+        }
+    }
+};
+
+/// Blue and a full alpha where the source covers half. Kept: a function of one pixel squares the source's own alpha.
+struct ThresholdBlue : Mode<39, Skips::none> {
+    template <Form F, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
+        using V = typename P::Lane;
+        P marked = dst;
+        marked.a = splat<V>(D::full);
+        marked.b = src.b;
+        if constexpr (F == Form::pixel) {
+            return select(D::mul(src.a, src.a) >= D::half, marked, dst);
+        } else {
+            return select(s >= D::half, marked, dst);
+        }
+    }
+};
+
+/// The whole source pixel, unless the destination is one of four marker colours.
+struct MarkerGuard : Mode<40, Skips::none> {
+    template <Form F, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
+        const auto kept = is_marker<D>(dst);
+        if constexpr (F == Form::pixel && D::number == 32) {
+            return select((src.a * src.a != 0.0f) & (kept == 0), src, dst);
+        } else {
+            return select((s > 0) & (kept == 0), src, dst);
+        }
+    }
+
+private:
+    template <class D, class P> QX_LANE auto is_marker(const P& p) {
+        if constexpr (D::number == 16) {
+            const auto to8 = [](auto v) QX_LAMBDA { return (v * 255 + 16384) >> 15; };
+            return is_marker<Depth8>(Planes<typename P::Lane>{p.a, to8(p.r), to8(p.g), to8(p.b)});
+        } else {
+            constexpr auto high = D::number == 8 ? typename D::Lane(191) : typename D::Lane(0.75f);
+            constexpr auto low = D::number == 8 ? typename D::Lane(64) : typename D::Lane(0.25f);
+            const auto green = (p.r == 0) & (p.b == 0) & (p.g >= D::full);
+            const auto red = (p.r == D::full) & (p.g == 0) & (p.b == 0);
+            const auto blue = (p.r == 0) & (p.g == 0) & ((p.b == high) | (p.b == low));
+            return green | red | blue;
+        }
+    }
+};
+
+}  // namespace qx::modes

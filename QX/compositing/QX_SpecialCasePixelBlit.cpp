@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QX/compositing/QX_SpecialCasePixelBlit.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "QX/indep/QX_Depth.h"
+#include "QX/indep/QX_DepthSteps.h"
+#include "QX/indep/QX_Guard.h"
+#include "QX/indep/QX_Report.h"
+#include "QX/iterate/QX_Iterate.h"
+
+namespace {
+
+using namespace qx;
+
+/// One colour at the depth of the source, and as it is written where nothing covers it.
+template <class D> struct Backdrop {
+    using Lane = typename D::Lane;
+    Lane alpha, red, green, blue;
+    QX_Pixel8 shown;
+};
+
+template <class D> Backdrop<D> backdrop(const QX_PixelFloat& c) {
+    const auto at8 = [](float v) { return static_cast<std::uint8_t>(truncate_to_int(v * 255.0f + 0.5f)); };
+    const auto lane = [](float v) {
+        if constexpr (D::number == 32) {
+            return v;
+        } else {
+            return static_cast<typename D::Lane>(
+                static_cast<typename D::Channel>(truncate_to_int(v * static_cast<float>(D::full) + 0.5f)));
+        }
+    };
+    return {
+        lane(c.alpha), lane(c.red), lane(c.green), lane(c.blue), {at8(c.alpha), at8(c.red), at8(c.green), at8(c.blue)}};
+}
+
+template <class D> std::uint8_t to8(typename D::Lane v) {
+    if constexpr (D::number == 8) {
+        return static_cast<std::uint8_t>(v);
+    } else if constexpr (D::number == 16) {
+        return narrow_16_to_8(static_cast<std::uint32_t>(v));
+    } else {
+        return colour_from_float<255, std::uint8_t, float>(v);
+    }
+}
+
+struct Blit {
+    const QX_World* src;
+    QX_World* dst;
+    M_LPoint offset;  ///< from destination to source
+    M_LRect rect;     ///< clipped to both worlds
+    QX_SpecialCaseBlitStyle style;
+    bool swap_rb;
+    M_LPoint checker_origin;
+    std::int32_t checker_mask;
+    QX_PixelFloat colour_a, colour_b;
+};
+
+template <class D> class RowBlit {
+    using Pixel = typename D::Pixel;
+    using Lane = typename D::Lane;
+
+public:
+    explicit RowBlit(const Blit& blit)
+        : blit_(blit),
+          a_(backdrop<D>(blit.colour_a)),
+          b_(backdrop<D>(blit.colour_b)),
+          weight_(a_.alpha),
+          black_(a_.red == 0 && a_.green == 0 && a_.blue == 0) {}
+
+    void row(std::int32_t y) {
+        const auto* from = reinterpret_cast<const Pixel*>(static_cast<const std::byte*>(blit_.src->data) +
+                                                          std::ptrdiff_t{y + blit_.offset.y} * blit_.src->rowbytes) +
+                           blit_.offset.x;
+        auto* to = reinterpret_cast<QX_Pixel8*>(static_cast<std::byte*>(blit_.dst->data) +
+                                                std::ptrdiff_t{y} * blit_.dst->rowbytes);
+        for (std::int32_t x = blit_.rect.left; x < blit_.rect.right; ++x) {
+            if (blit_.style == kQX_BlitMatte) {
+                matte(from[x], to[x]);
+            } else if (blit_.style == kQX_BlitCheckerboard) {
+                const std::int32_t square = (x - blit_.checker_origin.x) ^ (y - blit_.checker_origin.y);
+                flatten(from[x], (square & blit_.checker_mask) != 0 ? a_ : b_, to[x]);
+            } else if (black_) {
+                const auto channel = [&](Lane c) { return to8<D>(D::mul(c, Lane(from[x].alpha))); };
+                write(to[x], channel(from[x].red), channel(from[x].green), channel(from[x].blue));
+            } else {
+                flatten(from[x], a_, to[x]);
+            }
+        }
+    }
+
+private:
+    /// The colours alone; the destination's alpha stays.
+    void write(QX_Pixel8& to, std::uint8_t red, std::uint8_t green, std::uint8_t blue) const {
+        to.red = blit_.swap_rb ? blue : red;
+        to.green = green;
+        to.blue = blit_.swap_rb ? red : blue;
+    }
+
+    void flatten(const Pixel& s, const Backdrop<D>& behind, QX_Pixel8& to) const {
+        const Lane alpha = s.alpha;
+        if (alpha <= 0) {  // the backdrop as it is, alpha included
+            to.alpha = behind.shown.alpha;
+            write(to, behind.shown.red, behind.shown.green, behind.shown.blue);
+            return;
+        }
+        const auto channel = [&](Lane c, Lane b) { return to8<D>(alpha >= D::full ? c : D::lerp(c - b, alpha) + b); };
+        write(to, channel(s.red, behind.red), channel(s.green, behind.green), channel(s.blue, behind.blue));
+    }
+
+    /// Kept: the weight is carried on from pixel to pixel and from row to row of a part.
+    void matte(const Pixel& s, QX_Pixel8& to) {
+        const bool pulled = s.alpha < D::full;
+        if (pulled) weight_ = D::mul(D::comp(Lane(s.alpha)), weight_);
+        const auto channel = [&](Lane c, Lane m) { return to8<D>(pulled ? D::lerp(m - c, weight_) + c : c); };
+        write(to, channel(s.red, a_.red), channel(s.green, a_.green), channel(s.blue, a_.blue));
+    }
+
+    const Blit& blit_;
+    Backdrop<D> a_, b_;
+    Lane weight_;
+    bool black_;
+};
+
+/// Part i of n takes height / n rows, and the last part also what remains.
+template <class D> int blit_part(void* refcon, std::int32_t, std::int32_t i, std::int32_t n) {
+    const auto& blit = *static_cast<const Blit*>(refcon);
+    const std::int32_t rows = (blit.rect.bottom - blit.rect.top) / n, top = blit.rect.top + i * rows;
+    const std::int32_t bottom = i == n - 1 ? blit.rect.bottom : top + rows;
+    RowBlit<D> part(blit);
+    for (std::int32_t y = top; y < bottom; ++y) part.row(y);
+    return 0;
+}
+
+QX_IterateGenericFunc part_at_depth(int depth) {
+    switch (depth) {
+        case 8:
+            return &blit_part<Depth8>;
+        case 16:
+            return &blit_part<Depth16>;
+        case 32:
+            return &blit_part<DepthFloat>;
+        default:
+            throw report_failed_verification(96, "Unknown world bitdepth in SpecialCasePixelBlit");
+    }
+}
+
+}  // namespace
+
+void QX_SpecialCasePixelBlit(const QX_World* src_world, M_LPoint src_point, QX_SpecialCaseBlitStyle style, bool swap_rb,
+                             M_LPoint checker_origin, const QX_PixelFloat& colour_a, const QX_PixelFloat& colour_b,
+                             std::int32_t checker_mask, const M_LRect& dst_rect, QX_WorldX<QX_Pixel8>* dst_world8) {
+    const QX_IterateGenericFunc part = part_at_depth(src_world->Depth());
+    if (src_point.x < 0 || src_point.y < 0 || M_EmptyLRect(dst_rect)) return;
+    const M_LPoint offset{src_point.x - dst_rect.left, src_point.y - dst_rect.top};
+    M_LRect rect;
+    if (!M_SectLRect(dst_rect, {0, 0, dst_world8->width, dst_world8->height}, &rect)) return;
+    if (!M_SectLRect(rect, M_OffsetLRect({0, 0, src_world->width, src_world->height}, -offset.x, -offset.y), &rect))
+        return;
+    Blit blit{src_world, dst_world8, offset, rect, style, swap_rb, checker_origin, checker_mask, colour_a, colour_b};
+    throw_if(QX_IterateGeneric(-1, &blit, part));
+}

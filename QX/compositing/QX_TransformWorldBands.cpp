@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <limits>
+
+#include "QX/compositing/QX_CompositeMode.h"
+#include "QX/compositing/QX_TransferRect.h"
+#include "QX/iterate/QX_ParallelRun.h"
+
+namespace qx {
+
+namespace {
+
+constexpr int kPlace = 2;
+constexpr int kWidestChannel = 4;
+
+/// The saved routine with its arguments, bound by value. Each run has a scratch block of its own.
+struct TransformWorldFunctor {
+    TransformWorldPlusFn* routine;
+    int quality, flags, field;
+    QX_LayerDef* src;
+    const QX_CompositeModePlus* mode;
+    const QX_LinearBlendingTables* tables;
+    const QX_MaskWorld* mask;
+    const M_Matrix3* matrices;
+    int num_matrices;
+    bool src2dst_matrix;
+    QX_LayerDef* dst;
+
+    int run(const M_LRect* area, const M_LRect& rect, const QX_ProgressInfo* info) const {
+        const std::int64_t width = std::int64_t{rect.right} - rect.left;
+        const std::int64_t room = std::clamp<std::int64_t>(width, 0, std::numeric_limits<int>::max());
+        OwnScratch scratch;
+        if (const int code = scratch.allocate(static_cast<int>(room), kWidestChannel, true)) return code;
+        return routine(info, quality, flags, field, src, mode, tables, mask, scratch.get(), matrices, num_matrices,
+                       src2dst_matrix, area, dst);
+    }
+    int operator()(const M_LRect& band, const QX_ProgressInfo* info) const { return run(&band, band, info); }
+};
+
+/// The two modes that clear destination alpha outside the rectangle, which a band cannot do.
+bool reaches_outside(const QX_CompositeModePlus& mode) {
+    return mode.xfer == xfer_alpha_multiply || mode.xfer == xfer_alpha_multiply_luma;
+}
+
+}  // namespace
+
+int accelerated_transform_world(const QX_ProgressInfo* progress, int quality, int flags, int field, QX_LayerDef* src,
+                                const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables,
+                                const QX_MaskWorld* mask, const M_Matrix3* matrices, int num_matrices,
+                                bool src2dst_matrix, const M_LRect* dest_rect, QX_LayerDef* dst) {
+    if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_in_wrapper(kPlace);
+    const TransformWorldFunctor functor{slot<Slot::TransformWorldPlus>(acceleration.saved),
+                                        quality,
+                                        flags,
+                                        field,
+                                        src,
+                                        mode,
+                                        tables,
+                                        mask,
+                                        matrices,
+                                        num_matrices,
+                                        src2dst_matrix,
+                                        dst};
+    const M_LRect rect = area_or_all(dest_rect, dst);
+    if (is_narrow(rect) || reaches_outside(*mode)) {
+        return guarded([&] { return functor.run(dest_rect, rect, progress); });
+    }
+    return run_bands(progress, rect, functor);
+}
+
+}  // namespace qx

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cfloat>
+#include <cstdint>
+#include <type_traits>
+
+#include "QX/indep/QX_ColourTables.h"
+#include "QX/indep/QX_Lanes.h"
+#include "QX/indep/QX_Pixel.h"
+
+namespace qx {
+
+/// The arithmetic of a depth, written once. `V` is one lane or a vector of lanes.
+///   mul     product of two channels            combine  alpha of two layers, one over the other
+///   comp    full - x                           div      v divided by an alpha, limited to full at integer depths
+///   lerp    signed difference times a weight   smul     the same with mul's rounding
+///   luma    weighted sum of a pixel's colours  wrap     low bits that a stored channel keeps
+/// The single-channel steps between depths for colours and arguments are in QX_DepthSteps.h.
+struct Depth8 {
+    using Pixel = QX_Pixel8;
+    using Channel = std::uint8_t;
+    using Lane = std::int32_t;  // holds a signed product of two channels
+    static constexpr int number = 8;
+    static constexpr Lane full = 255, half = 128;
+
+    template <class V> QX_LANE V mul(V x, V y) {
+        const V t = x * y + 128;
+        return (t + (t >> 8)) >> 8;
+    }
+    template <class V> QX_LANE V comp(V x) { return full - x; }
+    template <class V> QX_LANE V combine(V s, V d) { return comp(mul(comp(s), comp(d))); }
+    template <class V> QX_LANE V lerp(V x, V w) { return mul(x, w); }
+    template <class V> QX_LANE V smul(V x, V w) { return mul(x, w); }
+    template <class V> QX_LANE V wrap(V x) { return x & 255; }
+    template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 9798 + g * 19235 + b * 3735 + 16384) >> 15; }
+
+    /// The table's law: min(255, (v * 255 + a / 2) / a), and 255 for an alpha of 0.
+    template <class V> QX_LANE V div(V v, V a) {
+        if constexpr (is_wide<V>) {
+            const V q = quotient<V>(v * 255 + (a >> 1), a);
+            return ((a == 0) | (q > 255)) ? splat<V>(255) : q;
+        } else {
+            return QXp_G_fcd_table[a * 256 + v];
+        }
+    }
+};
+
+struct Depth16 {
+    using Pixel = QX_Pixel16;
+    using Channel = std::uint16_t;
+    using Lane = std::int32_t;
+    static constexpr int number = 16;
+    static constexpr Lane full = 32768, half = 16384;
+
+    /// 16383: full * y stays y.
+    template <class V> QX_LANE V mul(V x, V y) { return (x * y + 16383) >> 15; }
+    template <class V> QX_LANE V comp(V x) { return full - x; }
+    template <class V> QX_LANE V combine(V s, V d) { return comp(mul(comp(s), comp(d))); }
+    template <class V> QX_LANE V lerp(V x, V w) { return (x * w) >> 15; }
+    template <class V> QX_LANE V smul(V x, V w) { return mul(x, w); }
+    template <class V> QX_LANE V wrap(V x) { return x & 0xFFFF; }
+    template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 9798 + g * 19235 + b * 3735 + 16384) >> 15; }
+    template <class V> QX_LANE V div(V v, V a) { return v >= a ? full : (v * 32768 + (a >> 1)) / a; }
+};
+
+struct DepthFloat {
+    using Pixel = QX_PixelFloat;
+    using Channel = float;
+    using Lane = float;
+    static constexpr int number = 32;
+    static constexpr Lane full = 1.0f, half = 0.5f;
+
+    template <class V> QX_LANE V mul(V x, V y) { return x * y; }
+    template <class V> QX_LANE V comp(V x) { return 1.0f - x; }
+    template <class V> QX_LANE V combine(V s, V d) { return 1.0f - (1.0f - s) * (1.0f - d); }
+    template <class V> QX_LANE V lerp(V x, V w) { return x * w; }
+    template <class V> QX_LANE V smul(V x, V w) { return x * w; }
+    template <class V> QX_LANE V wrap(V x) { return x; }
+    template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 0.299f + g * 0.587f) + b * 0.114f; }
+
+    /// True for zeros and denormals, by which nothing is divided.
+    template <class V> QX_LANE auto vanishes(V a) { return (a < FLT_MIN) & (a > -FLT_MIN); }
+    template <class V> QX_LANE V div(V x, V a) { return vanishes(a) ? splat<V>(1.0f) : x / a; }
+};
+
+/// The laws that the rounding exists for.
+static_assert(Depth8::mul(255, 77) == 77 && Depth8::mul(255, 255) == 255 && Depth8::mul(1, 1) == 0);
+static_assert(Depth16::mul(32768, 77) == 77 && Depth16::mul(32768, 32768) == 32768 && Depth16::mul(1, 1) == 0);
+
+template <class D>
+concept Depth = requires(typename D::Lane x) {
+    typename D::Pixel;
+    typename D::Channel;
+    D::full;
+    D::mul(x, x);
+    D::div(x, x);
+};
+
+/// The depth of a pixel type.
+template <class Pixel>
+using DepthOf = std::conditional_t<std::is_same_v<Pixel, QX_Pixel8>, Depth8,
+                                   std::conditional_t<std::is_same_v<Pixel, QX_Pixel16>, Depth16, DepthFloat>>;
+
+}  // namespace qx

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
+#include "QX/indep/QX_Area.h"
+
+namespace qx {
+
+/// One pixel value, to be stored many times. An area that no cache holds is stored past the caches: a plain store
+/// reads each line before it writes it, which costs half of the memory's bandwidth.
+class PixelRun {
+public:
+    template <class Pixel>
+    PixelRun(const Pixel& pixel, std::size_t area_bytes) : past_caches_(area_bytes >= kPastCaches) {
+        static_assert(std::is_trivially_copyable_v<Pixel> && kPeriod % sizeof(Pixel) == 0);
+        for (std::size_t at = 0; at < sizeof(pattern_); at += sizeof(Pixel)) {
+            std::memcpy(pattern_ + at, &pixel, sizeof(Pixel));
+        }
+        const std::byte nothing[kPeriod]{};
+        zero_ = std::memcmp(pattern_, nothing, kPeriod) == 0;  // bits, not values: a negative zero is none
+    }
+    ~PixelRun();
+    PixelRun(const PixelRun&) = delete;
+    PixelRun& operator=(const PixelRun&) = delete;
+
+    /// Fills `bytes`, a multiple of the pixel's size, from any address.
+    void store(std::byte* to, std::size_t bytes) const;
+
+private:
+    static constexpr std::size_t kPeriod = 16;
+    static constexpr std::size_t kPastCaches = std::size_t{4} << 20;
+    std::byte pattern_[2 * kPeriod];  ///< any 16 bytes from its first half on are the run from that phase on
+    bool zero_;
+    bool past_caches_;
+};
+
+/// Stores one pixel value over an area that lies in the world.
+template <class Pixel> void fill_area(const QX_LayerDef& world, const M_LRect& area, const Pixel& pixel) {
+    std::size_t bytes = columns_of(area) * sizeof(Pixel), rows = rows_of(area);
+    if (bytes == 0 || rows == 0) return;
+    const PixelRun run(pixel, bytes * rows);
+    std::byte* row = pixel_address(world, area.left, area.top, sizeof(Pixel));
+    if (static_cast<std::ptrdiff_t>(bytes) == world.rowbytes) {  // no padding between the rows: one run
+        bytes *= rows;
+        rows = 1;
+    }
+    for (; rows > 0; --rows, row += world.rowbytes) run.store(row, bytes);
+}
+
+}  // namespace qx

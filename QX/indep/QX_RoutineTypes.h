@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "QX/indep/QX_Pixel.h"
+#include "QX/indep/QX_Records.h"
+
+/// Types of the routines that stand in the table of slots, by names alone: families above declare the records.
+class QX_CompositeModePlus;
+struct QX_LinearBlendingTables;
+struct QX_ScratchBlock;
+struct M_Matrix3;
+template <class Pixel> struct QX_BlendingMode;
+template <class Pixel> struct QX_BlendModeDescriptor;
+
+/// Called once a pixel with its destination coordinates. `in` and `out` are pixels of the world's depth; a non-zero
+/// result ends the iteration. Runs on several threads at once when the acceleration layer is installed.
+using QX_IteratePixelFunc = int (*)(void* refcon, std::int32_t x, std::int32_t y, void* in, void* out);
+
+/// Called once an index; `thread_index` is the number of the part that the index belongs to.
+using QX_IterateGenericFunc = int (*)(void* refcon, std::int32_t thread_index, std::int32_t i, std::int32_t iterations);
+
+/// The routines that composite rows. Rows may lie at any alignment; `dst` is changed in place; a `count` of 0 is
+/// legal. They hold no state: any number of threads may run them on separate rows. All return an error code.
+
+/// One mode's row. Of `mask` the alpha alone is read; it may be null.
+template <class Pixel>
+using QX_RowFunc = int (*)(std::int32_t count, const QX_BlendingMode<Pixel>* mode,
+                           const QX_LinearBlendingTables* tables, const Pixel* src, const Pixel* mask, Pixel* dst);
+
+/// Gives the row routine of a mode. @return 0, or 5 after a report for a number that is no mode
+template <class Pixel> using QX_RowLookup = int (*)(int xfer, QX_RowFunc<Pixel>* row);
+
+/// A filter in or out of multiplied colour; a null `src` means in place.
+template <class Pixel> using QX_FilterFunc = int (*)(std::int32_t count, const Pixel* src, Pixel* dst);
+
+/// Destination alpha becomes that of the source, times opacity and mask, over it. An opacity of 0 changes nothing.
+template <class Pixel>
+using QX_MergeFunc = int (*)(std::int32_t count, const Pixel* src, QX_ChannelOf<Pixel> opacity, const Pixel* mask,
+                             Pixel* dst);
+
+/// Runs all the passes of one row of a transfer. `alpha_row` has room for `count` channels.
+template <class Pixel>
+using QX_RowDriver = int (*)(std::int32_t count, const QX_BlendModeDescriptor<Pixel>* descriptor, const Pixel* src,
+                             const Pixel* mask, Pixel* dst, QX_ChannelOf<Pixel>* alpha_row);
+
+namespace qx {
+
+using TransferRectFn = int(const QX_ProgressInfo*, int quality, int flags, int field, const M_LRect* src_rect,
+                           QX_LayerDef* src, const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables,
+                           const QX_MaskWorld* mask, int dest_x, int dest_y, QX_LayerDef* dst);
+using TransferRectPlusFn = int(const QX_ProgressInfo*, int quality, int flags, int field, const M_LRect* src_rect,
+                               QX_LayerDef* src, const QX_CompositeModePlus* mode,
+                               const QX_LinearBlendingTables* tables, const QX_MaskWorld* mask,
+                               QX_ScratchBlock* scratch, int dest_x, int dest_y, QX_LayerDef* dst);
+using TransformWorldFn = int(const QX_ProgressInfo*, int quality, int flags, int field, QX_LayerDef* src,
+                             const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables,
+                             const QX_MaskWorld* mask, const M_Matrix3* matrices, int num_matrices, bool src2dst_matrix,
+                             const M_LRect* dest_rect, QX_LayerDef* dst);
+using TransformWorldPlusFn = int(const QX_ProgressInfo*, int quality, int flags, int field, QX_LayerDef* src,
+                                 const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables,
+                                 const QX_MaskWorld* mask, QX_ScratchBlock* scratch, const M_Matrix3* matrices,
+                                 int num_matrices, bool src2dst_matrix, const M_LRect* dest_rect, QX_LayerDef* dst);
+using IterateFn = int(QX_InData*, std::int32_t base, std::int32_t final, QX_LayerDef* src, const M_LRect* area,
+                      void* refcon, QX_IteratePixelFunc, QX_LayerDef* dst);
+using IterateOriginFn = int(QX_InData*, std::int32_t base, std::int32_t final, QX_LayerDef* src, const M_LRect* area,
+                            const M_LPoint* origin, void* refcon, QX_IteratePixelFunc, QX_LayerDef* dst);
+using IterateLUTFn = int(QX_InData*, std::int32_t base, std::int32_t final, QX_LayerDef* src, const M_LRect* area,
+                         const std::uint8_t* a, const std::uint8_t* r, const std::uint8_t* g, const std::uint8_t* b,
+                         QX_LayerDef* dst);
+using IterateGenericFn = int(std::int32_t iterations, void* refcon, QX_IterateGenericFunc fn);
+/// `effect_ref` begins with a QX_ProgressInfo, or is null; a null `rect` is the whole world.
+using PremulRectFn = int(void* effect_ref, bool forward, const M_LRect* rect, QX_LayerDef* world);
+template <class Pixel> using FilterFn = std::remove_pointer_t<QX_FilterFunc<Pixel>>;
+template <class Pixel> using MergeFn = std::remove_pointer_t<QX_MergeFunc<Pixel>>;
+template <class Pixel> using RowLookupFn = std::remove_pointer_t<QX_RowLookup<Pixel>>;
+template <class Pixel> using RowDriverFn = std::remove_pointer_t<QX_RowDriver<Pixel>>;
+
+}  // namespace qx

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "QX/indep/QX_Export.h"
+#include "QX/indep/QX_Records.h"
+#include "platform/TK_Memory.h"
+
+template <class Pixel> class QX_WorldX;
+
+class QX_EXPORT QX_PixelContainerBase : public TK_MemTrackedObject {
+public:
+    virtual ~QX_PixelContainerBase() = default;
+    /// 8, 16 or 32.
+    virtual std::int16_t Depth() const = 0;
+    /// Bytes of a pixel: the depth divided by two.
+    std::size_t PixelSize() const { return static_cast<std::size_t>(Depth()) / 2; }
+};
+
+template <class World8, class World16, class WorldFloat> class QX_PixelContainer : public QX_PixelContainerBase {};
+
+/// An image buffer. It owns its pixels (`New`) or refers to someone else's (`NewReference`), who must outlive
+/// it; there is no reference count. Failures throw a code of QX_Errors.h as a plain `int`. No locks: reading
+/// from many threads is safe, and so is writing different rectangles of one world.
+class QX_EXPORT QX_World
+    : public QX_PixelContainer<QX_WorldX<QX_Pixel8>, QX_WorldX<QX_Pixel16>, QX_WorldX<QX_PixelFloat>>,
+      public QX_LayerDef {
+public:
+    // The order of the virtual operations is part of the interface.
+    ~QX_World() override = default;
+    std::int16_t Depth() const override = 0;
+    virtual bool IsReference() const = 0;
+
+    /// Zeroes the rectangle, the whole world when it is null. Kept: on a tightly packed world a full-width
+    /// rectangle clears as many bytes as the whole world has, counted from the rectangle's top; on a world
+    /// that owns its pixels this ends at the end of its block.
+    virtual void Clear(const M_LRect* rect) = 0;
+    /// Zeroes all pixels outside the rectangle, never the padding of rows.
+    virtual void ClearExceptRect(const M_LRect& rect) = 0;
+    /// Stores one colour over the rectangle, the whole world when it is null. An inverted rectangle is empty.
+    virtual void Fill(const QX_PixelFloat& colour, const M_LRect* rect) = 0;
+    virtual void Fill(const QX_Pixel16& colour, const M_LRect* rect) = 0;
+    virtual void FillAlpha() = 0;    ///< full alpha everywhere
+    virtual void InvertAlpha() = 0;  ///< full minus alpha everywhere
+
+    virtual void Premultiply() = 0;
+    virtual void Unmultiply() = 0;
+    virtual void PremulColor(const QX_Pixel16& colour) = 0;
+    virtual void UnmulColor(const QX_Pixel16& colour) = 0;
+
+    /// Copies a rectangle of `src`, of this world's depth, so that its corner lands on (x, y); clipped to both.
+    virtual void CopyRect(const QX_World* src, const M_LRect& rect, int x, int y) = 0;
+    /// The same from any depth. `dither` adds noise where 16-bit or float pixels become 8-bit ones.
+    /// Polls `progress` every 64 rows; its answer is thrown.
+    virtual void CopyRectPossiblyDifferentBitdepth(const QX_World* src, const M_LRect& rect, bool dither, int x, int y,
+                                                   QX_ProgressInfo* progress) = 0;
+    /// At (0, 0), with dither. `field` 1 copies even rows of this world, 2 odd ones, others all.
+    virtual void CopyRectPossiblyDifferentBitdepthWithField(const QX_World* src, const M_LRect& rect, int field) = 0;
+
+    /// True when the bytes behind the last pixel of an owned world are no longer as they were made.
+    virtual bool SubWorldSafetyGutterHasBeenOverWritten() const = 0;
+    /// The block now belongs to someone else; it is not freed here.
+    virtual void GiveUpAllocation() = 0;
+
+    /// @param flags  bit 0 asks for a cleared buffer; others have no effect
+    static QX_World* New(int width, int height, short depth, int flags);
+    static QX_World* New(const M_LRect& rect, short depth, int flags);  ///< its corner becomes the origin
+    static QX_World* NewMatchingWorld(const QX_World* like, int flags);
+    static QX_World* NewReference(QX_LayerDef* record);
+    static QX_World* NewReference(QX_World* parent, const M_LRect& rect);  ///< `rect` is not checked
+    static QX_World* NewReference(QX_World* parent, const M_Rect& rect);
+    static QX_World* NewReference(void* data, int width, int height, short depth, int rowbytes);
+
+    void CopyWorld(const QX_World* src);  ///< the overlap of both, from corner to corner
+    /// Becomes a reference to a rectangle of `source`. Kept: a block that this world owns stays its own, and
+    /// is freed in the end with the rowbytes of `source`.
+    void ReReference(QX_World* source, const M_LRect& rect);
+    void ShrinkToSubRect(const M_LRect& rect);  ///< narrows in place, keeping ownership
+    /// True when this is a reference to pixels that lie inside those of `other`.
+    bool RefersTo(const QX_World* other) const;
+    /// Fills a caller's record; the pixel aspect ratio and the origin are not passed on. Null does nothing.
+    void FillOutEffectWorld(QX_LayerDef* out) const;
+    void Swizzle();  ///< reverses the four channels of every pixel
+};
+
+/// The world of one pixel type. Cheap enough to be placed on the stack around a record on every call: the
+/// wrapping constructors allocate nothing and own nothing.
+template <class Pixel> class QX_EXPORT QX_WorldX : public QX_World {
+public:
+    QX_WorldX(int width, int height, int flags);
+    /// Wraps: takes over size, rowbytes, data, flags and extent hint. What `record` has beside these is not copied.
+    /// `keepRest` promises callers nothing: memory that was never written cannot be kept, so the rest starts at
+    /// zero either way.
+    QX_WorldX(QX_LayerDef* record, bool keepRest);
+    QX_WorldX(QX_WorldX* parent, const M_LRect& rect);
+    QX_WorldX(void* data, int width, int height, int rowbytes);
+    ~QX_WorldX() override;
+    QX_WorldX(const QX_WorldX&) = delete;
+    QX_WorldX& operator=(const QX_WorldX&) = delete;
+
+    std::int16_t Depth() const override;
+    bool IsReference() const override { return allocation == nullptr; }
+    void Clear(const M_LRect* rect) override;
+    void ClearExceptRect(const M_LRect& rect) override;
+    void Fill(const QX_PixelFloat& colour, const M_LRect* rect) override;
+    void Fill(const QX_Pixel16& colour, const M_LRect* rect) override;
+    void FillAlpha() override;
+    void InvertAlpha() override;
+    void Premultiply() override;
+    void Unmultiply() override;
+    void PremulColor(const QX_Pixel16& colour) override;
+    void UnmulColor(const QX_Pixel16& colour) override;
+    void CopyRect(const QX_World* src, const M_LRect& rect, int x, int y) override;
+    void CopyRectPossiblyDifferentBitdepth(const QX_World* src, const M_LRect& rect, bool dither, int x, int y,
+                                           QX_ProgressInfo* progress) override;
+    void CopyRectPossiblyDifferentBitdepthWithField(const QX_World* src, const M_LRect& rect, int field) override;
+    bool SubWorldSafetyGutterHasBeenOverWritten() const override;
+    void GiveUpAllocation() override;
+
+    /// First pixel of a row. `y` lies in the world.
+    Pixel* Row(int y) { return reinterpret_cast<Pixel*>(static_cast<std::byte*>(data) + std::ptrdiff_t{y} * rowbytes); }
+    const Pixel* Row(int y) const { return const_cast<QX_WorldX*>(this)->Row(y); }
+
+protected:
+    std::int16_t allocated_width = 0;  ///< 0 in a world that was not made by allocation
+    std::int16_t allocated_height = 0;
+    void* allocation = nullptr;  ///< the block as the frame allocator gave it, before alignment
+
+private:
+    template <class Colour> void FillWith(const Colour& colour, const M_LRect* rect);
+    std::size_t BlockSize() const;
+};
+
+extern template class QX_WorldX<QX_Pixel8>;
+extern template class QX_WorldX<QX_Pixel16>;
+extern template class QX_WorldX<QX_PixelFloat>;
+
+static_assert(sizeof(QX_World) == 8 + sizeof(QX_LayerDef));
+static_assert(sizeof(QX_WorldX<QX_Pixel8>) == sizeof(QX_World) + 16);
+
+/// A place for a debugger to stop.
+QX_EXPORT void QX_WorldDebugger(const QX_World* world);
+
+/// Reverses the four channels of every pixel of a world in place; twice gives the first state back.
+/// Throws 3 after a report for a depth of no known class.
+QX_EXPORT void QX_IteratePixels(QX_World* world);
+
+namespace qx {
+/// Worlds alive that own their pixels. For inspection only.
+QX_EXPORT std::int32_t live_world_count();
+/// Starts the count over, at the library's start.
+QX_EXPORT void reset_live_world_count();
+}  // namespace qx

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+#include "QX/indep/QX_Fill.h"
+#include "QX/indep/QX_Slots.h"
+#include "QX/library/QX_CallbackBlock.h"
+#include "QX/library/QX_CallbackRoutines.h"
+#include "QX/library/QX_Library.h"
+#include "platform/M_Tables.h"
+
+namespace qx {
+
+namespace {
+
+template <class Routine> void* address(Routine* routine) { return reinterpret_cast<void*>(routine); }
+/// Picks the form in double of an overloaded function.
+void* unary(double (*routine)(double)) { return address(routine); }
+void* binary(double (*routine)(double, double)) { return address(routine); }
+
+struct AnsiBlock {
+    void* routine[kAnsiCount] = {
+        unary(&::atan),      binary(&::atan2),   unary(&::ceil),    unary(&::cos),     unary(&::exp),
+        unary(&::fabs),      unary(&::floor),    binary(&::M_fmod), binary(&QX_Hypot), unary(&::log),
+        unary(&::log10),     binary(&::pow),     unary(&::sin),     unary(&::sqrt),    unary(&::tan),
+        address(&::sprintf), address(&::strcpy), unary(&::asin),    unary(&::acos),    nullptr,
+    };
+};
+
+}  // namespace
+
+void* const* ansi_block() {
+    static const AnsiBlock block;
+    return block.routine;
+}
+
+void* private_routine(Private routine) {
+    switch (routine) {
+        case Private::batch_sample:
+            return address(&batch_sample_stub);
+        case Private::fill:
+            return address(&QX_Fill);
+        case Private::fill16:
+            return address(&QX_Fill16);
+        case Private::new_world:
+            return address(&new_world_callback);
+        case Private::dispose_world:
+            return address(&dispose_world_callback);
+        case Private::transfer_rect:
+            return address(&transfer_rect_callback);
+        case Private::transform_world:  // nothing to call while its slot is empty
+            return slot<Slot::TransformWorld>() != nullptr ? address(&transform_world_callback) : nullptr;
+        case Private::get_callback_addr:
+            return address(&QX_GetCallbackAddr);
+        case Private::app:
+            return address(&QX_AppCallback);
+        case Private::get_platform_data:
+            return address(&platform_data_callback);
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace qx

@@ -1,0 +1,23 @@
+# Flags of every target. Results are exact to the bit: no contraction in any build type, no fast-math, no -march.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+add_compile_options(-ffp-contract=off)
+if(QX_SANITIZE)
+  add_compile_options(-fsanitize=${QX_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${QX_SANITIZE})
+  if(QX_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+endif()
+
+# Warnings of our own code; libraries' headers come in as system headers.
+add_library(qx_warnings INTERFACE)
+target_compile_options(qx_warnings INTERFACE -Wall -Wextra -Wconversion)

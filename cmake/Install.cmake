@@ -1,0 +1,18 @@
+# Headers, libraries, a CMake package QX (target QX::QX) and a pkg-config file qx.
+include(CMakePackageConfigHelpers)
+
+set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/qx)
+install(TARGETS QX QXHost EXPORT QXTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(EXPORT QXTargets NAMESPACE QX:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)
+if(QX_BUILD_TOOLS AND EXISTS ${PROJECT_SOURCE_DIR}/tools/qx/CMakeLists.txt)
+  install(TARGETS qx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+install(DIRECTORY QX platform DESTINATION ${header_dir} FILES_MATCHING PATTERN "*.h" PATTERN "*T.h" EXCLUDE)
+
+configure_package_config_file(cmake/QXConfig.cmake.in QXConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)
+write_basic_package_version_file(QXConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/QXConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/QXConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)
+configure_file(cmake/qx.pc.in qx.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

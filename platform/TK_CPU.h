@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+
+#include "platform/Platform_Export.h"
+
+/// Flags of the processor, non-zero when the feature is there and to be used.
+/// Index 2 is the vector unit (SSE4.1), index 6 the faster rows (AVX2).
+struct TK_CPU_Data {
+    std::int32_t flags[8];
+};
+inline constexpr int kTK_CPU_Vector = 2;
+inline constexpr int kTK_CPU_FasterRows = 6;
+
+PLATFORM_EXPORT extern const TK_CPU_Data* TK_G_CPU_DataP;
+
+/// Number of bands that parallel work is cut into; not the number of cores. @return 0 or an error code.
+PLATFORM_EXPORT int TK_GetNumThreads(std::int32_t* count);

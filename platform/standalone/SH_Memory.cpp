@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+// Fixed and movable memory, and tracked objects. Blocks come from the C runtime, whose alignment is 16 bytes.
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "platform/TK_Memory.h"
+#include "platform/TK_Report.h"
+#include "platform/TK_Strings.h"
+#include "platform/standalone/SH_Internal.h"
+#include "platform/standalone/Standalone.h"
+
+static_assert(alignof(std::max_align_t) >= 16);
+
+namespace standalone {
+namespace {
+std::atomic<std::int64_t> allocation_count{0};
+std::atomic<std::int64_t> block_count{0};
+std::atomic<std::int64_t> fail_in{0};
+}  // namespace
+
+bool AllocationMayGoOn() {
+    allocation_count.fetch_add(1, std::memory_order_relaxed);
+    std::int64_t left = fail_in.load(std::memory_order_relaxed);
+    while (left > 0 && !fail_in.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) {
+    }
+    return left != 1;
+}
+
+void CountBlock(int difference) { block_count.fetch_add(difference, std::memory_order_relaxed); }
+
+void FailAllocation(std::int64_t nth) { fail_in.store(nth, std::memory_order_relaxed); }
+
+MemoryCounts Memory() {
+    MemoryCounts counts{};
+    counts.allocations = allocation_count.load(std::memory_order_relaxed);
+    counts.blocks_in_use = block_count.load(std::memory_order_relaxed);
+    RecycledCounts(&counts);
+    return counts;
+}
+
+}  // namespace standalone
+
+namespace {
+
+/// A handle is the address of `data`, so that `*handle` is the block.
+struct Movable {
+    void* data;
+    std::size_t bytes;
+    int locks;
+};
+Movable* MovableOf(TK_Handle handle) { return reinterpret_cast<Movable*>(handle); }
+
+std::size_t AtLeastOne(std::size_t bytes) { return std::max<std::size_t>(bytes, 1); }
+
+void* CountedBlock(std::size_t bytes, bool clear) {
+    if (!standalone::AllocationMayGoOn() || bytes > PTRDIFF_MAX) return nullptr;
+    void* block = clear ? std::calloc(AtLeastOne(bytes), 1) : std::malloc(AtLeastOne(bytes));
+    if (block != nullptr) standalone::CountBlock(1);
+    return block;
+}
+
+TK_Handle NewHandle(std::size_t bytes, bool clear) {
+    auto* movable = static_cast<Movable*>(std::malloc(sizeof(Movable)));
+    if (movable == nullptr) return nullptr;
+    *movable = {CountedBlock(bytes, clear), bytes, 0};
+    if (movable->data != nullptr) return &movable->data;
+    std::free(movable);
+    return nullptr;
+}
+
+void ReportShortage(int site, const char* name) {
+    try {
+        const std::string text = std::string("out of memory: ") + (name == nullptr ? "" : TK_ZString(name));
+        TKp_ReportErrString(site, 8, text.c_str());
+    } catch (const std::bad_alloc&) {
+        TKp_ReportErrString(site, 8, "out of memory");
+    }
+}
+
+template <class Block> Block OrReport(Block block, int site, const char* name) {
+    if (block == nullptr) ReportShortage(site, name);
+    return block;
+}
+
+}  // namespace
+
+void* TK_AllocatePtr(int site, const char* name, std::size_t bytes) {
+    return OrReport(CountedBlock(bytes, false), site, name);
+}
+
+void* TK_AllocatePtrClear(int site, const char* name, std::size_t bytes) {
+    return OrReport(CountedBlock(bytes, true), site, name);
+}
+
+void TK_FreePtr(void* block) {
+    if (block == nullptr) return;
+    standalone::CountBlock(-1);
+    std::free(block);
+}
+
+TK_Handle TK_AllocateHandle(int site, const char* name, std::size_t bytes) {
+    return OrReport(NewHandle(bytes, false), site, name);
+}
+
+TK_Handle TK_AllocateHandleClear(int site, const char* name, std::size_t bytes) {
+    return OrReport(NewHandle(bytes, true), site, name);
+}
+
+TK_Handle TK_AllocateHandleQuiet(std::size_t bytes) { return NewHandle(bytes, false); }
+
+void TK_FreeHandle(TK_Handle handle) {
+    if (handle == nullptr) return;
+    TK_FreePtr(*handle);
+    std::free(MovableOf(handle));
+}
+
+void* TK_LockHandle(TK_Handle handle) {
+    if (handle == nullptr) return nullptr;
+    ++MovableOf(handle)->locks;
+    return *handle;
+}
+
+void TK_UnlockHandle(TK_Handle handle) {
+    if (handle != nullptr && MovableOf(handle)->locks > 0) --MovableOf(handle)->locks;
+}
+
+std::size_t TK_GetHandleSize(TK_Handle handle) { return handle == nullptr ? 0 : MovableOf(handle)->bytes; }
+
+int TK_ResizeHandle(std::size_t bytes, TK_Handle* handle) {
+    Movable* movable = MovableOf(*handle);
+    if (movable->locks > 0) {  // a locked block stays where it is, so that it can shrink only
+        if (bytes > movable->bytes) return 4;
+        movable->bytes = bytes;
+        return 0;
+    }
+    void* block = standalone::AllocationMayGoOn() && bytes <= PTRDIFF_MAX
+                      ? std::realloc(movable->data, AtLeastOne(bytes))
+                      : nullptr;
+    if (block == nullptr) return 4;
+    movable->data = block;
+    movable->bytes = bytes;
+    return 0;
+}
+
+void* TK_MemTrackedObject::operator new(std::size_t bytes) {
+    void* block = CountedBlock(bytes, false);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+
+void TK_MemTrackedObject::operator delete(void* block) noexcept { TK_FreePtr(block); }

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reports go to the sink, or as a line to standard error, unless the thread is in a quiet section.
+#include <cstdio>
+#include <mutex>
+#include <new>
+
+#include "platform/TK_Report.h"
+#include "platform/TK_Strings.h"
+#include "platform/standalone/SH_Internal.h"
+#include "platform/standalone/Standalone.h"
+
+namespace standalone {
+namespace {
+
+thread_local int quiet_depth = 0;
+std::recursive_mutex mutex;  // a sink may itself run into a report
+ReportSink sink;
+
+void Deliver(ReportKind kind, int site, int severity, const std::string& text) {
+    const std::lock_guard lock(mutex);
+    if (sink) return sink({kind, site, severity, text});
+    std::fprintf(stderr, "QX: %s (site %x)\n", text.c_str(), static_cast<unsigned>(site));
+}
+
+}  // namespace
+
+void SetReportSink(const ReportSink& new_sink) {
+    const std::lock_guard lock(mutex);
+    sink = new_sink;
+}
+
+}  // namespace standalone
+
+void TK_ReportError(int site, int severity, const std::wstring& text) {
+    if (standalone::quiet_depth > 0) return;
+    standalone::Deliver(standalone::ReportKind::error, site, severity, standalone::ToUtf8(text));
+}
+
+void TKp_ReportErrString(int site, int severity, const char* text) {
+    if (standalone::quiet_depth > 0) return;
+    standalone::Deliver(standalone::ReportKind::error_string, site, severity, text == nullptr ? "" : TK_ZString(text));
+}
+
+void TK_ReportFailedVerification(int site, int, int, const char* message) {
+    if (standalone::quiet_depth > 0) return;
+    standalone::Deliver(standalone::ReportKind::failed_verification, site, 0, message == nullptr ? "" : message);
+}
+
+int TK_TranslateAndReportException(const std::exception& fault) {
+    const bool no_memory = dynamic_cast<const std::bad_alloc*>(&fault) != nullptr;
+    TKp_ReportErrString(0, 8, no_memory ? "out of memory" : fault.what());
+    return no_memory ? 4 : 3;
+}
+
+void TK_StartQuietErrorsOnCurrentThread() { ++standalone::quiet_depth; }
+
+void TK_EndQuietErrorsOnCurrentThread() {
+    if (standalone::quiet_depth > 0) --standalone::quiet_depth;
+}

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: Apache-2.0
+// Transfers cut into bands, each with a scratch block of its own, on the pool.
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "platform/tesselcore_Threads.h"
+#include "tests/compositing/TransferSupport.h"
+
+namespace qx::test {
+namespace {
+
+template <class Pixel>
+int transfer_in_bands(const TransferCall& call, TestWorld<Pixel>& src, TestWorld<Pixel>& dst, int bands) {
+    const M_LRect whole{0, 0, src.world().width, src.world().height};
+    const Bands split(whole, bands);
+    std::atomic<int> first_error{0};
+    tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors(
+        [&](int i) {
+            OwnScratch scratch;
+            TransferCall band = call;
+            band.src_rect = split[i];
+            band.dest_y = call.dest_y + split[i].top;
+            int code = scratch.allocate(src.world().width, sizeof(QX_ChannelOf<Pixel>), false);
+            if (code == 0) code = band.with_scratch(src.record(), dst.record(), scratch.get());
+            int none = 0;
+            if (code != 0) first_error.compare_exchange_strong(none, code);
+        },
+        split.count());
+    return first_error;
+}
+
+template <class Pixel> class BandsAtDepth : public testing::Test {
+protected:
+    Born born_{32};
+};
+using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(BandsAtDepth, Depths);
+
+TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
+    using Pixel = TypeParam;
+    QX_LinearBlendingTables tables;
+    QX_BuildGammaBlendingTables(2.2f, &tables);
+    standalone::SetPoolLimit(4);
+    TestWorld<Pixel> src(61, 70, FillKind::layer, 1), mask(50, 60, FillKind::random, 2);
+    const QX_MaskWorld record = mask_at(*mask.record(), 3, 4, kQX_MaskInverseLuma);
+    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+        if (xfer == -1 || xfer == xfer_dissolve || xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma)
+            continue;
+        TransferCall call;
+        call.mode = {xfer, 0.9f, nullptr, xfer % 2 == 0, 3};
+        call.mask = &record;
+        call.tables = xfer % 3 == 0 ? &tables : nullptr;
+        call.dest_x = 2;
+        call.dest_y = 5;
+        TestWorld<Pixel> whole(66, 80, FillKind::random, 3);
+        ASSERT_EQ(call(src.record(), whole.record()), 0);
+        for (const int bands : {1, 2, 7, 32}) {
+            TestWorld<Pixel> dst(66, 80, FillKind::random, 3);
+            ASSERT_EQ(transfer_in_bands(call, src, dst, bands), 0);
+            ASSERT_TRUE(same_pixels(whole.pixels(), dst.pixels())) << "mode " << xfer << " in " << bands << " bands";
+        }
+    }
+    standalone::SetPoolLimit(0);
+}
+
+/// What a transfer allocates does not depend on its size: nothing is allocated by row or by pixel.
+TYPED_TEST(BandsAtDepth, NothingIsAllocatedByRowOrPixel) {
+    using Pixel = TypeParam;
+    QX_LinearBlendingTables tables;
+    QX_BuildGammaBlendingTables(2.2f, &tables);
+    TestWorld<Pixel> src(600, 320, FillKind::layer, 1), dst(600, 320, FillKind::random, 2),
+        mask(600, 320, FillKind::random, 3);
+    const QX_MaskWorld record = mask_at(*mask.record(), 0, 0, kQX_MaskLuma);
+    const auto allocations = [&](int width, int height, int xfer, bool linear) {
+        TransferCall call;
+        call.mode.xfer = xfer;
+        call.mode.rgb_only = true;
+        call.mask = &record;
+        call.tables = linear ? &tables : nullptr;
+        call.src_rect = {0, 0, width, height};
+        OwnScratch scratch;
+        EXPECT_EQ(scratch.allocate(600, sizeof(QX_ChannelOf<Pixel>), false), 0);
+        const std::int64_t before = NewCounter::count() + standalone::Memory().allocations;
+        EXPECT_EQ(call.with_scratch(src.record(), dst.record(), scratch.get()), 0);
+        return NewCounter::count() + standalone::Memory().allocations - before;
+    };
+    for (const int xfer : {xfer_over, xfer_soft_light, xfer_add, xfer_hue}) {
+        for (const bool linear : {false, true}) {
+            EXPECT_EQ(allocations(600, 320, xfer, linear), 0) << xfer;
+        }
+    }
+    transfer_in_bands(TransferCall{}, src, dst, 32);  // the pool's threads are up
+    const auto in_bands = [&](int height) {
+        TestWorld<Pixel> part(600, height, FillKind::layer, 4);
+        const std::int64_t before = standalone::Memory().allocations;
+        transfer_in_bands(TransferCall{}, part, dst, 32);
+        return standalone::Memory().allocations - before;
+    };
+    EXPECT_EQ(in_bands(32), in_bands(320));
+}
+
+}  // namespace
+}  // namespace qx::test

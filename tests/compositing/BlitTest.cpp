@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+// The blit for display, against a model in double.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "tests/compositing/TransferSupport.h"
+
+namespace qx::test {
+namespace {
+
+constexpr QX_PixelFloat kA{0.5f, 0.25f, 0.5f, 0.75f}, kB{1, 1, 0.5f, 0}, kBlack{1, 0, 0, 0};
+
+template <class Pixel> class Blit : public testing::Test {
+protected:
+    Born born_{4};
+};
+using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(Blit, Depths);
+
+/// Colour on 0 to 255 of a source over a backdrop, before rounding.
+double flattened(double c, double alpha, double backdrop) { return 255 * (backdrop + (c - backdrop) * alpha); }
+
+TYPED_TEST(Blit, FlattensOverItsBackdrop) {
+    using Pixel = TypeParam;
+    const double full = static_cast<double>(DepthOf<Pixel>::full);
+    TestWorld<Pixel> src(40, 30, FillKind::layer, 4);
+    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {  // keep to the nominal range
+        for (int y = 0; y < 30; ++y) {
+            for (int x = 0; x < 40; ++x) {
+                Pixel& p = src.at(x, y);
+                for (float* c : {&p.alpha, &p.red, &p.green, &p.blue}) *c = std::fmin(std::fmax(*c, 0.0f), 1.0f);
+            }
+        }
+    }
+    for (const bool swapped : {false, true}) {
+        for (const auto style : {kQX_BlitPlain, kQX_BlitCheckerboard}) {
+            for (const QX_PixelFloat& first : {kA, kBlack}) {
+                TestWorld<QX_Pixel8> dst(50, 40, FillKind::opaque, 5);
+                const auto before = dst.pixels();
+                QX_SpecialCasePixelBlit(&src.world(), {3, 2}, style, swapped, {1, 0}, first, kB, 4, {5, 6, 35, 30},
+                                        &dst.world());
+                for (int y = 0; y < 40; ++y) {
+                    for (int x = 0; x < 50; ++x) {
+                        const QX_Pixel8 old = before[static_cast<std::size_t>(y * 50 + x)], now = dst.at(x, y);
+                        if (x < 5 || x >= 35 || y < 6 || y >= 30) {
+                            ASSERT_EQ(0, std::memcmp(&old, &now, 4)) << x << ", " << y;
+                            continue;
+                        }
+                        const Pixel s = src.at(x - 5 + 3, y - 6 + 2);
+                        const bool checker = style == kQX_BlitCheckerboard;
+                        const QX_PixelFloat& b = checker && (((x - 1) ^ y) & 4) == 0 ? kB : first;
+                        const double alpha = s.alpha / full;
+                        const bool shorter = !checker && first.red == 0;
+                        EXPECT_EQ(now.alpha, alpha == 0 && !shorter ? std::floor(b.alpha * 255 + 0.5) : old.alpha);
+                        const int red = swapped ? now.blue : now.red, blue = swapped ? now.red : now.blue;
+                        EXPECT_NEAR(red, flattened(s.red / full, alpha, b.red), 1.51);
+                        EXPECT_NEAR(now.green, flattened(s.green / full, alpha, b.green), 1.51);
+                        EXPECT_NEAR(blue, flattened(s.blue / full, alpha, b.blue), 1.51);
+                    }
+                }
+            }
+        }
+    }
+}
+
+/// The exact steps at 16 bits.
+TEST(Blit16, RoundsAsToldAtSixteenBits) {
+    const Born born(1);
+    TestWorld<QX_Pixel16> src(3, 1, FillKind::opaque, 1);
+    src.at(0, 0) = {32768, 16384, 100, 32768};
+    src.at(1, 0) = {0, 16384, 100, 32768};
+    src.at(2, 0) = {10000, 16384, 100, 32768};
+    TestWorld<QX_Pixel8> dst(3, 1, FillKind::clear, 1);
+    dst.at(2, 0).alpha = 77;
+    QX_SpecialCasePixelBlit(&src.world(), {0, 0}, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {0, 0, 3, 1}, &dst.world());
+    EXPECT_EQ(dst.at(0, 0).red, (16384 * 255 + 16384) >> 15);
+    EXPECT_EQ(dst.at(1, 0).alpha, 128);
+    EXPECT_EQ(dst.at(1, 0).red, 64);
+    const int flattened_red = (((16384 - 8192) * 10000) >> 15) + 8192;
+    EXPECT_EQ(dst.at(2, 0).red, (flattened_red * 255 + 16384) >> 15);
+    EXPECT_EQ(dst.at(2, 0).alpha, 77);
+
+    // The matte's weight is carried on: 16384, then times 22768 / 32768, and again.
+    src.at(0, 0).alpha = src.at(2, 0).alpha = 10000;
+    src.at(1, 0).alpha = 32768;
+    QX_SpecialCasePixelBlit(&src.world(), {0, 0}, kQX_BlitMatte, false, {0, 0}, kA, kB, 1, {0, 0, 3, 1}, &dst.world());
+    const int w1 = (22768 * 16384 + 16383) >> 15, w2 = (22768 * w1 + 16383) >> 15;
+    const auto pulled = [](int s, int c, int w) { return (((((c - s) * w) >> 15) + s) * 255 + 16384) >> 15; };
+    EXPECT_EQ(dst.at(0, 0).blue, pulled(32768, 24576, w1));
+    EXPECT_EQ(dst.at(1, 0).blue, 255);
+    EXPECT_EQ(dst.at(2, 0).blue, pulled(32768, 24576, w2));
+}
+
+TEST(Blit16, DoesNothingForNegativePointsAndEmptyRectangles) {
+    const Born born(1);
+    TestWorld<QX_Pixel16> src(4, 4, FillKind::opaque, 1);
+    TestWorld<QX_Pixel8> dst(4, 4, FillKind::random, 2);
+    const auto before = dst.pixels();
+    for (const M_LPoint point : {M_LPoint{-1, 0}, M_LPoint{0, -1}, M_LPoint{9, 9}}) {
+        QX_SpecialCasePixelBlit(&src.world(), point, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {0, 0, 4, 4},
+                                &dst.world());
+    }
+    QX_SpecialCasePixelBlit(&src.world(), {0, 0}, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {2, 2, 2, 4}, &dst.world());
+    EXPECT_TRUE(same_pixels(before, dst.pixels()));
+}
+
+}  // namespace
+}  // namespace qx::test

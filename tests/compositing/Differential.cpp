@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/compositing/Differential.h"
+
+#include <cstring>
+#include <random>
+#include <sstream>
+
+#include "tests/support/TestHost.h"
+
+namespace qx::test {
+
+namespace {
+
+constexpr int kGuard = 64;  // pixels before and behind a row; keeps the row's start on a 64-byte boundary
+
+template <class Pixel> Kernels<Pixel> kernels_at(int filters, int merge, int lookups) {
+    Kernels<Pixel> kernels{};
+    for (int i = 0; i < 6; ++i) kernels.filter[i] = slot_at<FilterFn<Pixel>>(filters + i);
+    kernels.merge = slot_at<MergeFn<Pixel>>(merge);
+    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+        for (int masked = 0; masked < 2 && xfer != -1; ++masked) {
+            slot_at<RowLookupFn<Pixel>>(lookups + 2 * masked)(xfer, &kernels.row[xfer + 3][masked]);
+        }
+    }
+    return kernels;
+}
+
+template <class Pixel> const Kernels<Pixel>& kernels_of(const LevelKernels& level) {
+    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        return level.at8;
+    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
+        return level.at16;
+    } else {
+        return level.at_float;
+    }
+}
+
+template <class Pixel> struct Rows { std::vector<Pixel> src, mask, dst; };
+
+template <class Pixel> Rows<Pixel> make_rows(const Case& c) {
+    const auto size = static_cast<std::size_t>(c.count + 2 * kGuard + 16);
+    Rows<Pixel> rows{std::vector<Pixel>(size), std::vector<Pixel>(size), std::vector<Pixel>(size)};
+    fill_pixels<Pixel>(rows.src, c.src, c.seed);
+    fill_pixels<Pixel>(rows.mask, FillKind::layer, c.seed + 1);
+    fill_pixels<Pixel>(rows.dst, c.dst, c.seed + 2);
+    return rows;
+}
+
+template <class Pixel>
+void run_kernel(const Case& c, const Kernels<Pixel>& k, const Rows<Pixel>& rows, std::vector<Pixel>& dst) {
+    const QX_BlendingMode<Pixel> mode(QX_CompositeModePlus(c.number, static_cast<float>(c.opacity), nullptr, c.rgb_only,
+                                                           static_cast<int>(c.seed & 0xFFFF)));
+    const Pixel* src = rows.src.data() + kGuard + c.src_offset;
+    const Pixel* mask = rows.mask.data() + kGuard + (c.src_offset ^ 1);
+    Pixel* to = dst.data() + kGuard + c.dst_offset;
+    switch (c.kernel) {
+        case Kernel::row:
+            k.row[c.number + 3][c.masked](c.count, &mode, nullptr, src, c.masked ? mask : nullptr, to);
+            break;
+        case Kernel::filter:
+            k.filter[c.number](c.count, c.masked ? src : nullptr, to);
+            break;
+        case Kernel::merge:
+            k.merge(c.count, src, mode.opacity, c.masked ? mask : nullptr, to);
+            break;
+    }
+}
+
+template <class Pixel> std::string text_of_pixel(const Pixel& p) {
+    std::ostringstream text;
+    text.precision(9);
+    text << "(" << +p.alpha << " " << +p.red << " " << +p.green << " " << +p.blue << ")";
+    return text.str();
+}
+
+template <class Pixel> std::optional<std::string> run_at_depth(const Case& c) {
+    const Rows<Pixel> rows = make_rows<Pixel>(c);
+    const std::size_t begin = static_cast<std::size_t>(kGuard + c.dst_offset);
+    const std::size_t end = begin + static_cast<std::size_t>(c.count);
+    std::vector<Pixel> expected;
+    for (const LevelKernels& level : levels()) {
+        std::vector<Pixel> dst = rows.dst;
+        run_kernel<Pixel>(c, kernels_of<Pixel>(level), rows, dst);
+        if (expected.empty()) expected = dst;  // the plain level comes first
+        for (std::size_t i = 0; i < dst.size(); ++i) {
+            const bool outside = i < begin || i >= end;
+            const Pixel& wanted = outside ? rows.dst[i] : expected[i];
+            if (std::memcmp(&dst[i], &wanted, sizeof(Pixel)) == 0) continue;
+            return level.name + (outside ? " wrote outside the row at " : " differs at ") +
+                   std::to_string(static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(begin)) + ": " +
+                   text_of_pixel(dst[i]) + " instead of " + text_of_pixel(wanted) + " in " + describe(c);
+        }
+    }
+    return std::nullopt;
+}
+
+const char* name_of(FillKind kind) {
+    switch (kind) {
+        case FillKind::random:
+            return "random";
+        case FillKind::opaque:
+            return "opaque";
+        case FillKind::clear:
+            return "clear";
+        case FillKind::extremes:
+            return "extremes";
+        case FillKind::layer:
+            return "layer";
+    }
+    return "?";
+}
+
+}  // namespace
+
+const std::vector<LevelKernels>& levels() {
+    static const std::vector<LevelKernels> all = [] {
+        std::vector<LevelKernels> found;
+        constexpr const char* names[] = {"plain", "SSE4.1", "AVX2"};
+        for (int level = 0; level <= static_cast<int>(standalone::DetectedProcessorLevel()); ++level) {
+            const Born born(1, static_cast<standalone::ProcessorLevel>(level));
+            found.push_back({names[level], kernels_at<QX_Pixel8>(35, 41, 94), kernels_at<QX_Pixel16>(72, 78, 98),
+                             kernels_at<QX_PixelFloat>(106, 112, 102)});
+        }
+        return found;
+    }();
+    return all;
+}
+
+Case random_case(std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    const auto below = [&](std::uint64_t n) { return static_cast<int>(random() % n); };
+    constexpr FillKind kinds[] = {FillKind::random, FillKind::opaque, FillKind::clear, FillKind::extremes,
+                                  FillKind::layer};
+    constexpr double opacities[] = {1, 0, 0.5, 0.999, 0.004};
+    Case c;
+    c.seed = seed;
+    c.depth = 8 << below(3);
+    c.kernel = below(4) != 0 ? Kernel::row : below(2) != 0 ? Kernel::filter : Kernel::merge;
+    c.masked = below(2) != 0;
+    c.number = c.kernel == Kernel::row ? below(42) - 1 : below(6);
+    if (c.kernel == Kernel::row && c.number == -1) c.number = c.masked ? -2 : -3;
+    c.rgb_only = below(4) == 0;
+    c.opacity = opacities[below(5)];
+    c.src = kinds[below(5)];
+    c.dst = kinds[below(5)];
+    c.count = below(3) != 0 ? below(68) : below(5000);
+    c.src_offset = below(8);
+    c.dst_offset = below(8);
+    return c;
+}
+
+std::string describe(const Case& c) {
+    std::ostringstream text;
+    constexpr const char* kernels[] = {"row", "filter", "merge"};
+    text << kernels[static_cast<int>(c.kernel)] << " " << c.number << " depth " << c.depth
+         << (c.masked ? " masked" : "") << (c.rgb_only ? " rgb-only" : "") << " opacity " << c.opacity << " "
+         << name_of(c.src) << " on " << name_of(c.dst) << " count " << c.count << " offsets " << c.src_offset << ", "
+         << c.dst_offset << " seed " << c.seed;
+    return text.str();
+}
+
+std::optional<std::string> run_case(const Case& c) {
+    switch (c.depth) {
+        case 8:
+            return run_at_depth<QX_Pixel8>(c);
+        case 16:
+            return run_at_depth<QX_Pixel16>(c);
+        default:
+            return run_at_depth<QX_PixelFloat>(c);
+    }
+}
+
+}  // namespace qx::test

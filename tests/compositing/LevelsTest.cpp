@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+// Vector forms equal the plain form in every pixel.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "QX/compositing/QX_PixelAccess.h"
+#include "QX/compositing/QX_SoftLight.h"
+#include "tests/compositing/Differential.h"
+#include "tests/support/TestHost.h"
+
+namespace qx::test {
+namespace {
+
+/// The kernels are taken from the table level by level; then the library is born for the tables that they read.
+class Levels : public testing::Test {
+protected:
+    std::size_t count_ = levels().size();
+    Born born_{1};
+};
+
+TEST_F(Levels, RandomCasesAgree) {
+    for (std::uint64_t seed = 1; seed <= 4000; ++seed) {
+        const auto fault = run_case(random_case(seed));
+        ASSERT_FALSE(fault) << *fault;
+    }
+}
+
+class LevelsOnFill : public Levels, public testing::WithParamInterface<FillKind> {};
+
+/// Every mode, masked and not, on both other levels: more than ten million pixels a fill.
+TEST_P(LevelsOnFill, AgreeOnMillionsOfPixels) {
+    std::int64_t pixels = 0;
+    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+        for (const bool masked : {false, true}) {
+            if (xfer == -1 || (xfer == xfer_mask_crossfade && !masked)) continue;
+            Case c;
+            c.seed = static_cast<std::uint64_t>(1000 + xfer);
+            c.number = xfer;
+            c.masked = masked;
+            c.opacity = masked ? 0.8 : 1;
+            c.src = GetParam();
+            c.dst = FillKind::layer;
+            c.count = 65536;
+            const auto fault = run_case(c);
+            ASSERT_FALSE(fault) << *fault;
+            pixels += c.count * static_cast<std::int64_t>(count_ - 1);
+        }
+    }
+    if (count_ == 3) {
+        EXPECT_GE(pixels, 10'000'000);
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Fills, LevelsOnFill,
+                         testing::Values(FillKind::random, FillKind::opaque, FillKind::clear, FillKind::layer));
+
+/// All pairs of a channel and an alpha through every 8-bit filter, at every level.
+TEST_F(Levels, FiltersAgreeOnAllPairs) {
+    std::vector<QX_Pixel8> pairs(65536);
+    for (unsigned i = 0; i < 65536; ++i) {
+        const auto c = static_cast<std::uint8_t>(i & 255), a = static_cast<std::uint8_t>(i >> 8);
+        pairs[i] = {a, c, static_cast<std::uint8_t>(255 - c), static_cast<std::uint8_t>(c ^ 0x55)};
+    }
+    for (int filter = 0; filter < 6; ++filter) {
+        std::vector<QX_Pixel8> plain = pairs;
+        levels().front().at8.filter[filter](65536, nullptr, plain.data());
+        for (const LevelKernels& level : levels()) {
+            std::vector<QX_Pixel8> out = pairs;
+            level.at8.filter[filter](65536, nullptr, out.data());
+            EXPECT_EQ(0, std::memcmp(out.data(), plain.data(), out.size() * sizeof(QX_Pixel8))) << level.name << filter;
+        }
+    }
+}
+
+/// The vector forms compute what the plain one reads from tables: quotients and the soft-light curves.
+TEST_F(Levels, ArithmeticOfLanesIsThatOfTables) {
+    for (int a = 0; a < 256; ++a) {
+        for (int v = 0; v < 256; v += 4) {
+            const Int4 columns = {v, v + 1, v + 2, v + 3};
+            const Int4 divided = Depth8::div(columns, Int4{a, a, a, a});
+            const Int4 half = splat<Int4>(a);
+            const Int4 curve = soft_curve8(half, columns);
+            for (int i = 0; i < 4; ++i) {
+                ASSERT_EQ(divided[i], Depth8::div(v + i, a)) << v + i << " / " << a;
+                ASSERT_EQ(curve[i], soft_curve8(a, v + i)) << v + i << " under " << a;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qx::test

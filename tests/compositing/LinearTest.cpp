@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+// Lookups of linear light, rows in linear light, and the conversion of depth.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "QX/compositing/QX_LinearLookup.h"
+#include "tests/compositing/TransferSupport.h"
+
+namespace qx::test {
+namespace {
+
+QX_LinearBlendingTables gamma_tables(float gamma) {
+    QX_LinearBlendingTables tables;
+    QX_BuildGammaBlendingTables(gamma, &tables);
+    return tables;
+}
+
+/// Between two entries the lookups lie on the line, rounded; over the whole scale, and beyond it they stay at its end.
+TEST(LinearLookup, InterpolatesOnTheLine) {
+    const auto tables = gamma_tables(2.2f);
+    for (int c = 0; c <= 32768; ++c) {
+        const double at = c * 255.0 / 32768, back_at = c / 8.0;
+        const auto line = [](const std::uint16_t* table, double x) {
+            const int i = static_cast<int>(x);
+            return x == i ? table[i] : table[i] + (table[i + 1] - table[i]) * (x - i);
+        };
+        ASSERT_EQ(to_linear16(tables, c), std::floor(line(tables.to_linear, at) + 0.5)) << c;
+        ASSERT_EQ(from_linear16(tables, c), std::floor(line(tables.from_linear, back_at) + 0.5)) << c;
+    }
+    EXPECT_EQ(to_linear16(tables, 65535), to_linear16(tables, 32768));
+    EXPECT_EQ(from_linear16(tables, 65535), from_linear16(tables, 32768));
+    EXPECT_EQ(power(-0.5f, 2.2f), -0.5f);
+}
+
+/// An identity table leaves every 8-bit and 16-bit value as it is through both conversions.
+TEST(LinearLookup, GammaOneIsTheIdentity) {
+    const auto tables = gamma_tables(1.0f);
+    for (unsigned c = 0; c < 256; ++c) {
+        ASSERT_EQ(narrow_16_to_8(static_cast<std::uint32_t>(from_linear16(tables, tables.to_linear[c]))), c);
+    }
+    for (int c = 0; c <= 32768; ++c) ASSERT_NEAR(from_linear16(tables, to_linear16(tables, c)), c, 1);
+}
+
+template <class Pixel> QX_RowFunc<Pixel> row_of(int xfer, bool masked, bool linear) {
+    const int first = DepthOf<Pixel>::number == 8 ? 94 : DepthOf<Pixel>::number == 16 ? 98 : 102;
+    QX_RowFunc<Pixel> row = nullptr;
+    EXPECT_EQ(slot_at<RowLookupFn<Pixel>>(first + (masked ? 2 : 0) + (linear ? 1 : 0))(xfer, &row), 0);
+    return row;
+}
+
+/// An 8-bit blend in linear light is the 16-bit one of the same values, rounded down at the end.
+TEST(LinearRows, EightBitsBlendAtSixteen) {
+    const Born born(1);
+    const auto tables = gamma_tables(2.2f);
+    constexpr int n = 700;  // longer than several runs of the conversion
+    std::vector<QX_Pixel8> src(n), mask(n), dst(n);
+    fill_pixels<QX_Pixel8>(src, FillKind::layer, 1);
+    fill_pixels<QX_Pixel8>(mask, FillKind::random, 2);
+    fill_pixels<QX_Pixel8>(dst, FillKind::random, 3);
+    const auto linear = [&](const QX_Pixel8& p) {
+        return QX_Pixel16{widen_8_to_16(p.alpha), tables.to_linear[p.red], tables.to_linear[p.green],
+                          tables.to_linear[p.blue]};
+    };
+    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+        if (xfer == -1 || xfer == xfer_replace || xfer == xfer_copy) continue;
+        for (const bool masked : {false, true}) {
+            if (xfer == xfer_mask_crossfade && !masked) continue;
+            QX_BlendingMode<QX_Pixel8> mode(QX_CompositeModePlus(xfer, 0.7f, nullptr, false, 5));
+            QX_BlendingMode<QX_Pixel16> deep(QX_CompositeModePlus(xfer, 0, nullptr, false, 5));
+            deep.opacity = widen_8_to_16(mode.opacity);
+            std::vector<QX_Pixel16> src16, mask16, dst16;
+            for (int i = 0; i < n; ++i) {
+                src16.push_back(linear(src[static_cast<std::size_t>(i)]));
+                dst16.push_back(linear(dst[static_cast<std::size_t>(i)]));
+                mask16.push_back({widen_8_to_16(mask[static_cast<std::size_t>(i)].alpha), 0, 0, 0});
+            }
+            row_of<QX_Pixel16>(xfer, masked, false)(n, &deep, nullptr, src16.data(), masked ? mask16.data() : nullptr,
+                                                    dst16.data());
+            auto out = dst;
+            ASSERT_EQ(row_of<QX_Pixel8>(xfer, masked, true)(n, &mode, &tables, src.data(),
+                                                            masked ? mask.data() : nullptr, out.data()),
+                      0);
+            for (std::size_t i = 0; i < n; ++i) {
+                const auto down = [&](std::uint16_t c) {
+                    return narrow_16_to_8(static_cast<std::uint32_t>(from_linear16(tables, c)));
+                };
+                const QX_Pixel8 expected{narrow_16_to_8(dst16[i].alpha), down(dst16[i].red), down(dst16[i].green),
+                                         down(dst16[i].blue)};
+                ASSERT_EQ(0, std::memcmp(&expected, &out[i], 4)) << "mode " << xfer << " pixel " << i;
+            }
+        }
+    }
+}
+
+TEST(LinearRows, CopiesIgnoreTablesAndNullTablesAreRefused) {
+    const Born born(1);
+    for (const int xfer : {xfer_replace, xfer_copy}) {
+        EXPECT_EQ(row_of<QX_Pixel8>(xfer, true, true), row_of<QX_Pixel8>(xfer, true, false));
+    }
+    const QX_PixelFloat src{1, 1, 1, 1};
+    QX_PixelFloat dst{0.5f, 0.25f, 0, 0};
+    const QX_BlendingMode<QX_PixelFloat> mode(QX_CompositeModePlus(xfer_over, 1, nullptr, false, 0));
+    Reports reports;
+    EXPECT_EQ(row_of<QX_PixelFloat>(xfer_over, false, true)(1, &mode, nullptr, &src, nullptr, &dst), 3);
+    EXPECT_EQ(reports.last_text(), "Invalid tables for linearized blending");
+    EXPECT_EQ(dst.red, 0.25f);
+}
+
+/// The lookups refuse what is no mode, and name it; an empty row is done at once.
+TEST(LinearRows, LookupsKnowTheirModes) {
+    const Born born(1);
+    for (int number = 94; number < 98; ++number) {
+        for (const int xfer : {-5, -4, -1, 41, 42}) {
+            Reports reports;
+            QX_RowFunc<QX_Pixel8> row = nullptr;
+            EXPECT_EQ(slot_at<RowLookupFn<QX_Pixel8>>(number)(xfer, &row), 5);
+            EXPECT_EQ(reports.last_text(), "unimplemented blending mode.");
+        }
+    }
+}
+
+/// Depth conversion against the powers themselves, in double: the float side is linear.
+TEST(DepthConvert, FloatSideIsLinear) {
+    const Born born(1);
+    const auto tables = gamma_tables(2.0f);
+    TestWorld<QX_Pixel8> eight(256, 1, FillKind::opaque, 1);
+    for (int i = 0; i < 256; ++i) {
+        const auto c = static_cast<std::uint8_t>(i);
+        eight.at(i, 0) = {c, c, c, c};
+    }
+    TestWorld<QX_PixelFloat> linear(256, 1, FillKind::clear, 2);
+    QX_DepthConvertWorld(&tables, &eight.world(), &linear.world());
+    TestWorld<QX_Pixel16> deep(256, 1, FillKind::clear, 3);
+    QX_DepthConvertWorld(&tables, &linear.world(), &deep.world());
+    TestWorld<QX_Pixel8> back(256, 1, FillKind::clear, 4);
+    QX_DepthConvertWorld(&tables, &linear.world(), &back.world());
+    for (int i = 0; i < 256; ++i) {
+        EXPECT_NEAR(linear.at(i, 0).red, i * i / 65025.0, 0.5 / 32768 + 1e-7);
+        EXPECT_EQ(linear.at(i, 0).alpha, static_cast<float>(i) * 0.003921569f);
+        EXPECT_NEAR(back.at(i, 0).green, i, i < 8 ? 3 : 1);  // the table is coarse where its slope is steep
+        EXPECT_EQ(back.at(i, 0).alpha, i);
+        EXPECT_EQ(deep.at(i, 0).alpha, (i * 32768 + 128) / 255);
+    }
+    TestWorld<QX_PixelFloat> odd(1, 1, FillKind::clear, 5);
+    odd.at(0, 0) = {1.5f, -0.5f, 2.0f, 0.25f};
+    TestWorld<QX_Pixel16> narrow(1, 1, FillKind::clear, 6);
+    QX_DepthConvertWorld(&tables, &odd.world(), &narrow.world());
+    EXPECT_EQ(narrow.at(0, 0).alpha, 49152);  // not clamped
+    EXPECT_EQ(narrow.at(0, 0).red, 0);
+    EXPECT_EQ(narrow.at(0, 0).green, 32768);
+    EXPECT_EQ(narrow.at(0, 0).blue, 16384);  // square root of a quarter
+}
+
+TEST(DepthConvert, IntegerPairsAreStepsAndSizesMustAgree) {
+    const Born born(1);
+    const auto tables = gamma_tables(2.2f);
+    TestWorld<QX_Pixel8> eight(64, 3, FillKind::random, 1), other(64, 3, FillKind::clear, 2),
+        wide(65, 3, FillKind::clear, 2);
+    TestWorld<QX_Pixel16> deep(64, 3, FillKind::clear, 3);
+    QX_DepthConvertWorld(&tables, &eight.world(), &deep.world());
+    QX_DepthConvertWorld(&tables, &deep.world(), &other.world());
+    EXPECT_TRUE(same_pixels(eight.pixels(), other.pixels()));
+    const auto before = wide.pixels();
+    QX_DepthConvertWorld(&tables, &eight.world(), &wide.world());
+    EXPECT_TRUE(same_pixels(before, wide.pixels()));
+}
+
+}  // namespace
+}  // namespace qx::test

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstring>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "QX/QX.h"
+#include "tests/support/Pixels.h"
+#include "tests/support/TestHost.h"
+
+namespace qx::test {
+
+/// A world with its record, filled from a seed.
+template <class Pixel> class TestWorld {
+public:
+    TestWorld(int width, int height, FillKind kind, std::uint64_t seed)
+        : world_(static_cast<QX_WorldX<Pixel>*>(QX_World::New(width, height, DepthOf<Pixel>::number, 1))) {
+        for (int y = 0; y < height; ++y) {
+            fill_pixels<Pixel>(std::span(world_->Row(y), static_cast<std::size_t>(width)), kind,
+                               seed * 1000 + static_cast<std::uint64_t>(y));
+        }
+        world_->FillOutEffectWorld(&record_);
+    }
+    QX_LayerDef* record() { return &record_; }
+    QX_WorldX<Pixel>& world() { return *world_; }
+    Pixel& at(int x, int y) { return world_->Row(y)[x]; }
+
+    /// All pixels, row by row, without padding.
+    std::vector<Pixel> pixels() const {
+        std::vector<Pixel> all;
+        for (int y = 0; y < world_->height; ++y) all.insert(all.end(), world_->Row(y), world_->Row(y) + world_->width);
+        return all;
+    }
+
+private:
+    std::unique_ptr<QX_WorldX<Pixel>> world_;
+    QX_LayerDef record_{};
+};
+
+template <class Pixel> bool same_pixels(const std::vector<Pixel>& a, const std::vector<Pixel>& b) {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(Pixel)) == 0;
+}
+
+/// The arguments of a transfer, with what is usual as default.
+struct TransferCall {
+    QX_CompositeModePlus mode{xfer_over, 1.0f, nullptr, false, 1};
+    M_LRect src_rect{0, 0, 1 << 20, 1 << 20};
+    const QX_LinearBlendingTables* tables = nullptr;
+    const QX_MaskWorld* mask = nullptr;
+    const QX_ProgressInfo* progress = nullptr;
+    int field = 0, dest_x = 0, dest_y = 0;
+
+    int operator()(QX_LayerDef* src, QX_LayerDef* dst) const {
+        return QX_TransferRect(progress, 1, 0, field, &src_rect, src, &mode, tables, mask, dest_x, dest_y, dst);
+    }
+    int with_scratch(QX_LayerDef* src, QX_LayerDef* dst, QX_ScratchBlock* scratch) const {
+        return QX_TransferRectPlus(progress, 1, 0, field, &src_rect, src, &mode, tables, mask, scratch, dest_x, dest_y,
+                                   dst);
+    }
+};
+
+inline QX_MaskWorld mask_at(const QX_LayerDef& world, int x, int y, std::uint32_t kind) { return {world, x, y, kind}; }
+
+}  // namespace qx::test

@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where a transfer writes, what covers it, and how it fails.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include "tests/compositing/TransferSupport.h"
+
+namespace qx::test {
+namespace {
+
+template <class Pixel> class TransferAtDepth : public testing::Test {
+protected:
+    Born born_{1};
+};
+using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(TransferAtDepth, Depths);
+
+/// Coverage of a mask kind in exact numbers: products on the scale of the depth, each rounded as the depth does.
+template <class Pixel> QX_ChannelOf<Pixel> model_product(double x, double y) {
+    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
+        return static_cast<float>(x) * static_cast<float>(y);
+    } else if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        return static_cast<std::uint8_t>(std::floor(x * y / 255 + 0.5));  // 255 is odd: there are no ties
+    } else {
+        return static_cast<std::uint16_t>(std::floor((x * y + 16383) / 32768));
+    }
+}
+
+template <class Pixel> QX_ChannelOf<Pixel> model_coverage(const Pixel& m, std::uint32_t kind) {
+    using Channel = QX_ChannelOf<Pixel>;
+    const Channel full = static_cast<Channel>(DepthOf<Pixel>::full);
+    Channel value = m.alpha;
+    if (kind >= 2) {
+        if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
+            value = ((m.red * 0.299f + m.green * 0.587f) + m.blue * 0.114f) * m.alpha;
+        } else {
+            const double luma = std::floor((m.red * 9798.0 + m.green * 19235.0 + m.blue * 3735.0 + 16384) / 32768);
+            value = model_product<Pixel>(luma, m.alpha);
+        }
+    }
+    return kind & 1 ? static_cast<Channel>(full - value) : value;
+}
+
+/// Random rectangles, places, masks and fields, with the mode that shows coverage as it is.
+TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
+    using Pixel = TypeParam;
+    std::mt19937 random(11);
+    const auto between = [&](int a, int b) {
+        return a + static_cast<int>(random() % static_cast<unsigned>(b - a + 1));
+    };
+    for (unsigned round = 0; round < 300; ++round) {
+        TestWorld<Pixel> src(between(1, 24), between(1, 12), FillKind::random, round);
+        TestWorld<Pixel> dst(between(1, 24), between(1, 12), FillKind::random, round + 1000);
+        TestWorld<Pixel> mask(between(1, 16), between(1, 8), FillKind::random, round + 2000);
+        const std::uint32_t kind = round % 5;  // 4: no mask
+        const QX_MaskWorld mask_record = mask_at(*mask.record(), between(-8, 12), between(-4, 6), kind);
+        TransferCall call;
+        call.mode.xfer = xfer_replace;
+        const int left = between(-6, 10), top = between(-6, 6);
+        call.src_rect = {left, top, left + between(0, 30), top + between(0, 14)};
+        call.dest_x = between(-10, 12);
+        call.dest_y = between(-6, 6);
+        call.field = between(0, 3);
+        call.mask = kind == 4 ? nullptr : &mask_record;
+        const auto before = dst.pixels();
+        ASSERT_EQ(call(src.record(), dst.record()), 0);
+        for (int y = 0; y < dst.world().height; ++y) {
+            for (int x = 0; x < dst.world().width; ++x) {
+                const int sx = x - call.dest_x + left, sy = y - call.dest_y + top;
+                const int mx = x - mask_record.x, my = y - mask_record.y;
+                const bool in_src = sx >= std::max(left, 0) && sx < std::min(call.src_rect.right, src.world().width) &&
+                                    sy >= std::max(top, 0) && sy < std::min(call.src_rect.bottom, src.world().height);
+                const bool in_mask = mx >= 0 && my >= 0 && mx < mask.world().width && my < mask.world().height;
+                const bool kept = (call.field == 1 && y % 2 == 1) || (call.field == 2 && y % 2 == 0) ||
+                                  (kind % 2 == 0 && kind < 4 && !in_mask);
+                Pixel expected = before[static_cast<std::size_t>(y * dst.world().width + x)];
+                if (in_src && !kept) {
+                    expected = src.at(sx, sy);
+                    if (kind < 4 && in_mask) {
+                        expected.alpha =
+                            model_product<Pixel>(expected.alpha, model_coverage<Pixel>(mask.at(mx, my), kind));
+                    }
+                }
+                ASSERT_EQ(0, std::memcmp(&expected, &dst.at(x, y), sizeof(Pixel)))
+                    << "round " << round << " at " << x << ", " << y << " kind " << kind << " field " << call.field;
+            }
+        }
+    }
+}
+
+TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
+    using Pixel = TypeParam;
+    QX_LinearBlendingTables tables;
+    QX_BuildGammaBlendingTables(2.2f, &tables);
+    TestWorld<Pixel> src(37, 5, FillKind::layer, 1), start(41, 6, FillKind::random, 2);
+    TestWorld<Pixel> mask(29, 4, FillKind::random, 3);
+    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+        for (int variant = 0; variant < 5 * 2 * 2 * 2; ++variant) {
+            const int kind = variant % 5;
+            if (xfer == -1 || (xfer == xfer_mask_crossfade && kind == 4)) continue;
+            TestWorld<Pixel> dst(41, 6, FillKind::random, 2);
+            const QX_MaskWorld record = mask_at(*mask.record(), 3, 1, static_cast<std::uint32_t>(kind));
+            TransferCall call;
+            call.mode = {xfer, variant / 20 != 0 ? 0.4f : 1.0f, nullptr, variant / 10 % 2 != 0, 7};
+            call.tables = variant / 5 % 2 != 0 ? &tables : nullptr;
+            call.mask = kind == 4 ? nullptr : &record;
+            call.dest_x = 2;
+            SCOPED_TRACE(testing::Message() << "mode " << xfer << " variant " << variant);
+            ASSERT_EQ(call(src.record(), dst.record()), 0);
+            const auto after = dst.pixels(), before = start.pixels();
+            const bool leaves_alpha = call.mode.rgb_only && xfer >= 0 && xfer != xfer_copy &&
+                                      !(xfer >= xfer_alpha_multiply && xfer <= xfer_alpha_multiply_inverse_luma) &&
+                                      xfer < xfer_threshold_blue && xfer != xfer_behind;
+            for (std::size_t i = 0; i < after.size() && leaves_alpha; ++i) ASSERT_EQ(after[i].alpha, before[i].alpha);
+            const bool clears_around = xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
+            for (int y = 0; y < 6; ++y) {  // columns 0, 1, 39 and 40 lie outside the rectangle
+                for (const int x : {0, 1, 39, 40}) {
+                    const Pixel &now = dst.at(x, y), &then = start.at(x, y);
+                    ASSERT_EQ(now.alpha, clears_around ? 0 : then.alpha);
+                    ASSERT_EQ(0, std::memcmp(&now.red, &then.red, 3 * sizeof now.red));
+                }
+            }
+        }
+    }
+}
+
+TYPED_TEST(TransferAtDepth, AlphaMultiplyClearsAroundTheRectangleOnly) {
+    using Pixel = TypeParam;
+    for (const int xfer : {xfer_alpha_multiply, xfer_alpha_multiply_luma, xfer_alpha_multiply_inverse}) {
+        TestWorld<Pixel> src(4, 3, FillKind::opaque, 5), dst(12, 9, FillKind::opaque, 6),
+            start(12, 9, FillKind::opaque, 6);
+        TransferCall call;
+        call.mode.xfer = xfer;
+        call.dest_x = 5;
+        call.dest_y = 2;
+        ASSERT_EQ(call(src.record(), dst.record()), 0);
+        for (int y = 0; y < 9; ++y) {
+            for (int x = 0; x < 12; ++x) {
+                const bool inside = x >= 5 && x < 9 && y >= 2 && y < 5;
+                const bool cleared = !inside && xfer != xfer_alpha_multiply_inverse;
+                if (!inside) {
+                    EXPECT_EQ(dst.at(x, y).alpha, cleared ? 0 : start.at(x, y).alpha);
+                }
+                EXPECT_EQ(dst.at(x, y).green, start.at(x, y).green);
+            }
+        }
+        const auto unchanged = dst.pixels();
+        call.dest_x = 50;  // an empty clip leaves all as it is
+        ASSERT_EQ(call(src.record(), dst.record()), 0);
+        EXPECT_TRUE(same_pixels(unchanged, dst.pixels()));
+    }
+}
+
+/// The pattern of dissolve, from the law of its seeds: the left edge is added, then a running increment row by row.
+TEST(Transfer, DissolveFollowsItsSeeds) {
+    const Born born(1);
+    TestWorld<QX_Pixel8> src(20, 9, FillKind::random, 1), dst(30, 14, FillKind::clear, 2),
+        start(30, 14, FillKind::clear, 2);
+    TransferCall call;
+    call.mode = {xfer_dissolve, 0.75f, nullptr, false, 99};
+    call.dest_x = 4;
+    call.dest_y = 3;
+    call.field = 1;
+    ASSERT_EQ(call(src.record(), dst.record()), 0);
+    std::uint32_t row_seed = 99 + 4, increment = 3 * 12281;
+    for (int y = 3; y < 12; ++y, row_seed += increment, increment += 12281) {
+        std::uint32_t seed = row_seed;
+        for (int x = 4; x < 24; ++x, ++seed) {
+            const QX_Pixel8 from = src.at(x - 4, y - 3);
+            const int s = static_cast<int>(std::floor(from.alpha * 191 / 255.0 + 0.5));  // 0.75 * 255 + 0.5, truncated
+            bool drawn = s == 255;
+            if (s != 0 && s != 255) drawn = (QX_Rand(&seed) & 255) <= s;
+            const bool kept = y % 2 == 1;
+            const QX_Pixel8 expected =
+                drawn && !kept ? QX_Pixel8{255, from.red, from.green, from.blue} : start.at(x, y);
+            ASSERT_EQ(0, std::memcmp(&expected, &dst.at(x, y), 4)) << x << ", " << y;
+        }
+    }
+}
+
+struct Polls {
+    std::vector<std::pair<int, int>> calls;
+    int fail_at = -1;
+    static int progress(void* refcon, std::int32_t count, std::int32_t total) {
+        auto& polls = *static_cast<Polls*>(refcon);
+        polls.calls.emplace_back(count, total);
+        return static_cast<int>(polls.calls.size()) - 1 == polls.fail_at ? kQX_Interrupted : 0;
+    }
+};
+
+TEST(Transfer, ProgressIsCalledOnMultiplesOf128AndEndsTheWork) {
+    const Born born(1);
+    TestWorld<QX_Pixel8> src(3, 400, FillKind::opaque, 1), dst(3, 400, FillKind::clear, 2),
+        start(3, 400, FillKind::clear, 2);
+    Polls polls;
+    const QX_ProgressInfo info{&polls, nullptr, &Polls::progress};
+    TransferCall call;
+    call.progress = &info;
+    call.field = 1;  // row 257 is odd: skipped rows report too
+    call.dest_y = 1;
+    call.src_rect = {0, 0, 3, 300};
+    ASSERT_EQ(call(src.record(), dst.record()), 0);
+    EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{127, 300}, {255, 300}}));
+    polls = {{}, 0};
+    TestWorld<QX_Pixel8> again(3, 400, FillKind::clear, 2);
+    call.field = 0;
+    EXPECT_EQ(call(src.record(), again.record()), kQX_Interrupted);
+    EXPECT_EQ(again.at(0, 128).alpha, 255);
+    EXPECT_EQ(0, std::memcmp(&again.at(0, 129), &start.at(0, 129), 12));
+}
+
+TEST(Transfer, FailuresReportAndWriteNothing) {
+    const Born born(1);
+    TestWorld<QX_Pixel8> src(4, 4, FillKind::opaque, 1), dst(4, 4, FillKind::random, 2);
+    TestWorld<QX_Pixel16> deep(4, 4, FillKind::opaque, 3);
+    QX_LayerDef gpu{}, empty{};
+    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f);
+    const QX_MaskWorld deep_mask = mask_at(*deep.record(), 0, 0, 0), gpu_mask = mask_at(gpu, 0, 0, 0);
+    struct {
+        const char* what;
+        QX_LayerDef *src, *dst;
+        int xfer;
+        const QX_MaskWorld* mask;
+        int code;
+        const char* text;
+    } cases[] = {
+        {"depths", deep.record(), dst.record(), 2, nullptr, 3,
+         "QX_TransferRect requires src and dst worlds to have same bit depth"},
+        {"mask depth", src.record(), dst.record(), 2, &deep_mask, 3,
+         "QX_TransferRect requires mask and dst worlds to have same bit depth"},
+        {"GPU source", &gpu, dst.record(), 2, nullptr, 3, "gpu effect world is not supported yet."},
+        {"GPU destination", src.record(), &gpu, 2, nullptr, 3, "gpu effect world is not supported yet."},
+        {"GPU mask", src.record(), dst.record(), 2, &gpu_mask, 3, "gpu effect world is not supported yet."},
+        {"no pixels", &empty, dst.record(), 2, nullptr, 3, "bad parameter passed to effect callback"},
+        {"crossfade without mask", src.record(), dst.record(), -2, nullptr, 3,
+         "bad parameter passed to effect callback"},
+        {"no mode", src.record(), dst.record(), -1, nullptr, 5, "unimplemented blending mode."},
+        {"mode 41", src.record(), dst.record(), 41, nullptr, 5, "unimplemented blending mode."},
+    };
+    const auto before = dst.pixels();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Reports reports;
+        TransferCall call;
+        call.mode.xfer = c.xfer;
+        call.mask = c.mask;
+        EXPECT_EQ(call(c.src, c.dst), c.code);
+        EXPECT_EQ(reports.last_text(), c.text);
+        EXPECT_TRUE(same_pixels(before, dst.pixels()));
+    }
+    {
+        Reports reports;
+        TransferCall call;
+        call.mode.xfer = 41;
+        call.dest_x = 100;  // an empty clip comes before the mode
+        EXPECT_EQ(call(src.record(), dst.record()), 0);
+        EXPECT_TRUE(reports.all().empty());
+        call.dest_x = 0;
+        EXPECT_EQ(call.with_scratch(deep.record(), dst.record(), nullptr), 3);
+        EXPECT_EQ(reports.last_text(), "QX_TransferRectPlus requires src and dst worlds to have same bit depth");
+    }
+    FK::DisposeVPixFromVideoFrame(gpu.platform_ref);
+}
+
+/// Every allocation of a transfer fails once: code 4, nothing written, nothing leaked, and the next call works.
+TEST(Transfer, EachFailedAllocationGivesItsCode) {
+    const Born born(1);
+    TestWorld<QX_PixelFloat> src(5000, 2, FillKind::opaque, 1), dst(5000, 2, FillKind::clear, 2);
+    const auto before = dst.pixels();
+    const std::int64_t blocks = standalone::Memory().blocks_in_use;
+    TransferCall call;
+    int failures = 0;
+    for (int nth = 1; nth < 20; ++nth) {
+        Reports reports;
+        standalone::FailAllocation(nth);
+        const int code = call(src.record(), dst.record());
+        standalone::FailAllocation(0);
+        if (code == 0) break;
+        EXPECT_EQ(code, 4);
+        EXPECT_EQ(reports.last_text(), "out of memory: blending scratch buffer");
+        EXPECT_TRUE(same_pixels(before, dst.pixels()));
+        EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+        ++failures;
+    }
+    EXPECT_EQ(failures, 3);
+    EXPECT_EQ(call(src.record(), dst.record()), 0);
+}
+
+TEST(Transfer, ScratchGrowsAndIsAskedForBySize) {
+    const Born born(1);
+    QX_ScratchBlock small{}, large{}, again{};
+    ASSERT_EQ(QXp_ReallocScratch(100, 1, false, &small), 0);
+    ASSERT_EQ(QXp_ReallocScratch(1024, 4, false, &large), 0);
+    ASSERT_EQ(QXp_ReallocScratch(2048, 2, false, &again), 0);  // as many bytes
+    EXPECT_EQ(large.mask_row, again.mask_row);
+    ASSERT_EQ(QXp_ReallocScratch(10, 1, false, &again), 0);
+    EXPECT_EQ(large.mask_row, again.mask_row);
+    std::memset(again.mask_row, 1, 1024 * 16);
+    std::memset(again.alpha_row, 1, 1024 * 4);
+    std::memset(again.motion[6], 1, 26624);
+    Reports reports;
+    EXPECT_EQ(QXp_ReallocScratch(10, 3, false, &again), 3);
+    EXPECT_EQ(reports.last_text(), "Unexpected bitdepth in QXp_ReallocScratch()");
+
+    void* buffers[7];
+    const std::int64_t blocks = standalone::Memory().blocks_in_use;
+    standalone::FailAllocation(4);
+    EXPECT_EQ(QX_AllocateMotionBlurScratch(buffers), 4);
+    EXPECT_EQ(reports.last_text(), "out of memory: motion blur scratch data4");
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks + 3);
+    QX_DisposeMotionBlurScratch(buffers);
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+}
+
+TEST(CompositeMode, OpacityIsThatOfTheFinerFieldThatCanBeBelieved) {
+    const auto opacity = [](std::uint8_t o8, std::uint16_t o16) {
+        return QX_CompositeModePlus(QX_CompositeMode{2, 5, o8, 3, o16}).opacity;
+    };
+    EXPECT_EQ(opacity(128, 0), 128 / 255.0f);
+    EXPECT_EQ(opacity(128, 16448), 16448 * 3.0517578e-5f);
+    EXPECT_EQ(opacity(255, 32768), 32768 * 3.0517578e-5f);
+    EXPECT_EQ(opacity(0, 0), 0.0f);
+    const QX_CompositeModePlus mode(QX_CompositeMode{7, -3, 255, 3, 32768});
+    EXPECT_TRUE(mode.rgb_only);
+    EXPECT_EQ(mode.rand_seed, -3);
+    EXPECT_EQ(QX_BlendingMode<QX_Pixel8>(QX_CompositeModePlus(2, 0.999f, nullptr, false, 0)).opacity, 255);
+    EXPECT_EQ(QX_BlendingMode<QX_Pixel16>(QX_CompositeModePlus(2, 0.5f, nullptr, false, 0)).opacity, 16384);
+}
+
+TEST(CompositeMode, FlagsForTheHost) {
+    const std::vector<int> flagged{-3, 0, 1, 2, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 16, 22, 25, 37, 38};
+    for (int xfer = -5; xfer < 45; ++xfer) {
+        EXPECT_EQ(QX_GetTransferFlags(xfer), std::count(flagged.begin(), flagged.end(), xfer)) << xfer;
+    }
+}
+
+}  // namespace
+}  // namespace qx::test

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <new>
+
+#include "platform/TK_Memory.h"
+#include "platform/standalone/Standalone.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+constexpr std::size_t kMiB = 1u << 20;
+
+struct Tracked : TK_MemTrackedObject {
+    int value = 7;
+};
+
+void* Recycled(std::size_t bytes) { return TK_GetRecycledPtrBaseAddress(TK_AllocateRecycledPtr(0, "frame", bytes)); }
+
+/// One way to get a block, whether its failure is reported, and the way to free it.
+struct Allocator {
+    const char* name;
+    bool reports;
+    std::function<void*()> get;
+    std::function<void(void*)> free;
+};
+
+void FreeHandle(void* handle) { TK_FreeHandle(static_cast<TK_Handle>(handle)); }
+
+const Allocator kAllocators[] = {
+    {"fixed", true, [] { return TK_AllocatePtr(9, "$$$/QX/1=rows", 64); }, TK_FreePtr},
+    {"fixed clear", true, [] { return TK_AllocatePtrClear(9, "rows", 64); }, TK_FreePtr},
+    {"handle", true, [] { return static_cast<void*>(TK_AllocateHandle(9, "rows", 64)); }, FreeHandle},
+    {"handle clear", true, [] { return static_cast<void*>(TK_AllocateHandleClear(9, "rows", 64)); }, FreeHandle},
+    {"handle quiet", false, [] { return static_cast<void*>(TK_AllocateHandleQuiet(64)); }, FreeHandle},
+    {"recycled", false, [] { return Recycled(64); }, [](void* p) { TK_FreeRecycledPtr(p, 64); }},
+    {"runtime", false, [] { return TK_RuntimeMalloc(64); }, TK_RuntimeFree},
+    {"tracked object", false,
+     [] {
+         try {
+             return static_cast<void*>(new Tracked);
+         } catch (const std::bad_alloc&) {
+             return static_cast<void*>(nullptr);
+         }
+     },
+     [](void* p) { delete static_cast<Tracked*>(p); }},
+};
+
+TEST(Memory, EveryAllocatorCountsOnceAndAligns) {
+    for (const Allocator& a : kAllocators) {
+        SCOPED_TRACE(a.name);
+        standalone::PurgeRecycled();
+        const auto before = standalone::Memory();
+        void* block = a.get();
+        ASSERT_NE(block, nullptr);
+        EXPECT_EQ(standalone::Memory().allocations, before.allocations + 1);
+        EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use + 1);
+        const bool is_handle = std::strncmp(a.name, "handle", 6) == 0;
+        const void* address = is_handle ? *static_cast<TK_Handle>(block) : block;
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(address) % 16, 0u);
+        a.free(block);
+        EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use);
+    }
+}
+
+TEST(Memory, ChosenAllocationFailsOnce) {
+    for (const Allocator& a : kAllocators) {
+        SCOPED_TRACE(a.name);
+        qx::test::Reports reports;
+        const auto blocks = standalone::Memory().blocks_in_use;
+        standalone::FailAllocation(2);
+        void* first = a.get();
+        EXPECT_NE(first, nullptr);
+        EXPECT_EQ(a.get(), nullptr);
+        void* third = a.get();
+        EXPECT_NE(third, nullptr);
+        a.free(first);
+        a.free(third);
+        EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+        ASSERT_EQ(reports.all().size(), a.reports ? 1u : 0u);
+        if (!a.reports) continue;
+        EXPECT_EQ(reports.last_text(), "out of memory: rows");
+        EXPECT_EQ(reports.all()[0].site, 9);
+        EXPECT_EQ(reports.all()[0].kind, standalone::ReportKind::error_string);
+    }
+    standalone::FailAllocation(1);
+    standalone::FailAllocation(0);
+    void* block = TK_AllocatePtr(0, "rows", 1);
+    EXPECT_NE(block, nullptr);
+    TK_FreePtr(block);
+}
+
+TEST(Memory, HopelessSizesGiveNull) {
+    const qx::test::Reports quiet;
+    constexpr std::size_t huge = SIZE_MAX - 4;
+    EXPECT_EQ(TK_AllocatePtr(0, "rows", huge), nullptr);
+    EXPECT_EQ(TK_AllocateHandleQuiet(huge), nullptr);
+    EXPECT_EQ(TK_RuntimeMalloc(huge), nullptr);
+    EXPECT_EQ(TK_AllocateRecycledPtr(0, "frame", huge), nullptr);
+    TK_FreePtr(nullptr);
+    TK_FreeHandle(nullptr);
+    TK_RuntimeFree(nullptr);
+    TK_FreeRecycledPtr(nullptr, 5);
+    EXPECT_EQ(TK_GetRecycledPtrBaseAddress(nullptr), nullptr);
+}
+
+TEST(Memory, HandlesKeepContentsWhenResized) {
+    TK_Handle handle = TK_AllocateHandleClear(0, "chunk", 4);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(std::memcmp(*handle, "\0\0\0\0", 4), 0);
+    std::memcpy(*handle, "abcd", 4);
+    ASSERT_EQ(TK_ResizeHandle(kMiB, &handle), 0);
+    EXPECT_EQ(std::memcmp(*handle, "abcd", 4), 0);
+    EXPECT_EQ(TK_GetHandleSize(handle), kMiB);
+
+    standalone::FailAllocation(1);
+    EXPECT_EQ(TK_ResizeHandle(2 * kMiB, &handle), 4);
+    EXPECT_EQ(TK_GetHandleSize(handle), kMiB);
+
+    const void* locked = TK_LockHandle(handle);
+    TK_LockHandle(handle);
+    TK_UnlockHandle(handle);
+    EXPECT_EQ(TK_ResizeHandle(4 * kMiB, &handle), 4) << "locks nest";
+    EXPECT_EQ(TK_ResizeHandle(2, &handle), 0);
+    EXPECT_EQ(*handle, locked);
+    TK_UnlockHandle(handle);
+    EXPECT_EQ(TK_ResizeHandle(8, &handle), 0);
+    EXPECT_EQ(std::memcmp(*handle, "ab", 2), 0);
+    TK_FreeHandle(handle);
+}
+
+TEST(Recycled, WaitingBlockAnswersRequestOfItsSize) {
+    standalone::PurgeRecycled();
+    const auto hits = standalone::Memory().recycled_hits;
+    void* first = Recycled(kMiB);
+    void* other = Recycled(kMiB + 1);
+    TK_FreeRecycledPtr(first, kMiB);
+    TK_FreeRecycledPtr(other, kMiB + 1);
+    EXPECT_EQ(standalone::Memory().recycled_bytes, static_cast<std::int64_t>(2 * kMiB + 1));
+    EXPECT_EQ(Recycled(kMiB), first);
+    EXPECT_EQ(standalone::Memory().recycled_hits, hits + 1);
+    EXPECT_EQ(standalone::Memory().recycled_bytes, static_cast<std::int64_t>(kMiB + 1));
+    void* fresh = Recycled(kMiB);
+    EXPECT_NE(fresh, other) << "a block of another size is no answer";
+    TK_FreeRecycledPtr(first, kMiB);
+    TK_FreeRecycledPtr(fresh, kMiB);
+    EXPECT_EQ(standalone::PurgeRecycled(), static_cast<std::int64_t>(3 * kMiB + 1));
+    EXPECT_EQ(standalone::Memory().recycled_bytes, 0);
+}
+
+TEST(Recycled, TakesAnySizeBackAndBothPoolsTakeBothKinds) {
+    standalone::PurgeRecycled();
+    const auto blocks = standalone::Memory().blocks_in_use;
+    for (const std::size_t said : {std::size_t{0}, std::size_t{1}, kMiB, 64 * kMiB, SIZE_MAX}) {
+        void* block = Recycled(kMiB);
+        std::memset(block, 0x5A, kMiB);
+        TK_FreeRecycledPtr(block, said);
+        EXPECT_EQ(standalone::Memory().recycled_bytes, static_cast<std::int64_t>(kMiB)) << said;
+    }
+    TK_RuntimeFree(Recycled(kMiB));
+    EXPECT_EQ(standalone::Memory().recycled_bytes, static_cast<std::int64_t>(kMiB));
+    TK_FreeRecycledPtr(TK_RuntimeMalloc(kMiB), kMiB);
+    EXPECT_EQ(standalone::Memory().recycled_bytes, static_cast<std::int64_t>(kMiB)) << "heap blocks do not wait";
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+    standalone::PurgeRecycled();
+}
+
+struct Attempts {
+    int made = 0;
+    int needed = 0;
+};
+void Attempt(void* context, bool* success) {
+    auto& attempts = *static_cast<Attempts*>(context);
+    *success = ++attempts.made >= attempts.needed;
+}
+
+TEST(PurgeLoop, TriesAgainWhileThereIsSomethingToPurge) {
+    const struct {
+        const char* name;
+        bool waiting;
+        int needed, code, made;
+    } cases[] = {{"at once", true, 1, 0, 1},
+                 {"after a purge", true, 2, 0, 2},
+                 {"nothing left", true, 3, 4, 2},
+                 {"nothing to purge", false, 2, 4, 1}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        standalone::PurgeRecycled();
+        if (c.waiting) TK_FreeRecycledPtr(Recycled(kMiB), kMiB);
+        Attempts attempts{0, c.needed};
+        EXPECT_EQ(TK_PurgeLoop(kMiB, Attempt, &attempts, 1), c.code);
+        EXPECT_EQ(attempts.made, c.made);
+        EXPECT_EQ(standalone::Memory().recycled_bytes > 0, c.waiting && c.made == 1);
+    }
+    standalone::PurgeRecycled();
+}
+
+}  // namespace

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "platform/ALOG.h"
+#include "platform/TK_Report.h"
+#include "platform/TK_Strings.h"
+#include "platform/tesselcore_Utility.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+TEST(Report, CarriesKindSiteSeverityAndText) {
+    qx::test::Reports reports;
+    TK_ReportError(0x250042, 8, L"gr\u00fc\u00df \U0001F600");
+    TKp_ReportErrString(0x250001, 4, "plain");
+    TK_ReportFailedVerification(0x250002, 120, 0, "world is null");
+    ASSERT_EQ(reports.all().size(), 3u);
+    EXPECT_EQ(reports.all()[0].text, "gr\xC3\xBC\xC3\x9F \xF0\x9F\x98\x80");
+    EXPECT_EQ(reports.all()[0].site, 0x250042);
+    EXPECT_EQ(reports.all()[0].severity, 8);
+    EXPECT_EQ(reports.all()[1].kind, standalone::ReportKind::error_string);
+    EXPECT_EQ(reports.all()[2].kind, standalone::ReportKind::failed_verification);
+    EXPECT_EQ(reports.all()[2].text, "world is null");
+}
+
+TEST(Report, QuietSectionsNestAndEndWithTheirScope) {
+    qx::test::Reports reports;
+    const auto report = [] { TKp_ReportErrString(1, 8, "x"); };
+    {
+        const TK_QuietErrors outer;
+        {
+            const TK_QuietErrors inner;
+            report();
+        }
+        report();
+    }
+    EXPECT_EQ(reports.all().size(), 0u);
+    try {
+        const TK_QuietErrors section;
+        throw std::runtime_error("ends the section");
+    } catch (const std::exception&) {
+        report();
+    }
+    EXPECT_EQ(reports.all().size(), 1u);
+    TK_EndQuietErrorsOnCurrentThread();  // one too many does not make the next section loud
+    const TK_QuietErrors section;
+    report();
+    EXPECT_EQ(reports.all().size(), 1u);
+}
+
+TEST(Report, QuietSectionOfOneThreadLeavesOthersLoud) {
+    qx::test::Reports reports;
+    const TK_QuietErrors section;
+    std::thread([] { TKp_ReportErrString(1, 8, "other thread"); }).join();
+    EXPECT_EQ(reports.last_text(), "other thread");
+}
+
+TEST(Report, ExceptionsBecomeCodes) {
+    qx::test::Reports reports;
+    EXPECT_EQ(TK_TranslateAndReportException(std::bad_alloc()), 4);
+    EXPECT_EQ(reports.last_text(), "out of memory");
+    EXPECT_EQ(TK_TranslateAndReportException(std::runtime_error("bad row")), 3);
+    EXPECT_EQ(reports.last_text(), "bad row");
+    const TK_QuietErrors section;
+    EXPECT_EQ(TK_TranslateAndReportException(std::bad_array_new_length()), 4);
+    EXPECT_EQ(reports.all().size(), 2u);
+}
+
+TEST(Log, GoesToTheSinkThatAsked) {
+    std::string lines;
+    standalone::SetLogSink([&](int level, const std::string& line) { lines += std::to_string(level) + " " + line; });
+    ALOG_Log(10, "QX", "Birth", "begins");
+    standalone::SetLogSink({});
+    ALOG_Log(10, "QX", "Birth", "nobody hears this");
+    EXPECT_EQ(lines, "10 QX/Birth: begins");
+}
+
+TEST(Strings, KeysGiveTheirEnglish) {
+    const char* const keys[] = {"$$$/QX/0=first", nullptr, "plain"};
+    const TK_ZRef table{3, keys};
+    EXPECT_STREQ(TK_ZLookupLStrCache(table, 0), "first");
+    EXPECT_EQ(TK_ZLookupLStrCache(table, 1), nullptr);
+    EXPECT_STREQ(TK_ZLookupLStrCache(table, 2), "plain");
+    EXPECT_EQ(TK_ZLookupLStrCache(table, 3), nullptr);
+    EXPECT_EQ(TK_ZLookupLStrCache(table, -1), nullptr);
+    EXPECT_STREQ(TK_ZString("$$$/QX/2=a=b"), "a=b");
+    EXPECT_STREQ(TK_ZString("a=b"), "a=b");
+    EXPECT_EQ(TK_ZStringToUTF16String("$$$/k=\xC3\xBC\xE2\x82\xAC"), L"\u00fc\u20ac");
+    EXPECT_EQ(TK_ZStringToUTF16String("\xC3(\xC0\x80\xED\xA0\x80"), L"\ufffd(\ufffd\ufffd\ufffd\ufffd\ufffd");
+}
+
+TEST(Strings, SubStringReplacesWithinTheBuffer) {
+    const struct {
+        const char *start, *placeholder, *text;
+        std::size_t size;
+        int code;
+        const char* result;
+    } cases[] = {{"size ^L1x^L2", "^L1", "640", 32, 0, "size 640x^L2"},
+                 {"^L1 ^L1", "^L1", "7", 32, 0, "7 ^L1"},
+                 {"a^L1", "^L1", "12345", 7, 0, "a12345"},
+                 {"a^L1", "^L1", "12345", 6, 3, "a^L1"},
+                 {"none here", "^L1", "1", 32, 3, "none here"},
+                 {"empty", "", "1", 32, 3, "empty"}};
+    for (const auto& c : cases) {
+        char buffer[32];
+        std::snprintf(buffer, sizeof buffer, "%s", c.start);
+        EXPECT_EQ(TK_SubString(buffer, c.size, c.placeholder, c.text), c.code) << c.start;
+        EXPECT_STREQ(buffer, c.result);
+    }
+}
+
+TEST(Strings, NumbersAndReplacement) {
+    using namespace tesselcore::utility;
+    std::wstring text = L"@0 x @0 @@ @1";
+    ReplaceInString(text, L"@0", L"@0@0");
+    EXPECT_EQ(text, L"@0@0 x @0@0 @@ @1");
+    ReplaceInString(text, L"", L"never");
+    EXPECT_EQ(text, L"@0@0 x @0@0 @@ @1");
+    EXPECT_EQ(NumberToString(-30000), L"-30000");
+    EXPECT_EQ(NumberToString(3.35276, 1), L"3.4");
+    EXPECT_EQ(NumberToString(2.0, 0), L"2");
+}
+
+}  // namespace

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <numeric>
+#include <set>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "platform/TK_CPU.h"
+#include "platform/standalone/Standalone.h"
+#include "platform/tesselcore_Threads.h"
+
+namespace {
+
+using tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors;
+
+TEST(Threads, BandsAreFixedAndCanBeSet) {
+    std::int32_t n = 0;
+    EXPECT_EQ(TK_GetNumThreads(&n), 0);
+    EXPECT_EQ(n, 32);
+    standalone::SetBandCount(0);
+    EXPECT_EQ(standalone::BandCount(), 1);
+    standalone::SetBandCount(7);
+    EXPECT_EQ(TK_GetNumThreads(&n), 0);
+    EXPECT_EQ(n, 7);
+    standalone::SetBandCount(32);
+    standalone::SetThreadCountError(44);
+    EXPECT_EQ(TK_GetNumThreads(&n), 44);
+    EXPECT_EQ(n, 7);
+    standalone::SetThreadCountError(0);
+}
+
+/// Plain memory, so that a missing hand-over between threads shows under ThreadSanitizer.
+TEST(Threads, EveryIndexRunsOnceAndItsWritesAreSeen) {
+    for (const int limit : {1, 2, 7, 0}) {
+        standalone::SetPoolLimit(limit);
+        for (const int count : {0, 1, 2, 32, 1000}) {
+            std::vector<int> runs(static_cast<std::size_t>(count)), before(runs.size(), 1);
+            ExecuteCPUBoundTaskOnAllProcessors(
+                [&](int i) { runs[static_cast<std::size_t>(i)] += before[static_cast<std::size_t>(i)]; }, count);
+            EXPECT_EQ(runs, before) << limit << " threads, " << count << " tasks";
+        }
+    }
+    ExecuteCPUBoundTaskOnAllProcessors([](int) { FAIL(); }, -1);
+}
+
+TEST(Threads, LimitHoldsAndIsReached) {
+    for (const int limit : {1, 3}) {
+        standalone::SetPoolLimit(limit);
+        EXPECT_EQ(standalone::PoolThreads(), limit);
+        std::atomic<int> inside{0}, most{0};
+        ExecuteCPUBoundTaskOnAllProcessors(
+            [&](int) {
+                const int now = ++inside;
+                for (int seen = most; seen < now && !most.compare_exchange_weak(seen, now);) {
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                --inside;
+            },
+            24);
+        EXPECT_EQ(most, limit);
+    }
+    standalone::SetPoolLimit(0);
+    EXPECT_GE(standalone::PoolThreads(), 1);
+}
+
+TEST(Threads, OneOfTheExceptionsReachesTheCaller) {
+    for (int round = 0; round < 20; ++round) {
+        std::atomic<int> begun{0};
+        int caught = 0;
+        try {
+            ExecuteCPUBoundTaskOnAllProcessors(
+                [&](int i) {
+                    ++begun;
+                    if (i % 2 == 1) throw i;
+                },
+                32);
+        } catch (int code) {
+            caught = code;
+        }
+        EXPECT_EQ(caught % 2, 1);
+        EXPECT_GE(begun, 1);
+    }
+    EXPECT_THROW(ExecuteCPUBoundTaskOnAllProcessors([](int) { throw std::runtime_error("row"); }, 1),
+                 std::runtime_error);
+}
+
+TEST(Threads, TasksMayRunTasks) {
+    std::vector<std::vector<int>> runs(8, std::vector<int>(8));
+    const auto outer = [&](int i) {
+        ExecuteCPUBoundTaskOnAllProcessors(
+            [&](int j) { ++runs[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]; }, 8);
+    };
+    ExecuteCPUBoundTaskOnAllProcessors(outer, 8);
+    for (const auto& row : runs) EXPECT_EQ(row, std::vector<int>(8, 1));
+}
+
+TEST(Threads, ExecutorTakesThePoolsPlace) {
+    std::vector<int> order;
+    standalone::SetExecutor([](const boost::function<void(int)>& task, int count) {
+        for (int i = count; i-- > 0;) task(i);
+    });
+    ExecuteCPUBoundTaskOnAllProcessors([&](int i) { order.push_back(i); }, 4);
+    EXPECT_EQ(order, (std::vector<int>{3, 2, 1, 0}));
+    standalone::SetExecutor({});
+    ExecuteCPUBoundTaskOnAllProcessors([&](int i) { order.push_back(i); }, 1);
+    EXPECT_EQ(order.back(), 0);
+}
+
+TEST(Threads, LivingThreadsHaveDifferentNumbers) {
+    const auto own = tesselcore::threads::GetCurrentThreadID();
+    EXPECT_EQ(tesselcore::threads::GetCurrentThreadID(), own);
+    std::mutex mutex;
+    std::set<std::uint32_t> ids{own};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&] {
+            const std::lock_guard lock(mutex);
+            ids.insert(tesselcore::threads::GetCurrentThreadID());
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(ids.size(), 9u);
+}
+
+}  // namespace

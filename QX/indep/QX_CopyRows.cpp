@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The nine row conversions. Rows between integer depths, and to float, treat all channels alike and run over plain
-// channels; rows from float have a rule of their own for alpha.
+// channels; rows from float have a rule of their own for alpha and
+// keep a pixel in a register.
 #include "QX/indep/QX_CopyRows.h"
 
 #include <emmintrin.h>
@@ -39,23 +40,38 @@ void narrow_row(const std::byte* src, std::byte* dst, std::size_t columns, bool 
     }
 }
 
-/// Float pixel to 16 bits, one pixel a register: colours are clamped to 0..32768, alpha keeps its low 16 bits; NaN
-/// gives 0 in either.
-__m128i deepen(__m128 pixel, __m128 alpha_lane) {
-    const __m128 v = _mm_mul_ps(pixel, _mm_set1_ps(Depth16::full));
+__m128 load_pixel(const std::byte* p) { return _mm_loadu_ps(reinterpret_cast<const float*>(p)); }
+
+/// True in the lane of alpha, the first.
+__m128 alpha_lane() { return _mm_castsi128_ps(_mm_setr_epi32(-1, 0, 0, 0)); }
+
+/// Channels of full scale 1 as 32-bit integers of full scale `full`: the product is clamped, but not in the lanes of
+/// `unclamped`, and truncated after adding a half. NaN gives 0 in a clamped lane.
+__m128i to_integers(__m128 pixel, float full, __m128 unclamped) {
+    const __m128 v = _mm_mul_ps(pixel, _mm_set1_ps(full));
     // max before min: a NaN in the first operand gives the second.
-    const __m128 colour = _mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(Depth16::full));
-    const __m128 kept = _mm_or_ps(_mm_and_ps(alpha_lane, v), _mm_andnot_ps(alpha_lane, colour));
-    const __m128i whole = _mm_cvttps_epi32(_mm_add_ps(kept, _mm_set1_ps(0.5f)));
-    const __m128i low = _mm_shufflelo_epi16(whole, _MM_SHUFFLE(2, 0, 2, 0));
-    return _mm_shuffle_epi32(_mm_shufflehi_epi16(low, _MM_SHUFFLE(2, 0, 2, 0)), _MM_SHUFFLE(2, 0, 2, 0));
+    const __m128 inside = _mm_min_ps(_mm_max_ps(v, _mm_setzero_ps()), _mm_set1_ps(full));
+    const __m128 kept = _mm_or_ps(_mm_and_ps(unclamped, v), _mm_andnot_ps(unclamped, inside));
+    return _mm_cvttps_epi32(_mm_add_ps(kept, _mm_set1_ps(0.5f)));
+}
+
+/// The low 16 bits of each channel.
+void store_16(std::byte* dst, __m128i channels) {
+    const __m128i low = _mm_shufflelo_epi16(channels, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m128i both = _mm_shufflehi_epi16(low, _MM_SHUFFLE(2, 0, 2, 0));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(dst), _mm_shuffle_epi32(both, _MM_SHUFFLE(2, 0, 2, 0)));
+}
+
+/// The low 8 bits of each channel.
+void store_8(std::byte* dst, __m128i channels) {
+    const __m128i words = _mm_packs_epi32(_mm_and_si128(channels, _mm_set1_epi32(255)), _mm_setzero_si128());
+    const std::int32_t pixel = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(dst, &pixel, sizeof pixel);
 }
 
 void float_to_16_row(const std::byte* src, std::byte* dst, std::size_t columns, bool) {
-    const __m128 alpha_lane = _mm_castsi128_ps(_mm_setr_epi32(-1, 0, 0, 0));
     for (std::size_t i = 0; i < columns; ++i) {
-        const __m128 pixel = _mm_loadu_ps(reinterpret_cast<const float*>(src + 16 * i));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 8 * i), deepen(pixel, alpha_lane));
+        store_16(dst + 8 * i, to_integers(load_pixel(src + 16 * i), Depth16::full, alpha_lane()));
     }
 }
 
@@ -74,29 +90,21 @@ void float_to_8_nearest(const std::byte* src, std::byte* dst, std::size_t column
         const __m128i high = _mm_packs_epi32(nearest_8(s + 32), nearest_8(s + 48));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 4 * i), _mm_packus_epi16(low, high));
     }
-    for (; i < columns; ++i) {
-        const __m128i words = _mm_packs_epi32(nearest_8(src + 16 * i), _mm_setzero_si128());
-        const std::int32_t pixel = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
-        std::memcpy(dst + 4 * i, &pixel, sizeof pixel);
-    }
+    for (; i < columns; ++i) store_8(dst + 4 * i, nearest_8(src + 16 * i));
 }
 
 /// Half a step of 8 bits to either side; then alpha is clamped as well.
 void float_to_8_dithered(const std::byte* src, std::byte* dst, std::size_t columns) {
-    constexpr float scale = 0x1p-40f, offset = 0x1p-9f;
+    const __m128 scale = _mm_set1_ps(0x1p-40f), offset = _mm_set1_ps(0x1p-9f);
     NoiseRow noise;
-    const auto channel = [&](float c) {
-        const float noisy = (c + static_cast<float>(noise.next()) * scale) - offset;
-        return colour_from_float<Depth8::full, std::uint8_t, float>(noisy);
-    };
     for (std::size_t i = 0; i < columns; ++i) {
-        const QX_PixelFloat p = loose<QX_PixelFloat>(src)[i].value;
-        QX_Pixel8 out{};
-        out.alpha = channel(p.alpha);  // Kept: noise is drawn alpha, red, blue, green
-        out.red = channel(p.red);
-        out.blue = channel(p.blue);
-        out.green = channel(p.green);
-        loose<QX_Pixel8>(dst)[i].value = out;
+        const auto alpha = static_cast<float>(noise.next());  // Kept: drawn alpha, red, blue, green
+        const auto red = static_cast<float>(noise.next());
+        const auto blue = static_cast<float>(noise.next());
+        const auto green = static_cast<float>(noise.next());
+        const __m128 drawn = _mm_mul_ps(_mm_setr_ps(alpha, red, green, blue), scale);
+        const __m128 noisy = _mm_sub_ps(_mm_add_ps(load_pixel(src + 16 * i), drawn), offset);
+        store_8(dst + 4 * i, to_integers(noisy, Depth8::full, _mm_setzero_ps()));
     }
 }
 
@@ -107,8 +115,7 @@ void float_to_8_row(const std::byte* src, std::byte* dst, std::size_t columns, b
     if (dither) return float_to_8_dithered(src, dst, columns);
     if (on_boundary && TK_G_CPU_DataP->flags[kTK_CPU_Vector] != 0) return float_to_8_nearest(src, dst, columns);
     for (std::size_t i = 0; i < columns; ++i) {
-        const QX_PixelFloat p = loose<QX_PixelFloat>(src)[i].value;
-        loose<QX_Pixel8>(dst)[i].value = convert_pixel<QX_Pixel8, float>(p);
+        store_8(dst + 4 * i, to_integers(load_pixel(src + 16 * i), Depth8::full, alpha_lane()));
     }
 }
 

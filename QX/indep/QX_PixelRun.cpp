@@ -24,6 +24,16 @@ template <void (*Store)(std::byte*, __m128i)> std::byte* store_vectors(std::byte
     return to;
 }
 
+/// The string store, from whose length the processor sees that no line need be read. It must be long to be worth its
+/// start.
+constexpr std::size_t kLongRun = 2048;
+void store_string(std::byte* to, std::size_t count, const std::byte* pattern) {
+    std::uint64_t value;
+    std::memcpy(&value, pattern, sizeof value);
+    count *= 2;
+    asm volatile("rep stosq" : "+D"(to), "+c"(count) : "a"(value) : "memory");
+}
+
 }  // namespace
 
 PixelRun::~PixelRun() {
@@ -31,7 +41,7 @@ PixelRun::~PixelRun() {
 }
 
 void PixelRun::store(std::byte* to, std::size_t bytes) const {
-    if (zero_ && !past_caches_) {
+    if (zero_) {
         std::memset(to, 0, bytes);
         return;
     }
@@ -43,7 +53,13 @@ void PixelRun::store(std::byte* to, std::size_t bytes) const {
     const std::size_t head = (kPeriod - (reinterpret_cast<std::uintptr_t>(to) & (kPeriod - 1))) & (kPeriod - 1);
     const std::size_t count = (bytes - head) / kPeriod;
     const __m128i v = load(pattern_ + head);
-    past_caches_ ? store_vectors<store_past>(to + head, count, v) : store_vectors<store_any>(to + head, count, v);
+    if (short_period_ && bytes >= kLongRun) {
+        store_string(to + head, count, pattern_ + head);
+    } else if (past_caches_) {
+        store_vectors<store_past>(to + head, count, v);
+    } else {
+        store_vectors<store_any>(to + head, count, v);
+    }
     const std::size_t tail = bytes - kPeriod;
     store_any(to + tail, load(pattern_ + (tail & (kPeriod - 1))));
 }

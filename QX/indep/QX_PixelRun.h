@@ -9,8 +9,9 @@
 
 namespace qx {
 
-/// One pixel value, to be stored many times. An area that no cache holds is stored past the caches: a plain store
-/// reads each line before it writes it, which costs half of the memory's bandwidth.
+/// One pixel value, to be stored many times, as fast as the processor clears memory. A plain store reads each line
+/// before it writes it, so long runs go other ways: zeroes by memset, a pixel whose bits repeat every 8 bytes by the
+/// processor's string store, any other pixel past the caches when the area is larger than they are.
 class PixelRun {
 public:
     template <class Pixel>
@@ -19,8 +20,9 @@ public:
         for (std::size_t at = 0; at < sizeof(pattern_); at += sizeof(Pixel)) {
             std::memcpy(pattern_ + at, &pixel, sizeof(Pixel));
         }
-        const std::byte nothing[kPeriod]{};
-        zero_ = std::memcmp(pattern_, nothing, kPeriod) == 0;  // bits, not values: a negative zero is none
+        const std::byte nothing[kPeriod]{};  // bits, not values: a negative zero is none
+        zero_ = std::memcmp(pattern_, nothing, kPeriod) == 0;
+        short_period_ = std::memcmp(pattern_, pattern_ + 8, 8) == 0;
     }
     ~PixelRun();
     PixelRun(const PixelRun&) = delete;
@@ -31,9 +33,10 @@ public:
 
 private:
     static constexpr std::size_t kPeriod = 16;
-    static constexpr std::size_t kPastCaches = std::size_t{4} << 20;
+    static constexpr std::size_t kPastCaches = std::size_t{32} << 20;
     std::byte pattern_[2 * kPeriod];  ///< any 16 bytes from its first half on are the run from that phase on
     bool zero_;
+    bool short_period_;  ///< the pattern repeats every 8 bytes
     bool past_caches_;
 };
 

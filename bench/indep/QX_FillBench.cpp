@@ -28,10 +28,11 @@ void run(benchmark::State& state, int depth, bool inset, const Body& body) {
     state.SetItemsProcessed(state.iterations() * qx::bench::pixels_of(area));
 }
 
+/// Zeroes are a case of their own: some processors clear memory at twice the speed of any other value.
+template <int Byte>
 void set_bytes(QX_World& world, const M_LRect& area) {
-    const std::size_t bytes =
-        static_cast<std::size_t>(area.bottom - area.top) * static_cast<std::size_t>(world.rowbytes);
-    std::memset(qx::bench::row_of(world, area.top), 0, bytes);
+    const auto rows = static_cast<std::size_t>(area.bottom - area.top);
+    std::memset(qx::bench::row_of(world, area.top), Byte, rows * static_cast<std::size_t>(world.rowbytes));
 }
 
 template <int R, int G, int B> void fill(QX_World& world, const M_LRect& area) {
@@ -46,7 +47,8 @@ struct Case {
 };
 
 const Case cases[] = {
-    {"memset", set_bytes, false},
+    {"memset/zero", set_bytes<0>, false},
+    {"memset/value", set_bytes<77>, false},
     {"exported/colour", fill<20000, 3000, 77>, false},
     {"exported/grey", fill<32768, 32768, 32768>, false},
     {"exported/zero", [](QX_World& w, const M_LRect& r) { QX_Fill(nullptr, nullptr, &r, &w); }, false},

@@ -1,0 +1,431 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QX/iterate/QX_Acceleration.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <stdexcept>
+
+#include "QX/compositing/QX_CompositeMode.h"
+#include "QX/compositing/QX_TransferRect.h"
+#include "QX/indep/QX_Slots.h"
+#include "QX/iterate/QX_Iterate.h"
+#include "tests/iterate/IterateSupport.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+using qx::Slot;
+using qx::test::Born;
+using qx::test::ChosenOrder;
+using qx::test::NewCounter;
+using qx::test::Picture;
+using qx::test::Reports;
+using qx::test::WithExecutor;
+
+/// One call of a routine that the test put in the table.
+struct BandCall {
+    std::int32_t left, top, right, bottom;
+    std::thread::id on;
+};
+
+/// What the test's own routines see and do; they have no refcon.
+struct Stage {
+    std::mutex lock{};
+    std::vector<BandCall> calls{};
+    std::vector<const M_LRect*> areas{};
+    std::vector<const void*> infos{};
+    std::vector<const QX_ScratchBlock*> scratches{};
+    int fail_at_top = -1, code = 0;
+    bool throws_fault = false, polls = false, aborts = false;
+
+    int enter(const M_LRect* area, const QX_ProgressInfo* info) {
+        const std::scoped_lock hold(lock);
+        areas.push_back(area);
+        infos.push_back(info);
+        const M_LRect r = area != nullptr ? *area : M_LRect{};
+        calls.push_back({r.left, r.top, r.right, r.bottom, std::this_thread::get_id()});
+        if (throws_fault) throw std::runtime_error("a fault of the test");
+        if (r.top == fail_at_top) return code;
+        if (polls && info != nullptr) return info->progress_func(info->refcon, r.top, 100);
+        return aborts && info != nullptr ? info->abort_func(info->refcon) : 0;
+    }
+    int rows() {
+        int sum = 0;
+        for (const BandCall& c : calls) sum += c.bottom - c.top;
+        return sum;
+    }
+};
+Stage* stage = nullptr;
+
+int premul_of_test(void* effect_ref, bool forward, const M_LRect* rect, QX_LayerDef*) {
+    EXPECT_TRUE(forward);
+    return stage->enter(rect, static_cast<const QX_ProgressInfo*>(effect_ref));
+}
+int transform_of_test(const QX_ProgressInfo* info, int quality, int flags, int field, QX_LayerDef*,
+                      const QX_CompositeModePlus*, const QX_LinearBlendingTables*, const QX_MaskWorld*,
+                      QX_ScratchBlock* scratch, const M_Matrix3*, int num_matrices, bool src2dst, const M_LRect* rect,
+                      QX_LayerDef*) {
+    EXPECT_TRUE(quality == 1 && flags == 2 && field == 3 && num_matrices == 4 && src2dst);
+    EXPECT_TRUE(scratch->alpha_row != nullptr && scratch->spare_row != nullptr && scratch->motion[6] != nullptr);
+    {
+        const std::scoped_lock hold(stage->lock);
+        stage->scratches.push_back(scratch);
+    }
+    return stage->enter(rect, info);
+}
+
+struct Refusal {
+    static inline std::string text;
+    static void message(const char* words) { text = words; }
+};
+
+/// The library born with one band, and the layer installed over a table of the test's.
+class Layer : public testing::Test {
+protected:
+    Born born{1};
+    Stage stage_;
+    Reports reports;
+    Picture<QX_Pixel8> world{6, 70};
+    void* table[kQX_SlotCount] = {};
+
+    Layer() {
+        stage = &stage_;
+        std::copy_n(QXp_G_OverFuncs, kQX_SlotCount, table);
+        qx::set_slot<Slot::PremulRect>(&premul_of_test, table);
+        qx::set_slot<Slot::TransformWorldPlus>(&transform_of_test, table);
+    }
+    int install(int bands, int interface_number = 2, std::int16_t major = 2) {
+        standalone::SetBandCount(bands);
+        qx::AccelerationRecord record{};
+        record.interface_number = interface_number;
+        record.major = major;
+        record.minor = 1;
+        record.routines = table;
+        record.message = &Refusal::message;
+        return qx::acceleration_entry(record);
+    }
+    std::vector<int> changed() const {
+        std::vector<int> result;
+        for (int i = 0; i < kQX_SlotCount; ++i) {
+            const bool own = i == 52 || i == 48;
+            void* before =
+                own ? (i == 52 ? reinterpret_cast<void*>(&premul_of_test) : reinterpret_cast<void*>(&transform_of_test))
+                    : QXp_G_OverFuncs[i];
+            if (table[i] != before) result.push_back(i);
+        }
+        return result;
+    }
+    int premul(const M_LRect* rect, QX_ProgressInfo* info = nullptr) {
+        return qx::slot<Slot::PremulRect>(table)(info, true, rect, &world.record);
+    }
+    int transform(const M_LRect* rect, int xfer = xfer_over, QX_ProgressInfo* info = nullptr) {
+        const QX_CompositeModePlus mode(xfer, 1.0f, nullptr, false, 0);
+        return qx::slot<Slot::TransformWorld>(table)(info, 1, 2, 3, nullptr, &mode, nullptr, nullptr, nullptr, 4, true,
+                                                     rect, &world.record);
+    }
+};
+
+TEST_F(Layer, InstallWritesTheSlotsOfRoutinesThatAreThere) {
+    EXPECT_EQ(install(8), 0);
+    EXPECT_EQ(changed(), (std::vector<int>{32, 42, 43, 51, 52, 53}));
+    EXPECT_EQ(table[48], reinterpret_cast<void*>(&transform_of_test));
+}
+
+TEST_F(Layer, InstallLeavesSlotsOfMissingRoutines) {
+    table[48] = table[52] = nullptr;
+    EXPECT_EQ(install(8), 0);
+    EXPECT_EQ(table[32], nullptr);
+    EXPECT_EQ(table[52], nullptr);
+}
+
+TEST_F(Layer, InstallDeclines) {
+    EXPECT_EQ(install(1), 0);
+    EXPECT_TRUE(changed().empty());
+    for (const auto& [number, major] : {std::pair<int, std::int16_t>{3, 2}, {2, 1}, {2, 3}}) {
+        Refusal::text.clear();
+        EXPECT_EQ(install(8, number, major), 0);
+        EXPECT_TRUE(changed().empty());
+        EXPECT_EQ(Refusal::text, "The generic acceleration module does not work with this version of Vanteon");
+    }
+    standalone::SetThreadCountError(44);
+    EXPECT_EQ(install(8), 44);
+    standalone::SetThreadCountError(0);
+    EXPECT_TRUE(changed().empty());
+    qx::AccelerationRecord stop{};
+    stop.selector = 1;
+    EXPECT_EQ(qx::acceleration_entry(stop), 0);
+}
+
+TEST_F(Layer, SixtyFourThreadsAreCutTo32) {
+    install(64);
+    const M_LRect rect{0, 0, 2, 640};
+    EXPECT_EQ(premul(&rect), 0);
+    EXPECT_EQ(stage_.calls.size(), 32u);
+    for (const BandCall& c : stage_.calls) EXPECT_EQ(c.bottom - c.top, 20);
+}
+
+TEST_F(Layer, RectangleRoutinesRunInBandsOrStraight) {
+    struct Case {
+        const char* name;
+        const M_LRect* rect;
+        std::size_t calls;
+        int rows;
+    };
+    const M_LRect some{1, 2, 4, 40}, one_column{1, 2, 2, 40}, empty{3, 2, 3, 40}, flat{0, 4, 6, 4};
+    const Case cases[] = {
+        {"all of the world", nullptr, 7, 70}, {"a part", &some, 7, 38}, {"one column", &one_column, 1, 38},
+        {"no column", &empty, 1, 38},         {"no row", &flat, 1, 0},
+    };
+    install(7);
+    const std::int64_t blocks = standalone::Memory().blocks_in_use;
+    for (const Case& c : cases) {
+        for (const bool transforms : {false, true}) {
+            SCOPED_TRACE(testing::Message() << c.name << (transforms ? ", transform" : ", premultiply"));
+            stage_.calls.clear();
+            stage_.areas.clear();
+            EXPECT_EQ(transforms ? transform(c.rect) : premul(c.rect), 0);
+            EXPECT_EQ(stage_.calls.size(), c.calls);
+            EXPECT_EQ(stage_.rows(), c.rows);
+            if (c.calls == 1) {
+                EXPECT_EQ(stage_.areas[0], c.rect) << "the caller's own rectangle";
+            }
+        }
+    }
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks) << "scratch is given back";
+}
+
+TEST_F(Layer, TransformsThatReachOutsideTheirRectangleAreNotCut) {
+    install(7);
+    const std::pair<int, std::size_t> modes[] = {
+        {xfer_alpha_multiply, 1}, {xfer_alpha_multiply_luma, 1}, {16, 7}, {19, 7}};
+    for (const auto& [mode, calls] : modes) {
+        stage_.calls.clear();
+        EXPECT_EQ(transform(nullptr, mode), 0);
+        EXPECT_EQ(stage_.calls.size(), calls) << mode;
+    }
+}
+
+TEST_F(Layer, ScratchThatCannotBeHadIsTheTasksResult) {
+    install(4);
+    const WithExecutor executor(ChosenOrder{{0, 1, 2, 3}, {}, true});
+    const std::int64_t blocks = standalone::Memory().blocks_in_use;
+    for (int nth = 1; nth <= 10; ++nth) {  // three rows and seven buffers of the first band
+        stage_.calls.clear();
+        standalone::FailAllocation(nth);
+        EXPECT_EQ(transform(nullptr), 4) << nth;
+        EXPECT_TRUE(stage_.calls.empty());
+    }
+    standalone::FailAllocation(0);
+    stage_.throws_fault = true;
+    EXPECT_EQ(transform(nullptr), 3);
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+}
+
+TEST_F(Layer, GpuWorldsAreRefusedFirst) {
+    install(4);
+    VPix* frame = nullptr;
+    world.record.data = nullptr;
+    world.record.platform_ref = &frame;
+    const auto iterate = qx::slot<Slot::Iterate>(table);
+    Picture<QX_Pixel8> other(2, 2);
+    EXPECT_EQ(premul(nullptr), 3);
+    EXPECT_EQ(transform(nullptr), 3);
+    EXPECT_EQ(iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 3);
+    EXPECT_EQ(iterate(nullptr, 0, 0, &world.record, nullptr, nullptr, nullptr, &other.record), 3);
+    ASSERT_EQ(reports.all().size(), 4u);
+    for (const auto& report : reports.all()) EXPECT_EQ(report.text, "gpu effect world is not supported.");
+}
+
+TEST_F(Layer, FirstFailureWinsAndBandsNotBegunStayOut) {
+    install(7);
+    const WithExecutor executor(ChosenOrder{{2, 4, 1}, {}});
+    stage_.fail_at_top = 40;  // band 4 of seven by ten rows
+    stage_.code = 517;
+    EXPECT_EQ(premul(nullptr), 517);
+    ASSERT_EQ(stage_.calls.size(), 2u);
+    EXPECT_EQ(stage_.calls[0].top, 20);
+    EXPECT_EQ(stage_.calls[1].top, 40);
+}
+
+/// Band 0 is still at work when band 1 fails; what band 0 gives later comes second.
+TEST_F(Layer, FirstCodeInTimeWins) {
+    static const boost::function<void(int)>* running;
+    qx::set_slot<Slot::PremulRect>(
+        [](void*, bool, const M_LRect* rect, QX_LayerDef*) {
+            if (rect->top != 0) return 7;
+            std::thread(*running, 1).join();
+            return 9;
+        },
+        table);
+    install(7);
+    const WithExecutor executor([](const boost::function<void(int)>& task, int) {
+        running = &task;
+        task(0);
+    });
+    EXPECT_EQ(premul(nullptr), 7);
+}
+
+TEST_F(Layer, ARecordThatIsNullStaysNull) {
+    install(7);
+    EXPECT_EQ(premul(nullptr), 0);
+    EXPECT_EQ(stage_.infos, std::vector<const void*>(7, nullptr));
+}
+
+/// A caller that counts where its callbacks run.
+struct Caller {
+    std::thread::id main = std::this_thread::get_id();
+    std::atomic<int> on_main{0}, elsewhere{0};
+    std::atomic<int> answer{0};
+    int total = 0;
+
+    int called() {
+        ++(std::this_thread::get_id() == main ? on_main : elsewhere);
+        return answer;
+    }
+    static int abort(void* refcon) { return static_cast<Caller*>(refcon)->called(); }
+    static int progress(void* refcon, std::int32_t, std::int32_t total) {
+        static_cast<Caller*>(refcon)->total = total;
+        return static_cast<Caller*>(refcon)->called();
+    }
+    QX_ProgressInfo info() { return {this, &abort, &progress}; }
+};
+
+TEST_F(Layer, CallbacksRunOnTheCallersThreadAndTheirAnswerReachesAll) {
+    install(7);
+    for (const bool aborts : {false, true}) {
+        SCOPED_TRACE(aborts);
+        stage_.polls = !aborts;
+        stage_.aborts = aborts;
+        Caller caller;
+        QX_ProgressInfo info = caller.info();
+        stage_.calls.clear();
+        {
+            const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {1, 4}});
+            EXPECT_EQ(premul(nullptr, &info), 0);
+        }
+        EXPECT_EQ(stage_.calls.size(), 7u);
+        EXPECT_EQ(caller.on_main, 2);
+        EXPECT_EQ(caller.elsewhere, 0);
+        caller.answer = 517;
+        stage_.calls.clear();
+        const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {3}});
+        EXPECT_EQ(premul(nullptr, &info), 517);
+        EXPECT_EQ(stage_.calls.size(), 4u);
+        info.progress_func = nullptr;
+        info.abort_func = nullptr;
+        EXPECT_EQ(premul(nullptr, &info), 0) << "callbacks that are not there";
+    }
+}
+
+/// The host's record behind effect_ref, and a pixel function that polls as a nested call does.
+struct Effect {
+    QX_ProgressInfo info;
+    Caller caller;
+    static int pixel(void*, std::int32_t, std::int32_t, void*, void*) { return 0; }
+};
+
+TEST(AcceleratedIterate, EffectsFindTheirRecordOnEveryThread) {
+    const Born born(7);
+    Effect effect;
+    effect.info = effect.caller.info();
+    QX_InData data{};
+    data.effect_ref = &effect;
+    data.abort = [](void* ref) { return static_cast<Effect*>(ref)->caller.called(); };
+    data.progress = [](void* ref, std::int32_t, std::int32_t total) {
+        static_cast<Effect*>(ref)->caller.total = total;
+        return static_cast<Effect*>(ref)->caller.called();
+    };
+    Picture<QX_Pixel8> world(3, 70);
+    const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {2}});
+    EXPECT_EQ(QX_Iterate(&data, 0, 70, nullptr, nullptr, nullptr, &Effect::pixel, &world.record), 0);
+    EXPECT_EQ(effect.caller.on_main, 10);
+    EXPECT_EQ(effect.caller.elsewhere, 0);
+    EXPECT_EQ(effect.caller.total, 70);
+    effect.caller.answer = 517;
+    EXPECT_EQ(QX_Iterate(&data, 0, 70, nullptr, nullptr, nullptr, &Effect::pixel, &world.record), 517);
+    EXPECT_EQ(effect.caller.on_main, 11);
+    EXPECT_EQ(data.effect_ref, &effect) << "the caller's record is only read";
+}
+
+/// Kept: without an effect_ref every thread calls the callbacks itself.
+TEST(AcceleratedIterate, WithoutAnEffectRefEveryThreadCalls) {
+    const Born born(7);
+    static std::atomic<int> calls;
+    calls = 0;
+    QX_InData data{};
+    data.progress = [](void* ref, std::int32_t, std::int32_t) {
+        EXPECT_EQ(ref, nullptr);
+        ++calls;
+        return 0;
+    };
+    Picture<QX_Pixel8> world(3, 70);
+    EXPECT_EQ(QX_Iterate(&data, 0, 70, nullptr, nullptr, nullptr, &Effect::pixel, &world.record), 0);
+    EXPECT_EQ(calls, 70);
+}
+
+/// A routine below that is handed `effect_ref` alone reaches the host's record behind it.
+int polls_behind_effect_ref(QX_InData* data, std::int32_t, std::int32_t, QX_LayerDef*, const M_LRect*, void*,
+                            QX_IteratePixelFunc, QX_LayerDef*) {
+    const auto* info = static_cast<const QX_ProgressInfo*>(data->effect_ref);
+    if (const int code = info->abort_func(info->refcon)) return code;
+    if (const int code = info->progress_func(info->refcon, 1, 9)) return code;
+    return data->abort(data->effect_ref);
+}
+
+TEST_F(Layer, TheRecordBehindEffectRefIsThreadSafeToo) {
+    qx::set_slot<Slot::Iterate>(&polls_behind_effect_ref, table);
+    install(5);
+    Effect effect;
+    effect.info = effect.caller.info();
+    QX_InData data{};
+    data.effect_ref = &effect;
+    const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4}, {3}});
+    const auto iterate = qx::slot<Slot::Iterate>(table);
+    EXPECT_EQ(iterate(&data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 0);
+    EXPECT_EQ(effect.caller.on_main, 2) << "and no abort of the effect's own";
+    EXPECT_EQ(effect.caller.elsewhere, 0);
+    EXPECT_EQ(effect.caller.total, 9);
+    effect.caller.answer = 8;
+    EXPECT_EQ(iterate(&data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 8);
+}
+
+TEST(AcceleratedIterate, AllocationsDoNotGrowWithRowsOrPixels) {
+    const Born born(32);
+    const WithExecutor in_turn([](const boost::function<void(int)>& task, int count) {
+        for (int i = 0; i < count; ++i) task(i);
+    });
+    const auto allocations = [](int width, int height) {
+        Picture<QX_Pixel8> world(width, height);
+        const std::int64_t before = NewCounter::count(), host = standalone::Memory().allocations;
+        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, &Effect::pixel, &world.record), 0);
+        return NewCounter::count() - before + standalone::Memory().allocations - host;
+    };
+    const std::int64_t few = allocations(8, 64);
+    EXPECT_GT(few, 0);
+    EXPECT_EQ(allocations(8, 2000), few);
+    EXPECT_EQ(allocations(900, 64), few);
+}
+
+TEST(AcceleratedIterate, EveryAllocationFailsOnceAndGivesFour) {
+    const Born born(8);
+    Reports reports;
+    Picture<QX_Pixel8> world(4, 40);
+    // The pool sets itself up on first use; what it allocates then is not the call's.
+    ASSERT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, &Effect::pixel, &world.record), 0);
+    int failures = 0;
+    for (int nth = 1; nth < 20; ++nth) {
+        NewCounter::fail(nth);
+        const int code = QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, &Effect::pixel, &world.record);
+        const bool spent = code != 0;
+        NewCounter::fail(0);
+        if (spent) {
+            EXPECT_EQ(code, 4);
+        }
+        failures += spent ? 1 : 0;
+    }
+    EXPECT_GE(failures, 1);
+}
+
+}  // namespace

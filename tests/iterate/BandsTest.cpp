@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QX/iterate/QX_Bands.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+namespace {
+
+std::vector<int> heights(int top, int rows, int n) {
+    const qx::Bands bands({-4, top, 9, top + rows}, n);
+    std::vector<int> result;
+    for (int i = 0; i < bands.count(); ++i) result.push_back(bands[i].bottom - bands[i].top);
+    return result;
+}
+
+TEST(Bands, KnownShapes) {
+    std::vector<int> hundred(8, 12);
+    hundred.back() = 16;
+    EXPECT_EQ(heights(0, 1080, 8), std::vector<int>(8, 135));
+    EXPECT_EQ(heights(7, 100, 8), hundred);
+    EXPECT_EQ(heights(0, 3, 8), std::vector<int>(3, 1));
+    EXPECT_EQ(heights(-2, 7, 5), (std::vector<int>{1, 1, 1, 1, 3}));
+    EXPECT_EQ(heights(0, 3, 5), std::vector<int>(3, 1));
+    EXPECT_EQ(heights(0, 640, 32), std::vector<int>(32, 20));
+}
+
+TEST(Bands, EveryRowLiesInOneBandOfEqualHeights) {
+    for (int n = 1; n <= 32; ++n) {
+        for (int rows = 1; rows <= 200; ++rows) {
+            SCOPED_TRACE(testing::Message() << rows << " rows in " << n);
+            const qx::Bands bands({3, 10, 5, 10 + rows}, n);
+            ASSERT_EQ(bands.count(), rows < n ? rows : n);
+            int next = 10;
+            for (int i = 0; i < bands.count(); ++i) {
+                const M_LRect band = bands[i];
+                ASSERT_EQ(band.top, next);
+                ASSERT_TRUE(band.left == 3 && band.right == 5);
+                ASSERT_GT(band.bottom, band.top);
+                if (i + 1 < n) {
+                    ASSERT_EQ(band.bottom - band.top, rows < n ? 1 : rows / n);
+                }
+                next = band.bottom;
+            }
+            ASSERT_EQ(next, 10 + rows);
+        }
+    }
+}
+
+TEST(Bands, TheTallestRectangle) {
+    constexpr std::int32_t low = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t high = std::numeric_limits<std::int32_t>::max();
+    const qx::Bands bands({0, low, 1, high}, 32);
+    ASSERT_EQ(bands.count(), 32);
+    EXPECT_EQ(bands[0].top, low);
+    EXPECT_EQ(bands[31].bottom, high);
+    for (int i = 1; i < 32; ++i) EXPECT_EQ(bands[i].top, bands[i - 1].bottom);
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "QX/indep/QX_Records.h"
+#include "QX/indep/QX_WorldDepth.h"
+#include "platform/standalone/Standalone.h"
+
+namespace qx::test {
+
+/// A world of one pixel type whose rows have some bytes behind them.
+template <class Pixel> struct Picture {
+    static constexpr int kPadding = 3;
+    std::vector<Pixel> pixels;
+    QX_LayerDef record{};
+
+    Picture(int width, int height)
+        : pixels(static_cast<std::size_t>(width + kPadding) * static_cast<std::size_t>(height)) {
+        record.data = pixels.data();
+        record.width = width;
+        record.height = height;
+        record.rowbytes = static_cast<std::int32_t>((width + kPadding) * static_cast<int>(sizeof(Pixel)));
+        QXp_SetWorldDepth(&record, static_cast<int>(sizeof(Pixel)) * 2);
+    }
+    Pixel& at(int x, int y) {
+        return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(record.width + kPadding) +
+                      static_cast<std::size_t>(x)];
+    }
+};
+
+/// An executor that runs the indices one after another in the order given, those of `on_caller` on the calling
+/// thread and each other on a thread of its own. Indices that the order leaves out run last, in their order.
+struct ChosenOrder {
+    std::vector<int> order{};
+    std::set<int> on_caller{};
+    bool all_on_caller = false;
+
+    void operator()(const boost::function<void(int)>& task, int count) const {
+        std::set<int> done;
+        const auto run = [&](int i) {
+            if (i >= count || !done.insert(i).second) return;
+            if (all_on_caller || on_caller.count(i) != 0) return task(i);
+            std::exception_ptr fault;
+            std::thread([&] {
+                try {
+                    task(i);
+                } catch (...) {
+                    fault = std::current_exception();
+                }
+            }).join();
+            if (fault) std::rethrow_exception(fault);
+        };
+        for (const int i : order) run(i);
+        for (int i = 0; i < count; ++i) run(i);
+    }
+};
+
+/// Puts an executor in the pool's place for a scope.
+class WithExecutor {
+public:
+    explicit WithExecutor(const standalone::Executor& executor) { standalone::SetExecutor(executor); }
+    ~WithExecutor() { standalone::SetExecutor({}); }
+    WithExecutor(const WithExecutor&) = delete;
+    WithExecutor& operator=(const WithExecutor&) = delete;
+};
+
+}  // namespace qx::test

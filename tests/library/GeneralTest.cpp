@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
+
+#include "QX/indep/QX_ColourTables.h"
+#include "QX/library/QX_Library.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+using qx::test::Born;
+
+/// The generator in 64-bit arithmetic, reduced where 32 bits wrap.
+std::pair<std::int64_t, std::int64_t> step(std::int64_t seed) {
+    constexpr std::int64_t wrap = std::int64_t{1} << 32;
+    std::int64_t next = (seed % 44488 * 48271 + seed / 44488 * 3399) % wrap;
+    if (next == 0) next = 0x7FFFFFFF;
+    const std::int64_t as_signed = next >= wrap / 2 ? next - wrap : next;
+    const std::int64_t floor_of_128th = (as_signed - ((as_signed % 128) + 128) % 128) / 128;
+    return {next, ((floor_of_128th % 32768) + 32768) % 32768};
+}
+
+TEST(Rand, KnownSteps) {
+    struct Case {
+        std::uint32_t seed, next;
+        std::int32_t result;
+    };
+    for (const Case& c : {Case{1, 48271, 377}, {44488, 3399, 26}, {0, 0x7FFFFFFF, 0x7FFF}}) {
+        std::uint32_t seed = c.seed;
+        EXPECT_EQ(QX_Rand(&seed), c.result) << c.seed;
+        EXPECT_EQ(seed, c.next);
+    }
+}
+
+TEST(Rand, IsTheFormulaOverTheWholeRange) {
+    std::mt19937 seeds(20);
+    for (int i = 0; i < 200000; ++i) {
+        const std::uint32_t start =
+            i < 200 ? 0xFFFFFFFFu - static_cast<std::uint32_t>(i) : static_cast<std::uint32_t>(seeds());
+        std::uint32_t seed = start;
+        const std::int32_t result = QX_Rand(&seed);
+        const auto [next, expected] = step(start);
+        ASSERT_EQ(std::int64_t{seed}, next) << "seed " << start;
+        ASSERT_EQ(result, expected) << "seed " << start;
+    }
+}
+
+TEST(General, Hypot) {
+    EXPECT_EQ(QX_Hypot(3, 4), 5.0);
+    EXPECT_EQ(QX_Hypot(-5, 12), 13.0);
+    EXPECT_TRUE(std::isinf(QX_Hypot(1e200, 1e200))) << "no care for overflow";
+}
+
+TEST(General, AppCallbackGivesTheTables) {
+    const Born born;
+    int unread = 0;
+    for (const int selector : {-1, 0, 1, 10, 100}) {
+        void* result = &unread;
+        EXPECT_EQ(QX_AppCallback(nullptr, selector, &result), 0);
+        EXPECT_EQ(result, &unread) << selector;
+    }
+    void* result = nullptr;
+    EXPECT_EQ(QX_AppCallback(nullptr, 2, &result), 0);
+    EXPECT_EQ(std::memcmp(result, QXp_G_fcm_table, 65536), 0);
+    EXPECT_EQ(QX_AppCallback(nullptr, 3, &result), 0);
+    EXPECT_EQ(std::memcmp(result, QXp_G_fcd_table, 65536), 0);
+    for (const int selector : {4, 5}) {
+        EXPECT_EQ(QX_AppCallback(nullptr, selector, &result), 0);
+        EXPECT_EQ(static_cast<std::int32_t*>(result)[256], 65536) << "the sine of a right angle";
+    }
+    for (const int selector : {6, 7, 8, 9}) EXPECT_EQ(QX_AppCallback(nullptr, selector, &result), 0);
+}
+
+TEST(General, VectorConstantsLieAligned) {
+    for (const void* constant : {static_cast<const void*>(&QX_G_vf255), static_cast<const void*>(&QX_G_vi128_32),
+                                 static_cast<const void*>(&QX_G_AlphaMask32)}) {
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(constant) % 16, 0u);
+    }
+    std::uint32_t both[4];
+    for (int i = 0; i < 4; ++i) {
+        both[i] = QX_G_AlphaMask32.lane[i] ^ QX_G_BGRMask32.lane[i];
+        EXPECT_EQ(both[i], 0xFFFFFFFF);
+        EXPECT_EQ(QX_G_vfHalf.lane[i], 0.5f);
+    }
+    EXPECT_EQ(QX_G_AlphaMask32.lane[0], 0xFFFFFFFF);
+    for (const double zero : QX_G_ZeroData) EXPECT_EQ(zero, 0.0);
+}
+
+}  // namespace

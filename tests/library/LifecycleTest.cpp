@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "QX/compositing/QX_TransferRect.h"
+#include "QX/indep/QX_ColourTables.h"
+#include "QX/indep/QX_Frame.h"
+#include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_World.h"
+#include "QX/library/QX_Library.h"
+#include "QX/library/QX_PendingSlots.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+using qx::test::Born;
+using qx::test::NewCounter;
+using qx::test::Reports;
+using standalone::ProcessorLevel;
+
+template <std::size_t N> bool listed(const int (&list)[N], int number) {
+    return std::find(std::begin(list), std::end(list), number) != std::end(list);
+}
+
+std::vector<void*> table() { return std::vector<void*>(QXp_G_OverFuncs, QXp_G_OverFuncs + kQX_SlotCount); }
+
+TEST(Slots, ListsOfMissingRoutinesAreTrue) {
+    for (const int bands : {1, 32}) {
+        for (const ProcessorLevel level : {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster}) {
+            const Born born(bands, level);
+            ASSERT_EQ(born.code(), 0);
+            for (int i = 0; i < kQX_SlotCount; ++i) {
+                const bool missing = listed(qx::kPendingSlots, i) || listed(qx::kEmptySlots, i);
+                EXPECT_EQ(QXp_G_OverFuncs[i] == nullptr, missing) << "slot " << i << ", " << bands << " bands";
+            }
+        }
+    }
+    for (const int i : qx::kPendingSlots) EXPECT_FALSE(listed(qx::kEmptySlots, i)) << i;
+}
+
+TEST(Slots, BandsReplaceTheIterateFamilyOnly) {
+    std::vector<void*> plain;
+    {
+        const Born born(1);
+        plain = table();
+    }
+    const Born born(2);
+    std::vector<int> changed;
+    for (int i = 0; i < kQX_SlotCount; ++i) {
+        if (QXp_G_OverFuncs[i] != plain[static_cast<std::size_t>(i)]) changed.push_back(i);
+    }
+    EXPECT_EQ(changed, (std::vector<int>{42, 43, 51, 53}));
+}
+
+TEST(Slots, OverrideReachesOneTo117) {
+    const Born born;
+    const std::vector<void*> before = table();
+    int mark = 0;
+    for (const int bad : {-1, 0, 118, 1000}) EXPECT_EQ(QX_SetOverrideFunc(bad, &mark), 3);
+    EXPECT_EQ(table(), before);
+    for (const int good : {1, 42, 117}) {
+        EXPECT_EQ(QX_SetOverrideFunc(good, &mark), 0);
+        EXPECT_EQ(QXp_G_OverFuncs[good], &mark);
+        EXPECT_EQ(QX_SetOverrideFunc(good, nullptr), 0);
+        EXPECT_EQ(QXp_G_OverFuncs[good], nullptr);
+    }
+}
+
+TEST(Birth, SetsTheTablesAndTheCount) {
+    const Born born;
+    ASSERT_EQ(born.code(), 0);
+    EXPECT_EQ(qx::live_world_count(), 0);
+    for (int a = 0; a < 256; ++a) {
+        for (int c = 0; c < 256; ++c) {
+            ASSERT_EQ(QXp_G_fcm_table[a * 256 + c], (a * c * 2 + 255) / 510) << a << " " << c;
+        }
+    }
+    EXPECT_EQ(QXp_G_fcd_table[128 * 256 + 64], (64 * 255 + 64) / 128);
+}
+
+TEST(Birth, AThreadCountErrorLeavesThePlainTable) {
+    std::vector<void*> plain;
+    {
+        const Born born(1);
+        plain = table();
+    }
+    standalone::SetThreadCountError(44);
+    const Born born(8);
+    standalone::SetThreadCountError(0);
+    EXPECT_EQ(born.code(), 44);
+    EXPECT_EQ(table(), plain);
+}
+
+TEST(Birth, ARegistryErrorIsTheResult) {
+    standalone::SetRegistryError(77);
+    const Born born(8);
+    standalone::SetRegistryError(0);
+    EXPECT_EQ(born.code(), 77);
+    EXPECT_NE(QXp_G_OverFuncs[53], nullptr) << "the steps before it are done";
+}
+
+/// Every allocation of a start fails once, the host's and the runtime's; nothing is left behind.
+TEST(Birth, AFailedStartLeaksNothing) {
+    { const Born settled(4); }  // what the host keeps for good is there now
+    const Reports reports;
+    const std::int64_t blocks = standalone::Memory().blocks_in_use;
+    int failures = 0;
+    for (int nth = 1; nth <= 60; ++nth) {
+        for (const bool in_host : {true, false}) {
+            SCOPED_TRACE(testing::Message() << nth << (in_host ? " of the host" : " of the runtime"));
+            in_host ? standalone::FailAllocation(nth) : NewCounter::fail(nth);
+            {
+                standalone::SetBandCount(4);
+                const int code = QX_Birth();
+                standalone::FailAllocation(0);
+                NewCounter::fail(0);
+                EXPECT_TRUE(code == 0 || code == 4) << code;
+                failures += code == 4 ? 1 : 0;
+                QX_Death();
+            }
+            EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+        }
+    }
+    standalone::SetBandCount(32);
+    EXPECT_GE(failures, 10) << "three rows and seven buffers";
+}
+
+TEST(Life, LogsItsMilestones) {
+    std::vector<std::string> lines;
+    standalone::SetLogSink([&](int level, const std::string& line) {
+        if (level == 10) lines.push_back(line);
+    });
+    { const Born born; }
+    standalone::SetLogSink({});
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_NE(lines[0].find("QX Birth"), std::string::npos);
+    EXPECT_NE(lines[1].find("QX Death"), std::string::npos);
+}
+
+TEST(Life, DeathKeepsTheTableOfRoutines) {
+    std::vector<void*> born_table;
+    {
+        const Born born(4);
+        born_table = table();
+    }
+    EXPECT_EQ(table(), born_table);
+}
+
+TEST(Life, FreeUpSomeMemoryShrinksTheScratch) {
+    const Born born;
+    QX_ScratchBlock grown{}, again{};
+    ASSERT_EQ(QXp_ReallocScratch(5000, 4, false, &grown), 0);
+    ASSERT_EQ(QXp_ReallocScratch(4000, 4, false, &again), 0);
+    EXPECT_EQ(again.mask_row, grown.mask_row) << "wide enough as it is";
+    const std::int64_t blocks = standalone::Memory().blocks_in_use, made = standalone::Memory().allocations;
+    EXPECT_EQ(QX_FreeUpSomeMemory(), 0);
+    EXPECT_EQ(standalone::Memory().allocations, made + 3) << "new rows whatever their size was";
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+    EXPECT_EQ(QXp_ReallocScratch(1025, 1, false, &again), 0);
+    EXPECT_EQ(standalone::Memory().allocations, made + 6) << "grows from 1024 pixels again";
+
+    const Reports reports;
+    for (int nth = 1; nth <= 3; ++nth) {
+        standalone::FailAllocation(nth);
+        EXPECT_EQ(QX_FreeUpSomeMemory(), 4);
+    }
+    standalone::FailAllocation(0);
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+}
+
+}  // namespace

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace qx::tool {
+
+/// Each adds its subcommand with its options; what it does runs when the command line has been read.
+void add_comp(CLI::App& app);
+void add_modes(CLI::App& app);
+void add_info(CLI::App& app);
+
+/// Reads the command line, runs the subcommand, says what went wrong. @return exit status
+int run_command(int argc, const char* const* argv);
+
+}  // namespace qx::tool

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <optional>
+
+#include "QX/compositing/QX_CompositeMode.h"
+#include "QX/compositing/QX_LinearBlendingTables.h"
+#include "QX/indep/QX_Records.h"
+#include "QX/indep/QX_World.h"
+
+namespace qx::tool {
+
+class Progress;
+
+/// One layer's way onto the background.
+struct Transfer {
+    const QX_World* layer = nullptr;
+    int x = 0, y = 0;  ///< where its left top corner lands
+    int mode = xfer_over;
+    float opacity = 1;
+    bool rgb_only = false;
+    int seed = 0;
+    int field = 0;  ///< 0 all rows, 1 even, 2 odd
+    const QX_LinearBlendingTables* tables = nullptr;
+    const QX_World* mask = nullptr;
+    int mask_x = 0, mask_y = 0;
+    QX_MaskKind mask_kind = kQX_MaskAlpha;
+};
+
+/// Composites a layer of the background's depth, in bands on all threads where the mode allows.
+/// @param progress  may be null; it gets one step a row of the background
+/// @return 0 or the first code of a band; kQX_Interrupted after a signal
+int composite(const Transfer& transfer, QX_World& background, Progress* progress);
+
+}  // namespace qx::tool

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+#include "QX/indep/QX_Pixel.h"
+#include "QX/indep/QX_World.h"
+
+namespace qx::tool {
+
+inline constexpr int kGlyphWidth = 5, kGlyphHeight = 7, kGlyphStep = 6;
+
+/// Draws small letters, digits and a few signs into an 8-bit world; other characters are blanks.
+/// @param x, y  left top corner; what does not fit is left out
+void draw_text(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const std::string& text);
+
+}  // namespace qx::tool

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace qx::tool {
+
+inline constexpr int kDone = 0, kWorkFailed = 1, kWrongUsage = 2, kInterruptedStatus = 130;
+
+/// What the user asked for makes no sense. The text names the option.
+struct WrongUsage : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+/// The work could not be done.
+struct WorkFailed : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+enum class Talk { quiet, normal, verbose };
+void set_talk(Talk talk);
+Talk talk();
+
+/// One line `qx: words` on standard error. Notes are kept back when quiet, details unless verbose.
+void say_error(const std::string& words);
+void say_note(const std::string& words);
+void say_detail(const std::string& words);
+
+/// Keeps the library's reports for the message of a failure, and from standard error.
+void collect_reports();
+std::string last_report();
+
+}  // namespace qx::tool

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace qx::tool {
+
+/// Options that every subcommand has. Texts, since an empty one lets the environment speak.
+struct CommonOptions {
+    std::string threads, bands;
+    bool quiet = false, verbose = false;
+};
+void add_common_options(CLI::App& command, CommonOptions& options);
+
+/// Sets pool, bands and talk: the flag before QX_THREADS and QX_BANDS before the default. Before QX_Birth.
+void apply_common_options(const CommonOptions& options);
+
+/// Numbers of options. They throw WrongUsage, which names the option, for anything else than a number within bounds.
+int whole_number(const std::string& option, const std::string& text, int least, int most);
+float real_number(const std::string& option, const std::string& text, double least, double most);
+struct Place {
+    int x, y;
+};
+Place place(const std::string& option, const std::string& text);  ///< "X,Y"
+
+/// An output whose name tells no format is wrong usage; one that cannot be there is a failure of the work.
+void check_output_option(const std::string& path);
+
+/// The library, born for a scope. Throws WorkFailed when it does not start.
+class Library {
+public:
+    Library();
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+};
+
+}  // namespace qx::tool

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace qx::io {
+
+/// An open file to read, with its first bytes. Throws Failure for what is missing, empty or a folder.
+class InputFile {
+public:
+    explicit InputFile(const std::string& path);
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+    const std::string& path() const { return path_; }
+    std::FILE* stream() const { return stream_; }
+    bool begins_with(const std::string& magic) const;
+
+private:
+    std::string path_;
+    std::FILE* stream_;
+    std::string head_;
+};
+
+/// A file that is written under a temporary name beside its place, and takes its name when all went well.
+class OutputFile {
+public:
+    explicit OutputFile(const std::string& path);
+    ~OutputFile();  ///< removes what was not committed
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    const std::string& path() const { return path_; }
+    std::FILE* stream() const { return stream_; }
+    /// @return false on a failure, which is kept for `commit`
+    bool write(const void* data, std::size_t bytes);
+    bool seek(std::uint64_t place);
+    std::uint64_t tell();
+    bool failed() const { return error_ != 0; }
+    /// Throws Failure if a write has failed.
+    void check() const;
+    /// Brings all to the disk and gives the file its name.
+    void commit();
+
+private:
+    void note_error();
+    std::string path_, target_, temporary_;
+    std::FILE* stream_ = nullptr;
+    int error_ = 0;
+};
+
+}  // namespace qx::io

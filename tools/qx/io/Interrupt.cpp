@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/io/Interrupt.h"
+
+#include <atomic>
+#include <csignal>
+
+namespace qx::io {
+namespace {
+
+std::atomic<bool> noted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
+
+void note(int) { noted.store(true, std::memory_order_relaxed); }
+
+}  // namespace
+
+void install_signal_handlers() {
+    std::signal(SIGINT, note);
+    std::signal(SIGTERM, note);
+#ifdef SIGXFSZ
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
+}
+
+bool interrupted() { return noted.load(std::memory_order_relaxed); }
+
+void check_interrupt() {
+    if (interrupted()) throw Interrupted{};
+}
+
+}  // namespace qx::io

@@ -29,8 +29,7 @@ void run(benchmark::State& state, int depth, bool inset, const Body& body) {
 }
 
 /// Zeroes are a case of their own: some processors clear memory at twice the speed of any other value.
-template <int Byte>
-void set_bytes(QX_World& world, const M_LRect& area) {
+template <int Byte> void set_bytes(QX_World& world, const M_LRect& area) {
     const auto rows = static_cast<std::size_t>(area.bottom - area.top);
     std::memset(qx::bench::row_of(world, area.top), Byte, rows * static_cast<std::size_t>(world.rowbytes));
 }

@@ -11,6 +11,11 @@ namespace qx::tool {
 namespace {
 
 int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
+    const std::string first = argc > 1 ? argv[1] : "-";
+    const auto known = app.get_subcommands([&](const CLI::App* command) { return command->get_name() == first; });
+    if (first[0] != '-' && known.empty()) {
+        throw WrongUsage(first + ": no such subcommand (see qx --help)");
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {  // --help, --version

@@ -103,6 +103,7 @@ void composite_layer(const LayerOptions& options, const Pictures::Layer& layer, 
 void run(const CompOptions& options) {
     apply_common_options(options.common);
     check_output_option(options.output);
+    if (options.half && !io::is_linear_format(options.output)) throw WrongUsage("--half is for OpenEXR");
     const Library library;
     Pictures pictures = read_all(options);
     note_mixed_light(options, pictures);

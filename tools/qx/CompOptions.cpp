@@ -82,9 +82,8 @@ void check(const LayerOptions& layer) {
 
 CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
     command.add_option("files", files_, "the background, then its layers from back to front")
-        ->type_name("BACKGROUND LAYER...")
-        ->required()
-        ->allow_extra_args(false);
+        ->type_name("BACKGROUND LAYER")
+        ->required();
     for (const LayerOption& option : kLayerOptions) {
         if (option.value == nullptr) {
             command.add_flag(option.name, option.help)->take_all()->group("Options of a layer");

@@ -18,8 +18,7 @@ namespace {
 constexpr int kMostThreads = 1024;
 constexpr int kFarthest = 1'000'000;  // positions beyond it could not touch a picture, and sums of them would wrap
 
-template <class Number>
-bool parse(const std::string& text, Number& number) {
+template <class Number> bool parse(const std::string& text, Number& number) {
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
     return parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
 }

@@ -46,8 +46,7 @@ jpeg_error_mgr* prepare(Fault& fault) {
     return &fault.manager;
 }
 
-template <class Calls>
-bool run(Fault& fault, const Calls& calls) {
+template <class Calls> bool run(Fault& fault, const Calls& calls) {
     if (setjmp(fault.back) != 0) return false;
     calls();
     return true;
@@ -83,8 +82,7 @@ public:
     }
 
 private:
-    template <class Calls>
-    void checked(const Calls& calls) {
+    template <class Calls> void checked(const Calls& calls) {
         if (!run(fault_, calls)) throw Failure(file_.path(), std::string("damaged JPEG: ") + fault_.text);
     }
 

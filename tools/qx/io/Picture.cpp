@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <new>
 
 #include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Frame.h"
@@ -40,6 +41,11 @@ const Format& format_to_write(const std::string& path) {
     return *format;
 }
 
+bool recognised(const Format& format, const InputFile& file) {
+    return std::any_of(format.magics.begin(), format.magics.end(),
+                       [&](const std::string& magic) { return file.begins_with(magic); });
+}
+
 int nearest_depth(const Format& format, int depth) {
     for (const int d : format.depths) {
         if (d >= depth) return d;
@@ -47,8 +53,7 @@ int nearest_depth(const Format& format, int depth) {
     return format.depths.back();
 }
 
-template <class Pixel>
-bool any_below(const QX_World& world, QX_ChannelOf<Pixel> full) {
+template <class Pixel> bool any_below(const QX_World& world, QX_ChannelOf<Pixel> full) {
     for (int y = 0; y < world.height; ++y) {
         const Pixel* row = row_of<Pixel>(world, y);
         if (std::any_of(row, row + world.width, [=](const Pixel& p) { return p.alpha != full; })) return true;
@@ -136,14 +141,15 @@ void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes
 Picture read_picture(const std::string& path) {
     check_interrupt();
     InputFile file(path);
-    for (const auto format : kFormats) {
-        for (const auto& magic : format().magics) {
-            if (file.begins_with(magic)) {
-                Picture picture = format().read(file);
-                picture.linear = format().linear;
-                return picture;
-            }
+    try {
+        for (const auto format : kFormats) {
+            if (!recognised(format(), file)) continue;
+            Picture picture = format().read(file);
+            picture.linear = format().linear;
+            return picture;
         }
+    } catch (const std::bad_alloc&) {
+        throw Failure(path, "out of memory");
     }
     throw Failure(path, "is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
 }
@@ -160,8 +166,6 @@ void check_output(const std::string& path) {
 bool known_format(const std::string& path) { return format_named(path) != nullptr; }
 
 bool is_linear_format(const std::string& path) { return format_to_write(path).linear; }
-
-int file_depth(const std::string& path, int depth) { return nearest_depth(format_to_write(path), depth); }
 
 void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options) {
     check_interrupt();

@@ -53,9 +53,6 @@ bool known_format(const std::string& path);
 /// True for a name whose format is meant for linear light.
 bool is_linear_format(const std::string& path);
 
-/// The depth at which a file of this name would be written. Throws Failure for an extension that is not known.
-int file_depth(const std::string& path, int depth);
-
 /// A world, or Failure in the name of a file.
 std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth);
 
@@ -65,8 +62,7 @@ std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& worl
 /// True when some pixel is not opaque.
 bool any_transparency(const QX_World& world);
 
-template <class Pixel>
-Pixel* row_of(const QX_World& world, int y) {
+template <class Pixel> Pixel* row_of(const QX_World& world, int y) {
     return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <csetjmp>
+#include <cstring>
 
 #include "tools/qx/io/Format.h"
 #include "tools/qx/io/Interrupt.h"
@@ -14,17 +15,20 @@ namespace {
 
 struct Fault {
     char text[160] = "";
+    bool bad_profile = false;
 };
 
 void on_error(png_structp png, png_const_charp text) {
     std::snprintf(static_cast<Fault*>(png_get_error_ptr(png))->text, sizeof(Fault::text), "%s", text);
     png_longjmp(png, 1);
 }
-void on_warning(png_structp, png_const_charp) {}
+void on_warning(png_structp png, png_const_charp text) {
+    const bool profile = std::strncmp(text, "iCCP", 4) == 0 || std::strncmp(text, "profile", 7) == 0;
+    if (profile) static_cast<Fault*>(png_get_error_ptr(png))->bad_profile = true;
+}
 
 /// Runs calls of the library. @return false when it gave up
-template <class Calls>
-bool run(png_structp png, const Calls& calls) {
+template <class Calls> bool run(png_structp png, const Calls& calls) {
     if (setjmp(png_jmpbuf(png)) != 0) return false;
     calls();
     return true;
@@ -56,8 +60,7 @@ public:
     }
 
 private:
-    template <class Calls>
-    void checked(const Calls& calls) {
+    template <class Calls> void checked(const Calls& calls) {
         if (!run(png_, calls)) throw Failure(file_.path(), std::string("damaged or cut short PNG: ") + fault_.text);
     }
 
@@ -73,8 +76,11 @@ private:
         alpha_ = key || (png_get_color_type(png_, info_) & PNG_COLOR_MASK_ALPHA) != 0;
         png_set_expand(png_);
         png_set_gray_to_rgb(png_);
-        if (!alpha_) png_set_add_alpha(png_, 0xFFFF, PNG_FILLER_AFTER);
-        png_set_swap_alpha(png_);
+        if (alpha_) {
+            png_set_swap_alpha(png_);
+        } else {
+            png_set_add_alpha(png_, 0xFFFF, PNG_FILLER_BEFORE);
+        }
         if (depth_ == 16) png_set_swap(png_);
     }
 
@@ -95,6 +101,8 @@ private:
         png_uint_32 bytes = 0, x = 0, y = 0;
         int method = 0, unit = 0;
         if (png_get_iCCP(png_, info_, &name, &method, &profile, &bytes) != 0) keep_profile(picture, profile, bytes);
+        if (profile == nullptr && fault_.bad_profile)
+            picture.notes.emplace_back("its colour profile is damaged and is left out");
         if (png_get_pHYs(png_, info_, &x, &y, &unit) != 0) {
             const bool metric = unit == PNG_RESOLUTION_METER;
             picture.resolution = {double(x), double(y), metric ? Resolution::Unit::metre : Resolution::Unit::none};

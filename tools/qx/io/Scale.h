@@ -21,8 +21,7 @@ constexpr std::uint16_t to_file16(std::uint32_t v) {
 
 /// Associated to straight alpha of integer channels, rounded, at the file's own precision. Under alpha 0 the
 /// colour stays.
-template <std::uint32_t Full, class Channel>
-constexpr Channel straight(Channel c, Channel a) {
+template <std::uint32_t Full, class Channel> constexpr Channel straight(Channel c, Channel a) {
     if (a == 0) return c;
     return static_cast<Channel>(std::min(Full, (c * Full + a / 2u) / a));
 }

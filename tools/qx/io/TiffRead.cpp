@@ -98,8 +98,7 @@ private:
     }
 
     /// Full value of a channel in the file's scale.
-    template <class Sample>
-    static constexpr auto full() {
+    template <class Sample> static constexpr auto full() {
         if constexpr (std::is_integral_v<Sample>) {
             return static_cast<Sample>(-1);
         } else {
@@ -107,8 +106,7 @@ private:
         }
     }
 
-    template <class Sample, class Pixel>
-    void read_blocks(QX_World& world) {
+    template <class Sample, class Pixel> void read_blocks(QX_World& world) {
         if (layout_.block_width == 0 || layout_.block_height == 0) fail();
         const auto bytes = layout_.tiled ? TIFFTileSize64(handle_.tiff) : TIFFStripSize64(handle_.tiff);
         const std::uint64_t together = layout_.planes == PLANARCONFIG_CONTIG ? layout_.samples : 1;

@@ -42,8 +42,7 @@ std::uint8_t to_file(std::uint8_t v) { return v; }
 std::uint16_t to_file(std::uint16_t v) { return to_file16(v); }
 float to_file(float v) { return v; }
 
-template <class Pixel>
-bool write_rows(TIFF* tiff, const QX_World& world, int samples) {
+template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int samples) {
     std::vector<QX_ChannelOf<Pixel>> line(static_cast<std::size_t>(world.width * samples));
     for (int y = 0; y < world.height; ++y) {
         check_interrupt();

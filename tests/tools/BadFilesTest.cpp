@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+// Files that cannot be read or written: a clear fault that names them, and nothing left behind.
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <filesystem>
+
+#include "tests/tools/Support.h"
+
+namespace {
+
+using namespace qx::io;
+using qx::test::contents;
+using qx::test::Folder;
+using qx::test::put_contents;
+
+std::string fault_of(const std::string& path) {
+    try {
+        read_picture(path);
+        return "";
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+}
+
+Picture noise(int width, int height) {
+    unsigned state = 1;
+    return qx::test::picture<QX_Pixel8>(width, height, false, [=](int, int) mutable {
+        state = state * 1664525u + 1013904223u;
+        const auto c = [&](int shift) { return static_cast<std::uint8_t>(state >> shift); };
+        return QX_Pixel8{255, c(8), c(16), c(24)};
+    });
+}
+
+const char* const kNames[] = {"a.png", "a.jpg", "a.tif", "a.exr"};
+
+TEST(BadInput, NamesTheFileAndTheFault) {
+    const Folder folder;
+    put_contents(folder / "empty.png", "");
+    put_contents(folder / "text.png", "no picture at all, but long enough to look like one\n");
+    put_contents(folder / "short.png", "\x89PNG");
+    const struct {
+        std::string path, words;
+    } cases[] = {{folder / "missing.png", "No such file"},
+                 {folder / ".", "is a folder"},
+                 {folder / "empty.png", "is empty"},
+                 {folder / "text.png", "is no picture of a known format"},
+                 {folder / "short.png", "is no picture of a known format"}};
+    for (const auto& c : cases) {
+        const std::string fault = fault_of(c.path);
+        EXPECT_EQ(fault.rfind(c.path + ": ", 0), 0u) << fault;
+        EXPECT_NE(fault.find(c.words), std::string::npos) << fault;
+    }
+}
+
+TEST(BadInput, CutFilesFailAtEveryLength) {
+    const Folder folder;
+    for (const char* name : kNames) {
+        SCOPED_TRACE(name);
+        write_picture(folder / name, noise(80, 60), 8);
+        const std::string whole = contents(folder / name);
+        for (std::size_t part = 1; part <= 20; ++part) {
+            put_contents(folder / name, whole.substr(0, whole.size() * part / 21));
+            EXPECT_EQ(fault_of(folder / name).rfind(folder / name, 0), 0u) << part;
+        }
+        put_contents(folder / name, whole.substr(0, whole.size() - 2));
+        EXPECT_NE(fault_of(folder / name), "") << "the last two bytes are missing";
+    }
+}
+
+/// Damage anywhere may go unseen where a format has no checks, but ends in a picture or a fault of ours.
+TEST(BadInput, DamagedBytesNeverDoWorseThanAFault) {
+    const Folder folder;
+    unsigned state = 7;
+    const auto random = [&] { return (state = state * 1664525u + 1013904223u) >> 8; };
+    for (const char* name : kNames) {
+        SCOPED_TRACE(name);
+        write_picture(folder / name, noise(40, 30), 8);
+        const std::string whole = contents(folder / name);
+        for (int round = 0; round < 60; ++round) {
+            std::string damaged = whole;
+            const std::size_t reach = round % 2 == 0 ? std::min<std::size_t>(400, whole.size()) : whole.size();
+            for (int i = 0; i < 4; ++i) damaged[random() % reach] = static_cast<char>(random());
+            put_contents(folder / name, damaged);
+            static_cast<void>(fault_of(folder / name));
+        }
+    }
+}
+
+TEST(BadInput, TooLargePicturesAreRefusedBySize) {
+    const Folder folder;
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = 30001;
+    image.height = 1;
+    image.format = PNG_FORMAT_GRAY;
+    const std::vector<std::uint8_t> row(30001, 9);
+    ASSERT_NE(png_image_write_to_file(&image, (folder / "wide.png").c_str(), 0, row.data(), 0, nullptr), 0);
+    EXPECT_NE(fault_of(folder / "wide.png").find("30001 x 1 pixels: a side has 1 to 30000"), std::string::npos);
+    EXPECT_THROW(new_world("big", 30000, 30000, 16), Failure);
+}
+
+TEST(BadOutput, LeavesNothingAndKeepsWhatWasThere) {
+    const Folder folder;
+    const auto picture = noise(20, 20);
+    EXPECT_THROW(write_picture(folder / "no/a.png", picture, 8), Failure);
+    EXPECT_THROW(write_picture(folder / "a.xyz", picture, 8), Failure);
+    EXPECT_THROW(write_picture(folder / "png", picture, 8), Failure);
+    std::filesystem::create_directory(folder / "dir.png");
+    EXPECT_THROW(write_picture(folder / "dir.png", picture, 8), Failure);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"dir.png"});
+}
+
+TEST(BadOutput, ALinkStaysAndItsFileIsReplaced) {
+    const Folder folder;
+    put_contents(folder / "file.png", "old");
+    std::filesystem::permissions(folder / "file.png", std::filesystem::perms::owner_all);
+    std::filesystem::create_symlink("file.png", folder / "link.png");
+    write_picture(folder / "link.png", noise(8, 8), 8);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.png"));
+    EXPECT_EQ(read_picture(folder / "file.png").world->width, 8);
+    EXPECT_EQ(std::filesystem::status(folder / "file.png").permissions(), std::filesystem::perms::owner_all);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"file.png", "link.png"}));
+}
+
+/// A limit on the size of files stands for a full disk: a write fails in the midst, or at the very end.
+TEST(BadOutput, FullDiskFailsAndLeavesTheOldFile) {
+    const Folder folder;
+    write_picture(folder / "in.png", noise(200, 200), 8);
+    for (const char* name : {"out.png", "out.jpg", "out.tif", "out.exr"}) {
+        for (const char* blocks : {"1", "16"}) {
+            SCOPED_TRACE(std::string(name) + " " + blocks);
+            put_contents(folder / name, "old");
+            const auto outcome = qx::test::run_qx(
+                "comp -q " + (folder / "in.png") + " " + (folder / "in.png") + " --depth 32 -o " + (folder / name),
+                std::string("ulimit -f ") + blocks + ";");
+            EXPECT_EQ(outcome.status, 1);
+            EXPECT_EQ(outcome.errors, "qx: " + (folder / name) + ": File too large\n");
+            EXPECT_EQ(contents(folder / name), "old");
+            EXPECT_EQ(folder.names().size(), 2u);
+            std::filesystem::remove(folder / name);
+        }
+    }
+}
+
+}  // namespace

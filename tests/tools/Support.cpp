@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/tools/Support.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace qx::test {
+
+namespace fs = std::filesystem;
+
+Folder::Folder() {
+    std::string name = (fs::temp_directory_path() / "qx_test_XXXXXX").string();
+    path_ = ::mkdtemp(name.data());
+}
+
+Folder::~Folder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+std::vector<std::string> Folder::names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(path_)) names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string contents(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+}
+
+void put_contents(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
+
+std::vector<double> channels(const QX_World& world, int x, int y) {
+    const auto list = [](const auto& p) {
+        return std::vector<double>{double(p.alpha), double(p.red), double(p.green), double(p.blue)};
+    };
+    if (world.Depth() == 8) return list(io::row_of<QX_Pixel8>(world, y)[x]);
+    if (world.Depth() == 16) return list(io::row_of<QX_Pixel16>(world, y)[x]);
+    return list(io::row_of<QX_PixelFloat>(world, y)[x]);
+}
+
+bool same_pixels(const QX_World& a, const QX_World& b) {
+    if (a.width != b.width || a.height != b.height || a.Depth() != b.Depth()) return false;
+    const std::size_t bytes = static_cast<std::size_t>(a.width) * a.PixelSize();
+    for (int y = 0; y < a.height; ++y) {
+        if (std::memcmp(io::row_of<std::byte>(a, y), io::row_of<std::byte>(b, y), bytes) != 0) return false;
+    }
+    return true;
+}
+
+std::vector<std::uint8_t> small_profile() {
+    constexpr std::size_t bytes = 516;  // a very short one is refused by libpng
+    std::vector<std::uint8_t> profile(bytes);
+    for (std::size_t i = 132; i < bytes; ++i) profile[i] = static_cast<std::uint8_t>(i * i * 73 >> 4);
+    const auto put = [&](std::size_t at, const char* text) { std::memcpy(profile.data() + at, text, 4); };
+    profile[2] = bytes >> 8;
+    profile[3] = bytes & 255;
+    profile[8] = 4;
+    put(12, "mntr");
+    put(16, "RGB ");
+    put(20, "XYZ ");
+    put(36, "acsp");
+    const std::uint8_t d50[] = {0, 0, 0xF6, 0xD6, 0, 1, 0, 0, 0, 0, 0xD3, 0x2D};
+    std::copy(std::begin(d50), std::end(d50), profile.begin() + 68);
+    return profile;
+}
+
+Outcome run_qx(const std::string& arguments, const std::string& before) {
+    const Folder folder;
+    const std::string command = before + " " + QX_COMMAND + " " + arguments + " >" + (folder / "out") + " 2>" +
+                                (folder / "err") + " </dev/null";
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(folder / "out"), contents(folder / "err")};
+}
+
+}  // namespace qx::test

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tools/qx/io/Picture.h"
+
+namespace qx::test {
+
+/// A folder of its own for a test, removed with all in it.
+class Folder {
+public:
+    Folder();
+    ~Folder();
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+    std::vector<std::string> names() const;  ///< of its files, sorted
+
+private:
+    std::string path_;
+};
+
+std::string contents(const std::string& path);
+void put_contents(const std::string& path, const std::string& bytes);
+
+/// A picture whose pixels a function makes from their position.
+template <class Pixel>
+io::Picture picture(int width, int height, bool has_alpha, const std::function<Pixel(int, int)>& pixel) {
+    io::Picture p;
+    p.world = io::new_world("test", width, height, static_cast<int>(sizeof(Pixel)) * 2);
+    p.has_alpha = has_alpha;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) io::row_of<Pixel>(*p.world, y)[x] = pixel(x, y);
+    }
+    return p;
+}
+
+/// Pixel (x, y) as alpha, red, green, blue, whatever the depth.
+std::vector<double> channels(const QX_World& world, int x, int y);
+/// True when two worlds have the same size, depth and pixels.
+bool same_pixels(const QX_World& a, const QX_World& b);
+
+/// A small RGB profile, complete enough for the libraries that look at it.
+std::vector<std::uint8_t> small_profile();
+
+/// A run of the command. Its standard error goes to `errors`.
+struct Outcome {
+    int status;
+    std::string output, errors;
+};
+/// @param before  shell text in front of the command, such as a limit
+Outcome run_qx(const std::string& arguments, const std::string& before = "");
+
+}  // namespace qx::test

@@ -2,6 +2,7 @@
 .POSIX:
 PRESET = release
 JOBS = 2
+PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
 .PHONY: all setup build run test test-release test-dev test-threads bench tidy install clean
@@ -37,7 +38,7 @@ tidy: build
 	sh scripts/tidy.sh build/$(PRESET)
 
 install: build
-	cmake --install build/$(PRESET)
+	cmake --install build/$(PRESET) --prefix $(PREFIX)
 
 clean:
 	rm -rf build out

@@ -14,5 +14,6 @@ configure_package_config_file(cmake/QXConfig.cmake.in QXConfig.cmake
 write_basic_package_version_file(QXConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/QXConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/QXConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)
+file(RELATIVE_PATH QX_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qx.pc.in qx.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

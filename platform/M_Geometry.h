@@ -34,6 +34,11 @@ constexpr bool M_EmptyLRect(const M_LRect& r) { return r.right <= r.left || r.bo
 
 constexpr M_LRect M_RectToLRect(const M_Rect& r) { return {r.left, r.top, r.right, r.bottom}; }
 
+/// The negative in two's complement; the least number stays as it is.
+constexpr std::int32_t M_WrappingNegate(std::int32_t x) {
+    return static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(x));
+}
+
 /// Moves a rectangle; wraps in two's complement as the host's routine does.
 constexpr M_LRect M_OffsetLRect(const M_LRect& r, std::int32_t dx, std::int32_t dy) {
     const auto add = [](std::int32_t a, std::int32_t b) {

@@ -4,10 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "QX/indep/QX_Export.h"
-#include "QX/indep/QX_Pixel.h"
-
-struct QX_LinearBlendingTables;
+#include "QX/indep/QX_RoutineTypes.h"
 
 /// The transfer modes, as X(number, name). -1 is no mode; negative ones have rows, but no function of one pixel.
 #define QX_NEGATIVE_MODES(X) \

@@ -5,8 +5,7 @@
 #include <cstdint>
 
 #include "QX/indep/QX_Export.h"
-
-class QX_World;
+#include "QX/indep/QX_Records.h"
 
 /// Lookups between encoded and linear light, on 0..32768. Immutable once built; any number of threads may read it.
 struct QX_LinearBlendingTables {

@@ -18,7 +18,11 @@ public:
 
     /// Kinds 0 and 2 clip the rectangle to this.
     bool clips() const { return (mask_.flags & 1) == 0; }
-    M_LRect bounds() const { return M_OffsetLRect({0, 0, mask_.world.width, mask_.world.height}, mask_.x, mask_.y); }
+    /// Empty or inverted for a mask without pixels and for one that would pass the last number.
+    M_LRect bounds() const {
+        const M_LRect all{0, 0, std::max(mask_.world.width, 0), std::max(mask_.world.height, 0)};
+        return M_OffsetLRect(all, mask_.x, mask_.y);
+    }
 
     /// Coverage of columns [left, right) of row y: in place in the mask's world where alpha counts as it stands, else
     /// computed. Outside the mask it is full.

@@ -71,10 +71,7 @@ struct HardLight : Filtered<HardLight, 9, Pivot::grey> {
 };
 
 struct DifferencePremul : Filtered<DifferencePremul, 12, Pivot::black> {
-    template <Form, class D, class V> QX_LANE V mix(V cs, V cd, V s) {
-        const V u = D::mul(cs, s);
-        return u < cd ? cd - u : u - cd;
-    }
+    template <Form, class D, class V> QX_LANE V mix(V cs, V cd, V s) { return distance(D::mul(cs, s), cd); }
 };
 
 struct DodgePremul : Filtered<DodgePremul, 23, Pivot::black> {

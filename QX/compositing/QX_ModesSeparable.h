@@ -48,7 +48,7 @@ struct Lighten : General<Lighten, 11, true> {
 };
 
 struct Difference : General<Difference, 26> {
-    template <class D, class V> QX_LANE V blend(V cs, V cd) { return cs < cd ? cd - cs : cs - cd; }
+    template <class D, class V> QX_LANE V blend(V cs, V cd) { return distance(cs, cd); }
 };
 
 struct Dodge : General<Dodge, 27> {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "QX/compositing/QX_PixelAccess.h"
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Guard.h"
@@ -16,23 +17,22 @@ using namespace qx;
 
 /// One colour at the depth of the source, and as it is written where nothing covers it.
 template <class D> struct Backdrop {
-    using Lane = typename D::Lane;
-    Lane alpha, red, green, blue;
+    Planes<typename D::Lane> colour;
     QX_Pixel8 shown;
 };
 
 template <class D> Backdrop<D> backdrop(const QX_PixelFloat& c) {
     const auto at8 = [](float v) { return static_cast<std::uint8_t>(truncate_to_int(v * 255.0f + 0.5f)); };
-    const auto lane = [](float v) {
+    const auto lane = [](float v) -> typename D::Lane {
         if constexpr (D::number == 32) {
             return v;
         } else {
-            return static_cast<typename D::Lane>(
-                static_cast<typename D::Channel>(truncate_to_int(v * static_cast<float>(D::full) + 0.5f)));
+            const auto kept = static_cast<typename D::Channel>(truncate_to_int(v * static_cast<float>(D::full) + 0.5f));
+            return std::min<typename D::Lane>(kept, D::full);
         }
     };
-    return {
-        lane(c.alpha), lane(c.red), lane(c.green), lane(c.blue), {at8(c.alpha), at8(c.red), at8(c.green), at8(c.blue)}};
+    return {{lane(c.alpha), lane(c.red), lane(c.green), lane(c.blue)},
+            {at8(c.alpha), at8(c.red), at8(c.green), at8(c.blue)}};
 }
 
 template <class D> std::uint8_t to8(typename D::Lane v) {
@@ -47,7 +47,7 @@ template <class D> std::uint8_t to8(typename D::Lane v) {
 
 struct Blit {
     const QX_World* src;
-    QX_World* dst;
+    QX_WorldX<QX_Pixel8>* dst;
     M_LPoint offset;  ///< from destination to source
     M_LRect rect;     ///< clipped to both worlds
     QX_SpecialCaseBlitStyle style;
@@ -60,67 +60,68 @@ struct Blit {
 template <class D> class RowBlit {
     using Pixel = typename D::Pixel;
     using Lane = typename D::Lane;
+    using Source = Planes<Lane>;
 
 public:
     explicit RowBlit(const Blit& blit)
-        : blit_(blit),
-          a_(backdrop<D>(blit.colour_a)),
-          b_(backdrop<D>(blit.colour_b)),
-          weight_(a_.alpha),
-          black_(a_.red == 0 && a_.green == 0 && a_.blue == 0) {}
+        : blit_(blit), a_(backdrop<D>(blit.colour_a)), b_(backdrop<D>(blit.colour_b)), weight_(a_.colour.a) {
+        const bool black = a_.colour.r == 0 && a_.colour.g == 0 && a_.colour.b == 0;
+        over_black_ = black && blit.style != kQX_BlitCheckerboard && blit.style != kQX_BlitMatte;
+    }
 
     void row(std::int32_t y) {
         const auto* from = reinterpret_cast<const Pixel*>(static_cast<const std::byte*>(blit_.src->data) +
                                                           std::ptrdiff_t{y + blit_.offset.y} * blit_.src->rowbytes) +
                            blit_.offset.x;
-        auto* to = reinterpret_cast<QX_Pixel8*>(static_cast<std::byte*>(blit_.dst->data) +
-                                                std::ptrdiff_t{y} * blit_.dst->rowbytes);
+        QX_Pixel8* to = blit_.dst->Row(y);
         for (std::int32_t x = blit_.rect.left; x < blit_.rect.right; ++x) {
+            const Source s = load_pixels<Source>(from + x);
             if (blit_.style == kQX_BlitMatte) {
-                matte(from[x], to[x]);
-            } else if (blit_.style == kQX_BlitCheckerboard) {
-                const std::int32_t square = (x - blit_.checker_origin.x) ^ (y - blit_.checker_origin.y);
-                flatten(from[x], (square & blit_.checker_mask) != 0 ? a_ : b_, to[x]);
-            } else if (black_) {
-                const auto channel = [&](Lane c) { return to8<D>(D::mul(c, Lane(from[x].alpha))); };
-                write(to[x], channel(from[x].red), channel(from[x].green), channel(from[x].blue));
+                matte(s, to[x]);
+            } else if (over_black_) {
+                write(to[x], with_colours(s.a, s, s, [&](Lane c, Lane) { return D::mul(c, s.a); }));
             } else {
-                flatten(from[x], a_, to[x]);
+                flatten(s, behind(x, y), to[x]);
             }
         }
     }
 
 private:
-    /// The colours alone; the destination's alpha stays.
-    void write(QX_Pixel8& to, std::uint8_t red, std::uint8_t green, std::uint8_t blue) const {
-        to.red = blit_.swap_rb ? blue : red;
-        to.green = green;
-        to.blue = blit_.swap_rb ? red : blue;
+    const Backdrop<D>& behind(std::int32_t x, std::int32_t y) const {
+        if (blit_.style != kQX_BlitCheckerboard) return a_;
+        const std::int32_t square = (x - blit_.checker_origin.x) ^ (y - blit_.checker_origin.y);
+        return (square & blit_.checker_mask) != 0 ? a_ : b_;
     }
 
-    void flatten(const Pixel& s, const Backdrop<D>& behind, QX_Pixel8& to) const {
-        const Lane alpha = s.alpha;
-        if (alpha <= 0) {  // the backdrop as it is, alpha included
-            to.alpha = behind.shown.alpha;
-            write(to, behind.shown.red, behind.shown.green, behind.shown.blue);
-            return;
+    /// The colours alone; the destination's alpha stays.
+    void write(QX_Pixel8& to, const Source& p) const {
+        to.red = to8<D>(blit_.swap_rb ? p.b : p.r);
+        to.green = to8<D>(p.g);
+        to.blue = to8<D>(blit_.swap_rb ? p.r : p.b);
+    }
+
+    void flatten(const Source& s, const Backdrop<D>& under, QX_Pixel8& to) const {
+        if (s.a <= 0) {  // the backdrop as it is, alpha included
+            const QX_Pixel8& p = under.shown;
+            to = blit_.swap_rb ? QX_Pixel8{p.alpha, p.blue, p.green, p.red} : p;
+        } else if (s.a >= D::full) {
+            write(to, s);
+        } else {
+            write(to, with_colours(s.a, s, under.colour, [&](Lane c, Lane b) { return D::lerp(c - b, s.a) + b; }));
         }
-        const auto channel = [&](Lane c, Lane b) { return to8<D>(alpha >= D::full ? c : D::lerp(c - b, alpha) + b); };
-        write(to, channel(s.red, behind.red), channel(s.green, behind.green), channel(s.blue, behind.blue));
     }
 
     /// Kept: the weight is carried on from pixel to pixel and from row to row of a part.
-    void matte(const Pixel& s, QX_Pixel8& to) {
-        const bool pulled = s.alpha < D::full;
-        if (pulled) weight_ = D::mul(D::comp(Lane(s.alpha)), weight_);
-        const auto channel = [&](Lane c, Lane m) { return to8<D>(pulled ? D::lerp(m - c, weight_) + c : c); };
-        write(to, channel(s.red, a_.red), channel(s.green, a_.green), channel(s.blue, a_.blue));
+    void matte(const Source& s, QX_Pixel8& to) {
+        if (s.a >= D::full) return write(to, s);
+        weight_ = D::mul(D::comp(s.a), weight_);
+        write(to, with_colours(s.a, s, a_.colour, [&](Lane c, Lane m) { return D::lerp(m - c, weight_) + c; }));
     }
 
     const Blit& blit_;
     Backdrop<D> a_, b_;
     Lane weight_;
-    bool black_;
+    bool over_black_;
 };
 
 /// Part i of n takes height / n rows, and the last part also what remains.

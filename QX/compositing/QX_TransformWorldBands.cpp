@@ -37,9 +37,10 @@ struct TransformWorldFunctor {
     int operator()(const M_LRect& band, const QX_ProgressInfo* info) const { return run(&band, band, info); }
 };
 
-/// The two modes that clear destination alpha outside the rectangle, which a band cannot do.
-bool reaches_outside(const QX_CompositeModePlus& mode) {
-    return mode.xfer == xfer_alpha_multiply || mode.xfer == xfer_alpha_multiply_luma;
+/// The two modes that clear destination alpha outside the rectangle, which a band cannot do. A missing mode is the
+/// saved routine's to refuse, once.
+bool reaches_outside(const QX_CompositeModePlus* mode) {
+    return mode == nullptr || mode->xfer == xfer_alpha_multiply || mode->xfer == xfer_alpha_multiply_luma;
 }
 
 }  // namespace
@@ -62,7 +63,7 @@ int accelerated_transform_world(const QX_ProgressInfo* progress, int quality, in
                                         src2dst_matrix,
                                         dst};
     const M_LRect rect = area_or_all(dest_rect, dst);
-    if (is_narrow(rect) || reaches_outside(*mode)) {
+    if (is_narrow(rect) || reaches_outside(mode)) {
         return guarded([&] { return functor.run(dest_rect, rect, progress); });
     }
     return run_bands(progress, rect, functor);

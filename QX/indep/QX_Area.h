@@ -3,15 +3,19 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "QX/indep/QX_Records.h"
 
 namespace qx {
 
-/// Address of pixel (x, y) of `pixel_bytes` bytes, as an address alone: it need not lie in the world.
+/// Address of pixel (x, y) of `pixel_bytes` bytes, as an address alone: it need not lie in the world, and the world
+/// need not have pixels.
 inline std::byte* pixel_address(const QX_LayerDef& world, std::int32_t x, std::int32_t y, std::size_t pixel_bytes) {
-    return static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes +
-           std::ptrdiff_t{x} * static_cast<std::ptrdiff_t>(pixel_bytes);
+    const std::ptrdiff_t distance =
+        std::ptrdiff_t{y} * world.rowbytes + std::ptrdiff_t{x} * static_cast<std::ptrdiff_t>(pixel_bytes);
+    return reinterpret_cast<std::byte*>(reinterpret_cast<std::uintptr_t>(world.data) +
+                                        static_cast<std::uintptr_t>(distance));
 }
 
 constexpr M_LRect whole_of(const QX_LayerDef& world) { return {0, 0, world.width, world.height}; }

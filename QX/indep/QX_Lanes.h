@@ -37,6 +37,11 @@ template <class V, class T> QX_INLINE constexpr V splat(T x) {
 
 template <class V> QX_INLINE constexpr V lesser(V a, V b) { return a < b ? a : b; }
 template <class V> QX_INLINE constexpr V greater(V a, V b) { return a > b ? a : b; }
+/// The size of the difference; a difference of a negative zero has a size of 0 without a sign.
+template <class V> QX_INLINE constexpr V distance(V a, V b) {
+    const V x = a - b;
+    return x > V{} ? x : V{} - x;
+}
 
 /// True when the condition holds in every lane.
 template <class M> QX_INLINE constexpr bool all(M mask) {

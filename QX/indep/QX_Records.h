@@ -4,10 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "QX/indep/QX_Export.h"
 #include "QX/indep/QX_Pixel.h"
 #include "platform/M_Geometry.h"
 
-class QX_World;
+class QX_EXPORT QX_World;
 struct VPix;
 
 /// The plain image record that crosses the boundary, also called QX_EffectWorld.

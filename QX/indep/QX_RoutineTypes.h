@@ -4,16 +4,17 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "QX/indep/QX_Export.h"
 #include "QX/indep/QX_Pixel.h"
 #include "QX/indep/QX_Records.h"
 
 /// Types of the routines that stand in the table of slots, by names alone: families above declare the records.
-class QX_CompositeModePlus;
+class QX_EXPORT QX_CompositeModePlus;
 struct QX_LinearBlendingTables;
 struct QX_ScratchBlock;
 struct M_Matrix3;
-template <class Pixel> struct QX_BlendingMode;
-template <class Pixel> struct QX_BlendModeDescriptor;
+template <class Pixel> struct QX_EXPORT QX_BlendingMode;
+template <class Pixel> struct QX_EXPORT QX_BlendModeDescriptor;
 
 /// Called once a pixel with its destination coordinates. `in` and `out` are pixels of the world's depth; a non-zero
 /// result ends the iteration. Runs on several threads at once when the acceleration layer is installed.

@@ -17,8 +17,8 @@ enum Place { kPlaceReReference = 40, kPlaceShrink, kPlaceReference };
 
 /// A size as an int; what does not fit is no valid size on either side.
 int extent(std::int32_t from, std::int32_t to) {
-    constexpr std::int64_t most = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp<std::int64_t>(std::int64_t{to} - from, -1, most));
+    using Limits = std::numeric_limits<int>;
+    return static_cast<int>(std::clamp<std::int64_t>(std::int64_t{to} - from, Limits::min(), Limits::max()));
 }
 
 void check_sub_rect(const QX_LayerDef& source, const M_LRect& rect, int place, const char* message) {

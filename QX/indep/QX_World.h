@@ -8,7 +8,7 @@
 #include "QX/indep/QX_Records.h"
 #include "platform/TK_Memory.h"
 
-template <class Pixel> class QX_WorldX;
+template <class Pixel> class QX_EXPORT QX_WorldX;
 
 class QX_EXPORT QX_PixelContainerBase : public TK_MemTrackedObject {
 public:
@@ -131,6 +131,7 @@ protected:
 private:
     template <class Colour> void FillWith(const Colour& colour, const M_LRect* rect);
     std::size_t BlockSize() const;
+    const std::byte* BlockEnd() const;
 };
 
 extern template class QX_WorldX<QX_Pixel8>;

@@ -23,8 +23,8 @@ bool is_one_move(const CopyFrom& from, const CopyTo& to, int field) {
 }
 
 void move_whole(const QX_LayerDef& from, const QX_LayerDef& to) {
-    const std::int64_t bytes = std::int64_t{from.height} * from.rowbytes;
-    if (bytes > 0) IK_CopyMemory(from.data, to.data, static_cast<std::size_t>(bytes));
+    if (M_EmptyLRect(whole_of(from))) return;
+    IK_CopyMemory(from.data, to.data, rows_of(whole_of(from)) * static_cast<std::size_t>(from.rowbytes));
 }
 
 /// One axis of the clipping, wide enough for any edges.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The world of one pixel type: how it comes and goes, and its operations on whole areas.
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstring>
@@ -42,6 +43,9 @@ std::size_t block_size(std::size_t width, std::size_t height, std::size_t rowbyt
     return (height - 1) * rowbytes + width * pixel + (rowbytes - pixel) + kAlignmentBytes;
 }
 
+/// Rows of an owning world begin on multiples of 16 bytes.
+std::size_t rowbytes_of(std::size_t width, std::size_t pixel) { return (width * pixel + 15) & ~std::size_t{15}; }
+
 /// The frame allocator's blocks are aligned to 8; pixels are aligned to 16.
 std::byte* aligned(void* block) {
     return static_cast<std::byte*>(block) + (reinterpret_cast<std::uintptr_t>(block) & 8);
@@ -56,7 +60,7 @@ template <class Pixel> QX_WorldX<Pixel>::QX_WorldX(int w, int h, int flags) : QX
     constexpr std::size_t P = sizeof(Pixel);
     if (!qx::valid_size(w, h)) throw_invalid_size(w, h);
     const auto columns = static_cast<std::size_t>(w), rows = static_cast<std::size_t>(h);
-    rowbytes = static_cast<std::int32_t>((columns * P + 15) & ~std::size_t{15});
+    rowbytes = static_cast<std::int32_t>(rowbytes_of(columns, P));
     BM_AllocateFrameQuiet(block_size(columns, rows, static_cast<std::size_t>(rowbytes), P), 0, &allocation);
     if (allocation == nullptr) {
         BM_ReportWorldAllocationFailure(kQX_OutOfMemory, rowbytes, static_cast<short>(w), static_cast<short>(h),
@@ -112,9 +116,16 @@ template <class Pixel> QX_WorldX<Pixel>::~QX_WorldX() {
     *const_cast<volatile std::uint32_t*>(&ownership_mark) = kQX_DeadMark;
 }
 
+/// Kept: by the rowbytes of now, which are another world's after ReReference. The block itself ends at BlockEnd.
 template <class Pixel> std::size_t QX_WorldX<Pixel>::BlockSize() const {
     return block_size(static_cast<std::size_t>(allocated_width), static_cast<std::size_t>(allocated_height),
                       static_cast<std::size_t>(rowbytes), sizeof(Pixel));
+}
+
+template <class Pixel> const std::byte* QX_WorldX<Pixel>::BlockEnd() const {
+    const auto columns = static_cast<std::size_t>(allocated_width), rows = static_cast<std::size_t>(allocated_height);
+    return static_cast<const std::byte*>(allocation) +
+           block_size(columns, rows, rowbytes_of(columns, sizeof(Pixel)), sizeof(Pixel));
 }
 
 template <class Pixel> std::int16_t QX_WorldX<Pixel>::Depth() const { return qx::DepthOf<Pixel>::number; }
@@ -130,9 +141,8 @@ template <class Pixel> void QX_WorldX<Pixel>::Clear(const M_LRect* rect) {
     // Kept: the count is that of the whole world from row `top` on, so it passes `bottom`, and the last row too.
     std::byte* first = qx::pixel_address(*this, 0, area.top, sizeof(Pixel));
     std::size_t bytes = static_cast<std::size_t>(height) * static_cast<std::size_t>(width) * sizeof(Pixel);
-    const auto* block = static_cast<std::byte*>(allocation);
-    if (block != nullptr && first >= block && first < block + BlockSize()) {
-        bytes = std::min(bytes, static_cast<std::size_t>(block + BlockSize() - first));
+    if (allocation != nullptr && first >= allocation && first < BlockEnd()) {
+        bytes = std::min(bytes, static_cast<std::size_t>(BlockEnd() - first));
     }
     qx::PixelRun(Pixel{}, bytes).store(first, bytes);
 }
@@ -226,15 +236,14 @@ void QX_WorldX<Pixel>::CopyRectPossiblyDifferentBitdepthWithField(const QX_World
 }
 
 template <class Pixel> bool QX_WorldX<Pixel>::SubWorldSafetyGutterHasBeenOverWritten() const {
-    constexpr std::size_t P = sizeof(Pixel);
-    if (allocation == nullptr) return false;
-    const auto row = static_cast<std::size_t>(rowbytes);
-    const std::byte* gutter = aligned(allocation) + static_cast<std::size_t>(allocated_height - 1) * row +
-                              static_cast<std::size_t>(allocated_width) * P;
-    for (std::size_t i = 0; i + P < row; ++i) {
-        if (gutter[i] != std::byte{kGutterByte}) return true;
-    }
-    return false;
+    constexpr auto P = static_cast<std::ptrdiff_t>(sizeof(Pixel));
+    if (allocation == nullptr || rowbytes <= P) return false;
+    // Kept: by the rowbytes of now. Where those lead out of the block there is nothing to be told.
+    const std::byte* start = aligned(allocation);
+    const std::ptrdiff_t offset = std::ptrdiff_t{rowbytes} * (allocated_height - 1) + P * allocated_width;
+    if (offset + rowbytes - P > BlockEnd() - start) return false;
+    return std::any_of(start + offset, start + offset + rowbytes - P,
+                       [](std::byte b) { return b != std::byte{kGutterByte}; });
 }
 
 template <class Pixel> void QX_WorldX<Pixel>::GiveUpAllocation() {

@@ -42,13 +42,15 @@ template <class Pixel> struct Surrounded {
     }
 };
 
+/// Where a source ends that lies at `origin`; one of no size ends where it begins.
+std::int64_t end_of(std::int32_t origin, std::int32_t size) { return std::int64_t{origin} + std::max(size, 0); }
+
 /// Narrows the rectangle to where the source lies. May leave it empty or inverted.
 void clip_to_placed(const QX_LayerDef& src, const M_LPoint& origin, M_LRect* rect) {
-    const std::int64_t right = std::int64_t{origin.x} + src.width, bottom = std::int64_t{origin.y} + src.height;
     rect->left = std::max(rect->left, origin.x);
     rect->top = std::max(rect->top, origin.y);
-    rect->right = static_cast<std::int32_t>(std::min<std::int64_t>(rect->right, right));
-    rect->bottom = static_cast<std::int32_t>(std::min<std::int64_t>(rect->bottom, bottom));
+    rect->right = static_cast<std::int32_t>(std::min<std::int64_t>(rect->right, end_of(origin.x, src.width)));
+    rect->bottom = static_cast<std::int32_t>(std::min<std::int64_t>(rect->bottom, end_of(origin.y, src.height)));
 }
 
 struct Arguments {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/library/QX_CallbackRoutines.h"
 
+#include <optional>
+
 #include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Frame.h"
 #include "QX/indep/QX_Guard.h"
@@ -25,8 +27,10 @@ float opacity_of(const QX_CompositeMode& mode) {
                                          : static_cast<float>(mode.opacity16) * 3.0517578e-5f;
 }
 
-QX_CompositeModePlus unpack(const QX_CompositeMode& mode) {
-    return {mode.xfer, opacity_of(mode), nullptr, mode.rgb_only != 0, mode.rand_seed};
+/// A missing record stays missing: the routine behind the slot tells that.
+std::optional<QX_CompositeModePlus> unpack(const QX_CompositeMode* mode) {
+    if (mode == nullptr) return std::nullopt;
+    return QX_CompositeModePlus(mode->xfer, opacity_of(*mode), nullptr, mode->rgb_only != 0, mode->rand_seed);
 }
 
 }  // namespace
@@ -55,9 +59,9 @@ int transfer_rect_callback(void* ref, int quality, int flags, int field, const M
                            QX_LayerDef* dst) {
     if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_world(kPlace);
     return guarded([&] {
-        const QX_CompositeModePlus plus = unpack(*mode);
+        const auto plus = unpack(mode);
         return slot<Slot::TransferRect>()(static_cast<const QX_ProgressInfo*>(ref), quality, flags, field, src_rect,
-                                          src, &plus, nullptr, mask, dest_x, dest_y, dst);
+                                          src, plus ? &*plus : nullptr, nullptr, mask, dest_x, dest_y, dst);
     });
 }
 
@@ -66,14 +70,15 @@ int transform_world_callback(void* ref, int quality, int flags, int field, QX_La
                              int num_matrices, bool src2dst_matrix, const M_LRect* dest_rect, QX_LayerDef* dst) {
     if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_world(kPlace);
     return guarded([&] {
-        const QX_CompositeModePlus plus = unpack(*mode);
-        return slot<Slot::TransformWorld>()(static_cast<const QX_ProgressInfo*>(ref), quality, flags, field, src, &plus,
-                                            nullptr, mask, matrices, num_matrices, src2dst_matrix, dest_rect, dst);
+        const auto plus = unpack(mode);
+        return slot<Slot::TransformWorld>()(static_cast<const QX_ProgressInfo*>(ref), quality, flags, field, src,
+                                            plus ? &*plus : nullptr, nullptr, mask, matrices, num_matrices,
+                                            src2dst_matrix, dest_rect, dst);
     });
 }
 
 int platform_data_callback(void*, int selector, void** out) {
-    if (selector == 0) *out = nullptr;
+    if (selector == 0 && out != nullptr) *out = nullptr;
     report_bad_parameter(kPlace);
     return kQX_BadParameter;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Localised strings; the stand-alone host speaks English, which every key brings along.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -51,7 +52,7 @@ void Append(std::string& out, std::uint32_t code) {
 std::string ToUtf8(const std::wstring& text) {
     std::string out;
     for (const wchar_t c : text) {
-        const auto code = static_cast<std::uint32_t>(c);
+        const auto code = static_cast<std::uint32_t>(static_cast<char32_t>(c));
         Append(out, code > 0x10FFFF || (code >= 0xD800 && code < 0xE000) ? kReplacement : code);
     }
     return out;
@@ -86,6 +87,6 @@ int TK_SubString(char* buffer, std::size_t size, const char* placeholder, const 
     if (length - from + to + 1 > size) return 3;
     const auto behind = length - static_cast<std::size_t>(place - buffer) - from;
     std::memmove(place + to, place + from, behind + 1);
-    std::memcpy(place, text, to);
+    std::copy(text, text + to, place);
     return 0;
 }

@@ -106,6 +106,8 @@ const char* name_of(FillKind kind) {
             return "extremes";
         case FillKind::layer:
             return "layer";
+        case FillKind::edges:
+            return "edges";
     }
     return "?";
 }

@@ -91,6 +91,23 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
     }
 }
 
+TYPED_TEST(TransferAtDepth, AMaskWithoutPixelsCoversNothingWhereverItLies) {
+    using Pixel = TypeParam;
+    TestWorld<Pixel> src(9, 5, FillKind::opaque, 1), mask(3, 3, FillKind::random, 2);
+    for (const int place : {INT32_MIN, -1, 0, INT32_MAX}) {
+        for (const std::uint32_t kind : {0u, 1u, 2u, 3u}) {
+            TestWorld<Pixel> dst(9, 5, FillKind::clear, 3);
+            const auto before = dst.pixels();
+            QX_MaskWorld record = mask_at(*mask.record(), place, place, kind);
+            record.world.width = record.world.height = -3;
+            TransferCall call;
+            call.mask = &record;
+            EXPECT_EQ(call(src.record(), dst.record()), 0);
+            EXPECT_TRUE(same_pixels(dst.pixels(), kind % 2 == 0 ? before : src.pixels())) << place << " " << kind;
+        }
+    }
+}
+
 TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
     using Pixel = TypeParam;
     QX_LinearBlendingTables tables;

@@ -209,6 +209,21 @@ TEST(IterateOrigin, RowsWithoutColumnsMakeNoPolls) {
     EXPECT_EQ(trace.polls.size(), 3u) << "as in QX_Iterate";
 }
 
+TEST(IterateOrigin, ASourceOfNoSizeIsNowhere) {
+    const Born born(1);
+    Picture<QX_Pixel8> dst(4, 4), src(4, 4);
+    for (const M_LPoint size : {M_LPoint{-3, -3}, {-3, 4}, {4, -3}, {0, 4}}) {
+        for (const std::int32_t place : {INT32_MIN, -1, 0, 2, INT32_MAX}) {
+            const M_LPoint origin{place, place};
+            src.record.width = size.x, src.record.height = size.y;
+            Trace trace;
+            EXPECT_EQ(
+                QX_IterateOrigin(nullptr, 0, 0, &src.record, nullptr, &origin, &trace, &Trace::pixel, &dst.record), 0);
+            EXPECT_TRUE(trace.visits.empty()) << size.x << "x" << size.y << " at " << place;
+        }
+    }
+}
+
 TEST(IterateOrigin, OutsideIsTransparentAndNoSourceIsNull) {
     const Born born(1);
     Picture<QX_PixelFloat> dst(4, 4), src(4, 4);

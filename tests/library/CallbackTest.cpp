@@ -178,6 +178,7 @@ TEST(CallbackBlock, RoutinesOfItsOwn) {
         EXPECT_EQ((field<int(void*, int, void**)>(block, kQX_CB_get_platform_data)(nullptr, selector, &out)), 516);
         EXPECT_EQ(out, selector == 0 ? nullptr : &reports);
         EXPECT_EQ(reports.last_text(), "bad parameter passed to effect callback");
+        EXPECT_EQ((field<int(void*, int, void**)>(block, kQX_CB_get_platform_data)(nullptr, selector, nullptr)), 516);
     }
     EXPECT_EQ(block.fields[kQX_CB_fill], reinterpret_cast<void*>(&QX_Fill));
     EXPECT_EQ(block.fields[kQX_CB_fill16], reinterpret_cast<void*>(&QX_Fill16));
@@ -310,6 +311,21 @@ TEST(CallbackBlock, TransfersUnpackTheRecord) {
     EXPECT_EQ(transfer(nullptr, 0, 0, 0, nullptr, &dst, &mode, nullptr, 3, 7, &src), 3);
     EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
     EXPECT_EQ(Given::calls, 0);
+}
+
+TEST(CallbackBlock, ATransferWithoutAModeIsRefusedByTheTransfer) {
+    const Born born;
+    Reports reports;
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kBest, kStraight, &block);
+    std::uint32_t pixel = 7;
+    QX_LayerDef world{};
+    world.data = &pixel, world.rowbytes = 4, world.width = world.height = 1;
+    const M_LRect rect{0, 0, 1, 1};
+    const auto transfer = field<TransferCallback>(block, kQX_CB_transfer_rect);
+    EXPECT_EQ(transfer(nullptr, 0, 0, 0, &rect, &world, nullptr, nullptr, 0, 0, &world), 3);
+    EXPECT_EQ(reports.last_text(), "bad parameter passed to effect callback");
+    EXPECT_EQ(pixel, 7u);
 }
 
 TEST(CallbackBlock, TransformsAppearWithTheirRoutine) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <span>
@@ -16,7 +17,8 @@ enum class FillKind {
     opaque,    ///< full alpha, random colour
     clear,     ///< alpha 0, random colour
     extremes,  ///< every channel 0 or full
-    layer      ///< runs of clear and of opaque pixels with soft edges, as layers are
+    layer,     ///< runs of clear and of opaque pixels with soft edges, as layers are
+    edges      ///< every channel a quarter of the scale or one step beside it, where formulas change
 };
 
 template <class Pixel> class PixelSource {
@@ -48,6 +50,17 @@ public:
             }
         } else {
             return static_cast<Channel>(bits % static_cast<std::uint64_t>(D::full + 1));
+        }
+    }
+    Channel edge() {
+        const auto quarter = random_() % 5, beside = random_() % 3;
+        if constexpr (D::number == 32) {
+            const float v = static_cast<float>(quarter) * 0.25f;
+            return beside == 0 ? std::nextafter(v, -1.0f) : beside == 1 ? std::nextafter(v, 2.0f) : v;
+        } else {  // steps that leave the scale stay at its end
+            const auto v =
+                (static_cast<std::int64_t>(quarter) * D::full + 2) / 4 + static_cast<std::int64_t>(beside) - 1;
+            return static_cast<Channel>(std::clamp<std::int64_t>(v, 0, D::full));
         }
     }
     Channel extreme() { return static_cast<Channel>(random_() & 1 ? D::full : 0); }
@@ -89,6 +102,9 @@ template <class Pixel> void fill_pixels(std::span<Pixel> pixels, FillKind kind, 
                 break;
             case FillKind::extremes:
                 p = {source.extreme(), source.extreme(), source.extreme(), source.extreme()};
+                break;
+            case FillKind::edges:
+                p = {source.edge(), source.edge(), source.edge(), source.edge()};
                 break;
             default:
                 p = source.with_alpha(source.channel());

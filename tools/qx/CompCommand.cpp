@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
+#include <optional>
+#include <sstream>
 
 #include "QX/indep/QX_Errors.h"
 #include "tools/qx/Commands.h"
@@ -25,10 +27,15 @@ struct Pictures {
 };
 
 io::Picture read(const std::string& file) {
+    std::optional<FileProgress> progress(std::in_place, "reading");
     io::Picture picture = io::read_picture(file);
-    say_detail(file + ": " + std::to_string(picture.world->width) + " x " + std::to_string(picture.world->height) +
-               ", " + std::to_string(picture.world->Depth()) + " bits" + (picture.has_alpha ? ", alpha" : ""));
-    for (const auto& note : picture.notes) say_note(file + ": " + note);
+    progress.reset();  // clears the bar before anything is said
+    const QX_World& world = *picture.world;
+    std::ostringstream words;
+    words << file << ": " << world.width << " x " << world.height << ", " << world.Depth() << " bits"
+          << (picture.has_alpha ? ", alpha" : "");
+    say_detail(words.str());
+    for (const auto& note : picture.notes) say_note(std::string(file).append(": ").append(note));
     return picture;
 }
 
@@ -115,7 +122,10 @@ void run(const CompOptions& options) {
             composite_layer(options.layers[i], pictures.layers[i], background, progress);
         }
     }
-    io::write_picture(options.output, pictures.background, depth, {options.half});
+    {
+        const FileProgress progress("writing");
+        io::write_picture(options.output, pictures.background, depth, {options.half});
+    }
     say_detail(options.output + ": written");
 }
 

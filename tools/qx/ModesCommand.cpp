@@ -42,6 +42,7 @@ struct Pair {
 };
 
 std::unique_ptr<QX_World> thumbnail(const std::string& file, int side_x, int side_y, bool* has_alpha) {
+    const FileProgress progress("reading");
     const io::Picture picture = io::read_picture(file);
     *has_alpha = picture.has_alpha && io::any_transparency(*picture.world);
     const auto world = io::at_depth(file, *picture.world, 8);
@@ -112,7 +113,11 @@ void run(const ModesOptions& options) {
     check_output_option(options.output);
     const Library library;
     const Pair pair = read_pair(options);
-    io::write_picture(options.output, draw_sheet(pair), 8);
+    const io::Picture sheet = draw_sheet(pair);
+    {
+        const FileProgress progress("writing");
+        io::write_picture(options.output, sheet, 8);
+    }
     say_detail(options.output + ": written");
 }
 

@@ -40,4 +40,14 @@ void Progress::draw(std::int64_t done) {
     std::fflush(stderr);
 }
 
+FileProgress::FileProgress(std::string what) : what_(std::move(what)) { io::set_row_listener(this); }
+
+FileProgress::~FileProgress() { io::set_row_listener(nullptr); }
+
+void FileProgress::rows(std::int64_t done, std::int64_t total) {
+    if (!progress_) progress_.emplace(what_, total);
+    progress_->advance(done - told_);
+    told_ = done;
+}
+
 }  // namespace qx::tool

@@ -5,7 +5,10 @@
 #include <chrono>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
+
+#include "tools/qx/io/Interrupt.h"
 
 namespace qx::tool {
 
@@ -27,6 +30,21 @@ private:
     std::atomic<std::int64_t> done_{0};
     std::mutex mutex_;
     std::int64_t shown_percent_ = -1;
+};
+
+/// The bar of reading or writing one file at a time, for a scope.
+class FileProgress : public io::RowListener {
+public:
+    explicit FileProgress(std::string what);
+    ~FileProgress() override;
+    FileProgress(const FileProgress&) = delete;
+    FileProgress& operator=(const FileProgress&) = delete;
+    void rows(std::int64_t done, std::int64_t total) override;
+
+private:
+    const std::string what_;
+    std::optional<Progress> progress_;
+    std::int64_t told_ = 0;
 };
 
 }  // namespace qx::tool

@@ -60,7 +60,7 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world) {
     const int left = std::max(window.min.x, display.min.x), right = std::min(window.max.x, display.max.x) + 1;
     const int top = std::max(window.min.y, display.min.y), bottom = std::min(window.max.y, display.max.y) + 1;
     for (int y = top; y < bottom && left < right; ++y) {
-        check_interrupt();
+        must_next_row(y - top, bottom - top);
         exr.readPixels(y);
         auto* row = row_of<QX_PixelFloat>(world, y - display.min.y) + (left - display.min.x);
         std::copy(line.begin() + (left - window.min.x), line.begin() + (right - window.min.x), row);
@@ -134,7 +134,7 @@ void write_rows(Imf::OutputFile& exr, const QX_World& world, Imf::PixelType type
     }
     exr.setFrameBuffer(buffer);
     for (int y = 0; y < world.height; ++y) {
-        check_interrupt();
+        must_next_row(y, world.height);
         const auto* row = row_of<QX_PixelFloat>(world, y);
         for (std::size_t x = 0; x < static_cast<std::size_t>(world.width); ++x) {
             const QX_PixelFloat& p = row[x];

@@ -10,6 +10,8 @@ namespace {
 std::atomic<bool> noted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
 
+RowListener* row_listener = nullptr;
+
 void note(int) { noted.store(true, std::memory_order_relaxed); }
 
 }  // namespace
@@ -26,6 +28,17 @@ bool interrupted() { return noted.load(std::memory_order_relaxed); }
 
 void check_interrupt() {
     if (interrupted()) throw Interrupted{};
+}
+
+void set_row_listener(RowListener* listener) { row_listener = listener; }
+
+bool next_row(std::int64_t done, std::int64_t total) {
+    if (row_listener != nullptr) row_listener->rows(done, total);
+    return !interrupted();
+}
+
+void must_next_row(std::int64_t done, std::int64_t total) {
+    if (!next_row(done, total)) throw Interrupted{};
 }
 
 }  // namespace qx::io

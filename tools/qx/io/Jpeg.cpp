@@ -97,7 +97,7 @@ private:
 
     void read_rows(QX_World& world) {
         jpeg_start_decompress(&jpeg_);
-        while (jpeg_.output_scanline < jpeg_.output_height && !interrupted()) {
+        while (jpeg_.output_scanline < jpeg_.output_height && next_row(jpeg_.output_scanline, jpeg_.output_height)) {
             JSAMPROW row = row_of<JSAMPLE>(world, static_cast<int>(jpeg_.output_scanline));
             jpeg_read_scanlines(&jpeg_, &row, 1);
         }
@@ -156,7 +156,7 @@ private:
     }
 
     void write_rows() {
-        while (jpeg_.next_scanline < jpeg_.image_height && !interrupted()) {
+        while (jpeg_.next_scanline < jpeg_.image_height && next_row(jpeg_.next_scanline, jpeg_.image_height)) {
             JSAMPROW row = row_of<JSAMPLE>(*picture_.world, static_cast<int>(jpeg_.next_scanline));
             jpeg_write_scanlines(&jpeg_, &row, 1);
         }

@@ -88,7 +88,7 @@ private:
         const int passes = png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
         for (int pass = 0; pass < passes; ++pass) {
-            for (int y = 0; y < world.height && !interrupted(); ++y) {
+            for (int y = 0; y < world.height && next_row(pass * world.height + y, passes * world.height); ++y) {
                 png_read_row(png_, row_of<png_byte>(world, y), nullptr);
             }
         }
@@ -181,7 +181,7 @@ private:
 
     void write_rows() {
         const QX_World& world = *picture_.world;
-        for (int y = 0; y < world.height && !interrupted(); ++y) {
+        for (int y = 0; y < world.height && next_row(y, world.height); ++y) {
             if (world.Depth() == 8) {
                 png_write_row(png_, row_of<png_byte>(world, y));
                 continue;

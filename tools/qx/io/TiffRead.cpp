@@ -118,7 +118,7 @@ private:
             std::fill(row, row + world.width, Pixel{full<Sample>(), 0, 0, 0});
         }
         for (std::uint32_t top = 0; top < layout_.height; top += layout_.block_height) {
-            check_interrupt();
+            must_next_row(top, layout_.height);
             for (std::uint32_t left = 0; left < layout_.width; left += layout_.block_width) {
                 for (std::uint16_t plane = 0; plane < layout_.samples / together; ++plane) {
                     read_block(block, left, top, plane);

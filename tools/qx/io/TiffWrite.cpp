@@ -45,7 +45,7 @@ float to_file(float v) { return v; }
 template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int samples) {
     std::vector<QX_ChannelOf<Pixel>> line(static_cast<std::size_t>(world.width * samples));
     for (int y = 0; y < world.height; ++y) {
-        check_interrupt();
+        must_next_row(y, world.height);
         const auto* row = row_of<Pixel>(world, y);
         auto* to = line.data();
         for (int x = 0; x < world.width; ++x) {

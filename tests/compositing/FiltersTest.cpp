@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+// The filters and the alpha merges of the row driver against the model, at every level.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "QX/indep/QX_Slots.h"
+#include "tests/compositing/ModelCompare.h"
+#include "tests/compositing/ModesModel.h"
+#include "tests/compositing/TransferSupport.h"
+
+namespace qx::test {
+namespace {
+
+using model::Pivot;
+using standalone::ProcessorLevel;
+
+/// All 65,536 pairs of two channels at 8 bits; a million and the edges elsewhere.
+template <class Pixel> std::vector<Pixel> pairs() {
+    std::vector<Pixel> all;
+    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        for (unsigned i = 0; i < 65536; ++i) {
+            const auto c = static_cast<std::uint8_t>(i), a = static_cast<std::uint8_t>(i >> 8);
+            all.push_back({a, c, static_cast<std::uint8_t>(255 - c), static_cast<std::uint8_t>(c ^ 0x55)});
+        }
+    } else {
+        for (const FillKind kind : {FillKind::random, FillKind::edges, FillKind::extremes, FillKind::clear}) {
+            std::vector<Pixel> some(kind == FillKind::random ? 300'000 : 20'000);
+            fill_pixels<Pixel>(some, kind, 17);
+            all.insert(all.end(), some.begin(), some.end());
+        }
+    }
+    return all;
+}
+
+template <class Pixel> struct FirstSlot;
+template <> struct FirstSlot<QX_Pixel8> { static constexpr int filter = 35, merge = 41; };
+template <> struct FirstSlot<QX_Pixel16> { static constexpr int filter = 72, merge = 78; };
+template <> struct FirstSlot<QX_PixelFloat> { static constexpr int filter = 106, merge = 112; };
+
+template <class Pixel> class Filters : public testing::Test {
+protected:
+    static void expect_same(const std::vector<Pixel>& expected, const std::vector<Pixel>& got,
+                            const std::vector<Pixel>& from) {
+        ASSERT_EQ(expected.size(), got.size());
+        for (std::size_t i = 0; i < got.size(); ++i) {
+            ASSERT_TRUE(same_pixel(expected[i], got[i]))
+                << text_of(from[i]) << " at " << i << " gives " << text_of(got[i]) << ", not " << text_of(expected[i]);
+        }
+    }
+    template <class Check> static void at_every_level(const Check& check) {
+        for (const ProcessorLevel level : {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster}) {
+            SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level));
+            const Born born(1, level);
+            check();
+        }
+    }
+};
+using FilterDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(Filters, FilterDepths);
+
+TYPED_TEST(Filters, AreTheModels) {
+    using Pixel = TypeParam;
+    const std::vector<Pixel> from = pairs<Pixel>();
+    const auto count = static_cast<std::int32_t>(from.size());
+    for (int i = 0; i < 6; ++i) {
+        SCOPED_TRACE(testing::Message() << "filter " << i);
+        std::vector<Pixel> expected;
+        for (const Pixel& p : from) {
+            expected.push_back(model::filtered(static_cast<Pivot>(1 + i / 2), i % 2 == 0, p));
+        }
+        this->at_every_level([&] {
+            const auto filter = slot_at<FilterFn<Pixel>>(FirstSlot<Pixel>::filter + i);
+            std::vector<Pixel> in_place = from, copied(from.size());
+            ASSERT_EQ(filter(count, nullptr, in_place.data()), 0);
+            ASSERT_EQ(filter(count, from.data(), copied.data()), 0);
+            this->expect_same(expected, in_place, from);
+            this->expect_same(expected, copied, from);
+        });
+    }
+}
+
+/// Every pair of a source and a destination alpha at 8 bits, under several opacities, with a mask and without.
+TYPED_TEST(Filters, MergesAreTheModels) {
+    using Pixel = TypeParam;
+    using Channel = QX_ChannelOf<Pixel>;
+    const std::vector<Pixel> from = pairs<Pixel>();
+    const auto count = static_cast<std::int32_t>(from.size());
+    std::vector<Pixel> dst(from.size()), mask(from.size());
+    fill_pixels<Pixel>(mask, FillKind::random, 23);
+    for (std::size_t i = 0; i < from.size(); ++i) dst[i] = {from[i].red, from[i].green, from[i].blue, from[i].alpha};
+    for (const double part : {1.0, 0.98, 0.5, 0.01, 0.0}) {
+        const Channel opacity = static_cast<Channel>(part * static_cast<double>(DepthOf<Pixel>::full));
+        for (const bool masked : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "opacity " << +opacity << (masked ? ", masked" : ""));
+            std::vector<Pixel> expected;
+            for (std::size_t i = 0; i < from.size(); ++i) {
+                const auto coverage = masked ? std::optional<Channel>(mask[i].alpha) : std::nullopt;
+                expected.push_back(model::merged(from[i], opacity, coverage, dst[i]));
+            }
+            this->at_every_level([&] {
+                std::vector<Pixel> got = dst;
+                const auto merge = slot_at<MergeFn<Pixel>>(FirstSlot<Pixel>::merge);
+                ASSERT_EQ(merge(count, from.data(), opacity, masked ? mask.data() : nullptr, got.data()), 0);
+                this->expect_same(expected, got, from);
+            });
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qx::test

@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: Apache-2.0
+// Transfers of every mode against the model, pixel for pixel.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <type_traits>
+#include <vector>
+
+#include "tests/compositing/ModelCompare.h"
+#include "tests/compositing/ModesModel.h"
+#include "tests/compositing/TransferSupport.h"
+
+namespace qx::test {
+namespace {
+
+using standalone::ProcessorLevel;
+constexpr std::array kLevels = {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster};
+constexpr std::array kFills = {FillKind::random,   FillKind::opaque, FillKind::clear,
+                               FillKind::extremes, FillKind::edges,  FillKind::layer};
+
+/// The number of a place in lists that are run through together, the first of them fastest.
+std::size_t take(std::size_t& number, std::size_t size) {
+    const std::size_t place = number % size;
+    number /= size;
+    return place;
+}
+
+struct RowCase {
+    int xfer;
+    float opacity;
+    bool masked, rgb_only;
+    FillKind src, dst;
+    std::uint64_t seed;
+    const QX_LinearBlendingTables* tables = nullptr;
+};
+std::ostream& operator<<(std::ostream& out, const RowCase& c) {
+    return out << name_of(c.xfer) << " (" << c.xfer << "), opacity " << c.opacity << (c.masked ? ", masked" : "")
+               << (c.rgb_only ? ", rgb_only" : "") << (c.tables ? ", linear" : "") << ", fills "
+               << static_cast<int>(c.src) << " on " << static_cast<int>(c.dst) << ", seed " << c.seed;
+}
+
+/// Every opacity, mask and switch over every fill of the source.
+std::vector<RowCase> cases_of(int xfer, const QX_LinearBlendingTables* tables, bool brief) {
+    constexpr std::array opacities = {1.0f, 0.5f, 0.004f, 0.0f};
+    std::vector<RowCase> cases;
+    for (std::size_t n = 0; n < 2 * 2 * opacities.size() * kFills.size(); ++n) {
+        std::size_t rest = n;
+        const bool masked = take(rest, 2) != 0 || xfer == xfer_mask_crossfade, rgb_only = take(rest, 2) != 0;
+        const float opacity = opacities[take(rest, opacities.size())];
+        const std::size_t fill = take(rest, kFills.size());
+        if (brief && n % 3 != 0) continue;
+        cases.push_back({xfer, opacity, masked, rgb_only, kFills[fill], kFills[(fill + n) % kFills.size()], n, tables});
+    }
+    return cases;
+}
+
+/// The worlds of a case. The rectangle begins beside the corner, for the seeds of dissolve.
+template <class Pixel> class Scene {
+public:
+    static constexpr int kWidth = 203, kHeight = 13, kLeft = 3, kTop = 2;
+    explicit Scene(const RowCase& c)
+        : case_(c),
+          src_(kWidth, kHeight, c.src, c.seed),
+          dst_(kWidth, kHeight, c.dst, c.seed + 500),
+          mask_(kWidth, kHeight, c.seed % 3 == 0 ? FillKind::layer : FillKind::random, c.seed + 900) {}
+
+    std::vector<Pixel> modelled() {
+        using Channel = QX_ChannelOf<Pixel>;
+        Channel opacity = static_cast<Channel>(case_.opacity);
+        if constexpr (std::is_integral_v<Channel>) {
+            constexpr float full = sizeof(Channel) == 1 ? 255.0f : 32768.0f;
+            opacity = static_cast<Channel>(case_.opacity * full + 0.5f);
+        }
+        model::RowCall<Pixel> call{case_.xfer, opacity, {}, case_.rgb_only, case_.tables, nullptr};
+        std::vector<Pixel> out = dst_.pixels();
+        std::uint32_t row_seed = kSeed + kLeft, increment = kTop * 12281;
+        for (int y = 0; y < kHeight; ++y) {
+            std::uint32_t seed = row_seed;
+            call.seed = &seed;
+            for (int x = 0; x < kWidth; ++x) {
+                Pixel& pixel = out[static_cast<std::size_t>(y * kWidth + x)];
+                if (x < kLeft || y < kTop) {
+                    if (case_.xfer == xfer_alpha_multiply || case_.xfer == xfer_alpha_multiply_luma) pixel.alpha = 0;
+                    continue;
+                }
+                if (case_.masked) call.mask = mask_.at(x, y).alpha;
+                pixel = model::row_pixel(call, src_.at(x, y), pixel);
+            }
+            if (y < kTop) continue;
+            row_seed += increment;
+            increment += 12281;
+        }
+        return out;
+    }
+
+    /// What the library makes of it.
+    std::vector<Pixel> transferred() {
+        const QX_MaskWorld mask = mask_at(*mask_.record(), 0, 0, 0);
+        TransferCall call;
+        call.mode = {case_.xfer, case_.opacity, nullptr, case_.rgb_only, kSeed};
+        call.src_rect = {kLeft, kTop, kWidth, kHeight};
+        call.dest_x = kLeft;
+        call.dest_y = kTop;
+        call.tables = case_.tables;
+        call.mask = case_.masked ? &mask : nullptr;
+        TestWorld<Pixel> dst(kWidth, kHeight, case_.dst, case_.seed + 500);
+        EXPECT_EQ(call(src_.record(), dst.record()), 0);
+        return dst.pixels();
+    }
+
+    /// The first pixel that differs, in words; empty when all agree.
+    std::string difference(const std::vector<Pixel>& expected, const std::vector<Pixel>& got) {
+        std::ostringstream first;
+        int count = 0;
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            if (same_pixel(expected[i], got[i]) || count++ > 0) continue;
+            const int x = static_cast<int>(i) % kWidth, y = static_cast<int>(i) / kWidth;
+            first << "at " << x << ", " << y << ": source " << text_of(src_.at(x, y)) << " on "
+                  << text_of(dst_.at(x, y)) << " under " << +mask_.at(x, y).alpha << " gives " << text_of(got[i])
+                  << ", not " << text_of(expected[i]);
+        }
+        if (count == 0) return {};
+        return std::to_string(count) + " pixels, the first " + first.str();
+    }
+
+private:
+    static constexpr int kSeed = 4711;
+    RowCase case_;
+    TestWorld<Pixel> src_, dst_, mask_;
+};
+
+/// One mode at all levels; the model runs once.
+template <class Pixel> void hold_to_model(int xfer, const QX_LinearBlendingTables* tables, bool brief) {
+    const std::vector<RowCase> cases = cases_of(xfer, tables, brief);
+    std::vector<std::vector<Pixel>> expected;
+    for (const ProcessorLevel level : kLevels) {
+        if (level > standalone::DetectedProcessorLevel()) break;
+        const Born born(1, level);
+        int faults = 0;
+        for (std::size_t i = 0; i < cases.size() && faults < 3; ++i) {
+            Scene<Pixel> scene(cases[i]);
+            if (expected.size() <= i) expected.push_back(scene.modelled());
+            const std::string difference = scene.difference(expected[i], scene.transferred());
+            EXPECT_EQ(difference, "") << "level " << static_cast<int>(level) << ", " << cases[i];
+            faults += difference.empty() ? 0 : 1;
+        }
+    }
+}
+
+template <class Pixel> class ModesAgainstModel : public testing::Test {
+protected:
+    static void run(const QX_LinearBlendingTables* tables, bool brief) {
+        for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+            if (xfer != -1) hold_to_model<Pixel>(xfer, tables, brief);
+        }
+    }
+};
+using ModelDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(ModesAgainstModel, ModelDepths);
+
+/// More than 200,000 pixels of each mode.
+TYPED_TEST(ModesAgainstModel, RowsOfStoredValues) { this->run(nullptr, false); }
+
+TYPED_TEST(ModesAgainstModel, RowsInLinearLight) {
+    const QX_LinearBlendingTables tables = tables_of_gamma(2.2f);
+    this->run(&tables, true);
+}
+
+/// The model's own anchors: values that are known without it.
+TEST(Model, GivesKnownPixels) {
+    struct {
+        int xfer;
+        QX_Pixel8 src, dst, expected;
+    } at8[] = {
+        {xfer_over, {255, 1, 2, 3}, {255, 9, 9, 9}, {255, 1, 2, 3}},
+        {xfer_over, {128, 1, 2, 3}, {0, 9, 9, 9}, {128, 1, 2, 3}},
+        {xfer_over, {51, 255, 0, 100}, {255, 0, 255, 100}, {255, 51, 204, 100}},  // a fifth of the way
+        {xfer_behind, {200, 1, 2, 3}, {255, 9, 8, 7}, {255, 9, 8, 7}},
+        {xfer_add, {255, 200, 100, 0}, {255, 100, 100, 7}, {255, 255, 200, 7}},
+        {xfer_multiply, {255, 255, 0, 51}, {255, 77, 77, 100}, {255, 77, 0, 20}},
+        {xfer_screen, {255, 255, 0, 51}, {255, 77, 77, 100}, {255, 255, 77, 131}},
+        {xfer_difference, {255, 10, 200, 5}, {255, 30, 50, 5}, {255, 20, 150, 0}},
+        {xfer_hard_mix, {255, 255, 255, 0}, {255, 0, 1, 255}, {255, 0, 255, 255}},
+        {xfer_divide, {255, 0, 0, 255}, {255, 0, 1, 9}, {255, 0, 255, 9}},
+        {xfer_alpha_multiply_luma, {255, 255, 255, 255}, {51, 4, 5, 6}, {51, 4, 5, 6}},
+        {xfer_alpha_multiply_inverse, {255, 0, 0, 0}, {51, 4, 5, 6}, {0, 4, 5, 6}},
+        {xfer_marker_guard, {9, 1, 2, 3}, {7, 0, 255, 0}, {7, 0, 255, 0}},
+        {xfer_marker_guard, {9, 1, 2, 3}, {7, 0, 254, 0}, {9, 1, 2, 3}},
+        {xfer_luminosity, {255, 60, 60, 60}, {255, 90, 90, 90}, {255, 60, 60, 60}},
+    };
+    for (const auto& c : at8) {
+        const QX_Pixel8 got = model::row_pixel({c.xfer, 255, {}, false, nullptr, nullptr}, c.src, c.dst);
+        EXPECT_TRUE(same_pixel(got, c.expected)) << name_of(c.xfer) << ": " << text_of(got);
+    }
+    const QX_PixelFloat white{1, 1, 1, 1};
+    const QX_PixelFloat sum = model::row_pixel({xfer_add, 1.0f, {}, false, nullptr, nullptr}, white, white);
+    EXPECT_TRUE(same_pixel(sum, QX_PixelFloat{1, 2, 2, 2}));
+    const QX_Pixel16 deep{32768, 1, 32768, 16384};
+    EXPECT_TRUE(
+        same_pixel(model::row_pixel({xfer_over, 32768, {}, false, nullptr, nullptr}, deep, {32768, 5, 5, 5}), deep));
+}
+
+TEST(Model, CurvesOfSoftLightBeginAndEndAsTheyShould) {
+    const auto code = [](double (*curve)(double), int c) { return static_cast<int>(curve(c / 255.0) * 255 + 0.5); };
+    const int up_begins[] = {0, 3, 6, 9, 11, 14, 16, 19}, up_ends[] = {3, 2, 2, 1, 1, 0, 0};
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(code(model::soft_up, i), up_begins[i]) << i;
+    for (int i = 0; i < 7; ++i) EXPECT_EQ(code(model::soft_up, 249 + i), up_ends[i]) << i;
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(code(model::soft_down, i), i);
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(code(model::soft_down, 255 - i), i);
+}
+
+/// All pairs of a source and a destination channel at 8 bits, under alphas at the edges and between.
+class AllPairs : public testing::TestWithParam<std::pair<int, int>> {
+protected:
+    static constexpr int n = 256;
+    using World = TestWorld<QX_Pixel8>;
+    static void fill(World& world, int alpha, bool by_column) {
+        for (int y = 0; y < n; ++y) {
+            for (int x = 0; x < n; ++x) {
+                const auto c = static_cast<std::uint8_t>(by_column ? x : y);
+                const auto turned = static_cast<std::uint8_t>(by_column ? 255 - c : c * 7 + 3);
+                world.at(x, y) = {static_cast<std::uint8_t>(alpha), c, turned, static_cast<std::uint8_t>(c ^ 0x55)};
+            }
+        }
+    }
+};
+
+TEST_P(AllPairs, AreTheModels) {
+    const Born born(1);
+    const auto [s, d] = GetParam();
+    World src(n, n, FillKind::clear, 0), start(n, n, FillKind::clear, 0), dst(n, n, FillKind::clear, 0);
+    fill(src, s, true);
+    fill(start, d, false);
+    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+        if (xfer == -1 || xfer == xfer_mask_crossfade || xfer == xfer_dissolve) continue;  // another mask, and seeds
+        fill(dst, d, false);
+        TransferCall call;
+        call.mode.xfer = xfer;
+        ASSERT_EQ(call(src.record(), dst.record()), 0);
+        const model::RowCall<QX_Pixel8> pixel{xfer, 255, {}, false, nullptr, nullptr};
+        int faults = 0;
+        for (int i = 0; i < n * n && faults < 3; ++i) {
+            const int x = i % n, y = i / n;
+            const QX_Pixel8 expected = model::row_pixel(pixel, src.at(x, y), start.at(x, y));
+            if (same_pixel(expected, dst.at(x, y))) continue;
+            ++faults;
+            ADD_FAILURE() << name_of(xfer) << ": " << text_of(src.at(x, y)) << " on " << text_of(start.at(x, y))
+                          << " gives " << text_of(dst.at(x, y)) << ", not " << text_of(expected);
+        }
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Alphas, AllPairs,
+                         testing::Values(std::pair(255, 255), std::pair(128, 255), std::pair(255, 128),
+                                         std::pair(77, 200), std::pair(1, 1), std::pair(254, 1)));
+
+}  // namespace
+}  // namespace qx::test

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+// The nine tables of functions of one pixel against the model, and what the tables hold.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+#include "QX/compositing/QX_XferTables.h"
+#include "tests/compositing/ModelCompare.h"
+#include "tests/compositing/ModesModel.h"
+#include "tests/compositing/TransferSupport.h"
+
+namespace qx::test {
+namespace {
+
+/// The three tables of a depth, and their getters.
+template <class Pixel> struct XferTables;
+#define QX_TABLES_OF(Pixel, suffix)                                           \
+    template <> struct XferTables<Pixel> {                                    \
+        static constexpr auto& none = QXp_G_Xfer1_table##suffix;              \
+        static constexpr auto& one = QXp_G_Xfer1_Opacity_table##suffix;       \
+        static constexpr auto& two = QXp_G_Xfer1_Opacity2_table##suffix;      \
+        static constexpr auto get_none = &QX_Get_Xfer1_table##suffix;         \
+        static constexpr auto get_one = &QX_Get_Xfer1_Opacity_table##suffix;  \
+        static constexpr auto get_two = &QX_Get_Xfer1_Opacity2_table##suffix; \
+    };
+QX_TABLES_OF(QX_Pixel8, 8)
+QX_TABLES_OF(QX_Pixel16, 16)
+QX_TABLES_OF(QX_PixelFloat, F)
+#undef QX_TABLES_OF
+
+template <class Pixel> class PixelTables : public testing::Test {
+protected:
+    using Tables = XferTables<Pixel>;
+    using Channel = QX_ChannelOf<Pixel>;
+    static constexpr Channel kFull = static_cast<Channel>(DepthOf<Pixel>::full);
+
+    static Pixel called(const model::PixelCall<Pixel>& call, const Pixel& src, Pixel dst) {
+        if (call.opacity2) {
+            Tables::two[call.xfer](&src, call.tables, *call.opacity, *call.opacity2, &dst);
+        } else if (call.opacity) {
+            Tables::one[call.xfer](&src, call.tables, *call.opacity, &dst);
+        } else {
+            Tables::none[call.xfer](&src, call.tables, &dst);
+        }
+        return dst;
+    }
+
+    /// One case of a mode over pixels of these fills.
+    static void hold_to_model(const model::PixelCall<Pixel>& call, FillKind src_kind, FillKind dst_kind,
+                              std::uint64_t seed) {
+        constexpr std::size_t n = 700;
+        std::vector<Pixel> src(n), dst(n);
+        fill_pixels<Pixel>(src, src_kind, seed);
+        fill_pixels<Pixel>(dst, dst_kind, seed + 1);
+        int faults = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            const Pixel expected = model::one_pixel(call, src[i], dst[i]), got = called(call, src[i], dst[i]);
+            if (same_pixel(expected, got) || ++faults > 1) continue;
+            ADD_FAILURE() << name_of(call.xfer) << " (" << call.xfer << ")" << (call.tables ? ", linear" : "")
+                          << (call.opacity2  ? ", two opacities "
+                              : call.opacity ? ", opacity "
+                                             : "")
+                          << (call.opacity ? +*call.opacity : 0) << ' ' << (call.opacity2 ? +*call.opacity2 : 0)
+                          << ", seed " << seed << ": " << text_of(src[i]) << " on " << text_of(dst[i]) << " gives "
+                          << text_of(got) << ", not " << text_of(expected);
+        }
+    }
+};
+using PixelDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(PixelTables, PixelDepths);
+
+TYPED_TEST(PixelTables, FunctionsAreTheModels) {
+    using Call = model::PixelCall<TypeParam>;
+    using Channel = QX_ChannelOf<TypeParam>;
+    const Born born(1);
+    const QX_LinearBlendingTables gamma = tables_of_gamma(2.2f);
+    const Channel full = this->kFull, most = static_cast<Channel>(full * 3 / 4),
+                  little = static_cast<Channel>(full / 100);
+    constexpr FillKind kinds[] = {FillKind::random,   FillKind::opaque, FillKind::clear,
+                                  FillKind::extremes, FillKind::edges,  FillKind::layer};
+    for (int xfer = 0; xfer <= kQX_LastMode; ++xfer) {
+        std::uint64_t seed = 1;
+        for (const auto* tables : {static_cast<const QX_LinearBlendingTables*>(nullptr), &gamma}) {
+            const Call calls[] = {{xfer, {}, {}, tables},        {xfer, full, {}, tables},
+                                  {xfer, most, {}, tables},      {xfer, little, {}, tables},
+                                  {xfer, Channel{}, {}, tables}, {xfer, full, full, tables},
+                                  {xfer, most, full, tables},    {xfer, full, most, tables},
+                                  {xfer, most, most, tables},    {xfer, most, little, tables}};
+            for (const Call& call : calls) {
+                for (const FillKind src : kinds) {
+                    for (const FillKind dst : kinds) this->hold_to_model(call, src, dst, seed += 2);
+                }
+            }
+        }
+    }
+}
+
+/// No function stands twice, and what a getter gives is the table's entry; the place behind the modes is empty.
+TEST(PixelTable, HasItsOwnFunctionInEveryPlace) {
+    std::set<void*> all;
+    const auto add = [&](const auto& table, const auto& getter) {
+        ASSERT_EQ(std::size(table), 42u);
+        for (int xfer = 0; xfer <= kQX_LastMode; ++xfer) {
+            EXPECT_NE(table[xfer], nullptr);
+            EXPECT_EQ(table[xfer], getter(xfer));
+            all.insert(reinterpret_cast<void*>(table[xfer]));
+        }
+        EXPECT_EQ(table[41], nullptr);
+        EXPECT_EQ(getter(41), nullptr);
+    };
+    const auto add_depth = [&]<class T>(T) {
+        add(T::none, T::get_none);
+        add(T::one, T::get_one);
+        add(T::two, T::get_two);
+    };
+    add_depth(XferTables<QX_Pixel8>{});
+    add_depth(XferTables<QX_Pixel16>{});
+    add_depth(XferTables<QX_PixelFloat>{});
+    EXPECT_EQ(all.size(), 9u * 41u);
+}
+
+}  // namespace
+}  // namespace qx::test

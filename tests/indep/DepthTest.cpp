@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+// How depth is told and written, and what is said of worlds that are of none.
+#include <cstring>
+
+#include "QX/indep/QX_Fill.h"
+#include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_WorldDepth.h"
+#include "platform/FK_Frames.h"
+#include "tests/indep/WorldSupport.h"
+#include "tests/support/TestHost.h"
+
+namespace {
+
+using qx::test::code_of;
+using qx::test::Reports;
+using qx::test::World;
+
+TEST(Depth, OfARecordIsToldByTheHighByteAlone) {
+    Reports reports;
+    const struct {
+        std::uint32_t flags;
+        int depth;
+    } cases[] = {{0x00000000, 8},  {0x00000001, 8},  {0x01000001, 16}, {0x01000000, 16},
+                 {0x01FFFFFE, 16}, {0x02000000, 32}, {0x02000001, 32}};
+    QX_LayerDef record{};
+    int depth = 0;
+    for (const auto& c : cases) {
+        record.world_flags = c.flags;
+        EXPECT_EQ(QX_GetEffectWorldDepth(&record, &depth), 0);
+        EXPECT_EQ(depth, c.depth) << std::hex << c.flags;
+    }
+    EXPECT_TRUE(reports.all().empty());
+    for (const std::uint32_t flags : {0x03000000u, 0xFF000001u}) {
+        reports.clear();
+        record.world_flags = flags;
+        EXPECT_EQ(QXp_WorldDepth(&record), 8);
+        EXPECT_EQ(reports.last_text(), "Unknown pixel format");
+    }
+    const World deep(QX_World::New(1, 1, 32, 0));
+    record.world = deep.get();  // an object knows better than the flags
+    EXPECT_EQ(QXp_WorldDepth(&record), 32);
+}
+
+TEST(Depth, OfAGpuWorldIsThatOfItsFrame) {
+    Reports reports;
+    const struct {
+        tesselmediatypes::PixelFormat format;
+        int depth;
+        const char* report;
+    } cases[] = {{GK::kPixelFormat_GPU_BGRA_4444_16f, 16, ""},
+                 {GK::kPixelFormat_GPU_BGRA_4444_32f, 32, ""},
+                 {tesselmediatypes::kPixelFormat_ARGB_4444_8u, 8, ""},
+                 {tesselmediatypes::kPixelFormat_ARGB_4444_15u, 16, ""},
+                 {tesselmediatypes::kPixelFormat_ARGB_4444_32f, 32, ""},
+                 {tesselmediatypes::FourChannelFormat("zzzz", 5), 8, "Unsupported QX_PixelFormat"}};
+    const World narrow(QX_World::New(1, 1, 8, 0));
+    for (const auto& c : cases) {
+        reports.clear();
+        QX_LayerDef record{};
+        record.platform_ref = standalone::NewFakeFrame(c.format);
+        record.world = narrow.get();  // is not asked
+        EXPECT_TRUE(vn::qx::VideoFrameFactory::IsEffectWorldGPUBased(&record));
+        int depth = 0;
+        EXPECT_EQ(QX_GetEffectWorldDepth(&record, &depth), 0);
+        EXPECT_EQ(depth, c.depth);
+        EXPECT_EQ(reports.last_text(), c.report);
+        record.data = &depth;  // with pixels it is no GPU world
+        EXPECT_FALSE(vn::qx::VideoFrameFactory::IsEffectWorldGPUBased(&record));
+        EXPECT_EQ(QXp_WorldDepth(&record), 8);
+        FK::DisposeVPixFromVideoFrame(record.platform_ref);
+        record.data = nullptr;
+        EXPECT_EQ(QXp_WorldDepth(&record), 8);
+        EXPECT_EQ(reports.last_text(), "Unknown pixel format");  // no frame is behind it now
+    }
+    EXPECT_FALSE(vn::qx::VideoFrameFactory::IsEffectWorldGPUBased(nullptr));
+}
+
+TEST(Depth, IsWrittenIntoTheHighByteAndBit0) {
+    Reports reports;
+    const struct {
+        std::uint32_t before;
+        int depth;
+        std::uint32_t after;
+        int code;
+    } cases[] = {{0, 8, 0, 0},
+                 {0, 16, 0x01000001, 0},
+                 {0, 32, 0x02000000, 0},
+                 {0xFFABCDE0, 16, 0x01ABCDE1, 0},
+                 {0x01ABCDE1, 32, 0x02ABCDE1, 0},
+                 {0x12345678, 24, 0x12345678, 3}};
+    for (const auto& c : cases) {
+        QX_LayerDef record{};
+        record.world_flags = c.before;
+        EXPECT_EQ(QXp_SetWorldDepth(&record, c.depth), c.code);
+        EXPECT_EQ(record.world_flags, c.after) << c.depth;
+    }
+    EXPECT_EQ(reports.last_text(), "Unknown pixel format");
+}
+
+TEST(PixelFormats, CodesAndDepths) {
+    Reports reports;
+    const struct {
+        int depth;
+        bool gpu;
+        const char* bytes;
+        const char* report;
+    } cases[] = {{8, false, "argb", ""},
+                 {16, false, "vn16", ""},
+                 {32, false, "vn32", ""},
+                 {16, true, "@CDa", ""},
+                 {32, true, "@CDA", ""},
+                 {8, true, "badf", "Unsupported gpu pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
+                 {24, false, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
+                 {0, true, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"}};
+    for (const auto& c : cases) {
+        reports.clear();
+        std::uint32_t code = 0;
+        const int result = *c.report == '\0' ? 0 : 3;
+        EXPECT_EQ(QXp_EffectWorldDepthToPixelFormat(c.depth, c.gpu, &code), result);
+        EXPECT_EQ(std::memcmp(&code, c.bytes, 4), 0) << c.bytes;
+        EXPECT_EQ(reports.last_text(), c.report);
+        int depth = 7;
+        EXPECT_EQ(QXp_PixelFormatToEffectWorldDepth(code, &depth), result);
+        EXPECT_EQ(depth, result == 0 ? c.depth : 7);
+        EXPECT_EQ(reports.last_text(), result == 0 ? "" : "Unsupported QX_PixelFormat");
+    }
+}
+
+/// A world of a depth that no class has.
+struct OddWorld : QX_WorldX<QX_Pixel8> {
+    using QX_WorldX::QX_WorldX;
+    std::int16_t Depth() const override { return 24; }
+};
+
+TEST(Depth, OfNoClassIsRefusedInTheRoutinesOwnWords) {
+    Reports reports;
+    std::uint32_t pixels[4] = {1, 2, 3, 4};
+    OddWorld odd(pixels, 2, 2, 8);
+    const World plain(QX_World::New(2, 2, 8, 1));
+    const M_LRect rect{0, 0, 1, 1};
+    const struct {
+        std::function<int()> call;
+        int code;
+        const char* report;
+    } cases[] = {
+        {[&] { return QX_Fill(nullptr, nullptr, nullptr, &odd); }, 3, "Unknown world bitdepth in QX_Fill"},
+        {[&] { return QX_Fill16(nullptr, nullptr, nullptr, &odd); }, 3, "Unknown world bitdepth in QX_Fill16"},
+        {[&] { return QX_FillFloat(nullptr, nullptr, nullptr, &odd); }, 3, "Unknown world bitdepth in QX_FillFloat"},
+        {[&] { return QX_ClearAlphaExceptRect(nullptr, &rect, &odd); }, 3, "Unknown world bitdepth in##CONDITIONNAME"},
+        {[&] { return code_of([&] { odd.Swizzle(); }); }, 3, "Unexpected bitdepth in QX_IteratePixels()"},
+        {[&] { return code_of([&] { World(QX_World::NewReference(&odd)); }); }, 3,
+         "Unexpected bitdepth in QX_World::NewReference(QX_EffectWorld)"},
+        {[&] { return code_of([&] { plain->CopyRect(&odd, rect, 0, 0); }); }, 3,
+         "Src and dest bitdepths are different in QX_World::CopyRect"},
+        {[&] { return code_of([&] { plain->CopyRectPossiblyDifferentBitdepth(&odd, rect, true, 0, 0, nullptr); }); }, 0,
+         "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepths"},
+        {[&] { return code_of([&] { plain->CopyRectPossiblyDifferentBitdepthWithField(&odd, rect, 1); }); }, 0,
+         "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepthsWithField"},
+        {[&] { return code_of([&] {
+                   plain->ShrinkToSubRect({0, 0, 3, 1});
+               }); }, 3, "bad sub rect in ShrinkToSubRect"}};
+    for (const auto& c : cases) {
+        reports.clear();
+        EXPECT_EQ(c.call(), c.code) << c.report;
+        ASSERT_EQ(reports.all().size(), 1u) << c.report;
+        EXPECT_EQ(reports.last_text(), c.report);
+    }
+    for (std::uint32_t i = 0; i < 4; ++i) EXPECT_EQ(pixels[i], i + 1);
+    EXPECT_EQ(*static_cast<std::uint32_t*>(plain->data), 0u);
+    EXPECT_EQ(code_of([&] { World(QX_World::NewReference(pixels, 2, 2, 24, 8)); }), 3);
+}
+
+TEST(Texts, EveryNumber) {
+    const char* const texts[] = {"invalid callback selector",
+                                 "invalid parameter",
+                                 "effects modules should only dispose worlds they have allocated",
+                                 "image plane buffer",
+                                 "bad parameter passed to effect callback",
+                                 "problem opening plug-in acceleration module.",
+                                 "unimplemented blending mode.",
+                                 "noise table.",
+                                 "Unable to guess alpha channel.",
+                                 "Obsolete routine",
+                                 "memory for blurring",
+                                 "memory for mask buffer",
+                                 "damaged mask buffer",
+                                 "can#{rsquo}t unlock QX Mask Buffer",
+                                 "gaussian weight array",
+                                 "blending scratch buffer",
+                                 "can#{rsquo}t copy different channel worlds",
+                                 "out of memory for channel chunk",
+                                 "image buffer",
+                                 "effect plug-in passed invalid world to get_platform_refs"};
+    ASSERT_EQ(QX_G_zref.count, 20);
+    for (int i = 0; i < 20; ++i) {
+        char key[32];
+        std::snprintf(key, sizeof key, "$$$/VN/QX/LStr/%04d=", i);
+        EXPECT_EQ(QX_G_zref.keys[i], std::string(key) + texts[i]);
+        EXPECT_STREQ(TK_ZLookupLStrCache(QX_G_zref, i), texts[i]);
+    }
+    EXPECT_EQ(TK_ZLookupLStrCache(QX_G_zref, 20), nullptr);
+}
+
+}  // namespace

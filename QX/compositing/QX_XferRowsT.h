@@ -8,7 +8,6 @@
 #include "QX/compositing/QX_Levels.h"
 #include "QX/compositing/QX_PixelAccess.h"
 #include "QX/indep/QX_Errors.h"
-#include "QX/indep/QX_Rand.h"
 
 namespace qx::QX_ISA {
 

@@ -2,6 +2,7 @@
 #include "tools/qx/Font.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "tools/qx/io/Picture.h"
 
@@ -21,7 +22,7 @@ constexpr Glyph kGlyphs[] = {
     {'d', {"....#", "....#", ".####", "#...#", "#...#", "#...#", ".####"}},
     {'e', {".....", ".....", ".###.", "#...#", "#####", "#....", ".###."}},
     {'f', {"..##.", ".#..#", ".#...", "###..", ".#...", ".#...", ".#..."}},
-    {'g', {".....", ".####", "#...#", "#...#", ".####", "....#", ".###."}},
+    {'g', {".....", ".....", ".####", "#...#", ".####", "....#", ".###."}},
     {'h', {"#....", "#....", "####.", "#...#", "#...#", "#...#", "#...#"}},
     {'i', {"..#..", ".....", ".##..", "..#..", "..#..", "..#..", ".###."}},
     {'j', {"...#.", ".....", "..##.", "...#.", "...#.", "#..#.", ".##.."}},
@@ -72,13 +73,16 @@ void draw_glyph(QX_World& world, int x, int y, int scale, const QX_Pixel8& colou
     }
 }
 
+/// Letters that hang below the line are drawn in the upper rows and moved down by the two that they leave empty.
+int drop_of(char character) { return std::string_view("gpqy").find(character) != std::string_view::npos ? 2 : 0; }
+
 }  // namespace
 
 void draw_text(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const std::string& text) {
     for (const char character : text) {
         const auto* glyph = std::find_if(std::begin(kGlyphs), std::end(kGlyphs),
                                          [=](const Glyph& g) { return g.character == character; });
-        if (glyph != std::end(kGlyphs)) draw_glyph(world, x, y, scale, colour, *glyph);
+        if (glyph != std::end(kGlyphs)) draw_glyph(world, x, y + drop_of(character) * scale, scale, colour, *glyph);
         x += kGlyphStep * scale;
     }
 }

@@ -14,8 +14,8 @@ namespace qx {
 inline std::byte* pixel_address(const QX_LayerDef& world, std::int32_t x, std::int32_t y, std::size_t pixel_bytes) {
     const std::ptrdiff_t distance =
         std::ptrdiff_t{y} * world.rowbytes + std::ptrdiff_t{x} * static_cast<std::ptrdiff_t>(pixel_bytes);
-    return reinterpret_cast<std::byte*>(reinterpret_cast<std::uintptr_t>(world.data) +
-                                        static_cast<std::uintptr_t>(distance));
+    const auto address = reinterpret_cast<std::uintptr_t>(world.data) + static_cast<std::uintptr_t>(distance);
+    return reinterpret_cast<std::byte*>(address);  // NOLINT(performance-no-int-to-ptr): see above
 }
 
 constexpr M_LRect whole_of(const QX_LayerDef& world) { return {0, 0, world.width, world.height}; }

@@ -34,7 +34,7 @@ int QX_NewEffectWorld(int width, int height, int depth, char reserved, char clea
         const int flags = (clear != 0 ? 1 : 0) | (depth == 16 ? 2 : 0);
         std::unique_ptr<QX_World> world(QX_World::New(width, height, static_cast<short>(depth), flags));
         world->FillOutEffectWorld(out);
-        world.release();  // the record owns it now
+        static_cast<void>(world.release());  // the record owns it now
         out->ownership_mark = kQX_OwnedMark;
     });
 }

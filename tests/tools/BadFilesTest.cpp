@@ -2,6 +2,12 @@
 // Files that cannot be read or written: a clear fault that names them, and nothing left behind.
 #include <gtest/gtest.h>
 #include <png.h>
+#include <sys/stat.h>
+#include <tiffio.h>
+
+#include <cstdio>  // before the next header, which needs it
+
+#include <jpeglib.h>
 
 #include <filesystem>
 
@@ -85,6 +91,60 @@ TEST(BadInput, DamagedBytesNeverDoWorseThanAFault) {
             static_cast<void>(fault_of(folder / name));
         }
     }
+}
+
+/// What a TIFF says of its tiles is judged before there is memory for one.
+TEST(BadInput, FalseTilesAreRefused) {
+    const Folder folder;
+    TIFF* tiff = TIFFOpen((folder / "a.tif").c_str(), "w");
+    for (const auto& [tag, value] :
+         std::initializer_list<std::pair<std::uint32_t, int>>{{TIFFTAG_IMAGEWIDTH, 40},
+                                                              {TIFFTAG_IMAGELENGTH, 20},
+                                                              {TIFFTAG_BITSPERSAMPLE, 8},
+                                                              {TIFFTAG_SAMPLESPERPIXEL, 1},
+                                                              {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK},
+                                                              {TIFFTAG_TILEWIDTH, 32768},
+                                                              {TIFFTAG_TILELENGTH, 32768}}) {
+        TIFFSetField(tiff, tag, value);
+    }
+    std::uint8_t few[100] = {};
+    TIFFWriteRawTile(tiff, 0, few, sizeof few);
+    TIFFClose(tiff);
+    EXPECT_NE(fault_of(folder / "a.tif").find("far larger than the picture"), std::string::npos)
+        << fault_of(folder / "a.tif");
+}
+
+TEST(BadInput, JpegOfCountlessScansIsRefused) {
+    const Folder folder;
+    jpeg_compress_struct jpeg{};
+    jpeg_error_mgr errors{};
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    std::FILE* file = std::fopen((folder / "a.jpg").c_str(), "wb");
+    jpeg_stdio_dest(&jpeg, file);
+    jpeg.image_width = jpeg.image_height = 16;
+    jpeg.input_components = 1;
+    jpeg.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&jpeg);
+    jpeg_simple_progression(&jpeg);
+    jpeg_start_compress(&jpeg, TRUE);
+    JSAMPLE grey[16] = {1, 200, 3};
+    for (JSAMPROW row = grey; jpeg.next_scanline < 16;) jpeg_write_scanlines(&jpeg, &row, 1);
+    jpeg_finish_compress(&jpeg);
+    jpeg_destroy_compress(&jpeg);
+    std::fclose(file);
+    EXPECT_EQ(fault_of(folder / "a.jpg"), "");
+    std::string bytes = contents(folder / "a.jpg");
+    const std::string last = bytes.substr(bytes.rfind("\xFF\xDA"), bytes.size() - 2 - bytes.rfind("\xFF\xDA"));
+    for (int i = 0; i < 200; ++i) bytes.insert(bytes.size() - 2, last);
+    put_contents(folder / "a.jpg", bytes);
+    EXPECT_NE(fault_of(folder / "a.jpg").find("more than 100 scans"), std::string::npos) << fault_of(folder / "a.jpg");
+}
+
+TEST(BadInput, PipesAreRefusedAtOnce) {
+    const Folder folder;
+    ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);
+    EXPECT_EQ(fault_of(folder / "pipe.png"), (folder / "pipe.png") + ": is not a regular file");
 }
 
 TEST(BadInput, TooLargePicturesAreRefusedBySize) {

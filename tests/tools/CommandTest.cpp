@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "platform/standalone/Standalone.h"
@@ -71,7 +72,14 @@ const Case kFaults[] = {
     {"comp -o OUT", 2, "files"},
     {"comp A -o OUT", 2, "at least one layer"},
     {"comp A B", 2, "--output"},
-    {"comp A B --wrong -o OUT", 2, "--wrong"},
+    {"comp A B --wrong -o OUT", 2, "--wrong (see"},
+    {"comp A B --opacty 1 -o OUT", 2, "--opacty; the nearest is --opacity"},
+    {"come A B -o OUT", 2, "come: no such subcommand; the nearest is comp"},
+    {"comp A B --mask= -o OUT", 2, "--mask=: its value is empty"},
+    {"comp A B --threads '' -o OUT", 2, "--threads: its value is empty"},
+    {"comp A '' -o OUT", 2, "an argument is empty"},
+    {"comp A B --rgb-only=abc -o OUT", 2, "--rgb-only abc: not one of false, true"},
+    {"comp A /dev/null -o OUT", 1, "/dev/null: is not a regular file"},
     {"comp A B --mode scren -o OUT", 2, "--mode scren: no such mode; the nearest is screen"},
     {"comp A B --mode -1 -o OUT", 2, "--mode -1"},
     {"comp A B --opacity abc -o OUT", 2, "--opacity abc"},
@@ -198,6 +206,19 @@ TEST(Command, OptionsBelongToTheLayerBeforeThem) {
     EXPECT_EQ(result(x + " --opacity 0 " + y + " --opacity 1 --at 1,0"), (List{9, 200, 9}));
 }
 
+TEST(Command, NamesOfFilesAreTakenAsTheyAre) {
+    const Folder folder;
+    write_gradient(folder / "a.png", 8, 8, 255);
+    const std::string longest = std::string(251, 'n') + ".png";
+    for (const std::string name : {"[x,y]", "modes", longest.c_str()}) {
+        std::filesystem::copy_file(folder / "a.png", folder / name, std::filesystem::copy_options::overwrite_existing);
+        const auto outcome =
+            run_qx("comp a.png '" + name + "' --at 1,1 a.png -o " + longest, "cd " + (folder / "") + ";");
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        std::filesystem::remove(folder / name);
+    }
+}
+
 TEST(Command, DissolveAtDepth32SaysThatItDoesNothing) {
     const Folder folder;
     write_gradient(folder / "a.png", 8, 8, 255);
@@ -225,19 +246,21 @@ TEST(CommandDeathTest, InterruptLeavesNoFile) {
     write_gradient(folder / "a.png", 64, 64, 255);
     qx::test::put_contents(folder / "o.png", "old");
     const std::string a = folder / "a.png", out = folder / "o.png";
-    const auto interrupted_run = [&] {
-        standalone::SetExecutor([](const boost::function<void(int)>& task, int count) {
+    const auto interrupted_run = [&](int signal) {
+        standalone::SetExecutor([signal](const boost::function<void(int)>& task, int count) {
             for (int i = 0; i < count; ++i) {
-                if (i == 2) std::raise(SIGINT);
+                if (i == 2) std::raise(signal);
                 task(i);
             }
         });
         const char* const arguments[] = {"qx", "comp", a.c_str(), a.c_str(), "-o", out.c_str()};
         std::exit(run_command(6, arguments));
     };
-    EXPECT_EXIT(interrupted_run(), testing::ExitedWithCode(130), "^qx: interrupted\n$");
-    EXPECT_EQ(qx::test::contents(out), "old");
-    EXPECT_EQ(folder.names().size(), 2u);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        EXPECT_EXIT(interrupted_run(signal), testing::ExitedWithCode(130), "^qx: interrupted\n$");
+        EXPECT_EQ(qx::test::contents(out), "old");
+        EXPECT_EQ(folder.names().size(), 2u);
+    }
 }
 
 }  // namespace

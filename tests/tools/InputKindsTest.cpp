@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Files as other programs write them, made here through the libraries.
-#include <ImfChannelList.h>
-#include <ImfFrameBuffer.h>
-#include <ImfHeader.h>
-#include <ImfOutputFile.h>
 #include <gtest/gtest.h>
 #include <png.h>
 #include <tiffio.h>
@@ -99,6 +95,29 @@ TEST(JpegKinds, GreyIsReadAndCmykRefused) {
     } catch (const Failure& failure) {
         EXPECT_NE(std::string(failure.what()).find("CMYK"), std::string::npos);
     }
+}
+
+TEST(JpegKinds, OrientationAndDamageAreTold) {
+    const Folder folder;
+    write_jpeg(folder / "a.jpg", 3, JCS_RGB, std::vector<std::uint8_t>(48, 90));
+    const std::string whole = qx::test::contents(folder / "a.jpg");
+    const auto notes = [&](const std::string& behind_start) {
+        qx::test::put_contents(folder / "b.jpg", whole.substr(0, 2) + behind_start + whole.substr(2));
+        return read_picture(folder / "b.jpg").notes;
+    };
+    const auto exif = [&](const std::string& tiff) {
+        const std::string block = std::string("Exif\0\0", 6) + tiff;
+        return std::string("\xFF\xE1\0", 3) + static_cast<char>(block.size() + 2) + block;
+    };
+    // One entry: tag 0x0112, type 3, count 1, the value.
+    const std::string big("MM\0\x2A\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0", 22);
+    const std::string little("II\x2A\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x01\0\0\0", 22);
+    const std::vector<std::string> none;
+    EXPECT_EQ(notes(""), none);
+    EXPECT_EQ(notes(exif(little)), none) << "1 is as stored";
+    EXPECT_EQ(notes(exif(big)), std::vector<std::string>{"is taken as stored, its orientation is not applied"});
+    for (std::size_t cut = 0; cut < big.size() - 4; ++cut) EXPECT_EQ(notes(exif(big.substr(0, cut))), none) << cut;
+    EXPECT_EQ(notes(std::string("\xFF\xC4\0\x02", 4) + "garbage").size(), 1u);
 }
 
 /// A TIFF of 40 x 20 pixels whose sample s at (x, y) is value(x, y, s).
@@ -206,44 +225,6 @@ TEST(TiffKinds, AssociatedAlphaBecomesStraightAtTheFilesPrecision) {
     kind.bits = 16;
     write_tiff<half>(folder / "h.tif", kind, [](int, int, int s) { return half(s == 3 ? 0.25f : 0.125f * float(s)); });
     EXPECT_EQ(channels(*read_picture(folder / "h.tif").world, 0, 0), (List{0.25, 0, 0.5, 1}));
-}
-
-/// Half channels over a data window inside a larger display window.
-void write_exr(const std::string& path, const std::vector<std::string>& names) {
-    Imf::Header header(Imath::Box2i({10, 10}, {19, 14}), Imath::Box2i({12, 8}, {21, 12}));
-    std::vector<half> samples(10 * 5);
-    Imf::FrameBuffer buffer;
-    std::vector<std::vector<half>> planes;
-    planes.reserve(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        header.channels().insert(names[i], Imf::Channel(Imf::HALF));
-        planes.emplace_back(50, half(names[i] == "A" ? 0.5f : 0.125f * float(i + 1)));
-        auto* base = reinterpret_cast<char*>(planes.back().data() - (12 + 8 * 10));
-        buffer.insert(names[i], Imf::Slice(Imf::HALF, base, sizeof(half), 10 * sizeof(half)));
-    }
-    Imf::OutputFile exr(path.c_str(), header);
-    exr.setFrameBuffer(buffer);
-    exr.writePixels(5);
-}
-
-TEST(ExrKinds, DataWindowLiesInTheDisplayWindow) {
-    const Folder folder;
-    write_exr(folder / "a.exr", {"R", "G", "B", "A"});
-    const auto picture = read_picture(folder / "a.exr");
-    EXPECT_TRUE(picture.has_alpha);
-    EXPECT_TRUE(picture.linear);
-    ASSERT_EQ(picture.world->width, 10);
-    ASSERT_EQ(picture.world->height, 5);
-    for (int y = 0; y < 5; ++y) {
-        for (int x = 0; x < 10; ++x) {
-            const bool inside = x >= 2 && y <= 2;  // columns 12 to 19 of 10 to 19, rows 10 to 12 of 10 to 14
-            ASSERT_EQ(channels(*picture.world, x, y), inside ? (List{0.5, 0.25, 0.5, 0.75}) : (List{0, 0, 0, 0}));
-        }
-    }
-    write_exr(folder / "y.exr", {"Y"});
-    EXPECT_EQ(channels(*read_picture(folder / "y.exr").world, 5, 0), (List{1, 0.125, 0.125, 0.125}));
-    write_exr(folder / "z.exr", {"Z"});
-    EXPECT_THROW(read_picture(folder / "z.exr"), Failure);
 }
 
 }  // namespace

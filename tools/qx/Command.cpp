@@ -1,26 +1,76 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <CLI/CLI.hpp>
-#include <cstdio>
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
 
 #include "tools/qx/Commands.h"
 #include "tools/qx/Messages.h"
+#include "tools/qx/Words.h"
 #include "tools/qx/io/Interrupt.h"
 #include "tools/qx/io/Picture.h"
 
 namespace qx::tool {
 namespace {
 
-int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
-    const std::string first = argc > 1 ? argv[1] : "-";
-    const auto known = app.get_subcommands([&](const CLI::App* command) { return command->get_name() == first; });
-    if (first[0] != '-' && known.empty()) {
-        throw WrongUsage(first + ": no such subcommand (see qx --help)");
+/// An empty value is never meant, it comes from a variable that is not set; the parser would take it for none.
+void refuse_empty(const std::vector<std::string>& words) {
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        if (word.empty() && i > 0 && words[i - 1][0] == '-') throw WrongUsage(words[i - 1] + ": its value is empty");
+        if (word.empty()) throw WrongUsage("an argument is empty");
+        if (word[0] == '-' && word.back() == '=') throw WrongUsage(word + ": its value is empty");
     }
+}
+
+void check_subcommand(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands(nullptr)) names.push_back(command->get_name());
+    if (word[0] == '-' || std::find(names.begin(), names.end(), word) != names.end()) return;
+    throw WrongUsage(word + ": no such subcommand; the nearest is " + nearest_word(word, names));
+}
+
+/// "; the nearest is --name" for the first long option that the subcommand does not know, if one is near.
+std::string nearest_option(const CLI::App& app, const std::vector<std::string>& words) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands()) {
+        for (const CLI::Option* option : command->get_options()) {
+            for (const auto& name : option->get_lnames()) names.push_back("--" + name);
+        }
+    }
+    for (const auto& word : words) {
+        const std::string option = word.substr(0, word.find('='));
+        if (names.empty() || option.rfind("--", 0) != 0) continue;
+        const std::string nearest = nearest_word(option, names);
+        if (nearest == option) continue;
+        return edit_distance(nearest, option) <= option.size() / 3 ? "; the nearest is " + nearest : "";
+    }
+    return "";
+}
+
+/// A name in square brackets stays the name of a file; the parser would take it for a list.
+void keep_brackets(std::vector<std::string>& words) {
+    for (std::string& word : words) {
+        std::error_code ignored;
+        const bool list = word.front() == '[' && word.back() == ']';
+        if (list && std::filesystem::exists(word, ignored)) word.insert(0, "./");
+    }
+}
+
+int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    refuse_empty(words);
+    keep_brackets(words);
+    if (!words.empty()) check_subcommand(app, words.front());
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& success) {  // --help, --version
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // it takes them from the end
+    } catch (const CLI::Success& success) {                                 // --help, --version
         app.exit(success);
-        return std::fflush(stdout) == 0 ? kDone : kWorkFailed;
+        std::cout.flush();
+        if (!std::cout) throw WorkFailed(kNoStandardOutput);
+        return kDone;
+    } catch (const CLI::ExtrasError& error) {
+        throw WrongUsage(error.what() + nearest_option(app, words) + " (see qx --help)");
     } catch (const CLI::ParseError& error) {
         throw WrongUsage(std::string(error.what()) + " (see qx --help)");
     }
@@ -35,6 +85,7 @@ int run_command(int argc, const char* const* argv) {
         CLI::App app("Composites pictures, exact to the bit.", "qx");
         app.set_version_flag("--version", "qx " QX_VERSION);
         app.require_subcommand(1);
+        app.footer("Example:\n  qx comp photo.jpg logo.png --mode screen -o out.png");
         add_comp(app);
         add_modes(app);
         add_info(app);

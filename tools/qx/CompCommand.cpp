@@ -12,6 +12,7 @@
 #include "tools/qx/Messages.h"
 #include "tools/qx/Progress.h"
 #include "tools/qx/io/Interrupt.h"
+#include "tools/qx/io/Light.h"
 #include "tools/qx/io/Picture.h"
 
 namespace qx::tool {
@@ -74,6 +75,16 @@ void note_mixed_light(const CompOptions& options, const Pictures& pictures) {
     if (mixed) say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
 }
 
+/// What the layers and the result lose on the way.
+void note_losses(const CompOptions& options, const Pictures& pictures) {
+    for (std::size_t i = 0; i < pictures.layers.size(); ++i) {
+        if (!pictures.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + io::kLightIsLost);
+    }
+    for (const auto& note : io::left_out(options.output, pictures.background)) {
+        say_note(options.background + ": " + note);
+    }
+}
+
 Transfer transfer_of(const LayerOptions& options, const Pictures::Layer& layer, const QX_LinearBlendingTables* tables) {
     Transfer transfer;
     transfer.layer = layer.picture.world.get();
@@ -122,6 +133,7 @@ void run(const CompOptions& options) {
             composite_layer(options.layers[i], pictures.layers[i], background, progress);
         }
     }
+    note_losses(options, pictures);
     {
         const FileProgress progress("writing");
         io::write_picture(options.output, pictures.background, depth, {options.half});

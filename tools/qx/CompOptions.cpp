@@ -53,7 +53,10 @@ const LayerOption kLayerOptions[] = {
      }},
     {"--linear", "GAMMA", "blend in linear light, with this exponent of the stored values",
      [](L& l, S option, S text) { l.gamma = real_number(option, text, kLeastGamma, kMostGamma); }},
-    {"--rgb-only", nullptr, "keep the background's alpha", [](L& l, S, S text) { l.rgb_only = text == "true"; }},
+    {"--rgb-only", nullptr, "keep the background's alpha",
+     [](L& l, S option, S text) {
+         l.rgb_only = choice(option, text, {"false", "true"}) == 1;
+     }},
     {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
      [](L& l, S option, S text) { l.seed = whole_number(option, text, INT_MIN, INT_MAX); }},
     {"--field", "FIELD", "rows of the background that change: all, even or odd (default: all)",
@@ -95,9 +98,12 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
                 ->group("Options of a layer");
         }
     }
-    command.add_option("--depth", common_.depth_text, "bits to work with: 8, 16 or 32 (default: the inputs' deepest)");
-    command.add_flag("--half", common_.half, "OpenEXR with half floats");
-    command.add_option("-o,--output", common_.output, "file to write: png, jpg, tif or exr")->required();
+    command.add_option("--depth", common_.depth_text, "bits to work with (default: the inputs' deepest)")
+        ->type_name("8|16|32");
+    command.add_flag("--half", common_.half, "OpenEXR with half floats")->disable_flag_override();
+    command.add_option("-o,--output", common_.output, "file to write: png, jpg, tif or exr")
+        ->required()
+        ->type_name("FILE");
     add_common_options(command, common_.common);
     command.footer(kFooter);
 }

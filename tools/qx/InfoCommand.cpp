@@ -42,7 +42,7 @@ void run(const InfoOptions& options) {
                     QX_VERSION, processor_level(), slots, kQX_SlotCount, standalone::PoolThreads(),
                     standalone::BandCount());
     }
-    if (std::fflush(stdout) != 0) throw WorkFailed("standard output cannot be written");
+    if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
 }
 
 }  // namespace

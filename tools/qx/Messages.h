@@ -17,6 +17,8 @@ struct WorkFailed : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+inline constexpr const char* kNoStandardOutput = "standard output cannot be written";
+
 enum class Talk { quiet, normal, verbose };
 void set_talk(Talk talk);
 Talk talk();

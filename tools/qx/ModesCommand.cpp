@@ -130,7 +130,9 @@ void add_modes(CLI::App& app) {
     command->add_option("B", options->layer, "layer, at full opacity; without alpha of its own it gets soft edges")
         ->required()
         ->type_name("FILE");
-    command->add_option("-o,--output", options->output, "file to write: png, jpg, tif or exr")->required();
+    command->add_option("-o,--output", options->output, "file to write: png, jpg, tif or exr")
+        ->required()
+        ->type_name("FILE");
     add_common_options(*command, options->common);
     command->footer(
         "Transparency of a result shows as checkers. Mode -2 gets a horizontal ramp as its mask.\n\n"

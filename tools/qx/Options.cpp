@@ -43,9 +43,12 @@ void apply(const char* flag, const std::string& value, const char* variable, int
 }  // namespace
 
 void add_common_options(CLI::App& command, CommonOptions& options) {
-    command.add_option("-j,--threads", options.threads, "threads to work with (QX_THREADS; default: all cores)");
-    command.add_option("--bands", options.bands,
-                       "bands that work is cut into, 1 to 32 (QX_BANDS; default: 32 on every machine)");
+    command.add_option("-j,--threads", options.threads, "threads to work with (QX_THREADS; default: all cores)")
+        ->type_name("N");
+    command
+        .add_option("--bands", options.bands,
+                    "bands that work is cut into, 1 to 32 (QX_BANDS; default: 32 on every machine)")
+        ->type_name("N");
     auto* quiet = command.add_flag("-q,--quiet", options.quiet, "no notes, no progress");
     command.add_flag("-v,--verbose", options.verbose, "say what is done")->excludes(quiet);
 }

@@ -7,6 +7,7 @@
 #include <ImfHeader.h>
 #include <ImfIO.h>
 #include <ImfInputFile.h>
+#include <ImfMultiPartInputFile.h>
 #include <ImfOutputFile.h>
 #include <ImfStandardAttributes.h>
 #include <ImfTestFile.h>
@@ -16,10 +17,13 @@
 
 #include "tools/qx/io/Format.h"
 #include "tools/qx/io/Interrupt.h"
+#include "tools/qx/io/Light.h"
 #include "tools/qx/io/Scale.h"
 
 namespace qx::io {
 namespace {
+
+constexpr int kMostRead = 1 << 16;  // a side of a file's windows: more than a picture has, for what lies outside it
 
 /// A slice whose rows all lie in one buffer: the picture passes through it line by line.
 template <class Channel>
@@ -49,7 +53,6 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world) {
     const auto& display = exr.header().displayWindow();
     const auto& window = exr.header().dataWindow();
     const std::int64_t columns = std::int64_t{window.max.x} - window.min.x + 1;
-    if (columns < 1 || columns > (1 << 24)) throw Failure(path, "damaged OpenEXR: its data window has no sense");
     std::vector<QX_PixelFloat> line(static_cast<std::size_t>(columns));
     Imf::FrameBuffer buffer;
     bool grey = false;
@@ -69,7 +72,21 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world) {
     }
 }
 
+void read_extras(const Imf::Header& header, Picture& picture) {
+    const double ratio = header.pixelAspectRatio();
+    if (Imf::hasXDensity(header)) {
+        const double x = Imf::xDensity(header);
+        picture.resolution = {x, x * ratio, Resolution::Unit::inch};
+    } else if (ratio != 1) {
+        picture.resolution = {1, ratio, Resolution::Unit::none};
+    }
+    if (!Imf::hasChromaticities(header)) return;
+    const Imf::Chromaticities& c = Imf::chromaticities(header);
+    picture.primaries = {c.red.x, c.red.y, c.green.x, c.green.y, c.blue.x, c.blue.y, c.white.x, c.white.y};
+}
+
 Picture read_exr(const std::string& path) {
+    Imf::Header::setMaxImageSize(kMostRead, kMostRead);  // else a header alone could claim gigabytes of tables
     Imf::InputFile exr(path.c_str());
     const Imf::Header& header = exr.header();
     const auto& display = header.displayWindow();
@@ -78,10 +95,9 @@ Picture read_exr(const std::string& path) {
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
                               std::int64_t{display.max.y} - display.min.y + 1, 32);
     read_rows(exr, path, *picture.world);
-    if (Imf::hasXDensity(header)) {
-        const double x = Imf::xDensity(header);
-        picture.resolution = {x, x * header.pixelAspectRatio(), Resolution::Unit::inch};
-    }
+    mark_light(picture);
+    read_extras(header, picture);
+    if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
     return picture;
 }
 
@@ -116,16 +132,26 @@ Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool with_al
     header.compression() = Imf::ZIP_COMPRESSION;
     for (const char* name : {"R", "G", "B"}) header.channels().insert(name, Imf::Channel(type));
     if (with_alpha) header.channels().insert("A", Imf::Channel(type));
-    const Resolution r = picture.resolution.in(Resolution::Unit::inch);
-    if (r.unit == Resolution::Unit::inch && r.x > 0 && r.y > 0) {
-        Imf::addXDensity(header, static_cast<float>(r.x));
-        header.pixelAspectRatio() = static_cast<float>(r.y / r.x);
+    const Resolution& own = picture.resolution;
+    const Resolution inches = own.in(Resolution::Unit::inch);
+    if (inches.x > 0) Imf::addXDensity(header, static_cast<float>(inches.x));
+    if (own.x > 0) header.pixelAspectRatio() = static_cast<float>(std::clamp(own.y / own.x, 1e-5, 1e5));
+    if (const auto& p = picture.primaries) {
+        const auto point = [&](std::size_t i) { return Imath::V2f((*p)[2 * i], (*p)[2 * i + 1]); };
+        Imf::addChromaticities(header, {point(0), point(1), point(2), point(3)});
     }
     return header;
 }
 
+/// Under an alpha of 0 only light has a colour, and what is infinite must not become not-a-number.
+QX_PixelFloat associated(const QX_PixelFloat& p, bool light) {
+    if (p.alpha == 0) return light ? p : QX_PixelFloat{};
+    return {p.alpha, p.red * p.alpha, p.green * p.alpha, p.blue * p.alpha};
+}
+
 template <class Channel>
-void write_rows(Imf::OutputFile& exr, const QX_World& world, Imf::PixelType type, bool with_alpha) {
+void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType type, bool with_alpha) {
+    const QX_World& world = *picture.world;
     std::vector<Channel> line(static_cast<std::size_t>(world.width) * 4);
     Imf::FrameBuffer buffer;
     const char* const names[] = {"R", "G", "B", "A"};
@@ -136,10 +162,10 @@ void write_rows(Imf::OutputFile& exr, const QX_World& world, Imf::PixelType type
     for (int y = 0; y < world.height; ++y) {
         must_next_row(y, world.height);
         const auto* row = row_of<QX_PixelFloat>(world, y);
-        for (std::size_t x = 0; x < static_cast<std::size_t>(world.width); ++x) {
-            const QX_PixelFloat& p = row[x];
-            const float values[] = {p.red * p.alpha, p.green * p.alpha, p.blue * p.alpha, p.alpha};
-            for (std::size_t i = 0; i < 4; ++i) line[x * 4 + i] = Channel(values[i]);
+        auto* to = line.data();
+        for (int x = 0; x < world.width; ++x) {
+            const QX_PixelFloat p = associated(row[x], is_light(picture, x, y));
+            for (const float value : {p.red, p.green, p.blue, p.alpha}) *to++ = Channel(value);
         }
         exr.writePixels(1);
     }
@@ -151,9 +177,9 @@ void write(OutputFile& file, const Picture& picture, bool with_alpha, const Writ
         const auto type = options.half ? Imf::HALF : Imf::FLOAT;
         Imf::OutputFile exr(stream, header_for(picture, type, with_alpha));
         if (options.half) {
-            write_rows<half>(exr, *picture.world, type, with_alpha);
+            write_rows<half>(exr, picture, type, with_alpha);
         } else {
-            write_rows<float>(exr, *picture.world, type, with_alpha);
+            write_rows<float>(exr, picture, type, with_alpha);
         }
     } catch (const std::exception& fault) {
         file.check();

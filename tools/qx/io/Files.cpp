@@ -27,19 +27,29 @@ mode_t rights(const std::string& target) {
     return 0666 & ~mask;
 }
 
+/// Only regular files are opened: to open a pipe that nobody writes would wait for ever.
+std::FILE* open_regular(const std::string& path) {
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0) throw Failure(path, words(errno));
+    if (S_ISDIR(info.st_mode)) throw Failure(path, "is a folder");
+    if (!S_ISREG(info.st_mode)) throw Failure(path, "is not a regular file");
+    std::FILE* stream = std::fopen(path.c_str(), "rb");
+    if (stream == nullptr) throw Failure(path, words(errno));
+    return stream;
+}
+
 }  // namespace
 
-InputFile::InputFile(const std::string& path) : path_(path), stream_(std::fopen(path.c_str(), "rb")) {
-    if (stream_ == nullptr) throw Failure(path, words(errno));
-    struct stat info {};
-    const bool folder = ::fstat(::fileno(stream_), &info) == 0 && S_ISDIR(info.st_mode);
+InputFile::InputFile(const std::string& path) : path_(path), stream_(open_regular(path)) {
     char head[kHeadBytes];
-    const std::size_t length = folder ? 0 : std::fread(head, 1, sizeof head, stream_);
+    const std::size_t length = std::fread(head, 1, sizeof head, stream_);
+    const int error = errno;
+    const bool failed = std::ferror(stream_) != 0;
     head_.assign(head, length);
-    const bool rewound = !folder && std::fseek(stream_, 0, SEEK_SET) == 0;
-    if (rewound && length > 0) return;
+    std::rewind(stream_);
+    if (length > 0) return;
     std::fclose(stream_);
-    throw Failure(path, folder ? "is a folder" : length == 0 ? "is empty" : "cannot be read from its start again");
+    throw Failure(path, failed ? words(error) : "is empty");
 }
 
 InputFile::~InputFile() { std::fclose(stream_); }
@@ -55,7 +65,7 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         throw Failure(path, "is not a regular file");
     }
-    temporary_ = target_ + ".XXXXXX";
+    temporary_ = std::filesystem::path(target_).replace_filename(".qx-XXXXXX").string();  // short enough for any name
     const int descriptor = ::mkstemp(temporary_.data());
     if (descriptor < 0) {
         const int error = errno;
@@ -64,6 +74,7 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     }
     stream_ = ::fdopen(descriptor, "w+b");
     if (::fchmod(descriptor, rights(target_)) != 0 || stream_ == nullptr) note_error();
+    // A failure so early is kept like that of a write: `write_picture` asks for it before it writes.
 }
 
 OutputFile::~OutputFile() {

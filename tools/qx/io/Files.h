@@ -41,7 +41,7 @@ public:
     bool failed() const { return error_ != 0; }
     /// Throws Failure if a write has failed.
     void check() const;
-    /// Brings all to the disk and gives the file its name.
+    /// Hands all to the system and gives the file its name.
     void commit();
 
 private:

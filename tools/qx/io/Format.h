@@ -27,6 +27,8 @@ const Format& jpeg_format();
 const Format& tiff_format();
 const Format& exr_format();
 
+inline constexpr const char* kOrientationNote = "is taken as stored, its orientation is not applied";
+
 /// Keeps an embedded profile if it fits RGB pixels, else leaves a note.
 void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes);
 

@@ -14,14 +14,16 @@ RowListener* row_listener = nullptr;
 
 void note(int) { noted.store(true, std::memory_order_relaxed); }
 
+/// A signal that whoever started us has switched off stays so, as for a job in the background or under nohup.
+void listen(int signal) {
+    if (std::signal(signal, SIG_IGN) != SIG_IGN) std::signal(signal, note);
+}
+
 }  // namespace
 
 void install_signal_handlers() {
-    std::signal(SIGINT, note);
-    std::signal(SIGTERM, note);
-#ifdef SIGXFSZ
-    std::signal(SIGXFSZ, SIG_IGN);
-#endif
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) listen(signal);
+    for (const int signal : {SIGXFSZ, SIGPIPE}) std::signal(signal, SIG_IGN);
 }
 
 bool interrupted() { return noted.load(std::memory_order_relaxed); }

@@ -8,7 +8,8 @@ namespace qx::io {
 /// Thrown by work that stops because the user asked for it.
 struct Interrupted {};
 
-/// From now on SIGINT and SIGTERM are only noted, and a file that grows too large is an error of its write.
+/// From now on SIGINT, SIGTERM and SIGHUP are only noted; a file that grows too large and a pipe that nobody reads
+/// are errors of their writes.
 void install_signal_handlers();
 bool interrupted();
 /// Throws Interrupted once a signal has come.

@@ -11,6 +11,7 @@
 #include <csetjmp>
 #include <cstdlib>
 
+#include "tools/qx/io/Exif.h"
 #include "tools/qx/io/Format.h"
 #include "tools/qx/io/Interrupt.h"
 
@@ -18,12 +19,15 @@ namespace qx::io {
 namespace {
 
 constexpr int kQuality = 95;
+constexpr int kMostScans = 100;  // usual are 10; a scan for each bit of each channel makes some 40
+constexpr int kExifMarker = JPEG_APP0 + 1;
 
 struct Fault {
     jpeg_error_mgr manager;  // first, so that the library's pointer to it is one to this
     std::jmp_buf back;
     char text[JMSG_LENGTH_MAX] = "";
     bool cut_short = false;
+    char warning[JMSG_LENGTH_MAX] = "";  ///< the first one
 };
 
 Fault& fault_of(j_common_ptr jpeg) { return *reinterpret_cast<Fault*>(jpeg->err); }
@@ -35,8 +39,11 @@ void on_error(j_common_ptr jpeg) {
 }
 
 void on_message(j_common_ptr jpeg, int level) {
-    const int code = jpeg->err->msg_code;
-    if (level < 0 && (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER)) fault_of(jpeg).cut_short = true;
+    if (level >= 0) return;
+    Fault& fault = fault_of(jpeg);
+    const int code = fault.manager.msg_code;
+    if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER) fault.cut_short = true;
+    if (fault.warning[0] == '\0') fault.manager.format_message(jpeg, fault.warning);
 }
 
 jpeg_error_mgr* prepare(Fault& fault) {
@@ -50,6 +57,15 @@ template <class Calls> bool run(Fault& fault, const Calls& calls) {
     if (setjmp(fault.back) != 0) return false;
     calls();
     return true;
+}
+
+/// A file of many scans over a large picture would keep a reader busy for hours, and a signal must stop it.
+void watch_scans(j_common_ptr jpeg) {
+    const auto* reader = reinterpret_cast<j_decompress_ptr>(jpeg);
+    if (reader->input_scan_number <= kMostScans && !interrupted()) return;
+    Fault& fault = fault_of(jpeg);
+    std::snprintf(fault.text, sizeof fault.text, "it has more than %d scans", kMostScans);
+    std::longjmp(fault.back, 1);
 }
 
 class Reader {
@@ -72,30 +88,44 @@ public:
         checked([this, &picture] { read_rows(*picture.world); });
         check_interrupt();
         if (fault_.cut_short) throw Failure(file_.path(), "damaged or cut short JPEG");
+        if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);
+        read_extras(picture);
+        return picture;
+    }
+
+private:
+    void read_extras(Picture& picture) const {
         if (profile_ != nullptr) keep_profile(picture, profile_, profile_bytes_);
+        if (turned_) picture.notes.emplace_back(kOrientationNote);
         constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch,
                                               Resolution::Unit::centimetre};
         if (jpeg_.saw_JFIF_marker != 0 && jpeg_.density_unit <= 2) {
             picture.resolution = {double(jpeg_.X_density), double(jpeg_.Y_density), units[jpeg_.density_unit]};
         }
-        return picture;
     }
 
-private:
     template <class Calls> void checked(const Calls& calls) {
-        if (!run(fault_, calls)) throw Failure(file_.path(), std::string("damaged JPEG: ") + fault_.text);
+        if (run(fault_, calls)) return;
+        check_interrupt();
+        throw Failure(file_.path(), std::string("damaged JPEG: ") + fault_.text);
     }
 
     void begin() {
         jpeg_create_decompress(&jpeg_);
         jpeg_stdio_src(&jpeg_, file_.stream());
+        jpeg_save_markers(&jpeg_, kExifMarker, 0xFFFF);
         jpeg_save_markers(&jpeg_, JPEG_APP0 + 2, 0xFFFF);
         jpeg_read_header(&jpeg_, TRUE);
+        for (auto* marker = jpeg_.marker_list; marker != nullptr; marker = marker->next) {
+            if (marker->marker == kExifMarker && exif_orientation(marker->data, marker->data_length) != 1)
+                turned_ = true;
+        }
         jpeg_read_icc_profile(&jpeg_, &profile_, &profile_bytes_);
         jpeg_.out_color_space = JCS_EXT_ARGB;  // sets every alpha to 255
     }
 
     void read_rows(QX_World& world) {
+        jpeg_.progress = &watch_;
         jpeg_start_decompress(&jpeg_);
         while (jpeg_.output_scanline < jpeg_.output_height && next_row(jpeg_.output_scanline, jpeg_.output_height)) {
             JSAMPROW row = row_of<JSAMPLE>(world, static_cast<int>(jpeg_.output_scanline));
@@ -107,6 +137,8 @@ private:
     InputFile& file_;
     Fault fault_;
     jpeg_decompress_struct jpeg_{};
+    jpeg_progress_mgr watch_{watch_scans, 0, 0, 0, 0};
+    bool turned_ = false;  ///< the picture is meant to be shown so; the library forgets markers when it is done
     JOCTET* profile_ = nullptr;
     unsigned int profile_bytes_ = 0;
 };

@@ -10,6 +10,7 @@
 #include "tools/qx/io/Files.h"
 #include "tools/qx/io/Format.h"
 #include "tools/qx/io/Interrupt.h"
+#include "tools/qx/io/Light.h"
 
 namespace qx::io {
 namespace {
@@ -71,6 +72,12 @@ void limit_alpha(QX_World& world) {
             row[x].alpha = a > 0 ? std::min(a, 1.0f) : 0.0f;  // not a number counts as 0
         }
     }
+}
+
+/// False for values that no scanner and no camera means, as a damaged file may hold.
+bool sensible(const Resolution& r) {
+    constexpr double least = 1e-6, most = 1e9;
+    return r.x >= least && r.x <= most && r.y >= least && r.y <= most;  // false for not-a-number
 }
 
 int guarded_copy(QX_World& to, const QX_World& from) {
@@ -146,6 +153,7 @@ Picture read_picture(const std::string& path) {
             if (!recognised(format(), file)) continue;
             Picture picture = format().read(file);
             picture.linear = format().linear;
+            if (!sensible(picture.resolution)) picture.resolution = {};
             return picture;
         }
     } catch (const std::bad_alloc&) {
@@ -163,6 +171,15 @@ void check_output(const std::string& path) {
     if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
 }
 
+std::vector<std::string> left_out(const std::string& path, const Picture& picture) {
+    std::vector<std::string> notes;
+    const bool linear = format_to_write(path).linear;
+    if (linear && !picture.icc.empty()) notes.emplace_back("its colour profile is left out, OpenEXR holds none");
+    if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
+    if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
+    return notes;
+}
+
 bool known_format(const std::string& path) { return format_named(path) != nullptr; }
 
 bool is_linear_format(const std::string& path) { return format_to_write(path).linear; }
@@ -176,6 +193,8 @@ void write_picture(const std::string& path, const Picture& picture, int depth, c
         converted.has_alpha = picture.has_alpha;
         converted.icc = picture.icc;
         converted.resolution = picture.resolution;
+        converted.primaries = picture.primaries;
+        converted.light = picture.light;
         converted.world = at_depth(path, *picture.world, file_depth);
     }
     const Picture& out = converted.world ? converted : picture;
@@ -184,6 +203,7 @@ void write_picture(const std::string& path, const Picture& picture, int depth, c
         throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
     }
     OutputFile file(path);
+    file.check();
     format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options);
     check_interrupt();
     file.commit();

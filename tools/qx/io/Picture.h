@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -32,7 +34,9 @@ struct Picture {
     bool linear = false;            ///< a format whose values are light, not encoded
     std::vector<std::uint8_t> icc;  ///< an RGB profile, or empty
     Resolution resolution;
-    std::vector<std::string> notes;  ///< what the file holds and this does not
+    std::optional<std::array<float, 8>> primaries;  ///< x and y of red, green, blue, white, where OpenEXR tells them
+    std::vector<bool> light;                        ///< see Light.h; empty when there is none
+    std::vector<std::string> notes;                 ///< what the file holds and this does not
 };
 
 struct WriteOptions {
@@ -44,6 +48,9 @@ Picture read_picture(const std::string& path);
 
 /// Format by extension, at the depth nearest to `depth` that it can hold. The file appears whole or not at all.
 void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options = {});
+
+/// What the picture's file held and a file of this name will not, as notes. After the work on the pixels.
+std::vector<std::string> left_out(const std::string& path, const Picture& picture);
 
 /// What can be known of an output before the work: its format and its folder. Throws Failure.
 void check_output(const std::string& path);

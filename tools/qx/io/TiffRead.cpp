@@ -4,9 +4,11 @@
 #include <Imath/half.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "tools/qx/io/Format.h"
 #include "tools/qx/io/Interrupt.h"
+#include "tools/qx/io/Light.h"
 #include "tools/qx/io/Scale.h"
 #include "tools/qx/io/Tiff.h"
 #include "tools/qx/io/TiffFormat.h"
@@ -63,10 +65,21 @@ Layout layout_of(TIFF* tiff) {
     return l;
 }
 
+// What a file may claim of a strip or a tile before a byte of it is seen: some samples more than the picture needs,
+// and a tile that is larger than a small picture.
+constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 31, kMostSpare = 16, kLeastBlock = std::uint64_t{1} << 22;
+
+/// A decoded strip or tile. Not cleared, so that a false claim costs no memory.
+template <class Sample> struct Block {
+    explicit Block(std::size_t n) : size(n), samples(std::make_unique_for_overwrite<Sample[]>(n)) {}
+    std::size_t size;
+    std::unique_ptr<Sample[]> samples;
+};
+
 class Reader {
 public:
     explicit Reader(InputFile& file) : path_(file.path()) {
-        handle_.tiff = TIFFOpenExt(path_.c_str(), "r", handle_.options());
+        handle_.tiff = TIFFOpenExt(path_.c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
         if (handle_.tiff == nullptr) fail();
         layout_ = layout_of(handle_.tiff);
     }
@@ -87,6 +100,7 @@ public:
         } else {
             read_blocks<float, QX_PixelFloat>(*picture.world);
         }
+        if (layout_.associated) mark_light(picture);
         read_extras(picture);
         return picture;
     }
@@ -111,8 +125,12 @@ private:
         const auto bytes = layout_.tiled ? TIFFTileSize64(handle_.tiff) : TIFFStripSize64(handle_.tiff);
         const std::uint64_t together = layout_.planes == PLANARCONFIG_CONTIG ? layout_.samples : 1;
         const std::uint64_t needed = std::uint64_t{layout_.block_width} * layout_.block_height * together;
-        if (bytes < needed * sizeof(Sample) || needed > (std::uint64_t{1} << 32)) fail();
-        std::vector<Sample> block(static_cast<std::size_t>(bytes / sizeof(Sample)));
+        const std::uint64_t pixels = std::uint64_t{layout_.width} * layout_.height;
+        if (bytes < needed * sizeof(Sample)) fail();
+        if (needed > std::min(kMostSamples, pixels * kMostSpare + kLeastBlock)) {
+            throw Failure(path_, "damaged TIFF: its strips or tiles are far larger than the picture");
+        }
+        Block<Sample> block(static_cast<std::size_t>(bytes / sizeof(Sample)));
         for (int y = 0; y < world.height; ++y) {
             auto* row = row_of<Pixel>(world, y);
             std::fill(row, row + world.width, Pixel{full<Sample>(), 0, 0, 0});
@@ -130,23 +148,23 @@ private:
     }
 
     template <class Sample>
-    void read_block(std::vector<Sample>& block, std::uint32_t left, std::uint32_t top, std::uint16_t plane) {
-        const auto room = static_cast<tmsize_t>(block.size() * sizeof(Sample));
+    void read_block(Block<Sample>& block, std::uint32_t left, std::uint32_t top, std::uint16_t plane) {
+        const auto room = static_cast<tmsize_t>(block.size * sizeof(Sample));
         tmsize_t got = 0, expected = room;
         if (layout_.tiled) {
-            got = TIFFReadEncodedTile(handle_.tiff, TIFFComputeTile(handle_.tiff, left, top, 0, plane), block.data(),
-                                      room);
+            got = TIFFReadEncodedTile(handle_.tiff, TIFFComputeTile(handle_.tiff, left, top, 0, plane),
+                                      block.samples.get(), room);
         } else {
             const std::uint32_t rows = std::min(layout_.block_height, layout_.height - top);
             expected = room / static_cast<tmsize_t>(layout_.block_height) * static_cast<tmsize_t>(rows);
-            got = TIFFReadEncodedStrip(handle_.tiff, TIFFComputeStrip(handle_.tiff, top, plane), block.data(), room);
+            got = TIFFReadEncodedStrip(handle_.tiff, TIFFComputeStrip(handle_.tiff, top, plane), block.samples.get(),
+                                       room);
         }
         if (got < expected) fail();
     }
 
     template <class Pixel, class Sample>
-    void store_block(const std::vector<Sample>& block, QX_World& world, std::uint32_t left, std::uint32_t top,
-                     int plane) {
+    void store_block(const Block<Sample>& block, QX_World& world, std::uint32_t left, std::uint32_t top, int plane) {
         const bool together = layout_.planes == PLANARCONFIG_CONTIG;
         const int first = together ? 0 : plane, last = together ? layout_.samples - 1 : plane;
         const std::size_t step = together ? layout_.samples : 1;
@@ -154,7 +172,8 @@ private:
         const std::uint32_t rows = std::min(layout_.block_height, layout_.height - top);
         for (int sample = first; sample <= last; ++sample) {
             for (std::uint32_t y = 0; y < rows; ++y) {
-                const Sample* from = block.data() + std::size_t{y} * layout_.block_width * step + (sample - first);
+                const Sample* from =
+                    block.samples.get() + std::size_t{y} * layout_.block_width * step + (sample - first);
                 auto* to = row_of<Pixel>(world, static_cast<int>(top + y)) + left;
                 store_samples(from, step, to, columns, sample);
             }
@@ -184,7 +203,8 @@ private:
     void read_converted(QX_World& world) {
         char why[1024] = "";
         const bool cmyk = layout_.photometric == PHOTOMETRIC_SEPARATED;
-        const bool possible = !cmyk && layout_.alpha < 0 && TIFFRGBAImageOK(handle_.tiff, why) != 0;
+        const bool integers = layout_.kind == SAMPLEFORMAT_UINT && layout_.bits <= 8;  // others would lose values
+        const bool possible = integers && !cmyk && layout_.alpha < 0 && TIFFRGBAImageOK(handle_.tiff, why) != 0;
         if (!possible) throw Failure(path_, "this kind of TIFF is not supported (grey and RGB of 8, 16 bits, float)");
         std::vector<std::uint32_t> raster(std::size_t{layout_.width} * layout_.height);
         if (TIFFReadRGBAImageOriented(handle_.tiff, layout_.width, layout_.height, raster.data(), ORIENTATION_TOPLEFT,
@@ -221,7 +241,7 @@ private:
         std::uint16_t orientation = ORIENTATION_TOPLEFT;
         TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_ORIENTATION, &orientation);
         if (layout_.direct() && orientation != ORIENTATION_TOPLEFT) {
-            picture.notes.emplace_back("is taken as stored, its orientation is not applied");
+            picture.notes.emplace_back(kOrientationNote);
         }
     }
 

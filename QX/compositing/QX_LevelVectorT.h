@@ -40,10 +40,17 @@ constexpr FilterSet<QX_Pixel8> filters8() {
     return set;
 }
 
-template <class M, class D, bool Masked> constexpr QX_RowFunc<typename D::Pixel> pick_row() {
+/// True for the modes that this level brings a row of its own for.
+template <class M, class D, bool Masked> constexpr bool has_vector_row() {
     if constexpr (!modes::is_mode<M> || modes::has_row_of_its_own<M>) {
-        return nullptr;
-    } else if constexpr (D::number == 8 || (std::is_same_v<M, modes::Over> && !Masked)) {
+        return false;
+    } else {
+        return D::number == 8 || (std::is_same_v<M, modes::Over> && !Masked);
+    }
+}
+
+template <class M, class D, bool Masked> constexpr QX_RowFunc<typename D::Pixel> pick_row() {
+    if constexpr (has_vector_row<M, D, Masked>()) {
         return &blend_row<M, D, Masked>;
     } else {
         return nullptr;
@@ -54,8 +61,10 @@ template <class D, class... Ms> constexpr RowSet<typename D::Pixel> make_rows(mo
     return {{{pick_row<Ms, D, false>()...}, {pick_row<Ms, D, true>()...}}};
 }
 
-const Level level{make_rows<Depth8>(modes::All{}),     {},
-                  make_rows<DepthFloat>(modes::All{}), filters8(),
-                  {{}, &merge_row<Depth16>},           {{}, &merge_row<DepthFloat>}};
+constexpr Level make_level() {
+    return {make_rows<Depth8>(modes::All{}),     {},
+            make_rows<DepthFloat>(modes::All{}), filters8(),
+            {{}, &merge_row<Depth16>},           {{}, &merge_row<DepthFloat>}};
+}
 
 }  // namespace qx::QX_ISA

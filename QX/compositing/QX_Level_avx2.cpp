@@ -9,3 +9,5 @@ using WideFloat = Float8;
 }  // namespace qx::avx2
 
 #include "QX/compositing/QX_LevelVectorT.h"
+
+const qx::Level qx::avx2::level = make_level();

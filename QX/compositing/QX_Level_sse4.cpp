@@ -9,3 +9,5 @@ using WideFloat = Float4;
 }  // namespace qx::sse4
 
 #include "QX/compositing/QX_LevelVectorT.h"
+
+const qx::Level qx::sse4::level = make_level();

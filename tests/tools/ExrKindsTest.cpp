@@ -105,20 +105,29 @@ TEST(ExrKinds, OfManyPartsTheFirstIsUsedAndTheRestIsTold) {
     EXPECT_EQ(picture.notes, std::vector<std::string>{"only its first part is used"});
 }
 
-/// Sides that only a header claims are refused by it.
-TEST(ExrKinds, FalseSizesAreRefused) {
+/// What only a header claims is refused by it, before memory is taken for it.
+TEST(ExrKinds, FalseClaimsAreRefused) {
     const Folder folder;
     write_exr(folder / "a.exr", {"Y"});
-    std::string bytes = qx::test::contents(folder / "a.exr");
-    const std::size_t lowest = bytes.find("dataWindow") + 11 + 6 + 4 + 12;  // name, type, size, three numbers
-    ASSERT_EQ(bytes[lowest], 12);
-    bytes.replace(lowest, 4, std::string("\0\0\0\x10", 4));
-    qx::test::put_contents(folder / "a.exr", bytes);
-    try {
-        read_picture(folder / "a.exr");
-        FAIL();
-    } catch (const Failure& failure) {
-        EXPECT_NE(std::string(failure.what()).find("data window"), std::string::npos) << failure.what();
+    const std::string whole = qx::test::contents(folder / "a.exr");
+    const std::size_t size = whole.find("dataWindow") + 11 + 6;  // behind the name and the type
+    const std::size_t lowest = size + 4 + 12;                    // behind three numbers
+    ASSERT_EQ(whole[size], 16);
+    ASSERT_EQ(whole[lowest], 12);
+    const struct {
+        std::size_t place;
+        const char* words;
+    } cases[] = {{lowest, "data window"}, {size, "ends within its header"}};
+    for (const auto& c : cases) {
+        std::string bytes = whole;
+        bytes.replace(c.place, 4, std::string("\0\0\0\x10", 4));
+        qx::test::put_contents(folder / "a.exr", bytes);
+        try {
+            read_picture(folder / "a.exr");
+            ADD_FAILURE() << c.words;
+        } catch (const Failure& failure) {
+            EXPECT_NE(std::string(failure.what()).find(c.words), std::string::npos) << failure.what();
+        }
     }
 }
 

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "tools/qx/io/ExrHeader.h"
 #include "tools/qx/io/Format.h"
 #include "tools/qx/io/Interrupt.h"
 #include "tools/qx/io/Light.h"
@@ -102,6 +103,8 @@ Picture read_exr(const std::string& path) {
 }
 
 Picture read(InputFile& file) {
+    if (!attributes_fit(file.stream()))
+        throw Failure(file.path(), "damaged or cut short OpenEXR: the file ends within its header");
     try {
         return read_exr(file.path());
     } catch (const Failure&) {

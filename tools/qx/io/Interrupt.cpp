@@ -14,15 +14,11 @@ RowListener* row_listener = nullptr;
 
 void note(int) { noted.store(true, std::memory_order_relaxed); }
 
-/// A signal that whoever started us has switched off stays so, as for a job in the background or under nohup.
-void listen(int signal) {
-    if (std::signal(signal, SIG_IGN) != SIG_IGN) std::signal(signal, note);
-}
-
 }  // namespace
 
 void install_signal_handlers() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) listen(signal);
+    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, note);
+    if (std::signal(SIGHUP, SIG_IGN) != SIG_IGN) std::signal(SIGHUP, note);  // under nohup it stays switched off
     for (const int signal : {SIGXFSZ, SIGPIPE}) std::signal(signal, SIG_IGN);
 }
 

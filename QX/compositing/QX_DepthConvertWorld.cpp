@@ -64,6 +64,16 @@ void convert_world(const QX_LinearBlendingTables& tables, const QX_World& src, Q
     throw report_failed_verification(kSite, "Unknown bit depth attempting to depth convert.");
 }
 
+/// Only the way between a float world and an integer one reads the tables.
+const QX_LinearBlendingTables& tables_for(const QX_LinearBlendingTables* tables, int from, int to) {
+    static constexpr QX_LinearBlendingTables unread{};
+    if (tables != nullptr) return *tables;
+    if ((from == 32) != (to == 32)) {
+        throw report_failed_verification(kSite, "Invalid tables for linearized blending");
+    }
+    return unread;
+}
+
 template <class From> void convert_from(const QX_LinearBlendingTables& tables, const QX_World& src, QX_World& dst) {
     switch (dst.Depth()) {
         case 8:
@@ -81,13 +91,14 @@ template <class From> void convert_from(const QX_LinearBlendingTables& tables, c
 
 void QX_DepthConvertWorld(const QX_LinearBlendingTables* tables, const QX_World* src, QX_World* dst) {
     if (src->width != dst->width || src->height != dst->height) return;
+    const QX_LinearBlendingTables& lookups = tables_for(tables, src->Depth(), dst->Depth());
     switch (src->Depth()) {
         case 8:
-            return convert_from<QX_Pixel8>(*tables, *src, *dst);
+            return convert_from<QX_Pixel8>(lookups, *src, *dst);
         case 16:
-            return convert_from<QX_Pixel16>(*tables, *src, *dst);
+            return convert_from<QX_Pixel16>(lookups, *src, *dst);
         case 32:
-            return convert_from<QX_PixelFloat>(*tables, *src, *dst);
+            return convert_from<QX_PixelFloat>(lookups, *src, *dst);
         default:
             refuse_depth();
     }

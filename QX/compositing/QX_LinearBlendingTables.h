@@ -24,6 +24,6 @@ static_assert(offsetof(QX_LinearBlendingTables, to_linear_gamma) == 8708);
 QX_EXPORT void QX_BuildGammaBlendingTables(float gamma, QX_LinearBlendingTables* tables);
 
 /// Copies a whole world into another of the same size, changing depth. The float side is linear, 8 and 16 bits are
-/// encoded; between these two the tables are not used. Does nothing when the sizes differ. Sequential.
-/// Throws 3 after a report for a depth that is none.
+/// encoded; between these two, and where the depth stays, the tables are not used and may be null. Does nothing when
+/// the sizes differ. Sequential. Throws 3 after a report for a depth that is none, and for missing tables.
 QX_EXPORT void QX_DepthConvertWorld(const QX_LinearBlendingTables* tables, const QX_World* src, QX_World* dst);

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 
 #include "QX/compositing/QX_PixelAccess.h"
+#include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Guard.h"
@@ -89,8 +91,9 @@ public:
 private:
     const Backdrop<D>& behind(std::int32_t x, std::int32_t y) const {
         if (blit_.style != kQX_BlitCheckerboard) return a_;
-        const std::int32_t square = (x - blit_.checker_origin.x) ^ (y - blit_.checker_origin.y);
-        return (square & blit_.checker_mask) != 0 ? a_ : b_;
+        const std::int32_t column = wrapping_difference(x, blit_.checker_origin.x);
+        const std::int32_t line = wrapping_difference(y, blit_.checker_origin.y);
+        return ((column ^ line) & blit_.checker_mask) != 0 ? a_ : b_;
     }
 
     /// The colours alone; the destination's alpha stays.
@@ -154,7 +157,9 @@ void QX_SpecialCasePixelBlit(const QX_World* src_world, M_LPoint src_point, QX_S
                              std::int32_t checker_mask, const M_LRect& dst_rect, QX_WorldX<QX_Pixel8>* dst_world8) {
     const QX_IterateGenericFunc part = part_at_depth(src_world->Depth());
     if (src_point.x < 0 || src_point.y < 0 || M_EmptyLRect(dst_rect)) return;
-    const M_LPoint offset{src_point.x - dst_rect.left, src_point.y - dst_rect.top};
+    const std::int64_t dx = std::int64_t{src_point.x} - dst_rect.left, dy = std::int64_t{src_point.y} - dst_rect.top;
+    if (std::max(dx, dy) > std::numeric_limits<std::int32_t>::max()) return;  // no source reaches the destination
+    const M_LPoint offset{static_cast<std::int32_t>(dx), static_cast<std::int32_t>(dy)};
     M_LRect rect;
     if (!M_SectLRect(dst_rect, {0, 0, dst_world8->width, dst_world8->height}, &rect)) return;
     if (!M_SectLRect(rect, M_OffsetLRect({0, 0, src_world->width, src_world->height}, -offset.x, -offset.y), &rect))

@@ -2,6 +2,7 @@
 #include "QX/compositing/QX_TransferLoop.h"
 
 #include "QX/compositing/QX_MaskRow.h"
+#include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Fill.h"
 #include "QX/indep/QX_Slots.h"
@@ -25,11 +26,6 @@ constexpr bool clears_alpha_around(int xfer) { return xfer == xfer_alpha_multipl
 int report_progress(const QX_ProgressInfo* progress, std::int32_t y, const M_LRect& rect) {
     if ((y & 127) != 0 || progress == nullptr || progress->progress_func == nullptr) return kQX_NoError;
     return progress->progress_func(progress->refcon, y - rect.top, rect.bottom - rect.top);
-}
-
-/// a - b in two's complement: places far outside a world are legal.
-constexpr std::int32_t wrapping_difference(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
 }
 
 /// The part of the destination that a transfer reaches. @return false when it is empty

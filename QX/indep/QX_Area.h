@@ -27,6 +27,11 @@ constexpr M_LRect clip_to(const QX_LayerDef& world, const M_LRect* rect) {
             std::min(rect->bottom, world.height)};
 }
 
+/// a - b in two's complement: places far outside a world are legal.
+constexpr std::int32_t wrapping_difference(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
+}
+
 /// The same pixels, whichever way round the edges were given.
 constexpr M_LRect in_order(const M_LRect& r) {
     return {std::min(r.left, r.right), std::min(r.top, r.bottom), std::max(r.left, r.right), std::max(r.top, r.bottom)};

@@ -105,5 +105,43 @@ TEST(Blit16, DoesNothingForNegativePointsAndEmptyRectangles) {
     EXPECT_TRUE(same_pixels(before, dst.pixels()));
 }
 
+TEST(Blit16, RefusesADepthThatIsNoneBeforeAnythingElse) {
+    const Born born(1);
+    const OddWorld odd(4, 4, 0);
+    TestWorld<QX_Pixel8> dst(4, 4, FillKind::random, 2);
+    const auto before = dst.pixels();
+    for (const int x : {0, -1}) {
+        Reports reports;
+        const auto blit = [&] {
+            QX_SpecialCasePixelBlit(&odd, {x, 0}, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {0, 0, 4, 4}, &dst.world());
+        };
+        EXPECT_EQ(thrown_by(blit), 3);
+        EXPECT_EQ(reports.last_text(), "Unknown world bitdepth in SpecialCasePixelBlit");
+    }
+    EXPECT_TRUE(same_pixels(before, dst.pixels()));
+}
+
+/// Rectangles and origins at the ends of the scale of coordinates: where the source reaches, it is what it would be
+/// nearer by.
+TEST(Blit16, TakesAnyCoordinates) {
+    const Born born(1);
+    TestWorld<QX_Pixel16> src(4, 4, FillKind::layer, 1);
+    constexpr int kLeast = INT32_MIN, kMost = INT32_MAX;
+    const auto blit = [&](M_LPoint point, M_LPoint origin, const M_LRect& rect) {
+        TestWorld<QX_Pixel8> dst(4, 4, FillKind::random, 2);
+        QX_SpecialCasePixelBlit(&src.world(), point, kQX_BlitCheckerboard, false, origin, kA, kB, 2, rect,
+                                &dst.world());
+        return dst.pixels();
+    };
+    const auto untouched = TestWorld<QX_Pixel8>(4, 4, FillKind::random, 2).pixels();
+    const auto usual = blit({0, 0}, {0, 0}, {0, 0, 4, 4});
+    EXPECT_FALSE(same_pixels(usual, untouched));
+    EXPECT_TRUE(same_pixels(blit({0, 0}, {kLeast, kLeast}, {0, 0, 4, 4}), usual));  // a multiple of the squares
+    EXPECT_TRUE(same_pixels(blit({kMost, 0}, {0, 0}, {-kMost, 0, 4, 4}), untouched));
+    EXPECT_TRUE(same_pixels(blit({0, kMost}, {0, 0}, {0, kLeast, 4, 4}), untouched));
+    EXPECT_TRUE(same_pixels(blit({0, 0}, {0, 0}, {kLeast, kLeast, kMost, kMost}), untouched));
+    EXPECT_TRUE(same_pixels(blit({7, 9}, {0, 0}, {7, 9, kMost, kMost}), untouched));
+}
+
 }  // namespace
 }  // namespace qx::test

@@ -166,5 +166,34 @@ TEST(DepthConvert, IntegerPairsAreStepsAndSizesMustAgree) {
     EXPECT_TRUE(same_pixels(before, wide.pixels()));
 }
 
+TEST(DepthConvert, RefusesDepthsThatAreNoneAndMissingTables) {
+    const Born born(1);
+    const auto tables = gamma_tables(2.2f);
+    OddWorld odd(4, 4, 0);
+    TestWorld<QX_Pixel8> eight(4, 4, FillKind::random, 1), other(4, 4, FillKind::clear, 2);
+    TestWorld<QX_Pixel16> deep(4, 4, FillKind::clear, 3);
+    TestWorld<QX_PixelFloat> linear(4, 4, FillKind::random, 4);
+    struct {
+        const QX_LinearBlendingTables* tables;
+        const QX_World* src;
+        QX_World* dst;
+        const char* text;  ///< null where it works
+    } const cases[] = {
+        {&tables, &odd, &eight.world(), "Unknown bit depth attempting to depth convert."},
+        {&tables, &eight.world(), &odd, "Unknown bit depth attempting to depth convert."},
+        {nullptr, &eight.world(), &linear.world(), "Invalid tables for linearized blending"},
+        {nullptr, &linear.world(), &deep.world(), "Invalid tables for linearized blending"},
+        {nullptr, &eight.world(), &deep.world(), nullptr},
+        {nullptr, &deep.world(), &other.world(), nullptr},
+    };
+    for (const auto& c : cases) {
+        Reports reports;
+        const auto convert = [&] { QX_DepthConvertWorld(c.tables, c.src, c.dst); };
+        EXPECT_EQ(thrown_by(convert), c.text != nullptr ? 3 : 0);
+        EXPECT_EQ(reports.last_text(), c.text != nullptr ? c.text : "");
+    }
+    EXPECT_TRUE(same_pixels(eight.pixels(), other.pixels()));
+}
+
 }  // namespace
 }  // namespace qx::test

@@ -39,6 +39,23 @@ private:
     QX_LayerDef record_{};
 };
 
+/// A world whose class tells a depth that there is none of.
+class OddWorld : public QX_WorldX<QX_Pixel8> {
+public:
+    using QX_WorldX<QX_Pixel8>::QX_WorldX;
+    std::int16_t Depth() const override { return 12; }
+};
+
+/// The code that a call throws, else 0.
+template <class Call> int thrown_by(const Call& call) {
+    try {
+        call();
+    } catch (int code) {
+        return code;
+    }
+    return 0;
+}
+
 template <class Pixel> bool same_pixels(const std::vector<Pixel>& a, const std::vector<Pixel>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(Pixel)) == 0;
 }

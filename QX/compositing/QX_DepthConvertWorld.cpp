@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "QX/compositing/QX_LinearLookup.h"
+#include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_World.h"
 
@@ -53,7 +54,7 @@ void convert_world(const QX_LinearBlendingTables& tables, const QX_World& src, Q
         const From* from = row_of<From>(src, y);
         To* to = const_cast<To*>(row_of<To>(dst, y));
         if constexpr (std::is_same_v<From, To>) {
-            std::memmove(to, from, static_cast<std::size_t>(dst.width) * sizeof(To));
+            std::memmove(to, from, columns_of(whole_of(dst)) * sizeof(To));
         } else {
             for (int x = 0; x < dst.width; ++x) to[x] = convert<To>(tables, from[x]);
         }

@@ -7,7 +7,7 @@
 #include "QX/indep/QX_RoutineTypes.h"
 
 /// The levels that the compositing kernels are built for, each in its own namespace from the same text. A level has
-/// null where it brings no form of its own; the level below serves then. Plain has everything.
+/// null where it brings no form of its own; a lower one serves then. Plain has everything.
 namespace qx {
 
 /// Row routines without tables, by mask state and place of the mode.

@@ -16,10 +16,10 @@ template <int Number> struct Copying : Mode<Number, Skips::none> {
 struct Replace : Copying<-3> {};
 struct Copy : Copying<0> {};
 
-/// Weighs both pixels by the mask (QX_XferRowsT.h has its row: it takes neither opacity nor s).
+/// Weighs both pixels by the mask (QX_OwnRowsT.h has its row: it takes neither opacity nor s).
 struct MaskCrossfade : Mode<-2, Skips::none> {};
 
-/// Draws or leaves whole pixels by a random number (QX_XferRowsT.h has its row). The other forms change nothing.
+/// Draws or leaves whole pixels by a random number (QX_OwnRowsT.h has its row). The other forms change nothing.
 struct Dissolve : Mode<3, Skips::none> {
     template <Form, class D, class P> QX_LANE P apply(const P&, typename P::Lane, const P& dst, bool) { return dst; }
 };

@@ -35,7 +35,7 @@ template <class Pixel> int run_at_depth(const Call& call) {
     QX_ScratchBlock shared{};
     if (call.scratch == nullptr) {
         const std::int64_t asked = std::int64_t{call.src_rect->right} - call.src_rect->left;
-        const int width = static_cast<int>(std::clamp<std::int64_t>(asked, 0, src.width));
+        const int width = static_cast<int>(std::clamp<std::int64_t>(asked, 0, std::max(src.width, 0)));
         throw_if(QXp_ReallocScratch(width, static_cast<int>(sizeof(QX_ChannelOf<Pixel>)), false, &shared));
     }
     const Transfer<Pixel> transfer{src,           dst,       QX_BlendingMode<Pixel>(*call.mode),

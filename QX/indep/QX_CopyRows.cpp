@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The nine row conversions. Rows between integer depths, and to float, treat all channels alike and run over plain
-// channels; rows from float have a rule of their own for alpha and
-// keep a pixel in a register.
+// channels; rows from float have a rule of their own for alpha and keep a pixel in a register.
 #include "QX/indep/QX_CopyRows.h"
 
 #include <emmintrin.h>

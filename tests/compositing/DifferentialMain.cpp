@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The long random run of forms against each other: qx_differential [--count N] [--seed S].
-// Without a seed the cases count up from 1; a case that fails is printed with its seed, which reruns it alone.
+// The long random run of forms against each other: qx_differential [--count N] [--first SEED] [--seed SEED].
+// Seeds count up from 1, or from --first; a case that fails is printed with its seed, which reruns it alone.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

@@ -110,18 +110,19 @@ TYPED_TEST(TransferAtDepth, AMaskWithoutPixelsCoversNothingWhereverItLies) {
 
 TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
     using Pixel = TypeParam;
+    constexpr float kOpacities[] = {1.0f, 0.4f, 1.9f};  // a record of 16 bits may hold nearly 2
     QX_LinearBlendingTables tables;
     QX_BuildGammaBlendingTables(2.2f, &tables);
     TestWorld<Pixel> src(37, 5, FillKind::layer, 1), start(41, 6, FillKind::random, 2);
     TestWorld<Pixel> mask(29, 4, FillKind::random, 3);
     for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        for (int variant = 0; variant < 5 * 2 * 2 * 2; ++variant) {
+        for (int variant = 0; variant < 5 * 2 * 2 * 3; ++variant) {
             const int kind = variant % 5;
             if (xfer == -1 || (xfer == xfer_mask_crossfade && kind == 4)) continue;
             TestWorld<Pixel> dst(41, 6, FillKind::random, 2);
             const QX_MaskWorld record = mask_at(*mask.record(), 3, 1, static_cast<std::uint32_t>(kind));
             TransferCall call;
-            call.mode = {xfer, variant / 20 != 0 ? 0.4f : 1.0f, nullptr, variant / 10 % 2 != 0, 7};
+            call.mode = {xfer, kOpacities[variant / 20], nullptr, variant / 10 % 2 != 0, 7};
             call.tables = variant / 5 % 2 != 0 ? &tables : nullptr;
             call.mask = kind == 4 ? nullptr : &record;
             call.dest_x = 2;

@@ -13,8 +13,13 @@ class QX_EXPORT QX_CompositeModePlus;
 struct QX_LinearBlendingTables;
 struct QX_ScratchBlock;
 struct M_Matrix3;
+struct QX_SampPB;
 template <class Pixel> struct QX_EXPORT QX_BlendingMode;
 template <class Pixel> struct QX_EXPORT QX_BlendModeDescriptor;
+
+/// What alphas of a row are summed in.
+template <class Pixel>
+using QX_AlphaSumOf = std::conditional_t<std::is_same_v<QX_ChannelOf<Pixel>, float>, float, std::uint32_t>;
 
 /// Called once a pixel with its destination coordinates. `in` and `out` are pixels of the world's depth; a non-zero
 /// result ends the iteration. Runs on several threads at once when the acceleration layer is installed.
@@ -47,8 +52,38 @@ template <class Pixel>
 using QX_RowDriver = int (*)(std::int32_t count, const QX_BlendModeDescriptor<Pixel>* descriptor, const Pixel* src,
                              const Pixel* mask, Pixel* dst, QX_ChannelOf<Pixel>* alpha_row);
 
+/// Samplers read one pixel of `params->src`, or a run of them, at a signed 16.16 position; integers lie on pixels. The
+/// effect reference is ignored. They write `out` alone, hold no state and return 0, or 3 where one refuses a GPU world.
+
+template <class Pixel>
+using QX_PointSampler = int (*)(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, Pixel* out);
+/// `*all_in` tells whether the next sample may be taken without bounds tests.
+template <class Pixel>
+using QX_PlusSampler = int (*)(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, bool* all_in,
+                               Pixel* out);
+/// `weights` are those of the four corners: top left, top right, bottom left, bottom right.
+template <class Pixel>
+using QX_TranslateSampler = int (*)(void* in_data, std::int32_t x, std::int32_t y, const double weights[4],
+                                    const QX_SampPB* params, Pixel* out);
+/// `count` samples a pixel apart; the alphas of what is written are added to `*alpha_sum`.
+template <class Pixel>
+using QX_SpanSampler = int (*)(void* in_data, std::int32_t count, std::int32_t x, std::int32_t y,
+                               const QX_SampPB* params, QX_AlphaSumOf<Pixel>* alpha_sum, Pixel* out);
+
 namespace qx {
 
+template <class Pixel> using PointSamplerFn = std::remove_pointer_t<QX_PointSampler<Pixel>>;
+template <class Pixel> using PlusSamplerFn = std::remove_pointer_t<QX_PlusSampler<Pixel>>;
+template <class Pixel> using TranslateSamplerFn = std::remove_pointer_t<QX_TranslateSampler<Pixel>>;
+template <class Pixel> using SpanSamplerFn = std::remove_pointer_t<QX_SpanSampler<Pixel>>;
+using SampleWeightFn = int(std::int32_t fx, std::int32_t fy, double weights[4]);
+/// `coords` holds four positions, x before y.
+using FourSamplesFn = int(void* in_data, const std::int32_t coords[8], const QX_SampPB* params, QX_Pixel8* out);
+using FourTranslateSamplesFn = int(void* in_data, const std::int32_t coords[8], const double weights[4],
+                                   const QX_SampPB* params, QX_Pixel8* out);
+/// Null rectangles are the whole worlds.
+using CopyBitsFn = int(const QX_ProgressInfo*, QX_LayerDef* src, QX_LayerDef* dst, const M_LRect* src_rect,
+                       const M_LRect* dst_rect);
 using TransferRectFn = int(const QX_ProgressInfo*, int quality, int flags, int field, const M_LRect* src_rect,
                            QX_LayerDef* src, const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables,
                            const QX_MaskWorld* mask, int dest_x, int dest_y, QX_LayerDef* dst);

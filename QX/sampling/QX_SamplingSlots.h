@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace qx {
+/// Puts the samplers and the copies of rectangles into the table of slots: the plain forms, then those of the levels.
+void fill_sampling_slots(bool vector, bool faster);
+}  // namespace qx

@@ -106,6 +106,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
         ->type_name("FILE");
     add_common_options(command, common_.common);
     command.footer(kFooter);
+    set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
 }
 
 CompOptions CompCommandLine::options() const {

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 
 #include "QX/iterate/QX_Bands.h"
 #include "QX/library/QX_Library.h"
@@ -40,7 +41,20 @@ void apply(const char* flag, const std::string& value, const char* variable, int
     }
 }
 
+class UsageLine : public CLI::Formatter {
+public:
+    explicit UsageLine(std::string usage) : usage_(std::move(usage)) {}
+    std::string make_usage(const CLI::App*, std::string name) const override {
+        return "Usage: " + name + " " + usage_ + "\n";
+    }
+
+private:
+    const std::string usage_;
+};
+
 }  // namespace
+
+void set_usage(CLI::App& command, const std::string& usage) { command.formatter(std::make_shared<UsageLine>(usage)); }
 
 void add_common_options(CLI::App& command, CommonOptions& options) {
     command.add_option("-j,--threads", options.threads, "threads to work with (QX_THREADS; default: all cores)")

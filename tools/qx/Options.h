@@ -16,6 +16,9 @@ struct CommonOptions {
 };
 void add_common_options(CLI::App& command, CommonOptions& options);
 
+/// The line of help that tells what follows the subcommand's name.
+void set_usage(CLI::App& command, const std::string& usage);
+
 /// Sets pool, bands and talk: the flag before QX_THREADS and QX_BANDS before the default. Before QX_Birth.
 void apply_common_options(const CommonOptions& options);
 

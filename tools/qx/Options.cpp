@@ -11,6 +11,7 @@
 #include "QX/library/QX_Library.h"
 #include "platform/standalone/Standalone.h"
 #include "tools/qx/Messages.h"
+#include "tools/qx/Placing.h"
 #include "tools/qx/io/Picture.h"
 
 namespace qx::tool {
@@ -80,10 +81,22 @@ int whole_number(const std::string& option, const std::string& text, int least, 
                      std::to_string(most));
 }
 
-float real_number(const std::string& option, const std::string& text, double least, double most) {
-    float number = 0;
+double real_number(const std::string& option, const std::string& text, double least, double most) {
+    double number = 0;
     if (parse(text, number) && number >= least && number <= most) return number;  // false for not-a-number
     throw WrongUsage(option + " " + text + ": not a number from " + words(least) + " to " + words(most));
+}
+
+std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
+                                 std::size_t fewest, std::size_t most) {
+    std::vector<double> numbers;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+        end = text.find(',', begin);
+        const std::string number = text.substr(begin, end == std::string::npos ? end : end - begin);
+        numbers.push_back(real_number(option, number, -kMostPlacing, kMostPlacing));
+    }
+    if (numbers.size() >= fewest && numbers.size() <= most) return numbers;
+    throw WrongUsage(option + " " + text + ": not " + form);
 }
 
 Place place(const std::string& option, const std::string& text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -24,7 +25,10 @@ void apply_common_options(const CommonOptions& options);
 
 /// Numbers of options. They throw WrongUsage, which names the option, for anything else than a number within bounds.
 int whole_number(const std::string& option, const std::string& text, int least, int most);
-float real_number(const std::string& option, const std::string& text, double least, double most);
+double real_number(const std::string& option, const std::string& text, double least, double most);
+/// Numbers with commas between, from `fewest` to `most` of them; `form` tells the user what they are.
+std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
+                                 std::size_t fewest, std::size_t most);
 struct Place {
     int x, y;
 };

@@ -6,6 +6,9 @@ install(TARGETS QX QXHost EXPORT QXTargets LIBRARY DESTINATION ${CMAKE_INSTALL_L
 install(EXPORT QXTargets NAMESPACE QX:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)
 if(QX_BUILD_TOOLS)
   install(TARGETS qx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  if(QX_BUILD_MOVIE)
+    install(TARGETS qxmovie LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endif()
 endif()
 # Headers: QX/QX.h and what it reaches, found when they are installed. All others are the module's own, in C++20.
 install(CODE "include(${PROJECT_SOURCE_DIR}/cmake/PublicHeaders.cmake)

@@ -7,22 +7,12 @@
 #include <climits>
 #include <map>
 
+#include "tools/qx/LayerWords.h"
 #include "tools/qx/Messages.h"
 #include "tools/qx/Modes.h"
 
 namespace qx::tool {
 namespace {
-
-constexpr double kLeastGamma = 0.01, kMostGamma = 100;
-
-int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words) {
-    std::string known;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        if (text == words[i]) return static_cast<int>(i);
-        known += (i == 0 ? "" : ", ") + words[i];
-    }
-    throw WrongUsage(option + " " + text + ": not one of " + known);
-}
 
 Placing& placing_of(LayerOptions& layer, const std::string& option) {
     layer.placing_option = option;
@@ -68,7 +58,7 @@ const LayerOption kLayerOptions[] = {
     {"--mask", "FILE", "picture whose alpha or luma limits the layer", [](L& l, S, S text) { l.mask_file = text; }},
     {"--mask-kind", "KIND", "alpha, inverse, luma or inverse-luma (default: alpha)",
      [](L& l, S option, S text) {
-         l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, {"alpha", "inverse", "luma", "inverse-luma"}));
+         l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, kMaskKindWords));
          l.mask_option = option;
      }},
     {"--mask-at", "X,Y", "where the mask's left top corner lands (default: the layer's place)",
@@ -86,9 +76,7 @@ const LayerOption kLayerOptions[] = {
     {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
      [](L& l, S option, S text) { l.seed = whole_number(option, text, INT_MIN, INT_MAX); }},
     {"--field", "FIELD", "rows of the background that change: all, even or odd (default: all)",
-     [](L& l, S option, S text) {
-         l.field = choice(option, text, {"all", "even", "odd"});
-     }},
+     [](L& l, S option, S text) { l.field = choice(option, text, kFieldWords); }},
     {"--translate", "X,Y", "where the layer's anchor lands, counted from --at; need not be whole (default: 0,0)",
      [](L& l, S option, S text) { set_pair(placing_of(l, option).translate, option, text); }},
     {"--scale", "S[,SY]", "factor of width and height, or one of each (default: 1)", set_scale},
@@ -100,9 +88,7 @@ const LayerOption kLayerOptions[] = {
      [](L& l, S option, S text) { set_pair(placing_of(l, option).anchor, option, text); }},
     {"--matrix", "M11,...,M33", "in place of these four: rows of a matrix, (x', y', w') = (x, y, 1) * M", set_matrix},
     {"--quality", "QUALITY", "of transformed layers: draft, bilinear or bicubic (default: bilinear)",
-     [](L& l, S option, S text) {
-         l.quality = choice(option, text, {"draft", "bilinear", "bicubic"});
-     }},
+     [](L& l, S option, S text) { l.quality = choice(option, text, kQualityWords); }},
 };
 
 const char* const kFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
@@ -172,8 +158,7 @@ CompOptions CompCommandLine::options() const {
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
     for (const LayerOptions& layer : options.layers) check(layer);
-    const std::vector<std::string> depths = {"8", "16", "32"};
-    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, depths);
+    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, kDepthWords);
     return options;
 }
 

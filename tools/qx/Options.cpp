@@ -99,6 +99,15 @@ std::vector<double> real_numbers(const std::string& option, const std::string& t
     throw WrongUsage(option + " " + text + ": not " + form);
 }
 
+int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words) {
+    std::string known;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (text == words[i]) return static_cast<int>(i);
+        known += (i == 0 ? "" : ", ") + words[i];
+    }
+    throw WrongUsage(option + " " + text + ": not one of " + known);
+}
+
 Place place(const std::string& option, const std::string& text) {
     const auto comma = text.find(',');
     if (comma == std::string::npos) throw WrongUsage(option + " " + text + ": not a position X,Y");

@@ -29,6 +29,8 @@ double real_number(const std::string& option, const std::string& text, double le
 /// Numbers with commas between, from `fewest` to `most` of them; `form` tells the user what they are.
 std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
                                  std::size_t fewest, std::size_t most);
+/// The number of a word in a list.
+int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words);
 struct Place {
     int x, y;
 };

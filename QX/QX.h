@@ -8,6 +8,7 @@
 #include "QX/compositing/QX_SpecialCasePixelBlit.h"
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/compositing/QX_XferTables.h"
+#include "QX/geometry/QX_TransformWorld.h"
 #include "QX/indep/QX_ColourTables.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Fill.h"

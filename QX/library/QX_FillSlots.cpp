@@ -2,6 +2,7 @@
 #include "QX/library/QX_FillSlots.h"
 
 #include "QX/compositing/QX_CompositingSlots.h"
+#include "QX/geometry/QX_TransformWorld.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/iterate/QX_Iterate.h"
 #include "QX/sampling/QX_SamplingSlots.h"
@@ -14,4 +15,6 @@ void qx::fill_slots(bool vector, bool faster) {
     set_slot<Slot::IterateGeneric>(&QX_IterateGeneric_Static);
     fill_sampling_slots(vector, faster);
     fill_compositing_slots(vector, faster);
+    set_slot<Slot::TransformWorld>(&QX_TransformWorld_S);
+    set_slot<Slot::TransformWorldPlus>(&QX_TransformWorldPlus);
 }

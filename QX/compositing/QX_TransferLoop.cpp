@@ -11,17 +11,6 @@ namespace qx {
 
 namespace {
 
-template <class Pixel> constexpr Slot kDriver = Slot::RowDriverFloat;
-template <> constexpr Slot kDriver<QX_Pixel8> = Slot::RowDriver8;
-template <> constexpr Slot kDriver<QX_Pixel16> = Slot::RowDriver16;
-
-constexpr bool keeps_row(int field, std::int32_t y) {
-    const bool odd = (y & 1) != 0;
-    return !(field == 1 && odd) && !(field == 2 && !odd);
-}
-
-constexpr bool clears_alpha_around(int xfer) { return xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma; }
-
 /// Rows whose number is a multiple of 128 report.
 int report_progress(const QX_ProgressInfo* progress, std::int32_t y, const M_LRect& rect) {
     if ((y & 127) != 0 || progress == nullptr || progress->progress_func == nullptr) return kQX_NoError;
@@ -48,11 +37,11 @@ template <class Pixel> int transfer_rows(const Transfer<Pixel>& t, const M_LRect
     RowSeed seed(t.mode.rand_seed, to.left, to.top);
     QX_BlendModeDescriptor<Pixel> descriptor(t.mode, t.mask != nullptr, t.tables);
     if (descriptor.row == nullptr) return kQX_UnimplementedMode;
-    if (clears_alpha_around(t.mode.xfer)) {
+    if (clears_alpha_outside(t.mode.xfer)) {
         if (const int code = clear_alpha_around(to, &t.dst)) return code;
     }
 
-    const auto drive = slot<kDriver<Pixel>>();
+    const auto drive = row_driver<Pixel>();
     const M_LRect from =
         M_OffsetLRect(to, wrapping_difference(src_rect.left, dest_x), wrapping_difference(src_rect.top, dest_y));
     MaskRows<Pixel> mask(t.mask != nullptr ? *t.mask : QX_MaskWorld{}, static_cast<Pixel*>(t.scratch.mask_row));

@@ -3,6 +3,7 @@
 
 #include "QX/compositing/QX_Rows.h"
 #include "QX/compositing/QX_TransferRect.h"
+#include "QX/indep/QX_Slots.h"
 #include "QX/indep/QX_World.h"
 
 namespace qx {
@@ -23,6 +24,28 @@ template <class Pixel> struct Transfer {
 /// @return 0, 5 for an unknown mode (nothing is written), or the code of a row or of the progress function
 template <class Pixel>
 int transfer_rows(const Transfer<Pixel>& transfer, const M_LRect& src_rect, int dest_x, int dest_y);
+
+/// Field 1 leaves odd rows of the destination out, 2 even ones.
+constexpr bool keeps_row(int field, std::int32_t y) {
+    const bool odd = (y & 1) != 0;
+    return !(field == 1 && odd) && !(field == 2 && !odd);
+}
+
+/// The two modes that leave no alpha in the destination where the layer is not.
+constexpr bool clears_alpha_outside(int xfer) {
+    return xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
+}
+
+/// The routine that runs the passes of a row, as it stands in the table now.
+template <class Pixel> QX_RowDriver<Pixel> row_driver() {
+    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        return slot<Slot::RowDriver8>();
+    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
+        return slot<Slot::RowDriver16>();
+    } else {
+        return slot<Slot::RowDriverFloat>();
+    }
+}
 
 /// Clears destination alpha in the eight rectangles of a three-by-three grid around `rect`, which lies in the world.
 int clear_alpha_around(const M_LRect& rect, QX_LayerDef* world);

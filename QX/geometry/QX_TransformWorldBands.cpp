@@ -2,8 +2,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "QX/compositing/QX_CompositeMode.h"
-#include "QX/compositing/QX_TransferRect.h"
+#include "QX/compositing/QX_TransferLoop.h"
 #include "QX/iterate/QX_ParallelRun.h"
 
 namespace qx {
@@ -37,11 +36,8 @@ struct TransformWorldFunctor {
     int operator()(const M_LRect& band, const QX_ProgressInfo* info) const { return run(&band, band, info); }
 };
 
-/// The two modes that clear destination alpha outside the rectangle, which a band cannot do. A missing mode is the
-/// saved routine's to refuse, once.
-bool reaches_outside(const QX_CompositeModePlus* mode) {
-    return mode == nullptr || mode->xfer == xfer_alpha_multiply || mode->xfer == xfer_alpha_multiply_luma;
-}
+/// A band cannot clear what lies outside its rectangle. A missing mode is the saved routine's to refuse, once.
+bool reaches_outside(const QX_CompositeModePlus* mode) { return mode == nullptr || clears_alpha_outside(mode->xfer); }
 
 }  // namespace
 

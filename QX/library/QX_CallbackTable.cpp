@@ -49,8 +49,8 @@ void* private_routine(Private routine) {
             return address(&dispose_world_callback);
         case Private::transfer_rect:
             return address(&transfer_rect_callback);
-        case Private::transform_world:  // nothing to call while its slot is empty
-            return slot<Slot::TransformWorld>() != nullptr ? address(&transform_world_callback) : nullptr;
+        case Private::transform_world:
+            return address(&transform_world_callback);
         case Private::get_callback_addr:
             return address(&QX_GetCallbackAddr);
         case Private::app:

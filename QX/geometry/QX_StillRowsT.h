@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+// Rows of a layer that stands still while the shutter is open.
+#pragma once
+
+#include "QX/geometry/QX_Bracket.h"
+#include "QX/geometry/QX_Footprint.h"
+#include "QX/indep/QX_RoutineTypes.h"
+#include "QX/sampling/QX_Nearest.h"
+#include "QX/sampling/QX_SamplerSet.h"
+
+namespace qx {
+
+/// True when 16-bit columns and rows do not wrap up to the end of a row.
+constexpr bool indices_fit(FixedPoint from, FixedPoint step, std::int32_t count) {
+    const auto fits = [&](std::int32_t at, std::int32_t by) {
+        const std::int64_t last = at + std::int64_t{by} * (count - 1);
+        return last <= std::int64_t{32767} * kFixedOne && last >= std::int64_t{-32768} * kFixedOne;
+    };
+    return fits(from.x, step.x) && fits(from.y, step.y);
+}
+
+/// Draft quality: the nearest pixels.
+template <class Pixel> class StillDraftRows {
+public:
+    StillDraftRows(const QX_LayerDef& src, const RowGeometry& geometry)
+        : source_(src), at_(geometry.start + FixedPoint{kFixedHalf, kFixedHalf}), dx_(geometry.dx), dy_(geometry.dy) {}
+
+    /// Samples one row. @return the sum of its alphas
+    /// A layer without a turn that grows repeats rows: what `out` still holds is not sampled again.
+    QX_AlphaSumOf<Pixel> sample(std::int32_t count, Pixel* out) {
+        const std::int32_t row = Nearest<Pixel>::index(at_.y);
+        if (dx_.y != 0 || dy_.x != 0 || !sampled_ || row != row_) sum_ = sample_anew(count, out);
+        sampled_ = true;
+        row_ = row;
+        return sum_;
+    }
+    void advance() { at_ = at_ + dy_; }
+
+private:
+    QX_AlphaSumOf<Pixel> sample_anew(std::int32_t count, Pixel* out) const {
+        QX_AlphaSumOf<Pixel> sum{};
+        const auto tested = [&](std::int32_t i) {
+            const FixedPoint p = at_ + dx_ * i;
+            out[i] = source_.read(p);
+            sum += out[i].alpha;
+            return source_.inside(p);
+        };
+        bracket(count, indices_fit(at_, dx_, count), tested,
+                [&](std::int32_t from, std::int32_t to) { sum = copy(from, to, sum, out); });
+        return sum;
+    }
+
+    /// Pixels inside the world. Without a step in y they lie in one row.
+    QX_AlphaSumOf<Pixel> copy(std::int32_t from, std::int32_t to, QX_AlphaSumOf<Pixel> sum, Pixel* out) const {
+        FixedPoint p = at_ + dx_ * from;
+        const auto put = [&](std::int32_t i, const Pixel& pixel) {
+            out[i] = pixel;
+            sum += pixel.alpha;
+        };
+        if (dx_.y == 0) {
+            const Pixel* row = source_.row(p.y);
+            std::int64_t x = p.x;
+            for (std::int32_t i = from; i < to; ++i, x += dx_.x) put(i, Pixel(row[x >> 16]));
+        } else {
+            for (std::int32_t i = from; i < to; ++i, p = p + dx_) put(i, Pixel(source_.at(p)));
+        }
+        return sum;
+    }
+
+    Nearest<Pixel> source_;
+    FixedPoint at_, dx_, dy_;
+    bool sampled_ = false;
+    std::int32_t row_ = 0;
+    QX_AlphaSumOf<Pixel> sum_{};
+};
+
+/// The samplers of a quality: area samples where pixels are averaged, else point samples.
+template <class Pixel> class StillQualityRows {
+public:
+    StillQualityRows(const QX_SamplerSet<Pixel>& samplers, const QX_SampPB& block, bool averages,
+                     const RowGeometry& geometry)
+        : samplers_(samplers),
+          block_(block),
+          averages_(averages),
+          at_(geometry.start),
+          dx_(geometry.dx),
+          dy_(geometry.dy) {}
+
+    QX_AlphaSumOf<Pixel> sample(std::int32_t count, Pixel* out) const {
+        QX_AlphaSumOf<Pixel> sum{};
+        if (averages_) {
+            take(samplers_.area, 0, count, &sum, out);
+            return sum;
+        }
+        const auto tested = [&](std::int32_t i) {
+            bool all_in = false;
+            const FixedPoint p = at_ + dx_ * i;
+            samplers_.plus(nullptr, p.x, p.y, &block_, &all_in, out + i);
+            sum += out[i].alpha;
+            return all_in;
+        };
+        bracket(count, run_fits(at_, dx_, count), tested, [&](std::int32_t from, std::int32_t to) {
+            if (dx_ == FixedPoint{kFixedOne, 0}) {
+                const FixedPoint p = at_ + dx_ * from;
+                samplers_.span(nullptr, to - from, p.x, p.y, &block_, &sum, out + from);
+            } else {
+                take(samplers_.unclipped, from, to, &sum, out);
+            }
+        });
+        return sum;
+    }
+    void advance() { at_ = at_ + dy_; }
+
+private:
+    void take(QX_PointSampler<Pixel> sampler, std::int32_t from, std::int32_t to, QX_AlphaSumOf<Pixel>* sum,
+              Pixel* out) const {
+        FixedPoint p = at_ + dx_ * from;
+        for (std::int32_t i = from; i < to; ++i, p = p + dx_) {
+            sampler(nullptr, p.x, p.y, &block_, out + i);
+            *sum += out[i].alpha;
+        }
+    }
+
+    QX_SamplerSet<Pixel> samplers_;
+    QX_SampPB block_;
+    bool averages_;
+    FixedPoint at_, dx_, dy_;
+};
+
+}  // namespace qx

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// Transforms over the processors: cut into bands, and short of memory.
+#include <gtest/gtest.h>
+
+#include "tests/geometry/TransformSupport.h"
+
+namespace qx::test {
+namespace {
+
+template <class Pixel> std::vector<Pixel> drawn_in(int bands, const TransformCall& call, int* code = nullptr) {
+    const Born born(bands);
+    TestWorld<Pixel> src(300, 70, FillKind::layer, 1), dst(310, 90, FillKind::layer, 2);
+    const int got = call(src.record(), dst.record());
+    if (code != nullptr) *code = got;
+    return dst.pixels();
+}
+
+template <class Pixel> class BandedAtDepth : public testing::Test {};
+using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(BandedAtDepth, Depths);
+
+TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
+    using Pixel = TypeParam;
+    standalone::SetPoolLimit(4);
+    TestWorld<Pixel> mask(200, 80, FillKind::random, 3);
+    const QX_MaskWorld record = mask_at(*mask.record(), 40, 5, kQX_MaskInverseAlpha);
+    const std::vector<std::vector<M_Matrix3>> motions = {{moved(4.5, 7.25)},
+                                                         {moved(-7, 9)},
+                                                         {scaled(0.5, 0.25)},
+                                                         {moved(2.5, 2), moved(18.5, 34)},
+                                                         {moved(0.5, 2), moved(4.5, 6), moved(20.5, 4)}};
+    for (const auto& matrices : motions) {
+        for (int quality = 0; quality <= 2; ++quality) {
+            TransformCall call;
+            call.matrices = matrices;
+            call.quality = quality;
+            call.mode.opacity = 0.8f;
+            call.mask = quality == 1 ? &record : nullptr;
+            const auto one = drawn_in<Pixel>(1, call);
+            for (const int bands : {2, 7, 32}) EXPECT_TRUE(same_pixels(drawn_in<Pixel>(bands, call), one)) << bands;
+        }
+    }
+    standalone::SetPoolLimit(0);
+}
+
+TYPED_TEST(BandedAtDepth, ModesThatClearOutsideAreNotCut) {
+    using Pixel = TypeParam;
+    TransformCall call;
+    call.matrices = {placed(100, 25, 0.7, 30, 10)};
+    for (const int xfer : {int{xfer_alpha_multiply}, int{xfer_alpha_multiply_luma}}) {
+        call.mode.xfer = xfer;
+        EXPECT_TRUE(same_pixels(drawn_in<Pixel>(32, call), drawn_in<Pixel>(1, call)));
+    }
+}
+
+TEST(BandedTransform, ThreadsDrawPathsAndTurns) {
+    standalone::SetPoolLimit(4);
+    TransformCall call;
+    call.matrices = {placed(100, 0, 1, 0, 0), placed(100, 10, 1.1, 20, 0), placed(100, 25, 1.2, 30, 10)};
+    for (int quality = 0; quality <= 2; ++quality) {
+        call.quality = quality;
+        int code = -1;
+        const auto once = drawn_in<QX_Pixel8>(32, call, &code);
+        EXPECT_EQ(code, 0);
+        EXPECT_TRUE(same_pixels(drawn_in<QX_Pixel8>(32, call), once));
+    }
+    standalone::SetPoolLimit(0);
+}
+
+/// Every row is either as it was or as it becomes in the end.
+template <class Pixel> bool whole_rows(TestWorld<Pixel>& now, TestWorld<Pixel>& before, TestWorld<Pixel>& after) {
+    for (int y = 0; y < now.world().height; ++y) {
+        const std::size_t bytes = static_cast<std::size_t>(now.world().width) * sizeof(Pixel);
+        if (std::memcmp(&now.at(0, y), &before.at(0, y), bytes) != 0 &&
+            std::memcmp(&now.at(0, y), &after.at(0, y), bytes) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+TEST(BandedTransform, EveryAllocationMayFail) {
+    Reports reports;
+    standalone::SetExecutor([](const boost::function<void(int)>& task, int count) {
+        for (int i = 0; i < count; ++i) task(i);
+    });
+    for (const int bands : {1, 5}) {
+        int failures = 0;
+        for (int nth = 1; nth < 100; ++nth) {
+            const Born born(bands);
+            TestWorld<QX_PixelFloat> src(900, 20, FillKind::opaque, 1);
+            TestWorld<QX_PixelFloat> dst(900, 24, FillKind::opaque, 2), before(900, 24, FillKind::opaque, 2),
+                after(900, 24, FillKind::opaque, 2);
+            TransformCall call;
+            call.matrices = {moved(0.5, 1), moved(3.5, 2), moved(9, 2)};
+            ASSERT_EQ(call(src.record(), after.record()), 0);
+            QX_FreeUpSomeMemory();
+            const auto blocks = standalone::Memory().blocks_in_use;
+            standalone::FailAllocation(nth);
+            const int code = call(src.record(), dst.record());
+            const bool failed = code != 0;
+            standalone::FailAllocation(0);
+            QX_FreeUpSomeMemory();
+            EXPECT_EQ(standalone::Memory().blocks_in_use, blocks) << nth;
+            EXPECT_TRUE(whole_rows(dst, before, after)) << nth;
+            if (!failed) break;
+            EXPECT_EQ(code, 4);
+            ++failures;
+        }
+        EXPECT_EQ(failures, bands == 1 ? 3 : 50);  // three rows; three rows and seven buffers a band
+    }
+    standalone::SetExecutor({});
+}
+
+}  // namespace
+}  // namespace qx::test

@@ -248,7 +248,7 @@ TEST(Command, SheetOfModesIsDrawn) {
 
 /// The signal comes while bands run: the file that was there stays, nothing is left, and the status tells.
 TEST(CommandDeathTest, InterruptLeavesNoFile) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    GTEST_FLAG_SET(death_test_style, "fast");  // the child works in this folder, not in one of its own
     const Folder folder;
     write_gradient(folder / "a.png", 64, 64, 255);
     qx::test::put_contents(folder / "o.png", "old");

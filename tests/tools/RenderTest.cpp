@@ -71,6 +71,18 @@ TEST_F(Render, IsWhatCompMakesOfTheSamePictures) {
     }
 }
 
+TEST_F(Render, PlacesLayersAsCompDoes) {
+    scene("placed.json", R"({'background': 'a.png', 'layers': [
+        {'file': 'b.png', 'quality': 'bicubic',
+         'transform': {'anchor': [8, 6], 'translate': [20.5, 14], 'scale': [1.5, 0.7], 'rotate': 33}},
+        {'file': 'b.png', 'transform': {'matrix': [0.5, 0.1, 0, -0.2, 0.6, 0, 7, 8, 1]}}]})");
+    run("render placed.json --frames 1 -o r.png");
+    run("comp a.png b.png --quality bicubic --anchor 8,6 --at 20,13 --translate 0.5,1 --scale 1.5,0.7 --rotate 33 "
+        "b.png --at 6,6 --matrix 0.5,0.1,0,-0.2,0.6,0,1,2,1 -o c.png");
+    EXPECT_TRUE(same("r.png", "c.png"));
+    EXPECT_FALSE(same("r.png", "a.png"));
+}
+
 TEST_F(Render, PartsOfTheFramesAreThoseOfTheWhole) {
     run("render moving.json -o whole.%d.png");
     run("render moving.json -o part.%d.png --frames 3-4");

@@ -145,6 +145,7 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
         {"moving.json -o no/x.#.png", 1, "its folder is missing"},
         {"moving.json -o no/x.mp4", 1, "no/x.mp4: "},
         {"moving.json -o x.#.png --frames 4-5", 1, "/layers/0/file q.05.png: no such file, frame 5 needs it"},
+        {"moving.json -o ../$(basename $PWD)/q.%02d.png --frames 3-4", 2, "q.03.png: is a picture of the scene"},
         {"moving.json -o x.#.png --frames 4-x", 2, "--frames 4-x"},
         {"moving.json -o x.#.png --depth 9", 2, "--depth 9: not one of 8, 16, 32"},
         {"moving.json -o x.mp4 --resume", 2, "--resume is for pictures"},

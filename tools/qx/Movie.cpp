@@ -23,9 +23,7 @@ const movie::Routines* load(const std::string& path) {
 }  // namespace
 
 bool is_movie(const std::string& path) {
-    const auto name = path.substr(path.find_last_of('/') + 1);
-    const auto dot = name.find_last_of('.');
-    const std::string ending = dot == std::string::npos ? "" : name.substr(dot + 1);
+    const std::string ending = io::extension_of(path);
     const std::string known[] = {"mp4", "mov", "mkv", "webm", "avi"};
     return std::find(std::begin(known), std::end(known), ending) != std::end(known);
 }

@@ -62,6 +62,7 @@ void render_pictures(const Scene& scene, const FrameRange& frames, const RenderO
         throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
     }
     check_output_option(names.name(frames.first));
+    check_outputs(scene, frames, names);
     const Library library;
     SceneRender render(scene);
     FrameProgress progress(frames.count());

@@ -2,18 +2,31 @@
 #include "tools/qx/Scene.h"
 
 #include <filesystem>
+#include <set>
 
+#include "tools/qx/Messages.h"
 #include "tools/qx/io/Picture.h"
 
 namespace qx::tool {
 namespace {
 
-void check_file(const Scene& scene, const SceneFile& file, int frame) {
-    const std::string path = file.at(frame);
-    std::error_code error;
-    if (std::filesystem::exists(path, error)) return;
-    throw io::Failure(scene.file,
-                      file.place + " " + path + ": no such file, frame " + std::to_string(frame) + " needs it");
+/// Hands each file that the frames show to `see`, with the first frame that shows it.
+template <class See> void each_file(const Scene& scene, const FrameRange& frames, const See& see) {
+    for (int i = 0; i < frames.count(); ++i) {
+        const auto visit = [&](const SceneFile& file) {
+            if (i == 0 || file.name.has_place()) see(file, frames.frame(i));
+        };
+        if (scene.background) visit(*scene.background);
+        for (const SceneLayer& layer : scene.layers) {
+            visit(layer.file);
+            if (layer.mask) visit(layer.mask->file);
+        }
+    }
+}
+
+std::string absolute(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(path, ignored).string();
 }
 
 }  // namespace
@@ -50,16 +63,22 @@ std::vector<M_Matrix3> SceneLayer::matrices(int frame) const {
 }
 
 void check_files(const Scene& scene, const FrameRange& frames) {
-    for (int i = 0; i < frames.count(); ++i) {
-        const auto check = [&](const SceneFile& file) {
-            if (i == 0 || file.name.has_place()) check_file(scene, file, frames.frame(i));
-        };
-        if (scene.background) check(*scene.background);
-        for (const SceneLayer& layer : scene.layers) {
-            check(layer.file);
-            if (layer.mask) check(layer.mask->file);
-        }
-    }
+    each_file(scene, frames, [&](const SceneFile& file, int frame) {
+        const std::string path = file.at(frame);
+        std::error_code ignored;
+        if (std::filesystem::exists(path, ignored)) return;
+        throw io::Failure(scene.file,
+                          file.place + " " + path + ": no such file, frame " + std::to_string(frame) + " needs it");
+    });
+}
+
+void check_outputs(const Scene& scene, const FrameRange& frames, const FramePattern& names) {
+    std::set<std::string> outputs;
+    for (int i = 0; i < frames.count(); ++i) outputs.insert(absolute(names.name(frames.frame(i))));
+    each_file(scene, frames, [&](const SceneFile& file, int frame) {
+        if (outputs.count(absolute(file.at(frame))) == 0) return;
+        throw WrongUsage("-o " + file.at(frame) + ": is a picture of the scene, at " + file.place);
+    });
 }
 
 }  // namespace qx::tool

@@ -81,5 +81,7 @@ Scene read_scene(const std::string& path);
 
 /// Throws io::Failure for the first file that a frame of the range needs and that is not there.
 void check_files(const Scene& scene, const FrameRange& frames);
+/// Throws WrongUsage when a frame would be written over a file that one of them shows.
+void check_outputs(const Scene& scene, const FrameRange& frames, const FramePattern& names);
 
 }  // namespace qx::tool

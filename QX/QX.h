@@ -13,6 +13,7 @@
 #include "QX/indep/QX_Fill.h"
 #include "QX/indep/QX_Frame.h"
 #include "QX/indep/QX_Noise.h"
+#include "QX/indep/QX_Premul.h"
 #include "QX/indep/QX_Records.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_Slots.h"

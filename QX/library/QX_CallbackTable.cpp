@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "QX/indep/QX_Fill.h"
+#include "QX/indep/QX_Premul.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/library/QX_CallbackBlock.h"
 #include "QX/library/QX_CallbackRoutines.h"
@@ -57,6 +58,12 @@ void* private_routine(Private routine) {
             return address(&QX_AppCallback);
         case Private::get_platform_data:
             return address(&platform_data_callback);
+        case Private::premultiply:
+            return address(&QX_Premul);
+        case Private::premultiply_color:
+            return address(&QX_PremulColor);
+        case Private::premultiply_color16:
+            return address(&QX_PremulColor16);
         default:
             return nullptr;
     }

@@ -40,7 +40,7 @@ TEST(Slots, ListsOfMissingRoutinesAreTrue) {
     for (const int i : qx::kPendingSlots) EXPECT_FALSE(listed(qx::kEmptySlots, i)) << i;
 }
 
-TEST(Slots, BandsReplaceTheIterateFamilyOnly) {
+TEST(Slots, BandsReplaceTheirRoutinesOnly) {
     std::vector<void*> plain;
     {
         const Born born(1);
@@ -51,7 +51,7 @@ TEST(Slots, BandsReplaceTheIterateFamilyOnly) {
     for (int i = 0; i < kQX_SlotCount; ++i) {
         if (QXp_G_OverFuncs[i] != plain[static_cast<std::size_t>(i)]) changed.push_back(i);
     }
-    EXPECT_EQ(changed, (std::vector<int>{42, 43, 51, 53}));
+    EXPECT_EQ(changed, (std::vector<int>{42, 43, 51, 52, 53}));
 }
 
 TEST(Slots, OverrideReachesOneTo117) {

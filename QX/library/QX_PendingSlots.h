@@ -16,8 +16,8 @@ inline constexpr int kEmptySlots[] = {0,  1,  11, 12, 13, 14, 15, 16, 17, 18, 19
                                       29, 30, 33, 34, 49, 50, 59, 66, 67, 69, 79, 80, 90, 91};
 
 /// Fields of the callback block whose routines are still to come.
-inline constexpr int kPendingBlockFields[] = {1,  2,  5,  6,  7,  8,  10, 19, 20, 21, 22, 23, 46,
-                                              47, 48, 49, 50, 51, 52, 53, 55, 58, 59, 60, 66, 67};
+inline constexpr int kPendingBlockFields[] = {1,  2,  5,  6,  7,  8,  10, 19, 20, 21, 22, 23,
+                                              46, 47, 48, 49, 50, 51, 52, 53, 55, 58, 59, 60};
 
 /// Fields of the callback block that are null for good.
 inline constexpr int kEmptyBlockFields[] = {0, 4, 45, 68};

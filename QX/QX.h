@@ -27,3 +27,7 @@
 #include "QX/iterate/QX_Iterate.h"
 #include "QX/library/QX_CallbackBlock.h"
 #include "QX/library/QX_Library.h"
+#include "QX/sampling/QX_AreaSample.h"
+#include "QX/sampling/QX_Samp.h"
+#include "QX/sampling/QX_SampPB.h"
+#include "QX/sampling/QX_SamplerSet.h"

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "QX/indep/QX_Area.h"
+#include "QX/sampling/QX_SampPB.h"
+
+/// The rectangle that an area sample covers, in edge coordinates: pixel i covers [i, i + 1). All in 16.16, wrapping.
+namespace qx::sampling {
+
+inline constexpr std::int32_t kOne = 0x10000, kHalf = 0x8000;
+
+enum class Branch { point, row_strip, column_strip, box };
+
+constexpr Branch branch_of(const QX_SampPB& params) {
+    if (params.y_radius > kHalf) return params.x_radius > kHalf ? Branch::box : Branch::column_strip;
+    return params.x_radius > kHalf ? Branch::row_strip : Branch::point;
+}
+
+constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
+}
+
+/// One side of the footprint: from pixel `first` on, a partial pixel where `lead` is not 0, whole ones up to `last`,
+/// and a partial one there where `tail` is not 0.
+struct Extent {
+    std::int32_t low, high;
+
+    constexpr Extent(std::int32_t centre, std::int32_t radius)
+        : low(wrapping_sum(wrapping_difference(centre, radius), kHalf)),
+          high(wrapping_sum(wrapping_sum(centre, radius), kHalf)) {}
+
+    constexpr std::int32_t length() const { return wrapping_difference(high, low); }
+    /// Cuts to a world's side. An extent that wrapped becomes one that is empty.
+    constexpr void clip(std::int32_t size) {
+        const auto end = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{size} * kOne, INT32_MAX));
+        low = std::min(std::max(low, 0), std::max(end, 0));
+        high = std::max(std::min(std::max(high, 0), std::max(end, 0)), low);
+    }
+    constexpr std::int32_t first() const { return low >> 16; }
+    constexpr std::int32_t last() const { return high >> 16; }
+    /// Coverage of the first and of the last pixel where it is partial, else 0.
+    constexpr std::int32_t lead() const { return (low & 0xFFFF) != 0 ? kOne - (low & 0xFFFF) : 0; }
+    constexpr std::int32_t tail() const { return high & 0xFFFF; }
+    /// Calls visit(pixel, coverage) for each pixel. Kept: pixels count in 16 bits, which wrap.
+    template <class Visit> void each(const Visit& visit) const {
+        auto i = static_cast<std::int16_t>(first());
+        if (lead() != 0) {
+            visit(std::int32_t{i}, lead());
+            i = static_cast<std::int16_t>(i + 1);
+        }
+        for (; i < last(); i = static_cast<std::int16_t>(i + 1)) visit(std::int32_t{i}, kOne);
+        if (tail() != 0) visit(last(), tail());
+    }
+};
+
+}  // namespace qx::sampling

@@ -1,0 +1,373 @@
+// SPDX-License-Identifier: Apache-2.0
+// Area samples against sums that are written down anew, contribution by contribution; the premultiplied routines in
+// exact integers; refusals, slots and forms.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "QX/indep/QX_Slots.h"
+#include "tests/sampling/SampSupport.h"
+
+namespace {
+
+using namespace qx::test;
+using standalone::ProcessorLevel;
+
+/// How much of pixel `i`, which covers [i, i + 1), lies between two edges, all in 16.16.
+std::int64_t coverage(std::int64_t i, std::int64_t low, std::int64_t high) {
+    return std::max<std::int64_t>(0, std::min(high, (i + 1) * 65536) - std::max(low, i * 65536));
+}
+
+/// The footprint's mean, before rounding, from sums in double in the order of rows.
+template <class Pixel>
+std::vector<double> area_model(Picture<Pixel>& picture, std::int32_t x, std::int32_t y, QX_PointSampler<Pixel> thin) {
+    const std::int64_t rx = picture.params.x_radius, ry = picture.params.y_radius;
+    const std::int64_t left = x - rx + 32768, right = x + rx + 32768, top = y - ry + 32768, bottom = y + ry + 32768;
+    double sum[4] = {};
+    const auto add = [&](std::vector<double> p, double weight) {
+        const double share = weight * p[0];
+        sum[0] += share;
+        for (std::size_t c = 1; c < 4; ++c) sum[c] += share * p[c];
+    };
+    const auto sampled = [&](std::int64_t sx, std::int64_t sy) {
+        Pixel p;
+        thin(nullptr, static_cast<std::int32_t>(sx), static_cast<std::int32_t>(sy), &picture.params, &p);
+        return channels(p);
+    };
+    const bool wide = rx > 32768, high = ry > 32768;
+    if (!wide && !high) add(sampled(x, y), double(4 * rx * ry) * 0x1p-32);
+    for (std::int64_t j = top >> 16; high && j < (bottom + 65535) >> 16; ++j) {
+        const double down = double(coverage(j, top, bottom));
+        if (!wide) add(sampled(x, j * 65536), down * double(2 * rx) * 0x1p-32);
+        for (std::int64_t i = left >> 16; wide && i < (right + 65535) >> 16; ++i) {
+            if (j < 0 || i < 0 || j >= picture.world.height || i >= picture.world.width) continue;
+            add(picture.tap(int(i), int(j)), down * double(coverage(i, left, right)) * 0x1p-32);
+        }
+    }
+    for (std::int64_t i = left >> 16; wide && !high && i < (right + 65535) >> 16; ++i) {
+        add(sampled(i * 65536, y), double(coverage(i, left, right)) * double(2 * ry) * 0x1p-32);
+    }
+    const double alpha = std::min(kFull<Pixel>, sum[0] * (0.25 / (double(rx) * 0x1p-16 * (double(ry) * 0x1p-16))));
+    if (sum[0] == 0 || alpha == 0) return {0, 0, 0, 0};
+    return {alpha, sum[1] * (1 / sum[0]), sum[2] * (1 / sum[0]), sum[3] * (1 / sum[0])};
+}
+
+template <class Pixel> class AreaSample : public testing::Test {
+protected:
+    std::mt19937_64 random{9};
+    std::int32_t below(std::int32_t n) { return static_cast<std::int32_t>(random() % static_cast<unsigned>(n)); }
+    /// Radii with all sorts of fractions, thin ones and the edge of thinness among them.
+    std::int32_t radius(std::int32_t most) {
+        switch (random() % 6) {
+            case 0:
+                return 32768 + below(3) - 1;
+            case 1:
+                return below(32769);
+            case 2:
+                return (1 + below(most)) * 32768;
+            default:
+                return below(most * 65536);
+        }
+    }
+    /// Compares `routine` with the model, rounded by `round`, over many footprints.
+    void compare(int quality, QX_PointSampler<Pixel> routine, const std::function<double(double)>& round) {
+        const auto thin = QXp_GetSamplerSet<Pixel>(quality).clipped;
+        for (const FillKind fill : {FillKind::random, FillKind::layer, FillKind::opaque, FillKind::clear}) {
+            Picture<Pixel> picture(61, 47, fill, 10);
+            for (int n = 0; n < 6000; ++n) {
+                const std::int32_t grid = n % 3 == 0 ? 32768 : 1;
+                const std::int32_t x = (below(70 * 65536) - 5 * 65536) / grid * grid;
+                const std::int32_t y = (below(56 * 65536) - 5 * 65536) / grid * grid;
+                const int most = n % 50 == 0 ? 40 : 4;
+                picture.radii(radius(most), radius(most));
+                Pixel out{};
+                ASSERT_EQ(routine(nullptr, x, y, &picture.params, &out), 0);
+                const auto want = area_model(picture, x, y, thin);
+                for (std::size_t c = 0; c < 4; ++c) {
+                    const double got = channels(out)[c], exact = round(want[c]);
+                    ASSERT_TRUE(got == exact || (std::isnan(got) && std::isnan(exact)))
+                        << got << " is not " << exact << " at " << x << ", " << y << " radii "
+                        << picture.params.x_radius << ", " << picture.params.y_radius;
+                }
+            }
+        }
+    }
+};
+using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(AreaSample, Depths);
+
+TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
+    const Born born(1, ProcessorLevel::vector);
+    const double full = kFull<TypeParam>;
+    const auto up = [full](double v) { return std::floor(std::min(v + 0.5, full + 0.5)); };
+    const auto narrow = [](double v) { return double(float(v)); };
+    const std::function<double(double)> round = sizeof(TypeParam) == 16 ? std::function<double(double)>(narrow) : up;
+    this->compare(1, &QX_AreaSample_CPlusPlus<TypeParam, 1>, round);
+    this->compare(2, &QX_AreaSample_CPlusPlus<TypeParam, 2>, round);
+    if constexpr (sizeof(TypeParam) != 16) {
+        this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, round);
+        const Born again(1, ProcessorLevel::plain);
+        const auto nearest = [full](double v) { return std::round(std::min(v, full)); };
+        this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, nearest);
+    }
+}
+
+TYPED_TEST(AreaSample, EdgesOfTheWorld) {
+    const Born born(1, ProcessorLevel::vector);
+    Picture<TypeParam> picture(8, 8, FillKind::opaque, 1);
+    const auto sample = &QX_AreaSample_CPlusPlus<TypeParam, 1>;
+    TypeParam out, inside;
+    picture.radii(2 * 65536, 65536);
+    sample(nullptr, 65536 + 32768, 3 * 65536, &picture.params, &inside);
+    picture.radii(4 * 65536, 65536);  // as much again beyond the left edge
+    sample(nullptr, -32768, 3 * 65536, &picture.params, &out);
+    EXPECT_NEAR(double(out.alpha), kFull<TypeParam> / 2, sizeof(TypeParam) == 16 ? 0 : 0.5);
+    for (std::size_t c = 1; c < 4; ++c) {
+        EXPECT_NEAR(channels(out)[c], channels(inside)[c], sizeof(TypeParam) == 16 ? 1e-6 : 0) << "colour stays";
+    }
+    sample(nullptr, 200 * 65536, 3 * 65536, &picture.params, &out);
+    EXPECT_TRUE(same(out, TypeParam{}));
+    picture.radii(0, 0);
+    sample(nullptr, 3 * 65536, 3 * 65536, &picture.params, &out);
+    EXPECT_TRUE(same(out, TypeParam{}));
+}
+
+class Premul : public AreaSample<QX_Pixel8> {
+protected:
+    Born born{1, ProcessorLevel::vector};
+};
+
+std::vector<double> premul_point(Picture<QX_Pixel8>& picture, std::int64_t x, std::int64_t y) {
+    const std::int64_t fx = x & 0xFFFF, fy = y & 0xFFFF, w1 = (65536 - fy) * fx / 65536, w2 = (65536 - fx) * fy / 65536;
+    const std::int64_t w3 = fx * fy / 65536, weight[4] = {65536 - w1 - w2 - w3, w1, w2, w3};
+    std::vector<double> out;
+    for (std::size_t c = 0; c < 4; ++c) {
+        std::int64_t sum = 32768;
+        for (int i = 0; i < 4; ++i) {
+            const auto p = picture.tap(static_cast<int>(x >> 16) + i % 2, static_cast<int>(y >> 16) + i / 2);
+            sum += static_cast<std::int64_t>(p[c]) * weight[i];
+        }
+        out.push_back(static_cast<double>(sum >> 16));
+    }
+    return out;
+}
+
+TEST_F(Premul, PointIsExact) {
+    for (const FillKind fill : {FillKind::random, FillKind::extremes}) {
+        Picture<QX_Pixel8> picture(9, 7, fill, 1);
+        for (int n = 0; n < 400000; ++n) {
+            const std::int32_t grid = n % 4 == 0 ? 32768 : 1;
+            const std::int32_t x = (below(12 * 65536) - 2 * 65536) / grid * grid;
+            const std::int32_t y = (below(10 * 65536) - 2 * 65536) / grid * grid;
+            QX_Pixel8 out;
+            ASSERT_EQ(QX_SubpixelSample_Premul(nullptr, x, y, &picture.params, &out), 0);
+            ASSERT_EQ(channels(out), premul_point(picture, x, y)) << x << ", " << y;
+        }
+    }
+}
+
+TEST_F(Premul, AreaIsExact) {
+    Picture<QX_Pixel8> picture(21, 17, FillKind::random, 1);
+    for (int i = 0; i < 100; ++i) picture.at(i % 10, i / 10) = {};
+    for (int n = 0; n < 60000; ++n) {
+        const std::int32_t grid = n % 3 == 0 ? 32768 : 1;
+        const std::int64_t x = (below(25 * 65536) - 2 * 65536) / grid * grid,
+                           y = (below(21 * 65536) - 2 * 65536) / grid * grid;
+        const std::int64_t rx = 200 + radius(3), ry = 200 + radius(3);
+        picture.radii(static_cast<std::int32_t>(rx), static_cast<std::int32_t>(ry));
+        const auto cut = [](std::int64_t v, int size) { return std::clamp<std::int64_t>(v, 0, size * 65536); };
+        const std::int64_t left = cut(x - rx + 32768, 21), right = cut(x + rx + 32768, 21);
+        const std::int64_t top = cut(y - ry + 32768, 17), bottom = cut(y + ry + 32768, 17);
+        const std::int64_t width = right - left, height = bottom - top;
+        std::int64_t sum[4] = {};
+        const auto add = [&](const std::vector<double>& p, std::int64_t a, std::int64_t b) {
+            const std::int64_t covered = a * b / 65536;
+            for (std::size_t c = 0; c < 4; ++c) sum[c] += static_cast<std::int64_t>(p[c]) * (covered * 256) / 65536;
+        };
+        const bool wide = rx > 32768, high = ry > 32768;
+        if (!wide && !high && width * height > 0) add(premul_point(picture, x, y), width, height);
+        for (int i = 0; i < 21 && wide && !high && height > 0; ++i) {
+            if (const auto c = coverage(i, left, right))
+                add(premul_point(picture, i * 65536, top - 32768 + height / 2), c, height);
+        }
+        for (int j = 0; j < 17 && high; ++j) {
+            const auto down = coverage(j, top, bottom);
+            if (!wide && width > 0 && down > 0)
+                add(premul_point(picture, left - 32768 + width / 2, j * 65536), down, width);
+            for (int i = 0; i < 21 && wide; ++i) add(picture.tap(i, j), coverage(i, left, right), down);
+        }
+        const std::int64_t divisor = (picture.params.area + 128) / 256;
+        std::vector<double> want(4);
+        for (std::size_t c = 0; c < 4 && sum[0] > 0 && divisor > 0 && (c == 0 || want[0] > 0); ++c) {
+            want[c] = static_cast<double>(std::min<std::int64_t>(255, (sum[c] + divisor / 2) / divisor));
+        }
+        QX_Pixel8 out;
+        ASSERT_EQ(QX_AreaSample_Premul(nullptr, static_cast<std::int32_t>(x), static_cast<std::int32_t>(y),
+                                       &picture.params, &out),
+                  0);
+        ASSERT_EQ(channels(out), want) << x << ", " << y << " radii " << rx << ", " << ry;
+    }
+    picture.radii(4 * 65536, 4 * 65536).area = 0;
+    QX_Pixel8 out{1, 2, 3, 4};
+    QX_AreaSample_Premul(nullptr, 15 * 65536, 9 * 65536, &picture.params, &out);
+    EXPECT_TRUE(same(out, QX_Pixel8{})) << "an area of 0 divides nothing";
+}
+
+/// Between pixels whose alphas agree the vector form mixes down, then across; elsewhere it is the plain one.
+TEST(SamplerForms, UncheckedEightBits) {
+    std::mt19937_64 random(3);
+    int different = 0;
+    for (const FillKind fill : {FillKind::opaque, FillKind::random, FillKind::layer, FillKind::clear}) {
+        Picture<QX_Pixel8> picture(33, 9, fill, 5);
+        for (const auto level : {ProcessorLevel::plain, ProcessorLevel::vector}) {
+            const Born born(1, level);
+            random.seed(3);
+            for (int n = 0; n < (fill == FillKind::opaque ? 1000000 : 100000); ++n) {
+                const auto x = static_cast<std::int32_t>(random() % (32 * 65536)),
+                           y = static_cast<std::int32_t>(random() % (8 * 65536));
+                QX_Pixel8 out, clipped;
+                QX_SubpixelSampleNoClip_Straight(nullptr, x, y, &picture.params, &out);
+                QX_SubpixelSample_Straight(nullptr, x, y, &picture.params, &clipped);
+                const auto p = [&](int i, int j) { return picture.at((x >> 16) + i, (y >> 16) + j); };
+                const bool two_stages = level == ProcessorLevel::vector && p(0, 0).alpha == p(1, 0).alpha &&
+                                        p(0, 0).alpha == p(0, 1).alpha && p(0, 0).alpha == p(1, 1).alpha;
+                if (!two_stages) {
+                    ASSERT_TRUE(same(out, clipped));
+                } else if (p(0, 0).alpha == 0) {
+                    ASSERT_TRUE(same(out, clipped)) << "clear, whatever the colours";
+                } else {
+                    const float fx = float(x & 0xFFFF) / 65536, fy = float(y & 0xFFFF) / 65536;
+                    const auto mix = [&](auto c) {
+                        const float left = p(0, 0).*c + float(p(0, 1).*c - p(0, 0).*c) * fy;
+                        const float right = p(1, 0).*c + float(p(1, 1).*c - p(1, 0).*c) * fy;
+                        return static_cast<std::uint8_t>((right - left) * fx + left + 0.5f);
+                    };
+                    const QX_Pixel8 want{p(0, 0).alpha, mix(&QX_Pixel8::red), mix(&QX_Pixel8::green),
+                                         mix(&QX_Pixel8::blue)};
+                    ASSERT_TRUE(same(out, want)) << x << ", " << y;
+                    different += !same(out, clipped);
+                }
+            }
+        }
+    }
+    EXPECT_GT(different, 0) << "the two forms are to be told apart";
+}
+
+/// Kept: four at once have no threshold and no exits, so a faint alpha keeps its place in the colours.
+TEST(SamplerForms, FourAtOnce) {
+    const Born born;
+    std::mt19937_64 random(3);
+    for (const FillKind fill : {FillKind::random, FillKind::extremes, FillKind::clear}) {
+        Picture<QX_Pixel8> picture(33, 9, fill, 5);
+        for (int n = 0; n < 50000; ++n) {
+            std::int32_t coords[8];
+            for (int i = 0; i < 8; ++i) coords[i] = static_cast<std::int32_t>(random() % ((i % 2 ? 8 : 32) * 65536));
+            QX_Pixel8 out[4], one;
+            double weights[4];
+            ASSERT_EQ(QX_SubpixelSampleNoClip_Straight_4(nullptr, coords, &picture.params, out), 0);
+            for (int i = 0; i < 4; ++i) {
+                const std::int32_t x = coords[2 * i], y = coords[2 * i + 1];
+                QX_SubpixelSampleComputeWeight(x & 0xFFFF, y & 0xFFFF, weights);
+                double sum[4] = {};
+                for (int k = 0; k < 4; ++k) {
+                    const auto p = picture.tap((x >> 16) + k % 2, (y >> 16) + k / 2);
+                    sum[0] += weights[k] * p[0];
+                    for (std::size_t c = 1; c < 4; ++c) sum[c] += weights[k] * p[0] * p[c];
+                }
+                ASSERT_NEAR(out[i].alpha, sum[0], 0.501);
+                ASSERT_TRUE(sum[0] != 0 || same(out[i], QX_Pixel8{}));
+                ASSERT_NEAR(out[i].green, sum[0] > 0.1 ? sum[2] / sum[0] : out[i].green, 0.51);
+            }
+            ASSERT_EQ(QX_SubpixelSampleTranslateNoClip_Straight_4(nullptr, coords, weights, &picture.params, out), 0);
+            for (int i = 0; i < 4; ++i) {
+                QX_SubpixelSampleTranslateNoClip_Straight(nullptr, coords[2 * i], coords[2 * i + 1], weights,
+                                                          &picture.params, &one);
+                ASSERT_TRUE(same(one, out[i]));
+            }
+        }
+    }
+}
+
+/// Kept: translations under the bicubic name are bilinear and keep colour under an alpha that rounds to nothing.
+TEST(SamplerForms, TranslationsUnderTheBicubicName) {
+    const Born born;
+    const double weights[4] = {0.001, 0.999, 0, 0};
+    Picture<QX_Pixel8> picture8(2, 2, FillKind::clear, 1);
+    Picture<QX_Pixel16> picture16(2, 2, FillKind::clear, 1);
+    picture8.at(0, 0) = {1, 200, 100, 50};
+    picture16.at(0, 0) = {1, 200, 100, 50};
+    QX_Pixel8 out8;
+    QX_Pixel16 out16;
+    for (const int quality : {1, 2}) {
+        QXp_GetSamplerSet<QX_Pixel8>(quality).translate(nullptr, 1, 0, weights, &picture8.params, &out8);
+        QXp_GetSamplerSet<QX_Pixel16>(quality).translate(nullptr, 1, 0, weights, &picture16.params, &out16);
+        EXPECT_TRUE(same(out8, quality == 1 ? QX_Pixel8{} : QX_Pixel8{0, 200, 100, 50}));
+        EXPECT_TRUE(same(out16, quality == 1 ? QX_Pixel16{} : QX_Pixel16{0, 200, 100, 50}));
+    }
+}
+
+TEST(SamplerForms, GpuWorldsAreRefused) {
+    const Born born;
+    Reports reports;
+    VPix* frame = nullptr;
+    QX_LayerDef world{};
+    world.platform_ref = &frame;
+    QX_SampPB params{};
+    params.src = &world;
+    QX_Pixel8 p8{1, 2, 3, 4};
+    QX_Pixel16 p16{1, 2, 3, 4};
+    QX_PixelFloat p{1, 2, 3, 4};
+    float sum = 5;
+    const std::string later = "gpu effect world is not supported yet.", never = "gpu effect world is not supported.";
+    const auto refused = [&](int code, const std::string& text) {
+        EXPECT_EQ(code, 3);
+        EXPECT_EQ(reports.last_text(), text);
+        EXPECT_TRUE(same(p8, QX_Pixel8{1, 2, 3, 4}) && same(p16, QX_Pixel16{1, 2, 3, 4}) &&
+                    same(p, QX_PixelFloat{1, 2, 3, 4}));
+        EXPECT_EQ(sum, 5);
+        reports.clear();
+    };
+    bool all_in;
+    refused(QX_NNSample(nullptr, 0, 0, &params, &p8), later);
+    refused(QX_NNSample16(nullptr, 0, 0, &params, &p16), later);
+    refused(QX_NNSampleFloat(nullptr, 0, 0, &params, &p), later);
+    refused(QX_SubpixelSample_Premul(nullptr, 0, 0, &params, &p8), never);
+    refused(QX_AreaSample_Premul(nullptr, 0, 0, &params, &p8), never);
+    refused(QX_SubpixelBilinearFloat(nullptr, 0, 0, &params, &p), never);
+    refused(QX_SubpixelNoClipBilinearFloat(nullptr, 0, 0, &params, &p), never);
+    refused(QX_SubpixelSpanSampleAllInBilinearFloat(nullptr, 0, 0, &params, &all_in, &p), never);
+    refused(QX_SubpixelSpanSampleBilinearFloat(nullptr, 1, 0, 0, &params, &sum, &p), never);
+    refused(QX_AreaSample_CPlusPlus<QX_Pixel8, 1>(nullptr, 0, 0, &params, &p8), never);
+    refused(QX_AreaSample_CPlusPlus<QX_Pixel16, 2>(nullptr, 0, 0, &params, &p16), never);
+    refused(QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>(nullptr, 0, 0, &params, &p), never);
+    for (const int count : {0, -3}) {
+        EXPECT_EQ(QX_SubpixelSpanSampleBilinearFloat(nullptr, count, 0, 0, &params, &sum, &p), 0);
+    }
+    EXPECT_TRUE(reports.all().empty() && sum == 5 && p.alpha == 1);
+}
+
+int sampler_of_test(void*, std::int32_t, std::int32_t, const QX_SampPB*, QX_Pixel8* out) {
+    *out = {9, 8, 7, 6};
+    return 77;
+}
+
+/// What goes through the table obeys it, and thin footprints read with what stands there.
+TEST(SamplerForms, TheTableRules) {
+    const Born born(1, ProcessorLevel::vector);
+    Picture<QX_Pixel8> picture(4, 4, FillKind::opaque, 1);
+    picture.radii(32768, 32768);
+    QX_Pixel8 out;
+    for (const int slot : {3, 5, 61}) QX_SetOverrideFunc(slot, reinterpret_cast<void*>(&sampler_of_test));
+    for (const auto routine : {&QX_AreaSample_Straight, &QX_SubpixelSampleNoClip_Straight}) {
+        EXPECT_EQ(routine(nullptr, 0, 0, &picture.params, &out), 77);
+    }
+    const auto set = QXp_GetSamplerSet<QX_Pixel8>(-4);
+    EXPECT_TRUE(set.clipped == &sampler_of_test && set.area == &sampler_of_test && set.unclipped == &sampler_of_test);
+    ASSERT_EQ((QX_AreaSample_CPlusPlus<QX_Pixel8, 1>(nullptr, 65536, 65536, &picture.params, &out)), 0);
+    EXPECT_TRUE(same(out, QX_Pixel8{9, 8, 7, 6}));
+    for (const int quality : {-1, 0, 4}) EXPECT_EQ(QX_GetSampleQualityPixelSupport(quality), 0);
+    EXPECT_TRUE(QX_GetSampleQualityPixelSupport(1) == 1 && QX_GetSampleQualityPixelSupport(2) == 2 &&
+                QX_GetSampleQualityPixelSupport(3) == 2);
+}
+
+}  // namespace

@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: Apache-2.0
+// Nearest, bilinear and bicubic samples against formulas in double, and against each other.
+#include <gtest/gtest.h>
+
+#include "QX/indep/QX_Slots.h"
+#include "tests/sampling/SampSupport.h"
+
+namespace {
+
+using namespace qx::test;
+using standalone::ProcessorLevel;
+
+constexpr FillKind kFills[] = {FillKind::random, FillKind::opaque,   FillKind::clear,
+                               FillKind::layer,  FillKind::extremes, FillKind::edges};
+
+/// Keys' kernel, a = -0.75, in its textbook form.
+double keys(double t) {
+    constexpr double a = -0.75;
+    t = std::abs(t);
+    if (t <= 1) return (a + 2) * t * t * t - (a + 3) * t * t + 1;
+    return t < 2 ? a * t * t * t - 5 * a * t * t + 8 * a * t - 4 * a : 0;
+}
+double tent(double t) { return std::max(0.0, 1 - std::abs(t)); }
+
+/// Alpha and colours by a separable kernel: colours weighted by alpha, or plain where there is none.
+struct Model {
+    double alpha = 0, by_alpha[3] = {}, plain[3] = {};
+    bool one_alpha = true;
+    double first = -1;
+
+    template <class Pixel, class Kernel>
+    Model(Picture<Pixel>& picture, std::int32_t x, std::int32_t y, int reach, const Kernel& kernel) {
+        for (int j = 1 - reach; j <= reach; ++j) {
+            for (int i = 1 - reach; i <= reach; ++i) {
+                const auto p = picture.tap((x >> 16) + i, (y >> 16) + j);
+                const double w = kernel(i - (x & 0xFFFF) / 65536.0) * kernel(j - (y & 0xFFFF) / 65536.0);
+                one_alpha &= first < 0 || p[0] == first;
+                first = p[0];
+                alpha += w * p[0];
+                for (std::size_t c = 0; c < 3; ++c) by_alpha[c] += w * p[0] * p[c + 1], plain[c] += w * p[c + 1];
+            }
+        }
+    }
+    double colour(std::size_t c, bool keeps) const {
+        if (one_alpha) return first == 0 && !keeps ? 0 : plain[c];
+        return alpha == 0 ? keeps ? plain[c] : 0 : by_alpha[c] / alpha;
+    }
+};
+
+/// Half a step and what single precision adds; at float depth the latter alone.
+template <class Pixel> double tolerance(double value) {
+    return sizeof(Pixel) == 16 ? 2e-5 * (1 + std::abs(value)) : sizeof(Pixel) == 8 ? 0.52 : 0.5002;
+}
+/// A sum of float shares has this much error at most, in steps of the depth.
+template <class Pixel> double noise() { return kFull<Pixel> * 4e-6; }
+
+template <class Pixel> class PointSample : public testing::Test {
+protected:
+    Born born{1, ProcessorLevel::plain};
+    std::mt19937_64 random{5};
+
+    int within(int low, int high) { return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1)); }
+    /// A position whose integer part lies between the bounds, often with a fraction of 0 or beside it.
+    std::int32_t position(int low, int high) {
+        constexpr int corners[] = {0, 1, 0x8000, 0xFFFF};
+        const auto fraction = random() % 3 == 0 ? corners[random() % 4] : static_cast<int>(random() & 0xFFFF);
+        return within(low, high) * 65536 + fraction;
+    }
+};
+using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(PointSample, Depths);
+
+TYPED_TEST(PointSample, BilinearIsTheModel) {
+    const auto sample = QXp_GetSamplerSet<TypeParam>(1).clipped;
+    constexpr bool is_float = sizeof(TypeParam) == 16;
+    for (const FillKind fill : kFills) {
+        Picture<TypeParam> picture(23, 17, fill, 3);
+        for (int n = 0; n < 60000; ++n) {
+            const std::int32_t x = this->position(-3, 25), y = this->position(-3, 19);
+            TypeParam out;
+            ASSERT_EQ(sample(nullptr, x, y, &picture.params, &out), 0);
+            const Model m(picture, x, y, 1, tent);
+            const auto got = channels(out);
+            SCOPED_TRACE(testing::Message() << "fill " << int(fill) << " at " << x << ", " << y);
+            if (!is_float && ((x | y) & 0xFFFF) == 0) {
+                ASSERT_EQ(got, picture.tap(x >> 16, y >> 16));
+                continue;
+            }
+            if (!is_float && std::abs(m.alpha - 0.5) < 1e-3) continue;  // on the edge of vanishing
+            const bool vanishes = !is_float && m.alpha < 0.5;
+            const double alpha = is_float && !m.one_alpha ? std::min(m.alpha, 1.0) : m.alpha;
+            ASSERT_NEAR(got[0], vanishes ? 0 : alpha, tolerance<TypeParam>(m.alpha));
+            if (is_float && !m.one_alpha && (std::abs(m.alpha) < 1e-3 || m.alpha > 1)) continue;
+            for (std::size_t c = 0; c < 3; ++c) {
+                const double want = vanishes ? 0 : std::min(m.colour(c, is_float), is_float ? 1e9 : kFull<TypeParam>);
+                const double share = is_float && !m.one_alpha ? std::min(1.0, std::abs(m.alpha)) : 1;
+                ASSERT_NEAR(got[c + 1], want, tolerance<TypeParam>(want) / share) << "colour " << c;
+            }
+        }
+    }
+}
+
+TYPED_TEST(PointSample, BicubicIsKeysKernel) {
+    const auto sample = QXp_GetSamplerSet<TypeParam>(3).clipped;
+    const double full = kFull<TypeParam>;
+    constexpr bool is_float = sizeof(TypeParam) == 16;
+    for (const FillKind fill : kFills) {
+        Picture<TypeParam> picture(23, 17, fill, 4);
+        for (int i = 0; is_float && i < 23 * 17; ++i) {  // by the smallest alphas no colour can be divided
+            auto& alpha = picture.at(i % 23, i / 23).alpha;
+            alpha = static_cast<QX_ChannelOf<TypeParam>>(alpha < 1e-6 ? 0 : alpha);
+        }
+        for (int n = 0; n < 40000; ++n) {
+            const std::int32_t x = this->position(-4, 26), y = this->position(-4, 20);
+            TypeParam out;
+            ASSERT_EQ(sample(nullptr, x, y, &picture.params, &out), 0);
+            const Model m(picture, x, y, 2, keys);
+            const auto got = channels(out);
+            SCOPED_TRACE(testing::Message() << "fill " << int(fill) << " at " << x << ", " << y);
+            ASSERT_NEAR(got[0], std::clamp(m.alpha, 0.0, full), tolerance<TypeParam>(1)) << m.alpha;
+            // Colour is a quotient by alpha; close to 0 nothing of it is left but rounding.
+            if (!m.one_alpha && std::abs(m.alpha) < 0.05 * full) continue;
+            for (std::size_t c = 0; c < 3; ++c) {
+                const double v = m.colour(c, true), want = is_float ? v : std::clamp(v, 0.0, full);
+                ASSERT_NEAR(got[c + 1], want, tolerance<TypeParam>(want) + (is_float ? 1e-4 : noise<TypeParam>() * 60));
+            }
+        }
+    }
+}
+
+/// Inside, every route gives the pixel of the clipped sample; the reports are as stated.
+TYPED_TEST(PointSample, RoutesAgree) {
+    for (const int quality : {1, 2}) {
+        const auto set = QXp_GetSamplerSet<TypeParam>(quality);
+        for (const FillKind fill : kFills) {
+            Picture<TypeParam> picture(40, 12, fill, 6);
+            for (int n = 0; n < 20000; ++n) {
+                const std::int32_t x = this->position(-2, 40), y = this->position(-2, 12);
+                const int column = x >> 16, row = y >> 16, reach = quality;
+                const bool between = ((x | y) & 0xFFFF) != 0;
+                TypeParam clipped, plus, other[9];
+                bool all_in = true;
+                set.clipped(nullptr, x, y, &picture.params, &clipped);
+                set.plus(nullptr, x, y, &picture.params, &all_in, &plus);
+                ASSERT_TRUE(same(clipped, plus));
+                const bool inside = column >= reach - 1 && row >= reach - 1 && column + reach < 40 && row + reach < 12;
+                const bool told = quality == 2 ? column >= 1 && column < 37 && row >= 2 && row < 10
+                                               : inside && (between || sizeof(TypeParam) == 16);
+                ASSERT_EQ(all_in, told) << x << ", " << y << " quality " << quality;
+                if (!inside) continue;
+                set.unclipped(nullptr, x, y, &picture.params, other);
+                ASSERT_TRUE(same(clipped, other[0]));
+                if (quality == 1 && between) {
+                    double weights[4];
+                    QX_SubpixelSampleComputeWeight(x & 0xFFFF, y & 0xFFFF, weights);
+                    set.translate(nullptr, x, y, weights, &picture.params, other);
+                    ASSERT_TRUE(sizeof(TypeParam) != 8 || same(clipped, other[0])) << x << ", " << y;
+                    // Weights in double may narrow to others than those computed in float.
+                    for (std::size_t c = 0; c < 4 && clipped.alpha > 2 * noise<TypeParam>() + kFull<TypeParam> * 0.01;
+                         ++c) {
+                        const double want = channels(clipped)[c];
+                        ASSERT_NEAR(channels(other[0])[c], want,
+                                    sizeof(TypeParam) == 4 ? 1 : 1e-4 * (1 + std::abs(want)));
+                    }
+                }
+                const int count = std::min(9, 40 - reach - column);
+                QX_AlphaSumOf<TypeParam> sum{7}, want{7};
+                set.span(nullptr, count, x, y, &picture.params, &sum, other);
+                for (int k = 0; k < count; ++k) {
+                    want += other[k].alpha;
+                    set.clipped(nullptr, x + k * 65536, y, &picture.params, &clipped);
+                    if (!between && other[k].alpha == 0) continue;  // the run alone mixes at whole positions
+                    ASSERT_TRUE(same(clipped, other[k])) << x << ", " << y << " pixel " << k;
+                }
+                ASSERT_EQ(sum, want);
+            }
+        }
+    }
+}
+
+/// Weights of a translation, in double, are exact: sum, size and order.
+TEST(SampleWeights, SumToOne) {
+    for (int fx = 0; fx < 65536; fx += 51) {
+        for (int fy = 0; fy < 65536; fy += 257) {
+            double w[4];
+            ASSERT_EQ(QX_SubpixelSampleComputeWeight(fx, fy, w), 0);
+            const double x = fx / 65536.0, y = fy / 65536.0;
+            ASSERT_TRUE(w[0] == (1 - x) * (1 - y) && w[1] == x * (1 - y) && w[2] == (1 - x) * y && w[3] == x * y);
+        }
+    }
+}
+
+TYPED_TEST(PointSample, AConstantStays) {
+    constexpr auto full = qx::DepthOf<TypeParam>::full;
+    Picture<TypeParam> picture(9, 9, FillKind::opaque, 1);
+    const TypeParam colour{full, static_cast<QX_ChannelOf<TypeParam>>(full / 3), 0, full};
+    for (int i = 0; i < 81; ++i) picture.at(i % 9, i / 9) = colour;
+    for (const int quality : {1, 2}) {
+        const auto set = QXp_GetSamplerSet<TypeParam>(quality);
+        for (int n = 0; n < 100000; ++n) {
+            TypeParam out[2];
+            const std::int32_t x = this->position(1, 5), y = this->position(1, 5);
+            set.clipped(nullptr, x, y, &picture.params, out);
+            picture.radii(this->within(1, 65536), this->within(1, 65536));
+            set.area(nullptr, 4 * 65536, 4 * 65536, &picture.params, out + 1);
+            for (const TypeParam& p : out) {
+                for (std::size_t c = 0; c < 4; ++c) {
+                    ASSERT_NEAR(channels(p)[c], channels(colour)[c], sizeof p == 16 ? 1e-6 : 0) << x << ", " << y;
+                }
+            }
+        }
+    }
+}
+
+/// Any position and any source size: what lies outside is zero, and nothing beside the pixels is read.
+TYPED_TEST(PointSample, AnywhereAtAll) {
+    constexpr std::int32_t extremes[] = {INT32_MIN, INT32_MIN + 1, -65537,     -65536,   -65535, -1, 0,
+                                         1,         0x7FFF8000,    0x7FFF7FFF, INT32_MAX};
+    const auto anything = [&] {
+        const auto any = static_cast<std::int32_t>(this->random());
+        return this->random() % 2 ? any >> (this->random() % 20) : extremes[this->random() % std::size(extremes)];
+    };
+    for (int n = 0; n < 60000; ++n) {
+        Picture<TypeParam> picture(this->within(1, 5), this->within(1, 5), FillKind::opaque, 2);
+        const std::int32_t x = anything(), y = anything();
+        picture.radii(anything() & 0x1FFFFF, anything() & 0x1FFFFF);
+        for (const int quality : {1, 2}) {
+            const auto set = QXp_GetSamplerSet<TypeParam>(quality);
+            TypeParam out, plus;
+            bool all_in;
+            set.clipped(nullptr, x, y, &picture.params, &out);
+            set.plus(nullptr, x, y, &picture.params, &all_in, &plus);
+            ASSERT_TRUE(same(out, plus));
+            const int column = x >> 16, row = y >> 16;
+            const bool far = column < -2 || row < -2 || column > 6 || row > 6;
+            ASSERT_TRUE(!far || same(out, TypeParam{}));
+            set.area(nullptr, x, y, &picture.params, &out);
+        }
+    }
+    for (const auto& [rx, ry] : {std::pair{INT32_MAX, INT32_MAX}, {INT32_MIN, 9}, {-70000, 70000}, {40000, -7}}) {
+        Picture<TypeParam> picture(3, 3, FillKind::random, 2);
+        picture.radii(rx, ry);
+        for (const std::int32_t x : extremes) {
+            TypeParam out;
+            QXp_GetSamplerSet<TypeParam>(1).area(nullptr, x, -x / 2, &picture.params, &out);
+        }
+    }
+}
+
+TYPED_TEST(PointSample, NearestAndWholePositions) {
+    constexpr int kNearest = sizeof(TypeParam) == 4 ? 2 : 63;
+    const auto nearest = [](int x, int y, QX_SampPB* params, TypeParam* out) {
+        if constexpr (sizeof(TypeParam) == 16) return QX_NNSampleFloat(nullptr, x, y, params, out);
+        return qx::slot_at<qx::PointSamplerFn<TypeParam>>(kNearest)(nullptr, x, y, params, out);
+    };
+    Picture<TypeParam> picture(5, 4, FillKind::random, 8);
+    for (std::int32_t x = -70000; x < 6 * 65536; x += 1357) {
+        for (std::int32_t y = -70000; y < 5 * 65536; y += 7919) {
+            TypeParam out;
+            ASSERT_EQ(nearest(x, y, &picture.params, &out), 0);
+            const auto column = static_cast<int>(std::floor(x / 65536.0 + 0.5));
+            const auto row = static_cast<int>(std::floor(y / 65536.0 + 0.5));
+            ASSERT_EQ(channels(out), picture.tap(column, row)) << x << ", " << y;
+        }
+    }
+    TypeParam out;
+    nearest(0x7FFFC000, 0, &picture.params, &out);
+    EXPECT_TRUE(same(out, TypeParam{})) << "wraps to the left";
+}
+
+}  // namespace

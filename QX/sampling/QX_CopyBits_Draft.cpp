@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "QX/indep/QX_Area.h"
+#include "QX/indep/QX_CopyRows.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/indep/QX_StackWorld.h"
@@ -24,6 +25,12 @@ constexpr qx::copy_bits::OverflowTexts kOverflow{kPlace, "QXp_CopyBitsUniversal 
 template <class From, class To>
 void scale_row(const From* src, std::int32_t src_columns, To* dst, std::int32_t dst_columns) {
     if (src_columns == dst_columns) {
+        if constexpr (!std::is_same_v<From, To> && !std::is_same_v<From, QX_PixelFloat>) {  // one rule for all copies
+            const qx::CopyRow row = qx::copy_row(qx::DepthOf<From>::number, qx::DepthOf<To>::number);
+            row(reinterpret_cast<const std::byte*>(src), reinterpret_cast<std::byte*>(dst),
+                static_cast<std::size_t>(src_columns), false);
+            return;
+        }
         for (std::int32_t x = 0; x < src_columns; ++x) dst[x] = qx::copied_pixel<To>(src[x]);
         return;
     }

@@ -4,6 +4,7 @@
 #include "QX/indep/QX_Slots.h"
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_CopyBits.h"
+#include "QX/sampling/QX_Runs.h"
 #include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampForms.h"
 
@@ -44,9 +45,10 @@ void fill_copies() {
 
 }  // namespace
 
-void fill_sampling_slots(bool vector, [[maybe_unused]] bool faster) {
+void fill_sampling_slots(bool vector, bool faster) {
     fill_samplers8(vector);
     fill_samplers16(vector);
+    choose_run_forms(faster);
     fill_copies();
 }
 

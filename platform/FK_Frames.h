@@ -12,6 +12,10 @@ namespace FK {
 /// Format of the frame behind a handle. @return false when no frame is behind it.
 PLATFORM_EXPORT bool GetFramePixelFormat(VPix** handle, tesselmediatypes::PixelFormat* format);
 
+/// Address of the pixels of a frame that lives on the GPU, in the device's memory.
+/// @return false when no frame is behind the handle, or one in the processor's memory
+PLATFORM_EXPORT bool GetFrameDeviceMemory(VPix** handle, void** memory);
+
 /// Gives a frame's handle back to the host.
 PLATFORM_EXPORT void DisposeVPixFromVideoFrame(VPix** handle);
 

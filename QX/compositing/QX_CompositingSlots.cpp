@@ -4,6 +4,7 @@
 #include "QX/compositing/QX_RowDriver.h"
 #include "QX/compositing/QX_RowLookup.h"
 #include "QX/compositing/QX_TransferRect.h"
+#include "QX/indep/QX_Premul.h"
 #include "QX/indep/QX_Slots.h"
 
 namespace qx {
@@ -37,6 +38,7 @@ void fill_level(const Level& level) {
 void fill_compositing_slots(bool vector, bool faster) {
     set_slot<Slot::TransferRect>(&QX_TransferRect_S);
     set_slot<Slot::TransferRectPlus>(&QX_TransferRectPlus);
+    set_slot<Slot::PremulRect>(&QX_PremulRect_S);
     fill_lookups(static_cast<int>(Slot::Rows8), row_lookups8);
     fill_lookups(static_cast<int>(Slot::Rows16), row_lookups16);
     fill_lookups(static_cast<int>(Slot::RowsFloat), row_lookups_float);

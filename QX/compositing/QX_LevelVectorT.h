@@ -36,6 +36,7 @@ namespace qx::QX_ISA {
 /// With four lanes the division of the black filter gains nothing over the table of the plain form.
 constexpr FilterSet<QX_Pixel8> filters8() {
     FilterSet<QX_Pixel8> set = filter_set<Depth8>;
+    set.filter[0] = &multiply_row8;
     if (sizeof(Wide) == 16) set.filter[1] = nullptr;
     return set;
 }

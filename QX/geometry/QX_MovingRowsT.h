@@ -82,7 +82,11 @@ template <class Pixel> class MovingQualityRows {
 public:
     MovingQualityRows(const QX_SamplerSet<Pixel>& samplers, const QX_SampPB& block, bool averages,
                       const LinearPaths& paths)
-        : samplers_(samplers), block_(block), averages_(averages), paths_(paths) {}
+        : samplers_(samplers),
+          block_(block),
+          run_(run_form<Pixel>(samplers.unclipped)),
+          averages_(averages),
+          paths_(paths) {}
 
     QX_AlphaSumOf<Pixel> sample(std::int32_t count, Pixel* out) const {
         double weights[kQX_MaxSubFrames][4];
@@ -135,6 +139,12 @@ private:
             return all_in;
         };
         bracket(paths_.steps, run_fits(p, step, paths_.steps), tested, [&](std::int32_t k, std::int32_t end) {
+            if (weights == nullptr && run_ != nullptr) {
+                Pixel run[kQX_MaxSubFrames];
+                run_(end - k, p + step * k, step, *block_.src, run);
+                for (std::int32_t i = 0; i < end - k; ++i) sum.add(run[i]);
+                return;
+            }
             for (; k < end; ++k) {
                 const FixedPoint q = p + step * k;
                 if (weights != nullptr) {
@@ -150,6 +160,7 @@ private:
 
     QX_SamplerSet<Pixel> samplers_;
     QX_SampPB block_;
+    RunSampler<Pixel> run_;
     bool averages_;
     LinearPaths paths_;
 };

@@ -6,6 +6,7 @@
 #include "QX/geometry/QX_Footprint.h"
 #include "QX/indep/QX_RoutineTypes.h"
 #include "QX/sampling/QX_Nearest.h"
+#include "QX/sampling/QX_Runs.h"
 #include "QX/sampling/QX_SamplerSet.h"
 
 namespace qx {
@@ -81,6 +82,7 @@ public:
                      const RowGeometry& geometry)
         : samplers_(samplers),
           block_(block),
+          run_(run_form<Pixel>(samplers.unclipped)),
           averages_(averages),
           at_(geometry.start),
           dx_(geometry.dx),
@@ -103,6 +105,9 @@ public:
             if (dx_ == FixedPoint{kFixedOne, 0}) {
                 const FixedPoint p = at_ + dx_ * from;
                 samplers_.span(nullptr, to - from, p.x, p.y, &block_, &sum, out + from);
+            } else if (run_ != nullptr) {
+                sum +=
+                    static_cast<QX_AlphaSumOf<Pixel>>(run_(to - from, at_ + dx_ * from, dx_, *block_.src, out + from));
             } else {
                 take(samplers_.unclipped, from, to, &sum, out);
             }
@@ -123,6 +128,7 @@ private:
 
     QX_SamplerSet<Pixel> samplers_;
     QX_SampPB block_;
+    RunSampler<Pixel> run_;
     bool averages_;
     FixedPoint at_, dx_, dy_;
 };

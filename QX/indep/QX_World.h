@@ -45,6 +45,8 @@ public:
     virtual void FillAlpha() = 0;    ///< full alpha everywhere
     virtual void InvertAlpha() = 0;  ///< full minus alpha everywhere
 
+    /// Colour times alpha and back, against black or a colour, by the routines of QX_Premul.h. Kept: float worlds
+    /// throw 3.
     virtual void Premultiply() = 0;
     virtual void Unmultiply() = 0;
     virtual void PremulColor(const QX_Pixel16& colour) = 0;
@@ -130,6 +132,8 @@ protected:
 
 private:
     template <class Colour> void FillWith(const Colour& colour, const M_LRect* rect);
+    void PremultiplyBlack(bool forward);
+    void Matte(const QX_Pixel16& colour, bool forward);
     std::size_t BlockSize() const;
     const std::byte* BlockEnd() const;
 };

@@ -9,8 +9,8 @@
 #include "QX/indep/QX_Frame.h"
 #include "QX/indep/QX_FrameTexts.h"
 #include "QX/indep/QX_Guard.h"
-#include "QX/indep/QX_PendingPremul.h"
 #include "QX/indep/QX_PixelRun.h"
+#include "QX/indep/QX_Premul.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_SubRecord.h"
 #include "QX/indep/QX_World.h"
@@ -192,25 +192,26 @@ template <class Pixel> void QX_WorldX<Pixel>::InvertAlpha() {
     });
 }
 
-// There is no float form of these four in the class interface.
-template <class Pixel> void QX_WorldX<Pixel>::Premultiply() {
+template <class Pixel> void QX_WorldX<Pixel>::Premultiply() { PremultiplyBlack(true); }
+template <class Pixel> void QX_WorldX<Pixel>::Unmultiply() { PremultiplyBlack(false); }
+template <class Pixel> void QX_WorldX<Pixel>::PremulColor(const QX_Pixel16& colour) { Matte(colour, true); }
+template <class Pixel> void QX_WorldX<Pixel>::UnmulColor(const QX_Pixel16& colour) { Matte(colour, false); }
+
+// Kept: there is no float form of these four operations.
+template <class Pixel> void QX_WorldX<Pixel>::PremultiplyBlack(bool forward) {
     if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) throw int{kQX_FailedVerification};
-    qx::premultiply_world<Pixel>(this, true);
+    qx::throw_if(QX_Premul(nullptr, forward, this));
 }
 
-template <class Pixel> void QX_WorldX<Pixel>::Unmultiply() {
-    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) throw int{kQX_FailedVerification};
-    qx::premultiply_world<Pixel>(this, false);
-}
-
-template <class Pixel> void QX_WorldX<Pixel>::PremulColor(const QX_Pixel16& colour) {
-    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) throw int{kQX_FailedVerification};
-    qx::matte_world(this, qx::colour_argument<Pixel>(&colour), true);
-}
-
-template <class Pixel> void QX_WorldX<Pixel>::UnmulColor(const QX_Pixel16& colour) {
-    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) throw int{kQX_FailedVerification};
-    qx::matte_world(this, qx::colour_argument<Pixel>(&colour), false);
+template <class Pixel> void QX_WorldX<Pixel>::Matte(const QX_Pixel16& colour, bool forward) {
+    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        const QX_Pixel8 at_depth = qx::colour_argument<QX_Pixel8>(&colour);
+        qx::throw_if(QX_PremulColor(nullptr, this, &at_depth, forward, this));
+    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
+        qx::throw_if(QX_PremulColor16(nullptr, this, &colour, forward, this));
+    } else {
+        throw int{kQX_FailedVerification};
+    }
 }
 
 template <class Pixel> void QX_WorldX<Pixel>::CopyRect(const QX_World* src, const M_LRect& rect, int x, int y) {

@@ -3,7 +3,11 @@
 #include <cstdio>
 #include <cstring>
 
+#include "QX/indep/QX_Drawing.h"
 #include "QX/indep/QX_Fill.h"
+#include "QX/indep/QX_ImagePlanes.h"
+#include "QX/indep/QX_PixelData.h"
+#include "QX/indep/QX_Premul.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/library/QX_CallbackBlock.h"
 #include "QX/library/QX_CallbackRoutines.h"
@@ -57,6 +61,22 @@ void* private_routine(Private routine) {
             return address(&QX_AppCallback);
         case Private::get_platform_data:
             return address(&platform_data_callback);
+        case Private::premultiply:
+            return address(&QX_Premul);
+        case Private::premultiply_color:
+            return address(&QX_PremulColor);
+        case Private::premultiply_color16:
+            return address(&QX_PremulColor16);
+        case Private::insert_planes:
+            return address(&QX_InsertPlanes);
+        case Private::extract_planes:
+            return address(&QX_ExtractPlanes);
+        case Private::paint_spot:
+            return address(&QX_PaintSpot);
+        case Private::get_pixel_data8:
+            return address(&QX_GetPixelData8);
+        case Private::get_pixel_data16:
+            return address(&QX_GetPixelData16);
         default:
             return nullptr;
     }

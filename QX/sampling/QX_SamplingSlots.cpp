@@ -3,6 +3,8 @@
 
 #include "QX/indep/QX_Slots.h"
 #include "QX/sampling/QX_AreaSample.h"
+#include "QX/sampling/QX_CopyBits.h"
+#include "QX/sampling/QX_Runs.h"
 #include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampForms.h"
 
@@ -35,11 +37,19 @@ void fill_samplers16(bool vector) {
     set_slot<Slot::SubpixelSpan16>(&QX_SubpixelSpanSampleTranslateNoClip_Straight16);
 }
 
+void fill_copies() {
+    set_slot<Slot::CopyBitsDraft>(&QX_CopyBits_Draft_Static);
+    set_slot<Slot::CopyBitsHQ>(&QX_CopyBits_HQ_Straight_Static);
+    set_slot<Slot::CopyBitsHQPremul>(&QX_CopyBits_HQ_Premul_Static);
+}
+
 }  // namespace
 
-void fill_sampling_slots(bool vector, [[maybe_unused]] bool faster) {
+void fill_sampling_slots(bool vector, bool faster) {
     fill_samplers8(vector);
     fill_samplers16(vector);
+    choose_run_forms(faster);
+    fill_copies();
 }
 
 }  // namespace qx

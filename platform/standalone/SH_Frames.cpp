@@ -26,6 +26,12 @@ std::map<VPix**, std::unique_ptr<Frame>>& Frames() {
     return frames;
 }
 
+bool LivesOnGPU(tesselmediatypes::PixelFormat format) {
+    using namespace tesselmediatypes;
+    return !(format == kPixelFormat_ARGB_4444_8u || format == kPixelFormat_ARGB_4444_15u ||
+             format == kPixelFormat_ARGB_4444_32f);
+}
+
 /// Bits per component of a format of plain samples, else 0.
 std::uint64_t Precision(std::uint32_t properties) {
     constexpr std::uint64_t bits[8] = {8, 10, 16, 16, 24, 32, 0, 0};
@@ -67,6 +73,14 @@ bool GetFramePixelFormat(VPix** handle, tesselmediatypes::PixelFormat* format) {
     const auto found = standalone::Frames().find(handle);
     if (found == standalone::Frames().end()) return false;
     *format = found->second->pix.format;
+    return true;
+}
+
+bool GetFrameDeviceMemory(VPix** handle, void** memory) {
+    const std::lock_guard lock(standalone::mutex);
+    const auto found = standalone::Frames().find(handle);
+    if (found == standalone::Frames().end() || !standalone::LivesOnGPU(found->second->pix.format)) return false;
+    *memory = found->second.get();  // never followed: an address that is the frame's own
     return true;
 }
 

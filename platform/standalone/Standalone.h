@@ -62,7 +62,8 @@ PLATFORM_EXPORT void FailAllocation(std::int64_t nth);
 PLATFORM_EXPORT std::int64_t PurgeRecycled();
 
 // --- frames and registry ---------------------------------------------------------------------------
-/// A frame that lives on no processor memory, for tests of what refuses it. Lives until disposed.
+/// A frame without pixels, for tests of what refuses it. Those of other formats than the processor's pass for frames on
+/// a GPU. Lives until disposed.
 PLATFORM_EXPORT VPix** NewFakeFrame(tesselmediatypes::PixelFormat format);
 PLATFORM_EXPORT int LiveFakeFrames();
 /// Makes HCL_GetXIFAddressProc fail with this code; 0 ends that.

@@ -2,60 +2,12 @@
 #include "tools/qx/Font.h"
 
 #include <algorithm>
-#include <string_view>
 
+#include "QX/compositing/QX_DebugFont.h"
 #include "tools/qx/io/Picture.h"
 
 namespace qx::tool {
 namespace {
-
-struct Glyph {
-    char character;
-    const char* rows[kGlyphHeight];
-};
-
-// clang-format off
-constexpr Glyph kGlyphs[] = {
-    {'a', {".....", ".....", ".###.", "....#", ".####", "#...#", ".####"}},
-    {'b', {"#....", "#....", "####.", "#...#", "#...#", "#...#", "####."}},
-    {'c', {".....", ".....", ".###.", "#....", "#....", "#...#", ".###."}},
-    {'d', {"....#", "....#", ".####", "#...#", "#...#", "#...#", ".####"}},
-    {'e', {".....", ".....", ".###.", "#...#", "#####", "#....", ".###."}},
-    {'f', {"..##.", ".#..#", ".#...", "###..", ".#...", ".#...", ".#..."}},
-    {'g', {".....", ".....", ".####", "#...#", ".####", "....#", ".###."}},
-    {'h', {"#....", "#....", "####.", "#...#", "#...#", "#...#", "#...#"}},
-    {'i', {"..#..", ".....", ".##..", "..#..", "..#..", "..#..", ".###."}},
-    {'j', {"...#.", ".....", "..##.", "...#.", "...#.", "#..#.", ".##.."}},
-    {'k', {"#....", "#....", "#..#.", "#.#..", "##...", "#.#..", "#..#."}},
-    {'l', {".##..", "..#..", "..#..", "..#..", "..#..", "..#..", ".###."}},
-    {'m', {".....", ".....", "##.#.", "#.#.#", "#.#.#", "#.#.#", "#.#.#"}},
-    {'n', {".....", ".....", "####.", "#...#", "#...#", "#...#", "#...#"}},
-    {'o', {".....", ".....", ".###.", "#...#", "#...#", "#...#", ".###."}},
-    {'p', {".....", ".....", "####.", "#...#", "####.", "#....", "#...."}},
-    {'q', {".....", ".....", ".####", "#...#", ".####", "....#", "....#"}},
-    {'r', {".....", ".....", "#.##.", "##..#", "#....", "#....", "#...."}},
-    {'s', {".....", ".....", ".####", "#....", ".###.", "....#", "####."}},
-    {'t', {".#...", ".#...", "###..", ".#...", ".#...", ".#..#", "..##."}},
-    {'u', {".....", ".....", "#...#", "#...#", "#...#", "#...#", ".####"}},
-    {'v', {".....", ".....", "#...#", "#...#", "#...#", ".#.#.", "..#.."}},
-    {'w', {".....", ".....", "#...#", "#...#", "#.#.#", "#.#.#", ".#.#."}},
-    {'x', {".....", ".....", "#...#", ".#.#.", "..#..", ".#.#.", "#...#"}},
-    {'y', {".....", ".....", "#...#", "#...#", ".####", "....#", ".###."}},
-    {'z', {".....", ".....", "#####", "...#.", "..#..", ".#...", "#####"}},
-    {'0', {".###.", "#...#", "#..##", "#.#.#", "##..#", "#...#", ".###."}},
-    {'1', {"..#..", ".##..", "..#..", "..#..", "..#..", "..#..", ".###."}},
-    {'2', {".###.", "#...#", "....#", "...#.", "..#..", ".#...", "#####"}},
-    {'3', {"#####", "...#.", "..#..", "...#.", "....#", "#...#", ".###."}},
-    {'4', {"...#.", "..##.", ".#.#.", "#..#.", "#####", "...#.", "...#."}},
-    {'5', {"#####", "#....", "####.", "....#", "....#", "#...#", ".###."}},
-    {'6', {"..##.", ".#...", "#....", "####.", "#...#", "#...#", ".###."}},
-    {'7', {"#####", "....#", "...#.", "..#..", ".#...", ".#...", ".#..."}},
-    {'8', {".###.", "#...#", "#...#", ".###.", "#...#", "#...#", ".###."}},
-    {'9', {".###.", "#...#", "#...#", ".####", "....#", "...#.", ".##.."}},
-    {'-', {".....", ".....", ".....", "#####", ".....", ".....", "....."}},
-    {'_', {".....", ".....", ".....", ".....", ".....", ".....", "#####"}},
-};
-// clang-format on
 
 void fill_square(QX_World& world, int x, int y, int side, const QX_Pixel8& colour) {
     for (int row = std::max(y, 0); row < std::min(y + side, world.height); ++row) {
@@ -64,26 +16,22 @@ void fill_square(QX_World& world, int x, int y, int side, const QX_Pixel8& colou
     }
 }
 
-void draw_glyph(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const Glyph& glyph) {
-    for (int row = 0; row < kGlyphHeight; ++row) {
-        for (int column = 0; column < kGlyphWidth; ++column) {
-            if (glyph.rows[row][column] != '#') continue;
-            fill_square(world, x + column * scale, y + row * scale, scale, colour);
+/// Letters begin in the second row of their cells, which stands on y here.
+void draw_glyph(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, char character) {
+    for (int row = 1; row < kDebugGlyphHeight; ++row) {
+        for (int column = 0; column < kDebugGlyphWidth; ++column) {
+            if (!debug_font_covers(character, column, row)) continue;
+            fill_square(world, x + column * scale, y + (row - 1) * scale, scale, colour);
         }
     }
 }
-
-/// Letters that hang below the line are drawn in the upper rows and moved down by the two that they leave empty.
-int drop_of(char character) { return std::string_view("gpqy").find(character) != std::string_view::npos ? 2 : 0; }
 
 }  // namespace
 
 void draw_text(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const std::string& text) {
     for (const char character : text) {
-        const auto* glyph = std::find_if(std::begin(kGlyphs), std::end(kGlyphs),
-                                         [=](const Glyph& g) { return g.character == character; });
-        if (glyph != std::end(kGlyphs)) draw_glyph(world, x, y + drop_of(character) * scale, scale, colour, *glyph);
-        x += kGlyphStep * scale;
+        draw_glyph(world, x, y, scale, colour, character);
+        x += kDebugGlyphWidth * scale;
     }
 }
 

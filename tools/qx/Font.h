@@ -8,9 +8,10 @@
 
 namespace qx::tool {
 
-inline constexpr int kGlyphWidth = 5, kGlyphHeight = 7, kGlyphStep = 6;
+/// Of a letter without what hangs below the line.
+inline constexpr int kGlyphHeight = 7;
 
-/// Draws small letters, digits and a few signs into an 8-bit world; other characters are blanks.
+/// Draws ASCII text in the library's own font into an 8-bit world; other characters are blanks.
 /// @param x, y  left top corner; what does not fit is left out
 void draw_text(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const std::string& text);
 

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <type_traits>
+
+#include "QX/indep/QX_DepthSteps.h"
+
+namespace qx {
+
+/// A pixel at the depth of another world, as the copies of rectangles convert it: from float all four channels are
+/// limited, alpha too.
+template <class To, class From> To copied_pixel(const From& p) {
+    if constexpr (std::is_same_v<From, QX_PixelFloat> && !std::is_same_v<To, From>) {
+        using Channel = QX_ChannelOf<To>;
+        const auto step = [](float c) { return colour_from_float<DepthOf<To>::full, Channel, float>(c); };
+        return {step(p.alpha), step(p.red), step(p.green), step(p.blue)};
+    } else {
+        return convert_pixel<To, float>(p);
+    }
+}
+
+}  // namespace qx

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+// Runs of samples against the sampler of one pixel, in millions of pixels.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "QX/sampling/QX_RowGeometry.h"
+#include "QX/sampling/QX_SamplerSet.h"
+#include "tests/support/TestHost.h"
+#include "tests/support/Worlds.h"
+
+namespace qx::test {
+namespace {
+
+/// A still row drawn by a transform takes the run form where there is one; a replaced slot takes single samples.
+int single_sample(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
+    static const auto routine = QXp_GetSamplerSet<QX_Pixel8>(1).unclipped;
+    return routine(in_data, x, y, params, out);
+}
+
+TEST(Runs, EqualSingleSamplesEverywhere) {
+    const Born born;
+    QX_Pixel8 first{};
+    TestWorld<QX_Pixel8> spot(2, 2, FillKind::opaque, 1);
+    QX_SampPB block{};
+    block.src = spot.record();
+    single_sample(nullptr, 0, 0, &block, &first);  // notes the library's own routine before it is replaced
+    std::mt19937_64 random(3);
+    std::int64_t pixels = 0;
+    for (int run = 0; run < 240; ++run) {
+        const auto kind = static_cast<FillKind>(run % 6);
+        TestWorld<QX_Pixel8> src(200, 160, kind, static_cast<std::uint64_t>(run) + 1);
+        const double turn = std::uniform_real_distribution<double>(-3.2, 3.2)(random);
+        const double scale = run % 4 == 0 ? 1 : std::exp2(std::uniform_real_distribution<double>(-0.9, 2)(random));
+        const double c = run % 5 == 0 ? scale : scale * std::cos(turn), s = run % 5 == 0 ? 0 : scale * std::sin(turn);
+        const M_Matrix3 matrix{{{c, s, 0}, {-s, c, 0}, {90 - 100 * c + 80 * s, 90.25 - 100 * s - 80 * c, 1}}};
+        const M_Matrix3 later{{{c, s, 0}, {-s, c, 0}, {97 - 100 * c + 80 * s, 95.75 - 100 * s - 80 * c, 1}}};
+        const M_Matrix3 matrices[] = {matrix, later};
+        const int count = run % 3 == 0 ? 2 : 1;
+        const QX_CompositeModePlus mode(xfer_replace, 1.0f, nullptr, false, 0);
+        std::vector<QX_Pixel8> drawn[2];
+        void* const own = QXp_G_OverFuncs[61];
+        for (auto& result : drawn) {
+            TestWorld<QX_Pixel8> dst(180, 181, FillKind::clear, 1);
+            ASSERT_EQ(QX_TransformWorld(nullptr, 1, 0, 0, src.record(), &mode, nullptr, nullptr, matrices, count, true,
+                                        nullptr, dst.record()),
+                      0);
+            result = dst.pixels();
+            QX_SetOverrideFunc(61, reinterpret_cast<void*>(&single_sample));
+        }
+        QX_SetOverrideFunc(61, own);
+        ASSERT_TRUE(same_pixels(drawn[0], drawn[1])) << "run " << run;
+        pixels += 180 * 181;
+    }
+    EXPECT_GT(pixels, 7000000);
+}
+
+}  // namespace
+}  // namespace qx::test

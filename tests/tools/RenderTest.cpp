@@ -112,6 +112,52 @@ TEST_F(Render, ResumeKeepsWholeFramesAndMakesTheOthersAnew) {
     EXPECT_TRUE(same("f.1.png", "g.1.png"));
 }
 
+/// Pictures are made by mixing a colour with the matte by alpha, exactly but for the rounding; the colour comes back.
+TEST_F(Render, MatteIsTakenOut) {
+    const double matte[] = {0.2, 1, 0}, alphas[] = {1, 0.8, 0.6, 0.4};
+    const auto colour = [](int x, int channel) { return (x * 5 + channel * 7) % 16 / 15.0; };
+    const auto mixed = [&](int x, int y, int channel) {
+        return colour(x, channel) * alphas[y] + matte[channel] * (1 - alphas[y]);
+    };
+    const auto byte = [](double v) { return static_cast<std::uint8_t>(v * 255 + 0.5); };
+    qx::io::write_picture(
+        folder / "m8.png",
+        qx::test::picture<QX_Pixel8>(
+            16, 4, true,
+            [&](int x, int y) {
+                return QX_Pixel8{byte(alphas[y]), byte(mixed(x, y, 0)), byte(mixed(x, y, 1)), byte(mixed(x, y, 2))};
+            }),
+        8);
+    qx::io::write_picture(
+        folder / "m32.exr",
+        qx::test::picture<QX_PixelFloat>(
+            16, 4, true,
+            [&](int x, int y) {
+                const auto f = [](double v) { return static_cast<float>(v); };
+                return QX_PixelFloat{f(alphas[y]), f(mixed(x, y, 0)), f(mixed(x, y, 1)), f(mixed(x, y, 2))};
+            }),
+        32);
+    const struct {
+        const char *file, *out, *depth;
+        double full, step;
+    } cases[] = {{"m8.png", "r.png", "8", 255, 1}, {"m32.exr", "r.exr", "32", 1, 1e-5}};
+    for (const auto& c : cases) {
+        scene("matte.json", "{'size': [16, 4], 'layers': [{'file': '" + std::string(c.file) +
+                                "', 'mode': 'copy', 'matte': [0.2, 1, 0]}]}");
+        run(std::string("render matte.json -q --frames 1 -o ") + c.out + " --depth " + c.depth);
+        const auto result = qx::io::read_picture(folder / c.out);
+        for (int i = 0; i < 64; ++i) {
+            const int x = i % 16, y = i / 16;
+            const auto found = qx::test::channels(*result.world, x, y);
+            for (int channel = 0; channel < 3; ++channel) {
+                EXPECT_NEAR(found[static_cast<std::size_t>(channel) + 1], colour(x, channel) * c.full,
+                            2 * c.step / alphas[y])
+                    << c.file << " " << x << "," << y;
+            }
+        }
+    }
+}
+
 TEST_F(Render, BackgroundsOfColourAndOfAnotherSize) {
     scene("colour.json", "{'size': [5, 4], 'background': [1, 0.5, 0, 0.2], 'layers': []}");
     run("render colour.json --frames 1 -o c.png");

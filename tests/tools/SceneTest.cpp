@@ -191,7 +191,7 @@ TEST(SceneFile, WhatItSaysArrives) {
     EXPECT_EQ(layer.file.at(5), folder / "a#1.png");
     EXPECT_EQ(std::tuple(layer.mode, layer.field, layer.quality, layer.rgb_only, layer.seed),
               std::tuple(8, 2, 0, true, -7));
-    EXPECT_EQ(std::tuple(layer.matte->red, layer.matte->green, layer.matte->blue), std::tuple(0, 16384, 32768));
+    EXPECT_EQ(std::tuple(layer.matte->red, layer.matte->green, layer.matte->blue), std::tuple(0.0f, 0.5f, 1.0f));
     EXPECT_EQ(std::tuple(layer.mask->kind, layer.mask->x, layer.mask->y), std::tuple(2, -3, 4));
     EXPECT_EQ(layer.opacity.at(1)[0], 0.0625 * 3 - 2 * 0.015625);
     EXPECT_EQ(layer.transform->scale.at(0), (Track<2>::Value{2, 3}));

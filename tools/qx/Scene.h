@@ -48,7 +48,7 @@ struct SceneLayer {
     int mode = xfer_over;
     Track<1> opacity{Track<1>::Value{1}};
     std::optional<SceneMask> mask;
-    std::optional<QX_Pixel16> matte;  ///< colour that the file's pixels were mixed with
+    std::optional<QX_PixelFloat> matte;  ///< colour that the file's pixels were mixed with
     int field = 0, quality = 1;
     std::optional<SceneTransform> transform;
     Shutter shutter;

@@ -181,10 +181,9 @@ private:
         return shutter;
     }
 
-    static QX_Pixel16 read_matte(const SceneNode& node) {
+    static QX_PixelFloat read_matte(const SceneNode& node) {
         const auto c = node.numbers(3, 3, 0, 1);
-        const auto channel = [&](std::size_t i) { return static_cast<std::uint16_t>(std::lround(c[i] * 32768)); };
-        return {32768, channel(0), channel(1), channel(2)};
+        return {1, static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2])};
     }
 
     static int read_mode(const SceneNode& node) {

@@ -2,6 +2,7 @@
 #include "tools/qx/SceneRender.h"
 
 #include "QX/indep/QX_Errors.h"
+#include "QX/indep/QX_Premul.h"
 #include "tools/qx/Messages.h"
 #include "tools/qx/io/Interrupt.h"
 #include "tools/qx/io/Light.h"
@@ -16,13 +17,10 @@ void must(int code, const Scene& scene, const std::string& place) {
     throw WorkFailed(scene.file + ": " + place + ": " + last_report() + " (code " + std::to_string(code) + ")");
 }
 
-int unmultiply(QX_World& world, const QX_Pixel16& matte) {
-    try {
-        world.UnmulColor(matte);
-        return 0;
-    } catch (int code) {
-        return code;
-    }
+int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
+    QX_LayerDef record{};
+    world.FillOutEffectWorld(&record);
+    return QX_PremulColorFloat(nullptr, &record, &matte, false, &record);
 }
 
 }  // namespace
@@ -43,7 +41,7 @@ void SceneRender::say_once(const std::string& note) {
     if (said_.insert(note).second) say_note(note);
 }
 
-const io::Picture& SceneRender::show(Shown& shown, const SceneFile& file, int frame, const QX_Pixel16* matte) {
+const io::Picture& SceneRender::show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte) {
     const std::string path = file.at(frame);
     if (shown.path == path) return shown.picture;
     shown = {};  // its memory may be needed
@@ -52,11 +50,7 @@ const io::Picture& SceneRender::show(Shown& shown, const SceneFile& file, int fr
     for (const auto& note : picture.notes) say_once(std::string(path).append(": ").append(note));
     if (!picture.light.empty()) say_once(path + ": " + io::kLightIsLost);
     picture.light.clear();
-    if (matte != nullptr) {
-        // The world of floats has no such operation; 16 bits hold all that a picture with a matte has.
-        if (picture.world->Depth() == 32) picture.world = io::at_depth(path, *picture.world, 16);
-        must(unmultiply(*picture.world, *matte), scene_, file.place);
-    }
+    if (matte != nullptr) must(unmultiply(*picture.world, *matte), scene_, file.place);
     if (picture.world->Depth() != scene_.depth) picture.world = io::at_depth(path, *picture.world, scene_.depth);
     shown.path = path;
     return picture;

@@ -29,7 +29,7 @@ private:
         std::string path;
         io::Picture picture;
     };
-    const io::Picture& show(Shown& shown, const SceneFile& file, int frame, const QX_Pixel16* matte);
+    const io::Picture& show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte);
     void say_once(const std::string& note);
     io::Picture background(int number);
     void composite_layer(std::size_t index, int number, QX_World& onto);

@@ -56,6 +56,8 @@ protected:
     }
 };
 
+using RenderDeathTest = Render;  // runs before threads are there
+
 TEST_F(Render, IsWhatCompMakesOfTheSamePictures) {
     scene("s.json", R"({'background': 'a.png', 'layers': [
         {'file': 'b.png', 'mode': 'screen', 'opacity': 0.5, 'linear': 2.2, 'field': 'odd'},
@@ -208,7 +210,7 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
 }
 
 /// The signal comes while a movie is open, then while the second picture is made: of those the first is there.
-TEST_F(Render, InterruptLeavesWholeFramesOnly) {
+TEST_F(RenderDeathTest, InterruptLeavesWholeFramesOnly) {
     GTEST_FLAG_SET(death_test_style, "fast");  // the child works in this folder, not in one of its own
     scene("still.json", "{'frames': [1, 3], 'background': 'a.png', 'layers': [{'file': 'b.png'}]}");
     const std::string file = folder / "still.json";

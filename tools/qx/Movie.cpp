@@ -4,15 +4,29 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "tools/qx/io/Picture.h"
 
 namespace qx::tool {
 namespace {
 
-/// Loaded once and kept: its libraries do not stand being unloaded.
+/// The module lies in a folder of libraries beside that of the command, or where the system looks.
+void* open_module() {
+    std::error_code ignored;
+    const auto command = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    const auto root = command.parent_path().parent_path();
+    for (const char* folder : {"lib", QX_LIBRARY_FOLDER}) {
+        const auto file = root / folder / movie::kFileName;
+        if (!std::filesystem::exists(file, ignored)) continue;
+        if (void* module = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) return module;
+    }
+    return ::dlopen(movie::kFileName, RTLD_NOW | RTLD_LOCAL);
+}
+
+/// Kept once it is loaded: its libraries do not stand being unloaded.
 const movie::Routines* load(const std::string& path) {
-    void* module = ::dlopen(movie::kFileName, RTLD_NOW | RTLD_LOCAL);
+    void* module = open_module();
     if (module == nullptr) throw io::Failure(path, std::string("movies need the module ") + ::dlerror());
     const auto entry = reinterpret_cast<movie::Entry>(::dlsym(module, movie::kEntryName));
     const movie::Routines* routines = entry != nullptr ? entry() : nullptr;

@@ -30,11 +30,11 @@ struct Sums8 {
     }
 };
 
-/// Two pixels as words: colours times alpha, and alpha itself.
+/// Two pixels, as words that alternate between them: sums of colours times alpha, and of alpha itself, in 32 bits.
 QX_INLINE __m128i shares(__m128i words) {
-    const __m128i alphas = _mm_shufflehi_epi16(_mm_shufflelo_epi16(words, 0), 0);
-    const __m128i one = _mm_set1_epi64x(1), colours = _mm_set1_epi64x(~0xFFFFLL);
-    return _mm_mullo_epi16(alphas, _mm_or_si128(_mm_and_si128(words, colours), one));
+    const __m128i colours = _mm_setr_epi32(0, -1, -1, -1), ones = _mm_setr_epi32(0x10001, 0, 0, 0);
+    const __m128i alphas = _mm_shuffle_epi32(words, 0);
+    return _mm_madd_epi16(words, _mm_or_si128(_mm_and_si128(alphas, colours), ones));
 }
 
 /// Adds a run of pixels to four 32-bit sums.
@@ -42,14 +42,13 @@ QX_INLINE __m128i add_run(__m128i sums, const std::byte* at, std::int32_t count)
     const __m128i zero = _mm_setzero_si128();
     for (; count >= 4; count -= 4, at += 16) {
         const auto pixels = load_at<__m128i>(at);
-        const __m128i a = shares(_mm_unpacklo_epi8(pixels, zero)), b = shares(_mm_unpackhi_epi8(pixels, zero));
-        const __m128i low = _mm_add_epi32(_mm_unpacklo_epi16(a, zero), _mm_unpacklo_epi16(b, zero));
-        const __m128i high = _mm_add_epi32(_mm_unpackhi_epi16(a, zero), _mm_unpackhi_epi16(b, zero));
-        sums = _mm_add_epi32(sums, _mm_add_epi32(low, high));
+        const __m128i pairs = _mm_unpacklo_epi8(_mm_shuffle_epi32(pixels, 0x08), _mm_shuffle_epi32(pixels, 0x0D));
+        sums = _mm_add_epi32(sums, shares(_mm_unpacklo_epi8(pairs, zero)));
+        sums = _mm_add_epi32(sums, shares(_mm_unpackhi_epi8(pairs, zero)));
     }
     for (; count > 0; --count, at += 4) {
-        const __m128i pixel = _mm_cvtsi32_si128(load_at<std::int32_t>(at));
-        sums = _mm_add_epi32(sums, _mm_unpacklo_epi16(shares(_mm_unpacklo_epi8(pixel, zero)), zero));
+        const __m128i pixel = _mm_unpacklo_epi8(_mm_cvtsi32_si128(load_at<std::int32_t>(at)), zero);
+        sums = _mm_add_epi32(sums, shares(_mm_unpacklo_epi16(pixel, zero)));
     }
     return sums;
 }
@@ -73,6 +72,29 @@ inline void add_zone(const QX_EffectWorld& world, std::int32_t column, std::int3
     total.add(sums, weight);
 }
 
+/// 32-bit sums without a sign, exactly.
+QX_INLINE Double4 to_double(__m128i sums) {
+    const __m128i high = _mm_set1_epi32(0x43300000);  // 2^52 and the sum make a double
+    const Double2 base{0x1p52, 0x1p52};
+    return {(Double2)_mm_unpacklo_epi32(sums, high) - base, (Double2)_mm_unpackhi_epi32(sums, high) - base};
+}
+
+/// True for a box of whole pixels which 32 bits can sum: that of a reduction by a whole number.
+constexpr bool is_small_and_whole(const Extent& across, const Extent& down) {
+    return ((across.low | across.high | down.low | down.high) & 0xFFFF) == 0 &&
+           std::int64_t{across.length()} * down.length() >> 32 <= 0xFFFFFFFF / (255 * 255);
+}
+
+QX_INLINE Double4 small_whole_box(const QX_EffectWorld& world, const Extent& across, const Extent& down) {
+    const std::int32_t columns = across.last() - across.first();
+    const std::byte* line = pixel_address(world, across.first(), down.first(), sizeof(QX_Pixel8));
+    __m128i sums = _mm_setzero_si128();
+    for (std::int32_t rows = down.last() - down.first(); rows > 0; --rows, line += world.rowbytes) {
+        sums = add_run(sums, line, columns);
+    }
+    return to_double(sums);
+}
+
 /// One axis of a box in up to three parts: a partial pixel, whole ones, a partial pixel.
 struct Zones {
     struct Zone {
@@ -89,7 +111,8 @@ struct Zones {
     }
 };
 
-inline Double4 box_in_integers(const QX_EffectWorld& world, const Extent& across, const Extent& down) {
+[[gnu::noinline]] inline Double4 box_in_integers(const QX_EffectWorld& world, const Extent& across,
+                                                 const Extent& down) {
     const Zones columns(across), rows(down);
     const int idle = idle_bits(across, down);
     Sums8 total;

@@ -33,11 +33,13 @@ struct Extent {
           high(wrapping_sum(wrapping_sum(centre, radius), kHalf)) {}
 
     constexpr std::int32_t length() const { return wrapping_difference(high, low); }
-    /// Cuts to a world's side. An extent that wrapped becomes one that is empty.
-    constexpr void clip(std::int32_t size) {
-        const auto end = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{size} * kOne, INT32_MAX));
-        low = std::min(std::max(low, 0), std::max(end, 0));
-        high = std::max(std::min(std::max(high, 0), std::max(end, 0)), low);
+    /// Cut to a world's side. An extent that wrapped becomes one that is empty.
+    constexpr Extent clipped(std::int32_t size) const {
+        const auto limit = static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{size} * kOne, 0, INT32_MAX));
+        Extent cut = *this;
+        cut.low = std::min(std::max(low, 0), limit);
+        cut.high = std::max(std::min(std::max(high, 0), limit), cut.low);
+        return cut;
     }
     constexpr std::int32_t first() const { return low >> 16; }
     constexpr std::int32_t last() const { return high >> 16; }

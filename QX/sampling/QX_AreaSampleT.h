@@ -56,8 +56,7 @@ struct RoundNearest {
 };
 
 /// A box that is cut to the world, pixel by pixel.
-template <class Pixel>
-[[gnu::noinline]] Double4 sum_pixels(const QX_EffectWorld& world, const Extent& across, const Extent& down) {
+template <class Pixel> [[gnu::noinline]] Double4 sum_pixels(const QX_EffectWorld& world, Extent across, Extent down) {
     Double4 sums{};
     const double lead = across.lead() * 0x1p-16, tail = across.tail() * 0x1p-16;
     const std::int32_t from = across.first() + (across.lead() != 0 ? 1 : 0);
@@ -74,8 +73,8 @@ template <class Pixel>
 }
 
 template <class Pixel> QX_INLINE Double4 sum_box(const QX_EffectWorld& world, Extent across, Extent down) {
-    across.clip(world.width);
-    down.clip(world.height);
+    across = across.clipped(world.width);
+    down = down.clipped(world.height);
     if constexpr (sizeof(Pixel) == 4) {
         if (is_small_and_whole(across, down)) return small_whole_box(world, across, down);
         if (exact_in_integers(across, down)) return box_in_integers(world, across, down);
@@ -86,7 +85,7 @@ template <class Pixel> QX_INLINE Double4 sum_box(const QX_EffectWorld& world, Ex
 /// Samples of the clipped point sampler where the footprint is thin in one direction or in both.
 template <class Pixel>
 [[gnu::noinline]] Double4 sum_thin(Branch branch, std::int32_t x, std::int32_t y, const QX_SampPB& params,
-                                   const Extent& across, const Extent& down, int quality) {
+                                   Extent across, Extent down, int quality) {
     Double4 sums{};
     // The set is asked, since a host may have put a routine of its own into the table of slots.
     const auto sampler = QXp_GetSamplerSet<Pixel>(quality).clipped;

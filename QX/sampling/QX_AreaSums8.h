@@ -10,12 +10,12 @@
 namespace qx::sampling {
 
 /// Bits of a coverage product that are zero in all of a box's pixels: 16 for each axis without partial pixels.
-constexpr int idle_bits(const Extent& across, const Extent& down) {
+constexpr int idle_bits(Extent across, Extent down) {
     const auto whole = [](const Extent& e) { return e.lead() == 0 && e.tail() == 0; };
     return (whole(across) ? 16 : 0) + (whole(down) ? 16 : 0);
 }
 
-constexpr bool exact_in_integers(const Extent& across, const Extent& down) {
+constexpr bool exact_in_integers(Extent across, Extent down) {
     constexpr std::int64_t limit = (std::int64_t{1} << 53) / (255 * 255);
     return std::int64_t{across.length()} * down.length() >> idle_bits(across, down) < limit;
 }
@@ -80,16 +80,17 @@ QX_INLINE Double4 to_double(__m128i sums) {
 }
 
 /// True for a box of whole pixels which 32 bits can sum: that of a reduction by a whole number.
-constexpr bool is_small_and_whole(const Extent& across, const Extent& down) {
+constexpr bool is_small_and_whole(Extent across, Extent down) {
     return ((across.low | across.high | down.low | down.high) & 0xFFFF) == 0 &&
            std::int64_t{across.length()} * down.length() >> 32 <= 0xFFFFFFFF / (255 * 255);
 }
 
-QX_INLINE Double4 small_whole_box(const QX_EffectWorld& world, const Extent& across, const Extent& down) {
+QX_INLINE Double4 small_whole_box(const QX_EffectWorld& world, Extent across, Extent down) {
     const std::int32_t columns = across.last() - across.first();
     const std::byte* line = pixel_address(world, across.first(), down.first(), sizeof(QX_Pixel8));
     __m128i sums = _mm_setzero_si128();
     for (std::int32_t rows = down.last() - down.first(); rows > 0; --rows, line += world.rowbytes) {
+        _mm_prefetch(reinterpret_cast<const char*>(line) + 1024, _MM_HINT_T0);
         sums = add_run(sums, line, columns);
     }
     return to_double(sums);
@@ -111,8 +112,7 @@ struct Zones {
     }
 };
 
-[[gnu::noinline]] inline Double4 box_in_integers(const QX_EffectWorld& world, const Extent& across,
-                                                 const Extent& down) {
+[[gnu::noinline]] inline Double4 box_in_integers(const QX_EffectWorld& world, Extent across, Extent down) {
     const Zones columns(across), rows(down);
     const int idle = idle_bits(across, down);
     Sums8 total;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Lanes.h"

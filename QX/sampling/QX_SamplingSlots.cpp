@@ -5,6 +5,7 @@
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_CopyBits.h"
 #include "QX/sampling/QX_Runs.h"
+#include "QX/sampling/QX_BicubicForms.h"
 #include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampForms.h"
 
@@ -51,6 +52,7 @@ void fill_sampling_slots(bool vector, bool faster) {
     fill_samplers16(vector);
     choose_run_forms(faster);
     fill_copies();
+    sampling::cubic8 = faster ? &avx2::cubic8 : &sampling::cubic8_plain;
 }
 
 }  // namespace qx

@@ -39,7 +39,7 @@ template <class Pixel> QX_World* source(FillKind kind) {
 std::int32_t fixed(double v) { return static_cast<std::int32_t>(std::lround(v * 65536)); }
 
 /// The straight bilinear sample as a reader would write it first, one channel after the other.
-[[gnu::optimize("no-tree-vectorize")]] int scalar_sample(void*, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
+int scalar_sample(void*, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
     const auto* row = static_cast<const std::byte*>(params->src->data) +
                       std::ptrdiff_t{y >> 16} * params->src->rowbytes + std::ptrdiff_t{x >> 16} * 4;
     const std::byte* at[4] = {row, row + 4, row + params->src->rowbytes, row + params->src->rowbytes + 4};

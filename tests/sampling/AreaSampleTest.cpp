@@ -253,6 +253,29 @@ TEST(SamplerForms, UncheckedEightBits) {
     EXPECT_GT(different, 0) << "the two forms are to be told apart";
 }
 
+/// The bicubic form for wide registers gives the plain form's pixels.
+TEST(SamplerForms, BicubicEightBits) {
+    std::vector<std::uint32_t> seen[2];
+    for (const auto level : {ProcessorLevel::plain, ProcessorLevel::faster}) {
+        const Born born(1, level);
+        std::mt19937_64 random(7);
+        for (const FillKind fill :
+             {FillKind::opaque, FillKind::random, FillKind::layer, FillKind::clear, FillKind::extremes}) {
+            Picture<QX_Pixel8> picture(90, 40, fill, 5);
+            for (int n = 0; n < 500000; ++n) {
+                const auto x = static_cast<std::int32_t>(random() % (90 * 65536)),
+                           y = static_cast<std::int32_t>(random() % (40 * 65536));
+                QX_Pixel8 out;
+                QX_SubpixelBicubic8(nullptr, x, y, &picture.params, &out);
+                std::uint32_t bits;
+                std::memcpy(&bits, &out, 4);
+                seen[level == ProcessorLevel::faster].push_back(bits);
+            }
+        }
+    }
+    EXPECT_EQ(seen[0], seen[1]);
+}
+
 /// Kept: four at once have no threshold and no exits, so a faint alpha keeps its place in the colours.
 TEST(SamplerForms, FourAtOnce) {
     const Born born;

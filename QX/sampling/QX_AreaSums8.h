@@ -20,16 +20,6 @@ constexpr bool exact_in_integers(Extent across, Extent down) {
     return std::int64_t{across.length()} * down.length() >> idle_bits(across, down) < limit;
 }
 
-/// Sums of alpha, and of each colour times alpha.
-struct Sums8 {
-    std::uint64_t channel[4] = {};
-    void add(__m128i sums, std::uint64_t weight) {
-        std::uint32_t part[4];
-        std::memcpy(part, &sums, sizeof part);
-        for (int i = 0; i < 4; ++i) channel[i] += part[i] * weight;
-    }
-};
-
 /// Two pixels, as words that alternate between them: sums of colours times alpha, and of alpha itself, in 32 bits.
 QX_INLINE __m128i shares(__m128i words) {
     const __m128i colours = _mm_setr_epi32(0, -1, -1, -1), ones = _mm_setr_epi32(0x10001, 0, 0, 0);
@@ -53,30 +43,30 @@ QX_INLINE __m128i add_run(__m128i sums, const std::byte* at, std::int32_t count)
     return sums;
 }
 
-/// Adds columns * rows whole pixels with one weight.
-inline void add_zone(const QX_EffectWorld& world, std::int32_t column, std::int32_t columns, std::int32_t row,
-                     std::int32_t rows, std::uint64_t weight, Sums8& total) {
+/// 32-bit sums without a sign, exactly.
+QX_INLINE Double4 to_double(__m128i sums) {
+    const __m128i high = _mm_set1_epi32(0x43300000);  // 2^52 and the sum make a double
+    const Double2 base{0x1p52, 0x1p52};
+    return {(Double2)_mm_unpacklo_epi32(sums, high) - base, (Double2)_mm_unpackhi_epi32(sums, high) - base};
+}
+
+/// Adds columns * rows pixels of one weight.
+QX_INLINE void add_zone(const QX_EffectWorld& world, std::int32_t column, std::int32_t columns, std::int32_t row,
+                        std::int32_t rows, double weight, Double4& total) {
     constexpr std::int32_t most = 0xFFFFFFFF / (255 * 255);  // pixels that 32 bits can sum
     const std::byte* line = pixel_address(world, column, row, sizeof(QX_Pixel8));
     __m128i sums = _mm_setzero_si128();
     std::int32_t room = most;
-    for (std::int32_t i = 0; i < rows; ++i, line += world.rowbytes) {
+    for (; rows > 0; --rows, line += world.rowbytes) {
         if (room < columns) {
-            total.add(sums, weight);
+            total = total + to_double(sums) * splat4(weight);
             sums = _mm_setzero_si128();
             room = most;
         }
         room -= columns;
         sums = add_run(sums, line, columns);
     }
-    total.add(sums, weight);
-}
-
-/// 32-bit sums without a sign, exactly.
-QX_INLINE Double4 to_double(__m128i sums) {
-    const __m128i high = _mm_set1_epi32(0x43300000);  // 2^52 and the sum make a double
-    const Double2 base{0x1p52, 0x1p52};
-    return {(Double2)_mm_unpacklo_epi32(sums, high) - base, (Double2)_mm_unpackhi_epi32(sums, high) - base};
+    total = total + to_double(sums) * splat4(weight);
 }
 
 /// True for a box of whole pixels which 32 bits can sum: that of a reduction by a whole number.
@@ -114,19 +104,16 @@ struct Zones {
 
 [[gnu::noinline]] inline Double4 box_in_integers(const QX_EffectWorld& world, Extent across, Extent down) {
     const Zones columns(across), rows(down);
-    const int idle = idle_bits(across, down);
-    Sums8 total;
+    Double4 total{};
     for (int k = 0; k < rows.count; ++k) {
         const auto& r = rows.zone[k];
         for (int i = 0; i < columns.count; ++i) {
             const auto& c = columns.zone[i];
-            const std::uint64_t weight = static_cast<std::uint64_t>(std::int64_t{r.coverage} * c.coverage) >> idle;
+            const double weight = static_cast<double>(r.coverage) * c.coverage * 0x1p-32;
             add_zone(world, c.first, c.count, r.first, r.count, weight, total);
         }
     }
-    const double unit = static_cast<double>(std::int64_t{1} << idle) * 0x1p-32;
-    const auto sum = [&](int i) { return static_cast<double>(static_cast<std::int64_t>(total.channel[i])) * unit; };
-    return {Double2{sum(0), sum(1)}, Double2{sum(2), sum(3)}};
+    return total;
 }
 
 }  // namespace qx::sampling

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
+#include "QX/indep/QX_Area.h"
 #include "QX/sampling/QX_AreaFootprint.h"
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_Samp.h"

@@ -70,7 +70,7 @@ QX_INLINE void add_zone(const QX_EffectWorld& world, std::int32_t column, std::i
 }
 
 /// True for a box of whole pixels which 32 bits can sum: that of a reduction by a whole number.
-constexpr bool is_small_and_whole(Extent across, Extent down) {
+QX_INLINE constexpr bool is_small_and_whole(Extent across, Extent down) {
     return ((across.low | across.high | down.low | down.high) & 0xFFFF) == 0 &&
            std::int64_t{across.length()} * down.length() >> 32 <= 0xFFFFFFFF / (255 * 255);
 }

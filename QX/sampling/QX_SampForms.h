@@ -14,8 +14,10 @@ PointSamplerFn<QX_Pixel8> noclip_two_stage;
 }  // namespace qx::sampling
 
 namespace qx::avx2 {
-/// The pixels of noclip_two_stage, with both columns of the taps in one register.
+/// The pixels of sampling::noclip_two_stage, with both columns of the taps in one register.
 PointSamplerFn<QX_Pixel8> noclip_two_stage;
+/// The pixels of area_template8; boxes of whole pixels are summed two rows at a time.
+PointSamplerFn<QX_Pixel8> area_template8;
 }  // namespace qx::avx2
 
 namespace qx::sampling {

@@ -23,7 +23,10 @@ void fill_samplers8(bool vector, bool faster) {
     set_slot<Slot::SubpixelTranslate>(&QX_SubpixelSampleTranslateNoClip_Straight);
     set_slot<Slot::SubpixelPlus>(&QX_SubpixelSamplePlus_Straight);
     set_slot<Slot::SubpixelNoClip>(vector ? &sampling::noclip_two_stage : &sampling::noclip_plain);
-    if (faster) set_slot<Slot::SubpixelNoClip>(&avx2::noclip_two_stage);
+    if (faster) {
+        set_slot<Slot::AreaSample>(&avx2::area_template8);
+        set_slot<Slot::SubpixelNoClip>(&avx2::noclip_two_stage);
+    }
     set_slot<Slot::SubpixelNoClip4>(&QX_SubpixelSampleNoClip_Straight_4);
     set_slot<Slot::SubpixelTranslate4>(&QX_SubpixelSampleTranslateNoClip_Straight_4);
     set_slot<Slot::SubpixelSpan>(&QX_SubpixelSpanSampleTranslateNoClip_Straight);

@@ -106,7 +106,11 @@ TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
     this->compare(2, &QX_AreaSample_CPlusPlus<TypeParam, 2>, round);
     if constexpr (sizeof(TypeParam) != 16) {
         this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, round);
-        const Born again(1, ProcessorLevel::plain);
+        {
+            const Born faster(1, ProcessorLevel::faster);
+            this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, round);
+        }
+        const Born plain(1, ProcessorLevel::plain);
         const auto nearest = [full](double v) { return std::round(std::min(v, full)); };
         this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, nearest);
     }

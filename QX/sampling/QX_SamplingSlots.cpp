@@ -3,9 +3,9 @@
 
 #include "QX/indep/QX_Slots.h"
 #include "QX/sampling/QX_AreaSample.h"
+#include "QX/sampling/QX_BicubicForms.h"
 #include "QX/sampling/QX_CopyBits.h"
 #include "QX/sampling/QX_Runs.h"
-#include "QX/sampling/QX_BicubicForms.h"
 #include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampForms.h"
 

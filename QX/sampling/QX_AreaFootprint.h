@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 
-#include "QX/indep/QX_Area.h"
+#include "QX/indep/QX_Lanes.h"
 #include "QX/sampling/QX_SampPB.h"
 
 /// The rectangle that an area sample covers, in edge coordinates: pixel i covers [i, i + 1). All in 16.16, wrapping.
@@ -14,13 +13,17 @@ inline constexpr std::int32_t kOne = 0x10000, kHalf = 0x8000;
 
 enum class Branch { point, row_strip, column_strip, box };
 
-constexpr Branch branch_of(const QX_SampPB& params) {
+QX_INLINE constexpr Branch branch_of(const QX_SampPB& params) {
     if (params.y_radius > kHalf) return params.x_radius > kHalf ? Branch::box : Branch::column_strip;
     return params.x_radius > kHalf ? Branch::row_strip : Branch::point;
 }
 
-constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
+QX_INLINE constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
+}
+
+QX_INLINE constexpr std::int32_t negative(std::int32_t a) {
+    return static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(a));
 }
 
 /// One side of the footprint: from pixel `first` on, a partial pixel where `lead` is not 0, whole ones up to `last`,
@@ -28,22 +31,25 @@ constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
 struct Extent {
     std::int32_t low, high;
 
-    constexpr Extent(std::int32_t centre, std::int32_t radius)
-        : low(wrapping_sum(wrapping_difference(centre, radius), kHalf)),
+    QX_INLINE constexpr Extent(std::int32_t centre, std::int32_t radius)
+        : low(wrapping_sum(wrapping_sum(centre, negative(radius)), kHalf)),
           high(wrapping_sum(wrapping_sum(centre, radius), kHalf)) {}
 
-    constexpr std::int32_t length() const { return wrapping_difference(high, low); }
-    /// Cuts to a world's side. An extent that wrapped becomes one that is empty.
-    constexpr void clip(std::int32_t size) {
-        const auto end = static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{size} * kOne, INT32_MAX));
-        low = std::min(std::max(low, 0), std::max(end, 0));
-        high = std::max(std::min(std::max(high, 0), std::max(end, 0)), low);
+    QX_INLINE constexpr std::int32_t length() const { return wrapping_sum(high, negative(low)); }
+    /// Cut to a world's side. An extent that wrapped becomes one that is empty.
+    QX_INLINE constexpr Extent clipped(std::int32_t size) const {
+        const auto end = lesser(std::int64_t{size} * kOne, std::int64_t{INT32_MAX});
+        const auto limit = greater(static_cast<std::int32_t>(end), 0);
+        Extent cut = *this;
+        cut.low = lesser(greater(low, 0), limit);
+        cut.high = greater(lesser(greater(high, 0), limit), cut.low);
+        return cut;
     }
-    constexpr std::int32_t first() const { return low >> 16; }
-    constexpr std::int32_t last() const { return high >> 16; }
+    QX_INLINE constexpr std::int32_t first() const { return low >> 16; }
+    QX_INLINE constexpr std::int32_t last() const { return high >> 16; }
     /// Coverage of the first and of the last pixel where it is partial, else 0.
-    constexpr std::int32_t lead() const { return (low & 0xFFFF) != 0 ? kOne - (low & 0xFFFF) : 0; }
-    constexpr std::int32_t tail() const { return high & 0xFFFF; }
+    QX_INLINE constexpr std::int32_t lead() const { return (low & 0xFFFF) != 0 ? kOne - (low & 0xFFFF) : 0; }
+    QX_INLINE constexpr std::int32_t tail() const { return high & 0xFFFF; }
     /// Calls visit(pixel, coverage) for each pixel. Kept: pixels count in 16 bits, which wrap.
     template <class Visit> void each(const Visit& visit) const {
         auto i = static_cast<std::int16_t>(first());

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
+#include "QX/indep/QX_Area.h"
 #include "QX/sampling/QX_AreaFootprint.h"
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_Samp.h"
@@ -48,9 +51,8 @@ void sum_box(const QX_EffectWorld& world, const Extent& across, const Extent& do
 constexpr std::int32_t middle(const Extent& side) { return side.low - kHalf + (side.length() >> 1); }
 
 QX_Pixel8 premul_area(std::int32_t x, std::int32_t y, const QX_SampPB& params) {
-    Extent across(x, params.x_radius), down(y, params.y_radius);
-    across.clip(params.src->width);
-    down.clip(params.src->height);
+    const auto across = Extent(x, params.x_radius).clipped(params.src->width);
+    const auto down = Extent(y, params.y_radius).clipped(params.src->height);
     PremulSums sums;
     if (across.length() == 0 || down.length() == 0) return {};
     const auto add = [&](std::int32_t at_x, std::int32_t at_y, std::uint32_t coverage) {

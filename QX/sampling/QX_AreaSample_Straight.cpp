@@ -6,26 +6,17 @@
 #include "QX/sampling/QX_SampleGpu.h"
 
 namespace qx::sampling {
-namespace {
-
-/// What reads thin footprints. The set is asked, since a host may have put its own routine into the table of slots.
-template <class Pixel> QX_PointSampler<Pixel> clipped_sampler(int quality) {
-    return QXp_GetSamplerSet<Pixel>(quality).clipped;
-}
-
-}  // namespace
-
 int area_plain8(void*, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
-    return area_sample<QX_Pixel8, RoundNearest>(x, y, params, clipped_sampler<QX_Pixel8>(1), out);
+    return area_sample<QX_Pixel8, RoundNearest>(x, y, params, 1, out);
 }
 int area_template8(void*, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
-    return area_sample<QX_Pixel8, RoundUp>(x, y, params, clipped_sampler<QX_Pixel8>(1), out);
+    return area_sample<QX_Pixel8, RoundUp>(x, y, params, 1, out);
 }
 int area_plain16(void*, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel16* out) {
-    return area_sample<QX_Pixel16, RoundNearest>(x, y, params, clipped_sampler<QX_Pixel16>(1), out);
+    return area_sample<QX_Pixel16, RoundNearest>(x, y, params, 1, out);
 }
 int area_template16(void*, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel16* out) {
-    return area_sample<QX_Pixel16, RoundUp>(x, y, params, clipped_sampler<QX_Pixel16>(1), out);
+    return area_sample<QX_Pixel16, RoundUp>(x, y, params, 1, out);
 }
 
 }  // namespace qx::sampling
@@ -42,7 +33,7 @@ int QX_AreaSample_Straight16(void* in_data, std::int32_t x, std::int32_t y, cons
 template <class Pixel, int Quality>
 int QX_AreaSample_CPlusPlus(void*, std::int32_t x, std::int32_t y, const QX_SampPB* params, Pixel* out) {
     if (const int code = refuse_gpu_world(params)) return code;
-    return area_sample<Pixel, RoundUp>(x, y, params, clipped_sampler<Pixel>(Quality), out);
+    return area_sample<Pixel, RoundUp>(x, y, params, Quality, out);
 }
 
 #define QX_AREA_SAMPLE(Pixel)                                                                                    \

@@ -10,31 +10,21 @@
 namespace qx::sampling {
 
 /// Bits of a coverage product that are zero in all of a box's pixels: 16 for each axis without partial pixels.
-constexpr int idle_bits(const Extent& across, const Extent& down) {
+constexpr int idle_bits(Extent across, Extent down) {
     const auto whole = [](const Extent& e) { return e.lead() == 0 && e.tail() == 0; };
     return (whole(across) ? 16 : 0) + (whole(down) ? 16 : 0);
 }
 
-constexpr bool exact_in_integers(const Extent& across, const Extent& down) {
+constexpr bool exact_in_integers(Extent across, Extent down) {
     constexpr std::int64_t limit = (std::int64_t{1} << 53) / (255 * 255);
     return std::int64_t{across.length()} * down.length() >> idle_bits(across, down) < limit;
 }
 
-/// Sums of alpha, and of each colour times alpha.
-struct Sums8 {
-    std::uint64_t channel[4] = {};
-    void add(__m128i sums, std::uint64_t weight) {
-        std::uint32_t part[4];
-        std::memcpy(part, &sums, sizeof part);
-        for (int i = 0; i < 4; ++i) channel[i] += part[i] * weight;
-    }
-};
-
-/// Two pixels as words: colours times alpha, and alpha itself.
+/// Two pixels, as words that alternate between them: sums of colours times alpha, and of alpha itself, in 32 bits.
 QX_INLINE __m128i shares(__m128i words) {
-    const __m128i alphas = _mm_shufflehi_epi16(_mm_shufflelo_epi16(words, 0), 0);
-    const __m128i one = _mm_set1_epi64x(1), colours = _mm_set1_epi64x(~0xFFFFLL);
-    return _mm_mullo_epi16(alphas, _mm_or_si128(_mm_and_si128(words, colours), one));
+    const __m128i colours = _mm_setr_epi32(0, -1, -1, -1), ones = _mm_setr_epi32(0x10001, 0, 0, 0);
+    const __m128i alphas = _mm_shuffle_epi32(words, 0);
+    return _mm_madd_epi16(words, _mm_or_si128(_mm_and_si128(alphas, colours), ones));
 }
 
 /// Adds a run of pixels to four 32-bit sums.
@@ -42,35 +32,58 @@ QX_INLINE __m128i add_run(__m128i sums, const std::byte* at, std::int32_t count)
     const __m128i zero = _mm_setzero_si128();
     for (; count >= 4; count -= 4, at += 16) {
         const auto pixels = load_at<__m128i>(at);
-        const __m128i a = shares(_mm_unpacklo_epi8(pixels, zero)), b = shares(_mm_unpackhi_epi8(pixels, zero));
-        const __m128i low = _mm_add_epi32(_mm_unpacklo_epi16(a, zero), _mm_unpacklo_epi16(b, zero));
-        const __m128i high = _mm_add_epi32(_mm_unpackhi_epi16(a, zero), _mm_unpackhi_epi16(b, zero));
-        sums = _mm_add_epi32(sums, _mm_add_epi32(low, high));
+        const __m128i pairs = _mm_unpacklo_epi8(_mm_shuffle_epi32(pixels, 0x08), _mm_shuffle_epi32(pixels, 0x0D));
+        sums = _mm_add_epi32(sums, shares(_mm_unpacklo_epi8(pairs, zero)));
+        sums = _mm_add_epi32(sums, shares(_mm_unpackhi_epi8(pairs, zero)));
     }
     for (; count > 0; --count, at += 4) {
-        const __m128i pixel = _mm_cvtsi32_si128(load_at<std::int32_t>(at));
-        sums = _mm_add_epi32(sums, _mm_unpacklo_epi16(shares(_mm_unpacklo_epi8(pixel, zero)), zero));
+        const __m128i pixel = _mm_unpacklo_epi8(_mm_cvtsi32_si128(load_at<std::int32_t>(at)), zero);
+        sums = _mm_add_epi32(sums, shares(_mm_unpacklo_epi16(pixel, zero)));
     }
     return sums;
 }
 
-/// Adds columns * rows whole pixels with one weight.
-inline void add_zone(const QX_EffectWorld& world, std::int32_t column, std::int32_t columns, std::int32_t row,
-                     std::int32_t rows, std::uint64_t weight, Sums8& total) {
+/// 32-bit sums without a sign, exactly.
+QX_INLINE Double4 to_double(__m128i sums) {
+    const __m128i high = _mm_set1_epi32(0x43300000);  // 2^52 and the sum make a double
+    const Double2 base{0x1p52, 0x1p52};
+    return {(Double2)_mm_unpacklo_epi32(sums, high) - base, (Double2)_mm_unpackhi_epi32(sums, high) - base};
+}
+
+/// Adds columns * rows pixels of one weight.
+QX_INLINE void add_zone(const QX_EffectWorld& world, std::int32_t column, std::int32_t columns, std::int32_t row,
+                        std::int32_t rows, double weight, Double4& total) {
     constexpr std::int32_t most = 0xFFFFFFFF / (255 * 255);  // pixels that 32 bits can sum
     const std::byte* line = pixel_address(world, column, row, sizeof(QX_Pixel8));
     __m128i sums = _mm_setzero_si128();
     std::int32_t room = most;
-    for (std::int32_t i = 0; i < rows; ++i, line += world.rowbytes) {
+    for (; rows > 0; --rows, line += world.rowbytes) {
         if (room < columns) {
-            total.add(sums, weight);
+            total = total + to_double(sums) * splat4(weight);
             sums = _mm_setzero_si128();
             room = most;
         }
         room -= columns;
         sums = add_run(sums, line, columns);
     }
-    total.add(sums, weight);
+    total = total + to_double(sums) * splat4(weight);
+}
+
+/// True for a box of whole pixels which 32 bits can sum: that of a reduction by a whole number.
+QX_INLINE constexpr bool is_small_and_whole(Extent across, Extent down) {
+    return ((across.low | across.high | down.low | down.high) & 0xFFFF) == 0 &&
+           std::int64_t{across.length()} * down.length() >> 32 <= 0xFFFFFFFF / (255 * 255);
+}
+
+QX_INLINE Double4 small_whole_box(const QX_EffectWorld& world, Extent across, Extent down) {
+    const std::int32_t columns = across.last() - across.first();
+    const std::byte* line = pixel_address(world, across.first(), down.first(), sizeof(QX_Pixel8));
+    __m128i sums = _mm_setzero_si128();
+    for (std::int32_t rows = down.last() - down.first(); rows > 0; --rows, line += world.rowbytes) {
+        _mm_prefetch(reinterpret_cast<const char*>(line) + 1024, _MM_HINT_T0);
+        sums = add_run(sums, line, columns);
+    }
+    return to_double(sums);
 }
 
 /// One axis of a box in up to three parts: a partial pixel, whole ones, a partial pixel.
@@ -89,21 +102,18 @@ struct Zones {
     }
 };
 
-inline Double4 box_in_integers(const QX_EffectWorld& world, const Extent& across, const Extent& down) {
+[[gnu::noinline]] inline Double4 box_in_integers(const QX_EffectWorld& world, Extent across, Extent down) {
     const Zones columns(across), rows(down);
-    const int idle = idle_bits(across, down);
-    Sums8 total;
+    Double4 total{};
     for (int k = 0; k < rows.count; ++k) {
         const auto& r = rows.zone[k];
         for (int i = 0; i < columns.count; ++i) {
             const auto& c = columns.zone[i];
-            const std::uint64_t weight = static_cast<std::uint64_t>(std::int64_t{r.coverage} * c.coverage) >> idle;
+            const double weight = static_cast<double>(r.coverage) * c.coverage * 0x1p-32;
             add_zone(world, c.first, c.count, r.first, r.count, weight, total);
         }
     }
-    const double unit = static_cast<double>(std::int64_t{1} << idle) * 0x1p-32;
-    const auto sum = [&](int i) { return static_cast<double>(static_cast<std::int64_t>(total.channel[i])) * unit; };
-    return {Double2{sum(0), sum(1)}, Double2{sum(2), sum(3)}};
+    return total;
 }
 
 }  // namespace qx::sampling

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "QX/indep/QX_RoutineTypes.h"
+#include "QX/sampling/QX_BicubicForms.h"
 #include "QX/sampling/QX_SampleMixT.h"
 
 /// Bicubic samples: Keys' cubic convolution with a = -0.75, across four rows, then down. All in float, at every depth.
@@ -46,23 +47,31 @@ template <class Pixel> QX_INLINE bool equal_in_row(const std::byte* row, QX_Chan
 }
 
 /// The sixteen taps in one float pixel on the scale of the depth.
-template <class Pixel> QX_INLINE Float4 cubic_sum(const TapRows<4>& rows, const CubicWeights& weights) {
+template <class Pixel> QX_INLINE Float4 mixed_sum(const TapRows<4>& rows, const CubicWeights& weights) {
     Float4 across[4], p[4];
-    const auto alpha = load_at<Pixel>(rows[0]).alpha;
-    bool uniform = true;
-    for (const auto* row : rows) uniform &= equal_in_row<Pixel>(row, alpha);
-    if (uniform) {  // the common case, without a question a row
-        for (int i = 0; i < 4; ++i) {
-            widen_row<Pixel>(rows[i], p);
-            across[i] = plain_mix<float>(p, weights.x);
-        }
-        return with_alpha(plain_mix<float>(across, weights.y), static_cast<float>(alpha));
-    }
     for (int i = 0; i < 4; ++i) {
         widen_row<Pixel>(rows[i], p);
         across[i] = cubic_mix(p, weights.x, equal_alphas(p));
     }
     return cubic_mix(across, weights.y, equal_alphas(across));
+}
+
+/// The same where all alphas agree: the common case, without a question a row.
+template <class Pixel>
+QX_INLINE Float4 plain_sum(const TapRows<4>& rows, const CubicWeights& weights, QX_ChannelOf<Pixel> alpha) {
+    Float4 across[4], p[4];
+    for (int i = 0; i < 4; ++i) {
+        widen_row<Pixel>(rows[i], p);
+        across[i] = plain_mix<float>(p, weights.x);
+    }
+    return with_alpha(plain_mix<float>(across, weights.y), static_cast<float>(alpha));
+}
+
+template <class Pixel> QX_INLINE Float4 cubic_sum(const TapRows<4>& rows, const CubicWeights& weights) {
+    const auto alpha = load_at<Pixel>(rows[0]).alpha;
+    bool uniform = true;
+    for (const auto* row : rows) uniform &= equal_in_row<Pixel>(row, alpha);
+    return uniform ? plain_sum<Pixel>(rows, weights, alpha) : mixed_sum<Pixel>(rows, weights);
 }
 
 /// Limits what the kernel's lobes carry beyond the range; colours of float pixels stay as they are.
@@ -81,7 +90,11 @@ template <class Pixel> QX_INLINE auto finish(Float4 sum) {
 }
 
 template <class Pixel> QX_INLINE auto cubic_sample(const TapRows<4>& rows, const CubicWeights& weights) {
-    return finish<Pixel>(cubic_sum<Pixel>(rows, weights));
+    if constexpr (sizeof(Pixel) == 4) {
+        return cubic8(rows, weights);
+    } else {
+        return finish<Pixel>(cubic_sum<Pixel>(rows, weights));
+    }
 }
 
 template <class Pixel> int cubic_point(std::int32_t x, std::int32_t y, const QX_SampPB* params, Pixel* out) {

@@ -16,7 +16,7 @@ std::uint32_t two_stage_run(std::int32_t count, FixedPoint at, FixedPoint step, 
     block.src = &world;
     FixedPoint p = at + step * wide;
     for (std::int32_t i = wide; i < count; ++i, p = p + step) {
-        sampling::noclip_two_stage(nullptr, p.x, p.y, &block, out + i);
+        avx2::noclip_two_stage(nullptr, p.x, p.y, &block, out + i);
         sum += out[i].alpha;
     }
     return sum;
@@ -27,7 +27,7 @@ std::uint32_t two_stage_run(std::int32_t count, FixedPoint at, FixedPoint step, 
 void choose_run_forms(bool vectors) { has_vectors = vectors; }
 
 template <> RunSampler<QX_Pixel8> run_form(QX_PointSampler<QX_Pixel8> unclipped) {
-    return has_vectors && unclipped == &sampling::noclip_two_stage ? &two_stage_run : nullptr;
+    return has_vectors && unclipped == &avx2::noclip_two_stage ? &two_stage_run : nullptr;
 }
 template <> RunSampler<QX_Pixel16> run_form(QX_PointSampler<QX_Pixel16>) { return nullptr; }
 template <> RunSampler<QX_PixelFloat> run_form(QX_PointSampler<QX_PixelFloat>) { return nullptr; }

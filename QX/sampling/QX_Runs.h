@@ -20,7 +20,7 @@ template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipp
 
 inline constexpr int kRunLanes = 8;
 namespace avx2 {
-/// Of sampling::noclip_two_stage, for a multiple of kRunLanes.
+/// Of noclip_two_stage, for a multiple of kRunLanes.
 std::uint32_t two_stage_run(std::int32_t count, FixedPoint at, FixedPoint step, const QX_LayerDef& world,
                             QX_Pixel8* out);
 }  // namespace avx2

@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "QX/indep/QX_Area.h"
+#include "QX/indep/QX_Lanes.h"
 #include "QX/sampling/QX_SampPB.h"
 
 /// Positions, and where a sampler's taps come from.
@@ -14,9 +16,9 @@ namespace qx::sampling {
 /// A 16.16 position taken apart: the pixel at or before it on each axis, and the way to the next one, 0..65535.
 struct Position {
     std::int32_t column, row, fx, fy;
-    constexpr Position(std::int32_t x, std::int32_t y)
+    QX_INLINE constexpr Position(std::int32_t x, std::int32_t y)
         : column(x >> 16), row(y >> 16), fx(x & 0xFFFF), fy(y & 0xFFFF) {}
-    constexpr bool on_a_pixel() const { return (fx | fy) == 0; }
+    QX_INLINE constexpr bool on_a_pixel() const { return (fx | fy) == 0; }
 };
 
 constexpr bool contains(const QX_EffectWorld& world, std::int32_t column, std::int32_t row) {

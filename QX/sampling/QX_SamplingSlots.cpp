@@ -3,6 +3,7 @@
 
 #include "QX/indep/QX_Slots.h"
 #include "QX/sampling/QX_AreaSample.h"
+#include "QX/sampling/QX_BicubicForms.h"
 #include "QX/sampling/QX_CopyBits.h"
 #include "QX/sampling/QX_Runs.h"
 #include "QX/sampling/QX_Samp.h"
@@ -12,7 +13,7 @@ namespace qx {
 
 namespace {
 
-void fill_samplers8(bool vector) {
+void fill_samplers8(bool vector, bool faster) {
     set_slot<Slot::NNSample>(&QX_NNSample);
     set_slot<Slot::SubpixelSample>(&QX_SubpixelSample_Straight);
     set_slot<Slot::SubpixelSamplePremul>(&QX_SubpixelSample_Premul);
@@ -22,6 +23,10 @@ void fill_samplers8(bool vector) {
     set_slot<Slot::SubpixelTranslate>(&QX_SubpixelSampleTranslateNoClip_Straight);
     set_slot<Slot::SubpixelPlus>(&QX_SubpixelSamplePlus_Straight);
     set_slot<Slot::SubpixelNoClip>(vector ? &sampling::noclip_two_stage : &sampling::noclip_plain);
+    if (faster) {
+        set_slot<Slot::AreaSample>(&avx2::area_template8);
+        set_slot<Slot::SubpixelNoClip>(&avx2::noclip_two_stage);
+    }
     set_slot<Slot::SubpixelNoClip4>(&QX_SubpixelSampleNoClip_Straight_4);
     set_slot<Slot::SubpixelTranslate4>(&QX_SubpixelSampleTranslateNoClip_Straight_4);
     set_slot<Slot::SubpixelSpan>(&QX_SubpixelSpanSampleTranslateNoClip_Straight);
@@ -46,10 +51,11 @@ void fill_copies() {
 }  // namespace
 
 void fill_sampling_slots(bool vector, bool faster) {
-    fill_samplers8(vector);
+    fill_samplers8(vector, faster);
     fill_samplers16(vector);
     choose_run_forms(faster);
     fill_copies();
+    sampling::cubic8 = faster ? &avx2::cubic8 : &sampling::cubic8_plain;
 }
 
 }  // namespace qx

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Area samples against sums that are written down anew, contribution by contribution; the premultiplied routines in
-// exact integers; refusals, slots and forms.
+// exact integers.
 #include <gtest/gtest.h>
 
 #include <functional>
 
-#include "QX/indep/QX_Slots.h"
 #include "tests/sampling/SampSupport.h"
 
 namespace {
@@ -106,7 +105,11 @@ TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
     this->compare(2, &QX_AreaSample_CPlusPlus<TypeParam, 2>, round);
     if constexpr (sizeof(TypeParam) != 16) {
         this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, round);
-        const Born again(1, ProcessorLevel::plain);
+        {
+            const Born faster(1, ProcessorLevel::faster);
+            this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, round);
+        }
+        const Born plain(1, ProcessorLevel::plain);
         const auto nearest = [full](double v) { return std::round(std::min(v, full)); };
         this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, nearest);
     }
@@ -211,163 +214,6 @@ TEST_F(Premul, AreaIsExact) {
     QX_Pixel8 out{1, 2, 3, 4};
     QX_AreaSample_Premul(nullptr, 15 * 65536, 9 * 65536, &picture.params, &out);
     EXPECT_TRUE(same(out, QX_Pixel8{})) << "an area of 0 divides nothing";
-}
-
-/// Between pixels whose alphas agree the vector form mixes down, then across; elsewhere it is the plain one.
-TEST(SamplerForms, UncheckedEightBits) {
-    std::mt19937_64 random(3);
-    int different = 0;
-    for (const FillKind fill : {FillKind::opaque, FillKind::random, FillKind::layer, FillKind::clear}) {
-        Picture<QX_Pixel8> picture(33, 9, fill, 5);
-        for (const auto level : {ProcessorLevel::plain, ProcessorLevel::vector}) {
-            const Born born(1, level);
-            random.seed(3);
-            for (int n = 0; n < (fill == FillKind::opaque ? 1000000 : 100000); ++n) {
-                const auto x = static_cast<std::int32_t>(random() % (32 * 65536)),
-                           y = static_cast<std::int32_t>(random() % (8 * 65536));
-                QX_Pixel8 out, clipped;
-                QX_SubpixelSampleNoClip_Straight(nullptr, x, y, &picture.params, &out);
-                QX_SubpixelSample_Straight(nullptr, x, y, &picture.params, &clipped);
-                const auto p = [&](int i, int j) { return picture.at((x >> 16) + i, (y >> 16) + j); };
-                const bool two_stages = level == ProcessorLevel::vector && p(0, 0).alpha == p(1, 0).alpha &&
-                                        p(0, 0).alpha == p(0, 1).alpha && p(0, 0).alpha == p(1, 1).alpha;
-                if (!two_stages) {
-                    ASSERT_TRUE(same(out, clipped));
-                } else if (p(0, 0).alpha == 0) {
-                    ASSERT_TRUE(same(out, clipped)) << "clear, whatever the colours";
-                } else {
-                    const float fx = float(x & 0xFFFF) / 65536, fy = float(y & 0xFFFF) / 65536;
-                    const auto mix = [&](auto c) {
-                        const float left = p(0, 0).*c + float(p(0, 1).*c - p(0, 0).*c) * fy;
-                        const float right = p(1, 0).*c + float(p(1, 1).*c - p(1, 0).*c) * fy;
-                        return static_cast<std::uint8_t>((right - left) * fx + left + 0.5f);
-                    };
-                    const QX_Pixel8 want{p(0, 0).alpha, mix(&QX_Pixel8::red), mix(&QX_Pixel8::green),
-                                         mix(&QX_Pixel8::blue)};
-                    ASSERT_TRUE(same(out, want)) << x << ", " << y;
-                    different += !same(out, clipped);
-                }
-            }
-        }
-    }
-    EXPECT_GT(different, 0) << "the two forms are to be told apart";
-}
-
-/// Kept: four at once have no threshold and no exits, so a faint alpha keeps its place in the colours.
-TEST(SamplerForms, FourAtOnce) {
-    const Born born;
-    std::mt19937_64 random(3);
-    for (const FillKind fill : {FillKind::random, FillKind::extremes, FillKind::clear}) {
-        Picture<QX_Pixel8> picture(33, 9, fill, 5);
-        for (int n = 0; n < 50000; ++n) {
-            std::int32_t coords[8];
-            for (int i = 0; i < 8; ++i) coords[i] = static_cast<std::int32_t>(random() % ((i % 2 ? 8 : 32) * 65536));
-            QX_Pixel8 out[4], one;
-            double weights[4];
-            ASSERT_EQ(QX_SubpixelSampleNoClip_Straight_4(nullptr, coords, &picture.params, out), 0);
-            for (int i = 0; i < 4; ++i) {
-                const std::int32_t x = coords[2 * i], y = coords[2 * i + 1];
-                QX_SubpixelSampleComputeWeight(x & 0xFFFF, y & 0xFFFF, weights);
-                double sum[4] = {};
-                for (int k = 0; k < 4; ++k) {
-                    const auto p = picture.tap((x >> 16) + k % 2, (y >> 16) + k / 2);
-                    sum[0] += weights[k] * p[0];
-                    for (std::size_t c = 1; c < 4; ++c) sum[c] += weights[k] * p[0] * p[c];
-                }
-                ASSERT_NEAR(out[i].alpha, sum[0], 0.501);
-                ASSERT_TRUE(sum[0] != 0 || same(out[i], QX_Pixel8{}));
-                ASSERT_NEAR(out[i].green, sum[0] > 0.1 ? sum[2] / sum[0] : out[i].green, 0.51);
-            }
-            ASSERT_EQ(QX_SubpixelSampleTranslateNoClip_Straight_4(nullptr, coords, weights, &picture.params, out), 0);
-            for (int i = 0; i < 4; ++i) {
-                QX_SubpixelSampleTranslateNoClip_Straight(nullptr, coords[2 * i], coords[2 * i + 1], weights,
-                                                          &picture.params, &one);
-                ASSERT_TRUE(same(one, out[i]));
-            }
-        }
-    }
-}
-
-/// Kept: translations under the bicubic name are bilinear and keep colour under an alpha that rounds to nothing.
-TEST(SamplerForms, TranslationsUnderTheBicubicName) {
-    const Born born;
-    const double weights[4] = {0.001, 0.999, 0, 0};
-    Picture<QX_Pixel8> picture8(2, 2, FillKind::clear, 1);
-    Picture<QX_Pixel16> picture16(2, 2, FillKind::clear, 1);
-    picture8.at(0, 0) = {1, 200, 100, 50};
-    picture16.at(0, 0) = {1, 200, 100, 50};
-    QX_Pixel8 out8;
-    QX_Pixel16 out16;
-    for (const int quality : {1, 2}) {
-        QXp_GetSamplerSet<QX_Pixel8>(quality).translate(nullptr, 1, 0, weights, &picture8.params, &out8);
-        QXp_GetSamplerSet<QX_Pixel16>(quality).translate(nullptr, 1, 0, weights, &picture16.params, &out16);
-        EXPECT_TRUE(same(out8, quality == 1 ? QX_Pixel8{} : QX_Pixel8{0, 200, 100, 50}));
-        EXPECT_TRUE(same(out16, quality == 1 ? QX_Pixel16{} : QX_Pixel16{0, 200, 100, 50}));
-    }
-}
-
-TEST(SamplerForms, GpuWorldsAreRefused) {
-    const Born born;
-    Reports reports;
-    VPix* frame = nullptr;
-    QX_LayerDef world{};
-    world.platform_ref = &frame;
-    QX_SampPB params{};
-    params.src = &world;
-    QX_Pixel8 p8{1, 2, 3, 4};
-    QX_Pixel16 p16{1, 2, 3, 4};
-    QX_PixelFloat p{1, 2, 3, 4};
-    float sum = 5;
-    const std::string later = "gpu effect world is not supported yet.", never = "gpu effect world is not supported.";
-    const auto refused = [&](int code, const std::string& text) {
-        EXPECT_EQ(code, 3);
-        EXPECT_EQ(reports.last_text(), text);
-        EXPECT_TRUE(same(p8, QX_Pixel8{1, 2, 3, 4}) && same(p16, QX_Pixel16{1, 2, 3, 4}) &&
-                    same(p, QX_PixelFloat{1, 2, 3, 4}));
-        EXPECT_EQ(sum, 5);
-        reports.clear();
-    };
-    bool all_in;
-    refused(QX_NNSample(nullptr, 0, 0, &params, &p8), later);
-    refused(QX_NNSample16(nullptr, 0, 0, &params, &p16), later);
-    refused(QX_NNSampleFloat(nullptr, 0, 0, &params, &p), later);
-    refused(QX_SubpixelSample_Premul(nullptr, 0, 0, &params, &p8), never);
-    refused(QX_AreaSample_Premul(nullptr, 0, 0, &params, &p8), never);
-    refused(QX_SubpixelBilinearFloat(nullptr, 0, 0, &params, &p), never);
-    refused(QX_SubpixelNoClipBilinearFloat(nullptr, 0, 0, &params, &p), never);
-    refused(QX_SubpixelSpanSampleAllInBilinearFloat(nullptr, 0, 0, &params, &all_in, &p), never);
-    refused(QX_SubpixelSpanSampleBilinearFloat(nullptr, 1, 0, 0, &params, &sum, &p), never);
-    refused(QX_AreaSample_CPlusPlus<QX_Pixel8, 1>(nullptr, 0, 0, &params, &p8), never);
-    refused(QX_AreaSample_CPlusPlus<QX_Pixel16, 2>(nullptr, 0, 0, &params, &p16), never);
-    refused(QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>(nullptr, 0, 0, &params, &p), never);
-    for (const int count : {0, -3}) {
-        EXPECT_EQ(QX_SubpixelSpanSampleBilinearFloat(nullptr, count, 0, 0, &params, &sum, &p), 0);
-    }
-    EXPECT_TRUE(reports.all().empty() && sum == 5 && p.alpha == 1);
-}
-
-int sampler_of_test(void*, std::int32_t, std::int32_t, const QX_SampPB*, QX_Pixel8* out) {
-    *out = {9, 8, 7, 6};
-    return 77;
-}
-
-/// What goes through the table obeys it, and thin footprints read with what stands there.
-TEST(SamplerForms, TheTableRules) {
-    const Born born(1, ProcessorLevel::vector);
-    Picture<QX_Pixel8> picture(4, 4, FillKind::opaque, 1);
-    picture.radii(32768, 32768);
-    QX_Pixel8 out;
-    for (const int slot : {3, 5, 61}) QX_SetOverrideFunc(slot, reinterpret_cast<void*>(&sampler_of_test));
-    for (const auto routine : {&QX_AreaSample_Straight, &QX_SubpixelSampleNoClip_Straight}) {
-        EXPECT_EQ(routine(nullptr, 0, 0, &picture.params, &out), 77);
-    }
-    const auto set = QXp_GetSamplerSet<QX_Pixel8>(-4);
-    EXPECT_TRUE(set.clipped == &sampler_of_test && set.area == &sampler_of_test && set.unclipped == &sampler_of_test);
-    ASSERT_EQ((QX_AreaSample_CPlusPlus<QX_Pixel8, 1>(nullptr, 65536, 65536, &picture.params, &out)), 0);
-    EXPECT_TRUE(same(out, QX_Pixel8{9, 8, 7, 6}));
-    for (const int quality : {-1, 0, 4}) EXPECT_EQ(QX_GetSampleQualityPixelSupport(quality), 0);
-    EXPECT_TRUE(QX_GetSampleQualityPixelSupport(1) == 1 && QX_GetSampleQualityPixelSupport(2) == 2 &&
-                QX_GetSampleQualityPixelSupport(3) == 2);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <random>
 #include <span>
@@ -42,7 +43,7 @@ template <class Pixel> struct Picture {
     }
     QX_SampPB& radii(std::int32_t rx, std::int32_t ry) {
         params.x_radius = rx, params.y_radius = ry;
-        params.area = static_cast<std::int32_t>(static_cast<std::uint32_t>(std::int64_t{rx} * ry * 4 / 65536));
+        params.area = static_cast<std::int32_t>(static_cast<std::uint64_t>(std::int64_t{rx} * ry) * 4 >> 16);
         return params;
     }
 

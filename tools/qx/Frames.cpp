@@ -13,7 +13,7 @@ namespace {
 /// Takes what is in front of the sign away from the text; all of it where the sign is missing.
 std::string cut(std::string& text, char sign, bool* found) {
     const auto end = text.find(sign);
-    const std::string front = text.substr(0, end);
+    std::string front = text.substr(0, end);
     *found = end != std::string::npos;
     text = *found ? text.substr(end + 1) : "";
     return front;
@@ -59,7 +59,8 @@ FramePattern::FramePattern(const std::string& option, const std::string& path) :
         int digits = 0;
         const std::size_t length = place_length(path, at, &digits);
         if (length == 0) continue;
-        if (has_place()) throw WrongUsage(option + " " + path + ": two places for a frame's number");
+        if (has_place())
+            throw WrongUsage(std::string(option).append(" ").append(path).append(": two places for a frame's number"));
         digits_ = digits;
         before_ = path.substr(0, at);
         after_ = path.substr(at + length);
@@ -77,8 +78,10 @@ std::string FramePattern::name(int frame) const {
     if (!has_place()) return before_;
     const std::string number = std::to_string(std::abs(frame));
     const auto digits = static_cast<std::size_t>(digits_);
-    const std::string zeros(digits - std::min(digits, number.size()), '0');
-    return before_ + (frame < 0 ? "-" : "") + zeros + number + after_;
+    std::string name = before_;
+    if (frame < 0) name += '-';
+    name.append(digits - std::min(digits, number.size()), '0').append(number).append(after_);
+    return name;
 }
 
 }  // namespace qx::tool

@@ -6,8 +6,13 @@ install(TARGETS QX QXHost EXPORT QXTargets LIBRARY DESTINATION ${CMAKE_INSTALL_L
 install(EXPORT QXTargets NAMESPACE QX:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)
 if(QX_BUILD_TOOLS)
   install(TARGETS qx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  if(QX_BUILD_MOVIE)
+    install(TARGETS qxmovie LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endif()
 endif()
-install(DIRECTORY QX platform DESTINATION ${header_dir} FILES_MATCHING PATTERN "*.h" PATTERN "*T.h" EXCLUDE)
+# Headers: QX/QX.h and what it reaches, found when they are installed. All others are the module's own, in C++20.
+install(CODE "include(${PROJECT_SOURCE_DIR}/cmake/PublicHeaders.cmake)
+  install_public_headers(${PROJECT_SOURCE_DIR} QX/QX.h \"\${CMAKE_INSTALL_PREFIX}/${header_dir}\")" COMPONENT headers)
 
 configure_package_config_file(cmake/QXConfig.cmake.in QXConfig.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)

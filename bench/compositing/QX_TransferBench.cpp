@@ -52,6 +52,10 @@ template <class Pixel> void fill_frame(QX_World& world, Fill fill, unsigned seed
 struct Frames {
     std::unique_ptr<QX_World> src, dst, mask;
     QX_MaskWorld mask_record;
+    std::unique_ptr<QX_World> fresh_dst;
+
+    /// What a run leaves in the destination would be the next one's input.
+    void restore() const { std::memcpy(dst->data, fresh_dst->data, frame_bytes(*dst)); }
 };
 
 /// One set of frames lives at a time, for the depth and fill of the bench that runs.
@@ -60,10 +64,10 @@ template <class Pixel> Frames& frames(Fill fill) {
     static int made = -1;
     if (made != static_cast<int>(fill)) {
         constexpr int depth = qx::DepthOf<Pixel>::number;
-        set = {new_frame(depth), new_frame(depth), new_frame(depth), {}};
+        set = {new_frame(depth), new_frame(depth), new_frame(depth), {}, new_frame(depth)};
         fill_frame<Pixel>(*set.src, fill, 1);
-        fill_frame<Pixel>(*set.dst, Fill::layer, 2);
-        set.dst->FillAlpha();
+        fill_frame<Pixel>(*set.fresh_dst, Fill::layer, 2);
+        set.fresh_dst->FillAlpha();
         fill_frame<Pixel>(*set.mask, Fill::layer, 3);
         set.mask->FillOutEffectWorld(&set.mask_record.world);
         made = static_cast<int>(fill);
@@ -85,6 +89,7 @@ template <class Pixel> void transfer(benchmark::State& state, const Case& c) {
     if (state.thread_index() == 0) {
         be_born(c.level);
         set = &frames<Pixel>(c.fill);
+        set->restore();
         tables();
     }
     const M_LRect area = band(state.thread_index(), state.threads());
@@ -107,6 +112,7 @@ template <class Pixel> void copy_rows(benchmark::State& state) {
     if (state.thread_index() == 0) {
         be_born(standalone::DetectedProcessorLevel());
         set = &frames<Pixel>(Fill::layer);
+        set->restore();
     }
     const M_LRect area = band(state.thread_index(), state.threads());
     for (auto _ : state) {

@@ -88,6 +88,13 @@ const Case kFaults[] = {
     {"comp A B --opacity -0.1 -o OUT", 2, "--opacity -0.1"},
     {"comp A B --at 5 -o OUT", 2, "--at 5"},
     {"comp A B --at 5,y -o OUT", 2, "--at y"},
+    {"comp A B --translate 5 -o OUT", 2, "--translate 5: not a position X,Y"},
+    {"comp A B --scale 1,2,3 -o OUT", 2, "--scale 1,2,3: not a scale S or S,SY"},
+    {"comp A B --rotate inf -o OUT", 2, "--rotate inf: not a number"},
+    {"comp A B --anchor 1,nan -o OUT", 2, "--anchor nan: not a number"},
+    {"comp A B --matrix 1,0,0,0,1,0,0,0 -o OUT", 2, "not nine numbers"},
+    {"comp A B --scale 2 --matrix 1,0,0,0,1,0,0,0,1 -o OUT", 2, "--matrix and --scale exclude each other"},
+    {"comp A B --quality best -o OUT", 2, "--quality best: not one of draft, bilinear, bicubic"},
     {"comp A B --depth 12 -o OUT", 2, "--depth 12"},
     {"comp A B --linear 0 -o OUT", 2, "--linear 0"},
     {"comp A B --field both -o OUT", 2, "--field both: not one of all, even, odd"},
@@ -241,7 +248,7 @@ TEST(Command, SheetOfModesIsDrawn) {
 
 /// The signal comes while bands run: the file that was there stays, nothing is left, and the status tells.
 TEST(CommandDeathTest, InterruptLeavesNoFile) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    GTEST_FLAG_SET(death_test_style, "fast");  // the child works in this folder, not in one of its own
     const Folder folder;
     write_gradient(folder / "a.png", 64, 64, 255);
     qx::test::put_contents(folder / "o.png", "old");

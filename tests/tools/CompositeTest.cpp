@@ -10,6 +10,7 @@
 #include "tools/qx/Composite.h"
 #include "tools/qx/Modes.h"
 #include "tools/qx/Options.h"
+#include "tools/qx/Placing.h"
 
 namespace {
 
@@ -68,6 +69,48 @@ TEST(Composite, BandsGiveWhatOneTransferGives) {
         }
     }
     standalone::SetBandCount(32);
+}
+
+/// Where a transform lands on whole pixels, each pixel of the result is one of the layer's, whatever the quality.
+TEST(Composite, TransformsThatMapPixelsToPixels) {
+    const Library library;
+    const auto background = random_pixels(6, 64, 64), layer = random_pixels(7, 12, 12);
+    struct Case {
+        const char* name;
+        Placing placing;
+        int first_quality, last_quality;
+        int (*source)(int x, int y);  ///< of the layer's pixel at (x, y) behind the place: column + 100 * row
+        int side;
+    };
+    const Case cases[] = {
+        {"moved", {{20, 30}, {1, 1}, 0, {0, 0}}, 0, 2, [](int x, int y) { return x + 100 * y; }, 12},
+        {"anchored", {{26, 36}, {1, 1}, 0, {6, 6}}, 0, 2, [](int x, int y) { return x + 100 * y; }, 12},
+        {"half turn", {{26, 36}, {1, 1}, 180, {6, 6}}, 1, 2, [](int x, int y) { return 11 - x + 100 * (11 - y); }, 12},
+        {"quarter", {{26, 36}, {1, 1}, -270, {6, 6}}, 1, 2, [](int x, int y) { return y + 100 * (11 - x); }, 12},
+        {"mirrored", {{32, 30}, {-1, 1}, 0, {0, 0}}, 1, 2, [](int x, int y) { return 11 - x + 100 * y; }, 12},
+        {"doubled", {{20, 30}, {2, 2}, 0, {0, 0}}, 0, 0, [](int x, int y) { return x / 2 + 100 * (y / 2); }, 24},
+        {"nothing", {{20, 30}, {0, 1}, 0, {0, 0}}, 0, 2, [](int, int) { return 0; }, 0},
+    };
+    for (const Case& c : cases) {
+        auto expected = qx::io::at_depth("test", *background.world, 8);
+        for (int y = 0; y < c.side; ++y) {
+            for (int x = 0; x < c.side; ++x) {
+                const int from = c.source(x, y);
+                auto& p = qx::io::row_of<QX_Pixel8>(*layer.world, from / 100)[from % 100];
+                if (p.alpha < 255) p.alpha = 0;  // so that `over` copies or leaves
+                if (p.alpha == 255) qx::io::row_of<QX_Pixel8>(*expected, y + 30)[x + 20] = p;
+            }
+        }
+        for (int quality = c.first_quality; quality <= c.last_quality; ++quality) {
+            Transfer t;
+            t.layer = layer.world.get();
+            t.matrices = {matrix_of(c.placing)};
+            t.quality = quality;
+            auto result = qx::io::at_depth("test", *background.world, 8);
+            ASSERT_EQ(composite(t, *result, nullptr), 0);
+            EXPECT_TRUE(qx::test::same_pixels(*expected, *result)) << c.name << ", quality " << quality;
+        }
+    }
 }
 
 TEST(Composite, LayerBesideTheBackgroundChangesNothing) {

@@ -85,8 +85,11 @@ int run_command(int argc, const char* const* argv) {
         CLI::App app("Composites pictures, exact to the bit.", "qx");
         app.set_version_flag("--version", "qx " QX_VERSION);
         app.require_subcommand(1);
-        app.footer("Example:\n  qx comp photo.jpg logo.png --mode screen -o out.png");
+        app.footer(
+            "Example:\n  qx comp photo.jpg logo.png --mode screen -o out.png\n  qx render scene.json -o out.####.png "
+            "--frames 1-48");
         add_comp(app);
+        add_render(app);
         add_modes(app);
         add_info(app);
         return parse_and_run(app, argc, argv);

@@ -9,6 +9,7 @@ namespace qx::tool {
 
 /// Each adds its subcommand with its options; what it does runs when the command line has been read.
 void add_comp(CLI::App& app);
+void add_render(CLI::App& app);
 void add_modes(CLI::App& app);
 void add_info(CLI::App& app);
 

@@ -100,6 +100,11 @@ Transfer transfer_of(const LayerOptions& options, const Pictures::Layer& layer, 
     transfer.mask_x = options.has_mask_at ? options.mask_at.x : options.at.x;
     transfer.mask_y = options.has_mask_at ? options.mask_at.y : options.at.y;
     transfer.mask_kind = options.mask_kind;
+    transfer.quality = options.quality;
+    if (options.placing || options.matrix) {
+        const M_Matrix3 matrix = options.matrix ? *options.matrix : matrix_of(*options.placing);
+        transfer.matrices = {moved(matrix, options.at.x, options.at.y)};
+    }
     return transfer;
 }
 

@@ -2,24 +2,40 @@
 #include "tools/qx/CompOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <climits>
 #include <map>
 
+#include "tools/qx/LayerWords.h"
 #include "tools/qx/Messages.h"
 #include "tools/qx/Modes.h"
 
 namespace qx::tool {
 namespace {
 
-constexpr double kLeastGamma = 0.01, kMostGamma = 100;
+Placing& placing_of(LayerOptions& layer, const std::string& option) {
+    layer.placing_option = option;
+    return layer.placing ? *layer.placing : layer.placing.emplace();
+}
 
-int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words) {
-    std::string known;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        if (text == words[i]) return static_cast<int>(i);
-        known += (i == 0 ? "" : ", ") + words[i];
-    }
-    throw WrongUsage(option + " " + text + ": not one of " + known);
+void set_scale(LayerOptions& layer, const std::string& option, const std::string& text) {
+    const auto scale = real_numbers(option, text, "a scale S or S,SY", 1, 2);
+    Placing& placing = placing_of(layer, option);
+    placing.scale[0] = scale.front();
+    placing.scale[1] = scale.back();
+}
+
+void set_pair(double (&pair)[2], const std::string& option, const std::string& text) {
+    const auto numbers = real_numbers(option, text, "a position X,Y", 2, 2);
+    std::copy(numbers.begin(), numbers.end(), pair);
+}
+
+void set_matrix(LayerOptions& layer, const std::string& option, const std::string& text) {
+    const auto numbers = real_numbers(option, text, "nine numbers M11,M12,...,M33", 9, 9);
+    std::array<double, 9> elements{};
+    std::copy(numbers.begin(), numbers.end(), elements.begin());
+    layer.matrix = matrix_of(elements);
 }
 
 /// An option of a layer: its name, its help, and what its value does.
@@ -36,13 +52,13 @@ const LayerOption kLayerOptions[] = {
     {"--mode", "NAME|NUMBER", "transfer mode, such as over, multiply, soft-light or 5 (default: over)",
      [](L& l, S, S text) { l.mode = mode_number(text); }},
     {"--opacity", "0..1", "opacity (default: 1)",
-     [](L& l, S option, S text) { l.opacity = real_number(option, text, 0, 1); }},
-    {"--at", "X,Y", "where the layer's left top corner lands (default: 0,0)",
+     [](L& l, S option, S text) { l.opacity = static_cast<float>(real_number(option, text, 0, 1)); }},
+    {"--at", "X,Y", "where the layer's left top corner lands, or the origin of its transform (default: 0,0)",
      [](L& l, S option, S text) { l.at = place(option, text); }},
     {"--mask", "FILE", "picture whose alpha or luma limits the layer", [](L& l, S, S text) { l.mask_file = text; }},
     {"--mask-kind", "KIND", "alpha, inverse, luma or inverse-luma (default: alpha)",
      [](L& l, S option, S text) {
-         l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, {"alpha", "inverse", "luma", "inverse-luma"}));
+         l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, kMaskKindWords));
          l.mask_option = option;
      }},
     {"--mask-at", "X,Y", "where the mask's left top corner lands (default: the layer's place)",
@@ -52,7 +68,7 @@ const LayerOption kLayerOptions[] = {
          l.mask_option = option;
      }},
     {"--linear", "GAMMA", "blend in linear light, with this exponent of the stored values",
-     [](L& l, S option, S text) { l.gamma = real_number(option, text, kLeastGamma, kMostGamma); }},
+     [](L& l, S option, S text) { l.gamma = static_cast<float>(real_number(option, text, kLeastGamma, kMostGamma)); }},
     {"--rgb-only", nullptr, "keep the background's alpha",
      [](L& l, S option, S text) {
          l.rgb_only = choice(option, text, {"false", "true"}) == 1;
@@ -60,9 +76,19 @@ const LayerOption kLayerOptions[] = {
     {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
      [](L& l, S option, S text) { l.seed = whole_number(option, text, INT_MIN, INT_MAX); }},
     {"--field", "FIELD", "rows of the background that change: all, even or odd (default: all)",
+     [](L& l, S option, S text) { l.field = choice(option, text, kFieldWords); }},
+    {"--translate", "X,Y", "where the layer's anchor lands, counted from --at; need not be whole (default: 0,0)",
+     [](L& l, S option, S text) { set_pair(placing_of(l, option).translate, option, text); }},
+    {"--scale", "S[,SY]", "factor of width and height, or one of each (default: 1)", set_scale},
+    {"--rotate", "DEGREES", "turn about the anchor, clockwise (default: 0)",
      [](L& l, S option, S text) {
-         l.field = choice(option, text, {"all", "even", "odd"});
+         placing_of(l, option).degrees = real_number(option, text, -kMostPlacing, kMostPlacing);
      }},
+    {"--anchor", "X,Y", "point of the layer that scale and turn leave in place (default: its left top corner, 0,0)",
+     [](L& l, S option, S text) { set_pair(placing_of(l, option).anchor, option, text); }},
+    {"--matrix", "M11,...,M33", "in place of these four: rows of a matrix, (x', y', w') = (x, y, 1) * M", set_matrix},
+    {"--quality", "QUALITY", "of transformed layers: draft, bilinear or bicubic (default: bilinear)",
+     [](L& l, S option, S text) { l.quality = choice(option, text, kQualityWords); }},
 };
 
 const char* const kFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
@@ -71,9 +97,13 @@ those of `qx modes`, with - or _.
 
 Example:
   qx comp photo.jpg logo.png --mode screen --opacity 0.5 --at 40,40 -o out.png
+  qx comp photo.jpg logo.png --anchor 64,64 --scale 0.5 --rotate 30 --at 200,150 -o out.png
   qx comp a.tif b.tif --mode multiply c.exr --mode add --depth 32 -o out.exr)";
 
 void check(const LayerOptions& layer) {
+    if (layer.matrix && layer.placing) {
+        throw WrongUsage(layer.file + ": --matrix and " + layer.placing_option + " exclude each other");
+    }
     if (!layer.mask_file.empty()) return;
     if (layer.mode == xfer_mask_crossfade) {
         throw WrongUsage(layer.file + ": mode mask_crossfade (-2) needs --mask FILE");
@@ -106,6 +136,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
         ->type_name("FILE");
     add_common_options(command, common_.common);
     command.footer(kFooter);
+    set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
 }
 
 CompOptions CompCommandLine::options() const {
@@ -127,8 +158,7 @@ CompOptions CompCommandLine::options() const {
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
     for (const LayerOptions& layer : options.layers) check(layer);
-    const std::vector<std::string> depths = {"8", "16", "32"};
-    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, depths);
+    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, kDepthWords);
     return options;
 }
 

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/qx/Composite.h"
 #include "tools/qx/Options.h"
+#include "tools/qx/Placing.h"
 
 namespace qx::tool {
 
@@ -25,6 +27,10 @@ struct LayerOptions {
     bool rgb_only = false;
     int seed = 0;
     int field = 0;
+    std::optional<Placing> placing;  ///< counts from `at`, as `matrix` does
+    std::string placing_option;      ///< one that `placing` came from
+    std::optional<M_Matrix3> matrix;
+    int quality = 1;
 };
 
 struct CompOptions {

@@ -11,6 +11,7 @@
 #include "platform/standalone/Standalone.h"
 #include "platform/tesselcore_Threads.h"
 #include "tools/qx/Progress.h"
+#include "tools/qx/Transform.h"
 #include "tools/qx/io/Interrupt.h"
 
 namespace qx::tool {
@@ -89,6 +90,7 @@ private:
 }  // namespace
 
 int composite(const Transfer& transfer, QX_World& background, Progress* progress) {
+    if (!transfer.matrices.empty()) return transform(transfer, background, progress);
     M_LRect rect{};
     if (!clip(transfer, background, &rect)) return 0;
     const int depth = background.Depth();

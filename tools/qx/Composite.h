@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <optional>
+#include <vector>
 
 #include "QX/compositing/QX_CompositeMode.h"
 #include "QX/compositing/QX_LinearBlendingTables.h"
 #include "QX/indep/QX_Records.h"
 #include "QX/indep/QX_World.h"
+#include "platform/M_Matrix.h"
 
 namespace qx::tool {
 
@@ -25,9 +26,12 @@ struct Transfer {
     const QX_World* mask = nullptr;
     int mask_x = 0, mask_y = 0;
     QX_MaskKind mask_kind = kQX_MaskAlpha;
+    std::vector<M_Matrix3> matrices;  ///< from the layer to the background, in time order; none places it at (x, y)
+    int quality = 1;                  ///< of transforms: 0 nearest, 1 bilinear, 2 bicubic
 };
 
-/// Composites a layer of the background's depth, in bands on all threads where the mode allows.
+/// Composites a layer of the background's depth, in bands on all threads where the mode allows; through its matrices
+/// where it has some.
 /// @param progress  may be null; it gets one step a row of the background
 /// @return 0 or the first code of a band; kQX_Interrupted after a signal
 int composite(const Transfer& transfer, QX_World& background, Progress* progress);

@@ -52,6 +52,7 @@ void add_info(CLI::App& app) {
     const auto options = std::make_shared<InfoOptions>();
     command->add_flag("--json", options->json, "machine-readable, on standard output");
     add_common_options(*command, options->common);
+    set_usage(*command, "[options]");
     command->footer("Example:\n  qx info --json");
     command->callback([options] { run(*options); });
 }

@@ -12,12 +12,14 @@ namespace {
 Talk level = Talk::normal;
 std::mutex mutex;
 std::string report_text;
+bool line_shown = false;
 
 /// A message is one line whatever a file's name or a library's text contains.
 void say(std::string words) {
     for (char& c : words) {
         if (static_cast<unsigned char>(c) < ' ') c = ' ';
     }
+    show_line("");
     std::fprintf(stderr, "qx: %s\n", words.c_str());
 }
 
@@ -32,6 +34,14 @@ void say_note(const std::string& words) {
 }
 void say_detail(const std::string& words) {
     if (level == Talk::verbose) say(words);
+}
+
+void show_line(const std::string& words) {
+    if (line_shown) std::fputs("\r\x1B[K", stderr);
+    line_shown = !words.empty();
+    if (!line_shown) return;
+    std::fputs(words.c_str(), stderr);
+    std::fflush(stderr);
 }
 
 void collect_reports() {

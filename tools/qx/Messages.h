@@ -28,6 +28,9 @@ void say_error(const std::string& words);
 void say_note(const std::string& words);
 void say_detail(const std::string& words);
 
+/// Shows a line on the terminal that the next one, or a message, takes the place of. An empty one takes it away.
+void show_line(const std::string& words);
+
 /// Keeps the library's reports for the message of a failure, and from standard error.
 void collect_reports();
 std::string last_report();

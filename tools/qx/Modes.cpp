@@ -32,18 +32,18 @@ const std::vector<ModeName>& all_modes() {
     return modes;
 }
 
-int mode_number(const std::string& text) {
+int mode_number(const std::string& text, const std::string& option) {
     int number = 0;
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
     if (parsed.ec == std::errc() && parsed.ptr == text.data() + text.size()) {
         if (QX_IsTransferMode(number)) return number;
-        throw WrongUsage("--mode " + text + ": mode numbers are -3, -2 and 0 to 40");
+        throw WrongUsage(option + " " + text + ": mode numbers are -3, -2 and 0 to 40");
     }
     const std::string name = plain_name(text);
     for (const ModeName& mode : all_modes()) {
         if (name == mode.name) return mode.number;
     }
-    throw WrongUsage("--mode " + text + ": no such mode; the nearest is " + nearest(name));
+    throw WrongUsage(option + " " + text + ": no such mode; the nearest is " + nearest(name));
 }
 
 }  // namespace qx::tool

@@ -16,6 +16,6 @@ const std::vector<ModeName>& all_modes();
 
 /// Number of a mode given by name (in snake or kebab case, with or without `xfer_`) or number.
 /// Throws WrongUsage with the nearest name.
-int mode_number(const std::string& text);
+int mode_number(const std::string& text, const std::string& option = "--mode");
 
 }  // namespace qx::tool

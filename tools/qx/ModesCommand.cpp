@@ -134,6 +134,7 @@ void add_modes(CLI::App& app) {
         ->required()
         ->type_name("FILE");
     add_common_options(*command, options->common);
+    set_usage(*command, "A B [options] -o OUT");
     command->footer(
         "Transparency of a result shows as checkers. Mode -2 gets a horizontal ramp as its mask.\n\n"
         "Example:\n  qx modes photo.jpg logo.png -o sheet.png");

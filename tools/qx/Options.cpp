@@ -5,11 +5,13 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 
 #include "QX/iterate/QX_Bands.h"
 #include "QX/library/QX_Library.h"
 #include "platform/standalone/Standalone.h"
 #include "tools/qx/Messages.h"
+#include "tools/qx/Placing.h"
 #include "tools/qx/io/Picture.h"
 
 namespace qx::tool {
@@ -40,7 +42,20 @@ void apply(const char* flag, const std::string& value, const char* variable, int
     }
 }
 
+class UsageLine : public CLI::Formatter {
+public:
+    explicit UsageLine(std::string usage) : usage_(std::move(usage)) {}
+    std::string make_usage(const CLI::App*, std::string name) const override {
+        return "Usage: " + name + " " + usage_ + "\n";
+    }
+
+private:
+    const std::string usage_;
+};
+
 }  // namespace
+
+void set_usage(CLI::App& command, const std::string& usage) { command.formatter(std::make_shared<UsageLine>(usage)); }
 
 void add_common_options(CLI::App& command, CommonOptions& options) {
     command.add_option("-j,--threads", options.threads, "threads to work with (QX_THREADS; default: all cores)")
@@ -66,10 +81,31 @@ int whole_number(const std::string& option, const std::string& text, int least, 
                      std::to_string(most));
 }
 
-float real_number(const std::string& option, const std::string& text, double least, double most) {
-    float number = 0;
+double real_number(const std::string& option, const std::string& text, double least, double most) {
+    double number = 0;
     if (parse(text, number) && number >= least && number <= most) return number;  // false for not-a-number
     throw WrongUsage(option + " " + text + ": not a number from " + words(least) + " to " + words(most));
+}
+
+std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
+                                 std::size_t fewest, std::size_t most) {
+    std::vector<double> numbers;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+        end = text.find(',', begin);
+        const std::string number = text.substr(begin, end == std::string::npos ? end : end - begin);
+        numbers.push_back(real_number(option, number, -kMostPlacing, kMostPlacing));
+    }
+    if (numbers.size() >= fewest && numbers.size() <= most) return numbers;
+    throw WrongUsage(option + " " + text + ": not " + form);
+}
+
+int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words) {
+    std::string known;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (text == words[i]) return static_cast<int>(i);
+        known += (i == 0 ? "" : ", ") + words[i];
+    }
+    throw WrongUsage(option + " " + text + ": not one of " + known);
 }
 
 Place place(const std::string& option, const std::string& text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -16,12 +17,20 @@ struct CommonOptions {
 };
 void add_common_options(CLI::App& command, CommonOptions& options);
 
+/// The line of help that tells what follows the subcommand's name.
+void set_usage(CLI::App& command, const std::string& usage);
+
 /// Sets pool, bands and talk: the flag before QX_THREADS and QX_BANDS before the default. Before QX_Birth.
 void apply_common_options(const CommonOptions& options);
 
 /// Numbers of options. They throw WrongUsage, which names the option, for anything else than a number within bounds.
 int whole_number(const std::string& option, const std::string& text, int least, int most);
-float real_number(const std::string& option, const std::string& text, double least, double most);
+double real_number(const std::string& option, const std::string& text, double least, double most);
+/// Numbers with commas between, from `fewest` to `most` of them; `form` tells the user what they are.
+std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
+                                 std::size_t fewest, std::size_t most);
+/// The number of a word in a list.
+int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words);
 struct Place {
     int x, y;
 };

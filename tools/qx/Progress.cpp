@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "tools/qx/Messages.h"
@@ -38,6 +39,31 @@ void Progress::draw(std::int64_t done) {
     const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
     std::fprintf(stderr, "\r%s [%s] %3d %%", what_.c_str(), bar.c_str(), static_cast<int>(percent));
     std::fflush(stderr);
+}
+
+std::string speed_words(int done, int all, double seconds) {
+    const double speed = done / std::max(seconds, 1e-3);
+    const auto left = static_cast<long long>(std::ceil((all - done) / std::max(speed, 1e-9)));
+    char text[80];
+    std::snprintf(text, sizeof text, "%.*f frames/s, %lld:%02lld left", speed < 10 ? 2 : 0, speed, left / 60,
+                  left % 60);
+    return text;
+}
+
+FrameProgress::FrameProgress(int frames)
+    : frames_(frames),
+      wanted_(talk() != Talk::quiet && ::isatty(STDERR_FILENO) == 1),
+      start_(std::chrono::steady_clock::now()) {}
+
+FrameProgress::~FrameProgress() { show_line(""); }
+
+void FrameProgress::done(int frame, bool skipped) {
+    ++done_;
+    skipped_ += skipped ? 1 : 0;
+    if (!wanted_) return;
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start_;
+    show_line("frame " + std::to_string(frame) + " (" + std::to_string(done_) + " of " + std::to_string(frames_) +
+              "), " + speed_words(done_ - skipped_, frames_ - skipped_, passed.count()));
 }
 
 FileProgress::FileProgress(std::string what) : what_(std::move(what)) { io::set_row_listener(this); }

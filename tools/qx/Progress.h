@@ -32,6 +32,26 @@ private:
     std::int64_t shown_percent_ = -1;
 };
 
+/// "3.4 frames/s, 1:05 left" after `done` of `all` in some seconds.
+std::string speed_words(int done, int all, double seconds);
+
+/// A line on standard error, if that is a terminal, after each frame of many.
+class FrameProgress {
+public:
+    explicit FrameProgress(int frames);
+    ~FrameProgress();
+    FrameProgress(const FrameProgress&) = delete;
+    FrameProgress& operator=(const FrameProgress&) = delete;
+    /// @param skipped  it was there, so that it tells nothing of the speed
+    void done(int frame, bool skipped);
+
+private:
+    const int frames_;
+    const bool wanted_;
+    const std::chrono::steady_clock::time_point start_;
+    int done_ = 0, skipped_ = 0;
+};
+
 /// The bar of reading or writing one file at a time, for a scope.
 class FileProgress : public io::RowListener {
 public:

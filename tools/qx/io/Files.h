@@ -33,6 +33,7 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     const std::string& path() const { return path_; }
+    const std::string& temporary() const { return temporary_; }  ///< what is written before `commit`
     std::FILE* stream() const { return stream_; }
     /// @return false on a failure, which is kept for `commit`
     bool write(const void* data, std::size_t bytes);

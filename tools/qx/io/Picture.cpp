@@ -17,14 +17,6 @@ namespace {
 
 constexpr const Format& (*kFormats[])() = {png_format, jpeg_format, tiff_format, exr_format};
 
-std::string extension_of(const std::string& path) {
-    const auto name = path.substr(path.find_last_of('/') + 1);
-    const auto dot = name.find_last_of('.');
-    std::string extension = dot == std::string::npos ? "" : name.substr(dot + 1);
-    for (char& c : extension) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-    return extension;
-}
-
 /// The format that a name's ending tells, or null.
 const Format* format_named(const std::string& path) {
     const std::string extension = extension_of(path);
@@ -90,6 +82,14 @@ int guarded_copy(QX_World& to, const QX_World& from) {
 }
 
 }  // namespace
+
+std::string extension_of(const std::string& path) {
+    const auto name = path.substr(path.find_last_of('/') + 1);
+    const auto dot = name.find_last_of('.');
+    std::string extension = dot == std::string::npos ? "" : name.substr(dot + 1);
+    for (char& c : extension) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    return extension;
+}
 
 Resolution Resolution::in(Unit other) const {
     constexpr double metres[] = {0, 0.0254, 0.01, 1};

@@ -55,6 +55,8 @@ std::vector<std::string> left_out(const std::string& path, const Picture& pictur
 /// What can be known of an output before the work: its format and its folder. Throws Failure.
 void check_output(const std::string& path);
 
+/// What follows the last dot of a file's name, in small letters; empty without a dot.
+std::string extension_of(const std::string& path);
 /// True for a name that tells a format to write.
 bool known_format(const std::string& path);
 /// True for a name whose format is meant for linear light.

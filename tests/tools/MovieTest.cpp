@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+// Movies, read back with FFmpeg's libraries.
+#include <gtest/gtest.h>
+
+#include "tests/tools/Support.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+namespace {
+
+using qx::test::Folder;
+using qx::test::run_qx;
+
+/// What a file holds: size, rate and the luma in the middle of each picture.
+struct Movie {
+    int width = 0, height = 0;
+    double rate = 0;
+    std::vector<int> lumas;
+};
+
+Movie read_movie(const std::string& path) {
+    Movie movie;
+    AVFormatContext* format = nullptr;
+    if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) < 0) return movie;
+    avformat_find_stream_info(format, nullptr);
+    const AVStream& stream = *format->streams[0];
+    AVCodecContext* codec = avcodec_alloc_context3(avcodec_find_decoder(stream.codecpar->codec_id));
+    avcodec_parameters_to_context(codec, stream.codecpar);
+    avcodec_open2(codec, nullptr, nullptr);
+    AVPacket* packet = av_packet_alloc();
+    AVFrame* frame = av_frame_alloc();
+    for (bool more = true; more;) {
+        more = av_read_frame(format, packet) >= 0;
+        avcodec_send_packet(codec, more ? packet : nullptr);
+        av_packet_unref(packet);
+        while (avcodec_receive_frame(codec, frame) >= 0) {
+            movie.lumas.push_back(frame->data[0][frame->height / 2 * frame->linesize[0] + frame->width / 2]);
+        }
+    }
+    movie.width = codec->width;
+    movie.height = codec->height;
+    movie.rate = av_q2d(stream.avg_frame_rate);
+    av_frame_free(&frame);
+    av_packet_free(&packet);
+    avcodec_free_context(&codec);
+    avformat_close_input(&format);
+    return movie;
+}
+
+/// Grey of value v has luma 16 + 219 * v / 255 in any movie.
+TEST(Movie, HoldsEveryFrameInOrderWithItsBrightness) {
+    const Folder folder;
+    qx::io::write_picture(folder / "w.png",
+                          qx::test::picture<QX_Pixel8>(96, 64, false,
+                                                       [](int, int) {
+                                                           return QX_Pixel8{255, 255, 255, 255};
+                                                       }),
+                          8);
+    qx::test::put_contents(folder / "s.json", R"({"size": [96, 64], "rate": 12.5, "frames": [0, 10], "layers": [
+        {"file": "w.png", "opacity": {"keys": [{"frame": 0, "value": 0}, {"frame": 10, "value": 1}]}}]})");
+    for (const std::string name : {"m.mp4", "m.mov", "m.mkv", "m.avi", "m.webm"}) {
+        SCOPED_TRACE(name);
+        const auto outcome = run_qx("render " + (folder / "s.json") + " -o " + (folder / name));
+        ASSERT_EQ(outcome.status, 0) << outcome.errors;
+        const Movie movie = read_movie(folder / name);
+        EXPECT_EQ(movie.width, 96);
+        EXPECT_EQ(movie.height, 64);
+        EXPECT_NEAR(movie.rate, 12.5, 0.02);
+        ASSERT_EQ(movie.lumas.size(), 11u);
+        for (int i = 0; i < 11; ++i) EXPECT_NEAR(movie.lumas[static_cast<std::size_t>(i)], 16 + 21.9 * i, 4) << i;
+    }
+    EXPECT_EQ(folder.names().size(), 7u);
+    ASSERT_EQ(run_qx("render " + (folder / "s.json") + " --frames 0-10x5 -o " + (folder / "m.mp4")).status, 0);
+    EXPECT_EQ(read_movie(folder / "m.mp4").lumas.size(), 3u);
+}
+
+}  // namespace

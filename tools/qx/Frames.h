@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+namespace qx::tool {
+
+inline constexpr int kMostFrame = 9'999'999;
+
+/// Frames by number, `step` apart; `last` itself may be left out by the step.
+struct FrameRange {
+    int first = 0, last = 0, step = 1;
+    int count() const { return (last - first) / step + 1; }
+    int frame(int index) const { return first + index * step; }
+};
+
+/// "A", "A-B" or "A-BxSTEP". Throws WrongUsage, which names the option.
+FrameRange frame_range(const std::string& option, const std::string& text);
+
+/// A file's name with a place for the number of a frame: #### or %04d, as many digits at least as signs or as told.
+class FramePattern {
+public:
+    FramePattern() = default;
+    /// Only the last part of the path is looked at. Throws WrongUsage, in the name of `option`, for two places.
+    FramePattern(const std::string& option, const std::string& path);
+    static FramePattern plain(const std::string& path);  ///< without a place, whatever signs the path has
+    bool has_place() const { return digits_ > 0; }
+    std::string name(int frame) const;  ///< without a place the path itself
+
+private:
+    std::string before_, after_;
+    int digits_ = 0;
+};
+
+}  // namespace qx::tool

@@ -30,7 +30,7 @@ Footprint::Footprint(const M_Matrix3& to_dst) {
     const double rx = radius(sx), ry = radius(sy);
     x_radius = to_fixed(rx);
     y_radius = to_fixed(ry);
-    area = to_fixed(4 * rx * ry);
+    area = low_bits(4 * rx * ry * 65536 + 0.5);  // never below 0: both are radii of 0 to 127
     translation = {to_fixed(t[0]), to_fixed(t[1])};
 }
 

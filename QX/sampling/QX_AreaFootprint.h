@@ -36,13 +36,14 @@ struct Extent {
           high(wrapping_sum(wrapping_sum(centre, radius), kHalf)) {}
 
     QX_INLINE constexpr std::int32_t length() const { return wrapping_sum(high, negative(low)); }
-    /// Cut to a world's side. An extent that wrapped becomes one that is empty.
+    /// Cut to a world's side. What lies outside, and what wrapped, has no pixel at all, not even a partial one.
     QX_INLINE constexpr Extent clipped(std::int32_t size) const {
         const auto end = lesser(std::int64_t{size} * kOne, std::int64_t{INT32_MAX});
         const auto limit = greater(static_cast<std::int32_t>(end), 0);
         Extent cut = *this;
         cut.low = lesser(greater(low, 0), limit);
-        cut.high = greater(lesser(greater(high, 0), limit), cut.low);
+        cut.high = lesser(greater(high, 0), limit);
+        if (cut.high <= cut.low) cut.low = cut.high = 0;
         return cut;
     }
     QX_INLINE constexpr std::int32_t first() const { return low >> 16; }

@@ -53,7 +53,7 @@ Plan make_plan(const QX_LayerDef& src, const Side& s, const Side& d) {
     plan.step = {step_of(s.columns(), columns), step_of(s.rows(), rows)};
     plan.block.x_radius = plan.step.x >> 1;
     plan.block.y_radius = plan.step.y >> 1;
-    plan.block.area = qx::truncate_to_int(static_cast<double>(plan.step.y) * plan.step.x * 1.52587890625e-5);
+    plan.block.area = qx::low_bits(static_cast<double>(plan.step.y) * plan.step.x * 1.52587890625e-5);
     plan.block.src = &src;
     const FixedPoint half_step{plan.step.x >> 1, plan.step.y >> 1}, corner{s.rect.left, s.rect.top};
     plan.start = half_step + FixedPoint{-qx::kFixedHalf, -qx::kFixedHalf} + corner * qx::kFixedOne;

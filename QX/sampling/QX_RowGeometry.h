@@ -34,6 +34,9 @@ constexpr FixedPoint operator-(FixedPoint a) { return a * -1; }
 /// Nearest 16.16 number, halves away from zero; what does not fit gives the least one.
 inline std::int32_t to_fixed(double v) { return truncate_to_int(v * 65536 + (v < 0 ? -0.5 : 0.5)); }
 
+/// The low 32 bits of a number below 2^63: areas in 16.16 pass a signed 32-bit number and are read without a sign.
+inline std::int32_t low_bits(double v) { return static_cast<std::int32_t>(static_cast<std::int64_t>(v)); }
+
 /// Coordinates that pixels can have; no number counts as the least one.
 inline double limited_coordinate(double v) {
     if (!(v >= -32767)) return -32767;

@@ -199,6 +199,24 @@ TEST(Transform, RefusesWhatItCannotDraw) {
     }
 }
 
+/// Areas above 32767 square pixels pass a signed 16.16 number, and reach the samplers without a sign.
+TEST(Transform, LargeFootprintsTellTheirArea) {
+    const Born born;
+    static std::uint32_t area;
+    set_slot<Slot::AreaSample>([](void*, std::int32_t, std::int32_t, const QX_SampPB* params, QX_Pixel8*) {
+        area = static_cast<std::uint32_t>(params->area);
+        return 0;
+    });
+    TestWorld<QX_Pixel8> src(300, 300, FillKind::opaque, 1), dst(4, 4, FillKind::opaque, 2);
+    const std::pair<double, std::uint32_t> cases[] = {{128, 128 * 128}, {200, 200 * 200}, {1000, 254 * 254}};
+    for (const auto& [shrinks, pixels] : cases) {
+        TransformCall call;
+        call.matrices = {scaled(1 / shrinks, 1 / shrinks)};
+        EXPECT_EQ(call(src.record(), dst.record()), 0);
+        EXPECT_EQ(area, pixels * 65536);
+    }
+}
+
 TEST(Transform, AsksAfterRowsWhoseIndexIsDue) {
     Born born;
     struct Calls {

@@ -135,6 +135,21 @@ TYPED_TEST(AreaSample, EdgesOfTheWorld) {
     EXPECT_TRUE(same(out, TypeParam{}));
 }
 
+/// Footprints whose far edge passes the numbers: rows count in 16 bits, and none may be read before the world.
+TYPED_TEST(AreaSample, EndOfTheNumbers) {
+    const Born born;
+    for (const bool tall : {true, false}) {
+        Picture<TypeParam> picture(tall ? 1 : 32800, tall ? 32800 : 1, FillKind::opaque, 1);
+        picture.radii(40000, 40000);
+        for (const auto routine : {QXp_GetSamplerSet<TypeParam>(1).area, QXp_GetSamplerSet<TypeParam>(2).area}) {
+            TypeParam out;
+            const std::int32_t end = INT32_MAX - 1000;
+            routine(nullptr, tall ? 0 : end, tall ? end : 0, &picture.params, &out);
+            EXPECT_TRUE(same(out, TypeParam{}));
+        }
+    }
+}
+
 class Premul : public AreaSample<QX_Pixel8> {
 protected:
     Born born{1, ProcessorLevel::vector};

@@ -11,6 +11,7 @@
 #include <random>
 
 #include "QX/indep/QX_Chunk.h"
+#include "QX/indep/QX_Fill.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_Samp.h"
@@ -245,6 +246,16 @@ TEST_F(CopyBitsHQ, AsksTheSamplersOfTheSlots) {
     expect_hq<QX_Pixel16>(&QX_CopyBits_HQ_Straight, &marking_sampler<QX_Pixel16, 64>, &marking_sampler<QX_Pixel16, 65>);
     expect_hq<QX_PixelFloat>(&QX_CopyBits_HQ_Straight, &QX_SubpixelBilinearFloat,
                              &QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>);
+}
+
+/// A footprint of 40,000 pixels passes a signed 16.16 number.
+TEST(CopyBitsHQPremul, LargeFootprintsKeepTheirMean) {
+    const Born born;
+    const World src = made(200, 200, 8, 1), dst = made(1, 1, 8, 2);
+    const QX_Pixel8 colour{100, 50, 25, 5};
+    QX_Fill(nullptr, &colour, nullptr, src.get());
+    ASSERT_EQ(QX_CopyBits_HQ_Premul(nullptr, src.get(), dst.get(), nullptr, nullptr), 0);
+    EXPECT_EQ(std::memcmp(dst->data, &colour, sizeof colour), 0);
 }
 
 /// The low 16 bits of a size divide: none draws nothing, a negative step is legal.

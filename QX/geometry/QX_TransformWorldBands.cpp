@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
-#include <limits>
+#include <cstddef>
 
 #include "QX/compositing/QX_TransferLoop.h"
+#include "QX/indep/QX_Area.h"
 #include "QX/iterate/QX_ParallelRun.h"
 
 namespace qx {
@@ -25,9 +25,9 @@ struct TransformWorldFunctor {
     bool src2dst_matrix;
     QX_LayerDef* dst;
 
+    /// Rows are as wide as what is drawn: a caller's rectangle may reach far beyond the destination.
     int run(const M_LRect* area, const M_LRect& rect, const QX_ProgressInfo* info) const {
-        const std::int64_t width = std::int64_t{rect.right} - rect.left;
-        const std::int64_t room = std::clamp<std::int64_t>(width, 0, std::numeric_limits<int>::max());
+        const std::size_t room = dst != nullptr ? columns_of(clip_to(*dst, &rect)) : 0;
         OwnScratch scratch;
         if (const int code = scratch.allocate(static_cast<int>(room), kWidestChannel, true)) return code;
         return routine(info, quality, flags, field, src, mode, tables, mask, scratch.get(), matrices, num_matrices,

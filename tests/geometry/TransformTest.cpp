@@ -193,7 +193,14 @@ TEST(Transform, RefusesWhatItCannotDraw) {
         call.matrices.assign(258, moved(1, 1));
         EXPECT_EQ(call(src.record(), dst.record()), 516);
         EXPECT_TRUE(same_pixels(dst.pixels(), before));
-        call.matrices.resize(257);
+        const M_LRect vast{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};  // takes no more memory than the destination
+        call.rect = &vast;
+        call.matrices = {scaled(1, 0)};
+        call.src2dst = false;
+        EXPECT_EQ(call(src.record(), dst.record()), 0);
+        EXPECT_TRUE(same_pixels(dst.pixels(), before));
+        call.src2dst = true;
+        call.matrices.assign(257, moved(1, 1));
         call.matrices.back() = moved(3, 3);
         EXPECT_EQ(call(src.record(), dst.record()), 0);
     }

@@ -11,7 +11,7 @@ inline constexpr int kQX_MaxSubFrames = 256;
 /// Places one world on another through a matrix, or through several that tell its motion while the shutter is open,
 /// and composites it.
 /// @param progress  may be null; its progress function (without one the abort function) is asked between rows
-/// @param quality   0 nearest pixels, 1 bilinear, 2 and 3 bicubic; what shrinks by more than a pixel is averaged
+/// @param quality   0 nearest pixels, 1 bilinear, 2 and 3 bicubic; above 0 a layer that shrinks is averaged
 /// @param flags     accepted and never read
 /// @param field     0 all rows of the destination, 1 the even ones, 2 the odd ones
 /// @param mode      transfer mode, opacity, seed and rgb_only

@@ -5,7 +5,7 @@
 /// A family that lands takes its numbers out; a test holds these lists to the truth.
 namespace qx {
 
-/// Slots of families still to come: blurs, convolution, transforms, destinations, mask buffers.
+/// Slots of families still to come: rectangle composites, blurs, convolution, destinations, mask buffers.
 inline constexpr int kPendingSlots[] = {7,  8,  9,  10, 26, 27, 28, 45, 46, 54,  55,
                                         56, 62, 81, 82, 85, 88, 89, 92, 93, 113, 114};
 

@@ -13,6 +13,7 @@ int QX_ChunkDataSize(std::uint32_t data_type, std::uint16_t* size) {
             *size = 4;
             break;
         case kQX_ChunkRGB:
+        case kQX_ChunkRGBSwapped:
             *size = 3;
             break;
         case kQX_ChunkShort:

@@ -24,6 +24,7 @@ enum QX_ChunkType : std::uint32_t {
     kQX_ChunkLong = 0x4C4F4E34,           ///< "LON4"
     kQX_ChunkUnsignedFixed = 0x55465834,  ///< "UFX4"
     kQX_ChunkRGB = 0x52474220,            ///< "RGB "
+    kQX_ChunkRGBSwapped = 0x52424720,     ///< Kept: hosts know the same type under this number too
     kQX_ChunkShort = 0x53485432,          ///< "SHT2"
     kQX_ChunkUnsignedShort = 0x55535432   ///< "UST2"
 };

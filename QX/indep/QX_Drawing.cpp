@@ -6,6 +6,7 @@
 
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_DepthSteps.h"
+#include "QX/indep/QX_Fixed.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_StackWorld.h"
 
@@ -22,20 +23,12 @@ template <class Pixel> bool set_pixel(std::int32_t x, std::int32_t y, const Pixe
 
 // --- lines: 16.16 numbers that wrap ------------------------------------------------------------------
 
-constexpr std::int32_t kOne = 0x10000, kHalf = 0x8000;
-
-std::int32_t fixed(double v) { return qx::truncate_to_int(v * 65536 + (v < 0 ? -0.5 : 0.5)); }
-
-std::int32_t sum(std::int32_t a, std::int64_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
-}
-
 /// One coordinate of a walk.
 struct Axis {
     std::int32_t at, step;
     std::int32_t pixel() const { return at >> 16; }
     void advance(std::int64_t steps) {
-        at = sum(at, static_cast<std::int64_t>(static_cast<std::uint64_t>(step) * static_cast<std::uint64_t>(steps)));
+        at = qx::wrapping_sum(at, qx::wrapping_product(step, static_cast<std::int32_t>(steps)));
     }
 };
 
@@ -47,14 +40,18 @@ struct Walk {
 
 /// @param delta  of the major coordinate, then of the minor one
 Walk walk_of(double major, double end, double minor, const double (&delta)[2]) {
-    const std::int32_t start = fixed(major), rounded = sum(start, kHalf) & ~0xFFFF;
-    const std::int32_t minor_step = fixed(delta[1] / delta[0]);
-    const std::int64_t moved = std::int64_t{minor_step} * sum(rounded, -std::int64_t{start}) >> 16;
-    Walk walk{{rounded, kOne}, {sum(sum(fixed(minor), moved), kHalf), minor_step}, 0};
+    const std::int32_t start = qx::to_fixed(major), rounded = qx::wrapping_sum(start, qx::kFixedHalf) & ~0xFFFF;
+    const std::int32_t minor_step = qx::to_fixed(delta[1] / delta[0]);
+    const std::int64_t moved = std::int64_t{minor_step} * qx::wrapping_difference(rounded, start) >> 16;
+    Walk walk{
+        {rounded, qx::kFixedOne},
+        {qx::wrapping_sum(qx::wrapping_sum(qx::to_fixed(minor), static_cast<std::int32_t>(moved)), qx::kFixedHalf),
+         minor_step},
+        0};
     walk.count = std::int64_t{qx::truncate_to_int(end + 0.5)} - walk.major.pixel();
     if (walk.count < 0) {
         walk.count = -walk.count;
-        walk.major.step = -kOne;
+        walk.major.step = -qx::kFixedOne;
         walk.minor.step = M_WrappingNegate(minor_step);
     }
     return walk;
@@ -87,7 +84,8 @@ template <class Store>
 void draw_line(const double from[2], const double to[2], const QX_LayerDef& world, const Store& store) {
     const double dx = to[0] - from[0], dy = to[1] - from[1];
     if (std::abs(dx) < 1e-12 && std::abs(dy) < 1e-12) {
-        store(sum(fixed(from[0]), kHalf) >> 16, sum(fixed(from[1]), kHalf) >> 16);
+        store(qx::wrapping_sum(qx::to_fixed(from[0]), qx::kFixedHalf) >> 16,
+              qx::wrapping_sum(qx::to_fixed(from[1]), qx::kFixedHalf) >> 16);
     } else if (std::abs(dx) > std::abs(dy)) {
         run(walk_of(from[0], to[0], from[1], {dx, dy}), world.width, store);
     } else {
@@ -122,7 +120,9 @@ void brush_pixel(QX_Pixel8& p, const QX_Pixel8& colour, std::uint32_t weight) {
 M_LRect brush_area(std::int32_t x, std::int32_t y, std::uint32_t flags, std::int32_t radius) {
     const bool line = (flags & kQX_BrushLine) != 0, column = line && (flags & kQX_BrushColumn) != 0;
     const std::int32_t half_width = column ? 0 : radius, half_height = line && !column ? 0 : radius;
-    const auto edge = [](std::int32_t from, std::int32_t by) { return static_cast<std::int16_t>(sum(from, by)); };
+    const auto edge = [](std::int32_t from, std::int32_t by) {
+        return static_cast<std::int16_t>(qx::wrapping_sum(from, by));
+    };
     return {edge(x, -half_width), edge(y, -half_height), edge(x, half_width) + 1, edge(y, half_height) + 1};
 }
 

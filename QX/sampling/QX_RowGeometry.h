@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "QX/indep/QX_Lanes.h"
+#include "QX/indep/QX_Fixed.h"
 #include "platform/M_Matrix.h"
 
 /// Positions in the source of the rows of a destination, in 16.16. They are advanced by adding steps, so that rounding
@@ -15,14 +15,6 @@ struct FixedPoint {
     friend bool operator==(const FixedPoint&, const FixedPoint&) = default;
 };
 
-inline constexpr std::int32_t kFixedOne = 0x10000, kFixedHalf = 0x8000;
-
-constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
-}
-constexpr std::int32_t wrapping_product(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
-}
 constexpr FixedPoint operator+(FixedPoint a, FixedPoint b) { return {wrapping_sum(a.x, b.x), wrapping_sum(a.y, b.y)}; }
 /// `n` steps at once.
 constexpr FixedPoint operator*(FixedPoint step, std::int32_t n) {
@@ -30,12 +22,6 @@ constexpr FixedPoint operator*(FixedPoint step, std::int32_t n) {
 }
 /// Backwards.
 constexpr FixedPoint operator-(FixedPoint a) { return a * -1; }
-
-/// Nearest 16.16 number, halves away from zero; what does not fit gives the least one.
-inline std::int32_t to_fixed(double v) { return truncate_to_int(v * 65536 + (v < 0 ? -0.5 : 0.5)); }
-
-/// The low 32 bits of a number below 2^63: areas in 16.16 pass a signed 32-bit number and are read without a sign.
-inline std::int32_t low_bits(double v) { return static_cast<std::int32_t>(static_cast<std::int64_t>(v)); }
 
 /// Coordinates that pixels can have; no number counts as the least one.
 inline double limited_coordinate(double v) {

@@ -9,15 +9,16 @@
 /// order, so that these are the sums of the plain loop.
 namespace qx::sampling {
 
-/// Bits of a coverage product that are zero in all of a box's pixels: 16 for each axis without partial pixels.
-constexpr int idle_bits(Extent across, Extent down) {
-    const auto whole = [](const Extent& e) { return e.lead() == 0 && e.tail() == 0; };
-    return (whole(across) ? 16 : 0) + (whole(down) ? 16 : 0);
-}
+constexpr bool is_whole(Extent e) { return e.lead() == 0 && e.tail() == 0; }
 
-constexpr bool exact_in_integers(Extent across, Extent down) {
+/// @param idle  bits of a coverage product that are zero in all of the boxes' pixels: 16 for each axis without partial
+///              pixels
+constexpr bool exact_in_integers(Extent across, Extent down, int idle) {
     constexpr std::int64_t limit = (std::int64_t{1} << 53) / (255 * 255);
-    return std::int64_t{across.length()} * down.length() >> idle_bits(across, down) < limit;
+    return std::int64_t{across.length()} * down.length() >> idle < limit;
+}
+constexpr bool exact_in_integers(Extent across, Extent down) {
+    return exact_in_integers(across, down, (is_whole(across) ? 16 : 0) + (is_whole(down) ? 16 : 0));
 }
 
 /// Two pixels, as words that alternate between them: sums of colours times alpha, and of alpha itself, in 32 bits.
@@ -94,7 +95,7 @@ struct Zones {
     Zone zone[3];
     int count = 0;
 
-    explicit Zones(const Extent& e) {
+    QX_INLINE explicit Zones(const Extent& e) {
         const std::int32_t from = e.first() + (e.lead() != 0 ? 1 : 0);
         if (e.lead() != 0) zone[count++] = {e.first(), 1, e.lead()};
         if (e.last() > from) zone[count++] = {from, e.last() - from, kOne};

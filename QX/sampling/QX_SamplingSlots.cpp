@@ -2,6 +2,7 @@
 #include "QX/sampling/QX_SamplingSlots.h"
 
 #include "QX/indep/QX_Slots.h"
+#include "QX/sampling/QX_AreaRuns.h"
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_BicubicForms.h"
 #include "QX/sampling/QX_CopyBits.h"
@@ -54,6 +55,7 @@ void fill_sampling_slots(bool vector, bool faster) {
     fill_samplers8(vector, faster);
     fill_samplers16(vector);
     choose_run_forms(faster);
+    choose_area_runs(faster);
     fill_copies();
     sampling::cubic8 = faster ? &avx2::cubic8 : &sampling::cubic8_plain;
 }

@@ -18,6 +18,11 @@ int single_sample(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB
     return routine(in_data, x, y, params, out);
 }
 
+int single_area(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
+    static const auto routine = QXp_GetSamplerSet<QX_Pixel8>(1).area;
+    return routine(in_data, x, y, params, out);
+}
+
 TEST(Runs, EqualSingleSamplesEverywhere) {
     const Born born;
     QX_Pixel8 first{};
@@ -53,6 +58,47 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
         pixels += 180 * 181;
     }
     EXPECT_GT(pixels, 7000000);
+}
+
+/// Whole boxes, partial rows or columns, mirrored and sheared rows, boxes that sums in integers do not fit, layers
+/// partly outside.
+TEST(Runs, AreasEqualSingleSamplesEverywhere) {
+    const Born born;
+    struct {
+        double x, y, shear, at_x, at_y;
+    } const places[] = {{0.5, 0.5, 0, 0, 0},      {1 / 3.0, 1 / 3.0, 0, 0, 0}, {0.25, 0.25, 0, 0, 0},
+                        {0.25, 0.25, 0, 7, 0.4},  {0.25, 0.25, 0, 0.3, 0},     {0.25, 0.125, 0, -31, -20},
+                        {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
+                        {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
+                        {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2}};
+    QX_Pixel8 first{};
+    TestWorld<QX_Pixel8> spot(8, 8, FillKind::opaque, 1);
+    QX_SampPB block{};
+    block.x_radius = block.y_radius = 2 * 65536, block.src = spot.record();
+    single_area(nullptr, 0, 0, &block, &first);  // notes the library's own routine before it is replaced
+    std::int64_t pixels = 0;
+    for (int run = 0; run < 90; ++run) {
+        TestWorld<QX_Pixel8> src(run % 7 == 0 ? 16 : 1187, 401, static_cast<FillKind>(run % 6),
+                                 static_cast<std::uint64_t>(run) + 1);
+        const auto& p = places[run / 6];
+        const M_Matrix3 matrix{{{p.x, 0, 0}, {p.shear, p.y, 0}, {p.at_x, p.at_y, 1}}};
+        const QX_CompositeModePlus mode(xfer_replace, 1.0f, nullptr, false, 0);
+        std::vector<QX_Pixel8> drawn[3];
+        void* const own = QXp_G_OverFuncs[5];
+        for (const int k : {0, 1, 2}) {  // by quality 1, by the bicubic set, which averages alike, and one by one
+            if (k == 2) QX_SetOverrideFunc(5, reinterpret_cast<void*>(&single_area));
+            TestWorld<QX_Pixel8> dst(331, 207, FillKind::clear, 1);
+            ASSERT_EQ(QX_TransformWorld(nullptr, k == 1 ? 2 : 1, 0, 0, src.record(), &mode, nullptr, nullptr, &matrix,
+                                        1, true, nullptr, dst.record()),
+                      0);
+            drawn[k] = dst.pixels();
+        }
+        QX_SetOverrideFunc(5, own);
+        ASSERT_TRUE(same_pixels(drawn[0], drawn[2])) << "run " << run;
+        ASSERT_TRUE(same_pixels(drawn[1], drawn[2])) << "run " << run;
+        pixels += 331 * 207;
+    }
+    EXPECT_GT(pixels, 6000000);
 }
 
 }  // namespace

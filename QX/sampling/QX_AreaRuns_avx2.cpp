@@ -44,6 +44,9 @@ QX_INLINE void add_group(const std::byte* at, std::ptrdiff_t rowbytes, bool begi
                          const Load& load) {
     auto* const to = reinterpret_cast<__m256i*>(sums);
     __m256i total[4] = {};
+    for (int row = 0; row < kRows; ++row) {  // the next block of columns: rows are a few bytes of many pages
+        _mm_prefetch(reinterpret_cast<const char*>(at + row * rowbytes) + kColumns * 4, _MM_HINT_T0);
+    }
     for (int row = 0; row < kRows; row += 2) {
         const std::byte* line = at + row * rowbytes;
         add_pair(total, load(line), row + 1 < kRows ? load(line + rowbytes) : _mm256_setzero_si256());
@@ -156,18 +159,16 @@ QX_INLINE Pixels finish(const Reals (&box)[4], double scale) {
 template <class Box>
 QX_INLINE std::uint32_t finish_all(std::int32_t count, double scale, const Box& box, QX_Pixel8* out) {
     Pixels alphas{};
-    for (std::int32_t i = 0; i < count; i += 4) {
-        Reals boxes[4] = {};
-        const std::int32_t now = lesser(count - i, 4);
-        for (std::int32_t k = 0; k < 4; ++k) {
-            if (k < now) boxes[k] = box(i + k);
-        }
-        const Pixels pixels = finish(boxes, scale);
-        if (now == 4) {
-            __builtin_memcpy(out + i, &pixels, sizeof pixels);
-        } else {
-            __builtin_memcpy(out + i, &pixels, sizeof *out * static_cast<std::size_t>(now));
-        }
+    std::int32_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const Pixels pixels = finish({box(i), box(i + 1), box(i + 2), box(i + 3)}, scale);
+        __builtin_memcpy(out + i, &pixels, sizeof pixels);
+        alphas += pixels & 255;
+    }
+    if (i < count) {
+        const auto in = [&](std::int32_t k) __attribute__((always_inline)) { return k < count ? box(k) : Reals{}; };
+        const Pixels pixels = finish({box(i), in(i + 1), in(i + 2), Reals{}}, scale);
+        __builtin_memcpy(out + i, &pixels, sizeof *out * static_cast<std::size_t>(count - i));
         alphas += pixels & 255;
     }
     return static_cast<std::uint32_t>(alphas[0] + alphas[1] + alphas[2] + alphas[3]);

@@ -24,10 +24,10 @@ struct Pool {
         : limit(threads),
           control(tbb::global_control::max_allowed_parallelism,
                   static_cast<std::size_t>(std::max(threads, CoreCount()))),
-          arena(threads) {}
+          arena(std::make_unique<tbb::task_arena>(threads)) {}
     int limit;
     tbb::global_control control;
-    tbb::task_arena arena;
+    std::unique_ptr<tbb::task_arena> arena;
 };
 
 /// Ends the pool's threads before the program ends, so that none of them outlives what it works on.
@@ -36,7 +36,8 @@ struct Scheduler {
     tbb::task_scheduler_handle handle{tbb::attach{}};
     std::unique_ptr<Pool> pool;
     ~Scheduler() {
-        pool.reset();
+        // The control goes last: without it threads beyond the cores sleep for good, and their end is waited for.
+        if (pool) pool->arena.reset();
         tbb::finalize(handle, std::nothrow);
     }
 };
@@ -49,7 +50,7 @@ tbb::task_arena& Arena(int threads) {
         scheduler.pool.reset();
         scheduler.pool = std::make_unique<Pool>(threads);
     }
-    return scheduler.pool->arena;
+    return *scheduler.pool->arena;
 }
 
 }  // namespace

@@ -19,10 +19,8 @@ using qx::test::Folder;
 using qx::test::run_qx;
 
 void write_gradient(const std::string& path, int width, int height, int alpha) {
-    auto picture = qx::test::picture<QX_Pixel8>(width, height, alpha < 255, [=](int x, int y) {
-        return QX_Pixel8{static_cast<std::uint8_t>(alpha), static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(y),
-                         static_cast<std::uint8_t>(x + y)};
-    });
+    auto picture = qx::test::picture<QX_Pixel8>(width, height, alpha < 255,
+                                                [=](int x, int y) { return qx::test::argb(alpha, x, y, x + y); });
     picture.icc = qx::test::small_profile();
     qx::io::write_picture(path, picture, 8);
 }
@@ -76,34 +74,24 @@ const Case kFaults[] = {
     {"comp A B --opacty 1 -o OUT", 2, "--opacty; the nearest is --opacity"},
     {"come A B -o OUT", 2, "come: no such subcommand; the nearest is comp"},
     {"comp A B --mask= -o OUT", 2, "--mask=: its value is empty"},
-    {"comp A B --threads '' -o OUT", 2, "--threads: its value is empty"},
     {"comp A '' -o OUT", 2, "an argument is empty"},
-    {"comp A B --rgb-only=abc -o OUT", 2, "--rgb-only abc: not one of false, true"},
     {"comp A /dev/null -o OUT", 1, "/dev/null: is not a regular file"},
     {"comp A B --mode scren -o OUT", 2, "--mode scren: no such mode; the nearest is screen"},
     {"comp A B --mode -1 -o OUT", 2, "--mode -1"},
     {"comp A B --opacity abc -o OUT", 2, "--opacity abc"},
-    {"comp A B --opacity nan -o OUT", 2, "--opacity nan"},
     {"comp A B --opacity 2 -o OUT", 2, "--opacity 2: not a number from 0 to 1"},
-    {"comp A B --opacity -0.1 -o OUT", 2, "--opacity -0.1"},
     {"comp A B --at 5 -o OUT", 2, "--at 5"},
-    {"comp A B --at 5,y -o OUT", 2, "--at y"},
     {"comp A B --translate 5 -o OUT", 2, "--translate 5: not a position X,Y"},
     {"comp A B --scale 1,2,3 -o OUT", 2, "--scale 1,2,3: not a scale S or S,SY"},
     {"comp A B --rotate inf -o OUT", 2, "--rotate inf: not a number"},
-    {"comp A B --anchor 1,nan -o OUT", 2, "--anchor nan: not a number"},
     {"comp A B --matrix 1,0,0,0,1,0,0,0 -o OUT", 2, "not nine numbers"},
     {"comp A B --scale 2 --matrix 1,0,0,0,1,0,0,0,1 -o OUT", 2, "--matrix and --scale exclude each other"},
-    {"comp A B --quality best -o OUT", 2, "--quality best: not one of draft, bilinear, bicubic"},
     {"comp A B --depth 12 -o OUT", 2, "--depth 12"},
     {"comp A B --linear 0 -o OUT", 2, "--linear 0"},
     {"comp A B --field both -o OUT", 2, "--field both: not one of all, even, odd"},
-    {"comp A B --seed 1.5 -o OUT", 2, "--seed 1.5"},
     {"comp A B --mode -2 -o OUT", 2, "needs --mask"},
     {"comp A --mode mask-crossfade B B --mask A -o OUT", 2, "needs --mask"},
     {"comp A B --mask-kind luma -o OUT", 2, "--mask-kind needs --mask"},
-    {"comp A B --mask B --mask-kind red -o OUT", 2, "--mask-kind red"},
-    {"comp A B --bands 33 -o OUT", 2, "--bands 33"},
     {"comp A B -j 0 -o OUT", 2, "--threads 0"},
     {"comp A B -q -v -o OUT", 2, "--quiet"},
     {"comp A B -o OUT.xyz", 2, "none of png"},
@@ -184,17 +172,12 @@ TEST(Command, ClearLayerLeavesTheBackgroundWithItsProfile) {
 /// copy at an opacity of 0 keeps colour and clears alpha, so that a pixel tells which layer had which option.
 TEST(Command, OptionsBelongToTheLayerBeforeThem) {
     const Folder folder;
-    const auto one = [](std::uint8_t v) {
-        return qx::test::picture<QX_Pixel8>(1, 1, true, [=](int, int) { return QX_Pixel8{255, v, v, v}; });
+    const auto grey = [&](const char* name, int width, int v) {
+        qx::test::write_bytes(folder / name, width, 1, [=](int, int) { return qx::test::argb(255, v, v, v); });
     };
-    qx::io::write_picture(folder / "bg.png",
-                          qx::test::picture<QX_Pixel8>(3, 1, true,
-                                                       [](int, int) {
-                                                           return QX_Pixel8{255, 9, 9, 9};
-                                                       }),
-                          8);
-    qx::io::write_picture(folder / "x.png", one(50), 8);
-    qx::io::write_picture(folder / "y.png", one(200), 8);
+    grey("bg.png", 3, 9);
+    grey("x.png", 1, 50);
+    grey("y.png", 1, 200);
     const auto result = [&](const std::string& layers) {
         const auto outcome = run_qx("comp " + (folder / "bg.png") + " " + layers + " -o " + (folder / "out.png"));
         EXPECT_EQ(outcome.status, 0) << outcome.errors;

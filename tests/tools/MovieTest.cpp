@@ -53,12 +53,7 @@ Movie read_movie(const std::string& path) {
 /// Grey of value v has luma 16 + 219 * v / 255 in any movie.
 TEST(Movie, HoldsEveryFrameInOrderWithItsBrightness) {
     const Folder folder;
-    qx::io::write_picture(folder / "w.png",
-                          qx::test::picture<QX_Pixel8>(96, 64, false,
-                                                       [](int, int) {
-                                                           return QX_Pixel8{255, 255, 255, 255};
-                                                       }),
-                          8);
+    qx::test::write_bytes(folder / "w.png", 96, 64, [](int, int) { return QX_Pixel8{255, 255, 255, 255}; });
     qx::test::put_contents(folder / "s.json", R"({"size": [96, 64], "rate": 12.5, "frames": [0, 10], "layers": [
         {"file": "w.png", "opacity": {"keys": [{"frame": 0, "value": 0}, {"frame": 10, "value": 1}]}}]})");
     for (const std::string name : {"m.mp4", "m.mov", "m.mkv", "m.avi", "m.webm"}) {

@@ -66,18 +66,6 @@ TEST(RoundTrip, PngHoldsEveryPairAsItIs) {
     }
 }
 
-TEST(RoundTrip, SixteenBitFilesHoldEveryValue) {
-    const Folder folder;
-    const auto values = qx::test::picture<QX_Pixel16>(331, 99, true, [](int x, int y) {  // 331 * 99 = 32769
-        const auto v = static_cast<std::uint16_t>(y * 331 + x);
-        return QX_Pixel16{v, static_cast<std::uint16_t>(32768 - v), v, v};
-    });
-    for (const char* name : {"v.png", "v.tif"}) {
-        write_picture(folder / name, values, 16);
-        EXPECT_TRUE(qx::test::same_pixels(*read_picture(folder / name).world, *values.world)) << name;
-    }
-}
-
 /// Random pixels; the float ones pass both ends of the range.
 Picture random_picture(int depth, bool has_alpha) {
     const auto engine = std::make_shared<std::mt19937>(20u);

@@ -38,6 +38,17 @@ io::Picture picture(int width, int height, bool has_alpha, const std::function<P
     return p;
 }
 
+/// A pixel of bytes from the low bits of numbers.
+inline QX_Pixel8 argb(int alpha, int red, int green, int blue) {
+    const auto byte = [](int v) { return static_cast<std::uint8_t>(v); };
+    return {byte(alpha), byte(red), byte(green), byte(blue)};
+}
+/// Writes an 8-bit picture whose pixels a function makes; it has alpha unless told otherwise.
+inline void write_bytes(const std::string& path, int width, int height, const std::function<QX_Pixel8(int, int)>& pixel,
+                        bool has_alpha = true) {
+    io::write_picture(path, picture<QX_Pixel8>(width, height, has_alpha, pixel), 8);
+}
+
 /// Pixel (x, y) as alpha, red, green, blue, whatever the depth.
 std::vector<double> channels(const QX_World& world, int x, int y);
 /// True when two worlds have the same size, depth and pixels.

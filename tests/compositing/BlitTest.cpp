@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "tests/compositing/TransferSupport.h"
+#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
@@ -92,32 +93,19 @@ TEST(Blit16, RoundsAsToldAtSixteenBits) {
     EXPECT_EQ(dst.at(2, 0).blue, pulled(32768, 24576, w2));
 }
 
-TEST(Blit16, DoesNothingForNegativePointsAndEmptyRectangles) {
-    const Born born(1);
-    TestWorld<QX_Pixel16> src(4, 4, FillKind::opaque, 1);
-    TestWorld<QX_Pixel8> dst(4, 4, FillKind::random, 2);
-    const auto before = dst.pixels();
-    for (const M_LPoint point : {M_LPoint{-1, 0}, M_LPoint{0, -1}, M_LPoint{9, 9}}) {
-        QX_SpecialCasePixelBlit(&src.world(), point, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {0, 0, 4, 4},
-                                &dst.world());
-    }
-    QX_SpecialCasePixelBlit(&src.world(), {0, 0}, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {2, 2, 2, 4}, &dst.world());
-    EXPECT_TRUE(same_pixels(before, dst.pixels()));
-}
-
 TEST(Blit16, RefusesADepthThatIsNoneBeforeAnythingElse) {
     const Born born(1);
-    const OddWorld odd(4, 4, 0);
+    const BadWorlds bad;
     TestWorld<QX_Pixel8> dst(4, 4, FillKind::random, 2);
     const auto before = dst.pixels();
-    for (const int x : {0, -1}) {
-        Reports reports;
-        const auto blit = [&] {
-            QX_SpecialCasePixelBlit(&odd, {x, 0}, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {0, 0, 4, 4}, &dst.world());
-        };
-        EXPECT_EQ(thrown_by(blit), 3);
-        EXPECT_EQ(reports.last_text(), "Unknown world bitdepth in SpecialCasePixelBlit");
-    }
+    const auto blit = [&](int x) {
+        return code_of([&] {
+            QX_SpecialCasePixelBlit(&bad.odd, {x, 0}, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {0, 0, 4, 4},
+                                    &dst.world());
+        });
+    };
+    const std::string text = "Unknown world bitdepth in SpecialCasePixelBlit";
+    expect_refused({{[&] { return blit(0); }, text}, {[&] { return blit(-1); }, text}});
     EXPECT_TRUE(same_pixels(before, dst.pixels()));
 }
 
@@ -137,6 +125,10 @@ TEST(Blit16, TakesAnyCoordinates) {
     const auto usual = blit({0, 0}, {0, 0}, {0, 0, 4, 4});
     EXPECT_FALSE(same_pixels(usual, untouched));
     EXPECT_TRUE(same_pixels(blit({0, 0}, {kLeast, kLeast}, {0, 0, 4, 4}), usual));  // a multiple of the squares
+    for (const M_LPoint point : {M_LPoint{-1, 0}, {0, -1}, {9, 9}}) {
+        EXPECT_TRUE(same_pixels(blit(point, {0, 0}, {0, 0, 4, 4}), untouched));
+    }
+    EXPECT_TRUE(same_pixels(blit({0, 0}, {0, 0}, {2, 2, 2, 4}), untouched));
     EXPECT_TRUE(same_pixels(blit({kMost, 0}, {0, 0}, {-kMost, 0, 4, 4}), untouched));
     EXPECT_TRUE(same_pixels(blit({0, kMost}, {0, 0}, {0, kLeast, 4, 4}), untouched));
     EXPECT_TRUE(same_pixels(blit({0, 0}, {0, 0}, {kLeast, kLeast, kMost, kMost}), untouched));

@@ -19,13 +19,6 @@ protected:
     Born born_{1};
 };
 
-TEST_F(Levels, RandomCasesAgree) {
-    for (std::uint64_t seed = 1; seed <= 4000; ++seed) {
-        const auto fault = run_case(random_case(seed));
-        ASSERT_FALSE(fault) << *fault;
-    }
-}
-
 class LevelsOnFill : public Levels, public testing::WithParamInterface<FillKind> {};
 
 /// Every mode, masked and not, on both other levels: more than ten million pixels a fill.
@@ -53,24 +46,6 @@ TEST_P(LevelsOnFill, AgreeOnMillionsOfPixels) {
 }
 INSTANTIATE_TEST_SUITE_P(Fills, LevelsOnFill,
                          testing::Values(FillKind::random, FillKind::opaque, FillKind::clear, FillKind::layer));
-
-/// All pairs of a channel and an alpha through every 8-bit filter, at every level.
-TEST_F(Levels, FiltersAgreeOnAllPairs) {
-    std::vector<QX_Pixel8> pairs(65536);
-    for (unsigned i = 0; i < 65536; ++i) {
-        const auto c = static_cast<std::uint8_t>(i & 255), a = static_cast<std::uint8_t>(i >> 8);
-        pairs[i] = {a, c, static_cast<std::uint8_t>(255 - c), static_cast<std::uint8_t>(c ^ 0x55)};
-    }
-    for (int filter = 0; filter < 6; ++filter) {
-        std::vector<QX_Pixel8> plain = pairs;
-        levels().front().at8.filter[filter](65536, nullptr, plain.data());
-        for (const LevelKernels& level : levels()) {
-            std::vector<QX_Pixel8> out = pairs;
-            level.at8.filter[filter](65536, nullptr, out.data());
-            EXPECT_EQ(0, std::memcmp(out.data(), plain.data(), out.size() * sizeof(QX_Pixel8))) << level.name << filter;
-        }
-    }
-}
 
 /// The vector forms compute what the plain one reads from tables: quotients and the soft-light curves.
 TEST_F(Levels, ArithmeticOfLanesIsThatOfTables) {

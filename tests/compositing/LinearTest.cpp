@@ -5,20 +5,16 @@
 #include <cmath>
 
 #include "QX/compositing/QX_LinearLookup.h"
+#include "tests/compositing/ModelCompare.h"
 #include "tests/compositing/TransferSupport.h"
+#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
 
-QX_LinearBlendingTables gamma_tables(float gamma) {
-    QX_LinearBlendingTables tables;
-    QX_BuildGammaBlendingTables(gamma, &tables);
-    return tables;
-}
-
 /// Between two entries the lookups lie on the line, rounded; over the whole scale, and beyond it they stay at its end.
 TEST(LinearLookup, InterpolatesOnTheLine) {
-    const auto tables = gamma_tables(2.2f);
+    const auto tables = tables_of_gamma(2.2f);
     for (int c = 0; c <= 32768; ++c) {
         const double at = c * 255.0 / 32768, back_at = c / 8.0;
         const auto line = [](const std::uint16_t* table, double x) {
@@ -35,7 +31,7 @@ TEST(LinearLookup, InterpolatesOnTheLine) {
 
 /// An identity table leaves every 8-bit and 16-bit value as it is through both conversions.
 TEST(LinearLookup, GammaOneIsTheIdentity) {
-    const auto tables = gamma_tables(1.0f);
+    const auto tables = tables_of_gamma(1.0f);
     for (unsigned c = 0; c < 256; ++c) {
         ASSERT_EQ(narrow_16_to_8(static_cast<std::uint32_t>(from_linear16(tables, tables.to_linear[c]))), c);
     }
@@ -47,50 +43,6 @@ template <class Pixel> QX_RowFunc<Pixel> row_of(int xfer, bool masked, bool line
     QX_RowFunc<Pixel> row = nullptr;
     EXPECT_EQ(slot_at<RowLookupFn<Pixel>>(first + (masked ? 2 : 0) + (linear ? 1 : 0))(xfer, &row), 0);
     return row;
-}
-
-/// An 8-bit blend in linear light is the 16-bit one of the same values, rounded down at the end.
-TEST(LinearRows, EightBitsBlendAtSixteen) {
-    const Born born(1);
-    const auto tables = gamma_tables(2.2f);
-    constexpr int n = 700;  // longer than several runs of the conversion
-    std::vector<QX_Pixel8> src(n), mask(n), dst(n);
-    fill_pixels<QX_Pixel8>(src, FillKind::layer, 1);
-    fill_pixels<QX_Pixel8>(mask, FillKind::random, 2);
-    fill_pixels<QX_Pixel8>(dst, FillKind::random, 3);
-    const auto linear = [&](const QX_Pixel8& p) {
-        return QX_Pixel16{widen_8_to_16(p.alpha), tables.to_linear[p.red], tables.to_linear[p.green],
-                          tables.to_linear[p.blue]};
-    };
-    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        if (xfer == -1 || xfer == xfer_replace || xfer == xfer_copy) continue;
-        for (const bool masked : {false, true}) {
-            if (xfer == xfer_mask_crossfade && !masked) continue;
-            QX_BlendingMode<QX_Pixel8> mode(QX_CompositeModePlus(xfer, 0.7f, nullptr, false, 5));
-            QX_BlendingMode<QX_Pixel16> deep(QX_CompositeModePlus(xfer, 0, nullptr, false, 5));
-            deep.opacity = widen_8_to_16(mode.opacity);
-            std::vector<QX_Pixel16> src16, mask16, dst16;
-            for (int i = 0; i < n; ++i) {
-                src16.push_back(linear(src[static_cast<std::size_t>(i)]));
-                dst16.push_back(linear(dst[static_cast<std::size_t>(i)]));
-                mask16.push_back({widen_8_to_16(mask[static_cast<std::size_t>(i)].alpha), 0, 0, 0});
-            }
-            row_of<QX_Pixel16>(xfer, masked, false)(n, &deep, nullptr, src16.data(), masked ? mask16.data() : nullptr,
-                                                    dst16.data());
-            auto out = dst;
-            ASSERT_EQ(row_of<QX_Pixel8>(xfer, masked, true)(n, &mode, &tables, src.data(),
-                                                            masked ? mask.data() : nullptr, out.data()),
-                      0);
-            for (std::size_t i = 0; i < n; ++i) {
-                const auto down = [&](std::uint16_t c) {
-                    return narrow_16_to_8(static_cast<std::uint32_t>(from_linear16(tables, c)));
-                };
-                const QX_Pixel8 expected{narrow_16_to_8(dst16[i].alpha), down(dst16[i].red), down(dst16[i].green),
-                                         down(dst16[i].blue)};
-                ASSERT_EQ(0, std::memcmp(&expected, &out[i], 4)) << "mode " << xfer << " pixel " << i;
-            }
-        }
-    }
 }
 
 TEST(LinearRows, CopiesIgnoreTablesAndNullTablesAreRefused) {
@@ -107,23 +59,10 @@ TEST(LinearRows, CopiesIgnoreTablesAndNullTablesAreRefused) {
     EXPECT_EQ(dst.red, 0.25f);
 }
 
-/// The lookups refuse what is no mode, and name it; an empty row is done at once.
-TEST(LinearRows, LookupsKnowTheirModes) {
-    const Born born(1);
-    for (int number = 94; number < 98; ++number) {
-        for (const int xfer : {-5, -4, -1, 41, 42}) {
-            Reports reports;
-            QX_RowFunc<QX_Pixel8> row = nullptr;
-            EXPECT_EQ(slot_at<RowLookupFn<QX_Pixel8>>(number)(xfer, &row), 5);
-            EXPECT_EQ(reports.last_text(), "unimplemented blending mode.");
-        }
-    }
-}
-
 /// Depth conversion against the powers themselves, in double: the float side is linear.
 TEST(DepthConvert, FloatSideIsLinear) {
     const Born born(1);
-    const auto tables = gamma_tables(2.0f);
+    const auto tables = tables_of_gamma(2.0f);
     TestWorld<QX_Pixel8> eight(256, 1, FillKind::opaque, 1);
     for (int i = 0; i < 256; ++i) {
         const auto c = static_cast<std::uint8_t>(i);
@@ -154,7 +93,7 @@ TEST(DepthConvert, FloatSideIsLinear) {
 
 TEST(DepthConvert, IntegerPairsAreStepsAndSizesMustAgree) {
     const Born born(1);
-    const auto tables = gamma_tables(2.2f);
+    const auto tables = tables_of_gamma(2.2f);
     TestWorld<QX_Pixel8> eight(64, 3, FillKind::random, 1), other(64, 3, FillKind::clear, 2),
         wide(65, 3, FillKind::clear, 2);
     TestWorld<QX_Pixel16> deep(64, 3, FillKind::clear, 3);
@@ -168,30 +107,22 @@ TEST(DepthConvert, IntegerPairsAreStepsAndSizesMustAgree) {
 
 TEST(DepthConvert, RefusesDepthsThatAreNoneAndMissingTables) {
     const Born born(1);
-    const auto tables = gamma_tables(2.2f);
-    OddWorld odd(4, 4, 0);
+    const auto tables = tables_of_gamma(2.2f);
+    BadWorlds bad;
     TestWorld<QX_Pixel8> eight(4, 4, FillKind::random, 1), other(4, 4, FillKind::clear, 2);
     TestWorld<QX_Pixel16> deep(4, 4, FillKind::clear, 3);
     TestWorld<QX_PixelFloat> linear(4, 4, FillKind::random, 4);
-    struct {
-        const QX_LinearBlendingTables* tables;
-        const QX_World* src;
-        QX_World* dst;
-        const char* text;  ///< null where it works
-    } const cases[] = {
-        {&tables, &odd, &eight.world(), "Unknown bit depth attempting to depth convert."},
-        {&tables, &eight.world(), &odd, "Unknown bit depth attempting to depth convert."},
-        {nullptr, &eight.world(), &linear.world(), "Invalid tables for linearized blending"},
-        {nullptr, &linear.world(), &deep.world(), "Invalid tables for linearized blending"},
-        {nullptr, &eight.world(), &deep.world(), nullptr},
-        {nullptr, &deep.world(), &other.world(), nullptr},
+    const auto convert = [](const QX_LinearBlendingTables* t, const QX_World& from, QX_World& to) {
+        return [=, &from, &to] { return code_of([&] { QX_DepthConvertWorld(t, &from, &to); }); };
     };
-    for (const auto& c : cases) {
-        Reports reports;
-        const auto convert = [&] { QX_DepthConvertWorld(c.tables, c.src, c.dst); };
-        EXPECT_EQ(thrown_by(convert), c.text != nullptr ? 3 : 0);
-        EXPECT_EQ(reports.last_text(), c.text != nullptr ? c.text : "");
-    }
+    const std::string unknown = "Unknown bit depth attempting to depth convert.";
+    const std::string missing = "Invalid tables for linearized blending";
+    expect_refused({{convert(&tables, bad.odd, eight.world()), unknown},
+                    {convert(&tables, eight.world(), bad.odd), unknown},
+                    {convert(nullptr, eight.world(), linear.world()), missing},
+                    {convert(nullptr, linear.world(), deep.world()), missing}});
+    EXPECT_EQ(convert(nullptr, eight.world(), deep.world())(), 0);
+    EXPECT_EQ(convert(nullptr, deep.world(), other.world())(), 0);
     EXPECT_TRUE(same_pixels(eight.pixels(), other.pixels()));
 }
 

@@ -10,10 +10,8 @@
 #include "QX/indep/QX_Premul.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/library/QX_CallbackBlock.h"
-#include "platform/FK_Frames.h"
 #include "tests/indep/WorldSupport.h"
-#include "tests/support/Pixels.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
@@ -223,9 +221,8 @@ TEST(PremulRows, MattesMoveFromBlackToColourAndBack) {
 
 /// Asked before each row of one thread; rows before the refusal are done, the others stay.
 TEST(PremulCalls, AbortStopsRows) {
-    static int asked, limit;
-    QX_ProgressInfo info{nullptr, [](void*) { return ++asked > limit ? 517 : 0; },
-                         [](void*, std::int32_t, std::int32_t) { return 99; }};
+    Polls polls;
+    QX_ProgressInfo info{&polls, &Polls::abort, [](void*, std::int32_t, std::int32_t) { return 99; }};
     const QX_Pixel8 green{0, 0, 255, 0};
     for (const int bands : {1, 5}) {
         const Born born(bands);
@@ -233,7 +230,7 @@ TEST(PremulCalls, AbortStopsRows) {
             const World world(QX_World::New(8, 100, 8, 1));
             world->Fill(QX_Pixel16{0, 32768, 32768, 32768}, nullptr);
             const auto run = [&](int stop) {
-                asked = 0, limit = stop;
+                polls = {.stop_at = stop};
                 return matte ? QX_PremulColor(&info, world.get(), &green, true, world.get())
                              : QX_Premul(&info, true, world.get());
             };
@@ -243,61 +240,49 @@ TEST(PremulCalls, AbortStopsRows) {
                 ASSERT_EQ(p.red, y < 40 ? 0 : 255) << y;
             }
             EXPECT_EQ(run(1000), 0);
-            EXPECT_LE(asked, 100);
-            EXPECT_GE(asked, 100 / bands);
+            EXPECT_LE(polls.calls.size(), 100u);
+            EXPECT_GE(polls.calls.size(), 100u / static_cast<unsigned>(bands));
         }
     }
 }
 
 TEST(PremulCalls, RefusalsAndTheirTexts) {
     const Born born;
-    Reports reports;
-    const World w8(QX_World::New(4, 4, 8, 1)), w16(QX_World::New(4, 4, 16, 1));
-    QX_LayerDef gpu{}, empty{};
-    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f);
-    struct Odd final : QX_WorldX<QX_Pixel8> {  // an object of a depth that is none
-        Odd() : QX_WorldX(4, 4, 1) {}
-        std::int16_t Depth() const override { return 24; }
-    } odd;
+    const World w8 = make(4, 4, 8), w16 = make(4, 4, 16);
+    BadWorlds bad;
     const QX_Pixel8 c8{0, 1, 1, 1};
-    const char* const not_yet = "gpu effect world is not supported yet.";
-    const char* const bad = "bad parameter passed to effect callback";
-    const auto matte = [](QX_LayerDef* s, QX_LayerDef* d) { return QX_PremulColor(nullptr, s, nullptr, true, d); };
-    const auto matte16 = [](QX_LayerDef* s, QX_LayerDef* d) { return QX_PremulColor16(nullptr, s, nullptr, true, d); };
-    const auto matte_f = [](QX_LayerDef* s, QX_LayerDef* d) {
-        return QX_PremulColorFloat(nullptr, s, nullptr, true, d);
+    const auto premul = [](QX_LayerDef* w) { return [=] { return QX_PremulRect(nullptr, true, nullptr, w); }; };
+    const auto to_colour = [&](QX_LayerDef* w) {
+        return [&c8, w] { return QX_MatteBlackToMatteColorARGB(w, &c8, true); };
     };
-    const struct {
-        std::function<int()> call;
-        const char* text;
-    } cases[] = {
-        {[&] { return QX_Premul(nullptr, true, &gpu); }, not_yet},
-        {[&] { return QX_PremulRect_S(nullptr, true, nullptr, &gpu); }, not_yet},
-        {[&] { return QX_Premul(nullptr, true, nullptr); }, bad},
-        {[&] { return QX_Premul(nullptr, true, &empty); }, bad},
-        {[&] { return QX_Premul(nullptr, true, &odd); }, "Unknown world bitdepth in##CONDITIONNAME"},
-        {[&] { return matte(&gpu, w8.get()); }, not_yet},
-        {[&] { return matte16(w8.get(), &gpu); }, not_yet},
-        {[&] { return matte_f(nullptr, w8.get()); }, bad},
-        {[&] { return matte(w8.get(), &empty); }, bad},
-        {[&] { return matte(w8.get(), w16.get()); }, "worlds must be same bitdepth in QX_PremulColorRect()"},
-        {[&] { return matte16(w8.get(), w16.get()); }, "worlds must be same bitdepth in QX_PremulColorRect16()"},
-        {[&] { return matte_f(w8.get(), w16.get()); }, "worlds must be same bitdepth in QX_PremulColorRect16()"},
-        {[&] { return matte(&odd, &odd); }, "Unknown world bitdepth in QX_PremulColorRect"},
-        {[&] { return matte16(&odd, &odd); }, "Unknown world bitdepth in QX_PremulColorRect16"},
-        {[&] { return matte_f(&odd, &odd); }, "Unknown world bitdepth in QX_PremulColorRectFloat"},
-        {[&] { return QX_MatteBlackToMatteColorARGB(&gpu, &c8, true); }, not_yet},
-        {[&] { return QX_MatteBlackToMatteColorARGB(nullptr, &c8, true); }, bad},
-        {[&] { return QX_MatteBlackToMatteColorARGB(w16.get(), &c8, true); },
-         "QX_MatteBlackToMatteColorARGB only works on 8bpc QX_EffectWorlds"},
+    using Layer = QX_LayerDef;
+    const auto matte = [](Layer* s, Layer* d) { return [=] { return QX_PremulColor(nullptr, s, nullptr, true, d); }; };
+    const auto matte16 = [](Layer* s, Layer* d) {
+        return [=] { return QX_PremulColor16(nullptr, s, nullptr, true, d); };
     };
-    for (std::size_t i = 0; i < std::size(cases); ++i) {
-        reports.clear();
-        EXPECT_EQ(cases[i].call(), 3) << i;
-        ASSERT_EQ(reports.all().size(), 1u) << i;
-        EXPECT_EQ(reports.last_text(), cases[i].text) << i;
-    }
-    FK::DisposeVPixFromVideoFrame(gpu.platform_ref);
+    const auto matte_f = [](Layer* s, Layer* d) {
+        return [=] { return QX_PremulColorFloat(nullptr, s, nullptr, true, d); };
+    };
+    const std::string depths = "worlds must be same bitdepth in ",
+                      unknown = "Unknown world bitdepth in QX_PremulColorRect";
+    expect_refused({{premul(&bad.gpu), kOnGpu},
+                    {[&] { return QX_PremulRect_S(nullptr, true, nullptr, &bad.gpu); }, kOnGpu},
+                    {premul(nullptr), kBadParameter},
+                    {premul(&bad.empty), kBadParameter},
+                    {premul(&bad.odd), "Unknown world bitdepth in##CONDITIONNAME"},
+                    {matte(&bad.gpu, w8.get()), kOnGpu},
+                    {matte16(w8.get(), &bad.gpu), kOnGpu},
+                    {matte_f(nullptr, w8.get()), kBadParameter},
+                    {matte(w8.get(), &bad.empty), kBadParameter},
+                    {matte(w8.get(), w16.get()), depths + "QX_PremulColorRect()"},
+                    {matte16(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
+                    {matte_f(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
+                    {matte(&bad.odd, &bad.odd), unknown},
+                    {matte16(&bad.odd, &bad.odd), unknown + "16"},
+                    {matte_f(&bad.odd, &bad.odd), unknown + "Float"},
+                    {to_colour(&bad.gpu), kOnGpu},
+                    {to_colour(nullptr), kBadParameter},
+                    {to_colour(w16.get()), "QX_MatteBlackToMatteColorARGB only works on 8bpc QX_EffectWorlds"}});
 }
 
 }  // namespace

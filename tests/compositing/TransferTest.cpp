@@ -7,6 +7,7 @@
 #include <random>
 
 #include "tests/compositing/TransferSupport.h"
+#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
@@ -108,107 +109,6 @@ TYPED_TEST(TransferAtDepth, AMaskWithoutPixelsCoversNothingWhereverItLies) {
     }
 }
 
-TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
-    using Pixel = TypeParam;
-    constexpr float kOpacities[] = {1.0f, 0.4f, 1.9f};  // a record of 16 bits may hold nearly 2
-    QX_LinearBlendingTables tables;
-    QX_BuildGammaBlendingTables(2.2f, &tables);
-    TestWorld<Pixel> src(37, 5, FillKind::layer, 1), start(41, 6, FillKind::random, 2);
-    TestWorld<Pixel> mask(29, 4, FillKind::random, 3);
-    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        for (int variant = 0; variant < 5 * 2 * 2 * 3; ++variant) {
-            const int kind = variant % 5;
-            if (xfer == -1 || (xfer == xfer_mask_crossfade && kind == 4)) continue;
-            TestWorld<Pixel> dst(41, 6, FillKind::random, 2);
-            const QX_MaskWorld record = mask_at(*mask.record(), 3, 1, static_cast<std::uint32_t>(kind));
-            TransferCall call;
-            call.mode = {xfer, kOpacities[variant / 20], nullptr, variant / 10 % 2 != 0, 7};
-            call.tables = variant / 5 % 2 != 0 ? &tables : nullptr;
-            call.mask = kind == 4 ? nullptr : &record;
-            call.dest_x = 2;
-            SCOPED_TRACE(testing::Message() << "mode " << xfer << " variant " << variant);
-            ASSERT_EQ(call(src.record(), dst.record()), 0);
-            const auto after = dst.pixels(), before = start.pixels();
-            const bool leaves_alpha = call.mode.rgb_only && xfer >= 0 && xfer != xfer_copy &&
-                                      !(xfer >= xfer_alpha_multiply && xfer <= xfer_alpha_multiply_inverse_luma) &&
-                                      xfer < xfer_threshold_blue && xfer != xfer_behind;
-            for (std::size_t i = 0; i < after.size() && leaves_alpha; ++i) ASSERT_EQ(after[i].alpha, before[i].alpha);
-            const bool clears_around = xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
-            for (int y = 0; y < 6; ++y) {  // columns 0, 1, 39 and 40 lie outside the rectangle
-                for (const int x : {0, 1, 39, 40}) {
-                    const Pixel &now = dst.at(x, y), &then = start.at(x, y);
-                    ASSERT_EQ(now.alpha, clears_around ? 0 : then.alpha);
-                    ASSERT_EQ(0, std::memcmp(&now.red, &then.red, 3 * sizeof now.red));
-                }
-            }
-        }
-    }
-}
-
-TYPED_TEST(TransferAtDepth, AlphaMultiplyClearsAroundTheRectangleOnly) {
-    using Pixel = TypeParam;
-    for (const int xfer : {xfer_alpha_multiply, xfer_alpha_multiply_luma, xfer_alpha_multiply_inverse}) {
-        TestWorld<Pixel> src(4, 3, FillKind::opaque, 5), dst(12, 9, FillKind::opaque, 6),
-            start(12, 9, FillKind::opaque, 6);
-        TransferCall call;
-        call.mode.xfer = xfer;
-        call.dest_x = 5;
-        call.dest_y = 2;
-        ASSERT_EQ(call(src.record(), dst.record()), 0);
-        for (int y = 0; y < 9; ++y) {
-            for (int x = 0; x < 12; ++x) {
-                const bool inside = x >= 5 && x < 9 && y >= 2 && y < 5;
-                const bool cleared = !inside && xfer != xfer_alpha_multiply_inverse;
-                if (!inside) {
-                    EXPECT_EQ(dst.at(x, y).alpha, cleared ? 0 : start.at(x, y).alpha);
-                }
-                EXPECT_EQ(dst.at(x, y).green, start.at(x, y).green);
-            }
-        }
-        const auto unchanged = dst.pixels();
-        call.dest_x = 50;  // an empty clip leaves all as it is
-        ASSERT_EQ(call(src.record(), dst.record()), 0);
-        EXPECT_TRUE(same_pixels(unchanged, dst.pixels()));
-    }
-}
-
-/// The pattern of dissolve, from the law of its seeds: the left edge is added, then a running increment row by row.
-TEST(Transfer, DissolveFollowsItsSeeds) {
-    const Born born(1);
-    TestWorld<QX_Pixel8> src(20, 9, FillKind::random, 1), dst(30, 14, FillKind::clear, 2),
-        start(30, 14, FillKind::clear, 2);
-    TransferCall call;
-    call.mode = {xfer_dissolve, 0.75f, nullptr, false, 99};
-    call.dest_x = 4;
-    call.dest_y = 3;
-    call.field = 1;
-    ASSERT_EQ(call(src.record(), dst.record()), 0);
-    std::uint32_t row_seed = 99 + 4, increment = 3 * 12281;
-    for (int y = 3; y < 12; ++y, row_seed += increment, increment += 12281) {
-        std::uint32_t seed = row_seed;
-        for (int x = 4; x < 24; ++x, ++seed) {
-            const QX_Pixel8 from = src.at(x - 4, y - 3);
-            const int s = static_cast<int>(std::floor(from.alpha * 191 / 255.0 + 0.5));  // 0.75 * 255 + 0.5, truncated
-            bool drawn = s == 255;
-            if (s != 0 && s != 255) drawn = (QX_Rand(&seed) & 255) <= s;
-            const bool kept = y % 2 == 1;
-            const QX_Pixel8 expected =
-                drawn && !kept ? QX_Pixel8{255, from.red, from.green, from.blue} : start.at(x, y);
-            ASSERT_EQ(0, std::memcmp(&expected, &dst.at(x, y), 4)) << x << ", " << y;
-        }
-    }
-}
-
-struct Polls {
-    std::vector<std::pair<int, int>> calls;
-    int fail_at = -1;
-    static int progress(void* refcon, std::int32_t count, std::int32_t total) {
-        auto& polls = *static_cast<Polls*>(refcon);
-        polls.calls.emplace_back(count, total);
-        return static_cast<int>(polls.calls.size()) - 1 == polls.fail_at ? kQX_Interrupted : 0;
-    }
-};
-
 TEST(Transfer, ProgressIsCalledOnMultiplesOf128AndEndsTheWork) {
     const Born born(1);
     TestWorld<QX_Pixel8> src(3, 400, FillKind::opaque, 1), dst(3, 400, FillKind::clear, 2),
@@ -222,9 +122,9 @@ TEST(Transfer, ProgressIsCalledOnMultiplesOf128AndEndsTheWork) {
     call.src_rect = {0, 0, 3, 300};
     ASSERT_EQ(call(src.record(), dst.record()), 0);
     EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{127, 300}, {255, 300}}));
-    polls = {{}, 0};
-    TestWorld<QX_Pixel8> again(3, 400, FillKind::clear, 2);
+    polls = {.stop_at = 0};
     call.field = 0;
+    TestWorld<QX_Pixel8> again(3, 400, FillKind::clear, 2);
     EXPECT_EQ(call(src.record(), again.record()), kQX_Interrupted);
     EXPECT_EQ(again.at(0, 128).alpha, 255);
     EXPECT_EQ(0, std::memcmp(&again.at(0, 129), &start.at(0, 129), 12));
@@ -234,53 +134,38 @@ TEST(Transfer, FailuresReportAndWriteNothing) {
     const Born born(1);
     TestWorld<QX_Pixel8> src(4, 4, FillKind::opaque, 1), dst(4, 4, FillKind::random, 2);
     TestWorld<QX_Pixel16> deep(4, 4, FillKind::opaque, 3);
-    QX_LayerDef gpu{}, empty{};
-    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f);
-    const QX_MaskWorld deep_mask = mask_at(*deep.record(), 0, 0, 0), gpu_mask = mask_at(gpu, 0, 0, 0);
-    struct {
-        const char* what;
-        QX_LayerDef *src, *dst;
-        int xfer;
-        const QX_MaskWorld* mask;
-        int code;
-        const char* text;
-    } cases[] = {
-        {"depths", deep.record(), dst.record(), 2, nullptr, 3,
-         "QX_TransferRect requires src and dst worlds to have same bit depth"},
-        {"mask depth", src.record(), dst.record(), 2, &deep_mask, 3,
-         "QX_TransferRect requires mask and dst worlds to have same bit depth"},
-        {"GPU source", &gpu, dst.record(), 2, nullptr, 3, "gpu effect world is not supported yet."},
-        {"GPU destination", src.record(), &gpu, 2, nullptr, 3, "gpu effect world is not supported yet."},
-        {"GPU mask", src.record(), dst.record(), 2, &gpu_mask, 3, "gpu effect world is not supported yet."},
-        {"no pixels", &empty, dst.record(), 2, nullptr, 3, "bad parameter passed to effect callback"},
-        {"crossfade without mask", src.record(), dst.record(), -2, nullptr, 3,
-         "bad parameter passed to effect callback"},
-        {"no mode", src.record(), dst.record(), -1, nullptr, 5, "unimplemented blending mode."},
-        {"mode 41", src.record(), dst.record(), 41, nullptr, 5, "unimplemented blending mode."},
+    BadWorlds bad;
+    QX_LayerDef *const s = src.record(), *const d = dst.record();
+    const QX_MaskWorld deep_mask = mask_at(*deep.record(), 0, 0, 0), gpu_mask = mask_at(bad.gpu, 0, 0, 0);
+    const auto call = [&](QX_LayerDef* from, QX_LayerDef* to, int xfer = 2, const QX_MaskWorld* mask = nullptr) {
+        return [=] {
+            TransferCall transfer;
+            transfer.mode.xfer = xfer;
+            transfer.mask = mask;
+            return transfer(from, to);
+        };
     };
     const auto before = dst.pixels();
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        Reports reports;
-        TransferCall call;
-        call.mode.xfer = c.xfer;
-        call.mask = c.mask;
-        EXPECT_EQ(call(c.src, c.dst), c.code);
-        EXPECT_EQ(reports.last_text(), c.text);
-        EXPECT_TRUE(same_pixels(before, dst.pixels()));
+    const std::string depths = " worlds to have same bit depth", none = "unimplemented blending mode.";
+    expect_refused({{call(deep.record(), d), "QX_TransferRect requires src and dst" + depths},
+                    {call(s, d, 2, &deep_mask), "QX_TransferRect requires mask and dst" + depths},
+                    {[&] { return TransferCall().with_scratch(deep.record(), d, nullptr); },
+                     "QX_TransferRectPlus requires src and dst" + depths},
+                    {call(&bad.gpu, d), kOnGpu},
+                    {call(s, &bad.gpu), kOnGpu},
+                    {call(s, d, 2, &gpu_mask), kOnGpu},
+                    {call(&bad.empty, d), kBadParameter},
+                    {call(s, d, xfer_mask_crossfade), kBadParameter},
+                    {call(s, d, -4), none, 5, 0, 2},
+                    {call(s, d, -1), none, 5, 0, 2},
+                    {call(s, d, 41), none, 5, 0, 2}});
+    TransferCall beside;
+    beside.dest_x = 100;  // an empty clip comes before the mode, and leaves what lies around it
+    for (const int xfer : {41, +xfer_alpha_multiply}) {
+        beside.mode.xfer = xfer;
+        EXPECT_EQ(beside(s, d), 0);
     }
-    {
-        Reports reports;
-        TransferCall call;
-        call.mode.xfer = 41;
-        call.dest_x = 100;  // an empty clip comes before the mode
-        EXPECT_EQ(call(src.record(), dst.record()), 0);
-        EXPECT_TRUE(reports.all().empty());
-        call.dest_x = 0;
-        EXPECT_EQ(call.with_scratch(deep.record(), dst.record(), nullptr), 3);
-        EXPECT_EQ(reports.last_text(), "QX_TransferRectPlus requires src and dst worlds to have same bit depth");
-    }
-    FK::DisposeVPixFromVideoFrame(gpu.platform_ref);
+    EXPECT_TRUE(same_pixels(before, dst.pixels()));
 }
 
 /// Every allocation of a transfer fails once: code 4, nothing written, nothing leaked, and the next call works.

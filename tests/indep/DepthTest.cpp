@@ -7,13 +7,11 @@
 #include "QX/indep/QX_WorldDepth.h"
 #include "platform/FK_Frames.h"
 #include "tests/indep/WorldSupport.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace {
 
-using qx::test::code_of;
-using qx::test::Reports;
-using qx::test::World;
+using namespace qx::test;
 
 TEST(Depth, OfARecordIsToldByTheHighByteAlone) {
     Reports reports;
@@ -126,45 +124,30 @@ TEST(PixelFormats, CodesAndDepths) {
     }
 }
 
-/// A world of a depth that no class has.
-struct OddWorld : QX_WorldX<QX_Pixel8> {
-    using QX_WorldX::QX_WorldX;
-    std::int16_t Depth() const override { return 24; }
-};
-
 TEST(Depth, OfNoClassIsRefusedInTheRoutinesOwnWords) {
-    Reports reports;
     std::uint32_t pixels[4] = {1, 2, 3, 4};
     OddWorld odd(pixels, 2, 2, 8);
-    const World plain(QX_World::New(2, 2, 8, 1));
+    const World plain = make(2, 2, 8);
     const M_LRect rect{0, 0, 1, 1};
-    const struct {
-        std::function<int()> call;
-        int code;
-        const char* report;
-    } cases[] = {
-        {[&] { return QX_Fill(nullptr, nullptr, nullptr, &odd); }, 3, "Unknown world bitdepth in QX_Fill"},
-        {[&] { return QX_Fill16(nullptr, nullptr, nullptr, &odd); }, 3, "Unknown world bitdepth in QX_Fill16"},
-        {[&] { return QX_FillFloat(nullptr, nullptr, nullptr, &odd); }, 3, "Unknown world bitdepth in QX_FillFloat"},
-        {[&] { return QX_ClearAlphaExceptRect(nullptr, &rect, &odd); }, 3, "Unknown world bitdepth in##CONDITIONNAME"},
-        {[&] { return code_of([&] { odd.Swizzle(); }); }, 3, "Unexpected bitdepth in QX_IteratePixels()"},
-        {[&] { return code_of([&] { World(QX_World::NewReference(&odd)); }); }, 3,
-         "Unexpected bitdepth in QX_World::NewReference(QX_EffectWorld)"},
-        {[&] { return code_of([&] { plain->CopyRect(&odd, rect, 0, 0); }); }, 3,
-         "Src and dest bitdepths are different in QX_World::CopyRect"},
-        {[&] { return code_of([&] { plain->CopyRectPossiblyDifferentBitdepth(&odd, rect, true, 0, 0, nullptr); }); }, 0,
-         "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepths"},
-        {[&] { return code_of([&] { plain->CopyRectPossiblyDifferentBitdepthWithField(&odd, rect, 1); }); }, 0,
-         "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepthsWithField"},
-        {[&] { return code_of([&] {
-                   plain->ShrinkToSubRect({0, 0, 3, 1});
-               }); }, 3, "bad sub rect in ShrinkToSubRect"}};
-    for (const auto& c : cases) {
-        reports.clear();
-        EXPECT_EQ(c.call(), c.code) << c.report;
-        ASSERT_EQ(reports.all().size(), 1u) << c.report;
-        EXPECT_EQ(reports.last_text(), c.report);
-    }
+    const auto thrown = [](const auto& body) { return [body] { return code_of(body); }; };
+    const std::string unknown = "Unknown world bitdepth in";
+    expect_refused({{[&] { return QX_Fill(nullptr, nullptr, nullptr, &odd); }, unknown + " QX_Fill"},
+                    {[&] { return QX_Fill16(nullptr, nullptr, nullptr, &odd); }, unknown + " QX_Fill16"},
+                    {[&] { return QX_FillFloat(nullptr, nullptr, nullptr, &odd); }, unknown + " QX_FillFloat"},
+                    {[&] { return QX_ClearAlphaExceptRect(nullptr, &rect, &odd); }, unknown + "##CONDITIONNAME"},
+                    {thrown([&] { odd.Swizzle(); }), "Unexpected bitdepth in QX_IteratePixels()"},
+                    {thrown([&] { World(QX_World::NewReference(&odd)); }),
+                     "Unexpected bitdepth in QX_World::NewReference(QX_EffectWorld)"},
+                    {thrown([&] { plain->CopyRect(&odd, rect, 0, 0); }),
+                     "Src and dest bitdepths are different in QX_World::CopyRect"},
+                    {thrown([&] { plain->CopyRectPossiblyDifferentBitdepth(&odd, rect, true, 0, 0, nullptr); }),
+                     "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepths", 0},
+                    {thrown([&] { plain->CopyRectPossiblyDifferentBitdepthWithField(&odd, rect, 1); }),
+                     "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepthsWithField", 0},
+                    {thrown([&] {
+                         plain->ShrinkToSubRect({0, 0, 3, 1});
+                     }),
+                     "bad sub rect in ShrinkToSubRect"}});
     for (std::uint32_t i = 0; i < 4; ++i) EXPECT_EQ(pixels[i], i + 1);
     EXPECT_EQ(*static_cast<std::uint32_t*>(plain->data), 0u);
     EXPECT_EQ(code_of([&] { World(QX_World::NewReference(pixels, 2, 2, 24, 8)); }), 3);

@@ -9,9 +9,8 @@
 #include <random>
 #include <set>
 
-#include "platform/FK_Frames.h"
 #include "tests/indep/WorldSupport.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
@@ -62,24 +61,6 @@ TEST(DrawLine, FollowsTheWalkWhereverItsEndsLie) {
         std::uniform_real_distribution<double> place(-reach, reach);
         const double a = place(random), b = place(random), c = place(random), d = place(random);
         ASSERT_EQ(drawn(a, b, c, d, 37, 23), walked(a, b, c, d, 37, 23)) << a << "," << b << " to " << c << "," << d;
-    }
-}
-
-TEST(DrawLine, StaysOnTheLine) {
-    std::mt19937 random(6);
-    std::uniform_real_distribution<double> place(1, 60);
-    for (int i = 0; i < 500; ++i) {
-        const double x0 = place(random), y0 = place(random), x1 = place(random), y1 = place(random);
-        const bool steep = std::abs(x1 - x0) <= std::abs(y1 - y0);
-        std::set<int> majors;
-        for (const auto& [x, y] : drawn(x0, y0, x1, y1, 64, 64)) {
-            const double exact = steep ? x0 + (y - y0) * (x1 - x0) / (y1 - y0) : y0 + (x - x0) * (y1 - y0) / (x1 - x0);
-            ASSERT_NEAR(steep ? x : y, exact, 0.51) << x0 << "," << y0 << " to " << x1 << "," << y1;
-            ASSERT_TRUE(majors.insert(steep ? y : x).second) << "one pixel a step";
-        }
-        const auto ends = steep ? std::minmax(y0, y1) : std::minmax(x0, x1);
-        EXPECT_EQ(*majors.begin(), std::lround(ends.first));
-        EXPECT_EQ(*majors.rbegin(), std::lround(ends.second));
     }
 }
 
@@ -154,26 +135,20 @@ TEST(PaintSpot, MixesByItsWeights) {
 }
 
 TEST(Drawing, Refusals) {
-    Reports reports;
-    const World world(QX_World::New(4, 4, 8, 1));
-    QX_LayerDef gpu{}, empty{};
-    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f);
+    const World world = make(4, 4, 8);
+    BadWorlds bad;
     const std::uint32_t weight = 255;
-    const auto spot = [&](QX_LayerDef* w, int size, const std::uint32_t* weights) {
-        return QX_PaintSpot(nullptr, 1, 1, 0, size, weights, {}, w);
+    const auto spot = [](QX_LayerDef* w, int size, const std::uint32_t* weights) {
+        return [=] { return QX_PaintSpot(nullptr, 1, 1, 0, size, weights, {}, w); };
     };
-    EXPECT_EQ(spot(&gpu, 1, &weight), 3);
-    EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
-    reports.clear();
     const double at[] = {0, 0};
-    const int codes[] = {spot(nullptr, 1, &weight),     spot(&empty, 1, &weight),
-                         spot(world.get(), 1, nullptr), spot(world.get(), -1, &weight),
-                         spot(world.get(), 4, &weight), QX_DrawLine(at, at, nullptr, world.get())};
-    for (const int code : codes) EXPECT_EQ(code, 3);
-    EXPECT_EQ(reports.all().size(), std::size(codes));
-    for (const auto& report : reports.all()) EXPECT_EQ(report.text, "bad parameter passed to effect callback");
-    EXPECT_EQ(reports.all()[0].site, 0x250009);
-    FK::DisposeVPixFromVideoFrame(gpu.platform_ref);
+    expect_refused({{spot(&bad.gpu, 1, &weight), kOnGpu},
+                    {spot(nullptr, 1, &weight), kBadParameter, 3, 0x250009},
+                    {spot(&bad.empty, 1, &weight), kBadParameter},
+                    {spot(world.get(), 1, nullptr), kBadParameter},
+                    {spot(world.get(), -1, &weight), kBadParameter},
+                    {spot(world.get(), 4, &weight), kBadParameter},
+                    {[&] { return QX_DrawLine(at, at, nullptr, world.get()); }, kBadParameter}});
 }
 
 }  // namespace

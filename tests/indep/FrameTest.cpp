@@ -5,7 +5,7 @@
 
 #include "QX/indep/QX_Frame.h"
 #include "tests/indep/WorldSupport.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace {
 
@@ -32,39 +32,34 @@ struct Limit {
     std::string text;  ///< none when the frame is possible
 };
 
-TEST(FrameLimits, Processor) {
+TEST(FrameLimits, OfBothProcessors) {
     // A float frame takes 16 * width * (height + 1) - 8 bytes: 2^31 - 8 of them in the first case.
-    const Limit cases[] = {{16384, 8191, 32, 16, ""},
-                           {16384, 8192, 32, 16, above_limit("16384 x 8192 @ 32 bpc (2.0 GB)")},
-                           {16384, 16382, 16, 16, ""},  // and 2^31 in the next one
-                           {16384, 16383, 16, 16, above_limit("16384 x 16383 @ 16 bpc (2.0 GB)")},
-                           {1920, 1080, 32, 16, ""},
-                           {30000, 30000, 8, 16, above_limit("30000 x 30000 @ 8 bpc (3.4 GB)")},
-                           {1, 30000, 8, 65536, ""},
-                           {1, 30000, 8, 131072, above_limit("1 x 30000 @ 8 bpc (3.7 GB)")},
-                           {30000, 1, 16, 16, ""},
-                           {30001, 1, 8, 16, "invalid image buffer size (30001x1)."},
-                           {1, 30001, 8, 16, "invalid image buffer size (1x30001)."},
-                           {0, -7, 8, 16, "invalid image buffer size (0x-7)."}};
-    for (const Limit& c : cases) {
-        const auto [possible, text] = qx::numeric_limits::CanAllocateCPUFrame(c.width, c.height, c.depth, c.alignment);
-        EXPECT_EQ(narrow(text), c.text);
-        EXPECT_EQ(possible, c.text.empty()) << c.width << "x" << c.height;
-    }
-}
-
-TEST(FrameLimits, Gpu) {
-    // 16 bytes a pixel whatever the depth asked for; 2^32 bytes in the second case.
-    const Limit cases[] = {{16384, 16383, 8, 16, ""},
-                           {16384, 16384, 8, 16, above_limit("16384 x 16384 @ 32 bpc (4.0 GB)")},
-                           {1, 30000, 16, 131072, ""},
-                           {1, 30000, 16, 262144, above_limit("1 x 30000 @ 32 bpc (7.3 GB)")},
-                           {30001, 5, 32, 16, "invalid image buffer size (30001x5)."}};
-    for (const Limit& c : cases) {
-        const auto [possible, text] = qx::numeric_limits::CanAllocateGPUFrame(c.width, c.height, c.depth, c.alignment);
-        EXPECT_EQ(narrow(text), c.text);
-        EXPECT_EQ(possible, c.text.empty()) << c.width << "x" << c.height;
-    }
+    const std::vector<Limit> processor{{16384, 8191, 32, 16, ""},
+                                       {16384, 8192, 32, 16, above_limit("16384 x 8192 @ 32 bpc (2.0 GB)")},
+                                       {16384, 16382, 16, 16, ""},  // and 2^31 in the next one
+                                       {16384, 16383, 16, 16, above_limit("16384 x 16383 @ 16 bpc (2.0 GB)")},
+                                       {30000, 30000, 8, 16, above_limit("30000 x 30000 @ 8 bpc (3.4 GB)")},
+                                       {1, 30000, 8, 65536, ""},
+                                       {1, 30000, 8, 131072, above_limit("1 x 30000 @ 8 bpc (3.7 GB)")},
+                                       {30000, 1, 16, 16, ""},
+                                       {30001, 1, 8, 16, "invalid image buffer size (30001x1)."},
+                                       {1, 30001, 8, 16, "invalid image buffer size (1x30001)."},
+                                       {0, -7, 8, 16, "invalid image buffer size (0x-7)."}};
+    // Of a GPU 16 bytes a pixel whatever the depth asked for; 2^32 bytes in the second case.
+    const std::vector<Limit> gpu{{16384, 16383, 8, 16, ""},
+                                 {16384, 16384, 8, 16, above_limit("16384 x 16384 @ 32 bpc (4.0 GB)")},
+                                 {1, 30000, 16, 131072, ""},
+                                 {1, 30000, 16, 262144, above_limit("1 x 30000 @ 32 bpc (7.3 GB)")},
+                                 {30001, 5, 32, 16, "invalid image buffer size (30001x5)."}};
+    const auto expect = [](const std::vector<Limit>& cases, const auto& can_allocate) {
+        for (const Limit& c : cases) {
+            const auto [possible, text] = can_allocate(c.width, c.height, c.depth, c.alignment);
+            EXPECT_EQ(narrow(text), c.text);
+            EXPECT_EQ(possible, c.text.empty()) << c.width << "x" << c.height;
+        }
+    };
+    expect(processor, qx::numeric_limits::CanAllocateCPUFrame);
+    expect(gpu, qx::numeric_limits::CanAllocateGPUFrame);
 }
 
 TEST(FrameReport, TextsAndSites) {
@@ -247,14 +242,10 @@ TEST(EffectWorld, IsMadeAndDisposedByItsRecord) {
     EXPECT_EQ(QX_DisposeEffectWorld(&record), 0);
     const QX_LayerDef zero{};
     EXPECT_EQ(std::memcmp(&record, &zero, sizeof zero), 0);
-}
-
-TEST(World, SizesOfRectanglesAreNamedAsTheyAre) {
-    Reports reports;
-    EXPECT_EQ(code_of([] { World(QX_World::New(M_LRect{10, 0, 0, 5}, 8, 0)); }), 516);
-    EXPECT_EQ(reports.last_text(), "invalid image buffer size (-10x5).");
-    EXPECT_EQ(code_of([] { World(QX_World::New(M_LRect{INT32_MIN, 0, INT32_MAX, 5}, 8, 0)); }), 516);
-    EXPECT_EQ(reports.last_text(), "invalid image buffer size (2147483647x5).");
+    EXPECT_EQ(QX_NewEffectWorld(4, 4, 8, 1, 0, &record), 515);
+    qx::test::BadWorlds bad;
+    bad.gpu.ownership_mark = kQX_OwnedMark;
+    EXPECT_EQ(QX_DisposeEffectWorld(&bad.gpu), 0);
 }
 
 TEST(World, UncheckedRectanglesMayHaveAnyEdges) {

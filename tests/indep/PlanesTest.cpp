@@ -2,13 +2,10 @@
 // Planes out of worlds and back, single channels of interleaved samples, and where pixels lie.
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "QX/indep/QX_ImagePlanes.h"
 #include "QX/indep/QX_PixelData.h"
-#include "platform/FK_Frames.h"
 #include "tests/indep/WorldSupport.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
@@ -44,42 +41,37 @@ TEST(Planes, EveryMaskThereAndBack) {
 }
 
 TEST(Planes, RefusalsAndShortMemory) {
-    Reports reports;
-    const World world(QX_World::New(4, 4, 8, 1));
-    QX_LayerDef gpu{}, empty{};
-    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f);
+    const World world = make(4, 4, 8);
+    BadWorlds bad;
     TK_Handle handle = nullptr;
     std::int32_t row = 0;
     void* block = nullptr;
-    const int bad[] = {QX_ExtractPlanes(nullptr, nullptr, 1, &handle, &row),
-                       QX_ExtractPlanes(nullptr, &empty, 1, &handle, &row),
-                       QX_ExtractPlanes(nullptr, world.get(), 16, &handle, &row),
-                       QX_ExtractPlanes(nullptr, world.get(), 1, nullptr, &row),
-                       QX_ExtractPlanes(nullptr, world.get(), 1, &handle, nullptr),
-                       QX_InsertPlanes(nullptr, nullptr, 8, 1, world.get()),
-                       QX_InsertPlanes(nullptr, &block, 8, ~0u, world.get()),
-                       QX_InsertPlanes(nullptr, &block, 8, 1, &empty)};
-    ASSERT_EQ(reports.all().size(), std::size(bad));
-    for (std::size_t i = 0; i < std::size(bad); ++i) {
-        EXPECT_EQ(bad[i], 3);
-        EXPECT_EQ(reports.all()[i].text, "bad parameter passed to effect callback");
-        EXPECT_EQ(reports.all()[i].site, i < 5 ? 0x250004 : 0x250005);
-    }
-    EXPECT_EQ(QX_ExtractPlanes(nullptr, &gpu, 1, &handle, &row), 3);
-    EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
+    const auto extract = [](QX_LayerDef* w, std::uint32_t mask, TK_Handle* out, std::int32_t* rowbytes) {
+        return [=] { return QX_ExtractPlanes(nullptr, w, mask, out, rowbytes); };
+    };
+    const auto insert = [](TK_Handle from, std::uint32_t mask, QX_LayerDef* w) {
+        return [=] { return QX_InsertPlanes(nullptr, from, 8, mask, w); };
+    };
+    expect_refused({{extract(nullptr, 1, &handle, &row), kBadParameter, 3, 0x250004},
+                    {extract(&bad.empty, 1, &handle, &row), kBadParameter},
+                    {extract(world.get(), 16, &handle, &row), kBadParameter},
+                    {extract(world.get(), 1, nullptr, &row), kBadParameter},
+                    {extract(world.get(), 1, &handle, nullptr), kBadParameter},
+                    {insert(nullptr, 1, world.get()), kBadParameter, 3, 0x250005},
+                    {insert(&block, ~0u, world.get()), kBadParameter},
+                    {insert(&block, 1, &bad.empty), kBadParameter},
+                    {extract(&bad.gpu, 1, &handle, &row), kOnGpu}});
     standalone::FailAllocation(1);
-    EXPECT_EQ(QX_ExtractPlanes(nullptr, world.get(), 1, &handle, &row), 4);
+    expect_refused({{extract(world.get(), 1, &handle, &row), "out of memory: image plane buffer", 4}});
     standalone::FailAllocation(0);
-    EXPECT_NE(reports.last_text().find("image plane buffer"), std::string::npos);
     EXPECT_EQ(handle, nullptr);
-    FK::DisposeVPixFromVideoFrame(gpu.platform_ref);
 }
 
 /// All alignments of a destination of bytes, odd sizes and places, against the address formula.
 template <class T> void expect_interleave() {
-    std::mt19937 random(9);
+    Numbers any(9);
+    const auto number = [&](int n) { return any(0, n); };
     for (int i = 0; i < 400; ++i) {
-        const auto number = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
         const M_Vector2T<int> size{number(23), number(4)}, from{number(5), number(3)}, to{number(9), number(3)};
         const int step = 1 + number(5), wide = 200, narrow = 40;
         std::vector<T> a(wide * 8), got(wide * 8);
@@ -109,8 +101,7 @@ TEST(Interleave, Floats) { expect_interleave<float>(); }
 TEST(PixelData, AnswersForItsDepthAlone) {
     Reports reports;
     const auto getters = {&QX_GetPixelData8, &QX_GetPixelData16, &QX_GetPixelDataFloat};
-    QX_LayerDef gpu{};
-    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f);
+    BadWorlds bad;
     int depth = 8, other = 0;
     for (const auto getter : getters) {
         for (const int of_world : {8, 16, 32}) {
@@ -122,7 +113,7 @@ TEST(PixelData, AnswersForItsDepthAlone) {
             EXPECT_EQ(given, of_world == depth ? &depth : nullptr);
         }
         void* out = &other;
-        EXPECT_EQ(getter(&gpu, nullptr, &out), 3);
+        EXPECT_EQ(getter(&bad.gpu, nullptr, &out), 3);
         EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
         EXPECT_EQ(out, &other);
         EXPECT_EQ(getter(nullptr, nullptr, &out), 516);
@@ -131,7 +122,6 @@ TEST(PixelData, AnswersForItsDepthAlone) {
                                                    : "bad parameter passed to QX_GetPixelData8");
         depth *= 2;
     }
-    FK::DisposeVPixFromVideoFrame(gpu.platform_ref);
 }
 
 TEST(PixelData, OfFramesOnAGpu) {

@@ -2,30 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
-#include <memory>
-#include <new>
 
 #include "QX/indep/QX_Fill.h"
 #include "QX/indep/QX_Frame.h"
-#include "QX/indep/QX_World.h"
-#include "QX/indep/QX_WorldDepth.h"
-#include "tests/support/TestHost.h"
+#include "tests/indep/WorldSupport.h"
+#include "tests/support/Refusals.h"
 
 namespace {
 
-using World = std::unique_ptr<QX_World>;
-
-int code_of(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (int code) {
-        return code;
-    } catch (const std::bad_alloc&) {
-        return 4;
-    }
-    return 0;
-}
+using namespace qx::test;
 
 TEST(World, SizesRowbytesAndGutter) {
     const struct {
@@ -44,18 +29,22 @@ TEST(World, SizesRowbytesAndGutter) {
 }
 
 TEST(World, InvalidSizesAreReported) {
-    qx::test::Reports reports;
+    Reports reports;
     for (const M_LPoint size : {M_LPoint{0, 5}, {5, 0}, {30001, 1}, {1, 30001}, {-1, 1}}) {
         EXPECT_EQ(code_of([&] { World(QX_World::New(size.x, size.y, 8, 0)); }), 516);
         EXPECT_EQ(reports.last_text(),
                   "invalid image buffer size (" + std::to_string(size.x) + "x" + std::to_string(size.y) + ").");
     }
+    EXPECT_EQ(code_of([] { World(QX_World::New(M_LRect{10, 0, 0, 5}, 8, 0)); }), 516);
+    EXPECT_EQ(reports.last_text(), "invalid image buffer size (-10x5).");
+    EXPECT_EQ(code_of([] { World(QX_World::New(M_LRect{INT32_MIN, 0, INT32_MAX, 5}, 8, 0)); }), 516);
+    EXPECT_EQ(reports.last_text(), "invalid image buffer size (2147483647x5).");
     EXPECT_EQ(code_of([] { World(QX_World::New(30000, 1, 8, 0)); }), 0);
     EXPECT_EQ(code_of([] { World(QX_World::New(5, 5, 24, 0)); }), 3);
 }
 
 TEST(World, EveryFailedAllocationLeaksNothing) {
-    qx::test::Reports reports;
+    Reports reports;
     const auto before = standalone::Memory().blocks_in_use;
     const std::int32_t live = qx::live_world_count();
     for (const int side : {10, 1000}) {
@@ -73,7 +62,7 @@ TEST(World, EveryFailedAllocationLeaksNothing) {
 }
 
 TEST(World, ReferencesAndTheirChecks) {
-    qx::test::Reports reports;
+    Reports reports;
     const World w(QX_World::New(M_LRect{10, 20, 30, 40}, 16, 1)), other(QX_World::New(20, 20, 8, 1));
     EXPECT_EQ(w->origin_x, 10);
     EXPECT_EQ(w->origin_y, 20);
@@ -96,23 +85,17 @@ TEST(World, ReferencesAndTheirChecks) {
 }
 
 TEST(Fill, ColoursAreConvertedAndPaddingStays) {
-    const World w8(QX_World::New(5, 4, 8, 1)), w16(QX_World::New(5, 4, 16, 1));
+    const World w8 = make(5, 4, 8), w16 = make(5, 4, 16);
     const QX_PixelFloat over{2.0f, 2.0f, -1.0f, 0.5f};
     EXPECT_EQ(QX_FillFloat(nullptr, &over, nullptr, w16.get()), 0);
-    const auto* deep = static_cast<QX_Pixel16*>(w16->data);
-    EXPECT_EQ(deep->alpha, 0);
-    EXPECT_EQ(deep->red, 32768);
-    EXPECT_EQ(deep->green, 0);
-    EXPECT_EQ(deep->blue, 16384);
+    const std::uint16_t deep[] = {0, 32768, 0, 16384};
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(row<std::uint16_t>(*w16, 3)[i], deep[i % 4]);
     const M_LRect upside_down{9, 3, -2, 1};
     EXPECT_EQ(QX_FillFloat(nullptr, &over, &upside_down, w8.get()), 0);
-    const auto* bytes = static_cast<std::uint8_t*>(w8->data);
-    EXPECT_EQ(bytes[0], 0);
-    EXPECT_EQ(bytes[32], 254);
-    EXPECT_EQ(bytes[33], 255);
-    EXPECT_EQ(bytes[35], 128);
-    EXPECT_EQ(bytes[2 * 32 + 16], 254);
-    EXPECT_EQ(bytes[3 * 32], 0);
+    const std::uint8_t narrow[] = {254, 255, 0, 128};
+    for (int i = 0; i < 80; ++i) {
+        EXPECT_EQ(row<std::uint8_t>(*w8, i / 20)[i % 20], i / 20 == 1 || i / 20 == 2 ? narrow[i % 4] : 0) << i;
+    }
     EXPECT_FALSE(w8->SubWorldSafetyGutterHasBeenOverWritten());
 }
 
@@ -133,24 +116,9 @@ TEST(Fill, RunsAtAnyAddressAndLength) {
 }
 
 TEST(Fill, FaultsHaveTheirCodes) {
-    qx::test::Reports reports;
-    QX_LayerDef gpu{};
-    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_16f);
-    EXPECT_EQ(QXp_WorldDepth(&gpu), 16);
-    EXPECT_EQ(QX_Fill(nullptr, nullptr, nullptr, &gpu), 3);
-    EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
-    QX_LayerDef empty{};
-    EXPECT_EQ(QX_Fill(nullptr, nullptr, nullptr, &empty), 3);
-    EXPECT_EQ(reports.last_text(), "bad parameter passed to effect callback");
-    EXPECT_EQ(QX_DisposeEffectWorld(&empty), 516);
-    gpu.ownership_mark = kQX_OwnedMark;
-    EXPECT_EQ(QX_DisposeEffectWorld(&gpu), 0);
-    EXPECT_EQ(QX_NewEffectWorld(4, 4, 8, 1, 0, &empty), 515);
-    EXPECT_EQ(QX_NewEffectWorld(0, 4, 8, 0, 0, &empty), 516);
-    EXPECT_EQ(QX_NewEffectWorld(4, 4, 8, 0, 0, &empty), 0);
-    EXPECT_EQ(empty.ownership_mark, kQX_OwnedMark);
-    EXPECT_EQ(QX_DisposeEffectWorld(&empty), 0);
-    EXPECT_EQ(empty.data, nullptr);
+    BadWorlds bad;
+    expect_refused({{[&] { return QX_Fill(nullptr, nullptr, nullptr, &bad.gpu); }, kOnGpu},
+                    {[&] { return QX_Fill(nullptr, nullptr, nullptr, &bad.empty); }, kBadParameter}});
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <random>
 
 #include "QX/indep/QX_Chunk.h"
@@ -16,11 +15,9 @@
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampPB.h"
-#include "platform/FK_Frames.h"
 #include "platform/M_Matrix.h"
 #include "tests/indep/WorldSupport.h"
-#include "tests/support/Pixels.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
@@ -44,48 +41,19 @@ std::vector<int> landed(int s0, int s1, int s_end, int d0, int d1, int d_end) {
     return map;
 }
 
-/// A channel at another depth, by the table of rules.
-double converted(double v, int from, int to) {
-    if (from == to) return v;
-    const auto n = static_cast<std::uint64_t>(from == 32 ? 0 : v);
-    if (from == 8 && to == 16) return static_cast<double>((n * 0x404040408000u + 0x4040404080u) >> 39);
-    if (from == 16 && to == 8) return static_cast<double>((n * 255 + 16384) >> 15);
-    if (to == 32) return static_cast<float>(v) * (from == 8 ? 0.003921569f : 3.0517578e-5f);
-    const float full = to == 8 ? 255.0f : 32768.0f, x = static_cast<float>(v) * full;
-    return x < 0 ? 0 : x > full ? full : std::floor(x + 0.5f);
-}
+constexpr std::pair kKept{-1, -1}, kCleared{-2, -2}, kDoubtful{-3, -3};
 
-double channel(const QX_World& w, int x, int y, int c) {
-    const auto* row = static_cast<const std::byte*>(w.data) + std::ptrdiff_t{y} * w.rowbytes;
-    if (w.Depth() == 8) return reinterpret_cast<const std::uint8_t*>(row)[4 * x + c];
-    if (w.Depth() == 16) return reinterpret_cast<const std::uint16_t*>(row)[4 * x + c];
-    return double{reinterpret_cast<const float*>(row)[4 * x + c]};
-}
-
-template <class Pixel> void fill_as(QX_World& w, unsigned seed) {
-    for (int y = 0; y < w.height; ++y) {
-        fill_pixels<Pixel>({static_cast<QX_WorldX<Pixel>&>(w).Row(y), static_cast<std::size_t>(w.width)},
-                           FillKind::random, seed * 1000 + static_cast<unsigned>(y));
-    }
-}
-
-World made(int width, int height, int depth, unsigned seed) {
-    World w(QX_World::New(width, height, static_cast<short>(depth), 1));
-    if (depth == 8) fill_as<QX_Pixel8>(*w, seed);
-    if (depth == 16) fill_as<QX_Pixel16>(*w, seed);
-    if (depth == 32) fill_as<QX_PixelFloat>(*w, seed);
-    return w;
-}
-
-/// Every channel of `got` is that of the source place that `from(x, y)` names, or of `before` for a place below 0.
+/// Every channel of `got` is that of the source place that `from(x, y)` names, or what the pairs above tell.
 template <class From>
 void expect_landed(const QX_World& got, const QX_World& before, const QX_World& src, const From& from) {
     for (int y = 0; y < got.height; ++y) {
         for (int x = 0; x < got.width; ++x) {
-            const auto [sx, sy] = from(x, y);
-            for (int c = 0; c < 4; ++c) {
-                const double want = sx < 0 || sy < 0 ? channel(before, x, y, c)
-                                                     : converted(channel(src, sx, sy, c), src.Depth(), got.Depth());
+            const std::pair place = from(x, y);
+            const auto [sx, sy] = place;
+            for (int c = 0; c < 4 && place != kDoubtful; ++c) {
+                const double want = place == kCleared  ? 0
+                                    : sx < 0 || sy < 0 ? channel(before, x, y, c)
+                                                       : converted(channel(src, sx, sy, c), src.Depth(), got.Depth());
                 ASSERT_EQ(channel(got, x, y, c), want) << "at " << x << "," << y << " from " << sx << "," << sy;
             }
         }
@@ -108,10 +76,7 @@ TEST(CopyBitsDraft, RepeatsAndSkipsFromTheSum) {
 }
 
 TEST(CopyBitsDraft, IsTheModelAtAllDepthsAndRectangles) {
-    std::mt19937 random(3);
-    const auto number = [&](int from, int to) {
-        return from + static_cast<int>(random() % static_cast<unsigned>(to - from));
-    };
+    Numbers number(3);
     for (unsigned i = 0; i < 4500; ++i) {
         const int depths[] = {8, 16, 32}, from = depths[i % 3], to = depths[i / 3 % 3];
         const World src = made(number(1, 14), number(1, 12), from, i),
@@ -175,8 +140,6 @@ TEST(CopyBitsDraft, NumbersBeyond32BitsAreTold) {
     EXPECT_EQ(QX_CopyBits_Draft_Static(nullptr, src.get(), src.get(), &wide, &wide), 0) << "a move needs no quotients";
 }
 
-// --- through the samplers ----------------------------------------------------------------------------
-
 /// What a sampler was asked, written into the pixel; `Area` marks which of the two it was.
 template <class Pixel, int Mark>
 int marking_sampler(void*, std::int32_t x, std::int32_t y, const QX_SampPB* block, Pixel* out) {
@@ -189,10 +152,7 @@ int marking_sampler(void*, std::int32_t x, std::int32_t y, const QX_SampPB* bloc
 
 /// The pixels are those of the two samplers at the positions and with the block that the sizes give.
 template <class Pixel> void expect_hq(CopyBitsFn* copy, QX_PointSampler<Pixel> subpixel, QX_PointSampler<Pixel> area) {
-    std::mt19937 random(4);
-    const auto number = [&](int from, int to) {
-        return from + static_cast<int>(random() % static_cast<unsigned>(to - from));
-    };
+    Numbers number(4);
     constexpr int depth = DepthOf<Pixel>::number;
     for (unsigned i = 0; i < 600; ++i) {
         const World src = made(number(1, 14), number(1, 12), depth, i), dst = made(11, 9, depth, i + 1),
@@ -276,15 +236,14 @@ TEST_F(CopyBitsHQ, SizesBeyond16Bits) {
 
 TEST_F(CopyBitsHQ, AbortIsAskedEvery64Rows) {
     const World src = made(2, 2, 8, 1), dst = made(1, 300, 8, 2);
-    static int asked, last;
-    QX_ProgressInfo info{nullptr, [](void*) { return ++asked > last ? 77 : 0; },
-                         [](void*, std::int32_t, std::int32_t) { return 5; }};
+    Polls polls;
+    QX_ProgressInfo info{&polls, &Polls::abort, [](void*, std::int32_t, std::int32_t) { return 5; }};
     const M_LRect d{0, -10, 1, 300};
-    for (const auto& [limit, code, count] : {std::tuple{100, 0, 5}, {2, 77, 3}, {0, 77, 1}}) {
+    for (const auto& [limit, code, count] : {std::tuple{100, 0, 5u}, {2, 77, 3u}, {0, 77, 1u}}) {
         std::memset(dst->data, 0, static_cast<std::size_t>(300 * dst->rowbytes));
-        asked = 0, last = limit;
+        polls = {.stop_at = limit, .code = 77};
         EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), code);
-        EXPECT_EQ(asked, count);
+        EXPECT_EQ(polls.calls.size(), count);
         int rows = 0;
         while (rows < 300 && channel(*dst, 0, rows, 0) == 5) ++rows;
         EXPECT_EQ(rows, code == 0 ? 300 : limit * 64 + 1);
@@ -295,55 +254,36 @@ TEST_F(CopyBitsHQ, AbortIsAskedEvery64Rows) {
 
 TEST(CopyBits, Refusals) {
     const Born born;
-    Reports reports;
     const World w8 = made(4, 4, 8, 1), w16 = made(4, 3, 16, 2), small16 = made(2, 2, 16, 3);
-    QX_LayerDef gpu{}, empty{};
-    gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f);
-    struct Odd final : QX_WorldX<QX_Pixel8> {
-        Odd(int w) : QX_WorldX(w, 4, 1) {}
-        std::int16_t Depth() const override { return 24; }
-    } odd(4), wider(5);
-    const char* const not_yet = "gpu effect world is not supported yet.";
-    const char* const bad = "bad parameter passed to effect callback";
-    const char* const depths = "QX_CopyBits_HQ_Straight_Static requires src and dst worlds to have same bit depth";
-    const char* const unknown = "Unknown world bitdepth in##CONDITIONNAME";
-    const auto matrix = [](QX_LayerDef* s, QX_LayerDef* d) {
-        return QX_CopyBits3_LO_Straight(nullptr, s, &kM_IdentityMatrix, 1, 0, d);
+    BadWorlds bad;
+    OddWorld wider(5, 4, 1);
+    const std::string unknown = "Unknown world bitdepth in##CONDITIONNAME";
+    const auto call = [](CopyBitsFn* copy, QX_LayerDef* s, QX_LayerDef* d) {
+        return [=] { return copy(nullptr, s, d, nullptr, nullptr); };
     };
     for (CopyBitsFn* copy : {&QX_CopyBits_Draft, &QX_CopyBits_HQ_Straight, &QX_CopyBits_HQ_Premul}) {
-        const auto call = [&](QX_LayerDef* s, QX_LayerDef* d) { return copy(nullptr, s, d, nullptr, nullptr); };
-        const bool draft = copy == &QX_CopyBits_Draft, premul = copy == &QX_CopyBits_HQ_Premul;
-        const struct {
-            std::function<int()> run;
-            const char* text;
-        } cases[] = {
-            {[&] { return call(&gpu, w8.get()); }, not_yet},
-            {[&] { return call(w8.get(), &gpu); }, not_yet},
-            {[&] { return call(nullptr, w8.get()); }, bad},
-            {[&] { return call(w8.get(), nullptr); }, bad},
-            {[&] { return call(&empty, w8.get()); }, bad},
-            {[&] { return call(w8.get(), &empty); }, bad},
-            {[&] { return draft ? 3 : call(w8.get(), w16.get()); }, draft ? nullptr : depths},
-            {[&] { return call(&odd, &wider); }, unknown},
-            {[&] { return premul ? call(w16.get(), small16.get()) : 3; }, premul ? unknown : nullptr},
-            {[&] { return matrix(&gpu, w8.get()); }, not_yet},
-            {[&] { return matrix(w8.get(), nullptr); }, "dst_world is NULL"},
-            {[&] { return matrix(nullptr, w8.get()); }, bad},
-            {[&] { return matrix(w8.get(), &empty); }, bad},
-            {[&] { return matrix(&odd, w8.get()); }, unknown},
-            {[&] { return matrix(w8.get(), &odd); }, unknown},
-        };
-        for (std::size_t i = 0; i < std::size(cases); ++i) {
-            reports.clear();
-            EXPECT_EQ(cases[i].run(), 3) << i;
-            ASSERT_EQ(reports.all().size(), cases[i].text != nullptr ? 1u : 0u) << i;
-            EXPECT_EQ(reports.last_text(), cases[i].text != nullptr ? cases[i].text : "") << i;
-        }
+        expect_refused({{call(copy, &bad.gpu, w8.get()), kOnGpu},
+                        {call(copy, w8.get(), &bad.gpu), kOnGpu},
+                        {call(copy, nullptr, w8.get()), kBadParameter},
+                        {call(copy, w8.get(), nullptr), kBadParameter},
+                        {call(copy, &bad.empty, w8.get()), kBadParameter},
+                        {call(copy, w8.get(), &bad.empty), kBadParameter},
+                        {call(copy, &bad.odd, &wider), unknown}});
     }
-    FK::DisposeVPixFromVideoFrame(gpu.platform_ref);
+    const std::string depths = "QX_CopyBits_HQ_Straight_Static requires src and dst worlds to have same bit depth";
+    const auto matrix = [](QX_LayerDef* s, QX_LayerDef* d) {
+        return [=] { return QX_CopyBits3_LO_Straight(nullptr, s, &kM_IdentityMatrix, 1, 0, d); };
+    };
+    expect_refused({{call(&QX_CopyBits_HQ_Straight, w8.get(), w16.get()), depths},
+                    {call(&QX_CopyBits_HQ_Premul, w8.get(), w16.get()), depths},
+                    {call(&QX_CopyBits_HQ_Premul, w16.get(), small16.get()), unknown},
+                    {matrix(&bad.gpu, w8.get()), kOnGpu},
+                    {matrix(w8.get(), nullptr), "dst_world is NULL"},
+                    {matrix(nullptr, w8.get()), kBadParameter},
+                    {matrix(w8.get(), &bad.empty), kBadParameter},
+                    {matrix(&bad.odd, w8.get()), unknown},
+                    {matrix(w8.get(), &bad.odd), unknown}});
 }
-
-// --- through a matrix --------------------------------------------------------------------------------
 
 TEST(CopyBitsMatrix, TakesTheNearestPixelAtAllDepths) {
     std::mt19937 random(8);
@@ -358,23 +298,17 @@ TEST(CopyBitsMatrix, TakesTheNearestPixelAtAllDepths) {
         const double det = m.m[0][0] * m.m[1][1] - m.m[0][1] * m.m[1][0];
         if (std::abs(det) < 0.05) continue;
         ASSERT_EQ(QX_CopyBits3_LO_Straight(nullptr, src.get(), &m, 0, field, dst.get()), 0);
-        for (int y = 0; y < 11; ++y) {
-            for (int x = 0; x < 12; ++x) {
-                const double u = x + 0.5 - m.m[2][0], v = y + 0.5 - m.m[2][1];
-                const double sx = (u * m.m[1][1] - v * m.m[1][0]) / det, sy = (v * m.m[0][0] - u * m.m[0][1]) / det;
-                const bool doubtful = std::abs(sx - std::round(sx)) < 0.01 || std::abs(sy - std::round(sy)) < 0.01;
-                if (doubtful && i % 4 != 0) continue;  // a rounding of steps away from the next pixel
-                const int px = static_cast<int>(std::floor(sx)), py = static_cast<int>(std::floor(sy));
-                const bool skipped = field != 0 && y % 2 == field % 2,
-                           inside = px >= 0 && px < 13 && py >= 0 && py < 10;
-                for (int c = 0; c < 4; ++c) {
-                    const double want = skipped  ? channel(*before, x, y, c)
-                                        : inside ? converted(channel(*src, px, py, c), from, to)
-                                                 : 0;
-                    ASSERT_EQ(channel(*dst, x, y, c), want) << "case " << i << " at " << x << "," << y;
-                }
-            }
-        }
+        SCOPED_TRACE(i);
+        expect_landed(*dst, *before, *src, [&](int x, int y) {
+            const double u = x + 0.5 - m.m[2][0], v = y + 0.5 - m.m[2][1];
+            const double sx = (u * m.m[1][1] - v * m.m[1][0]) / det, sy = (v * m.m[0][0] - u * m.m[0][1]) / det;
+            const bool doubtful = std::abs(sx - std::round(sx)) < 0.01 || std::abs(sy - std::round(sy)) < 0.01;
+            if (doubtful && i % 4 != 0) return kDoubtful;  // a rounding of steps away from the next pixel
+            if (field != 0 && y % 2 == field % 2) return kKept;
+            const std::pair place(static_cast<int>(std::floor(sx)), static_cast<int>(std::floor(sy)));
+            return holds({0, 0, 13, 10}, place.first, place.second) ? place : kCleared;
+        });
+        if (HasFatalFailure()) return;
     }
 }
 
@@ -384,20 +318,14 @@ TEST(CopyBitsMatrix, ProgressAndWhatHasNoInverse) {
         const M_Matrix3 flat{{{odd, 0, 0}, {0, 0, 0}, {0, 0, 1}}};
         EXPECT_EQ(QX_CopyBits3_LO_Straight(nullptr, src.get(), &flat, 0, 0, dst.get()), 0);
     }
-    expect_landed(*dst, *before, *src, [](int, int) { return std::pair(-1, -1); });
-    static std::vector<int> seen;
-    const QX_ProgressInfo info{nullptr, [](void*) { return 99; },
-                               [](void*, std::int32_t row, std::int32_t rows) {
-                                   seen.push_back(row);
-                                   return rows == 200 && row == 128 ? 517 : 0;
-                               }};
+    expect_landed(*dst, *before, *src, [](int, int) { return kKept; });
+    Polls polls{.stop_at = 2};
+    const QX_ProgressInfo info{&polls, [](void*) { return 99; }, &Polls::progress};
     EXPECT_EQ(QX_CopyBits3_LO_Straight(&info, src.get(), &kM_IdentityMatrix, 0, 0, dst.get()), 517);
-    EXPECT_EQ(seen, (std::vector<int>{0, 64, 128}));
+    EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{0, 200}, {64, 200}, {128, 200}}));
     EXPECT_EQ(channel(*dst, 0, 128, 0), 0);
     EXPECT_EQ(channel(*dst, 0, 129, 0), channel(*before, 0, 129, 0));
 }
-
-// --- chunks ------------------------------------------------------------------------------------------
 
 TEST(Chunks, SizesOfTypes) {
     const std::pair<std::uint32_t, int> sizes[] = {{0x44424C38, 8}, {0x46495834, 4}, {0x464C5434, 4}, {0x4C4F4E34, 4},
@@ -426,10 +354,7 @@ struct Chunk : QX_ChannelChunk {
 };
 
 TEST(ChannelCopy, MovesElementsOfAnySize) {
-    std::mt19937 random(5);
-    const auto number = [&](int from, int to) {
-        return from + static_cast<int>(random() % static_cast<unsigned>(to - from));
-    };
+    Numbers number(5);
     const std::uint32_t types[] = {kQX_ChunkRGB, kQX_ChunkDouble, kQX_ChunkShort, 7};
     const int sizes[] = {3, 8, 2, 1};
     for (unsigned i = 0; i < 1200; ++i) {
@@ -459,31 +384,21 @@ TEST(ChannelCopy, MovesElementsOfAnySize) {
 }
 
 TEST(ChannelCopy, Refusals) {
-    Reports reports;
-    Chunk a(4, 4, kQX_ChunkRGB, 1, 0, 1), b(4, 4, kQX_ChunkRGB, 1, 0, 2), other(4, 4, kQX_ChunkFloat, 1, 0, 3),
-        none = a;
-    a.data = a.bytes.data(), b.data = b.bytes.data(), other.data = other.bytes.data(), none.data = nullptr;
+    Chunk a(4, 4, kQX_ChunkRGB, 1, 0, 1), b(4, 4, kQX_ChunkRGB, 1, 0, 2), other(4, 4, kQX_ChunkFloat, 1, 0, 3);
+    Chunk none = a;
+    none.data = nullptr;
     const M_LRect wide{-70000, 0, 70000, 4}, tall{0, -70000, 4, 70000};
-    const char* const bad = "bad parameter passed to effect callback";
-    const struct {
-        const QX_ChannelChunk* src;
-        QX_ChannelChunk* dst;
-        const M_LRect* rect;
-        const char* text;
-    } cases[] = {{nullptr, &b, nullptr, bad},
-                 {&a, nullptr, nullptr, bad},
-                 {&none, &b, nullptr, bad},
-                 {&a, &none, nullptr, bad},
-                 {&a, &other, nullptr, "copy different channel worlds"},
-                 {&a, &b, &wide, "QX_ChannelCopy x overflow detected"},
-                 {&a, &b, &tall, "QXp_CopyBitsUniversal y underflow detected"}};
+    const auto copy = [](const QX_ChannelChunk* src, QX_ChannelChunk* dst, const M_LRect* rect = nullptr) {
+        return [=] { return QX_ChannelCopy(nullptr, src, dst, rect, rect); };
+    };
     const auto before = b.bytes;
-    for (const auto& c : cases) {
-        reports.clear();
-        EXPECT_EQ(QX_ChannelCopy(nullptr, c.src, c.dst, c.rect, c.rect), 3);
-        ASSERT_EQ(reports.all().size(), 1u);
-        EXPECT_NE(reports.last_text().find(c.text), std::string::npos) << reports.last_text();
-    }
+    expect_refused({{copy(nullptr, &b), kBadParameter},
+                    {copy(&a, nullptr), kBadParameter},
+                    {copy(&none, &b), kBadParameter},
+                    {copy(&a, &none), kBadParameter},
+                    {copy(&a, &other), "can#{rsquo}t copy different channel worlds"},
+                    {copy(&a, &b, &wide), "QX_ChannelCopy x overflow detected"},
+                    {copy(&a, &b, &tall), "QXp_CopyBitsUniversal y underflow detected"}});
     EXPECT_EQ(b.bytes, before);
 }
 

@@ -4,6 +4,7 @@
 
 #include "QX/indep/QX_Slots.h"
 #include "tests/sampling/SampSupport.h"
+#include "tests/support/Refusals.h"
 
 namespace {
 
@@ -128,42 +129,42 @@ TEST(SamplerForms, TranslationsUnderTheBicubicName) {
 
 TEST(SamplerForms, GpuWorldsAreRefused) {
     const Born born;
-    Reports reports;
-    VPix* frame = nullptr;
-    QX_LayerDef world{};
-    world.platform_ref = &frame;
+    BadWorlds bad;
     QX_SampPB params{};
-    params.src = &world;
-    QX_Pixel8 p8{1, 2, 3, 4};
-    QX_Pixel16 p16{1, 2, 3, 4};
-    QX_PixelFloat p{1, 2, 3, 4};
+    params.src = &bad.gpu;
+    const QX_Pixel8 p8{1, 2, 3, 4};
+    const QX_Pixel16 p16{1, 2, 3, 4};
+    const QX_PixelFloat p{1, 2, 3, 4};
     float sum = 5;
-    const std::string later = "gpu effect world is not supported yet.", never = "gpu effect world is not supported.";
-    const auto refused = [&](int code, const std::string& text) {
-        EXPECT_EQ(code, 3);
-        EXPECT_EQ(reports.last_text(), text);
-        EXPECT_TRUE(same(p8, QX_Pixel8{1, 2, 3, 4}) && same(p16, QX_Pixel16{1, 2, 3, 4}) &&
-                    same(p, QX_PixelFloat{1, 2, 3, 4}));
-        EXPECT_EQ(sum, 5);
-        reports.clear();
-    };
     bool all_in;
-    refused(QX_NNSample(nullptr, 0, 0, &params, &p8), later);
-    refused(QX_NNSample16(nullptr, 0, 0, &params, &p16), later);
-    refused(QX_NNSampleFloat(nullptr, 0, 0, &params, &p), later);
-    refused(QX_SubpixelSample_Premul(nullptr, 0, 0, &params, &p8), never);
-    refused(QX_AreaSample_Premul(nullptr, 0, 0, &params, &p8), never);
-    refused(QX_SubpixelBilinearFloat(nullptr, 0, 0, &params, &p), never);
-    refused(QX_SubpixelNoClipBilinearFloat(nullptr, 0, 0, &params, &p), never);
-    refused(QX_SubpixelSpanSampleAllInBilinearFloat(nullptr, 0, 0, &params, &all_in, &p), never);
-    refused(QX_SubpixelSpanSampleBilinearFloat(nullptr, 1, 0, 0, &params, &sum, &p), never);
-    refused(QX_AreaSample_CPlusPlus<QX_Pixel8, 1>(nullptr, 0, 0, &params, &p8), never);
-    refused(QX_AreaSample_CPlusPlus<QX_Pixel16, 2>(nullptr, 0, 0, &params, &p16), never);
-    refused(QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>(nullptr, 0, 0, &params, &p), never);
-    for (const int count : {0, -3}) {
-        EXPECT_EQ(QX_SubpixelSpanSampleBilinearFloat(nullptr, count, 0, 0, &params, &sum, &p), 0);
-    }
-    EXPECT_TRUE(reports.all().empty() && sum == 5 && p.alpha == 1);
+    const std::string never = "gpu effect world is not supported.";
+    const auto point = [&](auto routine, auto pixel) {
+        return [=, &params] {
+            auto out = pixel;
+            const int code = routine(nullptr, 0, 0, &params, &out);
+            EXPECT_TRUE(same(out, pixel));
+            return code;
+        };
+    };
+    const auto span = [&](int count) {
+        return QX_SubpixelSpanSampleBilinearFloat(nullptr, count, 0, 0, &params, &sum, nullptr);
+    };
+    const auto all = [&](void*, int, int, QX_SampPB* block, QX_PixelFloat* out) {
+        return QX_SubpixelSpanSampleAllInBilinearFloat(nullptr, 0, 0, block, &all_in, out);
+    };
+    expect_refused({{point(&QX_NNSample, p8), kOnGpu},
+                    {point(&QX_NNSample16, p16), kOnGpu},
+                    {point(&QX_NNSampleFloat, p), kOnGpu},
+                    {point(&QX_SubpixelSample_Premul, p8), never},
+                    {point(&QX_AreaSample_Premul, p8), never},
+                    {point(&QX_SubpixelBilinearFloat, p), never},
+                    {point(&QX_SubpixelNoClipBilinearFloat, p), never},
+                    {point(all, p), never},
+                    {point(&QX_AreaSample_CPlusPlus<QX_Pixel8, 1>, p8), never},
+                    {point(&QX_AreaSample_CPlusPlus<QX_Pixel16, 2>, p16), never},
+                    {point(&QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>, p), never},
+                    {[&] { return span(1); }, never}});
+    EXPECT_TRUE(span(0) == 0 && span(-3) == 0 && sum == 5);
 }
 
 int sampler_of_test(void*, std::int32_t, std::int32_t, const QX_SampPB*, QX_Pixel8* out) {

@@ -21,6 +21,16 @@ enum class FillKind {
     edges      ///< every channel a quarter of the scale or one step beside it, where formulas change
 };
 
+/// Whole numbers from a seed: `low` or more, below `high`.
+class Numbers {
+public:
+    explicit Numbers(unsigned seed) : random_(seed) {}
+    int operator()(int low, int high) { return low + static_cast<int>(random_() % static_cast<unsigned>(high - low)); }
+
+private:
+    std::mt19937 random_;
+};
+
 template <class Pixel> class PixelSource {
     using D = DepthOf<Pixel>;
     using Channel = typename D::Channel;

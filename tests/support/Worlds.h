@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <memory>
+#include <new>
 #include <span>
 #include <vector>
 
@@ -45,12 +46,14 @@ public:
     std::int16_t Depth() const override { return 12; }
 };
 
-/// The code that a call throws, else 0.
-template <class Call> int thrown_by(const Call& call) {
+/// The code that a call throws, that of short memory for its exception, else 0.
+template <class Call> int code_of(const Call& call) {
     try {
         call();
     } catch (int code) {
         return code;
+    } catch (const std::bad_alloc&) {
+        return 4;
     }
     return 0;
 }
@@ -58,6 +61,8 @@ template <class Call> int thrown_by(const Call& call) {
 template <class Pixel> bool same_pixels(const std::vector<Pixel>& a, const std::vector<Pixel>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(Pixel)) == 0;
 }
+
+inline bool holds(const M_LRect& r, int x, int y) { return x >= r.left && x < r.right && y >= r.top && y < r.bottom; }
 
 inline QX_MaskWorld mask_at(const QX_LayerDef& world, int x, int y, std::uint32_t kind) { return {world, x, y, kind}; }
 

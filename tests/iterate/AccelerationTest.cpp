@@ -12,16 +12,12 @@
 #include "QX/indep/QX_Slots.h"
 #include "QX/iterate/QX_Iterate.h"
 #include "tests/iterate/IterateSupport.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace {
 
 using qx::Slot;
-using qx::test::Born;
-using qx::test::ChosenOrder;
-using qx::test::Picture;
-using qx::test::Reports;
-using qx::test::WithExecutor;
+using namespace qx::test;
 
 /// One call of a routine that the test put in the table.
 struct BandCall {
@@ -126,12 +122,6 @@ protected:
     }
 };
 
-TEST_F(Layer, InstallWritesTheSlotsOfRoutinesThatAreThere) {
-    EXPECT_EQ(install(8), 0);
-    EXPECT_EQ(changed(), (std::vector<int>{32, 42, 43, 51, 52, 53}));
-    EXPECT_EQ(table[48], reinterpret_cast<void*>(&transform_of_test));
-}
-
 TEST_F(Layer, InstallLeavesSlotsOfMissingRoutines) {
     table[48] = table[52] = nullptr;
     void* const transform = table[32];
@@ -225,17 +215,18 @@ TEST_F(Layer, ScratchThatCannotBeHadIsTheTasksResult) {
 
 TEST_F(Layer, GpuWorldsAreRefusedFirst) {
     install(4);
-    VPix* frame = nullptr;
-    world.record.data = nullptr;
-    world.record.platform_ref = &frame;
+    BadWorlds bad;
     const auto iterate = qx::slot<Slot::Iterate>(table);
     Picture<QX_Pixel8> other(2, 2);
-    EXPECT_EQ(premul(nullptr), 3);
-    EXPECT_EQ(transform(nullptr), 3);
-    EXPECT_EQ(iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 3);
-    EXPECT_EQ(iterate(nullptr, 0, 0, &world.record, nullptr, nullptr, nullptr, &other.record), 3);
-    ASSERT_EQ(reports.all().size(), 4u);
-    for (const auto& report : reports.all()) EXPECT_EQ(report.text, "gpu effect world is not supported.");
+    const auto call = [&](QX_LayerDef* src, QX_LayerDef* dst) {
+        return [=] { return iterate(nullptr, 0, 0, src, nullptr, nullptr, nullptr, dst); };
+    };
+    world.record = bad.gpu;
+    const std::string text = "gpu effect world is not supported.";
+    expect_refused({{[&] { return premul(nullptr); }, text},
+                    {[&] { return transform(nullptr); }, text},
+                    {call(nullptr, &bad.gpu), text},
+                    {call(&bad.gpu, &other.record), text}});
 }
 
 TEST_F(Layer, FirstFailureWinsAndBandsNotBegunStayOut) {

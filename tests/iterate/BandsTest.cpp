@@ -8,24 +8,6 @@
 
 namespace {
 
-std::vector<int> heights(int top, int rows, int n) {
-    const qx::Bands bands({-4, top, 9, top + rows}, n);
-    std::vector<int> result;
-    for (int i = 0; i < bands.count(); ++i) result.push_back(bands[i].bottom - bands[i].top);
-    return result;
-}
-
-TEST(Bands, KnownShapes) {
-    std::vector<int> hundred(8, 12);
-    hundred.back() = 16;
-    EXPECT_EQ(heights(0, 1080, 8), std::vector<int>(8, 135));
-    EXPECT_EQ(heights(7, 100, 8), hundred);
-    EXPECT_EQ(heights(0, 3, 8), std::vector<int>(3, 1));
-    EXPECT_EQ(heights(-2, 7, 5), (std::vector<int>{1, 1, 1, 1, 3}));
-    EXPECT_EQ(heights(0, 3, 5), std::vector<int>(3, 1));
-    EXPECT_EQ(heights(0, 640, 32), std::vector<int>(32, 20));
-}
-
 TEST(Bands, EveryRowLiesInOneBandOfEqualHeights) {
     for (int n = 1; n <= 32; ++n) {
         for (int rows = 1; rows <= 200; ++rows) {

@@ -9,13 +9,11 @@
 
 #include "QX/indep/QX_Slots.h"
 #include "tests/iterate/IterateSupport.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace {
 
-using qx::test::Born;
-using qx::test::Picture;
-using qx::test::Reports;
+using namespace qx::test;
 
 /// What a call did: the pixels in the order of their visits, and the counts that were polled.
 struct Trace {
@@ -85,16 +83,6 @@ TEST(Iterate, ClipsToAreaAndBothWorlds) {
     }
 }
 
-TEST(Iterate, PollsCountFromTheBase) {
-    const Born born(1);
-    Picture<QX_Pixel16> dst(2, 9);
-    const M_LRect area{0, 5, 2, 8};
-    Trace trace;
-    QX_InData data = trace.in_data();
-    EXPECT_EQ(QX_Iterate(&data, 10, 100, nullptr, &area, &trace, &Trace::pixel, &dst.record), 0);
-    EXPECT_EQ(trace.polls, (std::vector<std::pair<int, int>>{{11, 100}, {12, 100}, {13, 100}}));
-}
-
 TEST(Iterate, CodesOfPixelsAndPolls) {
     struct Case {
         const char* name;
@@ -112,6 +100,15 @@ TEST(Iterate, CodesOfPixelsAndPolls) {
     const Born born(1);
     Picture<QX_Pixel8> dst(3, 3), src(3, 3);
     const std::uint8_t* none = nullptr;
+    const std::vector<std::pair<int, int>> from_a_base{{11, 100}, {12, 100}, {13, 100}};
+    Trace based;
+    QX_InData of_base = based.in_data();
+    EXPECT_EQ(QX_Iterate(&of_base, 0, 0, nullptr, nullptr, &based, &Trace::pixel, &dst.record), 0);
+    EXPECT_TRUE(based.polls.empty()) << "a total of 0 asks for none";
+    EXPECT_EQ(QX_Iterate(&of_base, 10, 100, nullptr, nullptr, &based, &Trace::pixel, &dst.record), 0);
+    EXPECT_EQ(based.polls, from_a_base);
+    of_base.progress = nullptr;
+    EXPECT_EQ(QX_Iterate(&of_base, 10, 100, nullptr, nullptr, &based, &Trace::pixel, &dst.record), 0);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         Trace trace;
@@ -130,24 +127,26 @@ TEST(Iterate, CodesOfPixelsAndPolls) {
     }
 }
 
-TEST(Iterate, NobodyToPoll) {
-    const Born born(1);
-    Picture<QX_Pixel8> dst(2, 2);
-    Trace trace;
-    QX_InData data = trace.in_data();
-    data.progress = nullptr;
-    EXPECT_EQ(QX_Iterate(nullptr, 0, 5, nullptr, nullptr, &trace, &Trace::pixel, &dst.record), 0);
-    EXPECT_EQ(QX_Iterate(&data, 0, 5, nullptr, nullptr, &trace, &Trace::pixel, &dst.record), 0);
-    EXPECT_EQ(trace.visits.size(), 8u);
-    data.progress = &Trace::progress;
-    EXPECT_EQ(QX_Iterate(&data, 0, 0, nullptr, nullptr, &trace, &Trace::pixel, &dst.record), 0);
-    EXPECT_TRUE(trace.polls.empty());
-}
-
 template <class Pixel> void check_origin_forms() {
     Picture<Pixel> dst(6, 4), src(3, 2);
     const auto no_clip = qx::slot<qx::Slot::IterateOriginNoClip>();
-    for (const M_LPoint origin : {M_LPoint{0, 0}, {-1, -1}, {2, 3}, {5, 0}, {-5, 0}, {6, 4}, {INT32_MAX, INT32_MIN}}) {
+    using Point = M_LPoint;
+    const std::pair<Point, Point> cases[] = {// of the origin, and the size that the source tells
+                                             {{0, 0}, {3, 2}},
+                                             {{-1, -1}, {3, 2}},
+                                             {{2, 3}, {3, 2}},
+                                             {{5, 0}, {3, 2}},
+                                             {{-5, 0}, {3, 2}},
+                                             {{6, 4}, {3, 2}},
+                                             {{2, 2}, {-3, -3}},
+                                             {{-1, -1}, {-3, 2}},
+                                             {{2, 0}, {3, -2}},
+                                             {{0, 0}, {0, 2}},
+                                             {{INT32_MAX, INT32_MIN}, {3, 2}},
+                                             {{INT32_MIN, INT32_MIN}, {-3, -3}},
+                                             {{INT32_MAX, INT32_MAX}, {-3, -3}}};
+    for (const auto& [origin, size] : cases) {
+        src.record.width = size.x, src.record.height = size.y;
         for (const M_LRect area : {M_LRect{0, 0, 6, 4}, {-3, 1, 4, 9}}) {
             SCOPED_TRACE(testing::Message() << sizeof(Pixel) << " origin " << origin.x << "," << origin.y);
             Trace clipped, all;
@@ -160,7 +159,7 @@ template <class Pixel> void check_origin_forms() {
                     ASSERT_LT(next, all.visits.size());
                     ASSERT_EQ(all.visits[next], std::pair(x, y));
                     const std::int64_t sx = std::int64_t{x} - origin.x, sy = std::int64_t{y} - origin.y;
-                    const bool covered = sx >= 0 && sy >= 0 && sx < 3 && sy < 2;
+                    const bool covered = sx >= 0 && sy >= 0 && sx < size.x && sy < size.y;
                     if (!covered) {  // a pixel that is gone by now, but no pixel of the source
                         ASSERT_NE(all.ins[next], nullptr);
                         ASSERT_TRUE(all.ins[next] < &src.pixels.front() || all.ins[next] > &src.pixels.back());
@@ -209,21 +208,6 @@ TEST(IterateOrigin, RowsWithoutColumnsMakeNoPolls) {
     EXPECT_EQ(trace.polls.size(), 3u) << "as in QX_Iterate";
 }
 
-TEST(IterateOrigin, ASourceOfNoSizeIsNowhere) {
-    const Born born(1);
-    Picture<QX_Pixel8> dst(4, 4), src(4, 4);
-    for (const M_LPoint size : {M_LPoint{-3, -3}, {-3, 4}, {4, -3}, {0, 4}}) {
-        for (const std::int32_t place : {INT32_MIN, -1, 0, 2, INT32_MAX}) {
-            const M_LPoint origin{place, place};
-            src.record.width = size.x, src.record.height = size.y;
-            Trace trace;
-            EXPECT_EQ(
-                QX_IterateOrigin(nullptr, 0, 0, &src.record, nullptr, &origin, &trace, &Trace::pixel, &dst.record), 0);
-            EXPECT_TRUE(trace.visits.empty()) << size.x << "x" << size.y << " at " << place;
-        }
-    }
-}
-
 TEST(IterateOrigin, OutsideIsTransparentAndNoSourceIsNull) {
     const Born born(1);
     Picture<QX_PixelFloat> dst(4, 4), src(4, 4);
@@ -245,41 +229,27 @@ TEST(Iterate, BadArguments) {
     const Born born(1);
     Picture<QX_Pixel8> dst(4, 4), src(4, 4);
     Picture<QX_Pixel16> deep(4, 4);
-    QX_LayerDef empty = src.record, gpu = src.record;
-    empty.data = gpu.data = nullptr;
-    VPix* frame = nullptr;
-    gpu.platform_ref = &frame;
-    struct Case {
-        const char* name;
-        QX_LayerDef *src, *dst;
-        bool pix_fn;
-        const char* text;
-    };
-    const char* bad = "bad parameter passed to effect callback";
-    const char* on_gpu = "gpu effect world is not supported yet.";
-    const Case cases[] = {
-        {"gpu source", &gpu, &dst.record, true, on_gpu},
-        {"gpu destination before all else", &empty, &gpu, false, on_gpu},
-        {"source without pixels", &empty, &dst.record, true, bad},
-        {"no destination", &src.record, nullptr, true, bad},
-        {"destination without pixels", nullptr, &empty, true, bad},
-        {"no function", nullptr, &dst.record, false, bad},
-        {"two depths", &deep.record, &dst.record, true, "QX_Iterate requires source and dst worlds to be same depth"},
-    };
+    BadWorlds bad;
+    QX_LayerDef *const s = &src.record, *const d = &dst.record;
     Trace trace;
     const M_LPoint origin{0, 0};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        Reports reports;
-        const auto fn = c.pix_fn ? &Trace::pixel : nullptr;
-        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, c.src, nullptr, &trace, fn, c.dst), 3);
-        EXPECT_EQ(reports.last_text(), c.text);
-        for (auto* routine : {&QX_IterateOrigin, qx::slot<qx::Slot::IterateOriginNoClip>()}) {
-            reports.clear();
-            EXPECT_EQ(routine(nullptr, 0, 0, c.src, nullptr, &origin, &trace, fn, c.dst), 3);
-            EXPECT_EQ(reports.last_text(), c.text);
-        }
-        EXPECT_EQ(reports.all().size(), 1u);
+    const auto pixel = &Trace::pixel;
+    constexpr decltype(&QX_IterateOrigin) plain = nullptr;  // stands for the routine without an origin
+    const std::string depths = "QX_Iterate requires source and dst worlds to be same depth";
+    for (auto* routine : {&QX_IterateOrigin, qx::slot<qx::Slot::IterateOriginNoClip>(), plain}) {
+        const auto call = [&](QX_LayerDef* from, QX_LayerDef* to, QX_IteratePixelFunc fn) {
+            return [=, &trace, &origin] {
+                return routine == plain ? QX_Iterate(nullptr, 0, 0, from, nullptr, &trace, fn, to)
+                                        : routine(nullptr, 0, 0, from, nullptr, &origin, &trace, fn, to);
+            };
+        };
+        expect_refused({{call(&bad.gpu, d, pixel), kOnGpu},
+                        {call(&bad.empty, &bad.gpu, nullptr), kOnGpu},
+                        {call(&bad.empty, d, pixel), kBadParameter},
+                        {call(s, nullptr, pixel), kBadParameter},
+                        {call(nullptr, &bad.empty, pixel), kBadParameter},
+                        {call(nullptr, d, nullptr), kBadParameter},
+                        {call(&deep.record, d, pixel), depths}});
     }
     EXPECT_TRUE(trace.visits.empty());
 }
@@ -325,20 +295,14 @@ TEST(IterateLUT, RefusesDeepWorldsButDoesNotSeeFloat) {
     Picture<QX_Pixel8> dst(4, 4);
     Picture<QX_Pixel16> deep(4, 4);
     Picture<QX_PixelFloat> real(4, 4);
-    Reports reports;
+    BadWorlds bad;
     const auto lut = [](QX_LayerDef* s, QX_LayerDef* d) {
-        return QX_IterateLUT(nullptr, 0, 0, s, nullptr, nullptr, nullptr, nullptr, nullptr, d);
+        return [=] { return QX_IterateLUT(nullptr, 0, 0, s, nullptr, nullptr, nullptr, nullptr, nullptr, d); };
     };
-    EXPECT_EQ(lut(&deep.record, &dst.record), 3);
-    EXPECT_EQ(reports.last_text(), "bad parameter passed to effect callback");
-    EXPECT_EQ(lut(nullptr, &deep.record), 3);
-    EXPECT_EQ(reports.all().size(), 2u);
-    EXPECT_EQ(lut(nullptr, &real.record), 0);
-    dst.record.data = nullptr;
-    VPix* frame = nullptr;
-    dst.record.platform_ref = &frame;
-    EXPECT_EQ(lut(nullptr, &dst.record), 3);
-    EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
+    expect_refused({{lut(&deep.record, &dst.record), kBadParameter},
+                    {lut(nullptr, &deep.record), kBadParameter},
+                    {lut(nullptr, &bad.gpu), kOnGpu}});
+    EXPECT_EQ(lut(nullptr, &real.record)(), 0);
 }
 
 int add_one(void* refcon, std::int32_t x, std::int32_t y, void* in, void* out) {
@@ -383,6 +347,45 @@ TEST(Iterate, ExceptionsEndAtTheBoundary) {
         code = 0;
         EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, &throw_code, &dst.record), 0);
     }
+}
+
+int nothing(void*, std::int32_t, std::int32_t, void*, void*) { return 0; }
+
+TEST(AcceleratedIterate, AllocationsDoNotGrowWithRowsOrPixels) {
+    const Born born(32);
+    const WithExecutor in_turn([](const boost::function<void(int)>& task, int count) {
+        for (int i = 0; i < count; ++i) task(i);
+    });
+    const auto allocations = [](int width, int height) {
+        Picture<QX_Pixel8> world(width, height);
+        const std::int64_t before = NewCounter::count(), host = standalone::Memory().allocations;
+        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, &nothing, &world.record), 0);
+        return NewCounter::count() - before + standalone::Memory().allocations - host;
+    };
+    const std::int64_t few = allocations(8, 64);
+    EXPECT_GT(few, 0);
+    EXPECT_EQ(allocations(8, 2000), few);
+    EXPECT_EQ(allocations(900, 64), few);
+}
+
+TEST(AcceleratedIterate, EveryAllocationFailsOnceAndGivesFour) {
+    const Born born(8);
+    Reports reports;
+    Picture<QX_Pixel8> world(4, 40);
+    // The pool sets itself up on first use; what it allocates then is not the call's.
+    ASSERT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, &nothing, &world.record), 0);
+    int failures = 0;
+    for (int nth = 1; nth < 20; ++nth) {
+        NewCounter::fail(nth);
+        const int code = QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, &nothing, &world.record);
+        const bool spent = code != 0;
+        NewCounter::fail(0);
+        if (spent) {
+            EXPECT_EQ(code, 4);
+        }
+        failures += spent ? 1 : 0;
+    }
+    EXPECT_GE(failures, 1);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 #include "QX/library/QX_CallbackBlock.h"
 #include "QX/library/QX_Library.h"
 #include "QX/library/QX_PendingSlots.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Refusals.h"
 
 namespace {
 
@@ -71,27 +71,38 @@ TEST(CallbackBlock, ListsOfMissingFieldsAreTrue) {
     }
 }
 
-TEST_F(Marked, FieldsReadTheirSlots) {
-    struct Case {
-        int index, straight_best, premul_best, straight_draft, premul_draft;
-    };
-    const Case cases[] = {
-        {1, 3, 4, 2, 2},      {2, 5, 6, 2, 2},      {5, 9, 10, 7, 8},     {7, 28, 28, 28, 28},
-        {8, 24, 25, 23, 23},  {11, 42, 42, 42, 42}, {16, 43, 43, 43, 43}, {17, 44, 44, 44, 44},
-        {56, 51, 51, 51, 51}, {57, 53, 53, 53, 53}, {59, 64, -1, 63, 63}, {60, 65, -1, 63, 63},
-        {63, 42, 42, 42, 42}, {64, 43, 43, 43, 43}, {65, 51, 51, 51, 51}, {4, 1, 1, 1, 1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.index);
-        QX_CallbackBlock block;
-        QX_GetCallbackBlock(kBest, kStraight, &block);
-        EXPECT_EQ(slot_of(block.fields[c.index]), c.straight_best);
-        QX_GetCallbackBlock(kBest, kPremul, &block);
-        EXPECT_EQ(slot_of(block.fields[c.index]), c.premul_best);
-        QX_GetCallbackBlock(kDraft, kStraight, &block);
-        EXPECT_EQ(slot_of(block.fields[c.index]), c.straight_draft);
-        QX_GetCallbackBlock(kDraft, kPremul, &block);
-        EXPECT_EQ(slot_of(block.fields[c.index]), c.premul_draft);
+/// Fields and selectors that lead to slots. A selector of 0 is none of the field, a field of 0 none of the selector.
+const struct {
+    int field, selector, straight_best, premul_best, straight_draft, premul_draft;
+} kReached[] = {
+    {1, 2, 3, 4, 2, 2},       {2, 3, 5, 6, 2, 2},       {5, 6, 9, 10, 7, 8},      {8, 9, 24, 25, 23, 23},
+    {59, 31, 64, 64, 63, 63}, {60, 32, 65, 65, 63, 63}, {0, -2, 26, 27, 26, 27},  {7, 8, 28, 28, 28, 28},
+    {11, 12, 42, 42, 42, 42}, {63, 35, 42, 42, 42, 42}, {16, 25, 43, 43, 43, 43}, {64, 36, 43, 43, 43, 43},
+    {17, 26, 44, 44, 44, 44}, {56, 29, 51, 51, 51, 51}, {65, 37, 51, 51, 51, 51}, {57, 30, 53, 53, 53, 53},
+    {4, 5, 1, 1, 1, 1},       {0, -13, 92, 92, 92, 92}, {0, -12, 61, 61, 61, 61}, {0, -11, 60, 60, 60, 60},
+    {0, -9, 58, 58, 58, 58},  {0, -8, 57, 57, 57, 57},  {0, -6, 54, 54, 54, 54},
+};
+
+TEST_F(Marked, FieldsAndSelectorsReachTheirSlots) {
+    for (const auto& c : kReached) {
+        SCOPED_TRACE(testing::Message() << "field " << c.field << " selector " << c.selector);
+        const struct {
+            int quality;
+            unsigned char flags;
+            int slot;
+        } ways[] = {{kBest, kStraight, c.straight_best},
+                    {kBest, 0xFE, c.premul_best},  // bit 0 alone is read
+                    {kDraft, kStraight, c.straight_draft},
+                    {kDraft, kPremul, c.premul_draft},
+                    {-7, kStraight, c.straight_best}};  // anything but 0 is best
+        for (const auto& way : ways) {
+            EXPECT_EQ(lookup(c.selector, way.quality, way.flags), way.slot);
+            if (c.field == 0) continue;
+            QX_CallbackBlock block;
+            QX_GetCallbackBlock(way.quality, way.flags, &block);
+            const bool none = way.flags == 0xFE && (c.field == 59 || c.field == 60);  // no premultiplied 16 bits
+            EXPECT_EQ(slot_of(block.fields[c.field]), none ? -1 : way.slot);
+        }
     }
 }
 
@@ -113,31 +124,6 @@ TEST_F(Marked, ABlockIsACopy) {
     QX_SetOverrideFunc(42, nullptr);
     EXPECT_EQ(slot_of(block.fields[kQX_CB_iterate]), 42);
     EXPECT_EQ(lookup(12), -1);
-}
-
-TEST_F(Marked, SelectorsFindTheirRoutines) {
-    const std::map<int, int> slots = {{-13, 92}, {-12, 61}, {-11, 60}, {-9, 58}, {-8, 57}, {-6, 54},
-                                      {5, 1},    {8, 28},   {12, 42},  {35, 42}, {25, 43}, {36, 43},
-                                      {26, 44},  {29, 51},  {37, 51},  {30, 53}};
-    for (const auto& [selector, slot] : slots) {
-        for (const int quality : {kDraft, kBest}) {
-            EXPECT_EQ(lookup(selector, quality, kPremul), slot) << selector;
-            EXPECT_EQ(lookup(selector, quality, kStraight), slot) << selector;
-        }
-    }
-    struct Case {
-        int selector, straight_best, premul_best, straight_draft, premul_draft;
-    };
-    const Case cases[] = {{-2, 26, 27, 26, 27}, {2, 3, 4, 2, 2},      {3, 5, 6, 2, 2},     {6, 9, 10, 7, 8},
-                          {9, 24, 25, 23, 23},  {31, 64, 64, 63, 63}, {32, 65, 65, 63, 63}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.selector);
-        EXPECT_EQ(lookup(c.selector, kBest, kStraight), c.straight_best);
-        EXPECT_EQ(lookup(c.selector, kBest, 0xFE), c.premul_best) << "bit 0 alone is read";
-        EXPECT_EQ(lookup(c.selector, kDraft, kStraight), c.straight_draft);
-        EXPECT_EQ(lookup(c.selector, kDraft, kPremul), c.premul_draft);
-        EXPECT_EQ(lookup(c.selector, -7, kStraight), c.straight_best) << "anything but 0 is best";
-    }
 }
 
 TEST(CallbackAddr, EverySelectorFromMinus20To110) {
@@ -195,26 +181,23 @@ TEST(CallbackBlock, Mathematics) {
     using Unary = double(double);
     using Binary = double(double, double);
     const auto at = [&](int i) { return kQX_CB_ansi + i; };
-    const std::pair<int, double> unary[] = {
-        {0, std::atan(0.3)},
-        {2, 1.0},
-        {3, std::cos(0.3)},
-        {4, std::exp(0.3)},
-        {5, 0.3},
-        {6, 0.0},
-        {9, std::log(0.3)},
-        {10, std::log10(0.3)},
-        {12, std::sin(0.3)},
-        {13, std::sqrt(0.3)},
-        {14, std::tan(0.3)},
-        {17, std::asin(0.3)},
-        {18, std::acos(0.3)},
-    };
+    const std::pair<int, double> unary[] = {{0, std::atan(0.3)},
+                                            {2, 1.0},
+                                            {3, std::cos(0.3)},
+                                            {4, std::exp(0.3)},
+                                            {5, 0.3},
+                                            {6, 0.0},
+                                            {9, std::log(0.3)},
+                                            {10, std::log10(0.3)},
+                                            {12, std::sin(0.3)},
+                                            {13, std::sqrt(0.3)},
+                                            {14, std::tan(0.3)},
+                                            {17, std::asin(0.3)},
+                                            {18, std::acos(0.3)}};
     for (const auto& [i, expected] : unary) EXPECT_EQ(field<Unary>(block, at(i))(0.3), expected) << i;
-    EXPECT_EQ(field<Binary>(block, at(1))(1, 2), std::atan2(1, 2));
-    EXPECT_EQ(field<Binary>(block, at(7))(-7, 4), -3.0);
-    EXPECT_EQ(field<Binary>(block, at(8))(3, 4), 5.0);
-    EXPECT_EQ(field<Binary>(block, at(11))(2, 10), 1024.0);
+    const std::tuple<int, double, double, double> binary[] = {
+        {1, 1, 2, std::atan2(1, 2)}, {7, -7, 4, -3.0}, {8, 3, 4, 5.0}, {11, 2, 10, 1024.0}};
+    for (const auto& [i, x, y, expected] : binary) EXPECT_EQ(field<Binary>(block, at(i))(x, y), expected) << i;
     char text[16];
     field<int(char*, const char*, ...)>(block, at(15))(text, "%d-%s", 7, "x");
     EXPECT_STREQ(text, "7-x");
@@ -282,53 +265,38 @@ using TransformCallback = int(void*, int, int, int, QX_LayerDef*, const QX_Compo
 
 TEST(CallbackBlock, TransfersUnpackTheRecord) {
     const Born born;
-    Reports reports;
     QX_CallbackBlock block;
     QX_GetCallbackBlock(kBest, kStraight, &block);
-    QX_SetOverrideFunc(31, reinterpret_cast<void*>(&transfer_of_test));
     const auto transfer = field<TransferCallback>(block, kQX_CB_transfer_rect);
-    struct Case {
-        std::uint8_t coarse;
-        std::uint16_t fine;
-        float opacity;
+    qx::test::TestWorld<QX_Pixel8> one(1, 1, qx::test::FillKind::random, 1);
+    const auto before = one.pixels();
+    const M_LRect rect{0, 0, 1, 1};
+    const auto without_mode = [&] {
+        return transfer(nullptr, 0, 0, 0, &rect, one.record(), nullptr, nullptr, 0, 0, one.record());
     };
-    const Case cases[] = {{255, 0, 1.0f},
-                          {128, 32768, static_cast<float>(128 / 255.0)},
-                          {1, 32768, static_cast<float>(1 / 255.0)},
-                          {0, 32768, 1.0f},
-                          {0, 8192, 0.25f},
-                          {0, 0, 0.0f}};
-    QX_LayerDef src{}, dst{};
+    qx::test::expect_refused({{without_mode, qx::test::kBadParameter}});
+    EXPECT_TRUE(qx::test::same_pixels(one.pixels(), before));
+
+    QX_SetOverrideFunc(31, reinterpret_cast<void*>(&transfer_of_test));
+    qx::test::BadWorlds bad;
     QX_ProgressInfo info{};
-    for (const Case& c : cases) {
-        const QX_CompositeMode mode{5, 0, c.coarse, 0, c.fine};
-        EXPECT_EQ(transfer(&info, 0, 0, 0, nullptr, &src, &mode, nullptr, 3, 7, &dst), 307);
-        EXPECT_EQ(Given::opacity, c.opacity) << int{c.coarse} << " " << c.fine;
+    QX_CompositeMode mode{5, 0, 51, 0, 32768};
+    const auto call = [&](QX_LayerDef* src, QX_LayerDef* dst) {
+        return [=, &info, &mode] { return transfer(&info, 0, 0, 0, nullptr, src, &mode, nullptr, 3, 7, dst); };
+    };
+    Given::calls = 0;
+    const std::tuple<int, int, float> opacities[] = {{255, 0, 1.0f},   {128, 32768, static_cast<float>(128 / 255.0)},
+                                                     {0, 32768, 1.0f}, {1, 32768, static_cast<float>(1 / 255.0)},
+                                                     {0, 8192, 0.25f}, {0, 0, 0.0f}};
+    for (const auto& [coarse, fine, opacity] : opacities) {
+        mode.opacity = static_cast<std::uint8_t>(coarse), mode.opacity16 = static_cast<std::uint16_t>(fine);
+        EXPECT_EQ(call(one.record(), one.record())(), 307);
+        EXPECT_EQ(Given::opacity, opacity) << coarse << " " << fine;
         EXPECT_TRUE(Given::xfer == 5 && Given::info == &info && Given::tables == nullptr);
     }
-    Given::calls = 0;
-    VPix* frame = nullptr;
-    dst.platform_ref = &frame;
-    const QX_CompositeMode mode{};
-    EXPECT_EQ(transfer(nullptr, 0, 0, 0, nullptr, &src, &mode, nullptr, 3, 7, &dst), 3);
-    EXPECT_EQ(transfer(nullptr, 0, 0, 0, nullptr, &dst, &mode, nullptr, 3, 7, &src), 3);
-    EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
-    EXPECT_EQ(Given::calls, 0);
-}
-
-TEST(CallbackBlock, ATransferWithoutAModeIsRefusedByTheTransfer) {
-    const Born born;
-    Reports reports;
-    QX_CallbackBlock block;
-    QX_GetCallbackBlock(kBest, kStraight, &block);
-    std::uint32_t pixel = 7;
-    QX_LayerDef world{};
-    world.data = &pixel, world.rowbytes = 4, world.width = world.height = 1;
-    const M_LRect rect{0, 0, 1, 1};
-    const auto transfer = field<TransferCallback>(block, kQX_CB_transfer_rect);
-    EXPECT_EQ(transfer(nullptr, 0, 0, 0, &rect, &world, nullptr, nullptr, 0, 0, &world), 3);
-    EXPECT_EQ(reports.last_text(), "bad parameter passed to effect callback");
-    EXPECT_EQ(pixel, 7u);
+    qx::test::expect_refused(
+        {{call(one.record(), &bad.gpu), qx::test::kOnGpu}, {call(&bad.gpu, one.record()), qx::test::kOnGpu}});
+    EXPECT_EQ(Given::calls, 6);
 }
 
 TEST(CallbackBlock, TransformsGoThroughTheTable) {

@@ -24,23 +24,10 @@ std::pair<std::int64_t, std::int64_t> step(std::int64_t seed) {
     return {next, ((floor_of_128th % 32768) + 32768) % 32768};
 }
 
-TEST(Rand, KnownSteps) {
-    struct Case {
-        std::uint32_t seed, next;
-        std::int32_t result;
-    };
-    for (const Case& c : {Case{1, 48271, 377}, {44488, 3399, 26}, {0, 0x7FFFFFFF, 0x7FFF}}) {
-        std::uint32_t seed = c.seed;
-        EXPECT_EQ(QX_Rand(&seed), c.result) << c.seed;
-        EXPECT_EQ(seed, c.next);
-    }
-}
-
 TEST(Rand, IsTheFormulaOverTheWholeRange) {
     std::mt19937 seeds(20);
     for (int i = 0; i < 200000; ++i) {
-        const std::uint32_t start =
-            i < 200 ? 0xFFFFFFFFu - static_cast<std::uint32_t>(i) : static_cast<std::uint32_t>(seeds());
+        const std::uint32_t start = i < 400 ? 200 - static_cast<std::uint32_t>(i) : static_cast<std::uint32_t>(seeds());
         std::uint32_t seed = start;
         const std::int32_t result = QX_Rand(&seed);
         const auto [next, expected] = step(start);

@@ -40,18 +40,21 @@ TEST(Slots, ListsOfMissingRoutinesAreTrue) {
     for (const int i : qx::kPendingSlots) EXPECT_FALSE(listed(qx::kEmptySlots, i)) << i;
 }
 
-TEST(Slots, BandsReplaceTheirRoutinesOnly) {
-    std::vector<void*> plain;
-    {
-        const Born born(1);
-        plain = table();
+TEST(Slots, BandsReplaceTheirRoutinesOnlyAndNoneWithoutACount) {
+    const auto table_of = [](int bands, int code) {
+        const Born born(bands);
+        EXPECT_EQ(born.code(), code);
+        return table();
+    };
+    const std::vector<void*> plain = table_of(1, 0), banded = table_of(2, 0);
+    std::vector<std::size_t> changed;
+    for (std::size_t i = 0; i < kQX_SlotCount; ++i) {
+        if (banded[i] != plain[i]) changed.push_back(i);
     }
-    const Born born(2);
-    std::vector<int> changed;
-    for (int i = 0; i < kQX_SlotCount; ++i) {
-        if (QXp_G_OverFuncs[i] != plain[static_cast<std::size_t>(i)]) changed.push_back(i);
-    }
-    EXPECT_EQ(changed, (std::vector<int>{32, 42, 43, 51, 52, 53}));
+    EXPECT_EQ(changed, (std::vector<std::size_t>{32, 42, 43, 51, 52, 53}));
+    standalone::SetThreadCountError(44);
+    EXPECT_EQ(table_of(8, 44), plain);
+    standalone::SetThreadCountError(0);
 }
 
 TEST(Slots, OverrideReachesOneTo117) {
@@ -66,31 +69,6 @@ TEST(Slots, OverrideReachesOneTo117) {
         EXPECT_EQ(QX_SetOverrideFunc(good, nullptr), 0);
         EXPECT_EQ(QXp_G_OverFuncs[good], nullptr);
     }
-}
-
-TEST(Birth, SetsTheTablesAndTheCount) {
-    const Born born;
-    ASSERT_EQ(born.code(), 0);
-    EXPECT_EQ(qx::live_world_count(), 0);
-    for (int a = 0; a < 256; ++a) {
-        for (int c = 0; c < 256; ++c) {
-            ASSERT_EQ(QXp_G_fcm_table[a * 256 + c], (a * c * 2 + 255) / 510) << a << " " << c;
-        }
-    }
-    EXPECT_EQ(QXp_G_fcd_table[128 * 256 + 64], (64 * 255 + 64) / 128);
-}
-
-TEST(Birth, AThreadCountErrorLeavesThePlainTable) {
-    std::vector<void*> plain;
-    {
-        const Born born(1);
-        plain = table();
-    }
-    standalone::SetThreadCountError(44);
-    const Born born(8);
-    standalone::SetThreadCountError(0);
-    EXPECT_EQ(born.code(), 44);
-    EXPECT_EQ(table(), plain);
 }
 
 TEST(Birth, ARegistryErrorIsTheResult) {

@@ -190,6 +190,7 @@ public:
     Noise() {
         static const int code = qx::start_noise();
         EXPECT_EQ(code, 0);
+        convert(*make(1, 1, 8), *make(1, 1, 16), true);  // moves the cursor
         QX_ResetDitherRandomIndex();
         RND_GetPrimeSizedTable(&table_, &count_);
     }

@@ -92,6 +92,43 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
     }
 }
 
+TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
+    using Pixel = TypeParam;
+    constexpr float kOpacities[] = {1.0f, 0.4f, 1.9f};  // a record of 16 bits may hold nearly 2
+    QX_LinearBlendingTables tables;
+    QX_BuildGammaBlendingTables(2.2f, &tables);
+    TestWorld<Pixel> src(37, 5, FillKind::layer, 1), start(41, 6, FillKind::random, 2);
+    TestWorld<Pixel> mask(29, 4, FillKind::random, 3);
+    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
+        for (int variant = 0; variant < 5 * 2 * 2 * 3; ++variant) {
+            const int kind = variant % 5;
+            if (xfer == -1 || (xfer == xfer_mask_crossfade && kind == 4)) continue;
+            TestWorld<Pixel> dst(41, 6, FillKind::random, 2);
+            const QX_MaskWorld record = mask_at(*mask.record(), 3, 1, static_cast<std::uint32_t>(kind));
+            TransferCall call;
+            call.mode = {xfer, kOpacities[variant / 20], nullptr, variant / 10 % 2 != 0, 7};
+            call.tables = variant / 5 % 2 != 0 ? &tables : nullptr;
+            call.mask = kind == 4 ? nullptr : &record;
+            call.dest_x = 2;
+            SCOPED_TRACE(testing::Message() << "mode " << xfer << " variant " << variant);
+            ASSERT_EQ(call(src.record(), dst.record()), 0);
+            const auto after = dst.pixels(), before = start.pixels();
+            const bool leaves_alpha = call.mode.rgb_only && xfer >= 0 && xfer != xfer_copy &&
+                                      !(xfer >= xfer_alpha_multiply && xfer <= xfer_alpha_multiply_inverse_luma) &&
+                                      xfer < xfer_threshold_blue && xfer != xfer_behind;
+            for (std::size_t i = 0; i < after.size() && leaves_alpha; ++i) ASSERT_EQ(after[i].alpha, before[i].alpha);
+            const bool clears_around = xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
+            for (int y = 0; y < 6; ++y) {  // columns 0, 1, 39 and 40 lie outside the rectangle
+                for (const int x : {0, 1, 39, 40}) {
+                    const Pixel &now = dst.at(x, y), &then = start.at(x, y);
+                    ASSERT_EQ(now.alpha, clears_around ? 0 : then.alpha);
+                    ASSERT_EQ(0, std::memcmp(&now.red, &then.red, 3 * sizeof now.red));
+                }
+            }
+        }
+    }
+}
+
 TYPED_TEST(TransferAtDepth, AMaskWithoutPixelsCoversNothingWhereverItLies) {
     using Pixel = TypeParam;
     TestWorld<Pixel> src(9, 5, FillKind::opaque, 1), mask(3, 3, FillKind::random, 2);

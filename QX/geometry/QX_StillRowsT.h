@@ -66,17 +66,9 @@ private:
             const std::int64_t step = dx_.x;
             std::int64_t x = p.x;
             std::int32_t i = from;
-            if constexpr (sizeof(Pixel) == 4) {  // as words, four at a time: only float sums have an order
-                QX_AlphaSumOf<Pixel> sums[2]{};
-                for (; i + 4 <= to; i += 4, x += 4 * step) {
-                    for (std::int32_t k = 0; k < 4; ++k) {
-                        std::uint32_t bits;
-                        std::memcpy(&bits, row + ((x + step * k) >> 16), sizeof bits);
-                        std::memcpy(out + i + k, &bits, sizeof bits);
-                        sums[k & 1] += bits & 0xFF;
-                    }
-                }
-                sum += sums[0] + sums[1];
+            if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+                i += nearest_run(to - from, x, dx_.x, row, source_.width(), &sum, out + from);
+                x += step * (i - from);
             }
             for (; i < to; ++i, x += step) put(i, Pixel(row[x >> 16]));
         } else {

@@ -28,6 +28,8 @@ public:
     /// Transparent black outside.
     Pixel read(FixedPoint p) const { return inside(p) ? at(p) : Pixel{}; }
 
+    std::int32_t width() const { return width_; }
+
     static std::int16_t index(std::int32_t fixed) { return static_cast<std::int16_t>(fixed >> 16); }
     /// First pixel of the row at a height inside the world.
     const Pixel* row(std::int32_t y) const {

@@ -26,6 +26,12 @@ std::uint32_t two_stage_run(std::int32_t count, FixedPoint at, FixedPoint step, 
 
 void choose_run_forms(bool vectors) { has_vectors = vectors; }
 
+std::int32_t nearest_run(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,
+                         std::int32_t width, std::uint32_t* sum, QX_Pixel8* out) {
+    if (!has_vectors || step < 0 || step > kFixedOne) return 0;
+    return avx2::nearest_run(count, x, step, row, width, sum, out);
+}
+
 template <> RunSampler<QX_Pixel8> run_form(QX_PointSampler<QX_Pixel8> unclipped) {
     return has_vectors && unclipped == &avx2::noclip_two_stage ? &two_stage_run : nullptr;
 }

@@ -6,8 +6,7 @@
 
 #include "QX/sampling/QX_RowGeometry.h"
 #include "QX/sampling/QX_SamplerSet.h"
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/geometry/TransformSupport.h"
 
 namespace qx::test {
 namespace {
@@ -99,6 +98,31 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
         pixels += 331 * 207;
     }
     EXPECT_GT(pixels, 6000000);
+}
+
+TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {
+    std::vector<QX_Pixel8> drawn[2];
+    for (int level = 0; level < 2; ++level) {
+        const Born born(1, level == 0 ? standalone::ProcessorLevel::plain : standalone::ProcessorLevel::faster);
+        for (int run = 0; run < 300; ++run) {
+            std::mt19937 random(static_cast<unsigned>(run));
+            const auto any = [&](double from, double to) {
+                return std::uniform_real_distribution<double>(from, to)(random);
+            };
+            const int width = 1 + run % 90;
+            TestWorld<QX_Pixel8> src(width, 9, FillKind::random, static_cast<std::uint64_t>(run) + 1);
+            TestWorld<QX_Pixel8> dst(170, 20, FillKind::clear, 1);
+            TransformCall call;
+            call.quality = 0;
+            call.mode.xfer = run % 2 == 0 ? int{xfer_over} : int{xfer_replace};
+            call.matrices = {
+                {{{run % 9 == 0 ? -1.5 : any(0.8, 4), 0, 0}, {0, any(0.5, 3), 0}, {any(-40, 60), 0.3, 1}}}};
+            ASSERT_EQ(call(src.record(), dst.record()), 0);
+            const auto pixels = dst.pixels();
+            drawn[level].insert(drawn[level].end(), pixels.begin(), pixels.end());
+        }
+    }
+    EXPECT_TRUE(same_pixels(drawn[0], drawn[1]));
 }
 
 }  // namespace

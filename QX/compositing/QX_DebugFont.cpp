@@ -129,7 +129,7 @@ constexpr DebugFont make_font() {
         const int top = hangs(art.character) ? 3 : 1;
         for (int i = 0; i < kArtRows; ++i) {
             const auto from_bottom = static_cast<std::size_t>(kDebugGlyphHeight - 1 - top - i);
-            font.glyph[static_cast<std::size_t>(art.character)][from_bottom] = row_bits(art.rows[i]);
+            font.glyph[static_cast<unsigned char>(art.character)][from_bottom] = row_bits(art.rows[i]);
         }
     }
     return font;

@@ -2,8 +2,6 @@
 // Rows of a layer that stands still while the shutter is open.
 #pragma once
 
-#include <cstring>
-
 #include "QX/geometry/QX_Bracket.h"
 #include "QX/geometry/QX_Footprint.h"
 #include "QX/indep/QX_RoutineTypes.h"

@@ -53,12 +53,13 @@ struct Extent {
     QX_INLINE constexpr std::int32_t tail() const { return high & 0xFFFF; }
     /// Calls visit(pixel, coverage) for each pixel. Kept: pixels count in 16 bits, which wrap.
     template <class Visit> void each(const Visit& visit) const {
-        auto i = static_cast<std::int16_t>(first());
+        const auto next = [](std::int32_t i) { return std::int32_t{static_cast<std::int16_t>(i + 1)}; };
+        std::int32_t i = first();
         if (lead() != 0) {
-            visit(std::int32_t{i}, lead());
-            i = static_cast<std::int16_t>(i + 1);
+            visit(i, lead());
+            i = next(i);
         }
-        for (; i < last(); i = static_cast<std::int16_t>(i + 1)) visit(std::int32_t{i}, kOne);
+        for (; i < last(); i = next(i)) visit(i, kOne);
         if (tail() != 0) visit(last(), tail());
     }
 };

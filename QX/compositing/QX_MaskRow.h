@@ -9,6 +9,14 @@
 
 namespace qx {
 
+/// Kinds 0 and 2 clip what is drawn to the mask's bounds.
+constexpr bool mask_clips(const QX_MaskWorld& mask) { return (mask.flags & 1) == 0; }
+
+/// Empty or inverted for a mask without pixels and for one that would pass the last number.
+constexpr M_LRect mask_bounds(const QX_MaskWorld& mask) {
+    return M_OffsetLRect({0, 0, std::max(mask.world.width, 0), std::max(mask.world.height, 0)}, mask.x, mask.y);
+}
+
 /// The mask of a transfer in destination coordinates. Gives a row's coverage as pixels of which only alpha counts.
 template <class Pixel> class MaskRows {
     using D = DepthOf<Pixel>;
@@ -16,18 +24,10 @@ template <class Pixel> class MaskRows {
 public:
     MaskRows(const QX_MaskWorld& mask, Pixel* row) : mask_(mask), computed_(row) {}
 
-    /// Kinds 0 and 2 clip the rectangle to this.
-    bool clips() const { return (mask_.flags & 1) == 0; }
-    /// Empty or inverted for a mask without pixels and for one that would pass the last number.
-    M_LRect bounds() const {
-        const M_LRect all{0, 0, std::max(mask_.world.width, 0), std::max(mask_.world.height, 0)};
-        return M_OffsetLRect(all, mask_.x, mask_.y);
-    }
-
     /// Coverage of columns [left, right) of row y: in place in the mask's world where alpha counts as it stands, else
     /// computed. Outside the mask it is full.
     const Pixel* row(std::int32_t left, std::int32_t right, std::int32_t y) {
-        const M_LRect b = bounds();
+        const M_LRect b = mask_bounds(mask_);
         if (mask_.flags == kQX_MaskAlpha) return pixel(left, y);
         const bool beside = y < b.top || y >= b.bottom;
         const std::int32_t from = beside ? right : std::clamp(b.left, left, right);

@@ -24,9 +24,7 @@ bool clip(const Transfer<Pixel>& t, const M_LRect& src_rect, int dest_x, int des
     if (!M_SectLRect(src_rect, {0, 0, t.src.width, t.src.height}, &from)) return false;
     *to = M_OffsetLRect(from, wrapping_difference(dest_x, src_rect.left), wrapping_difference(dest_y, src_rect.top));
     if (!M_SectLRect(*to, {0, 0, t.dst.width, t.dst.height}, to)) return false;
-    if (t.mask == nullptr) return true;
-    const MaskRows<Pixel> mask(*t.mask, nullptr);
-    return !mask.clips() || M_SectLRect(*to, mask.bounds(), to);
+    return t.mask == nullptr || !mask_clips(*t.mask) || M_SectLRect(*to, mask_bounds(*t.mask), to);
 }
 
 }  // namespace

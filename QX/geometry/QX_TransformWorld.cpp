@@ -42,10 +42,7 @@ M_LRect wanted_rect(const QX_LayerDef& dst, const M_LRect* dest_rect) {
 /// The part of the destination that the call may change.
 M_LRect reach(const Call& call, const Motion& motion) {
     M_LRect clipped = wanted_rect(*call.dst, call.dest_rect);
-    if (call.mask != nullptr && (call.mask->flags & 1) == 0) {
-        const M_LRect mask = M_OffsetLRect(whole_of(call.mask->world), call.mask->x, call.mask->y);
-        M_SectLRect(clipped, mask, &clipped);
-    }
+    if (call.mask != nullptr && mask_clips(*call.mask)) M_SectLRect(clipped, mask_bounds(*call.mask), &clipped);
     return affected_rect(call.matrices, motion, clipped, whole_of(*call.src));
 }
 
@@ -180,21 +177,12 @@ int QX_TransformWorld(const QX_ProgressInfo* progress, int quality, int flags, i
                    src2dst_matrix, dest_rect, dst_world);
 }
 
-int QX_TransformWorld_S(const QX_ProgressInfo* progress, int quality, int, int field, QX_LayerDef* src_world,
+int QX_TransformWorld_S(const QX_ProgressInfo* progress, int quality, int flags, int field, QX_LayerDef* src_world,
                         const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables,
                         const QX_MaskWorld* mask, const M_Matrix3* matrices, int num_matrices, bool src2dst_matrix,
                         const M_LRect* dest_rect, QX_LayerDef* dst_world) {
-    return qx::run({progress,
-                    quality,
-                    field,
-                    src_world,
-                    mode,
-                    tables,
-                    mask,
-                    nullptr,
-                    {matrices, num_matrices, src2dst_matrix},
-                    dest_rect,
-                    dst_world});
+    return QX_TransformWorldPlus(progress, quality, flags, field, src_world, mode, tables, mask, nullptr, matrices,
+                                 num_matrices, src2dst_matrix, dest_rect, dst_world);
 }
 
 int QX_TransformWorldPlus(const QX_ProgressInfo* progress, int quality, int, int field, QX_LayerDef* src_world,

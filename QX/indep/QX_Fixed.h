@@ -10,10 +10,10 @@ namespace qx {
 
 inline constexpr std::int32_t kFixedOne = 0x10000, kFixedHalf = 0x8000;
 
-constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
+QX_INLINE constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
 }
-constexpr std::int32_t wrapping_product(std::int32_t a, std::int32_t b) {
+QX_INLINE constexpr std::int32_t wrapping_product(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
 }
 

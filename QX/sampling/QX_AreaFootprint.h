@@ -3,23 +3,19 @@
 
 #include <cstdint>
 
-#include "QX/indep/QX_Lanes.h"
+#include "QX/indep/QX_Fixed.h"
 #include "QX/sampling/QX_SampPB.h"
 
 /// The rectangle that an area sample covers, in edge coordinates: pixel i covers [i, i + 1). All in 16.16, wrapping.
 namespace qx::sampling {
 
-inline constexpr std::int32_t kOne = 0x10000, kHalf = 0x8000;
+inline constexpr std::int32_t kOne = kFixedOne, kHalf = kFixedHalf;
 
 enum class Branch { point, row_strip, column_strip, box };
 
 QX_INLINE constexpr Branch branch_of(const QX_SampPB& params) {
     if (params.y_radius > kHalf) return params.x_radius > kHalf ? Branch::box : Branch::column_strip;
     return params.x_radius > kHalf ? Branch::row_strip : Branch::point;
-}
-
-QX_INLINE constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
 }
 
 QX_INLINE constexpr std::int32_t negative(std::int32_t a) {

@@ -129,7 +129,8 @@ TEST(GenericSplit, AFailureEndsItAndNothingRemainingRuns) {
         EXPECT_EQ(QX_IterateGeneric(12, &recorder, &Recorder::note), 517);
         std::vector<int> seen;
         for (const Call& call : recorder.calls) seen.push_back(call.i);
-        EXPECT_EQ(seen, (std::vector<int>{3, 4, 5})) << "part 1 fails at its last; 2, 3 and the remainder stay out";
+        EXPECT_EQ(seen, (std::vector<int>{3, 4, 5}))
+            << "one share fails at its last; later ones and the remainder stay out";
     }
 }
 

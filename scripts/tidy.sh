@@ -3,4 +3,4 @@
 set -eu
 cd "$(dirname "$0")/.."
 command -v clang-tidy >/dev/null || { echo "clang-tidy is not installed" >&2; exit 1; }
-find QX platform tools -name '*.cpp' | xargs -P 2 -n 4 clang-tidy -p "$1" --quiet
+find QX platform pictures scene tools -name '*.cpp' | xargs -P 2 -n 4 clang-tidy -p "$1" --quiet

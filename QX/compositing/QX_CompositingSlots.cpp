@@ -4,8 +4,8 @@
 #include "QX/compositing/QX_RowDriver.h"
 #include "QX/compositing/QX_RowLookup.h"
 #include "QX/compositing/QX_TransferRect.h"
-#include "QX/indep/QX_Premul.h"
 #include "QX/indep/QX_Slots.h"
+#include "QX/pixelops/QX_Premul.h"
 
 namespace qx {
 

@@ -5,7 +5,7 @@
 #include "QX/compositing/QX_LinearLookup.h"
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Report.h"
-#include "QX/indep/QX_World.h"
+#include "QX/world/QX_World.h"
 
 namespace {
 

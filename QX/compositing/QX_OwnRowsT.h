@@ -5,7 +5,7 @@
 #include "QX/compositing/QX_Levels.h"
 #include "QX/compositing/QX_PixelAccess.h"
 #include "QX/indep/QX_Errors.h"
-#include "QX/indep/QX_Rand.h"
+#include "QX/pixelops/QX_Rand.h"
 
 namespace qx::plain {
 

@@ -4,8 +4,8 @@
 #include "QX/compositing/QX_MaskRow.h"
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Errors.h"
-#include "QX/indep/QX_Fill.h"
 #include "QX/indep/QX_Slots.h"
+#include "QX/pixelops/QX_Fill.h"
 
 namespace qx {
 

@@ -4,7 +4,7 @@
 #include "QX/compositing/QX_Rows.h"
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/indep/QX_World.h"
+#include "QX/world/QX_World.h"
 
 namespace qx {
 

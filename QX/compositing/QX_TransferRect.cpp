@@ -7,7 +7,7 @@
 #include "QX/compositing/QX_TransferLoop.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/indep/QX_StackWorld.h"
+#include "QX/world/QX_StackWorld.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/indep/QX_StackWorld.h"
+#include "QX/world/QX_StackWorld.h"
 
 namespace qx {
 

@@ -2,7 +2,7 @@
 #include "QX/indep/QX_WorldDepth.h"
 
 #include "QX/indep/QX_Report.h"
-#include "QX/indep/QX_World.h"
+#include "QX/world/QX_World.h"
 #include "platform/FK_Frames.h"
 
 namespace {

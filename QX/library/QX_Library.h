@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "QX/indep/QX_Export.h"
-#include "QX/indep/QX_Rand.h"
+#include "QX/pixelops/QX_Rand.h"
 
 /// Starts the library: builds the process-wide tables, fills the table of routines by the processor's flags and
 /// installs the acceleration layer. Alone on one thread, before anything else.

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/sampling/QX_SamplingSlots.h"
 
+#include "QX/geometry/QX_CopyBits.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/sampling/QX_AreaRuns.h"
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_BicubicForms.h"
-#include "QX/sampling/QX_CopyBits.h"
 #include "QX/sampling/QX_Runs.h"
 #include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampForms.h"

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "QX/indep/QX_World.h"
+#include "QX/world/QX_World.h"
 
 /// The frame of the benches. With several threads each works on a band of its own of one frame.
 namespace qx::bench {

@@ -2,12 +2,12 @@
 // How depth is told and written, and what is said of worlds that are of none.
 #include <cstring>
 
-#include "QX/indep/QX_Fill.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_WorldDepth.h"
+#include "QX/pixelops/QX_Fill.h"
 #include "platform/FK_Frames.h"
-#include "tests/indep/WorldSupport.h"
 #include "tests/support/Refusals.h"
+#include "tests/world/WorldSupport.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/indep/QX_ColourTables.h"
-#include "QX/indep/QX_Frame.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/indep/QX_World.h"
 #include "QX/library/QX_Library.h"
 #include "QX/library/QX_PendingSlots.h"
+#include "QX/world/QX_Frame.h"
+#include "QX/world/QX_World.h"
 #include "tests/support/TestHost.h"
 
 namespace {

@@ -7,10 +7,10 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/standalone/Standalone.h"
+#include "scene/Modes.h"
 #include "tests/tools/Support.h"
 #include "tools/qx/Commands.h"
-#include "tools/qx/Messages.h"
-#include "tools/qx/Modes.h"
+#include "tools/qx/terminal/Messages.h"
 
 namespace {
 

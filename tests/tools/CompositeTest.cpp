@@ -6,11 +6,11 @@
 
 #include "QX/compositing/QX_TransferRect.h"
 #include "platform/standalone/Standalone.h"
+#include "scene/Composite.h"
+#include "scene/Modes.h"
+#include "scene/Placing.h"
 #include "tests/tools/Support.h"
-#include "tools/qx/Composite.h"
-#include "tools/qx/Modes.h"
-#include "tools/qx/Options.h"
-#include "tools/qx/Placing.h"
+#include "tools/qx/options/Options.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "platform/standalone/Standalone.h"
 #include "tests/tools/Support.h"
 #include "tools/qx/Commands.h"
-#include "tools/qx/Progress.h"
+#include "tools/qx/terminal/Progress.h"
 
 namespace {
 

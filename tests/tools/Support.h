@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/qx/io/Picture.h"
+#include "pictures/Picture.h"
 
 namespace qx::test {
 

@@ -4,11 +4,11 @@
 #include <filesystem>
 #include <iostream>
 
+#include "pictures/Interrupt.h"
+#include "pictures/Picture.h"
+#include "scene/Words.h"
 #include "tools/qx/Commands.h"
-#include "tools/qx/Messages.h"
-#include "tools/qx/Words.h"
-#include "tools/qx/io/Interrupt.h"
-#include "tools/qx/io/Picture.h"
+#include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
 namespace {

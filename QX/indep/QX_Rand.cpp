@@ -1,4 +1,0 @@
-// SPDX-License-Identifier: Apache-2.0
-#include "QX/indep/QX_Rand.h"
-
-std::int32_t QX_Rand(std::uint32_t* seed) { return qx::next_random(*seed); }

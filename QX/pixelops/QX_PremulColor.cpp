@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+// Against a colour: one text for the three depths, and for colours of the three.
+#include <algorithm>
+
+#include "QX/indep/QX_Depth.h"
+#include "QX/indep/QX_DepthSteps.h"
+#include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_Slots.h"
+#include "QX/pixelops/QX_Premul.h"
+#include "QX/pixelops/QX_PremulRows.h"
+#include "QX/world/QX_StackWorld.h"
+
+namespace {
+
+constexpr int kPlace = 81;
+
+/// The colour shows as far as alpha is missing.
+template <class D> typename D::Lane mixed(typename D::Lane c, typename D::Lane m, typename D::Lane a) {
+    return m + D::smul(c - m, a);
+}
+
+/// What the colour gave is taken off, and the rest divided.
+template <class D> typename D::Lane separated(typename D::Lane c, typename D::Lane m, typename D::Lane a) {
+    const typename D::Lane rest = c - D::mul(m, D::comp(a));
+    return D::div(std::max<typename D::Lane>(rest, 0), a);
+}
+
+template <class D, bool Forward, class Pixel = typename D::Pixel> Pixel matted(const Pixel& p, const Pixel& colour) {
+    using Lane = typename D::Lane;
+    using Channel = typename D::Channel;
+    const Lane a = p.alpha;
+    if (a >= D::full || (!Forward && a == 0)) return p;
+    const auto apply = [&](Lane c, Lane m) {
+        return static_cast<Channel>(Forward ? mixed<D>(c, m, a) : separated<D>(c, m, a));
+    };
+    return {p.alpha, apply(p.red, colour.red), apply(p.green, colour.green), apply(p.blue, colour.blue)};
+}
+
+template <class D, bool Forward, class Pixel = typename D::Pixel>
+void matte_row(std::size_t count, const Pixel* src, const Pixel& colour, Pixel* dst) {
+    for (std::size_t i = 0; i < count; ++i) dst[i] = matted<D, Forward>(src[i], colour);
+}
+
+template <class Pixel>
+int matte_rows(void* effect_ref, const QX_LayerDef& src, const Pixel& colour, bool forward, const M_LRect* rect,
+               const QX_LayerDef& dst) {
+    using D = qx::DepthOf<Pixel>;
+    const M_LRect in_dst = qx::clip_to(dst, rect), area = qx::clip_to(src, &in_dst);
+    const auto row = forward ? &matte_row<D, true> : &matte_row<D, false>;
+    const std::size_t columns = qx::columns_of(area);
+    return qx::run_rows(qx::slot<qx::Slot::IterateGeneric>(), effect_ref, area, [&](std::int32_t y) {
+        row(columns, qx::pixel_at<Pixel>(src, area.left, y), colour, qx::pixel_at<Pixel>(dst, area.left, y));
+    });
+}
+
+struct Texts {
+    const char *same_depth, *unknown_depth;
+};
+
+template <class Colour>
+int premul_colour(const Texts& texts, void* effect_ref, QX_LayerDef* src, const Colour* colour, bool forward,
+                  const M_LRect* rect, QX_LayerDef* dst) {
+    if (qx::is_gpu_world(src) || qx::is_gpu_world(dst)) return qx::report_gpu_world(kPlace);
+    if (src == nullptr || src->data == nullptr || dst == nullptr || dst->data == nullptr) {
+        return qx::report_bad_parameter(qx::kPlaceBadPremul);
+    }
+    if (QXp_WorldDepth(src) != QXp_WorldDepth(dst)) {
+        return qx::report_failed_verification(kPlace, texts.same_depth);
+    }
+    return qx::with_stack_world(dst, kPlace, texts.unknown_depth, [&]<class Pixel>(QX_WorldX<Pixel>& at_depth) {
+        return matte_rows(effect_ref, *src, qx::colour_argument<Pixel>(colour), forward, rect, at_depth);
+    });
+}
+
+}  // namespace
+
+int QX_PremulColorRect(void* effect_ref, QX_LayerDef* src, const QX_Pixel8* colour, bool forward, const M_LRect* rect,
+                       QX_LayerDef* dst) {
+    constexpr Texts texts{"worlds must be same bitdepth in QX_PremulColorRect()",
+                          "Unknown world bitdepth in QX_PremulColorRect"};
+    return premul_colour(texts, effect_ref, src, colour, forward, rect, dst);
+}
+
+int QX_PremulColorRect16(void* effect_ref, QX_LayerDef* src, const QX_Pixel16* colour, bool forward,
+                         const M_LRect* rect, QX_LayerDef* dst) {
+    constexpr Texts texts{"worlds must be same bitdepth in QX_PremulColorRect16()",
+                          "Unknown world bitdepth in QX_PremulColorRect16"};
+    return premul_colour(texts, effect_ref, src, colour, forward, rect, dst);
+}
+
+int QX_PremulColorRectFloat(void* effect_ref, QX_LayerDef* src, const QX_PixelFloat* colour, bool forward,
+                            const M_LRect* rect, QX_LayerDef* dst) {
+    // Kept: the first text names the routine of 16 bits.
+    constexpr Texts texts{"worlds must be same bitdepth in QX_PremulColorRect16()",
+                          "Unknown world bitdepth in QX_PremulColorRectFloat"};
+    return premul_colour(texts, effect_ref, src, colour, forward, rect, dst);
+}
+
+int QX_PremulColor(void* effect_ref, QX_LayerDef* src, const QX_Pixel8* colour, bool forward, QX_LayerDef* dst) {
+    return QX_PremulColorRect(effect_ref, src, colour, forward, nullptr, dst);
+}
+
+int QX_PremulColor16(void* effect_ref, QX_LayerDef* src, const QX_Pixel16* colour, bool forward, QX_LayerDef* dst) {
+    return QX_PremulColorRect16(effect_ref, src, colour, forward, nullptr, dst);
+}
+
+int QX_PremulColorFloat(void* effect_ref, QX_LayerDef* src, const QX_PixelFloat* colour, bool forward,
+                        QX_LayerDef* dst) {
+    return QX_PremulColorRectFloat(effect_ref, src, colour, forward, nullptr, dst);
+}

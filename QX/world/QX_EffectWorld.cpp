@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// Worlds that plug-ins own through a plain record.
+#include <memory>
+
+#include "QX/indep/QX_Guard.h"
+#include "QX/indep/QX_Report.h"
+#include "QX/world/QX_Frame.h"
+#include "QX/world/QX_World.h"
+#include "platform/FK_Frames.h"
+
+namespace {
+
+constexpr int kPlaceNew = 2, kPlaceDispose = 3;
+
+int null_record(int place) {
+    qx::report_text(place, qx::Text::invalid_parameter);
+    return kQX_BadParameter;
+}
+
+/// Kept: without a text to show, a record of someone else's is let through.
+bool refused(bool ours) {
+    if (ours || qx::text_of(qx::Text::not_your_world) == nullptr) return false;
+    qx::report_text(kPlaceDispose, qx::Text::not_your_world);
+    return true;
+}
+
+}  // namespace
+
+int QX_NewEffectWorld(int width, int height, int depth, char reserved, char clear, QX_LayerDef* out) {
+    if (out == nullptr) return null_record(kPlaceNew);
+    if (reserved != 0) return kQX_UnknownSelector;
+    return qx::guarded([&] {
+        if (depth != static_cast<short>(depth)) throw int{kQX_FailedVerification};
+        const int flags = (clear != 0 ? 1 : 0) | (depth == 16 ? 2 : 0);
+        std::unique_ptr<QX_World> world(QX_World::New(width, height, static_cast<short>(depth), flags));
+        world->FillOutEffectWorld(out);
+        static_cast<void>(world.release());  // the record owns it now
+        out->ownership_mark = kQX_OwnedMark;
+    });
+}
+
+int QX_DisposeEffectWorld(QX_LayerDef* world) {
+    if (world == nullptr) return null_record(kPlaceDispose);
+    const bool marked = world->ownership_mark == kQX_OwnedMark;
+    if (qx::is_gpu_world(world)) {
+        if (refused(marked)) return kQX_BadParameter;
+        FK::DisposeVPixFromVideoFrame(world->platform_ref);
+    } else {
+        if (refused(marked && world->world != nullptr)) return kQX_BadParameter;
+        delete world->world;
+    }
+    *world = QX_LayerDef{};
+    return 0;
+}

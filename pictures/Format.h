@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "pictures/Files.h"
+#include "pictures/Picture.h"
+
+namespace qx::io {
+
+/// One file format: how it is recognised, and what reads and writes it.
+struct Format {
+    const char* name;
+    std::vector<std::string> magics;      ///< first bytes of its files
+    std::vector<std::string> extensions;  ///< in lower case
+    std::vector<int> depths;              ///< that its files hold, in rising order
+    bool holds_alpha;
+    bool linear;  ///< meant for linear light
+    Picture (*read)(InputFile& file);
+    /// `picture` has one of the depths above. `with_alpha` is false when all of it is opaque and may stay so.
+    void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options);
+};
+
+const Format& png_format();
+const Format& jpeg_format();
+const Format& tiff_format();
+const Format& exr_format();
+
+inline constexpr const char* kOrientationNote = "is taken as stored, its orientation is not applied";
+
+/// Keeps an embedded profile if it fits RGB pixels, else leaves a note.
+void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes);
+
+}  // namespace qx::io

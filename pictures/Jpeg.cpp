@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+// JPEG, grey and RGB. The library leaves by longjmp: what it is called from holds plain variables only.
+#include <cstdio>  // before the library's header, which needs it
+
+#include <jpeglib.h>
+
+#include <jerror.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csetjmp>
+#include <cstdlib>
+
+#include "pictures/Exif.h"
+#include "pictures/Format.h"
+#include "pictures/Interrupt.h"
+
+namespace qx::io {
+namespace {
+
+constexpr int kQuality = 95;
+constexpr int kMostScans = 100;  // usual are 10; a scan for each bit of each channel makes some 40
+constexpr int kExifMarker = JPEG_APP0 + 1;
+
+struct Fault {
+    jpeg_error_mgr manager;  // first, so that the library's pointer to it is one to this
+    std::jmp_buf back;
+    char text[JMSG_LENGTH_MAX] = "";
+    bool cut_short = false;
+    char warning[JMSG_LENGTH_MAX] = "";  ///< the first one
+};
+
+Fault& fault_of(j_common_ptr jpeg) { return *reinterpret_cast<Fault*>(jpeg->err); }
+
+void on_error(j_common_ptr jpeg) {
+    Fault& fault = fault_of(jpeg);
+    fault.manager.format_message(jpeg, fault.text);
+    std::longjmp(fault.back, 1);
+}
+
+void on_message(j_common_ptr jpeg, int level) {
+    if (level >= 0) return;
+    Fault& fault = fault_of(jpeg);
+    const int code = fault.manager.msg_code;
+    if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER) fault.cut_short = true;
+    if (fault.warning[0] == '\0') fault.manager.format_message(jpeg, fault.warning);
+}
+
+jpeg_error_mgr* prepare(Fault& fault) {
+    jpeg_std_error(&fault.manager);
+    fault.manager.error_exit = on_error;
+    fault.manager.emit_message = on_message;
+    return &fault.manager;
+}
+
+template <class Calls> bool run(Fault& fault, const Calls& calls) {
+    if (setjmp(fault.back) != 0) return false;
+    calls();
+    return true;
+}
+
+/// A file of many scans over a large picture would keep a reader busy for hours, and a signal must stop it.
+void watch_scans(j_common_ptr jpeg) {
+    const auto* reader = reinterpret_cast<j_decompress_ptr>(jpeg);
+    if (reader->input_scan_number <= kMostScans && !interrupted()) return;
+    Fault& fault = fault_of(jpeg);
+    std::snprintf(fault.text, sizeof fault.text, "it has more than %d scans", kMostScans);
+    std::longjmp(fault.back, 1);
+}
+
+class Reader {
+public:
+    explicit Reader(InputFile& file) : file_(file) { jpeg_.err = prepare(fault_); }
+    ~Reader() {
+        jpeg_destroy_decompress(&jpeg_);
+        std::free(profile_);
+    }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    Picture read() {
+        checked([this] { begin(); });
+        if (jpeg_.jpeg_color_space == JCS_CMYK || jpeg_.jpeg_color_space == JCS_YCCK) {
+            throw Failure(file_.path(), "CMYK pictures are not supported; convert it to RGB first");
+        }
+        Picture picture;
+        picture.world = new_world(file_.path(), jpeg_.image_width, jpeg_.image_height, 8);
+        checked([this, &picture] { read_rows(*picture.world); });
+        check_interrupt();
+        if (fault_.cut_short) throw Failure(file_.path(), "damaged or cut short JPEG");
+        if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);
+        read_extras(picture);
+        return picture;
+    }
+
+private:
+    void read_extras(Picture& picture) const {
+        if (profile_ != nullptr) keep_profile(picture, profile_, profile_bytes_);
+        if (turned_) picture.notes.emplace_back(kOrientationNote);
+        constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch,
+                                              Resolution::Unit::centimetre};
+        if (jpeg_.saw_JFIF_marker != 0 && jpeg_.density_unit <= 2) {
+            picture.resolution = {double(jpeg_.X_density), double(jpeg_.Y_density), units[jpeg_.density_unit]};
+        }
+    }
+
+    template <class Calls> void checked(const Calls& calls) {
+        if (run(fault_, calls)) return;
+        check_interrupt();
+        throw Failure(file_.path(), std::string("damaged JPEG: ") + fault_.text);
+    }
+
+    void begin() {
+        jpeg_create_decompress(&jpeg_);
+        jpeg_stdio_src(&jpeg_, file_.stream());
+        jpeg_save_markers(&jpeg_, kExifMarker, 0xFFFF);
+        jpeg_save_markers(&jpeg_, JPEG_APP0 + 2, 0xFFFF);
+        jpeg_read_header(&jpeg_, TRUE);
+        for (auto* marker = jpeg_.marker_list; marker != nullptr; marker = marker->next) {
+            if (marker->marker == kExifMarker && exif_orientation(marker->data, marker->data_length) != 1)
+                turned_ = true;
+        }
+        jpeg_read_icc_profile(&jpeg_, &profile_, &profile_bytes_);
+        jpeg_.out_color_space = JCS_EXT_ARGB;  // sets every alpha to 255
+    }
+
+    void read_rows(QX_World& world) {
+        jpeg_.progress = &watch_;
+        jpeg_start_decompress(&jpeg_);
+        while (jpeg_.output_scanline < jpeg_.output_height && next_row(jpeg_.output_scanline, jpeg_.output_height)) {
+            JSAMPROW row = row_of<JSAMPLE>(world, static_cast<int>(jpeg_.output_scanline));
+            jpeg_read_scanlines(&jpeg_, &row, 1);
+        }
+        if (!interrupted()) jpeg_finish_decompress(&jpeg_);
+    }
+
+    InputFile& file_;
+    Fault fault_;
+    jpeg_decompress_struct jpeg_{};
+    jpeg_progress_mgr watch_{watch_scans, 0, 0, 0, 0};
+    bool turned_ = false;  ///< the picture is meant to be shown so; the library forgets markers when it is done
+    JOCTET* profile_ = nullptr;
+    unsigned int profile_bytes_ = 0;
+};
+
+class Writer {
+public:
+    Writer(OutputFile& file, const Picture& picture) : file_(file), picture_(picture) { jpeg_.err = prepare(fault_); }
+    ~Writer() { jpeg_destroy_compress(&jpeg_); }
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    void write() {
+        const bool done = run(fault_, [this] {
+            begin();
+            write_rows();
+        });
+        check_interrupt();
+        if (std::ferror(file_.stream()) != 0) file_.commit();  // throws with the system's words
+        if (!done) throw Failure(file_.path(), std::string("could not be written: ") + fault_.text);
+    }
+
+private:
+    void begin() {
+        jpeg_create_compress(&jpeg_);
+        jpeg_stdio_dest(&jpeg_, file_.stream());
+        jpeg_.image_width = static_cast<JDIMENSION>(picture_.world->width);
+        jpeg_.image_height = static_cast<JDIMENSION>(picture_.world->height);
+        jpeg_.input_components = 4;
+        jpeg_.in_color_space = JCS_EXT_XRGB;
+        jpeg_set_defaults(&jpeg_);
+        jpeg_set_quality(&jpeg_, kQuality, TRUE);
+        jpeg_.comp_info[0].h_samp_factor = jpeg_.comp_info[0].v_samp_factor = 1;  // colour as fine as light
+        set_resolution();
+        jpeg_start_compress(&jpeg_, TRUE);
+        const auto& icc = picture_.icc;
+        if (!icc.empty()) jpeg_write_icc_profile(&jpeg_, icc.data(), static_cast<unsigned>(icc.size()));
+    }
+
+    void set_resolution() {
+        using Unit = Resolution::Unit;
+        const Unit own = picture_.resolution.unit;
+        const Resolution r = own == Unit::metre ? picture_.resolution.in(Unit::inch) : picture_.resolution;
+        if (!(r.x >= 1 && r.y >= 1 && r.x < 65535 && r.y < 65535)) return;
+        jpeg_.density_unit = r.unit == Unit::inch ? 1 : r.unit == Unit::centimetre ? 2 : 0;
+        jpeg_.X_density = static_cast<UINT16>(std::lround(r.x));
+        jpeg_.Y_density = static_cast<UINT16>(std::lround(r.y));
+    }
+
+    void write_rows() {
+        while (jpeg_.next_scanline < jpeg_.image_height && next_row(jpeg_.next_scanline, jpeg_.image_height)) {
+            JSAMPROW row = row_of<JSAMPLE>(*picture_.world, static_cast<int>(jpeg_.next_scanline));
+            jpeg_write_scanlines(&jpeg_, &row, 1);
+        }
+        if (!interrupted()) jpeg_finish_compress(&jpeg_);
+    }
+
+    OutputFile& file_;
+    const Picture& picture_;
+    Fault fault_;
+    jpeg_compress_struct jpeg_{};
+};
+
+Picture read(InputFile& file) { return Reader(file).read(); }
+
+void write(OutputFile& file, const Picture& picture, bool, const WriteOptions&) { Writer(file, picture).write(); }
+
+}  // namespace
+
+const Format& jpeg_format() {
+    static const Format format{"JPEG", {"\xFF\xD8\xFF"}, {"jpg", "jpeg"}, {8}, false, false, read, write};
+    return format;
+}
+
+}  // namespace qx::io

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+#include "pictures/Files.h"
+#include "pictures/movie/Module.h"
+#include "scene/Scene.h"
+
+namespace qx::tool {
+
+/// True for a name that tells a movie.
+bool is_movie(const std::string& path);
+
+/// A movie that appears whole or not at all. Throws io::Failure.
+class MovieFile {
+public:
+    MovieFile(const std::string& path, int width, int height, const Rate& rate);
+    ~MovieFile();
+    MovieFile(const MovieFile&) = delete;
+    MovieFile& operator=(const MovieFile&) = delete;
+    /// A world of 8 bits and of the movie's size; alpha is not looked at.
+    void add(const QX_World& frame);
+    void commit();
+
+private:
+    void check(bool done, const movie::Words& words) const;
+    io::OutputFile file_;
+    const movie::Routines* routines_;
+    void* movie_;
+};
+
+}  // namespace qx::tool

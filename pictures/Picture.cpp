@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "pictures/Picture.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <new>
+
+#include "QX/indep/QX_Errors.h"
+#include "QX/world/QX_Frame.h"
+#include "pictures/Files.h"
+#include "pictures/Format.h"
+#include "pictures/Interrupt.h"
+#include "pictures/Light.h"
+
+namespace qx::io {
+namespace {
+
+constexpr const Format& (*kFormats[])() = {png_format, jpeg_format, tiff_format, exr_format};
+
+/// The format that a name's ending tells, or null.
+const Format* format_named(const std::string& path) {
+    const std::string extension = extension_of(path);
+    for (const auto format : kFormats) {
+        for (const auto& known : format().extensions) {
+            if (known == extension) return &format();
+        }
+    }
+    return nullptr;
+}
+
+const Format& format_to_write(const std::string& path) {
+    const Format* format = format_named(path);
+    if (format == nullptr) throw Failure(path, "the name's ending tells no format; known are png, jpg, tif and exr");
+    return *format;
+}
+
+bool recognised(const Format& format, const InputFile& file) {
+    return std::any_of(format.magics.begin(), format.magics.end(),
+                       [&](const std::string& magic) { return file.begins_with(magic); });
+}
+
+int nearest_depth(const Format& format, int depth) {
+    for (const int d : format.depths) {
+        if (d >= depth) return d;
+    }
+    return format.depths.back();
+}
+
+template <class Pixel> bool any_below(const QX_World& world, QX_ChannelOf<Pixel> full) {
+    for (int y = 0; y < world.height; ++y) {
+        const Pixel* row = row_of<Pixel>(world, y);
+        if (std::any_of(row, row + world.width, [=](const Pixel& p) { return p.alpha != full; })) return true;
+    }
+    return false;
+}
+
+M_LRect bounds(const QX_World& world) { return {0, 0, world.width, world.height}; }
+
+void limit_alpha(QX_World& world) {
+    for (int y = 0; y < world.height; ++y) {
+        auto* row = row_of<QX_PixelFloat>(world, y);
+        for (int x = 0; x < world.width; ++x) {
+            const float a = row[x].alpha;
+            row[x].alpha = a > 0 ? std::min(a, 1.0f) : 0.0f;  // not a number counts as 0
+        }
+    }
+}
+
+/// False for values that no scanner and no camera means, as a damaged file may hold.
+bool sensible(const Resolution& r) {
+    constexpr double least = 1e-6, most = 1e9;
+    return r.x >= least && r.x <= most && r.y >= least && r.y <= most;  // false for not-a-number
+}
+
+int guarded_copy(QX_World& to, const QX_World& from) {
+    try {
+        to.CopyRectPossiblyDifferentBitdepth(&from, bounds(from), false, 0, 0, nullptr);
+        return 0;
+    } catch (int code) {
+        return code;
+    }
+}
+
+}  // namespace
+
+std::string extension_of(const std::string& path) {
+    const auto name = path.substr(path.find_last_of('/') + 1);
+    const auto dot = name.find_last_of('.');
+    std::string extension = dot == std::string::npos ? "" : name.substr(dot + 1);
+    for (char& c : extension) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    return extension;
+}
+
+Resolution Resolution::in(Unit other) const {
+    constexpr double metres[] = {0, 0.0254, 0.01, 1};
+    if (unit == other) return *this;
+    if (unit == Unit::none || other == Unit::none) return {};
+    const double factor = metres[static_cast<int>(other)] / metres[static_cast<int>(unit)];
+    return {x * factor, y * factor, other};
+}
+
+std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth) {
+    const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    if (width < 1 || height < 1 || width > kMaxSide || height > kMaxSide) {
+        throw Failure(path, size + ": a side has 1 to " + std::to_string(kMaxSide));
+    }
+    const int w = static_cast<int>(width), h = static_cast<int>(height);
+    const auto d = static_cast<short>(depth);
+    if (!std::get<0>(numeric_limits::CanAllocateCPUFrame(w, h, d, 16))) {
+        throw Failure(path, size + " of " + std::to_string(depth) + " bits are above the limit of 2 GB");
+    }
+    try {
+        return std::unique_ptr<QX_World>(QX_World::New(w, h, d, 1));
+    } catch (int code) {
+        throw Failure(path, (code == kQX_OutOfMemory ? "out of memory for " : "no frame for ") + size);
+    }
+}
+
+std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& world, int depth) {
+    const QX_World* from = &world;
+    std::unique_ptr<QX_World> limited;
+    if (world.Depth() == 32 && depth < 32) {
+        limited = at_depth(path, world, 32);
+        limit_alpha(*limited);
+        from = limited.get();
+    }
+    auto to = new_world(path, world.width, world.height, depth);
+    const int code = guarded_copy(*to, *from);
+    if (code != 0) throw Failure(path, "could not be converted (code " + std::to_string(code) + ")");
+    return to;
+}
+
+bool any_transparency(const QX_World& world) {
+    if (world.Depth() == 8) return any_below<QX_Pixel8>(world, 255);
+    if (world.Depth() == 16) return any_below<QX_Pixel16>(world, 32768);
+    return any_below<QX_PixelFloat>(world, 1.0f);
+}
+
+void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes) {
+    constexpr std::size_t header = 128, space = 16;
+    if (bytes >= header && std::equal(data + space, data + space + 4, "RGB ")) {
+        picture.icc.assign(data, data + bytes);
+    } else {
+        picture.notes.emplace_back("its colour profile is not for RGB and is left out");
+    }
+}
+
+Picture read_picture(const std::string& path) {
+    check_interrupt();
+    InputFile file(path);
+    try {
+        for (const auto format : kFormats) {
+            if (!recognised(format(), file)) continue;
+            Picture picture = format().read(file);
+            picture.linear = format().linear;
+            if (!sensible(picture.resolution)) picture.resolution = {};
+            return picture;
+        }
+    } catch (const std::bad_alloc&) {
+        throw Failure(path, "out of memory");
+    }
+    throw Failure(path, "is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
+}
+
+void check_output(const std::string& path) {
+    format_to_write(path);
+    std::error_code ignored;
+    const auto folder = std::filesystem::path(path).parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
+        throw Failure(path, "its folder is missing");
+    if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
+}
+
+std::vector<std::string> left_out(const std::string& path, const Picture& picture) {
+    std::vector<std::string> notes;
+    const bool linear = format_to_write(path).linear;
+    if (linear && !picture.icc.empty()) notes.emplace_back("its colour profile is left out, OpenEXR holds none");
+    if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
+    if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
+    return notes;
+}
+
+bool known_format(const std::string& path) { return format_named(path) != nullptr; }
+
+bool is_linear_format(const std::string& path) { return format_to_write(path).linear; }
+
+void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options) {
+    check_interrupt();
+    const Format& format = format_to_write(path);
+    const int file_depth = nearest_depth(format, depth);
+    Picture converted;
+    if (picture.world->Depth() != file_depth) {
+        converted.has_alpha = picture.has_alpha;
+        converted.icc = picture.icc;
+        converted.resolution = picture.resolution;
+        converted.primaries = picture.primaries;
+        converted.light = picture.light;
+        converted.world = at_depth(path, *picture.world, file_depth);
+    }
+    const Picture& out = converted.world ? converted : picture;
+    const bool transparent = any_transparency(*out.world);
+    if (transparent && !format.holds_alpha) {
+        throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
+    }
+    OutputFile file(path);
+    file.check();
+    format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options);
+    check_interrupt();
+    file.commit();
+}
+
+}  // namespace qx::io

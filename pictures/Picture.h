@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "QX/world/QX_World.h"
+
+namespace qx::io {
+
+/// A file could not be read or written. The text names it: "FILE: plain words".
+class Failure : public std::runtime_error {
+public:
+    Failure(const std::string& file, const std::string& words) : std::runtime_error(file + ": " + words) {}
+};
+
+/// Pixels per unit of length, as the file has it; zeros when it has none.
+struct Resolution {
+    enum class Unit { none, inch, centimetre, metre };
+    double x = 0, y = 0;
+    Unit unit = Unit::none;
+    Resolution in(Unit other) const;  ///< the same resolution; nothing when either unit is none
+};
+
+/// A picture in memory: straight alpha, at the depth that its file has (half floats as floats).
+struct Picture {
+    std::unique_ptr<QX_World> world;
+    bool has_alpha = false;
+    bool linear = false;            ///< a format whose values are light, not encoded
+    std::vector<std::uint8_t> icc;  ///< an RGB profile, or empty
+    Resolution resolution;
+    std::optional<std::array<float, 8>> primaries;  ///< x and y of red, green, blue, white, where OpenEXR tells them
+    std::vector<bool> light;                        ///< see Light.h; empty when there is none
+    std::vector<std::string> notes;                 ///< what the file holds and this does not
+};
+
+struct WriteOptions {
+    bool half = false;  ///< OpenEXR: half instead of float
+};
+
+/// Format by content. Sides above 30000 are refused before anything is decoded. Throws Failure or Interrupted.
+Picture read_picture(const std::string& path);
+
+/// Format by extension, at the depth nearest to `depth` that it can hold. The file appears whole or not at all.
+void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options = {});
+
+/// What the picture's file held and a file of this name will not, as notes. After the work on the pixels.
+std::vector<std::string> left_out(const std::string& path, const Picture& picture);
+
+/// What can be known of an output before the work: its format and its folder. Throws Failure.
+void check_output(const std::string& path);
+
+/// What follows the last dot of a file's name, in small letters; empty without a dot.
+std::string extension_of(const std::string& path);
+/// True for a name that tells a format to write.
+bool known_format(const std::string& path);
+/// True for a name whose format is meant for linear light.
+bool is_linear_format(const std::string& path);
+
+/// A world, or Failure in the name of a file.
+std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth);
+
+/// A copy of a world at another depth, without dither. Float alpha is limited to 0..1 on the way to integers.
+std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& world, int depth);
+
+/// True when some pixel is not opaque.
+bool any_transparency(const QX_World& world);
+
+template <class Pixel> Pixel* row_of(const QX_World& world, int y) {
+    return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
+}
+
+}  // namespace qx::io

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+// PNG of 8 and 16 bits. The library leaves by longjmp: what it is called from holds plain variables only.
+#include <png.h>
+
+#include <cmath>
+#include <csetjmp>
+#include <cstring>
+
+#include "pictures/Format.h"
+#include "pictures/Interrupt.h"
+#include "pictures/Scale.h"
+
+namespace qx::io {
+namespace {
+
+struct Fault {
+    char text[160] = "";
+    bool bad_profile = false;
+};
+
+void on_error(png_structp png, png_const_charp text) {
+    std::snprintf(static_cast<Fault*>(png_get_error_ptr(png))->text, sizeof(Fault::text), "%s", text);
+    png_longjmp(png, 1);
+}
+void on_warning(png_structp png, png_const_charp text) {
+    const bool profile = std::strncmp(text, "iCCP", 4) == 0 || std::strncmp(text, "profile", 7) == 0;
+    if (profile) static_cast<Fault*>(png_get_error_ptr(png))->bad_profile = true;
+}
+
+/// Runs calls of the library. @return false when it gave up
+template <class Calls> bool run(png_structp png, const Calls& calls) {
+    if (setjmp(png_jmpbuf(png)) != 0) return false;
+    calls();
+    return true;
+}
+
+class Reader {
+public:
+    explicit Reader(InputFile& file)
+        : file_(file), png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
+        info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
+    }
+    ~Reader() { png_destroy_read_struct(&png_, &info_, nullptr); }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    Picture read() {
+        if (info_ == nullptr) throw Failure(file_.path(), "out of memory");
+        checked([this] { begin(); });
+        Picture picture;
+        picture.has_alpha = alpha_;
+        picture.world = new_world(file_.path(), width_, height_, depth_);
+        checked([this, &picture] { read_rows(*picture.world); });
+        check_interrupt();
+        for (int y = 0; depth_ == 16 && y < picture.world->height; ++y) {
+            finish_row(row_of<QX_Pixel16>(*picture.world, y), picture.world->width, false);
+        }
+        read_extras(picture);
+        return picture;
+    }
+
+private:
+    template <class Calls> void checked(const Calls& calls) {
+        if (!run(png_, calls)) throw Failure(file_.path(), std::string("damaged or cut short PNG: ") + fault_.text);
+    }
+
+    /// Header, and everything brought to alpha, red, green, blue of 8 or 16 bits.
+    void begin() {
+        png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // sizes are judged by us, with their own text
+        png_init_io(png_, file_.stream());
+        png_read_info(png_, info_);
+        width_ = png_get_image_width(png_, info_);
+        height_ = png_get_image_height(png_, info_);
+        depth_ = png_get_bit_depth(png_, info_) == 16 ? 16 : 8;
+        const bool key = png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
+        alpha_ = key || (png_get_color_type(png_, info_) & PNG_COLOR_MASK_ALPHA) != 0;
+        png_set_expand(png_);
+        png_set_gray_to_rgb(png_);
+        if (alpha_) {
+            png_set_swap_alpha(png_);
+        } else {
+            png_set_add_alpha(png_, 0xFFFF, PNG_FILLER_BEFORE);
+        }
+        if (depth_ == 16) png_set_swap(png_);
+    }
+
+    void read_rows(QX_World& world) {
+        const int passes = png_set_interlace_handling(png_);
+        png_read_update_info(png_, info_);
+        for (int pass = 0; pass < passes; ++pass) {
+            for (int y = 0; y < world.height && next_row(pass * world.height + y, passes * world.height); ++y) {
+                png_read_row(png_, row_of<png_byte>(world, y), nullptr);
+            }
+        }
+        if (!interrupted()) png_read_end(png_, info_);
+    }
+
+    void read_extras(Picture& picture) {
+        png_charp name = nullptr;
+        png_bytep profile = nullptr;
+        png_uint_32 bytes = 0, x = 0, y = 0;
+        int method = 0, unit = 0;
+        if (png_get_iCCP(png_, info_, &name, &method, &profile, &bytes) != 0) keep_profile(picture, profile, bytes);
+        if (profile == nullptr && fault_.bad_profile)
+            picture.notes.emplace_back("its colour profile is damaged and is left out");
+        if (png_get_pHYs(png_, info_, &x, &y, &unit) != 0) {
+            const bool metric = unit == PNG_RESOLUTION_METER;
+            picture.resolution = {double(x), double(y), metric ? Resolution::Unit::metre : Resolution::Unit::none};
+        }
+    }
+
+    InputFile& file_;
+    Fault fault_;
+    png_structp png_;
+    png_infop info_;
+    std::uint32_t width_ = 0, height_ = 0;
+    int depth_ = 8;
+    bool alpha_ = false;
+};
+
+void write_bytes(png_structp png, png_bytep data, std::size_t bytes) {
+    if (!static_cast<OutputFile*>(png_get_io_ptr(png))->write(data, bytes)) png_error(png, "write");
+}
+void flush_nothing(png_structp) {}
+
+class Writer {
+public:
+    Writer(OutputFile& file, const Picture& picture, bool with_alpha)
+        : file_(file),
+          picture_(picture),
+          alpha_(with_alpha),
+          row_(static_cast<std::size_t>(picture.world->width)),
+          png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
+        info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
+    }
+    ~Writer() { png_destroy_write_struct(&png_, &info_); }
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    void write() {
+        if (info_ == nullptr) throw Failure(file_.path(), "out of memory");
+        const bool done = run(png_, [this] {
+            begin();
+            write_rows();
+        });
+        file_.check();
+        check_interrupt();
+        if (!done) throw Failure(file_.path(), std::string("could not be written: ") + fault_.text);
+    }
+
+private:
+    void begin() {
+        const QX_World& world = *picture_.world;
+        png_set_benign_errors(png_, 1);
+        png_set_write_fn(png_, &file_, write_bytes, flush_nothing);
+        png_set_IHDR(png_, info_, png_uint_32(world.width), png_uint_32(world.height), world.Depth(),
+                     alpha_ ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        const auto& icc = picture_.icc;
+        if (!icc.empty()) {
+            png_set_iCCP(png_, info_, "ICC profile", PNG_COMPRESSION_TYPE_BASE, icc.data(), png_uint_32(icc.size()));
+        }
+        write_resolution();
+        png_write_info(png_, info_);
+        if (alpha_) {
+            png_set_swap_alpha(png_);
+        } else {
+            png_set_filler(png_, 0, PNG_FILLER_BEFORE);
+        }
+        if (world.Depth() == 16) png_set_swap(png_);
+    }
+
+    void write_resolution() {
+        const Resolution& own = picture_.resolution;
+        const bool none = own.unit == Resolution::Unit::none;
+        const Resolution r = none ? own : own.in(Resolution::Unit::metre);
+        if (!(r.x > 0 && r.y > 0)) return;
+        png_set_pHYs(png_, info_, png_uint_32(std::lround(r.x)), png_uint_32(std::lround(r.y)),
+                     none ? PNG_RESOLUTION_UNKNOWN : PNG_RESOLUTION_METER);
+    }
+
+    void write_rows() {
+        const QX_World& world = *picture_.world;
+        for (int y = 0; y < world.height && next_row(y, world.height); ++y) {
+            if (world.Depth() == 8) {
+                png_write_row(png_, row_of<png_byte>(world, y));
+                continue;
+            }
+            const auto* from = row_of<QX_Pixel16>(world, y);
+            for (std::size_t x = 0; x < row_.size(); ++x) {
+                row_[x] = {to_file16(from[x].alpha), to_file16(from[x].red), to_file16(from[x].green),
+                           to_file16(from[x].blue)};
+            }
+            png_write_row(png_, reinterpret_cast<png_const_bytep>(row_.data()));
+        }
+        if (!interrupted()) png_write_end(png_, info_);
+    }
+
+    OutputFile& file_;
+    const Picture& picture_;
+    bool alpha_;
+    std::vector<QX_Pixel16> row_;
+    Fault fault_;
+    png_structp png_;
+    png_infop info_;
+};
+
+Picture read(InputFile& file) { return Reader(file).read(); }
+
+void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&) {
+    Writer(file, picture, with_alpha).write();
+}
+
+}  // namespace
+
+const Format& png_format() {
+    static const Format format{"PNG", {"\x89PNG\r\n\x1A\n"}, {"png"}, {8, 16}, true, false, read, write};
+    return format;
+}
+
+}  // namespace qx::io

@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: Apache-2.0
+// TIFF in grey or RGB of 8 and 16 bits, half and float, in strips or tiles, samples together or in planes. Other
+// kinds (palette, bilevel, YCbCr) go through the library's own conversion to 8 bits.
+#include <Imath/half.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "pictures/Format.h"
+#include "pictures/Interrupt.h"
+#include "pictures/Light.h"
+#include "pictures/Scale.h"
+#include "pictures/Tiff.h"
+#include "pictures/TiffFormat.h"
+
+namespace qx::io {
+namespace {
+
+/// What the directory says about the samples.
+struct Layout {
+    std::uint32_t width = 0, height = 0;
+    std::uint16_t bits = 1, samples = 1, kind = SAMPLEFORMAT_UINT, photometric = 0, planes = PLANARCONFIG_CONTIG;
+    int alpha = -1;  ///< index of the alpha sample
+    bool associated = false;
+    bool tiled = false;
+    std::uint32_t block_width = 0, block_height = 0;
+
+    int colours() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
+    bool is_float() const { return kind == SAMPLEFORMAT_IEEEFP; }
+    int depth() const { return is_float() ? 32 : bits; }
+    bool direct() const {
+        const bool integers = kind == SAMPLEFORMAT_UINT && (bits == 8 || bits == 16);
+        const bool floats = is_float() && (bits == 16 || bits == 32);
+        const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
+        return (integers || floats) && (grey || photometric == PHOTOMETRIC_RGB) && samples >= colours();
+    }
+};
+
+Layout layout_of(TIFF* tiff) {
+    Layout l;
+    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &l.width);
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &l.height);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &l.bits);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &l.samples);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLEFORMAT, &l.kind);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &l.planes);
+    TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &l.photometric);
+    if (l.kind == SAMPLEFORMAT_VOID) l.kind = SAMPLEFORMAT_UINT;
+    std::uint16_t extras = 0, *types = nullptr;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extras, &types);
+    for (int i = 0; i < extras && l.alpha < 0; ++i) {
+        if (types[i] == EXTRASAMPLE_UNSPECIFIED) continue;
+        l.alpha = l.samples - extras + i;
+        l.associated = types[i] == EXTRASAMPLE_ASSOCALPHA;
+    }
+    l.tiled = TIFFIsTiled(tiff) != 0;
+    l.block_width = l.width;
+    if (l.tiled) {
+        TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &l.block_width);
+        TIFFGetField(tiff, TIFFTAG_TILELENGTH, &l.block_height);
+    } else {
+        TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &l.block_height);
+        l.block_height = std::min(l.block_height, l.height);
+    }
+    return l;
+}
+
+// What a file may claim of a strip or a tile before a byte of it is seen: some samples more than the picture needs,
+// and a tile that is larger than a small picture.
+constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 31, kMostSpare = 16, kLeastBlock = std::uint64_t{1} << 22;
+
+/// A decoded strip or tile. Not cleared, so that a false claim costs no memory.
+template <class Sample> struct Block {
+    explicit Block(std::size_t n) : size(n), samples(std::make_unique_for_overwrite<Sample[]>(n)) {}
+    std::size_t size;
+    std::unique_ptr<Sample[]> samples;
+};
+
+class Reader {
+public:
+    explicit Reader(InputFile& file) : path_(file.path()) {
+        handle_.tiff = TIFFOpenExt(path_.c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
+        if (handle_.tiff == nullptr) fail();
+        layout_ = layout_of(handle_.tiff);
+    }
+
+    Picture read() {
+        Picture picture;
+        picture.has_alpha = layout_.alpha >= 0;
+        const int depth = layout_.direct() ? layout_.depth() : 8;
+        picture.world = new_world(path_, layout_.width, layout_.height, depth);
+        if (!layout_.direct()) {
+            read_converted(*picture.world);
+        } else if (depth == 8) {
+            read_blocks<std::uint8_t, QX_Pixel8>(*picture.world);
+        } else if (depth == 16) {
+            read_blocks<std::uint16_t, QX_Pixel16>(*picture.world);
+        } else if (layout_.bits == 16) {
+            read_blocks<Imath::half, QX_PixelFloat>(*picture.world);
+        } else {
+            read_blocks<float, QX_PixelFloat>(*picture.world);
+        }
+        if (layout_.associated) mark_light(picture);
+        read_extras(picture);
+        return picture;
+    }
+
+private:
+    [[noreturn]] void fail() const {
+        const std::string why = handle_.error().empty() ? "" : ": " + handle_.error();
+        throw Failure(path_, "damaged or cut short TIFF" + why);
+    }
+
+    /// Full value of a channel in the file's scale.
+    template <class Sample> static constexpr auto full() {
+        if constexpr (std::is_integral_v<Sample>) {
+            return static_cast<Sample>(-1);
+        } else {
+            return 1.0f;
+        }
+    }
+
+    template <class Sample, class Pixel> void read_blocks(QX_World& world) {
+        if (layout_.block_width == 0 || layout_.block_height == 0) fail();
+        const auto bytes = layout_.tiled ? TIFFTileSize64(handle_.tiff) : TIFFStripSize64(handle_.tiff);
+        const std::uint64_t together = layout_.planes == PLANARCONFIG_CONTIG ? layout_.samples : 1;
+        const std::uint64_t needed = std::uint64_t{layout_.block_width} * layout_.block_height * together;
+        const std::uint64_t pixels = std::uint64_t{layout_.width} * layout_.height;
+        if (bytes < needed * sizeof(Sample)) fail();
+        if (needed > std::min(kMostSamples, pixels * kMostSpare + kLeastBlock)) {
+            throw Failure(path_, "damaged TIFF: its strips or tiles are far larger than the picture");
+        }
+        Block<Sample> block(static_cast<std::size_t>(bytes / sizeof(Sample)));
+        for (int y = 0; y < world.height; ++y) {
+            auto* row = row_of<Pixel>(world, y);
+            std::fill(row, row + world.width, Pixel{full<Sample>(), 0, 0, 0});
+        }
+        for (std::uint32_t top = 0; top < layout_.height; top += layout_.block_height) {
+            must_next_row(top, layout_.height);
+            for (std::uint32_t left = 0; left < layout_.width; left += layout_.block_width) {
+                for (std::uint16_t plane = 0; plane < layout_.samples / together; ++plane) {
+                    read_block(block, left, top, plane);
+                    store_block<Pixel>(block, world, left, top, plane);
+                }
+            }
+        }
+        for (int y = 0; y < world.height; ++y) finish_row(row_of<Pixel>(world, y), world.width, layout_.associated);
+    }
+
+    template <class Sample>
+    void read_block(Block<Sample>& block, std::uint32_t left, std::uint32_t top, std::uint16_t plane) {
+        const auto room = static_cast<tmsize_t>(block.size * sizeof(Sample));
+        tmsize_t got = 0, expected = room;
+        if (layout_.tiled) {
+            got = TIFFReadEncodedTile(handle_.tiff, TIFFComputeTile(handle_.tiff, left, top, 0, plane),
+                                      block.samples.get(), room);
+        } else {
+            const std::uint32_t rows = std::min(layout_.block_height, layout_.height - top);
+            expected = room / static_cast<tmsize_t>(layout_.block_height) * static_cast<tmsize_t>(rows);
+            got = TIFFReadEncodedStrip(handle_.tiff, TIFFComputeStrip(handle_.tiff, top, plane), block.samples.get(),
+                                       room);
+        }
+        if (got < expected) fail();
+    }
+
+    template <class Pixel, class Sample>
+    void store_block(const Block<Sample>& block, QX_World& world, std::uint32_t left, std::uint32_t top, int plane) {
+        const bool together = layout_.planes == PLANARCONFIG_CONTIG;
+        const int first = together ? 0 : plane, last = together ? layout_.samples - 1 : plane;
+        const std::size_t step = together ? layout_.samples : 1;
+        const std::uint32_t columns = std::min(layout_.block_width, layout_.width - left);
+        const std::uint32_t rows = std::min(layout_.block_height, layout_.height - top);
+        for (int sample = first; sample <= last; ++sample) {
+            for (std::uint32_t y = 0; y < rows; ++y) {
+                const Sample* from =
+                    block.samples.get() + std::size_t{y} * layout_.block_width * step + (sample - first);
+                auto* to = row_of<Pixel>(world, static_cast<int>(top + y)) + left;
+                store_samples(from, step, to, columns, sample);
+            }
+        }
+    }
+
+    template <class Sample, class Pixel>
+    void store_samples(const Sample* from, std::size_t step, Pixel* to, std::uint32_t count, int sample) {
+        using Channel = QX_ChannelOf<Pixel>;
+        Channel Pixel::*const channels[] = {&Pixel::red, &Pixel::green, &Pixel::blue};
+        const bool grey = layout_.colours() == 1;
+        const bool inverse = layout_.photometric == PHOTOMETRIC_MINISWHITE && sample == 0;
+        if (sample != layout_.alpha && sample >= layout_.colours()) return;
+        for (std::uint32_t x = 0; x < count; ++x, from += step) {
+            auto value = static_cast<Channel>(*from);
+            if (inverse) value = static_cast<Channel>(full<Sample>() - value);
+            if (sample == layout_.alpha) {
+                to[x].alpha = value;
+            } else if (grey) {
+                to[x].red = to[x].green = to[x].blue = value;
+            } else {
+                to[x].*channels[sample] = value;
+            }
+        }
+    }
+
+    void read_converted(QX_World& world) {
+        char why[1024] = "";
+        const bool cmyk = layout_.photometric == PHOTOMETRIC_SEPARATED;
+        const bool integers = layout_.kind == SAMPLEFORMAT_UINT && layout_.bits <= 8;  // others would lose values
+        const bool possible = integers && !cmyk && layout_.alpha < 0 && TIFFRGBAImageOK(handle_.tiff, why) != 0;
+        if (!possible) throw Failure(path_, "this kind of TIFF is not supported (grey and RGB of 8, 16 bits, float)");
+        std::vector<std::uint32_t> raster(std::size_t{layout_.width} * layout_.height);
+        if (TIFFReadRGBAImageOriented(handle_.tiff, layout_.width, layout_.height, raster.data(), ORIENTATION_TOPLEFT,
+                                      1) == 0) {
+            fail();
+        }
+        const std::uint32_t* from = raster.data();
+        for (int y = 0; y < world.height; ++y) {
+            auto* row = row_of<QX_Pixel8>(world, y);
+            for (int x = 0; x < world.width; ++x, ++from) {
+                row[x] = {255, static_cast<std::uint8_t>(TIFFGetR(*from)), static_cast<std::uint8_t>(TIFFGetG(*from)),
+                          static_cast<std::uint8_t>(TIFFGetB(*from))};
+            }
+        }
+    }
+
+    void read_extras(Picture& picture) {
+        std::uint32_t bytes = 0;
+        void* profile = nullptr;
+        if (TIFFGetField(handle_.tiff, TIFFTAG_ICCPROFILE, &bytes, &profile) != 0) {
+            keep_profile(picture, static_cast<const unsigned char*>(profile), bytes);
+        }
+        float x = 0, y = 0;
+        std::uint16_t unit = RESUNIT_INCH;
+        TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
+        if (TIFFGetField(handle_.tiff, TIFFTAG_XRESOLUTION, &x) != 0 &&
+            TIFFGetField(handle_.tiff, TIFFTAG_YRESOLUTION, &y) != 0) {
+            using Unit = Resolution::Unit;
+            picture.resolution = {x, y,
+                                  unit == RESUNIT_INCH   ? Unit::inch
+                                  : unit == RESUNIT_NONE ? Unit::none
+                                                         : Unit::centimetre};
+        }
+        std::uint16_t orientation = ORIENTATION_TOPLEFT;
+        TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_ORIENTATION, &orientation);
+        if (layout_.direct() && orientation != ORIENTATION_TOPLEFT) {
+            picture.notes.emplace_back(kOrientationNote);
+        }
+    }
+
+    const std::string path_;
+    TiffHandle handle_;
+    Layout layout_;
+};
+
+}  // namespace
+
+Picture read_tiff(InputFile& file) { return Reader(file).read(); }
+
+}  // namespace qx::io

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+// TIFF in RGB of 8 and 16 bits and float, with straight alpha as an extra sample.
+#include "pictures/TiffFormat.h"
+
+#include <cstdio>
+
+#include "pictures/Interrupt.h"
+#include "pictures/Scale.h"
+#include "pictures/Tiff.h"
+
+namespace qx::io {
+namespace {
+
+/// Above this the offsets of the classic form may not reach.
+constexpr std::uint64_t kClassicLimit = 3'900'000'000u;
+
+OutputFile& file_of(thandle_t handle) { return *static_cast<OutputFile*>(handle); }
+
+tmsize_t on_read(thandle_t handle, void* data, tmsize_t bytes) {
+    return static_cast<tmsize_t>(std::fread(data, 1, static_cast<std::size_t>(bytes), file_of(handle).stream()));
+}
+tmsize_t on_write(thandle_t handle, void* data, tmsize_t bytes) {
+    return file_of(handle).write(data, static_cast<std::size_t>(bytes)) ? bytes : -1;
+}
+toff_t on_seek(thandle_t handle, toff_t place, int whence) {
+    OutputFile& file = file_of(handle);
+    if (whence != SEEK_SET) std::fseek(file.stream(), static_cast<long>(place), whence);
+    if (whence == SEEK_SET) file.seek(place);
+    return file.tell();
+}
+int on_close(thandle_t) { return 0; }
+toff_t on_size(thandle_t handle) {
+    OutputFile& file = file_of(handle);
+    const auto place = file.tell();
+    std::fseek(file.stream(), 0, SEEK_END);
+    const auto size = file.tell();
+    file.seek(place);
+    return size;
+}
+
+std::uint8_t to_file(std::uint8_t v) { return v; }
+std::uint16_t to_file(std::uint16_t v) { return to_file16(v); }
+float to_file(float v) { return v; }
+
+template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int samples) {
+    std::vector<QX_ChannelOf<Pixel>> line(static_cast<std::size_t>(world.width * samples));
+    for (int y = 0; y < world.height; ++y) {
+        must_next_row(y, world.height);
+        const auto* row = row_of<Pixel>(world, y);
+        auto* to = line.data();
+        for (int x = 0; x < world.width; ++x) {
+            const Pixel& p = row[x];
+            *to++ = to_file(p.red);
+            *to++ = to_file(p.green);
+            *to++ = to_file(p.blue);
+            if (samples == 4) *to++ = to_file(p.alpha);
+        }
+        if (TIFFWriteScanline(tiff, line.data(), static_cast<std::uint32_t>(y), 0) != 1) return false;
+    }
+    return true;
+}
+
+void set_fields(TIFF* tiff, const Picture& picture, int samples) {
+    const int depth = picture.world->Depth();
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(picture.world->width));
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(picture.world->height));
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, depth);
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, depth == 32 ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    const std::uint16_t straight_alpha = EXTRASAMPLE_UNASSALPHA;
+    if (samples == 4) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &straight_alpha);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+    TIFFSetField(tiff, TIFFTAG_PREDICTOR, depth == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
+    const auto& icc = picture.icc;
+    if (!icc.empty()) TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(icc.size()), icc.data());
+    using Unit = Resolution::Unit;
+    const Unit own = picture.resolution.unit;
+    const Resolution r = own == Unit::metre ? picture.resolution.in(Unit::centimetre) : picture.resolution;
+    if (!(r.x > 0 && r.y > 0)) return;
+    const int unit = r.unit == Unit::inch ? RESUNIT_INCH : r.unit == Unit::none ? RESUNIT_NONE : RESUNIT_CENTIMETER;
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, unit);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, r.x);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, r.y);
+}
+
+bool write_all(TIFF* tiff, const Picture& picture, int samples) {
+    const QX_World& world = *picture.world;
+    set_fields(tiff, picture, samples);
+    const bool rows = world.Depth() == 8    ? write_rows<QX_Pixel8>(tiff, world, samples)
+                      : world.Depth() == 16 ? write_rows<QX_Pixel16>(tiff, world, samples)
+                                            : write_rows<QX_PixelFloat>(tiff, world, samples);
+    return rows && TIFFFlush(tiff) == 1;
+}
+
+}  // namespace
+
+void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&) {
+    const auto pixels =
+        static_cast<std::uint64_t>(picture.world->width) * static_cast<std::uint64_t>(picture.world->height);
+    const bool big = pixels * picture.world->PixelSize() > kClassicLimit;
+    TiffHandle handle;
+    handle.tiff = TIFFClientOpenExt(file.path().c_str(), big ? "w8" : "w", &file, on_read, on_write, on_seek, on_close,
+                                    on_size, nullptr, nullptr, handle.options());
+    const bool done = handle.tiff != nullptr && write_all(handle.tiff, picture, with_alpha ? 4 : 3);
+    handle.close();
+    file.check();
+    if (!done) throw Failure(file.path(), "could not be written: " + handle.error());
+}
+
+const Format& tiff_format() {
+    static const Format format{
+        "TIFF",
+        {std::string("II*\0", 4), std::string("MM\0*", 4), std::string("II+\0", 4), std::string("MM\0+", 4)},
+        {"tif", "tiff"},
+        {8, 16, 32},
+        true,
+        false,
+        read_tiff,
+        write_tiff};
+    return format;
+}
+
+}  // namespace qx::io

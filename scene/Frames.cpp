@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/Frames.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "tools/qx/options/Options.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+/// Takes what is in front of the sign away from the text; all of it where the sign is missing.
+std::string cut(std::string& text, char sign, bool* found) {
+    const auto end = text.find(sign);
+    std::string front = text.substr(0, end);
+    *found = end != std::string::npos;
+    text = *found ? text.substr(end + 1) : "";
+    return front;
+}
+
+/// Signs of a place for a number at `at`: #### or %04d. 0 when there is none.
+std::size_t place_length(const std::string& name, std::size_t at, int* digits) {
+    if (name[at] == '#') {
+        const auto end = std::min(name.find_first_not_of('#', at), name.size());
+        *digits = static_cast<int>(end - at);
+        return end - at;
+    }
+    if (name.compare(at, 2, "%d") == 0) {
+        *digits = 1;
+        return 2;
+    }
+    const bool wide = name.compare(at, 2, "%0") == 0 && at + 3 < name.size() && name[at + 3] == 'd';
+    if (!wide || name[at + 2] < '1' || name[at + 2] > '9') return 0;
+    *digits = name[at + 2] - '0';
+    return 4;
+}
+
+}  // namespace
+
+FrameRange frame_range(const std::string& option, const std::string& text) {
+    const auto number = [&](const std::string& part, int least) {
+        const bool digits = !part.empty() && part.find_first_not_of("0123456789") == std::string::npos;
+        if (!digits) throw WrongUsage(option + " " + text + ": not frames A-B or A-BxSTEP");
+        return whole_number(option, part, least, kMostFrame);
+    };
+    std::string rest = text;
+    bool has_last = false, has_step = false;
+    FrameRange range;
+    range.first = number(cut(rest, '-', &has_last), 0);
+    range.last = has_last ? number(cut(rest, 'x', &has_step), 0) : range.first;
+    range.step = has_step ? number(rest, 1) : 1;
+    if (range.last < range.first) throw WrongUsage(option + " " + text + ": the last frame is before the first");
+    return range;
+}
+
+FramePattern::FramePattern(const std::string& option, const std::string& path) : before_(path) {
+    for (std::size_t at = path.find_last_of('/') + 1; at < path.size(); ++at) {  // 0 where there is no folder
+        int digits = 0;
+        const std::size_t length = place_length(path, at, &digits);
+        if (length == 0) continue;
+        if (has_place())
+            throw WrongUsage(std::string(option).append(" ").append(path).append(": two places for a frame's number"));
+        digits_ = digits;
+        before_ = path.substr(0, at);
+        after_ = path.substr(at + length);
+        at += length - 1;
+    }
+}
+
+FramePattern FramePattern::plain(const std::string& path) {
+    FramePattern pattern;
+    pattern.before_ = path;
+    return pattern;
+}
+
+std::string FramePattern::name(int frame) const {
+    if (!has_place()) return before_;
+    const std::string number = std::to_string(std::abs(frame));
+    const auto digits = static_cast<std::size_t>(digits_);
+    std::string name = before_;
+    if (frame < 0) name += '-';
+    name.append(digits - std::min(digits, number.size()), '0').append(number).append(after_);
+    return name;
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/Scene.h"
+
+#include <filesystem>
+#include <set>
+
+#include "pictures/Picture.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+/// Hands each file that the frames show to `see`, with the first frame that shows it.
+template <class See> void each_file(const Scene& scene, const FrameRange& frames, const See& see) {
+    for (int i = 0; i < frames.count(); ++i) {
+        const auto visit = [&](const SceneFile& file) {
+            if (i == 0 || file.name.has_place()) see(file, frames.frame(i));
+        };
+        if (scene.background) visit(*scene.background);
+        for (const SceneLayer& layer : scene.layers) {
+            visit(layer.file);
+            if (layer.mask) visit(layer.mask->file);
+        }
+    }
+}
+
+std::string absolute(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(path, ignored).string();
+}
+
+}  // namespace
+
+bool SceneTransform::moves() const {
+    if (matrix) return matrix->moves();
+    return anchor.moves() || translate.moves() || scale.moves() || rotate.moves();
+}
+
+M_Matrix3 SceneTransform::at(double frame) const {
+    if (matrix) return matrix_of(matrix->at(frame));
+    Placing placing;
+    const auto take = [&](const Track<2>& track, double(&pair)[2]) {
+        const auto value = track.at(frame);
+        pair[0] = value[0];
+        pair[1] = value[1];
+    };
+    take(anchor, placing.anchor);
+    take(translate, placing.translate);
+    take(scale, placing.scale);
+    placing.degrees = rotate.at(frame)[0];
+    return matrix_of(placing);
+}
+
+std::vector<M_Matrix3> SceneLayer::matrices(int frame) const {
+    if (!transform) return {};
+    const int count = shutter.angle > 0 && transform->moves() ? shutter.matrices : 1;
+    std::vector<M_Matrix3> matrices;
+    for (int i = 0; i < count; ++i) {
+        const double open = count == 1 ? 0 : shutter.angle * i / (count - 1);
+        matrices.push_back(transform->at(frame + (shutter.phase + open) / 360));
+    }
+    return matrices;
+}
+
+void check_files(const Scene& scene, const FrameRange& frames) {
+    each_file(scene, frames, [&](const SceneFile& file, int frame) {
+        const std::string path = file.at(frame);
+        std::error_code ignored;
+        if (std::filesystem::exists(path, ignored)) return;
+        throw io::Failure(scene.file,
+                          file.place + " " + path + ": no such file, frame " + std::to_string(frame) + " needs it");
+    });
+}
+
+void check_outputs(const Scene& scene, const FrameRange& frames, const FramePattern& names) {
+    std::set<std::string> outputs;
+    for (int i = 0; i < frames.count(); ++i) outputs.insert(absolute(names.name(frames.frame(i))));
+    each_file(scene, frames, [&](const SceneFile& file, int frame) {
+        if (outputs.count(absolute(file.at(frame))) == 0) return;
+        throw WrongUsage("-o " + file.at(frame) + ": is a picture of the scene, at " + file.place);
+    });
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "QX/compositing/QX_CompositeMode.h"
+#include "QX/indep/QX_Records.h"
+#include "scene/Frames.h"
+#include "scene/Keyframes.h"
+#include "scene/Placing.h"
+
+/// What a scene file says, checked; docs/scene.md describes the file.
+namespace qx::tool {
+
+/// A picture, or a sequence of pictures with a number in their names.
+struct SceneFile {
+    FramePattern name;
+    int offset = 0;     ///< picture `frame + offset` of a sequence is shown
+    std::string place;  ///< in the scene, such as /layers/2/file
+    std::string at(int frame) const { return name.name(frame + offset); }
+};
+
+struct SceneMask {
+    SceneFile file;
+    QX_MaskKind kind = kQX_MaskAlpha;
+    int x = 0, y = 0;
+};
+
+struct SceneTransform {
+    Track<2> anchor{Track<2>::Value{0, 0}}, translate{Track<2>::Value{0, 0}}, scale{Track<2>::Value{1, 1}};
+    Track<1> rotate{Track<1>::Value{0}};
+    std::optional<Track<9>> matrix;  ///< in place of these four
+
+    bool moves() const;
+    M_Matrix3 at(double frame) const;
+};
+
+/// When the shutter is open: from frame + phase / 360 on, for angle / 360 frames.
+struct Shutter {
+    double angle = 0, phase = 0;
+    int matrices = 17;
+};
+
+struct SceneLayer {
+    SceneFile file;
+    int mode = xfer_over;
+    Track<1> opacity{Track<1>::Value{1}};
+    std::optional<SceneMask> mask;
+    std::optional<QX_PixelFloat> matte;  ///< colour that the file's pixels were mixed with
+    int field = 0, quality = 1;
+    std::optional<SceneTransform> transform;
+    Shutter shutter;
+    bool rgb_only = false;
+    float gamma = 0;  ///< 0 blends the stored values
+    int seed = 0;
+
+    /// Of the layer at a frame, in time order; none for a layer that is not transformed.
+    std::vector<M_Matrix3> matrices(int frame) const;
+};
+
+/// Frames per second.
+struct Rate {
+    int number = 25, per = 1;
+};
+
+struct Scene {
+    std::string file;
+    int width = 0, height = 0;  ///< 0: those of the background's picture
+    int depth = 8;
+    Rate rate;
+    std::optional<FrameRange> frames;
+    QX_PixelFloat colour{0, 0, 0, 0};  ///< of the background
+    std::optional<SceneFile> background;
+    std::vector<SceneLayer> layers;
+};
+
+/// Throws io::Failure, which names the file and the key.
+Scene read_scene(const std::string& path);
+
+/// Throws io::Failure for the first file that a frame of the range needs and that is not there.
+void check_files(const Scene& scene, const FrameRange& frames);
+/// Throws WrongUsage when a frame would be written over a file that one of them shows.
+void check_outputs(const Scene& scene, const FrameRange& frames, const FramePattern& names);
+
+}  // namespace qx::tool

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/SceneNode.h"
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+
+#include "scene/Words.h"
+#include "tools/qx/options/Options.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+using nlohmann::json;
+
+std::string words(double number) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
+
+std::string range_of(std::size_t fewest, std::size_t most) {
+    return fewest == most ? std::to_string(fewest) : std::to_string(fewest) + " to " + std::to_string(most);
+}
+
+/// What the library calls a fault, without its own number in brackets.
+std::string plain(const std::string& what) {
+    const auto end = what.find("] ");
+    return end == std::string::npos ? what : what.substr(end + 2);
+}
+
+}  // namespace
+
+void SceneNode::fault(const std::string& words) const {
+    throw WrongUsage((place_.empty() ? "/" : place_) + " " + words);
+}
+
+double SceneNode::number(double least, double most) const {
+    const double number = value_->is_number() ? value_->get<double>() : 0;
+    if (value_->is_number() && number >= least && number <= most) return number;
+    fault("is not a number from " + words(least) + " to " + words(most));
+}
+
+int SceneNode::whole(int least, int most) const {
+    const double number = value_->is_number() ? value_->get<double>() : 0.5;
+    if (number >= least && number <= most && number == static_cast<int>(number)) return static_cast<int>(number);
+    fault("is not a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+std::string SceneNode::text() const {
+    if (!is_text() || value_->get_ref<const std::string&>().empty()) fault("is not a text");
+    return value_->get<std::string>();
+}
+
+bool SceneNode::flag() const {
+    if (!value_->is_boolean()) fault("is neither true nor false");
+    return value_->get<bool>();
+}
+
+int SceneNode::choice(const std::vector<std::string>& words) const { return tool::choice(place_, text(), words); }
+
+std::vector<SceneNode> SceneNode::items(std::size_t fewest, std::size_t most) const {
+    if (!is_list()) fault("is not a list");
+    if (value_->size() < fewest || value_->size() > most) fault("does not have " + range_of(fewest, most) + " items");
+    std::vector<SceneNode> items;
+    for (std::size_t i = 0; i < value_->size(); ++i) items.emplace_back((*value_)[i], place_ + "/" + std::to_string(i));
+    return items;
+}
+
+std::vector<double> SceneNode::numbers(std::size_t fewest, std::size_t most, double least, double highest) const {
+    if (fewest == 1 && is_number()) return {number(least, highest)};
+    if (!is_list()) fault("is not a list of " + range_of(fewest, most) + " numbers");
+    std::vector<double> numbers;
+    for (const SceneNode& item : items(fewest, most)) numbers.push_back(item.number(least, highest));
+    return numbers;
+}
+
+void SceneNode::check_keys(const std::vector<std::string>& known) const {
+    if (!is_object()) fault("is not an object");
+    for (const auto& item : value_->items()) {
+        if (std::find(known.begin(), known.end(), item.key()) != known.end()) continue;
+        SceneNode(item.value(), place_ + "/" + item.key())
+            .fault("is an unknown key; the nearest is " + nearest_word(item.key(), known));
+    }
+}
+
+std::optional<SceneNode> SceneNode::find(const std::string& key) const {
+    const auto found = value_->find(key);
+    if (found == value_->end()) return std::nullopt;
+    return SceneNode(*found, place_ + "/" + key);
+}
+
+SceneNode SceneNode::need(const std::string& key) const {
+    if (const auto found = find(key)) return *found;
+    SceneNode(*value_, place_ + "/" + key).fault("is missing");
+}
+
+json parse_json(const std::string& text) {
+    std::vector<std::set<std::string>> open;
+    const auto watch = [&](int, json::parse_event_t event, json& value) {
+        if (event == json::parse_event_t::object_start) open.emplace_back();
+        if (event == json::parse_event_t::object_end) open.pop_back();
+        if (event == json::parse_event_t::key && !open.back().insert(value.get<std::string>()).second) {
+            throw WrongUsage("key " + value.get<std::string>() + " stands twice in an object");
+        }
+        return true;
+    };
+    try {
+        return json::parse(text, watch);
+    } catch (const json::exception& fault) {
+        throw WrongUsage(plain(fault.what()));
+    }
+}
+
+}  // namespace qx::tool

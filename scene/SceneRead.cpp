@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: Apache-2.0
+// Scenes from JSON.
+#include <climits>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "pictures/Files.h"
+#include "pictures/Picture.h"
+#include "scene/LayerWords.h"
+#include "scene/Modes.h"
+#include "scene/Scene.h"
+#include "scene/SceneNode.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kMostSide = 30000;
+constexpr int kFarthest = 1'000'000;
+constexpr double kMostAngle = 3600;
+constexpr int kMostMatrices = 257;
+constexpr std::size_t kMostItems = 100'000;
+const std::vector<std::string> kBetweenWords = {"linear", "smooth"};
+
+template <std::size_t N>
+typename Track<N>::Value track_value(const SceneNode& node, std::size_t fewest, double least, double most) {
+    const auto numbers = node.numbers(fewest, N, least, most);
+    typename Track<N>::Value value;
+    for (std::size_t i = 0; i < N; ++i) value[i] = numbers[std::min(i, numbers.size() - 1)];  // one stands for all
+    return value;
+}
+
+template <std::size_t N>
+std::vector<typename Track<N>::Key> track_keys(const SceneNode& node, std::size_t fewest, double least, double most) {
+    node.check_keys({"keys", "interpolation"});
+    const auto whole = node.find("interpolation");
+    const auto common = static_cast<Between>(whole ? whole->choice(kBetweenWords) : 0);
+    std::vector<typename Track<N>::Key> keys;
+    for (const SceneNode& item : node.need("keys").items(1, kMostItems)) {
+        item.check_keys({"frame", "value", "interpolation"});
+        const SceneNode frame = item.need("frame");
+        const double at = frame.number(-kMostFrame, kMostFrame);
+        if (!keys.empty() && at <= keys.back().frame) frame.fault("does not come after the key before");
+        const auto own = item.find("interpolation");
+        keys.push_back({at, track_value<N>(item.need("value"), fewest, least, most),
+                        own ? static_cast<Between>(own->choice(kBetweenWords)) : common});
+    }
+    return keys;
+}
+
+/// Numbers that may move: a value, or an object with keys.
+/// @param fewest  numbers that a value has at least
+template <std::size_t N>
+void read_track(const SceneNode& node, const char* key, std::size_t fewest, double least, double most, Track<N>& to) {
+    const auto found = node.find(key);
+    if (!found) return;
+    if (found->is_object()) {
+        to = Track<N>(track_keys<N>(*found, fewest, least, most));
+    } else {
+        to = Track<N>(track_value<N>(*found, fewest, least, most));
+    }
+}
+
+class Reader {
+public:
+    explicit Reader(const std::string& path) : folder_(fs::path(path).parent_path()) { scene_.file = path; }
+
+    Scene read(const SceneNode& root) {
+        root.check_keys({"size", "depth", "rate", "frames", "background", "layers"});
+        read_frame(root);
+        if (const auto background = root.find("background")) read_background(*background);
+        if (scene_.width == 0 && !scene_.background) root.need("size");
+        for (const SceneNode& layer : root.need("layers").items(0, kMostItems))
+            scene_.layers.push_back(read_layer(layer));
+        return std::move(scene_);
+    }
+
+private:
+    void read_frame(const SceneNode& root) {
+        if (const auto size = root.find("size")) {
+            const auto sides = size->items(2, 2);
+            scene_.width = sides[0].whole(1, kMostSide);
+            scene_.height = sides[1].whole(1, kMostSide);
+        }
+        if (const auto depth = root.find("depth")) {
+            scene_.depth = depth->whole(8, 32);
+            if (scene_.depth != 8 && scene_.depth != 16 && scene_.depth != 32) depth->fault("is none of 8, 16, 32");
+        }
+        if (const auto rate = root.find("rate")) read_rate(*rate);
+        if (const auto frames = root.find("frames")) {
+            const auto ends = frames->items(2, 2);
+            scene_.frames = FrameRange{ends[0].whole(0, kMostFrame), ends[1].whole(0, kMostFrame), 1};
+            if (scene_.frames->last < scene_.frames->first) frames->fault("ends before it begins");
+        }
+    }
+
+    void read_rate(const SceneNode& rate) {
+        constexpr int most = 1000, fine = 1000;
+        if (rate.is_list()) {
+            const auto parts = rate.items(2, 2);
+            scene_.rate = {parts[0].whole(1, most * 1001), parts[1].whole(1, most * 1001)};
+        } else {
+            const double number = std::nearbyint(rate.number(1.0 / fine, most) * fine);
+            scene_.rate = {static_cast<int>(number), fine};
+        }
+    }
+
+    void read_background(const SceneNode& node) {
+        if (node.is_text() || node.is_object()) {
+            scene_.background = read_file(node);
+            return;
+        }
+        const auto c = node.numbers(3, 4, 0, 1);
+        const auto channel = [&](std::size_t i) { return static_cast<float>(c[i]); };
+        scene_.colour = {c.size() == 4 ? channel(3) : 1.0f, channel(0), channel(1), channel(2)};
+    }
+
+    /// A name, or an object of a name and an offset.
+    SceneFile read_file(const SceneNode& node) {
+        SceneFile file;
+        file.place = node.place();
+        SceneNode name = node;
+        if (node.is_object()) {
+            node.check_keys({"name", "offset"});
+            name = node.need("name");
+            if (const auto offset = node.find("offset")) file.offset = offset->whole(-kMostFrame, kMostFrame);
+        }
+        const std::string path = (folder_ / name.text()).string();
+        std::error_code ignored;
+        if (!fs::exists(path, ignored)) file.name = FramePattern(name.place(), path);
+        if (file.name.has_place()) return file;
+        file.name = FramePattern::plain(path);  // a file may have such signs in its name
+        if (!fs::exists(path, ignored)) name.fault(path + ": no such file");
+        return file;
+    }
+
+    SceneMask read_mask(const SceneNode& node) {
+        SceneMask mask;
+        if (!node.is_object()) {
+            mask.file = read_file(node);
+            return mask;
+        }
+        node.check_keys({"file", "kind", "at"});
+        mask.file = read_file(node.need("file"));
+        if (const auto kind = node.find("kind")) mask.kind = static_cast<QX_MaskKind>(kind->choice(kMaskKindWords));
+        if (const auto at = node.find("at")) {
+            const auto place = at->items(2, 2);
+            mask.x = place[0].whole(-kFarthest, kFarthest);
+            mask.y = place[1].whole(-kFarthest, kFarthest);
+        }
+        return mask;
+    }
+
+    static SceneTransform read_transform(const SceneNode& node) {
+        node.check_keys({"anchor", "translate", "scale", "rotate", "matrix"});
+        SceneTransform transform;
+        read_track(node, "anchor", 2, -kMostPlacing, kMostPlacing, transform.anchor);
+        read_track(node, "translate", 2, -kMostPlacing, kMostPlacing, transform.translate);
+        read_track(node, "scale", 1, -kMostPlacing, kMostPlacing, transform.scale);
+        read_track(node, "rotate", 1, -kMostPlacing, kMostPlacing, transform.rotate);
+        if (const auto matrix = node.find("matrix")) {
+            for (const char* other : {"anchor", "translate", "scale", "rotate"}) {
+                if (node.find(other)) matrix->fault(std::string("excludes ") + other);
+            }
+            transform.matrix.emplace(Track<9>::Value{});
+            read_track(node, "matrix", 9, -kMostPlacing, kMostPlacing, *transform.matrix);
+        }
+        return transform;
+    }
+
+    static Shutter read_shutter(const SceneNode& node) {
+        node.check_keys({"angle", "phase", "matrices"});
+        Shutter shutter;
+        if (const auto angle = node.find("angle")) shutter.angle = angle->number(0, kMostAngle);
+        if (const auto phase = node.find("phase")) shutter.phase = phase->number(-kMostAngle, kMostAngle);
+        if (const auto matrices = node.find("matrices")) shutter.matrices = matrices->whole(2, kMostMatrices);
+        return shutter;
+    }
+
+    static QX_PixelFloat read_matte(const SceneNode& node) {
+        const auto c = node.numbers(3, 3, 0, 1);
+        return {1, static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2])};
+    }
+
+    static int read_mode(const SceneNode& node) {
+        return node.is_number() ? mode_number(std::to_string(node.whole(-100, 100)), node.place())
+                                : mode_number(node.text(), node.place());
+    }
+
+    static void read_look(const SceneNode& node, SceneLayer& layer) {
+        read_track(node, "opacity", 1, 0, 1, layer.opacity);
+        if (const auto mode = node.find("mode")) layer.mode = read_mode(*mode);
+        if (const auto matte = node.find("matte")) layer.matte = read_matte(*matte);
+        if (const auto field = node.find("field")) layer.field = field->choice(kFieldWords);
+        if (const auto quality = node.find("quality")) layer.quality = quality->choice(kQualityWords);
+        if (const auto keep = node.find("rgb-only")) layer.rgb_only = keep->flag();
+        if (const auto gamma = node.find("linear")) {
+            layer.gamma = static_cast<float>(gamma->number(kLeastGamma, kMostGamma));
+        }
+        if (const auto seed = node.find("seed")) layer.seed = seed->whole(INT_MIN, INT_MAX);
+    }
+
+    SceneLayer read_layer(const SceneNode& node) {
+        node.check_keys({"file", "mode", "opacity", "mask", "matte", "field", "quality", "transform", "shutter",
+                         "rgb-only", "linear", "seed"});
+        SceneLayer layer;
+        layer.file = read_file(node.need("file"));
+        read_look(node, layer);
+        if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask);
+        if (layer.mode == xfer_mask_crossfade && !layer.mask) node.need("mask");
+        if (const auto transform = node.find("transform")) layer.transform = read_transform(*transform);
+        if (const auto shutter = node.find("shutter")) layer.shutter = read_shutter(*shutter);
+        return layer;
+    }
+
+    const fs::path folder_;
+    Scene scene_;
+};
+
+std::string contents(const std::string& path) {
+    const io::InputFile exists(path);
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+}  // namespace
+
+Scene read_scene(const std::string& path) {
+    const std::string text = contents(path);
+    try {
+        const nlohmann::json json = parse_json(text);
+        return Reader(path).read(SceneNode(json, ""));
+    } catch (const WrongUsage& fault) {
+        throw io::Failure(path, fault.what());
+    }
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "pictures/Picture.h"
+#include "scene/Composite.h"
+#include "scene/Scene.h"
+
+namespace qx::tool {
+
+/// Makes the frames of a scene, one at a time on all processors. A picture stays in memory until a layer shows
+/// another one. A frame does not depend on those before it.
+class SceneRender {
+public:
+    explicit SceneRender(const Scene& scene);
+
+    /// Throws io::Failure, WorkFailed or io::Interrupted.
+    io::Picture frame(int number);
+    /// Size of the frames; that of the background's picture at `number` when the scene tells none.
+    void size(int number, int* width, int* height);
+
+private:
+    /// A picture that a layer or a mask shows, at the scene's depth.
+    struct Shown {
+        std::string path;
+        io::Picture picture;
+    };
+    const io::Picture& show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte);
+    void say_once(const std::string& note);
+    io::Picture background(int number);
+    void composite_layer(std::size_t index, int number, QX_World& onto);
+
+    const Scene& scene_;
+    struct LayerState {
+        Shown picture, mask;
+        std::unique_ptr<QX_LinearBlendingTables> tables;
+    };
+    std::vector<LayerState> layers_;
+    Shown background_;
+    std::set<std::string> said_;
+};
+
+}  // namespace qx::tool

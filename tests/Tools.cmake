@@ -1,0 +1,26 @@
+# Pictures and scenes as libraries, and the command: its parts through qx_commands, the whole of it as a program.
+find_package(PNG REQUIRED)
+find_package(JPEG REQUIRED)
+find_package(TIFF REQUIRED)
+find_package(OpenEXR CONFIG REQUIRED)
+
+add_library(qx_tools_support STATIC tools/Support.cpp)
+target_compile_definitions(qx_tools_support PRIVATE QX_COMMAND="$<TARGET_FILE:qx>")
+target_link_libraries(qx_tools_support PUBLIC qx_commands PNG::PNG JPEG::JPEG TIFF::TIFF OpenEXR::OpenEXR
+  GTest::gtest PRIVATE qx_warnings)
+add_dependencies(qx_tools_support qx)
+
+foreach(area pictures scene tools)
+  file(GLOB sources CONFIGURE_DEPENDS ${area}/*Test.cpp)
+  if(NOT QX_BUILD_MOVIE)
+    list(FILTER sources EXCLUDE REGEX "MovieTest")
+  endif()
+  add_executable(test_${area} ${sources})
+  target_link_libraries(test_${area} PRIVATE qx_tools_support GTest::gtest_main qx_warnings)
+  gtest_discover_tests(test_${area} TEST_PREFIX ${area}/ DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 900)
+endforeach()
+if(QX_BUILD_MOVIE)
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(FFMPEG_TEST REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
+  target_link_libraries(test_tools PRIVATE PkgConfig::FFMPEG_TEST)
+endif()

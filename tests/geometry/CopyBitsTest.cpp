@@ -1,0 +1,406 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copies from rectangle to rectangle, against a slow model of one direction at a time.
+#include "QX/geometry/QX_CopyBits.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <random>
+
+#include "QX/indep/QX_Slots.h"
+#include "QX/pixelops/QX_Fill.h"
+#include "QX/sampling/QX_AreaSample.h"
+#include "QX/sampling/QX_Samp.h"
+#include "QX/sampling/QX_SampPB.h"
+#include "QX/world/QX_Chunk.h"
+#include "platform/M_Matrix.h"
+#include "tests/support/Refusals.h"
+#include "tests/world/WorldSupport.h"
+
+namespace qx::test {
+namespace {
+
+/// For each place of the destination in one direction the place of the source that lands there, or -1.
+std::vector<int> landed(int s0, int s1, int s_end, int d0, int d1, int d_end) {
+    std::vector<int> map(static_cast<std::size_t>(d_end), -1);
+    if (s1 <= s0 || d1 <= d0 || s0 >= s_end || d0 >= d_end || s1 < 1 || d1 < 1) return map;
+    const int sw = s1 - s0, dw = d1 - d0;
+    if (s0 < 0) d0 += -s0 * dw / sw, s0 = 0;
+    if (s1 > s_end) d1 -= (s1 - s_end) * dw / sw, s1 = s_end;
+    if (d0 < 0) s0 += -d0 * sw / dw, d0 = 0;
+    if (d1 > d_end) s1 -= (d1 - d_end) * sw / dw, d1 = d_end;
+    if (s1 <= s0 || d1 <= d0) return map;
+    int acc = 0, at = d0;
+    for (int s = s0; s < s1; ++s) {
+        acc += d1 - d0;
+        for (int n = acc / (s1 - s0); n > 0; --n, acc -= s1 - s0) map[static_cast<std::size_t>(at++)] = s;
+    }
+    EXPECT_EQ(at, d1);
+    return map;
+}
+
+constexpr std::pair kKept{-1, -1}, kCleared{-2, -2}, kDoubtful{-3, -3};
+
+/// Every channel of `got` is that of the source place that `from(x, y)` names, or what the pairs above tell.
+template <class From>
+void expect_landed(const QX_World& got, const QX_World& before, const QX_World& src, const From& from) {
+    for (int y = 0; y < got.height; ++y) {
+        for (int x = 0; x < got.width; ++x) {
+            const std::pair place = from(x, y);
+            const auto [sx, sy] = place;
+            for (int c = 0; c < 4 && place != kDoubtful; ++c) {
+                const double want = place == kCleared  ? 0
+                                    : sx < 0 || sy < 0 ? channel(before, x, y, c)
+                                                       : converted(channel(src, sx, sy, c), src.Depth(), got.Depth());
+                ASSERT_EQ(channel(got, x, y, c), want) << "at " << x << "," << y << " from " << sx << "," << sy;
+            }
+        }
+    }
+}
+
+TEST(CopyBitsDraft, RepeatsAndSkipsFromTheSum) {
+    const auto scaled = [](int from, int to) {
+        const World src = made(from, 1, 8, 0), dst(QX_World::New(to, 1, 8, 1));
+        for (int x = 0; x < from; ++x) std::memset(static_cast<std::byte*>(src->data) + 4 * x, 'a' + x, 4);
+        EXPECT_EQ(QX_CopyBits_Draft_Static(nullptr, src.get(), dst.get(), nullptr, nullptr), 0);
+        std::string text;
+        for (int x = 0; x < to; ++x) text += static_cast<char>(channel(*dst, x, 0, 2));
+        return text;
+    };
+    EXPECT_EQ(scaled(3, 4), "abcc");
+    EXPECT_EQ(scaled(4, 3), "bcd");
+    EXPECT_EQ(scaled(2, 6), "aaabbb");
+    EXPECT_EQ(scaled(6, 1), "f");
+}
+
+TEST(CopyBitsDraft, IsTheModelAtAllDepthsAndRectangles) {
+    Numbers number(3);
+    for (unsigned i = 0; i < 4500; ++i) {
+        const int depths[] = {8, 16, 32}, from = depths[i % 3], to = depths[i / 3 % 3];
+        const World src = made(number(1, 14), number(1, 12), from, i),
+                    dst = made(number(1, 14), number(1, 12), to, i + 1);
+        const World before = made(dst->width, dst->height, to, i + 1);
+        const auto rect = [&](const QX_World& w) {
+            const int left = number(-9, w.width + 2), top = number(-9, w.height + 2);
+            return M_LRect{left, top, left + number(-1, 30), top + number(-1, 24)};
+        };
+        M_LRect s = rect(*src), d = rect(*dst);
+        const bool all_src = i % 5 == 0, all_dst = i % 7 == 0;
+        if (i % 11 == 0) d = s;
+        ASSERT_EQ(
+            QX_CopyBits_Draft_Static(nullptr, src.get(), dst.get(), all_src ? nullptr : &s, all_dst ? nullptr : &d), 0);
+        if (all_src) s = {0, 0, src->width, src->height};
+        if (all_dst) d = {0, 0, dst->width, dst->height};
+        auto columns = landed(s.left, s.right, src->width, d.left, d.right, dst->width);
+        auto rows = landed(s.top, s.bottom, src->height, d.top, d.bottom, dst->height);
+        SCOPED_TRACE(testing::Message() << "case " << i << " " << from << "->" << to << " " << name(s) << " to "
+                                        << name(d));
+        expect_landed(*dst, *before, *src, [&](int x, int y) {
+            return std::pair(columns[static_cast<std::size_t>(x)], rows[static_cast<std::size_t>(y)]);
+        });
+        if (HasFatalFailure()) return;
+    }
+}
+
+/// Rows of a larger buffer: nothing behind a row is touched; the same rectangle of one world stays.
+TEST(CopyBitsDraft, PaddingAndCopiesInPlaceStay) {
+    for (const int depth : {8, 16, 32}) {
+        for (const int padding : {0, 16}) {
+            Canvas from{depth, 5, 4, 16}, to{depth, 5, 4, padding};
+            for (auto& byte : from.memory) byte = static_cast<std::uint8_t>(byte + 100);
+            ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, from.world.get(), to.world.get(), nullptr, nullptr), 0);
+            to.expect([&](int x, int y, int byte) { return from.first()[y * from.rowbytes + x * from.pixel + byte]; });
+            Canvas same{depth, 5, 4, padding};
+            const M_LRect part{-1, 1, 4, 9};
+            ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, same.world.get(), same.world.get(), nullptr, nullptr), 0);
+            ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, same.world.get(), same.world.get(), &part, &part), 0);
+            same.expect([](int, int, int) { return -1; });
+        }
+    }
+}
+
+TEST(CopyBitsDraft, NumbersBeyond32BitsAreTold) {
+    Reports reports;
+    const World src = made(4, 4, 8, 1), dst = made(4, 4, 16, 2), before = made(4, 4, 16, 2);
+    const M_LRect huge_x{INT_MIN, 0, INT_MAX, 4}, huge_y{0, -1, 4, INT_MAX}, wide{-70000, 0, 70000, 4},
+        tall{0, -70000, 4, 70000};
+    const struct {
+        M_LRect s, d;
+        char axis;
+    } cases[] = {{huge_x, {0, 0, 4, 4}, 'x'}, {{0, 0, 4, 4}, huge_x, 'x'}, {huge_y, {0, 0, 4, 4}, 'y'},
+                 {wide, wide, 'x'},           {tall, tall, 'y'},           {{0, 0, 40000, 4}, {0, 0, 80000, 4}, 'x'}};
+    for (const auto& c : cases) {
+        reports.clear();
+        EXPECT_EQ(QX_CopyBits_Draft_Static(nullptr, src.get(), dst.get(), &c.s, &c.d), 3);
+        EXPECT_EQ(reports.last_text(), std::string("QXp_CopyBitsUniversal ") + c.axis + " overflow detected");
+        EXPECT_EQ(std::memcmp(dst->data, before->data, 4 * 4 * 8), 0);
+    }
+    EXPECT_EQ(QX_CopyBits_Draft_Static(nullptr, src.get(), src.get(), &wide, &wide), 0) << "a move needs no quotients";
+}
+
+/// What a sampler was asked, written into the pixel; `Area` marks which of the two it was.
+template <class Pixel, int Mark>
+int marking_sampler(void*, std::int32_t x, std::int32_t y, const QX_SampPB* block, Pixel* out) {
+    const auto low = [](std::int64_t v) { return static_cast<QX_ChannelOf<Pixel>>(v & 255); };
+    const std::int64_t all = std::int64_t{x} * 31 + std::int64_t{y} * 17;
+    *out = {low(Mark), low(all), low(all >> 8),
+            low(block->x_radius + 3 * std::int64_t{block->y_radius} + 5 * std::int64_t{block->area})};
+    return 0;
+}
+
+/// The pixels are those of the two samplers at the positions and with the block that the sizes give.
+template <class Pixel> void expect_hq(CopyBitsFn* copy, QX_PointSampler<Pixel> subpixel, QX_PointSampler<Pixel> area) {
+    Numbers number(4);
+    constexpr int depth = DepthOf<Pixel>::number;
+    for (unsigned i = 0; i < 600; ++i) {
+        const World src = made(number(1, 14), number(1, 12), depth, i), dst = made(11, 9, depth, i + 1),
+                    before = made(11, 9, depth, i + 1);
+        const int left = number(-6, 12), top = number(-6, 9), u = number(-3, 5), v = number(-3, 5);
+        const M_LRect s{u, v, u + number(4, 20), v + number(4, 20)},
+            d{left, top, left + number(1, 20), top + number(1, 20)};
+        const std::int64_t sw = s.right - s.left, sh = s.bottom - s.top, dw = d.right - d.left, dh = d.bottom - d.top;
+        if (sw == dw && sh == dh) continue;
+        SCOPED_TRACE(testing::Message() << "case " << i << " " << name(s) << " to " << name(d));
+        ASSERT_EQ(copy(nullptr, src.get(), dst.get(), &s, &d), 0);
+        const bool nothing = s.left >= src->width || s.top >= src->height || d.left >= 11 || d.top >= 9 ||
+                             s.right < 1 || s.bottom < 1 || d.right < 1 || d.bottom < 1;
+        const std::int64_t sx = sw * 65536 / dw, sy = sh * 65536 / dh;
+        QX_SampPB block{};
+        block.src = src.get();
+        block.x_radius = static_cast<std::int32_t>(sx / 2), block.y_radius = static_cast<std::int32_t>(sy / 2);
+        block.area = static_cast<std::int32_t>(std::floor(static_cast<double>(sx * sy) / 65536));
+        for (int y = 0; y < 9; ++y) {
+            for (int x = 0; x < 11; ++x) {
+                Pixel want = static_cast<QX_WorldX<Pixel>&>(*before).Row(y)[x];
+                if (!nothing && holds(d, x, y)) {
+                    const auto px = static_cast<std::int32_t>(sx / 2 - 32768 + s.left * 65536 + sx * (x - d.left));
+                    const auto py = static_cast<std::int32_t>(sy / 2 - 32768 + s.top * 65536 + sy * (y - d.top));
+                    (sx > 65536 || sy > 65536 ? area : subpixel)(nullptr, px, py, &block, &want);
+                }
+                ASSERT_EQ(std::memcmp(&want, static_cast<QX_WorldX<Pixel>&>(*dst).Row(y) + x, sizeof want), 0)
+                    << x << "," << y;
+            }
+        }
+    }
+}
+
+/// Samplers that mark their pixels stand in the slots.
+class CopyBitsHQ : public testing::Test {
+protected:
+    Born born_;
+    CopyBitsHQ() {
+        set_slot<Slot::SubpixelSample>(&marking_sampler<QX_Pixel8, 3>);
+        set_slot<Slot::SubpixelSamplePremul>(&marking_sampler<QX_Pixel8, 4>);
+        set_slot<Slot::AreaSample>(&marking_sampler<QX_Pixel8, 5>);
+        set_slot<Slot::AreaSamplePremul>(&marking_sampler<QX_Pixel8, 6>);
+        set_slot<Slot::SubpixelSample16>(&marking_sampler<QX_Pixel16, 64>);
+        set_slot<Slot::AreaSample16>(&marking_sampler<QX_Pixel16, 65>);
+    }
+};
+
+TEST_F(CopyBitsHQ, AsksTheSamplersOfTheSlots) {
+    expect_hq<QX_Pixel8>(&QX_CopyBits_HQ_Straight, &marking_sampler<QX_Pixel8, 3>, &marking_sampler<QX_Pixel8, 5>);
+    expect_hq<QX_Pixel8>(&QX_CopyBits_HQ_Premul, &marking_sampler<QX_Pixel8, 4>, &marking_sampler<QX_Pixel8, 6>);
+    expect_hq<QX_Pixel16>(&QX_CopyBits_HQ_Straight, &marking_sampler<QX_Pixel16, 64>, &marking_sampler<QX_Pixel16, 65>);
+    expect_hq<QX_PixelFloat>(&QX_CopyBits_HQ_Straight, &QX_SubpixelBilinearFloat,
+                             &QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>);
+}
+
+/// A footprint of 40,000 pixels passes a signed 16.16 number.
+TEST(CopyBitsHQPremul, LargeFootprintsKeepTheirMean) {
+    const Born born;
+    const World src = made(200, 200, 8, 1), dst = made(1, 1, 8, 2);
+    const QX_Pixel8 colour{100, 50, 25, 5};
+    QX_Fill(nullptr, &colour, nullptr, src.get());
+    ASSERT_EQ(QX_CopyBits_HQ_Premul(nullptr, src.get(), dst.get(), nullptr, nullptr), 0);
+    EXPECT_EQ(std::memcmp(dst->data, &colour, sizeof colour), 0);
+}
+
+/// The low 16 bits of a size divide: none draws nothing, a negative step is legal.
+TEST_F(CopyBitsHQ, SizesBeyond16Bits) {
+    const World src = made(4, 4, 8, 1), dst = made(4, 4, 8, 2), before = made(4, 4, 8, 2);
+    M_LRect d{0, 0, 65536, 4};
+    ASSERT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.get(), dst.get(), nullptr, &d), 0);
+    EXPECT_EQ(std::memcmp(dst->data, before->data, 64), 0);
+    d.right = 65535;  // as a number of 16 bits -1, and a step of -4
+    const M_LRect s{0, 0, 4, 3};
+    ASSERT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.get(), dst.get(), &s, &d), 0);
+    const std::int64_t x = -131072 - 32768 + 3 * -262144, y = 24576 - 32768;
+    EXPECT_EQ(channel(*dst, 3, 0, 1), static_cast<double>((x * 31 + y * 17) & 255));
+    EXPECT_EQ(channel(*dst, 3, 0, 2), static_cast<double>((x * 31 + y * 17) >> 8 & 255));
+    d = {INT_MIN, 0, INT_MAX, 4};
+    EXPECT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.get(), dst.get(), &s, &d), 0);
+}
+
+TEST_F(CopyBitsHQ, AbortIsAskedEvery64Rows) {
+    const World src = made(2, 2, 8, 1), dst = made(1, 300, 8, 2);
+    Polls polls;
+    QX_ProgressInfo info{&polls, &Polls::abort, [](void*, std::int32_t, std::int32_t) { return 5; }};
+    const M_LRect d{0, -10, 1, 300};
+    for (const auto& [limit, code, count] : {std::tuple{100, 0, 5u}, {2, 77, 3u}, {0, 77, 1u}}) {
+        std::memset(dst->data, 0, static_cast<std::size_t>(300 * dst->rowbytes));
+        polls = {.stop_at = limit, .code = 77};
+        EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), code);
+        EXPECT_EQ(polls.calls.size(), count);
+        int rows = 0;
+        while (rows < 300 && channel(*dst, 0, rows, 0) == 5) ++rows;
+        EXPECT_EQ(rows, code == 0 ? 300 : limit * 64 + 1);
+    }
+    info.abort_func = nullptr;
+    EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, nullptr), 0);
+}
+
+TEST(CopyBits, Refusals) {
+    const Born born;
+    const World w8 = made(4, 4, 8, 1), w16 = made(4, 3, 16, 2), small16 = made(2, 2, 16, 3);
+    BadWorlds bad;
+    OddWorld wider(5, 4, 1);
+    const std::string unknown = "Unknown world bitdepth in##CONDITIONNAME";
+    const auto call = [](CopyBitsFn* copy, QX_LayerDef* s, QX_LayerDef* d) {
+        return [=] { return copy(nullptr, s, d, nullptr, nullptr); };
+    };
+    for (CopyBitsFn* copy : {&QX_CopyBits_Draft, &QX_CopyBits_HQ_Straight, &QX_CopyBits_HQ_Premul}) {
+        expect_refused({{call(copy, &bad.gpu, w8.get()), kOnGpu},
+                        {call(copy, w8.get(), &bad.gpu), kOnGpu},
+                        {call(copy, nullptr, w8.get()), kBadParameter},
+                        {call(copy, w8.get(), nullptr), kBadParameter},
+                        {call(copy, &bad.empty, w8.get()), kBadParameter},
+                        {call(copy, w8.get(), &bad.empty), kBadParameter},
+                        {call(copy, &bad.odd, &wider), unknown}});
+    }
+    const std::string depths = "QX_CopyBits_HQ_Straight_Static requires src and dst worlds to have same bit depth";
+    const auto matrix = [](QX_LayerDef* s, QX_LayerDef* d) {
+        return [=] { return QX_CopyBits3_LO_Straight(nullptr, s, &kM_IdentityMatrix, 1, 0, d); };
+    };
+    expect_refused({{call(&QX_CopyBits_HQ_Straight, w8.get(), w16.get()), depths},
+                    {call(&QX_CopyBits_HQ_Premul, w8.get(), w16.get()), depths},
+                    {call(&QX_CopyBits_HQ_Premul, w16.get(), small16.get()), unknown},
+                    {matrix(&bad.gpu, w8.get()), kOnGpu},
+                    {matrix(w8.get(), nullptr), "dst_world is NULL"},
+                    {matrix(nullptr, w8.get()), kBadParameter},
+                    {matrix(w8.get(), &bad.empty), kBadParameter},
+                    {matrix(&bad.odd, w8.get()), unknown},
+                    {matrix(w8.get(), &bad.odd), unknown}});
+}
+
+TEST(CopyBitsMatrix, TakesTheNearestPixelAtAllDepths) {
+    std::mt19937 random(8);
+    std::uniform_real_distribution<double> part(-1.5, 1.5), shift(-6, 12);
+    for (unsigned i = 0; i < 900; ++i) {
+        const int depths[] = {8, 16, 32}, from = depths[i % 3], to = depths[i / 3 % 3],
+                  field = static_cast<int>(i / 9 % 3);
+        const World src = made(13, 10, from, i), dst = made(12, 11, to, i + 1), before = made(12, 11, to, i + 1);
+        M_Matrix3 m{
+            {{part(random), part(random), 0}, {part(random), part(random), 0}, {shift(random), shift(random), 1}}};
+        if (i % 4 == 0) m = {{{1, 0, 0}, {0, 1, 0}, {double(i % 7) - 3, 2, 1}}};
+        const double det = m.m[0][0] * m.m[1][1] - m.m[0][1] * m.m[1][0];
+        if (std::abs(det) < 0.05) continue;
+        ASSERT_EQ(QX_CopyBits3_LO_Straight(nullptr, src.get(), &m, 0, field, dst.get()), 0);
+        SCOPED_TRACE(i);
+        expect_landed(*dst, *before, *src, [&](int x, int y) {
+            const double u = x + 0.5 - m.m[2][0], v = y + 0.5 - m.m[2][1];
+            const double sx = (u * m.m[1][1] - v * m.m[1][0]) / det, sy = (v * m.m[0][0] - u * m.m[0][1]) / det;
+            const bool doubtful = std::abs(sx - std::round(sx)) < 0.01 || std::abs(sy - std::round(sy)) < 0.01;
+            if (doubtful && i % 4 != 0) return kDoubtful;  // a rounding of steps away from the next pixel
+            if (field != 0 && y % 2 == field % 2) return kKept;
+            const std::pair place(static_cast<int>(std::floor(sx)), static_cast<int>(std::floor(sy)));
+            return holds({0, 0, 13, 10}, place.first, place.second) ? place : kCleared;
+        });
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST(CopyBitsMatrix, ProgressAndWhatHasNoInverse) {
+    const World src = made(2, 2, 8, 1), dst = made(2, 200, 8, 2), before = made(2, 200, 8, 2);
+    for (const double odd : {0.0, double(NAN), double(INFINITY), 1e-300}) {
+        const M_Matrix3 flat{{{odd, 0, 0}, {0, 0, 0}, {0, 0, 1}}};
+        EXPECT_EQ(QX_CopyBits3_LO_Straight(nullptr, src.get(), &flat, 0, 0, dst.get()), 0);
+    }
+    expect_landed(*dst, *before, *src, [](int, int) { return kKept; });
+    Polls polls{.stop_at = 2};
+    const QX_ProgressInfo info{&polls, [](void*) { return 99; }, &Polls::progress};
+    EXPECT_EQ(QX_CopyBits3_LO_Straight(&info, src.get(), &kM_IdentityMatrix, 0, 0, dst.get()), 517);
+    EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{0, 200}, {64, 200}, {128, 200}}));
+    EXPECT_EQ(channel(*dst, 0, 128, 0), 0);
+    EXPECT_EQ(channel(*dst, 0, 129, 0), channel(*before, 0, 129, 0));
+}
+
+TEST(Chunks, SizesOfTypes) {
+    const std::pair<std::uint32_t, int> sizes[] = {{0x44424C38, 8}, {0x46495834, 4}, {0x464C5434, 4}, {0x4C4F4E34, 4},
+                                                   {0x55465834, 4}, {0x52474220, 3}, {0x53485432, 2}, {0x55535432, 2},
+                                                   {0, 1},          {0x20424752, 1}};
+    for (const auto& [type, size] : sizes) {
+        std::uint16_t got = 99;
+        EXPECT_EQ(QX_ChunkDataSize(type, &got), 0);
+        EXPECT_EQ(got, size) << std::hex << type;
+    }
+}
+
+struct Chunk : QX_ChannelChunk {
+    std::vector<std::uint8_t> bytes;
+    Chunk(int w, int h, std::uint32_t type, int values, int padding, unsigned seed) : QX_ChannelChunk{} {
+        std::uint16_t size = 0;
+        QX_ChunkDataSize(type, &size);
+        width = w, height = h, dimension = values, data_type = type, row_bytes = w * size * values + padding;
+        bytes.resize(static_cast<std::size_t>(row_bytes * h));
+        for (auto& b : bytes) b = static_cast<std::uint8_t>(seed = seed * 75 + 74);
+        data = bytes.data();
+    }
+    std::uint8_t at(int x, int y, int size, int i) const {
+        return bytes[static_cast<std::size_t>(y * row_bytes + x * size + i)];
+    }
+};
+
+TEST(ChannelCopy, MovesElementsOfAnySize) {
+    Numbers number(5);
+    const std::uint32_t types[] = {kQX_ChunkRGB, kQX_ChunkDouble, kQX_ChunkShort, 7};
+    const int sizes[] = {3, 8, 2, 1};
+    for (unsigned i = 0; i < 1200; ++i) {
+        const int kind = number(0, 4), values = number(1, 4), size = sizes[kind] * values;
+        const int w = number(1, 9), h = number(1, 7);
+        const Chunk src(w, h, types[kind], values, number(0, 2) * 4, i);
+        const bool whole = i % 4 == 0;
+        Chunk dst(whole ? w : number(1, 9), whole ? h : number(1, 7), types[kind], values, number(0, 2) * 4, i + 1);
+        const Chunk before = dst;
+        M_LRect s{number(-4, w), number(-4, h), 0, 0}, d{number(-4, dst.width), number(-4, dst.height), 0, 0};
+        s.right = s.left + number(1, 14), s.bottom = s.top + number(1, 14);
+        d.right = d.left + number(1, 14), d.bottom = d.top + number(1, 14);
+        dst.data = dst.bytes.data();
+        ASSERT_EQ(QX_ChannelCopy(nullptr, &src, &dst, whole ? nullptr : &s, whole ? nullptr : &d), 0);
+        if (whole) s = d = {0, 0, w, h};
+        const auto columns = landed(s.left, s.right, w, d.left, d.right, dst.width);
+        const auto rows = landed(s.top, s.bottom, h, d.top, d.bottom, dst.height);
+        for (int y = 0; y < dst.height; ++y) {
+            for (int k = 0; k < dst.width * size; ++k) {
+                const int sx = columns[static_cast<std::size_t>(k / size)], sy = rows[static_cast<std::size_t>(y)];
+                const bool hit = sx >= 0 && sy >= 0;
+                ASSERT_EQ(dst.at(0, y, 0, k), hit ? src.at(sx, sy, size, k % size) : before.at(0, y, 0, k))
+                    << "case " << i;
+            }
+        }
+    }
+}
+
+TEST(ChannelCopy, Refusals) {
+    Chunk a(4, 4, kQX_ChunkRGB, 1, 0, 1), b(4, 4, kQX_ChunkRGB, 1, 0, 2), other(4, 4, kQX_ChunkFloat, 1, 0, 3);
+    Chunk none = a;
+    none.data = nullptr;
+    const M_LRect wide{-70000, 0, 70000, 4}, tall{0, -70000, 4, 70000};
+    const auto copy = [](const QX_ChannelChunk* src, QX_ChannelChunk* dst, const M_LRect* rect = nullptr) {
+        return [=] { return QX_ChannelCopy(nullptr, src, dst, rect, rect); };
+    };
+    const auto before = b.bytes;
+    expect_refused({{copy(nullptr, &b), kBadParameter},
+                    {copy(&a, nullptr), kBadParameter},
+                    {copy(&none, &b), kBadParameter},
+                    {copy(&a, &none), kBadParameter},
+                    {copy(&a, &other), "can#{rsquo}t copy different channel worlds"},
+                    {copy(&a, &b, &wide), "QX_ChannelCopy x overflow detected"},
+                    {copy(&a, &b, &tall), "QXp_CopyBitsUniversal y underflow detected"}});
+    EXPECT_EQ(b.bytes, before);
+}
+
+}  // namespace
+}  // namespace qx::test

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: Apache-2.0
+// Operations on whole areas: what they write, and above all what they leave.
+#include <climits>
+#include <cmath>
+
+#include "QX/pixelops/QX_Fill.h"
+#include "tests/support/TestHost.h"
+#include "tests/world/WorldSupport.h"
+
+namespace {
+
+using qx::test::Canvas;
+using qx::test::holds;
+using qx::test::World;
+
+constexpr int kWidth = 7, kHeight = 5;
+constexpr M_LRect kWhole{0, 0, kWidth, kHeight};
+constexpr M_LRect kRects[] = {{2, 1, 5, 3},   {0, 1, 7, 3},
+                              {6, 0, 7, 5},   {-4, 2, 3, 9},
+                              {3, -8, 90, 1}, {-9, -9, 9, 9},
+                              {0, 0, 7, 5},   {2, 2, 2, 4},
+                              {5, 4, 2, 1},   {7, 0, 9, 5},
+                              {0, 5, 7, 8},   {-5, 0, -1, 5},
+                              {0, 0, 0, 0},   {INT_MIN, INT_MIN, INT_MAX, INT_MAX}};
+
+/// Runs body(canvas, rect) for every rectangle, depth and padding. A padding that aligns no row is among them.
+template <class Body> void on_every_canvas(const Body& body) {
+    for (const M_LRect& rect : kRects) {
+        for (const int depth : {8, 16, 32}) {
+            for (const int padding : {12, 5, 0}) {
+                SCOPED_TRACE(qx::test::name(rect));
+                Canvas canvas{depth, kWidth, kHeight, padding};
+                body(canvas, rect);
+            }
+        }
+    }
+}
+
+TEST(Clear, TakesWhatItShouldAndLeavesTheRest) {
+    on_every_canvas([](Canvas& canvas, const M_LRect& rect) {
+        const auto inside = [&](int x, int y, int) { return holds(rect, x, y) ? 0 : -1; };
+        const bool full_rows = rect.left <= 0 && rect.right >= kWidth;
+        if (canvas.padding != 0 || !full_rows || rect.top <= 0) {  // else it passes its bottom: below
+            canvas.world->Clear(&rect);
+            canvas.expect(inside);
+        }
+        const int depth = canvas.depth, padding = canvas.padding;
+        Canvas filled{depth, kWidth, kHeight, padding}, alpha{depth, kWidth, kHeight, padding},
+            rest{depth, kWidth, kHeight, padding};
+        filled.world->Fill(QX_PixelFloat{}, &rect);  // has no order of edges
+        filled.expect(inside);
+        EXPECT_EQ(QX_ClearAlphaExceptRect(nullptr, &rect, alpha.world.get()), 0);
+        alpha.expect([&](int x, int y, int byte) { return !holds(rect, x, y) && byte < alpha.pixel / 4 ? 0 : -1; });
+        rest.world->ClearExceptRect(rect);
+        rest.expect([&](int x, int y, int) { return holds(rect, x, y) ? -1 : 0; });
+    });
+}
+
+TEST(Clear, OnATightlyPackedReferenceCountsTheWholeWorldFromItsTop) {
+    for (const int depth : {8, 16, 32}) {
+        Canvas canvas{depth, kWidth, kHeight, 0};
+        const M_LRect rect{-1, 2, kWidth, 3};
+        canvas.world->Clear(&rect);
+        auto wanted = Canvas::made(canvas.memory.size());
+        std::memset(wanted.data() + (kHeight + 2) * canvas.rowbytes, 0,
+                    static_cast<std::size_t>(kHeight * canvas.rowbytes));
+        EXPECT_TRUE(canvas.memory == wanted) << depth;
+    }
+}
+
+TEST(Clear, EndsAtTheBlocksEndInAnOwningWorld) {
+    const M_LRect last_row{0, 4, 3, 5};
+    const World owner(QX_World::New(3, 5, 32, 0));
+    EXPECT_FALSE(owner->SubWorldSafetyGutterHasBeenOverWritten());
+    owner->Clear(&last_row);  // would reach four rows past the block, which AddressSanitizer would see
+    EXPECT_TRUE(owner->SubWorldSafetyGutterHasBeenOverWritten());
+
+    const World narrowed(QX_World::New(4, 6, 16, 0));
+    narrowed->Fill(QX_Pixel16{1, 2, 3, 4}, nullptr);
+    const auto* pixels = static_cast<const QX_Pixel16*>(narrowed->data);
+    narrowed->ShrinkToSubRect({0, 0, 4, 2});
+    const M_LRect second_row{0, 1, 4, 2};
+    narrowed->Clear(&second_row);
+    for (int y = 0; y < 6; ++y) EXPECT_EQ(pixels[4 * y + 3].blue, y == 1 || y == 2 ? 0 : 4) << y;
+}
+
+TEST(ClearAlphaExceptRect, MissesPixelsOnlyWhereItWouldWrite) {
+    qx::test::Reports reports;
+    const struct {
+        int width, height;
+        M_LRect rect;
+        int code;
+    } cases[] = {{4, 3, {0, 0, 4, 3}, 0},
+                 {4, 3, {-1, -1, 9, 9}, 0},
+                 {4, 3, {1, 1, 2, 2}, 3},
+                 {4, 3, {}, 3},
+                 {0, 0, {}, 0},
+                 {-2, -2, {1, 1, 0, 0}, 0},
+                 {0, 3, {}, 3}};
+    for (const auto& c : cases) {
+        QX_LayerDef record{};
+        record.width = c.width, record.height = c.height;
+        reports.clear();
+        EXPECT_EQ(QX_ClearAlphaExceptRect(nullptr, &c.rect, &record), c.code) << qx::test::name(c.rect);
+        EXPECT_EQ(reports.last_text(), c.code == 0 ? "" : "bad parameter passed to effect callback");
+    }
+    EXPECT_EQ(QX_ClearAlphaExceptRect(nullptr, &kWhole, nullptr), 3);
+    EXPECT_EQ(reports.all().back().site, 0x250000 + 13);
+}
+
+/// A colour of every depth, and its bytes at every depth by the rules for single colours.
+template <class T> std::vector<std::uint8_t> bytes_of(const T (&channels)[4]) {
+    std::vector<std::uint8_t> bytes(sizeof channels);
+    std::memcpy(bytes.data(), channels, sizeof channels);
+    return bytes;
+}
+
+TEST(Fill, EdgesInAnyOrderAreClippedAndPaddingStays) {
+    const QX_Pixel8 colour{255, 129, 1, 0};
+    const auto deep = [](int c) { return static_cast<std::uint16_t>((c * 32768 + 128) / 255); };
+    const auto real = [](int c) { return static_cast<float>(c * (1.0 / 255)); };
+    const std::vector<std::uint8_t> wanted[] = {bytes_of<std::uint8_t>({255, 129, 1, 0}),
+                                                bytes_of<std::uint16_t>({deep(255), deep(129), deep(1), 0}),
+                                                bytes_of<float>({real(255), real(129), real(1), 0.0f})};
+    on_every_canvas([&](Canvas& canvas, const M_LRect& rect) {
+        const M_LRect turned[] = {rect, {rect.right, rect.top, rect.left, rect.bottom}};
+        const M_LRect ordered{std::min(rect.left, rect.right), std::min(rect.top, rect.bottom),
+                              std::max(rect.left, rect.right), std::max(rect.top, rect.bottom)};
+        const auto& bytes = wanted[canvas.depth / 16];
+        canvas.world->extent_hint = {};  // plays no part
+        for (const M_LRect& given : turned) {
+            EXPECT_EQ(QX_Fill(nullptr, &colour, &given, canvas.world.get()), 0);
+            canvas.expect([&](int x, int y, int byte) {
+                return holds(ordered, x, y) ? bytes[static_cast<std::size_t>(byte)] : -1;
+            });
+        }
+    });
+}
+
+TEST(Fill, NullColourIsClearAndNegativeZeroIsNot) {
+    for (const int depth : {8, 16, 32}) {
+        Canvas canvas{depth, kWidth, kHeight, 4};
+        EXPECT_EQ(QX_Fill16(nullptr, nullptr, nullptr, canvas.world.get()), 0);
+        canvas.expect([](int, int, int) { return 0; });
+    }
+    Canvas canvas{32, kWidth, kHeight, 0};
+    const QX_PixelFloat negative{-0.0f, 0, 0, -0.0f};
+    EXPECT_EQ(QX_FillFloat(nullptr, &negative, nullptr, canvas.world.get()), 0);
+    canvas.expect([](int, int, int byte) { return byte == 3 || byte == 15 ? 0x80 : 0; });
+}
+
+TEST(Fill, LargeAreasOfEveryPeriod) {
+    for (const QX_Pixel16 colour : {QX_Pixel16{1, 2, 3, 4}, {7, 7, 7, 7}, {}}) {
+        const World w(QX_World::New(2901, 1500, 16, 0));  // past the caches, with rows of odd length
+        w->Fill(colour, nullptr);
+        std::int64_t wrong = 0;
+        for (int y = 0; y < w->height; ++y) {
+            const auto* row =
+                reinterpret_cast<const QX_Pixel16*>(static_cast<std::byte*>(w->data) + std::ptrdiff_t{y} * w->rowbytes);
+            for (int x = 0; x < w->width; ++x) wrong += std::memcmp(row + x, &colour, sizeof colour) != 0;
+        }
+        EXPECT_EQ(wrong, 0) << colour.red;
+        EXPECT_FALSE(w->SubWorldSafetyGutterHasBeenOverWritten());
+    }
+}
+
+/// Alpha of a pixel of a canvas as a number.
+double alpha_at(Canvas& canvas, int x, int y) {
+    const std::uint8_t* pixel = canvas.first() + y * canvas.rowbytes + x * canvas.pixel;
+    if (canvas.depth == 8) return *pixel;
+    std::uint16_t deep;
+    float real;
+    std::memcpy(&deep, pixel, sizeof deep);
+    std::memcpy(&real, pixel, sizeof real);
+    return canvas.depth == 16 ? static_cast<double>(deep) : double{real};
+}
+
+TEST(Alpha, FillsAndInvertsWhateverTheExtent) {
+    for (const int depth : {8, 16, 32}) {
+        Canvas canvas{depth, kWidth, kHeight, 6};
+        const double full = depth == 8 ? 255 : depth == 16 ? 32768 : 1;
+        canvas.world->extent_hint = {0, 0, 1, 1};
+        const double before = alpha_at(canvas, 3, 2);
+        canvas.world->InvertAlpha();
+        const double inverted = depth == 32 ? double{1.0f - static_cast<float>(before)} : full - before;
+        EXPECT_EQ(alpha_at(canvas, 3, 2), inverted);
+        canvas.world->InvertAlpha();
+        if (depth != 32) canvas.expect([](int, int, int) { return -1; });  // twice gives all back
+        canvas.world->FillAlpha();
+        for (int i = 0; i < kWidth * kHeight; ++i) EXPECT_EQ(alpha_at(canvas, i % kWidth, i / kWidth), full);
+        canvas.world->InvertAlpha();  // of full: zeroes, and colour and padding as they were
+        canvas.expect([&](int, int, int byte) { return byte < canvas.pixel / 4 ? 0 : -1; });
+    }
+}
+
+TEST(Swizzle, ReversesTheChannelsBitForBit) {
+    for (const int depth : {8, 16, 32}) {
+        Canvas canvas{depth, 19, 3, 7};
+        const auto before = canvas.memory;
+        const int channel = canvas.pixel / 4;
+        canvas.world->Swizzle();
+        canvas.expect([&](int x, int y, int byte) {
+            const int from = (3 - byte / channel) * channel + byte % channel;
+            return before[static_cast<std::size_t>((3 + y) * canvas.rowbytes + x * canvas.pixel + from)];
+        });
+        QX_IteratePixels(canvas.world.get());
+        EXPECT_TRUE(canvas.memory == before) << depth;
+    }
+    const World w(QX_World::New(1, 1, 32, 1));
+    const std::uint32_t signalling[4] = {0x7F800001, 0xFFA00002, 0x80000000, 1};
+    std::memcpy(w->data, signalling, 16);
+    w->Swizzle();
+    std::uint32_t got[4];
+    std::memcpy(got, w->data, 16);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(got[i], signalling[3 - i]);
+}
+
+}  // namespace

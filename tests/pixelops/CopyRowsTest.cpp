@@ -1,0 +1,334 @@
+// SPDX-License-Identifier: Apache-2.0
+// Copies between depths: every pair clipped, then rows one by one: every value, the noise that is drawn and in which
+// order, overlaps and fields.
+#include <cmath>
+#include <cstring>
+
+#include "QX/pixelops/QX_Noise.h"
+#include "platform/M_Tables.h"
+#include "tests/support/Refusals.h"
+#include "tests/world/WorldSupport.h"
+
+namespace {
+
+using namespace qx::test;
+
+void convert(QX_World& to, const QX_World& from, bool dither = false) {
+    to.CopyRectPossiblyDifferentBitdepth(&from, {0, 0, from.width, from.height}, dither, 0, 0, nullptr);
+}
+
+/// Exact value of a channel at another depth, in rationals; float rounding of the product is at most half a step away.
+double scaled(double v, int from, int to) {
+    const auto full = [](int depth) { return depth == 8 ? 255.0 : depth == 16 ? 32768.0 : 1.0; };
+    return v * full(to) / full(from);
+}
+
+TEST(Copy, AllPairsClipped) {
+    const M_LRect rects[] = {{0, 0, 23, 9}, {-3, 2, 11, 40}, {5, -4, 90, 6}, {30, 30, 40, 40}, {9, 9, 3, 3}};
+    const M_LPoint places[] = {{0, 0}, {-4, 3}, {15, 5}, {100, 0}};
+    for (const int from : {8, 16, 32}) {
+        for (const int to : {8, 16, 32}) {
+            const World src = made(23, 9, from, 11);
+            for (const M_LRect& r : rects) {
+                for (const M_LPoint& p : places) {
+                    SCOPED_TRACE(testing::Message() << from << "->" << to << " rect " << r.left << "," << r.top
+                                                    << " at " << p.x << "," << p.y);
+                    const World dst = made(19, 12, to, 5), before = made(19, 12, to, 5);
+                    dst->CopyRectPossiblyDifferentBitdepth(src.get(), r, false, p.x, p.y, nullptr);
+                    for (int y = 0; y < 12; ++y) {
+                        for (int x = 0; x < 19; ++x) {
+                            const int sx = x - p.x + r.left, sy = y - p.y + r.top;
+                            const bool hit = sx >= std::max(r.left, 0) && sx < std::min(r.right, 23) &&
+                                             sy >= std::max(r.top, 0) && sy < std::min(r.bottom, 9);
+                            for (int c = 0; c < 4; ++c) {
+                                const double got = channel(*dst, x, y, c);
+                                if (!hit) {
+                                    ASSERT_EQ(got, channel(*before, x, y, c)) << x << "," << y;
+                                } else if (from == to) {
+                                    ASSERT_EQ(got, channel(*src, sx, sy, c)) << x << "," << y;
+                                } else {
+                                    double want = scaled(channel(*src, sx, sy, c), from, to);
+                                    const bool clamped = to != 32 && (c != 0 || to == 8);
+                                    if (from == 32 && !clamped && (want < 0 || want > 32768)) continue;  // alpha wraps
+                                    if (from == 32) want = std::min(std::max(want, 0.0), to == 8 ? 255.0 : 32768.0);
+                                    ASSERT_NEAR(got, want, to == 32 ? want * 2e-7 : 0.5 + 0.01)
+                                        << x << "," << y << " channel " << c;
+                                }
+                            }
+                        }
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Copy, IntegerStepsAreTheExactQuotients) {
+    const World narrow = make(256, 1, 8), wide = make(256, 1, 16), back = make(256, 1, 8);
+    for (int v = 0; v < 256; ++v) std::memset(static_cast<std::byte*>(narrow->data) + 4 * v, v, 4);
+    wide->CopyRectPossiblyDifferentBitdepth(narrow.get(), {0, 0, 256, 1}, false, 0, 0, nullptr);
+    back->CopyRectPossiblyDifferentBitdepth(wide.get(), {0, 0, 256, 1}, false, 0, 0, nullptr);
+    for (int v = 0; v < 256; ++v) {
+        ASSERT_EQ(channel(*wide, v, 0, v & 3), (v * 32768 + 128) / 255);
+        ASSERT_EQ(channel(*back, v, 0, v & 3), v);
+    }
+}
+
+TEST(Copy, FloatTo8RoundsByAlignment) {
+    alignas(16) QX_PixelFloat pixels[3] = {{}, {0.5f / 255, 1.5f / 255, 2.5f / 255, NAN}, {2.0f, -1.0f, 3e9f, 1.0f}};
+    QX_Pixel8 out[2];
+    const World dst(QX_World::NewReference(out, 2, 1, 8, 8));
+    const auto convert = [&](const void* data) {
+        const World src(QX_World::NewReference(const_cast<void*>(data), 2, 1, 32, 32));
+        dst->CopyRectPossiblyDifferentBitdepth(src.get(), {0, 0, 2, 1}, false, 0, 0, nullptr);
+    };
+    convert(pixels + 1);  // nearest even, all clamped
+    EXPECT_EQ(out[0].alpha, 0);
+    EXPECT_EQ(out[0].red, 2);
+    EXPECT_EQ(out[0].green, 2);
+    EXPECT_EQ(out[0].blue, 0);
+    EXPECT_EQ(out[1].alpha, 255);
+    EXPECT_EQ(out[1].red, 0);
+    EXPECT_EQ(out[1].green, 255);
+    alignas(16) std::byte moved[48];
+    std::memcpy(moved + 4, pixels + 1, 32);
+    convert(moved + 4);  // half up, alpha 510 keeps its low bits
+    EXPECT_EQ(out[0].alpha, 1);
+    EXPECT_EQ(out[0].red, 2);
+    EXPECT_EQ(out[0].green, 3);
+    EXPECT_EQ(out[1].alpha, 254);
+    EXPECT_EQ(out[1].red, 0);
+    EXPECT_EQ(out[1].green, 255);
+}
+
+TEST(Copy, PollsEvery64RowsAndThrowsTheAnswer) {
+    const World src = make(2, 200, 8), dst = make(2, 200, 16);
+    src->Fill(QX_Pixel16{32768, 0, 0, 0}, nullptr);
+    Polls polls{.stop_at = 1};
+    QX_ProgressInfo info{&polls, nullptr, &Polls::progress};
+    const auto copy = [&] { dst->CopyRectPossiblyDifferentBitdepth(src.get(), {0, 0, 2, 200}, false, 0, 0, &info); };
+    EXPECT_EQ(code_of(copy), 517);
+    EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{63, 200}, {127, 200}}));
+    EXPECT_EQ(channel(*dst, 0, 127, 0), 32768);
+    EXPECT_EQ(channel(*dst, 0, 128, 0), 0);
+}
+
+constexpr int kColumns = 16385;  // two rows hold the values 0..32768, and one more
+
+TEST(CopyRows, All16BitValuesGoToTheNearest8BitOneAndBackFromFloat) {
+    const World deep = make(kColumns, 2, 16), narrow = make(kColumns, 2, 8), real = make(kColumns, 2, 32),
+                back = make(kColumns, 2, 16);
+    for (int i = 0; i < 2 * kColumns; ++i) {
+        for (int c = 0; c < 4; ++c) {
+            row<std::uint16_t>(*deep, i / kColumns)[4 * (i % kColumns) + c] =
+                static_cast<std::uint16_t>((i + c * 5000) % 32769);
+        }
+    }
+    convert(*narrow, *deep);
+    convert(*real, *deep);
+    convert(*back, *real);
+    for (int y = 0; y < 2; ++y) {
+        for (int i = 0; i < 4 * kColumns; ++i) {
+            const int v = row<std::uint16_t>(*deep, y)[i];
+            const int error = row<std::uint8_t>(*narrow, y)[i] * 32768 - v * 255;  // at most half a step; halves go up
+            ASSERT_TRUE(error > -16384 && error <= 16384) << v;
+            ASSERT_EQ(double{row<float>(*real, y)[i]}, v / 32768.0);
+            ASSERT_EQ(row<std::uint16_t>(*back, y)[i], v);
+        }
+    }
+}
+
+TEST(CopyRows, FloatTo16KeepsLowBitsOfAlphaAndClampsColour) {
+    const struct {
+        float from;
+        int alpha, colour;
+    } cases[] = {
+        {1.5f, 49152, 32768}, {2.0f, 0, 32768},     {-0.25f, 65536 - 8191, 0},  // -8192 + 0.5 is truncated towards zero
+        {-1e-6f, 0, 0},       {1e30f, 0, 32768},    {-1e30f, 0, 0},
+        {NAN, 0, 0},          {INFINITY, 0, 32768}, {0.5f, 16384, 16384},
+        {1.0f / 65536, 1, 1}};
+    const World real = make(1, 1, 32), deep = make(1, 1, 16);
+    for (const auto& c : cases) {
+        for (int i = 0; i < 4; ++i) row<float>(*real, 0)[i] = c.from;
+        convert(*deep, *real, true);  // no noise in this pair
+        const auto* got = row<std::uint16_t>(*deep, 0);
+        EXPECT_EQ(got[0], c.alpha) << c.from;
+        for (int i = 1; i < 4; ++i) EXPECT_EQ(got[i], c.colour) << c.from;
+    }
+}
+
+TEST(CopyRows, RowsFrom8BitsTakeTheFloatFactor) {
+    const World narrow = make(256, 1, 8), real = make(256, 1, 32);
+    for (int i = 0; i < 1024; ++i) row<std::uint8_t>(*narrow, 0)[i] = static_cast<std::uint8_t>(i / 4);
+    convert(*real, *narrow);
+    int differ = 0;
+    for (int i = 0; i < 1024; ++i) {
+        const float v = static_cast<float>(i / 4);
+        ASSERT_EQ(row<float>(*real, 0)[i], v * 0.003921569f) << i / 4;
+        differ += row<float>(*real, 0)[i] != static_cast<float>(double{v} * (1.0 / 255));
+    }
+    EXPECT_GT(differ, 0) << "a colour argument's factor gives other bits";
+}
+
+TEST(CopyRows, WithoutTheVectorUnitEveryFloatRowTruncates) {
+    const World real = make(2, 1, 32), narrow = make(2, 1, 8);
+    const float pixels[8] = {2.0f, 2.5f / 255, 0.5f / 255, -1.0f, 256.5f / 255, 1.5f / 255, 9.0f, 254.5f / 255};
+    std::memcpy(real->data, pixels, sizeof pixels);
+    const auto expect = [&](const std::uint8_t(&want)[8]) {
+        convert(*narrow, *real);
+        for (int i = 0; i < 8; ++i) EXPECT_EQ(row<std::uint8_t>(*narrow, 0)[i], want[i]) << i;
+    };
+    standalone::SetProcessorLevel(standalone::ProcessorLevel::plain);
+    expect({254, 3, 1, 0, 1, 2, 255, 255});
+    standalone::SetProcessorLevel(standalone::DetectedProcessorLevel());
+    expect({255, 2, 0, 0, 255, 2, 255, 254});
+}
+
+/// The host's noise, walked through as the library should.
+class Noise {
+public:
+    Noise() {
+        static const int code = qx::start_noise();
+        EXPECT_EQ(code, 0);
+        convert(*make(1, 1, 8), *make(1, 1, 16), true);  // moves the cursor
+        QX_ResetDitherRandomIndex();
+        RND_GetPrimeSizedTable(&table_, &count_);
+    }
+    std::uint32_t next() { return table_[cursor_++ % count_]; }
+
+private:
+    const std::uint32_t* table_ = nullptr;
+    std::int32_t count_ = 0;
+    std::int32_t cursor_ = 0;
+};
+
+TEST(Dither, From16BitsDrawsInMemoryOrderThroughTheWholeTable) {
+    const World deep = make(20000, 3, 16), narrow = make(20000, 3, 8);
+    for (int y = 0; y < 3; ++y) {
+        for (int i = 0; i < 80000; ++i) {
+            row<std::uint16_t>(*deep, y)[i] = static_cast<std::uint16_t>((i * 7919 + y) % 32769);
+        }
+    }
+    Noise noise;
+    convert(*narrow, *deep, true);
+    for (int y = 0; y < 3; ++y) {
+        for (int i = 0; i < 80000; ++i) {
+            const std::uint32_t v = row<std::uint16_t>(*deep, y)[i];
+            ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i], (v * 255 + noise.next() % 32768) / 32768) << y << " " << i;
+        }
+    }
+}
+
+/// One channel with its noise: half a step to either side, clamped.
+int dithered(float c, std::uint32_t noise) {
+    const float noisy = (c + static_cast<float>(noise) * 9.094947e-13f) - 0.001953125f;
+    return static_cast<int>(std::fmin(std::fmax(noisy * 255.0f, 0.0f), 255.0f) + 0.5f);
+}
+
+TEST(Dither, FromFloatDrawsAlphaRedBlueGreen) {
+    const World real = make(3000, 2, 32), narrow = make(3000, 2, 8);
+    for (int y = 0; y < 2; ++y) {
+        for (int i = 0; i < 12000; ++i) {
+            row<float>(*real, y)[i] =
+                i < 80 ? (i / 4 % 2 == 0 ? 1e9f : -1e9f) : static_cast<float>(i % 701) / 600.0f - 0.05f;
+        }
+    }
+    Noise noise;
+    convert(*narrow, *real, true);
+    for (int y = 0; y < 2; ++y) {
+        for (int i = 0; i < 12000; i += 4) {
+            for (const int c : {0, 1, 3, 2}) {
+                ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i + c], dithered(row<float>(*real, y)[i + c], noise.next()))
+                    << "row " << y << " channel " << i + c;
+            }
+        }
+    }
+}
+
+TEST(Dither, ASkippedRowDrawsNone) {
+    for (const int field : {1, 2}) {
+        const World deep = make(5, 6, 16), narrow = make(5, 6, 8);
+        deep->Fill(QX_Pixel16{16001, 8000, 24001, 31}, nullptr);
+        Noise noise;
+        narrow->CopyRectPossiblyDifferentBitdepthWithField(deep.get(), {0, 0, 5, 6}, field);
+        for (int y = 0; y < 6; ++y) {
+            for (int i = 0; i < 20; ++i) {
+                const bool copied = y % 2 == field - 1;
+                const std::uint32_t v = row<std::uint16_t>(*deep, y)[i];
+                ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i], copied ? (v * 255 + (noise.next() & 0x7FFF)) >> 15 : 0);
+            }
+        }
+    }
+}
+
+TEST(Fields, OneIsEvenTwoIsOddOthersAll) {
+    for (const int width : {8, 7}) {  // tightly packed, and with padding
+        for (const int field : {-1, 0, 1, 2, 3}) {
+            const World from = make(width, 5, 8), to = make(width, 5, 8);
+            from->FillAlpha();
+            to->CopyRectPossiblyDifferentBitdepthWithField(from.get(), {0, 0, width, 5}, field);
+            for (int y = 0; y < 5; ++y) {
+                const bool copied = field == 1 ? y % 2 == 0 : field == 2 ? y % 2 == 1 : true;
+                EXPECT_EQ(row<std::uint8_t>(*to, y)[4 * width - 4], copied ? 255 : 0) << field << " row " << y;
+            }
+        }
+    }
+}
+
+/// Rows of pixels that name their place.
+World numbered(int width, int height) {
+    World w = make(width, height, 32);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) row<float>(*w, y)[4 * x] = static_cast<float>(100 * y + x);
+    }
+    return w;
+}
+
+TEST(Overlap, WithinARowNothingIsLostAndRowsGoFromTheTop) {
+    const struct {
+        M_LRect rect;
+        int x, y;
+    } cases[] = {{{0, 0, 9, 3}, 2, 0}, {{3, 0, 9, 3}, 0, 0}, {{0, 0, 8, 2}, 1, 1}, {{0, 1, 9, 3}, 0, 0}};
+    for (const auto& c : cases) {
+        const World w = numbered(9, 3);
+        w->CopyRect(w.get(), c.rect, c.x, c.y);
+        const int dx = c.x - c.rect.left, dy = c.y - c.rect.top;
+        for (int y = 0; y < 3; ++y) {
+            for (int x = 0; x < 9; ++x) {
+                int from_x = x, from_y = y;
+                // Towards the bottom a row is taken that has been written before: it comes from further up.
+                while (holds(c.rect, from_x - dx, from_y - dy)) {
+                    from_x -= dx, from_y -= dy;
+                    if (dy <= 0) break;
+                }
+                EXPECT_EQ(row<float>(*w, y)[4 * x], static_cast<float>(100 * from_y + from_x)) << x << "," << y;
+            }
+        }
+    }
+}
+
+TEST(Overlap, OneMoveOfWholeWorldsIsSafe) {
+    for (const int shift : {3, -3}) {
+        std::vector<std::uint32_t> memory(40);
+        for (std::uint32_t i = 0; i < 40; ++i) memory[i] = i;
+        const World from(QX_World::NewReference(memory.data() + 5, 6, 5, 8, 24));
+        const World to(QX_World::NewReference(memory.data() + 5 + shift, 6, 5, 8, 24));
+        to->CopyWorld(from.get());
+        for (int i = 0; i < 40; ++i) {
+            const bool copied = i >= 5 + shift && i < 35 + shift;
+            EXPECT_EQ(memory[static_cast<std::size_t>(i)], static_cast<std::uint32_t>(copied ? i - shift : i)) << i;
+        }
+    }
+}
+
+TEST(Overlap, WorldsWithoutPixelsMoveNothing) {
+    std::uint32_t memory[4] = {1, 2, 3, 4};
+    for (const M_LPoint size : {M_LPoint{0, 0}, {-1, -4}, {0, 7}, {-1, 3}, {4, -1}}) {
+        const World from(QX_World::NewReference(memory, size.x, size.y, 8, 4 * size.x));
+        const World to(QX_World::NewReference(memory + 2, size.x, size.y, 8, 4 * size.x));
+        to->CopyWorld(from.get());
+        for (std::uint32_t i = 0; i < 4; ++i) EXPECT_EQ(memory[i], i + 1);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: Apache-2.0
+// Planes out of worlds and back, single channels of interleaved samples, and where pixels lie.
+#include <gtest/gtest.h>
+
+#include "QX/pixelops/QX_ImagePlanes.h"
+#include "QX/world/QX_PixelData.h"
+#include "tests/support/Refusals.h"
+#include "tests/world/WorldSupport.h"
+
+namespace qx::test {
+namespace {
+
+TEST(Planes, EveryMaskThereAndBack) {
+    for (unsigned mask = 0; mask < 16; ++mask) {
+        SCOPED_TRACE(mask);
+        Canvas from{8, 13, 5, 8}, to{8, 13, 5, 0};
+        for (std::size_t i = 0; i < from.memory.size(); ++i) from.memory[i] = static_cast<std::uint8_t>(i * 37);
+        TK_Handle handle = nullptr;
+        std::int32_t rowbytes = -1;
+        ASSERT_EQ(QX_ExtractPlanes(nullptr, from.world.get(), mask, &handle, &rowbytes), 0);
+        std::vector<int> places;
+        for (int c = 0; c < 4; ++c) {
+            if (mask >> c & 1) places.push_back(c);
+        }
+        const int n = static_cast<int>(places.size());
+        ASSERT_EQ(rowbytes, (n * 21 + 3) / 2 * 2);
+        ASSERT_EQ(TK_GetHandleSize(handle), static_cast<std::size_t>(5 * rowbytes));
+        const auto* bytes = static_cast<const std::uint8_t*>(*handle);
+        for (int y = 0; y < 5; ++y) {
+            for (int i = 0; i < 13 * n; ++i) {
+                ASSERT_EQ(bytes[y * rowbytes + i],
+                          from.first()[y * from.rowbytes + 4 * (i / n) + places[static_cast<std::size_t>(i % n)]]);
+            }
+        }
+        ASSERT_EQ(QX_InsertPlanes(nullptr, handle, rowbytes, mask, to.world.get()), 0);
+        to.expect([&](int x, int y, int byte) {
+            return mask >> byte & 1 ? from.first()[y * from.rowbytes + 4 * x + byte] : -1;
+        });
+        TK_FreeHandle(handle);
+    }
+}
+
+TEST(Planes, RefusalsAndShortMemory) {
+    const World world = make(4, 4, 8);
+    BadWorlds bad;
+    TK_Handle handle = nullptr;
+    std::int32_t row = 0;
+    void* block = nullptr;
+    const auto extract = [](QX_LayerDef* w, std::uint32_t mask, TK_Handle* out, std::int32_t* rowbytes) {
+        return [=] { return QX_ExtractPlanes(nullptr, w, mask, out, rowbytes); };
+    };
+    const auto insert = [](TK_Handle from, std::uint32_t mask, QX_LayerDef* w) {
+        return [=] { return QX_InsertPlanes(nullptr, from, 8, mask, w); };
+    };
+    expect_refused({{extract(nullptr, 1, &handle, &row), kBadParameter, 3, 0x250004},
+                    {extract(&bad.empty, 1, &handle, &row), kBadParameter},
+                    {extract(world.get(), 16, &handle, &row), kBadParameter},
+                    {extract(world.get(), 1, nullptr, &row), kBadParameter},
+                    {extract(world.get(), 1, &handle, nullptr), kBadParameter},
+                    {insert(nullptr, 1, world.get()), kBadParameter, 3, 0x250005},
+                    {insert(&block, ~0u, world.get()), kBadParameter},
+                    {insert(&block, 1, &bad.empty), kBadParameter},
+                    {extract(&bad.gpu, 1, &handle, &row), kOnGpu}});
+    standalone::FailAllocation(1);
+    expect_refused({{extract(world.get(), 1, &handle, &row), "out of memory: image plane buffer", 4}});
+    standalone::FailAllocation(0);
+    EXPECT_EQ(handle, nullptr);
+}
+
+/// All alignments of a destination of bytes, odd sizes and places, against the address formula.
+template <class T> void expect_interleave() {
+    Numbers any(9);
+    const auto number = [&](int n) { return any(0, n); };
+    for (int i = 0; i < 400; ++i) {
+        const M_Vector2T<int> size{number(23), number(4)}, from{number(5), number(3)}, to{number(9), number(3)};
+        const int step = 1 + number(5), wide = 200, narrow = 40;
+        std::vector<T> a(wide * 8), got(wide * 8);
+        for (std::size_t k = 0; k < a.size(); ++k) a[k] = static_cast<T>(k * 7 % 251), got[k] = static_cast<T>(k % 13);
+        std::vector<T> want = got;
+        const auto at = [](int n) { return static_cast<std::size_t>(n); };
+        for (int y = 0; y < size.y; ++y) {
+            for (int x = 0; x < size.x; ++x) {
+                want[at((to.y + y) * narrow + to.x + x)] = a[at((from.y + y) * wide + (from.x + x) * step)];
+            }
+        }
+        QX_Deinterleave1<T>(a.data(), step, wide, narrow, size, from, to, got.data());
+        ASSERT_EQ(got, want) << "case " << i;
+        for (int y = 0; y < size.y; ++y) {
+            for (int x = 0; x < size.x; ++x) {
+                want[at((to.y + y) * wide + 4 * (to.x + x))] = a[at((from.y + y) * narrow + from.x + x)];
+            }
+        }
+        QX_Interleave1to4<T>(a.data(), narrow, wide, size, from, to, got.data());
+        ASSERT_EQ(got, want) << "case " << i;
+    }
+}
+TEST(Interleave, Bytes) { expect_interleave<std::uint8_t>(); }
+TEST(Interleave, Words) { expect_interleave<std::uint16_t>(); }
+TEST(Interleave, Floats) { expect_interleave<float>(); }
+
+TEST(PixelData, AnswersForItsDepthAlone) {
+    Reports reports;
+    const auto getters = {&QX_GetPixelData8, &QX_GetPixelData16, &QX_GetPixelDataFloat};
+    BadWorlds bad;
+    int depth = 8, other = 0;
+    for (const auto getter : getters) {
+        for (const int of_world : {8, 16, 32}) {
+            const World world(QX_World::New(2, 2, static_cast<short>(of_world), 1));
+            void *own = &other, *given = &other;
+            EXPECT_EQ(getter(world.get(), nullptr, &own), 0);
+            EXPECT_EQ(getter(world.get(), &depth, &given), 0);
+            EXPECT_EQ(own, of_world == depth ? world->data : nullptr);
+            EXPECT_EQ(given, of_world == depth ? &depth : nullptr);
+        }
+        void* out = &other;
+        EXPECT_EQ(getter(&bad.gpu, nullptr, &out), 3);
+        EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
+        EXPECT_EQ(out, &other);
+        EXPECT_EQ(getter(nullptr, nullptr, &out), 516);
+        EXPECT_EQ(out, nullptr);
+        EXPECT_EQ(reports.last_text(), depth == 32 ? "bad parameter passed to QX_GetPixelDataFloat"
+                                                   : "bad parameter passed to QX_GetPixelData8");
+        depth *= 2;
+    }
+}
+
+TEST(PixelData, OfFramesOnAGpu) {
+    Reports reports;
+    using tesselmediatypes::PixelFormat;
+    struct Case {
+        PixelFormat format;
+        int code;
+        bool found;
+        const char* text;
+    };
+    const Case cases[] = {
+        {GK::kPixelFormat_GPU_BGRA_4444_32f, 0, true, ""},
+        {GK::kPixelFormat_GPU_BGRA_4444_16f, 0, false,
+         "unsupported gpu pixel format passed to QX_GetPixelDataFloatGPU"},
+        {tesselmediatypes::kPixelFormat_ARGB_4444_32f, 516, false, "bad parameter passed to QX_GetPixelDataFloatGPU"},
+    };
+    for (const Case& c : cases) {
+        reports.clear();
+        QX_LayerDef world{};
+        world.platform_ref = standalone::NewFakeFrame(c.format);
+        void* out = &world;
+        EXPECT_EQ(QX_GetPixelDataFloatGPU(&world, &out), c.code);
+        EXPECT_EQ(out != nullptr, c.found);
+        EXPECT_NE(out, &world);
+        EXPECT_EQ(reports.last_text(), c.text);
+        FK::DisposeVPixFromVideoFrame(world.platform_ref);
+        EXPECT_EQ(QX_GetPixelDataFloatGPU(&world, &out), 516) << "the frame is gone";
+    }
+    void* out = nullptr;
+    EXPECT_EQ(QX_GetPixelDataFloatGPU(nullptr, &out), 516);
+    EXPECT_EQ(QX_GetPixelDataFloatGPU(World(QX_World::New(1, 1, 32, 1)).get(), &out), 516);
+}
+
+}  // namespace
+}  // namespace qx::test

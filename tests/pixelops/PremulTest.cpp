@@ -1,0 +1,289 @@
+// SPDX-License-Identifier: Apache-2.0
+// Premultiply and mattes of worlds: every pair of colour and alpha at 8 bits against exact quotients, the rest against
+// formulas of their own.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "QX/indep/QX_Slots.h"
+#include "QX/pixelops/QX_Premul.h"
+#include "QX/suites/QX_CallbackBlock.h"
+#include "tests/support/Refusals.h"
+#include "tests/world/WorldSupport.h"
+
+namespace qx::test {
+namespace {
+
+/// Nearest integer to n / d, halves up.
+std::int64_t nearest(std::int64_t n, std::int64_t d) {
+    const std::int64_t t = 2 * n + d, q = t / (2 * d);
+    return t % (2 * d) < 0 ? q - 1 : q;
+}
+
+/// The formulas of a depth on one channel, in integers wider than those of the library, or in float.
+template <class Pixel> struct Law {
+    static constexpr std::int64_t full = DepthOf<Pixel>::full;
+    static std::int64_t times(std::int64_t c, std::int64_t a) {
+        if (full == 255 && c >= 0) return nearest(c * a, 255);
+        const auto t = static_cast<double>(c * a + 128);  // below zero the fold is not quite the nearest number
+        if (full == 255) return static_cast<std::int64_t>(std::floor((t + std::floor(t / 256)) / 256));
+        return static_cast<std::int64_t>(std::floor(static_cast<double>(c * a + 16383) / 32768));
+    }
+    static std::int64_t over(std::int64_t c, std::int64_t a) {
+        return c >= a ? full : std::min(full, (c * full + a / 2) / a);
+    }
+    static std::int64_t black(bool forward, std::int64_t c, std::int64_t a) {
+        return forward ? times(c, a) : over(c, a);
+    }
+    static std::int64_t matte(bool forward, std::int64_t c, std::int64_t m, std::int64_t a) {
+        if (a == full || (!forward && a == 0)) return c;
+        if (forward) return m + times(c - m, a);
+        return over(std::max<std::int64_t>(c - times(m, full - a), 0), a);
+    }
+};
+template <> struct Law<QX_PixelFloat> {
+    static float over(float c, float a) { return std::fpclassify(a) == FP_NORMAL ? c / a : 1.0f; }
+    static float black(bool forward, float c, float a) { return forward ? c * a : over(c, a); }
+    static float matte(bool forward, float c, float m, float a) {
+        if (a >= 1 || (!forward && a == 0)) return c;
+        return forward ? m + (c - m) * a : over(std::max(c - m * (1 - a), 0.0f), a);
+    }
+};
+
+/// 256 by 256: at 8 bits all pairs of alpha and red, with two other colours; elsewhere samples of all kinds.
+template <class Pixel> World picture() {
+    World world(QX_World::New(256, 256, DepthOf<Pixel>::number, 0));
+    constexpr FillKind kinds[] = {FillKind::random, FillKind::edges, FillKind::extremes, FillKind::clear};
+    for (int y = 0; y < 256; ++y) {
+        auto* row = static_cast<QX_WorldX<Pixel>&>(*world).Row(y);
+        fill_pixels<Pixel>({row, 256}, kinds[y & 3], static_cast<unsigned>(y));
+        for (int x = 0; x < 256 && DepthOf<Pixel>::number == 8; ++x) {
+            const auto c = [](int v) { return static_cast<QX_ChannelOf<Pixel>>(v & 255); };
+            row[x] = {c(y), c(x), c(x ^ 85), c(255 - x)};
+        }
+    }
+    return world;
+}
+
+template <class Pixel> World copy_of(QX_World& world) {
+    World copy(QX_World::NewMatchingWorld(&world, 0));
+    copy->CopyWorld(&world);
+    return copy;
+}
+
+/// Inside `r`, `got` is what f(channel, alpha, place of the colour) makes of `from`; outside it is `outside`.
+template <class Pixel, class F>
+void expect_made(const QX_World& got, const QX_World& from, const QX_World& outside, const M_LRect& r, const F& f) {
+    const auto pixel = [](const QX_World& w, int x, int y) {
+        return static_cast<const QX_WorldX<Pixel>&>(w).Row(y)[x];
+    };
+    for (int y = 0; y < 256; ++y) {
+        for (int x = 0; x < 256; ++x) {
+            const Pixel g = pixel(got, x, y), p = pixel(from, x, y);
+            Pixel want = pixel(outside, x, y);
+            if (holds(r, x, y)) {
+                using C = QX_ChannelOf<Pixel>;
+                want = {p.alpha, static_cast<C>(f(p.red, p.alpha, &Pixel::red)),
+                        static_cast<C>(f(p.green, p.alpha, &Pixel::green)),
+                        static_cast<C>(f(p.blue, p.alpha, &Pixel::blue))};
+            }
+            ASSERT_TRUE(g.alpha == want.alpha && g.red == want.red && g.green == want.green && g.blue == want.blue)
+                << "at " << x << "," << y << " alpha " << +p.alpha << " red " << +p.red << " gives " << +g.red
+                << ", not " << +want.red;
+        }
+    }
+}
+
+const M_LRect kRects[] = {{0, 0, 256, 256}, {-5, 17, 131, 300}, {40, 3, 41, 9}, {9, 9, 3, 20}};
+
+template <class Pixel> class Premul : public testing::Test {};
+using PremulDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+TYPED_TEST_SUITE(Premul, PremulDepths);
+
+TYPED_TEST(Premul, BlackIsTheLawInTheRectangle) {
+    for (const int bands : {1, 7}) {
+        const Born born(bands);
+        const World from = picture<TypeParam>();
+        for (const bool forward : {true, false}) {
+            for (const M_LRect& r : kRects) {
+                SCOPED_TRACE(name(r) + (forward ? " forward" : " reverse"));
+                const World got = copy_of<TypeParam>(*from);
+                ASSERT_EQ(QX_PremulRect(nullptr, forward, &r, got.get()), 0);
+                expect_made<TypeParam>(*got, *from, *from, r,
+                                       [&](auto c, auto a, auto) { return Law<TypeParam>::black(forward, c, a); });
+            }
+        }
+    }
+}
+
+/// Colours of every depth reach a world of this one; source and destination apart and the same.
+TYPED_TEST(Premul, ColourIsTheLawInTheRectangle) {
+    using Pixel = TypeParam;
+    const Born born(7);
+    const World from = picture<Pixel>();
+    const Pixel at_depth[] = {{},
+                              {0, static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::full), 0,
+                               static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::half)}};
+    const QX_Pixel8 as8{9, 255, 0, 128};
+    const QX_Pixel16 as16{9, 32768, 0, 16384};
+    const QX_PixelFloat as_float{9, 1.0f, 0, 0.5f};
+    const float half8 = static_cast<float>(128 * (1.0 / 255));
+    for (int way = 0; way < 4; ++way) {
+        Pixel colour = at_depth[way > 0];
+        if (way == 1 && DepthOf<Pixel>::number == 16) colour.blue = static_cast<QX_ChannelOf<Pixel>>(16448);
+        if (way == 1 && DepthOf<Pixel>::number == 32) colour.blue = static_cast<QX_ChannelOf<Pixel>>(half8);
+        for (const bool forward : {true, false}) {
+            for (const bool in_place : {true, false}) {
+                SCOPED_TRACE(testing::Message() << "way " << way << (forward ? " forward" : " reverse"));
+                const World got = copy_of<Pixel>(*from);
+                got->Fill(QX_Pixel16{1, 2, 3, 4}, nullptr);
+                if (in_place) got->CopyWorld(from.get());
+                const World before = copy_of<Pixel>(*got);
+                QX_World* src = in_place ? got.get() : from.get();
+                const M_LRect& r = kRects[way];
+                const int code =
+                    way < 2    ? QX_PremulColorRect(nullptr, src, way == 0 ? nullptr : &as8, forward, &r, got.get())
+                    : way == 2 ? QX_PremulColorRect16(nullptr, src, &as16, forward, &r, got.get())
+                               : QX_PremulColorRectFloat(nullptr, src, &as_float, forward, &r, got.get());
+                ASSERT_EQ(code, 0);
+                expect_made<Pixel>(*got, *from, *before, r, [&](auto c, auto a, auto place) {
+                    return Law<Pixel>::matte(forward, c, colour.*place, a);
+                });
+            }
+        }
+    }
+}
+
+/// The operations of the world classes are these routines; float worlds have none.
+TYPED_TEST(Premul, WorldClassesCallThem) {
+    using Pixel = TypeParam;
+    const Born born;
+    const World from = picture<Pixel>();
+    const QX_Pixel16 colour{0, 32768, 0, 0};
+    const Pixel m{0, static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::full), 0, 0};
+    for (int i = 0; i < 4; ++i) {
+        const World got = copy_of<Pixel>(*from);
+        const bool forward = i % 2 == 0;
+        const int code = code_of([&] {
+            if (i < 2) return forward ? got->Premultiply() : got->Unmultiply();
+            forward ? got->PremulColor(colour) : got->UnmulColor(colour);
+        });
+        if (DepthOf<Pixel>::number == 32) {
+            EXPECT_EQ(code, 3);
+            continue;
+        }
+        ASSERT_EQ(code, 0);
+        expect_made<Pixel>(*got, *from, *from, kRects[0], [&](auto c, auto a, auto place) {
+            return i < 2 ? Law<Pixel>::black(forward, c, a) : Law<Pixel>::matte(forward, c, m.*place, a);
+        });
+    }
+}
+
+TEST(PremulRows, OldRowRoutines) {
+    const Born born;
+    const World from = picture<QX_Pixel8>();
+    const auto* all = static_cast<QX_WorldX<QX_Pixel8>&>(*from).Row(0);
+    std::vector<QX_Pixel8> got(65536);
+    const auto expect = [&](int code, const auto& law) {
+        ASSERT_EQ(code, 0);
+        for (std::size_t i = 0; i < got.size(); ++i) {
+            ASSERT_EQ(got[i].alpha, all[i].alpha);
+            ASSERT_EQ(got[i].red, law(all[i].red, all[i].alpha)) << i;
+            ASSERT_EQ(got[i].blue, law(all[i].blue, all[i].alpha)) << i;
+        }
+    };
+    const auto forward = [](int c, int a) { return Law<QX_Pixel8>::times(c, a); };
+    const auto reverse = [](int c, int a) { return Law<QX_Pixel8>::over(c, a); };
+    expect(QX_BlackMatte(nullptr, 65536, all, got.data()), forward);
+    expect(QX_DeBlackMatte(nullptr, 65536, all, got.data()), reverse);
+    std::copy_n(all, 65536, got.data());
+    expect(QX_BlackMatteARGB(nullptr, 65536, got.data()), forward);
+    std::copy_n(all, 65536, got.data());
+    expect(QX_DeBlackMatteARGB(nullptr, 65536, got.data()), [&](int c, int a) { return a == 0 ? 0 : reverse(c, a); });
+}
+
+TEST(PremulRows, MattesMoveFromBlackToColourAndBack) {
+    const Born born(7);
+    const QX_Pixel8 colour{77, 200, 0, 31};
+    const World from = picture<QX_Pixel8>(), got = copy_of<QX_Pixel8>(*from);
+    ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, false), 0);
+    expect_made<QX_Pixel8>(*got, *from, *from, kRects[0], [&](int c, int a, auto place) {
+        return c - nearest(std::int64_t{colour.*place} * (255 - a), 255);
+    });
+    ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, true), 0);
+    const QX_Pixel8 black{255, 0, 0, 0};
+    ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &black, true), 0);
+    ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), nullptr, false), 0);
+    EXPECT_EQ(std::memcmp(got->data, from->data, 256 * 256 * 4), 0);
+}
+
+/// Asked before each row of one thread; rows before the refusal are done, the others stay.
+TEST(PremulCalls, AbortStopsRows) {
+    Polls polls;
+    QX_ProgressInfo info{&polls, &Polls::abort, [](void*, std::int32_t, std::int32_t) { return 99; }};
+    const QX_Pixel8 green{0, 0, 255, 0};
+    for (const int bands : {1, 5}) {
+        const Born born(bands);
+        for (const bool matte : {false, true}) {
+            const World world(QX_World::New(8, 100, 8, 1));
+            world->Fill(QX_Pixel16{0, 32768, 32768, 32768}, nullptr);
+            const auto run = [&](int stop) {
+                polls = {.stop_at = stop};
+                return matte ? QX_PremulColor(&info, world.get(), &green, true, world.get())
+                             : QX_Premul(&info, true, world.get());
+            };
+            EXPECT_EQ(run(bands == 1 ? 40 : 3), 517);
+            for (int y = 0; bands == 1 && y < 100; ++y) {
+                const QX_Pixel8& p = static_cast<QX_WorldX<QX_Pixel8>&>(*world).Row(y)[7];
+                ASSERT_EQ(p.red, y < 40 ? 0 : 255) << y;
+            }
+            EXPECT_EQ(run(1000), 0);
+            EXPECT_LE(polls.calls.size(), 100u);
+            EXPECT_GE(polls.calls.size(), 100u / static_cast<unsigned>(bands));
+        }
+    }
+}
+
+TEST(PremulCalls, RefusalsAndTheirTexts) {
+    const Born born;
+    const World w8 = make(4, 4, 8), w16 = make(4, 4, 16);
+    BadWorlds bad;
+    const QX_Pixel8 c8{0, 1, 1, 1};
+    const auto premul = [](QX_LayerDef* w) { return [=] { return QX_PremulRect(nullptr, true, nullptr, w); }; };
+    const auto to_colour = [&](QX_LayerDef* w) {
+        return [&c8, w] { return QX_MatteBlackToMatteColorARGB(w, &c8, true); };
+    };
+    using Layer = QX_LayerDef;
+    const auto matte = [](Layer* s, Layer* d) { return [=] { return QX_PremulColor(nullptr, s, nullptr, true, d); }; };
+    const auto matte16 = [](Layer* s, Layer* d) {
+        return [=] { return QX_PremulColor16(nullptr, s, nullptr, true, d); };
+    };
+    const auto matte_f = [](Layer* s, Layer* d) {
+        return [=] { return QX_PremulColorFloat(nullptr, s, nullptr, true, d); };
+    };
+    const std::string depths = "worlds must be same bitdepth in ",
+                      unknown = "Unknown world bitdepth in QX_PremulColorRect";
+    expect_refused({{premul(&bad.gpu), kOnGpu},
+                    {[&] { return QX_PremulRect_S(nullptr, true, nullptr, &bad.gpu); }, kOnGpu},
+                    {premul(nullptr), kBadParameter},
+                    {premul(&bad.empty), kBadParameter},
+                    {premul(&bad.odd), "Unknown world bitdepth in##CONDITIONNAME"},
+                    {matte(&bad.gpu, w8.get()), kOnGpu},
+                    {matte16(w8.get(), &bad.gpu), kOnGpu},
+                    {matte_f(nullptr, w8.get()), kBadParameter},
+                    {matte(w8.get(), &bad.empty), kBadParameter},
+                    {matte(w8.get(), w16.get()), depths + "QX_PremulColorRect()"},
+                    {matte16(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
+                    {matte_f(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
+                    {matte(&bad.odd, &bad.odd), unknown},
+                    {matte16(&bad.odd, &bad.odd), unknown + "16"},
+                    {matte_f(&bad.odd, &bad.odd), unknown + "Float"},
+                    {to_colour(&bad.gpu), kOnGpu},
+                    {to_colour(nullptr), kBadParameter},
+                    {to_colour(w16.get()), "QX_MatteBlackToMatteColorARGB only works on 8bpc QX_EffectWorlds"}});
+}
+
+}  // namespace
+}  // namespace qx::test

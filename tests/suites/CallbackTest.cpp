@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+
+#include "QX/compositing/QX_TransferRect.h"
+#include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_WorldDepth.h"
+#include "QX/library/QX_Library.h"
+#include "QX/library/QX_PendingSlots.h"
+#include "QX/pixelops/QX_Fill.h"
+#include "QX/suites/QX_CallbackBlock.h"
+#include "tests/support/Refusals.h"
+
+namespace {
+
+using qx::test::Born;
+using qx::test::Reports;
+
+constexpr unsigned char kStraight = 1, kPremul = 0;
+constexpr int kDraft = 0, kBest = 1;
+
+template <class Fn> Fn* field(const QX_CallbackBlock& block, int index) {
+    return reinterpret_cast<Fn*>(block.fields[index]);
+}
+
+template <std::size_t N> bool listed(const int (&list)[N], int number) {
+    return std::find(std::begin(list), std::end(list), number) != std::end(list);
+}
+
+/// The library with a mark of its own in every slot, so that a routine's address tells its slot.
+class Marked : public testing::Test {
+protected:
+    Born born{1};
+    std::array<char, kQX_SlotCount> marks{};
+    Reports reports;
+
+    Marked() {
+        for (int i = 1; i < kQX_SlotCount; ++i) QX_SetOverrideFunc(i, &marks[static_cast<std::size_t>(i)]);
+    }
+    /// -1 for null, -2 for what is in no slot.
+    int slot_of(const void* routine) const {
+        if (routine == nullptr) return -1;
+        const auto* mark = static_cast<const char*>(routine);
+        return mark > marks.data() && mark < marks.data() + marks.size() ? static_cast<int>(mark - marks.data()) : -2;
+    }
+    int lookup(int selector, int quality = kBest, unsigned char flags = kStraight) {
+        void* out = this;
+        EXPECT_EQ(QX_GetCallbackAddr(nullptr, quality, flags, selector, &out), 0) << selector;
+        return slot_of(out);
+    }
+};
+
+TEST(CallbackBlock, ListsOfMissingFieldsAreTrue) {
+    for (const int quality : {kDraft, kBest}) {
+        for (const unsigned char flags : {kStraight, kPremul}) {
+            const Born born(4);
+            QX_CallbackBlock block;
+            EXPECT_EQ(QX_GetCallbackBlock(quality, flags, &block), 0);
+            for (int i = 0; i < 69; ++i) {
+                const bool no_premul16 = quality == kBest && flags == kPremul &&
+                                         (i == kQX_CB_subpixel_sample16 || i == kQX_CB_area_sample16);
+                const bool missing =
+                    listed(qx::kPendingBlockFields, i) || listed(qx::kEmptyBlockFields, i) || no_premul16;
+                EXPECT_EQ(block.fields[i] == nullptr, missing) << "field " << i;
+            }
+        }
+    }
+}
+
+/// Fields and selectors that lead to slots. A selector of 0 is none of the field, a field of 0 none of the selector.
+const struct {
+    int field, selector, straight_best, premul_best, straight_draft, premul_draft;
+} kReached[] = {
+    {1, 2, 3, 4, 2, 2},       {2, 3, 5, 6, 2, 2},       {5, 6, 9, 10, 7, 8},      {8, 9, 24, 25, 23, 23},
+    {59, 31, 64, 64, 63, 63}, {60, 32, 65, 65, 63, 63}, {0, -2, 26, 27, 26, 27},  {7, 8, 28, 28, 28, 28},
+    {11, 12, 42, 42, 42, 42}, {63, 35, 42, 42, 42, 42}, {16, 25, 43, 43, 43, 43}, {64, 36, 43, 43, 43, 43},
+    {17, 26, 44, 44, 44, 44}, {56, 29, 51, 51, 51, 51}, {65, 37, 51, 51, 51, 51}, {57, 30, 53, 53, 53, 53},
+    {4, 5, 1, 1, 1, 1},       {0, -13, 92, 92, 92, 92}, {0, -12, 61, 61, 61, 61}, {0, -11, 60, 60, 60, 60},
+    {0, -9, 58, 58, 58, 58},  {0, -8, 57, 57, 57, 57},  {0, -6, 54, 54, 54, 54},
+};
+
+TEST_F(Marked, FieldsAndSelectorsReachTheirSlots) {
+    for (const auto& c : kReached) {
+        SCOPED_TRACE(testing::Message() << "field " << c.field << " selector " << c.selector);
+        const struct {
+            int quality;
+            unsigned char flags;
+            int slot;
+        } ways[] = {{kBest, kStraight, c.straight_best},
+                    {kBest, 0xFE, c.premul_best},  // bit 0 alone is read
+                    {kDraft, kStraight, c.straight_draft},
+                    {kDraft, kPremul, c.premul_draft},
+                    {-7, kStraight, c.straight_best}};  // anything but 0 is best
+        for (const auto& way : ways) {
+            EXPECT_EQ(lookup(c.selector, way.quality, way.flags), way.slot);
+            if (c.field == 0) continue;
+            QX_CallbackBlock block;
+            QX_GetCallbackBlock(way.quality, way.flags, &block);
+            const bool none = way.flags == 0xFE && (c.field == 59 || c.field == 60);  // no premultiplied 16 bits
+            EXPECT_EQ(slot_of(block.fields[c.field]), none ? -1 : way.slot);
+        }
+    }
+}
+
+/// Kept: there is no premultiplied 16-bit sampling, so these two keep what they had.
+TEST_F(Marked, PremultipliedBestLeaves16BitSampling) {
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kDraft, kStraight, &block);
+    void* const stranger = block.fields[kQX_CB_fill] = this;
+    EXPECT_EQ(QX_SetCallbackBlockQuality(kBest, kPremul, &block), 0);
+    EXPECT_EQ(slot_of(block.fields[kQX_CB_subpixel_sample16]), 63);
+    EXPECT_EQ(slot_of(block.fields[kQX_CB_area_sample16]), 63);
+    EXPECT_EQ(slot_of(block.fields[kQX_CB_subpixel_sample]), 4);
+    EXPECT_EQ(block.fields[kQX_CB_fill], stranger) << "no field of quality";
+}
+
+TEST_F(Marked, ABlockIsACopy) {
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kBest, kStraight, &block);
+    QX_SetOverrideFunc(42, nullptr);
+    EXPECT_EQ(slot_of(block.fields[kQX_CB_iterate]), 42);
+    EXPECT_EQ(lookup(12), -1);
+}
+
+TEST(CallbackAddr, EverySelectorFromMinus20To110) {
+    const Born born;
+    Reports reports;
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kBest, kStraight, &block);
+    const std::map<int, int> by_field = {{4, 3},   {10, 9},  {23, 14}, {24, 15}, {26, 17},
+                                         {27, 18}, {28, 19}, {33, 61}, {12, 11}, {30, 57}};
+    for (int selector = -20; selector <= 110; ++selector) {
+        SCOPED_TRACE(selector);
+        const bool known = (selector >= -13 && selector <= 37) && selector != 0 && selector != -7 && selector != -10;
+        reports.clear();
+        void* out = &reports;
+        EXPECT_EQ(QX_GetCallbackAddr(nullptr, kBest, kStraight, selector, &out), known ? 0 : 515);
+        EXPECT_EQ(reports.all().size(), known ? 0u : 1u);
+        if (!known) {
+            EXPECT_EQ(out, nullptr);
+            EXPECT_EQ(reports.last_text(), "invalid callback selector");
+        }
+        const auto found = by_field.find(selector);
+        if (found != by_field.end()) {
+            EXPECT_EQ(out, block.fields[found->second]);
+        }
+    }
+    EXPECT_EQ(QX_GetCallbackAddr(nullptr, kBest, kStraight, 10, nullptr), 3);
+    EXPECT_EQ(reports.last_text(), "bad parameter passed to effect callback");
+    EXPECT_EQ(reports.all().back().site, 0x250001);
+}
+
+TEST(CallbackBlock, RoutinesOfItsOwn) {
+    const Born born;
+    Reports reports;
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kBest, kStraight, &block);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(field<int(...)>(block, kQX_CB_batch_sample)(1, 2, 3), 3);
+    EXPECT_EQ(reports.last_text(), "Batch Sampling has been deprecated; please update your plug-in calling code");
+    for (const int selector : {0, 1}) {
+        reports.clear();
+        void* out = &reports;
+        EXPECT_EQ((field<int(void*, int, void**)>(block, kQX_CB_get_platform_data)(nullptr, selector, &out)), 516);
+        EXPECT_EQ(out, selector == 0 ? nullptr : &reports);
+        EXPECT_EQ(reports.last_text(), "bad parameter passed to effect callback");
+        EXPECT_EQ((field<int(void*, int, void**)>(block, kQX_CB_get_platform_data)(nullptr, selector, nullptr)), 516);
+    }
+    EXPECT_EQ(block.fields[kQX_CB_fill], reinterpret_cast<void*>(&QX_Fill));
+    EXPECT_EQ(block.fields[kQX_CB_fill16], reinterpret_cast<void*>(&QX_Fill16));
+    EXPECT_EQ(block.fields[kQX_CB_app], reinterpret_cast<void*>(&QX_AppCallback));
+}
+
+TEST(CallbackBlock, Mathematics) {
+    const Born born;
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kBest, kStraight, &block);
+    using Unary = double(double);
+    using Binary = double(double, double);
+    const auto at = [&](int i) { return kQX_CB_ansi + i; };
+    const std::pair<int, double> unary[] = {{0, std::atan(0.3)},
+                                            {2, 1.0},
+                                            {3, std::cos(0.3)},
+                                            {4, std::exp(0.3)},
+                                            {5, 0.3},
+                                            {6, 0.0},
+                                            {9, std::log(0.3)},
+                                            {10, std::log10(0.3)},
+                                            {12, std::sin(0.3)},
+                                            {13, std::sqrt(0.3)},
+                                            {14, std::tan(0.3)},
+                                            {17, std::asin(0.3)},
+                                            {18, std::acos(0.3)}};
+    for (const auto& [i, expected] : unary) EXPECT_EQ(field<Unary>(block, at(i))(0.3), expected) << i;
+    const std::tuple<int, double, double, double> binary[] = {
+        {1, 1, 2, std::atan2(1, 2)}, {7, -7, 4, -3.0}, {8, 3, 4, 5.0}, {11, 2, 10, 1024.0}};
+    for (const auto& [i, x, y, expected] : binary) EXPECT_EQ(field<Binary>(block, at(i))(x, y), expected) << i;
+    char text[16];
+    field<int(char*, const char*, ...)>(block, at(15))(text, "%d-%s", 7, "x");
+    EXPECT_STREQ(text, "7-x");
+    field<char*(char*, const char*)>(block, at(16))(text, "copied");
+    EXPECT_STREQ(text, "copied");
+}
+
+TEST(CallbackBlock, WorldsAreMadeAndDisposed) {
+    const Born born;
+    Reports reports;
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kBest, kStraight, &block);
+    const auto make = field<int(void*, int, int, int, QX_LayerDef*)>(block, kQX_CB_new_world);
+    const auto dispose = field<int(void*, QX_LayerDef*)>(block, kQX_CB_dispose_world);
+    for (const int flags : {1, 3, 0, 2}) {
+        QX_LayerDef world{};
+        ASSERT_EQ(make(nullptr, 5, 3, flags, &world), 0);
+        EXPECT_EQ(QXp_WorldDepth(&world), (flags & 2) != 0 ? 16 : 8);
+        EXPECT_TRUE(world.width == 5 && world.height == 3);
+        if ((flags & 1) != 0) {
+            EXPECT_EQ(*static_cast<std::uint32_t*>(world.data), 0u);
+        }
+        EXPECT_EQ(dispose(nullptr, &world), 0);
+    }
+    EXPECT_TRUE(reports.all().empty());
+    QX_LayerDef world{};
+    EXPECT_EQ(make(nullptr, 5, 3, 0, nullptr), 3);
+    EXPECT_EQ(reports.last_text(), "Invalid parameter, effect world cannot be null.");
+    EXPECT_EQ(dispose(nullptr, nullptr), 3);
+    EXPECT_EQ(reports.last_text(), "Invalid parameter, effect world cannot be null.");
+    EXPECT_EQ(dispose(nullptr, &world), 3);
+    EXPECT_EQ(reports.last_text(), "effects modules should only dispose worlds they have allocated.");
+    EXPECT_EQ(make(nullptr, 0, 3, 0, &world), 516);
+}
+
+/// What the routine of the test, put in the slot of transfers or of transforms, was given.
+struct Given {
+    static inline float opacity;
+    static inline int xfer, calls;
+    static inline const QX_ProgressInfo* info;
+    static inline const QX_LinearBlendingTables* tables;
+};
+
+int transfer_of_test(const QX_ProgressInfo* info, int, int, int, const M_LRect*, QX_LayerDef*,
+                     const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables, const QX_MaskWorld*,
+                     int dest_x, int dest_y, QX_LayerDef*) {
+    Given::opacity = mode->opacity;
+    Given::xfer = mode->xfer;
+    Given::info = info;
+    Given::tables = tables;
+    ++Given::calls;
+    return dest_x * 100 + dest_y;
+}
+int transform_of_test(const QX_ProgressInfo*, int, int, int, QX_LayerDef*, const QX_CompositeModePlus* mode,
+                      const QX_LinearBlendingTables*, const QX_MaskWorld*, const M_Matrix3*, int count, bool,
+                      const M_LRect*, QX_LayerDef*) {
+    Given::opacity = mode->opacity;
+    return count;
+}
+
+using TransferCallback = int(void*, int, int, int, const M_LRect*, QX_LayerDef*, const QX_CompositeMode*,
+                             const QX_MaskWorld*, int, int, QX_LayerDef*);
+using TransformCallback = int(void*, int, int, int, QX_LayerDef*, const QX_CompositeMode*, const QX_MaskWorld*,
+                              const M_Matrix3*, int, bool, const M_LRect*, QX_LayerDef*);
+
+TEST(CallbackBlock, TransfersUnpackTheRecord) {
+    const Born born;
+    QX_CallbackBlock block;
+    QX_GetCallbackBlock(kBest, kStraight, &block);
+    const auto transfer = field<TransferCallback>(block, kQX_CB_transfer_rect);
+    qx::test::TestWorld<QX_Pixel8> one(1, 1, qx::test::FillKind::random, 1);
+    const auto before = one.pixels();
+    const M_LRect rect{0, 0, 1, 1};
+    const auto without_mode = [&] {
+        return transfer(nullptr, 0, 0, 0, &rect, one.record(), nullptr, nullptr, 0, 0, one.record());
+    };
+    qx::test::expect_refused({{without_mode, qx::test::kBadParameter}});
+    EXPECT_TRUE(qx::test::same_pixels(one.pixels(), before));
+
+    QX_SetOverrideFunc(31, reinterpret_cast<void*>(&transfer_of_test));
+    qx::test::BadWorlds bad;
+    QX_ProgressInfo info{};
+    QX_CompositeMode mode{5, 0, 51, 0, 32768};
+    const auto call = [&](QX_LayerDef* src, QX_LayerDef* dst) {
+        return [=, &info, &mode] { return transfer(&info, 0, 0, 0, nullptr, src, &mode, nullptr, 3, 7, dst); };
+    };
+    Given::calls = 0;
+    const std::tuple<int, int, float> opacities[] = {{255, 0, 1.0f},   {128, 32768, static_cast<float>(128 / 255.0)},
+                                                     {0, 32768, 1.0f}, {1, 32768, static_cast<float>(1 / 255.0)},
+                                                     {0, 8192, 0.25f}, {0, 0, 0.0f}};
+    for (const auto& [coarse, fine, opacity] : opacities) {
+        mode.opacity = static_cast<std::uint8_t>(coarse), mode.opacity16 = static_cast<std::uint16_t>(fine);
+        EXPECT_EQ(call(one.record(), one.record())(), 307);
+        EXPECT_EQ(Given::opacity, opacity) << coarse << " " << fine;
+        EXPECT_TRUE(Given::xfer == 5 && Given::info == &info && Given::tables == nullptr);
+    }
+    qx::test::expect_refused(
+        {{call(one.record(), &bad.gpu), qx::test::kOnGpu}, {call(&bad.gpu, one.record()), qx::test::kOnGpu}});
+    EXPECT_EQ(Given::calls, 6);
+}
+
+TEST(CallbackBlock, TransformsGoThroughTheTable) {
+    const Born born;
+    void* out = nullptr;
+    QX_SetOverrideFunc(32, reinterpret_cast<void*>(&transform_of_test));
+    EXPECT_EQ(QX_GetCallbackAddr(nullptr, kBest, kStraight, 28, &out), 0);
+    ASSERT_NE(out, nullptr);
+    QX_LayerDef src{}, dst{};
+    const QX_CompositeMode mode{2, 0, 51, 0, 32768};
+    EXPECT_EQ(reinterpret_cast<TransformCallback*>(out)(nullptr, 0, 0, 0, &src, &mode, nullptr, nullptr, 6, true,
+                                                        nullptr, &dst),
+              6);
+    EXPECT_EQ(Given::opacity, 0.2f);
+}
+
+}  // namespace

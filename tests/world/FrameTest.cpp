@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where frames come from and go back to, what can be allocated, and what the user is told.
+#include <cstring>
+#include <new>
+
+#include "QX/world/QX_Frame.h"
+#include "tests/support/Refusals.h"
+#include "tests/world/WorldSupport.h"
+
+namespace {
+
+using qx::test::code_of;
+using qx::test::Reports;
+using qx::test::World;
+
+std::string narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
+
+std::string above_limit(const std::string& frame) {
+    return "Image buffers of size " + frame +
+           " exceed internal limits. Decrease the memory requirements for the rendering of this frame. (12804).";
+}
+
+std::string no_memory(const std::string& frame) {
+    return "Unable to allocate enough memory to render the current frame (" + frame +
+           "). Either decrease the memory requirements for the rendering of this frame, or install more RAM. (12805).";
+}
+
+struct Limit {
+    int width, height;
+    short depth;
+    std::size_t alignment;
+    std::string text;  ///< none when the frame is possible
+};
+
+TEST(FrameLimits, OfBothProcessors) {
+    // A float frame takes 16 * width * (height + 1) - 8 bytes: 2^31 - 8 of them in the first case.
+    const std::vector<Limit> processor{{16384, 8191, 32, 16, ""},
+                                       {16384, 8192, 32, 16, above_limit("16384 x 8192 @ 32 bpc (2.0 GB)")},
+                                       {16384, 16382, 16, 16, ""},  // and 2^31 in the next one
+                                       {16384, 16383, 16, 16, above_limit("16384 x 16383 @ 16 bpc (2.0 GB)")},
+                                       {30000, 30000, 8, 16, above_limit("30000 x 30000 @ 8 bpc (3.4 GB)")},
+                                       {1, 30000, 8, 65536, ""},
+                                       {1, 30000, 8, 131072, above_limit("1 x 30000 @ 8 bpc (3.7 GB)")},
+                                       {30000, 1, 16, 16, ""},
+                                       {30001, 1, 8, 16, "invalid image buffer size (30001x1)."},
+                                       {1, 30001, 8, 16, "invalid image buffer size (1x30001)."},
+                                       {0, -7, 8, 16, "invalid image buffer size (0x-7)."}};
+    // Of a GPU 16 bytes a pixel whatever the depth asked for; 2^32 bytes in the second case.
+    const std::vector<Limit> gpu{{16384, 16383, 8, 16, ""},
+                                 {16384, 16384, 8, 16, above_limit("16384 x 16384 @ 32 bpc (4.0 GB)")},
+                                 {1, 30000, 16, 131072, ""},
+                                 {1, 30000, 16, 262144, above_limit("1 x 30000 @ 32 bpc (7.3 GB)")},
+                                 {30001, 5, 32, 16, "invalid image buffer size (30001x5)."}};
+    const auto expect = [](const std::vector<Limit>& cases, const auto& can_allocate) {
+        for (const Limit& c : cases) {
+            const auto [possible, text] = can_allocate(c.width, c.height, c.depth, c.alignment);
+            EXPECT_EQ(narrow(text), c.text);
+            EXPECT_EQ(possible, c.text.empty()) << c.width << "x" << c.height;
+        }
+    };
+    expect(processor, qx::numeric_limits::CanAllocateCPUFrame);
+    expect(gpu, qx::numeric_limits::CanAllocateGPUFrame);
+}
+
+TEST(FrameReport, TextsAndSites) {
+    Reports reports;
+    const struct {
+        int error, rowbytes;
+        short width, height, bits;
+        int site;
+        std::string text;
+    } cases[] = {{4, 112, 25, 10, 32, 0x250042, no_memory("25 x 10 @ 8 bpc")},
+                 {-108, 0, 25, 10, 64, 0x250042, no_memory("25 x 10 @ 16 bpc")},
+                 {4, 0, 30000, 30000, 128, 0x250042, above_limit("30000 x 30000 @ 32 bpc (13.4 GB)")},
+                 {4, 100000, 8, 30000, 32, 0x250042, above_limit("8 x 30000 @ 8 bpc (2.8 GB)")},
+                 {4, 65536, 8, 32767, 32, 0x250042, no_memory("8 x 32767 @ 8 bpc")},
+                 {7, 112, 25, 10, 32, 66, "changing pixel buffer."}};
+    for (const auto& c : cases) {
+        reports.clear();
+        EXPECT_EQ(BM_ReportWorldAllocationFailure(c.error, c.rowbytes, c.width, c.height, c.bits), 0);
+        ASSERT_EQ(reports.all().size(), 1u);
+        EXPECT_EQ(reports.last_text(), c.text);
+        EXPECT_EQ(reports.all()[0].site, c.site);
+        EXPECT_EQ(reports.all()[0].severity, 8);
+        EXPECT_EQ(reports.all()[0].kind, standalone::ReportKind::error);
+    }
+    reports.clear();
+    EXPECT_EQ(BM_ReportWorldAllocationFailure(0, 112, 25, 10, 32), 0);
+    EXPECT_TRUE(reports.all().empty());
+}
+
+TEST(FrameReport, OfARectangle) {
+    Reports reports;
+    const M_Rect rect{10, 20, 40, 70};  // top, left, bottom, right
+    BMp_ReportWorldAllocFail(7, 4, 0, &rect, 64, 0);
+    EXPECT_EQ(reports.last_text(), no_memory("50 x 30 @ 16 bpc"));
+    EXPECT_EQ(reports.all().back().site, 0x250007);
+    BMp_ReportWorldAllocFail(7, 4, 100, &rect, 64, 3000000000u);
+    EXPECT_EQ(reports.last_text(), above_limit("50 x 30 @ 16 bpc (2.8 GB)"));
+    BMp_ReportWorldAllocFail(7, 0, 100, &rect, 64, 3000000000u);
+    EXPECT_EQ(reports.all().size(), 2u);
+}
+
+TEST(FrameReport, AFailureInsideTheReportIsDropped) {
+    Reports reports;
+    qx::test::NewCounter::fail(1);
+    EXPECT_EQ(BM_ReportWorldAllocationFailure(4, 112, 25, 10, 32), 0);
+    qx::test::NewCounter::fail(0);
+    EXPECT_TRUE(reports.all().empty());
+}
+
+TEST(FrameMemory, LargeBlocksAreRecycled) {
+    standalone::PurgeRecycled();
+    const struct {
+        std::size_t size;
+        bool recycled;
+    } cases[] = {{300u * 1024, false}, {300u * 1024 + 1, true}};
+    for (const auto& c : cases) {
+        for (const int turn : {1, 2}) {
+            const auto before = standalone::Memory();
+            void* block = nullptr;
+            ASSERT_EQ(BM_AllocateFrameQuiet(c.size, 0, &block), 0);
+            std::memset(block, turn, c.size);
+            EXPECT_EQ(standalone::Memory().recycled_hits - before.recycled_hits, c.recycled && turn == 2 ? 1 : 0);
+            BM_FreeFrame(block, c.size);
+            EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use);
+            EXPECT_EQ(standalone::Memory().recycled_bytes, c.recycled ? static_cast<std::int64_t>(c.size) : 0);
+        }
+    }
+}
+
+TEST(FrameMemory, PurgesBeforeItGivesUpQuietly) {
+    Reports reports;
+    void* block = nullptr;
+    for (const std::size_t size : {std::size_t{1000}, std::size_t{400} * 1024}) {
+        ASSERT_EQ(BM_AllocateFrameQuiet(500u * 1024, 0, &block), 0);
+        BM_FreeFrame(block, 500u * 1024);  // waits, and can be purged
+        standalone::FailAllocation(1);
+        EXPECT_EQ(BM_AllocateFrameQuiet(size, 0, &block), 0);
+        EXPECT_EQ(standalone::Memory().recycled_bytes, 0);
+        BM_FreeFrame(block, size);
+        standalone::PurgeRecycled();
+        standalone::FailAllocation(1);
+        EXPECT_EQ(BM_AllocateFrameQuiet(size, 0, &block), 4);
+        EXPECT_EQ(block, nullptr);
+        standalone::FailAllocation(0);
+    }
+    EXPECT_EQ(BM_AllocateFrameQuiet(~std::size_t{0}, 0, &block), 4);
+    EXPECT_TRUE(reports.all().empty());
+}
+
+TEST(WorldMemory, AWorldThatCannotBeHadIsReportedOnce) {
+    Reports reports;
+    const auto before = standalone::Memory().blocks_in_use;
+    const struct {
+        short depth;
+        const char* frame;
+    } cases[] = {{8, "12 x 9 @ 8 bpc"}, {16, "12 x 9 @ 16 bpc"}, {32, "12 x 9 @ 32 bpc"}};
+    for (const auto& c : cases) {
+        standalone::PurgeRecycled();
+        reports.clear();
+        QX_LayerDef record{};
+        record.width = 77;
+        standalone::FailAllocation(2);  // the first one is the object
+        EXPECT_EQ(QX_NewEffectWorld(12, 9, c.depth, 0, 1, &record), 4);
+        standalone::FailAllocation(0);
+        ASSERT_EQ(reports.all().size(), 1u);
+        EXPECT_EQ(reports.last_text(), no_memory(c.frame));
+        EXPECT_EQ(record.width, 77) << "the record stays as it was";
+        EXPECT_EQ(standalone::Memory().blocks_in_use, before);
+    }
+}
+
+TEST(WorldMemory, BlocksGoHomeAfterReReference) {
+    const auto before = standalone::Memory().blocks_in_use;
+    const std::int32_t live = qx::live_world_count();
+    for (const auto& [own, other] : {std::pair{1000, 4}, {4, 1000}}) {  // frees by too small and too large a size
+        World a(QX_World::New(own, 150, 8, 0));
+        const World b(QX_World::New(other, 150, 8, 0));
+        a->ReReference(b.get(), {0, 0, 2, 2});
+        EXPECT_FALSE(a->IsReference());
+        EXPECT_EQ(a->rowbytes, b->rowbytes);
+        if (own < other) {
+            EXPECT_FALSE(a->SubWorldSafetyGutterHasBeenOverWritten());  // looks at no memory of others
+        }
+        a.reset();
+    }
+    EXPECT_EQ(standalone::Memory().blocks_in_use, before);
+    EXPECT_EQ(qx::live_world_count(), live);
+}
+
+TEST(WorldMemory, AGivenUpBlockIsTheTakersToFree) {
+    const auto before = standalone::Memory().blocks_in_use;
+    const std::int32_t live = qx::live_world_count();
+    World w(QX_World::New(8, 2, 32, 0));
+    void* block = static_cast<std::byte*>(w->data);
+    EXPECT_EQ(qx::live_world_count(), live + 1);
+    w->GiveUpAllocation();
+    EXPECT_TRUE(w->IsReference());
+    EXPECT_EQ(qx::live_world_count(), live);
+    w->GiveUpAllocation();  // nothing more to give
+    w.reset();
+    EXPECT_EQ(qx::live_world_count(), live);
+    BM_FreeFrame(block, 1);  // blocks of this host are aligned, so that pixels begin where the block does
+    EXPECT_EQ(standalone::Memory().blocks_in_use, before);
+}
+
+TEST(WorldMemory, ADestroyedWorldIsMarkedDead) {
+    using Wrapper = QX_WorldX<QX_Pixel8>;
+    alignas(Wrapper) std::byte room[sizeof(Wrapper)];
+    std::uint32_t pixel = 0;
+    QX_LayerDef record{};
+    record.data = &pixel, record.width = record.height = 1, record.rowbytes = 4;
+    auto* world = new (static_cast<void*>(room)) Wrapper(&record, false);
+    const std::ptrdiff_t at = reinterpret_cast<std::byte*>(&world->ownership_mark) - room;
+    EXPECT_EQ(world->ownership_mark, 0u);
+    world->~Wrapper();
+    std::uint32_t mark = 0;
+    std::memcpy(&mark, room + at, sizeof mark);
+    EXPECT_EQ(mark, 0xDEADu);
+    EXPECT_EQ(record.ownership_mark, 0u) << "the caller's record is not touched";
+}
+
+TEST(EffectWorld, IsMadeAndDisposedByItsRecord) {
+    Reports reports;
+    QX_LayerDef record{};
+    EXPECT_EQ(QX_NewEffectWorld(4, 4, 8, 0, 0, nullptr), 516);
+    EXPECT_EQ(reports.last_text(), "invalid parameter");
+    EXPECT_EQ(reports.all().back().site, 0x250002);
+    EXPECT_EQ(QX_DisposeEffectWorld(nullptr), 516);
+    EXPECT_EQ(reports.all().back().site, 0x250003);
+    for (const int depth : {0, 9, 65536 + 8, -8}) EXPECT_EQ(QX_NewEffectWorld(4, 4, depth, 0, 0, &record), 3) << depth;
+    ASSERT_EQ(QX_NewEffectWorld(5, 3, 16, 0, 1, &record), 0);
+    EXPECT_EQ(record.world_flags, 0x01000001u);
+    EXPECT_EQ(record.rowbytes, 48);
+    EXPECT_EQ(static_cast<QX_Pixel16*>(record.data)[2].blue, 0);
+    record.ownership_mark = 0;
+    EXPECT_EQ(QX_DisposeEffectWorld(&record), 516);
+    EXPECT_EQ(reports.last_text(), "effects modules should only dispose worlds they have allocated");
+    EXPECT_NE(record.data, nullptr);
+    record.ownership_mark = kQX_OwnedMark;
+    EXPECT_EQ(QX_DisposeEffectWorld(&record), 0);
+    const QX_LayerDef zero{};
+    EXPECT_EQ(std::memcmp(&record, &zero, sizeof zero), 0);
+    EXPECT_EQ(QX_NewEffectWorld(4, 4, 8, 1, 0, &record), 515);
+    qx::test::BadWorlds bad;
+    bad.gpu.ownership_mark = kQX_OwnedMark;
+    EXPECT_EQ(QX_DisposeEffectWorld(&bad.gpu), 0);
+}
+
+TEST(World, UncheckedRectanglesMayHaveAnyEdges) {
+    const World w(QX_World::New(4, 4, 8, 1));
+    for (const M_LRect& r : {M_LRect{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX}, {INT32_MAX, 0, INT32_MIN, 1}}) {
+        const World part(QX_World::NewReference(w.get(), r));
+        const World rest(QX_World::NewReference(part.get(), r));
+        const auto wrapped = static_cast<std::int32_t>(std::int64_t{r.right} - r.left);  // modulo 2^32
+        EXPECT_EQ(part->width, wrapped);
+    }
+    QX_LayerDef nothing{};
+    const World empty(QX_World::NewReference(&nothing));
+    const World part(QX_World::NewReference(empty.get(), M_LRect{1, 1, 2, 2}));
+    EXPECT_EQ(part->width, 1);
+}
+
+}  // namespace

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/options/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+
+#include "QX/iterate/QX_Bands.h"
+#include "QX/library/QX_Library.h"
+#include "pictures/Picture.h"
+#include "platform/standalone/Standalone.h"
+#include "scene/Placing.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+constexpr int kMostThreads = 1024;
+constexpr int kFarthest = 1'000'000;  // positions beyond it could not touch a picture, and sums of them would wrap
+
+template <class Number> bool parse(const std::string& text, Number& number) {
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
+    return parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
+}
+
+/// Bounds in a message: 0.5 reads as 0.5, 30000 as 30000.
+std::string words(double number) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
+
+/// Hands a setting to `set`, from the flag or else from the environment.
+template <class Set>
+void apply(const char* flag, const std::string& value, const char* variable, int most, const Set& set) {
+    const char* from_environment = std::getenv(variable);
+    if (!value.empty()) {
+        set(whole_number(flag, value, 1, most));
+    } else if (from_environment != nullptr && *from_environment != '\0') {
+        set(whole_number(variable, from_environment, 1, most));
+    }
+}
+
+class UsageLine : public CLI::Formatter {
+public:
+    explicit UsageLine(std::string usage) : usage_(std::move(usage)) {}
+    std::string make_usage(const CLI::App*, std::string name) const override {
+        return "Usage: " + name + " " + usage_ + "\n";
+    }
+
+private:
+    const std::string usage_;
+};
+
+}  // namespace
+
+void set_usage(CLI::App& command, const std::string& usage) { command.formatter(std::make_shared<UsageLine>(usage)); }
+
+void add_common_options(CLI::App& command, CommonOptions& options) {
+    command.add_option("-j,--threads", options.threads, "threads to work with (QX_THREADS; default: all cores)")
+        ->type_name("N");
+    command
+        .add_option("--bands", options.bands,
+                    "bands that work is cut into, 1 to 32 (QX_BANDS; default: 32 on every machine)")
+        ->type_name("N");
+    auto* quiet = command.add_flag("-q,--quiet", options.quiet, "no notes, no progress");
+    command.add_flag("-v,--verbose", options.verbose, "say what is done")->excludes(quiet);
+}
+
+void apply_common_options(const CommonOptions& options) {
+    set_talk(options.quiet ? Talk::quiet : options.verbose ? Talk::verbose : Talk::normal);
+    apply("--threads", options.threads, "QX_THREADS", kMostThreads, standalone::SetPoolLimit);
+    apply("--bands", options.bands, "QX_BANDS", kMaxBands, standalone::SetBandCount);
+}
+
+int whole_number(const std::string& option, const std::string& text, int least, int most) {
+    int number = 0;
+    if (parse(text, number) && number >= least && number <= most) return number;
+    throw WrongUsage(option + " " + text + ": not a whole number from " + std::to_string(least) + " to " +
+                     std::to_string(most));
+}
+
+double real_number(const std::string& option, const std::string& text, double least, double most) {
+    double number = 0;
+    if (parse(text, number) && number >= least && number <= most) return number;  // false for not-a-number
+    throw WrongUsage(option + " " + text + ": not a number from " + words(least) + " to " + words(most));
+}
+
+std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
+                                 std::size_t fewest, std::size_t most) {
+    std::vector<double> numbers;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+        end = text.find(',', begin);
+        const std::string number = text.substr(begin, end == std::string::npos ? end : end - begin);
+        numbers.push_back(real_number(option, number, -kMostPlacing, kMostPlacing));
+    }
+    if (numbers.size() >= fewest && numbers.size() <= most) return numbers;
+    throw WrongUsage(option + " " + text + ": not " + form);
+}
+
+int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words) {
+    std::string known;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (text == words[i]) return static_cast<int>(i);
+        known += (i == 0 ? "" : ", ") + words[i];
+    }
+    throw WrongUsage(option + " " + text + ": not one of " + known);
+}
+
+Place place(const std::string& option, const std::string& text) {
+    const auto comma = text.find(',');
+    if (comma == std::string::npos) throw WrongUsage(option + " " + text + ": not a position X,Y");
+    const auto part = [&](const std::string& number) { return whole_number(option, number, -kFarthest, kFarthest); };
+    return {part(text.substr(0, comma)), part(text.substr(comma + 1))};
+}
+
+void check_output_option(const std::string& path) {
+    if (!io::known_format(path)) throw WrongUsage("-o " + path + ": its ending is none of png, jpg, tif, exr");
+    io::check_output(path);
+}
+
+Library::Library() {
+    collect_reports();
+    const int code = QX_Birth();
+    if (code != 0) throw WorkFailed("the library does not start (code " + std::to_string(code) + ")");
+}
+
+Library::~Library() { QX_Death(); }
+
+}  // namespace qx::tool

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+#include "QX/indep/QX_Pixel.h"
+#include "QX/world/QX_World.h"
+
+namespace qx::tool {
+
+/// Of a letter without what hangs below the line.
+inline constexpr int kGlyphHeight = 7;
+
+/// Draws ASCII text in the library's own font into an 8-bit world; other characters are blanks.
+/// @param x, y  left top corner; what does not fit is left out
+void draw_text(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const std::string& text);
+
+}  // namespace qx::tool

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/sheet/Thumbnail.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "pictures/Picture.h"
+
+namespace qx::tool {
+namespace {
+
+constexpr int kCheckerSide = 12;
+
+/// Pixels of `count` that target pixel `i` of `parts` covers, at least one.
+struct Span {
+    Span(int i, int parts, int count)
+        : begin(static_cast<int>(std::int64_t{i} * count / parts)),
+          end(std::max(static_cast<int>((std::int64_t{i} + 1) * count / parts), begin + 1)) {}
+    int begin, end;
+};
+
+QX_Pixel8 mean(const QX_World& source, const Span& columns, const Span& rows) {
+    std::uint64_t alpha = 0, red = 0, green = 0, blue = 0;
+    for (int y = rows.begin; y < rows.end; ++y) {
+        const auto* row = io::row_of<QX_Pixel8>(source, y);
+        for (int x = columns.begin; x < columns.end; ++x) {
+            const std::uint64_t a = row[x].alpha;
+            alpha += a;
+            red += a * row[x].red;
+            green += a * row[x].green;
+            blue += a * row[x].blue;
+        }
+    }
+    if (alpha == 0) return {};
+    const auto count =
+        static_cast<std::uint64_t>(columns.end - columns.begin) * static_cast<std::uint64_t>(rows.end - rows.begin);
+    const auto rounded = [](std::uint64_t sum, std::uint64_t by) {
+        return static_cast<std::uint8_t>((sum + by / 2) / by);
+    };
+    return {rounded(alpha, count), rounded(red, alpha), rounded(green, alpha), rounded(blue, alpha)};
+}
+
+/// 0 at an edge, 255 from a sixth of the length on.
+int rise(int i, int length) {
+    const int slope = std::max(length / 6, 1);
+    return std::min({(2 * i + 1) * 255 / (2 * slope), (2 * (length - 1 - i) + 1) * 255 / (2 * slope), 255});
+}
+
+}  // namespace
+
+std::unique_ptr<QX_World> scaled(const QX_World& source, int width, int height) {
+    auto target = io::new_world("thumbnail", width, height, 8);
+    for (int y = 0; y < height; ++y) {
+        auto* row = io::row_of<QX_Pixel8>(*target, y);
+        const Span rows(y, height, source.height);
+        for (int x = 0; x < width; ++x) row[x] = mean(source, Span(x, width, source.width), rows);
+    }
+    return target;
+}
+
+void fit(const QX_World& world, int side, int* width, int* height) {
+    const int longest = std::max(world.width, world.height);
+    const auto part = [=](int length) {
+        return std::max(static_cast<int>((std::int64_t{length} * side + longest / 2) / longest), 1);
+    };
+    *width = part(world.width);
+    *height = part(world.height);
+}
+
+void soften_edges(QX_World& world) {
+    for (int y = 0; y < world.height; ++y) {
+        auto* row = io::row_of<QX_Pixel8>(world, y);
+        const int weight = rise(y, world.height);
+        for (int x = 0; x < world.width; ++x) {
+            row[x].alpha = static_cast<std::uint8_t>(rise(x, world.width) * weight / 255);
+        }
+    }
+}
+
+void draw_checkers(QX_World& world) {
+    for (int y = 0; y < world.height; ++y) {
+        auto* row = io::row_of<QX_Pixel8>(world, y);
+        for (int x = 0; x < world.width; ++x) {
+            const bool odd = ((x / kCheckerSide) ^ (y / kCheckerSide)) & 1;
+            row[x] = odd ? QX_Pixel8{255, 200, 200, 200} : QX_Pixel8{255, 150, 150, 150};
+        }
+    }
+}
+
+std::unique_ptr<QX_World> ramp(int width, int height) {
+    auto world = io::new_world("ramp", width, height, 8);
+    for (int y = 0; y < height; ++y) {
+        auto* row = io::row_of<QX_Pixel8>(*world, y);
+        for (int x = 0; x < width; ++x) {
+            const int alpha = width == 1 ? 255 : (255 * x + (width - 1) / 2) / (width - 1);
+            row[x] = {static_cast<std::uint8_t>(alpha), 255, 255, 255};
+        }
+    }
+    return world;
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+// qx comp: layers onto a background.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <sstream>
+
+#include "QX/indep/QX_Errors.h"
+#include "pictures/Interrupt.h"
+#include "pictures/Light.h"
+#include "pictures/Picture.h"
+#include "tools/qx/Commands.h"
+#include "tools/qx/subcommands/CompOptions.h"
+#include "tools/qx/terminal/Messages.h"
+#include "tools/qx/terminal/Progress.h"
+
+namespace qx::tool {
+namespace {
+
+/// The pictures of one job, all of one depth after `unify`.
+struct Pictures {
+    io::Picture background;
+    struct Layer {
+        io::Picture picture, mask;
+    };
+    std::vector<Layer> layers;
+};
+
+io::Picture read(const std::string& file) {
+    std::optional<FileProgress> progress(std::in_place, "reading");
+    io::Picture picture = io::read_picture(file);
+    progress.reset();  // clears the bar before anything is said
+    const QX_World& world = *picture.world;
+    std::ostringstream words;
+    words << file << ": " << world.width << " x " << world.height << ", " << world.Depth() << " bits"
+          << (picture.has_alpha ? ", alpha" : "");
+    say_detail(words.str());
+    for (const auto& note : picture.notes) say_note(std::string(file).append(": ").append(note));
+    return picture;
+}
+
+Pictures read_all(const CompOptions& options) {
+    Pictures pictures;
+    pictures.background = read(options.background);
+    for (const LayerOptions& layer : options.layers) {
+        pictures.layers.push_back({read(layer.file), layer.mask_file.empty() ? io::Picture{} : read(layer.mask_file)});
+    }
+    return pictures;
+}
+
+/// Brings all pictures to one depth. @return it
+int unify(const CompOptions& options, Pictures& pictures) {
+    std::vector<std::pair<const std::string*, io::Picture*>> all = {{&options.background, &pictures.background}};
+    for (std::size_t i = 0; i < pictures.layers.size(); ++i) {
+        auto& layer = pictures.layers[i];
+        all.emplace_back(&options.layers[i].file, &layer.picture);
+        if (layer.mask.world) all.emplace_back(&options.layers[i].mask_file, &layer.mask);
+    }
+    int depth = options.depth;
+    for (const auto& [file, picture] : all) {
+        if (options.depth == 0) depth = std::max<int>(depth, picture->world->Depth());
+    }
+    for (const auto& [file, picture] : all) {
+        if (picture->world->Depth() != depth) picture->world = io::at_depth(*file, *picture->world, depth);
+    }
+    return depth;
+}
+
+void note_mixed_light(const CompOptions& options, const Pictures& pictures) {
+    const bool linear = pictures.background.linear;
+    const auto differs = [=](const Pictures::Layer& layer) { return layer.picture.linear != linear; };
+    const bool mixed = std::any_of(pictures.layers.begin(), pictures.layers.end(), differs) ||
+                       io::is_linear_format(options.output) != linear;
+    if (mixed) say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
+}
+
+/// What the layers and the result lose on the way.
+void note_losses(const CompOptions& options, const Pictures& pictures) {
+    for (std::size_t i = 0; i < pictures.layers.size(); ++i) {
+        if (!pictures.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + io::kLightIsLost);
+    }
+    for (const auto& note : io::left_out(options.output, pictures.background)) {
+        say_note(options.background + ": " + note);
+    }
+}
+
+Transfer transfer_of(const LayerOptions& options, const Pictures::Layer& layer, const QX_LinearBlendingTables* tables) {
+    Transfer transfer;
+    transfer.layer = layer.picture.world.get();
+    transfer.x = options.at.x;
+    transfer.y = options.at.y;
+    transfer.mode = options.mode;
+    transfer.opacity = options.opacity;
+    transfer.rgb_only = options.rgb_only;
+    transfer.seed = options.seed;
+    transfer.field = options.field;
+    transfer.tables = tables;
+    transfer.mask = layer.mask.world.get();
+    transfer.mask_x = options.has_mask_at ? options.mask_at.x : options.at.x;
+    transfer.mask_y = options.has_mask_at ? options.mask_at.y : options.at.y;
+    transfer.mask_kind = options.mask_kind;
+    transfer.quality = options.quality;
+    if (options.placing || options.matrix) {
+        const M_Matrix3 matrix = options.matrix ? *options.matrix : matrix_of(*options.placing);
+        transfer.matrices = {moved(matrix, options.at.x, options.at.y)};
+    }
+    return transfer;
+}
+
+void composite_layer(const LayerOptions& options, const Pictures::Layer& layer, QX_World& background,
+                     Progress& progress) {
+    if (options.mode == xfer_dissolve && background.Depth() == 32) {
+        say_note(options.file + ": mode dissolve changes nothing at depth 32");
+    }
+    std::unique_ptr<QX_LinearBlendingTables> tables;
+    if (options.gamma > 0) {
+        tables = std::make_unique<QX_LinearBlendingTables>();
+        QX_BuildGammaBlendingTables(options.gamma, tables.get());
+    }
+    const int code = composite(transfer_of(options, layer, tables.get()), background, &progress);
+    if (code == kQX_Interrupted) throw io::Interrupted{};
+    if (code != 0) throw WorkFailed(options.file + ": " + last_report() + " (code " + std::to_string(code) + ")");
+}
+
+void run(const CompOptions& options) {
+    apply_common_options(options.common);
+    check_output_option(options.output);
+    if (options.half && !io::is_linear_format(options.output)) throw WrongUsage("--half is for OpenEXR");
+    const Library library;
+    Pictures pictures = read_all(options);
+    note_mixed_light(options, pictures);
+    const int depth = unify(options, pictures);
+    QX_World& background = *pictures.background.world;
+    {
+        Progress progress("compositing", std::int64_t{background.height} * std::int64_t(options.layers.size()));
+        for (std::size_t i = 0; i < options.layers.size(); ++i) {
+            composite_layer(options.layers[i], pictures.layers[i], background, progress);
+        }
+    }
+    note_losses(options, pictures);
+    {
+        const FileProgress progress("writing");
+        io::write_picture(options.output, pictures.background, depth, {options.half});
+    }
+    say_detail(options.output + ": written");
+}
+
+}  // namespace
+
+void add_comp(CLI::App& app) {
+    auto* command = app.add_subcommand("comp", "Composite layers onto a background");
+    const auto line = std::make_shared<CompCommandLine>(*command);
+    command->callback([line] { run(line->options()); });
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/subcommands/CompOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <map>
+
+#include "scene/LayerWords.h"
+#include "scene/Modes.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+Placing& placing_of(LayerOptions& layer, const std::string& option) {
+    layer.placing_option = option;
+    return layer.placing ? *layer.placing : layer.placing.emplace();
+}
+
+void set_scale(LayerOptions& layer, const std::string& option, const std::string& text) {
+    const auto scale = real_numbers(option, text, "a scale S or S,SY", 1, 2);
+    Placing& placing = placing_of(layer, option);
+    placing.scale[0] = scale.front();
+    placing.scale[1] = scale.back();
+}
+
+void set_pair(double (&pair)[2], const std::string& option, const std::string& text) {
+    const auto numbers = real_numbers(option, text, "a position X,Y", 2, 2);
+    std::copy(numbers.begin(), numbers.end(), pair);
+}
+
+void set_matrix(LayerOptions& layer, const std::string& option, const std::string& text) {
+    const auto numbers = real_numbers(option, text, "nine numbers M11,M12,...,M33", 9, 9);
+    std::array<double, 9> elements{};
+    std::copy(numbers.begin(), numbers.end(), elements.begin());
+    layer.matrix = matrix_of(elements);
+}
+
+/// An option of a layer: its name, its help, and what its value does.
+struct LayerOption {
+    const char* name;
+    const char* value;  ///< null for a switch
+    const char* help;
+    void (*set)(LayerOptions& layer, const std::string& option, const std::string& text);
+};
+
+using L = LayerOptions;
+using S = const std::string&;
+const LayerOption kLayerOptions[] = {
+    {"--mode", "NAME|NUMBER", "transfer mode, such as over, multiply, soft-light or 5 (default: over)",
+     [](L& l, S, S text) { l.mode = mode_number(text); }},
+    {"--opacity", "0..1", "opacity (default: 1)",
+     [](L& l, S option, S text) { l.opacity = static_cast<float>(real_number(option, text, 0, 1)); }},
+    {"--at", "X,Y", "where the layer's left top corner lands, or the origin of its transform (default: 0,0)",
+     [](L& l, S option, S text) { l.at = place(option, text); }},
+    {"--mask", "FILE", "picture whose alpha or luma limits the layer", [](L& l, S, S text) { l.mask_file = text; }},
+    {"--mask-kind", "KIND", "alpha, inverse, luma or inverse-luma (default: alpha)",
+     [](L& l, S option, S text) {
+         l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, kMaskKindWords));
+         l.mask_option = option;
+     }},
+    {"--mask-at", "X,Y", "where the mask's left top corner lands (default: the layer's place)",
+     [](L& l, S option, S text) {
+         l.mask_at = place(option, text);
+         l.has_mask_at = true;
+         l.mask_option = option;
+     }},
+    {"--linear", "GAMMA", "blend in linear light, with this exponent of the stored values",
+     [](L& l, S option, S text) { l.gamma = static_cast<float>(real_number(option, text, kLeastGamma, kMostGamma)); }},
+    {"--rgb-only", nullptr, "keep the background's alpha",
+     [](L& l, S option, S text) {
+         l.rgb_only = choice(option, text, {"false", "true"}) == 1;
+     }},
+    {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
+     [](L& l, S option, S text) { l.seed = whole_number(option, text, INT_MIN, INT_MAX); }},
+    {"--field", "FIELD", "rows of the background that change: all, even or odd (default: all)",
+     [](L& l, S option, S text) { l.field = choice(option, text, kFieldWords); }},
+    {"--translate", "X,Y", "where the layer's anchor lands, counted from --at; need not be whole (default: 0,0)",
+     [](L& l, S option, S text) { set_pair(placing_of(l, option).translate, option, text); }},
+    {"--scale", "S[,SY]", "factor of width and height, or one of each (default: 1)", set_scale},
+    {"--rotate", "DEGREES", "turn about the anchor, clockwise (default: 0)",
+     [](L& l, S option, S text) {
+         placing_of(l, option).degrees = real_number(option, text, -kMostPlacing, kMostPlacing);
+     }},
+    {"--anchor", "X,Y", "point of the layer that scale and turn leave in place (default: its left top corner, 0,0)",
+     [](L& l, S option, S text) { set_pair(placing_of(l, option).anchor, option, text); }},
+    {"--matrix", "M11,...,M33", "in place of these four: rows of a matrix, (x', y', w') = (x, y, 1) * M", set_matrix},
+    {"--quality", "QUALITY", "of transformed layers: draft, bilinear or bicubic (default: bilinear)",
+     [](L& l, S option, S text) { l.quality = choice(option, text, kQualityWords); }},
+};
+
+const char* const kFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
+first LAYER hold for all layers. Layers are composited in the order given. Mode names are
+those of `qx modes`, with - or _.
+
+Example:
+  qx comp photo.jpg logo.png --mode screen --opacity 0.5 --at 40,40 -o out.png
+  qx comp photo.jpg logo.png --anchor 64,64 --scale 0.5 --rotate 30 --at 200,150 -o out.png
+  qx comp a.tif b.tif --mode multiply c.exr --mode add --depth 32 -o out.exr)";
+
+void check(const LayerOptions& layer) {
+    if (layer.matrix && layer.placing) {
+        throw WrongUsage(layer.file + ": --matrix and " + layer.placing_option + " exclude each other");
+    }
+    if (!layer.mask_file.empty()) return;
+    if (layer.mode == xfer_mask_crossfade) {
+        throw WrongUsage(layer.file + ": mode mask_crossfade (-2) needs --mask FILE");
+    }
+    if (!layer.mask_option.empty()) throw WrongUsage(layer.file + ": " + layer.mask_option + " needs --mask FILE");
+}
+
+}  // namespace
+
+CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
+    command.add_option("files", files_, "the background, then its layers from back to front")
+        ->type_name("BACKGROUND LAYER")
+        ->required();
+    for (const LayerOption& option : kLayerOptions) {
+        if (option.value == nullptr) {
+            command.add_flag(option.name, option.help)->take_all()->group("Options of a layer");
+        } else {
+            command.add_option(option.name, option.help)
+                ->type_name(option.value)
+                ->expected(1)
+                ->take_all()
+                ->group("Options of a layer");
+        }
+    }
+    command.add_option("--depth", common_.depth_text, "bits to work with (default: the inputs' deepest)")
+        ->type_name("8|16|32");
+    command.add_flag("--half", common_.half, "OpenEXR with half floats")->disable_flag_override();
+    command.add_option("-o,--output", common_.output, "file to write: png, jpg, tif or exr")
+        ->required()
+        ->type_name("FILE");
+    add_common_options(command, common_.common);
+    command.footer(kFooter);
+    set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
+}
+
+CompOptions CompCommandLine::options() const {
+    CompOptions options = common_;
+    LayerOptions defaults;
+    std::map<const CLI::Option*, std::size_t> used;
+    const CLI::Option* files = command_.get_option("files");
+    std::map<const CLI::Option*, const LayerOption*> known;
+    for (const LayerOption& option : kLayerOptions) known[command_.get_option(option.name)] = &option;
+    for (const CLI::Option* option : command_.parse_order()) {
+        const std::size_t turn = used[option]++;
+        if (option == files) {
+            if (turn > 0) options.layers.push_back(defaults);
+            (turn > 0 ? options.layers.back().file : options.background) = option->results().at(turn);
+        } else if (const auto found = known.find(option); found != known.end()) {
+            LayerOptions& target = options.layers.empty() ? defaults : options.layers.back();
+            found->second->set(target, found->second->name, option->results().at(turn));
+        }
+    }
+    if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
+    for (const LayerOptions& layer : options.layers) check(layer);
+    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, kDepthWords);
+    return options;
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "scene/Composite.h"
+#include "scene/Placing.h"
+#include "tools/qx/options/Options.h"
+
+namespace qx::tool {
+
+/// A layer as the command line describes it.
+struct LayerOptions {
+    std::string file;
+    int mode = xfer_over;
+    float opacity = 1;
+    Place at{0, 0};
+    std::string mask_file;
+    std::string mask_option;  ///< an option that makes sense with a mask only
+    QX_MaskKind mask_kind = kQX_MaskAlpha;
+    bool has_mask_at = false;
+    Place mask_at{0, 0};
+    float gamma = 0;  ///< 0 blends the stored values
+    bool rgb_only = false;
+    int seed = 0;
+    int field = 0;
+    std::optional<Placing> placing;  ///< counts from `at`, as `matrix` does
+    std::string placing_option;      ///< one that `placing` came from
+    std::optional<M_Matrix3> matrix;
+    int quality = 1;
+};
+
+struct CompOptions {
+    CommonOptions common;
+    std::string background;
+    std::vector<LayerOptions> layers;
+    std::string depth_text, output;
+    int depth = 0;  ///< 0 takes the deepest of the inputs
+    bool half = false;
+};
+
+/// The command line of `comp`. A layer takes the options that follow its name, up to the next layer's; what stands
+/// before the first layer holds for all.
+class CompCommandLine {
+public:
+    explicit CompCommandLine(CLI::App& command);
+    /// To be called when the line has been read. Throws WrongUsage.
+    CompOptions options() const;
+
+private:
+    CLI::App& command_;
+    std::vector<std::string> files_;
+    CompOptions common_;
+};
+
+}  // namespace qx::tool

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+// qx info: what this build and this machine have.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "QX/indep/QX_Slots.h"
+#include "platform/TK_CPU.h"
+#include "platform/standalone/Standalone.h"
+#include "tools/qx/Commands.h"
+#include "tools/qx/options/Options.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+struct InfoOptions {
+    CommonOptions common;
+    bool json = false;
+};
+
+const char* processor_level() {
+    if (TK_G_CPU_DataP->flags[kTK_CPU_FasterRows] != 0) return "AVX2";
+    return TK_G_CPU_DataP->flags[kTK_CPU_Vector] != 0 ? "SSE4.1" : "plain";
+}
+
+void run(const InfoOptions& options) {
+    apply_common_options(options.common);
+    const Library library;
+    const auto filled = std::count_if(std::begin(QXp_G_OverFuncs), std::end(QXp_G_OverFuncs),
+                                      [](const void* routine) { return routine != nullptr; });
+    const int slots = static_cast<int>(filled);
+    if (options.json) {
+        const nlohmann::ordered_json info = {
+            {"version", QX_VERSION},  {"processor", processor_level()},       {"slots_filled", slots},
+            {"slots", kQX_SlotCount}, {"threads", standalone::PoolThreads()}, {"bands", standalone::BandCount()}};
+        std::printf("%s\n", info.dump(2).c_str());
+    } else {
+        std::printf("version    %s\nprocessor  %s\nslots      %d of %d filled\nthreads    %d\nbands      %d\n",
+                    QX_VERSION, processor_level(), slots, kQX_SlotCount, standalone::PoolThreads(),
+                    standalone::BandCount());
+    }
+    if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
+}
+
+}  // namespace
+
+void add_info(CLI::App& app) {
+    auto* command = app.add_subcommand("info", "Version, processor level, slots, threads and bands");
+    const auto options = std::make_shared<InfoOptions>();
+    command->add_flag("--json", options->json, "machine-readable, on standard output");
+    add_common_options(*command, options->common);
+    set_usage(*command, "[options]");
+    command->footer("Example:\n  qx info --json");
+    command->callback([options] { run(*options); });
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+// qx modes: a contact sheet of all modes of two pictures.
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "QX/indep/QX_Errors.h"
+#include "pictures/Interrupt.h"
+#include "pictures/Picture.h"
+#include "scene/Composite.h"
+#include "scene/Modes.h"
+#include "tools/qx/Commands.h"
+#include "tools/qx/options/Options.h"
+#include "tools/qx/sheet/Font.h"
+#include "tools/qx/sheet/Thumbnail.h"
+#include "tools/qx/terminal/Messages.h"
+#include "tools/qx/terminal/Progress.h"
+
+namespace qx::tool {
+namespace {
+
+constexpr int kThumbnail = 368;  // wide enough for the longest name at twice the size of the font
+constexpr int kColumns = 7;
+constexpr int kGap = 16;
+constexpr int kTextScale = 2;
+constexpr int kCaption = kGlyphHeight * kTextScale + 10;
+constexpr QX_Pixel8 kPaper{255, 32, 32, 36}, kInk{255, 235, 235, 235};
+
+struct ModesOptions {
+    CommonOptions common;
+    std::string background, layer, output;
+};
+
+void must(int code, const char* what) {
+    if (code == kQX_Interrupted) throw io::Interrupted{};
+    if (code != 0) throw WorkFailed(std::string(what) + ": " + last_report() + " (code " + std::to_string(code) + ")");
+}
+
+/// The two pictures as thumbnails, and the mask of the mode that has no meaning without one.
+struct Pair {
+    std::unique_ptr<QX_World> background, layer, mask;
+    int layer_x, layer_y;
+};
+
+std::unique_ptr<QX_World> thumbnail(const std::string& file, int side_x, int side_y, bool* has_alpha) {
+    const FileProgress progress("reading");
+    const io::Picture picture = io::read_picture(file);
+    *has_alpha = picture.has_alpha && io::any_transparency(*picture.world);
+    const auto world = io::at_depth(file, *picture.world, 8);
+    int width = 0, height = 0;
+    fit(*world, side_x, &width, &height);
+    if (height > side_y) fit(*world, side_y, &width, &height);
+    return scaled(*world, width, height);
+}
+
+Pair read_pair(const ModesOptions& options) {
+    bool has_alpha = false;
+    Pair pair{};
+    pair.background = thumbnail(options.background, kThumbnail, kThumbnail, &has_alpha);
+    const QX_World& background = *pair.background;
+    pair.layer = thumbnail(options.layer, background.width, background.height, &has_alpha);
+    if (!has_alpha) soften_edges(*pair.layer);
+    pair.layer_x = (background.width - pair.layer->width) / 2;
+    pair.layer_y = (background.height - pair.layer->height) / 2;
+    pair.mask = ramp(background.width, background.height);
+    return pair;
+}
+
+/// One mode's result, laid over checkers on the sheet.
+void draw_cell(const Pair& pair, const ModeName& mode, int x, int y, QX_World& sheet) {
+    const auto result = io::at_depth("sheet", *pair.background, 8);
+    Transfer transfer;
+    transfer.layer = pair.layer.get();
+    transfer.x = pair.layer_x;
+    transfer.y = pair.layer_y;
+    transfer.mode = mode.number;
+    transfer.mask = mode.number == xfer_mask_crossfade ? pair.mask.get() : nullptr;
+    must(composite(transfer, *result, nullptr), mode.name);
+
+    const auto cell = io::new_world("sheet", result->width, result->height, 8);
+    draw_checkers(*cell);
+    Transfer onto;
+    onto.layer = result.get();
+    must(composite(onto, *cell, nullptr), mode.name);
+    onto.layer = cell.get();
+    onto.x = x;
+    onto.y = y;
+    must(composite(onto, sheet, nullptr), mode.name);
+    const std::string caption = std::to_string(mode.number) + " " + mode.name;
+    draw_text(sheet, x, y + result->height + 5, kTextScale, kInk, caption);
+}
+
+io::Picture draw_sheet(const Pair& pair) {
+    const auto& modes = all_modes();
+    const int rows = (static_cast<int>(modes.size()) + kColumns - 1) / kColumns;
+    const int step_x = kThumbnail + kGap, step_y = pair.background->height + kCaption + kGap;
+    io::Picture sheet;
+    sheet.world = io::new_world("sheet", kGap + kColumns * step_x, kGap + rows * step_y, 8);
+    for (int y = 0; y < sheet.world->height; ++y) {
+        auto* row = io::row_of<QX_Pixel8>(*sheet.world, y);
+        std::fill(row, row + sheet.world->width, kPaper);
+    }
+    Progress progress("modes", static_cast<std::int64_t>(modes.size()));
+    for (int i = 0; i < static_cast<int>(modes.size()); ++i) {
+        const ModeName& mode = modes[static_cast<std::size_t>(i)];
+        draw_cell(pair, mode, kGap + i % kColumns * step_x, kGap + i / kColumns * step_y, *sheet.world);
+        progress.advance(1);
+    }
+    return sheet;
+}
+
+void run(const ModesOptions& options) {
+    apply_common_options(options.common);
+    check_output_option(options.output);
+    const Library library;
+    const Pair pair = read_pair(options);
+    const io::Picture sheet = draw_sheet(pair);
+    {
+        const FileProgress progress("writing");
+        io::write_picture(options.output, sheet, 8);
+    }
+    say_detail(options.output + ": written");
+}
+
+}  // namespace
+
+void add_modes(CLI::App& app) {
+    auto* command = app.add_subcommand("modes", "Draw a contact sheet of all 43 modes of two pictures");
+    const auto options = std::make_shared<ModesOptions>();
+    command->add_option("A", options->background, "background")->required()->type_name("FILE");
+    command->add_option("B", options->layer, "layer, at full opacity; without alpha of its own it gets soft edges")
+        ->required()
+        ->type_name("FILE");
+    command->add_option("-o,--output", options->output, "file to write: png, jpg, tif or exr")
+        ->required()
+        ->type_name("FILE");
+    add_common_options(*command, options->common);
+    set_usage(*command, "A B [options] -o OUT");
+    command->footer(
+        "Transparency of a result shows as checkers. Mode -2 gets a horizontal ramp as its mask.\n\n"
+        "Example:\n  qx modes photo.jpg logo.png -o sheet.png");
+    command->callback([options] { run(*options); });
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+// qx render: frames of a scene, as pictures or as a movie.
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+
+#include "pictures/Interrupt.h"
+#include "pictures/Movie.h"
+#include "scene/LayerWords.h"
+#include "scene/SceneRender.h"
+#include "tools/qx/Commands.h"
+#include "tools/qx/options/Options.h"
+#include "tools/qx/terminal/Messages.h"
+#include "tools/qx/terminal/Progress.h"
+
+namespace qx::tool {
+namespace {
+
+struct RenderOptions {
+    CommonOptions common;
+    std::string scene, output, frames, depth;
+    bool resume = false;
+};
+
+const char* const kFooter =
+    R"(OUT has a place for the frame's number, #### or %04d, unless one frame is asked for. A name that
+ends in mp4, mov, mkv, webm or avi becomes a movie of the frames. Frames do not depend on each
+other: a farm gives each machine a part of --frames. docs/scene.md describes the scene file.
+
+Example:
+  qx render scene.json -o out/frame.####.png --frames 1001-1100 --resume
+  qx render scene.json -o out.mp4)";
+
+FrameRange frames_of(const RenderOptions& options, const Scene& scene) {
+    if (!options.frames.empty()) return frame_range("--frames", options.frames);
+    if (scene.frames) return *scene.frames;
+    throw WrongUsage("--frames A-B is needed, the scene tells no frames");
+}
+
+/// True when the file of a frame can be read to its end and has the frame's size: what a frame's writer was stopped
+/// in, or some other program left, is made anew.
+bool is_whole(const std::string& path, int width, int height) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) return false;
+    try {
+        const io::Picture picture = io::read_picture(path);
+        return picture.world->width == width && picture.world->height == height;
+    } catch (const io::Failure&) {
+        return false;
+    }
+}
+
+void note_light(const Scene& scene, const std::string& output, const io::Picture& frame) {
+    if (scene.background && frame.linear != io::is_linear_format(output)) {
+        say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
+    }
+}
+
+void render_pictures(const Scene& scene, const FrameRange& frames, const RenderOptions& options) {
+    const FramePattern names("-o", options.output);
+    if (frames.count() > 1 && !names.has_place()) {
+        throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
+    }
+    check_output_option(names.name(frames.first));
+    check_outputs(scene, frames, names);
+    const Library library;
+    SceneRender render(scene);
+    FrameProgress progress(frames.count());
+    bool told = false;
+    for (int i = 0; i < frames.count(); ++i) {
+        io::check_interrupt();
+        const int number = frames.frame(i);
+        const std::string file = names.name(number);
+        int width = 0, height = 0;
+        if (options.resume) render.size(number, &width, &height);
+        const bool skipped = options.resume && is_whole(file, width, height);
+        if (!skipped) {
+            const io::Picture frame = render.frame(number);
+            if (!told) note_light(scene, file, frame);
+            told = true;
+            io::write_picture(file, frame, scene.depth);
+        }
+        say_detail(file + (skipped ? ": is there" : ": written"));
+        progress.done(number, skipped);
+    }
+}
+
+/// What is transparent becomes black.
+std::unique_ptr<QX_World> opaque(const std::string& path, const QX_World& frame) {
+    auto eight = io::at_depth(path, frame, 8);
+    if (!io::any_transparency(*eight)) return eight;
+    auto black = io::new_world(path, frame.width, frame.height, 8);
+    black->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
+    Transfer transfer;
+    transfer.layer = eight.get();
+    if (composite(transfer, *black, nullptr) != 0) io::check_interrupt();
+    return black;
+}
+
+void render_movie(const Scene& scene, const FrameRange& frames, const RenderOptions& options) {
+    if (options.resume) throw WrongUsage("--resume is for pictures, a movie is made as a whole");
+    const Library library;
+    SceneRender render(scene);
+    int width = 0, height = 0;
+    render.size(frames.first, &width, &height);
+    MovieFile movie(options.output, width, height, scene.rate);
+    FrameProgress progress(frames.count());
+    for (int i = 0; i < frames.count(); ++i) {
+        const int number = frames.frame(i);
+        const io::Picture frame = render.frame(number);
+        if (frame.world->width != width || frame.world->height != height) {
+            throw io::Failure(options.output, "frame " + std::to_string(number) + " has another size than the first");
+        }
+        movie.add(*opaque(options.output, *frame.world));
+        progress.done(number, false);
+    }
+    io::check_interrupt();
+    movie.commit();
+    say_detail(options.output + ": written");
+}
+
+void run(const RenderOptions& options) {
+    apply_common_options(options.common);
+    const int depth = options.depth.empty() ? 0 : 8 << choice("--depth", options.depth, kDepthWords);
+    const bool movie = is_movie(options.output);
+    Scene scene = read_scene(options.scene);
+    if (depth != 0) scene.depth = depth;
+    const FrameRange frames = frames_of(options, scene);
+    check_files(scene, frames);
+    (movie ? render_movie : render_pictures)(scene, frames, options);
+}
+
+}  // namespace
+
+void add_render(CLI::App& app) {
+    auto* command = app.add_subcommand("render", "Render the frames of a scene, as pictures or as a movie");
+    const auto options = std::make_shared<RenderOptions>();
+    command->add_option("SCENE", options->scene, "scene file")->required()->type_name("FILE");
+    command->add_option("-o,--output", options->output, "files to write: png, jpg, tif, exr, or a movie")
+        ->required()
+        ->type_name("OUT");
+    command->add_option("--frames", options->frames, "frames, every STEPth (default: those of the scene)")
+        ->type_name("A-B[xSTEP]");
+    command->add_flag("--resume", options->resume, "leave frames alone whose file is there and whole")
+        ->disable_flag_override();
+    command->add_option("--depth", options->depth, "bits to work with (default: those of the scene)")
+        ->type_name("8|16|32");
+    add_common_options(*command, options->common);
+    set_usage(*command, "SCENE.json [options] -o OUT.####.EXT");
+    command->footer(kFooter);
+    command->callback([options] { run(*options); });
+}
+
+}  // namespace qx::tool

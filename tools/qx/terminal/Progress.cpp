@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/terminal/Progress.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+constexpr int kBarWidth = 40;
+constexpr auto kPatience = std::chrono::seconds(1);
+}  // namespace
+
+Progress::Progress(std::string what, std::int64_t total)
+    : what_(std::move(what)),
+      total_(std::max<std::int64_t>(total, 1)),
+      wanted_(talk() != Talk::quiet && ::isatty(STDERR_FILENO) == 1),
+      start_(std::chrono::steady_clock::now()) {}
+
+Progress::~Progress() {
+    if (shown_percent_ >= 0) std::fprintf(stderr, "\r\x1B[K");
+}
+
+void Progress::advance(std::int64_t steps) {
+    const std::int64_t done = done_.fetch_add(steps, std::memory_order_relaxed) + steps;
+    if (wanted_ && std::chrono::steady_clock::now() - start_ > kPatience) draw(done);
+}
+
+void Progress::draw(std::int64_t done) {
+    const std::unique_lock lock(mutex_, std::try_to_lock);
+    const std::int64_t percent = std::min<std::int64_t>(done * 100 / total_, 100);
+    if (!lock || percent <= shown_percent_) return;
+    shown_percent_ = percent;
+    const auto filled = static_cast<std::size_t>(percent * kBarWidth / 100);
+    const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
+    std::fprintf(stderr, "\r%s [%s] %3d %%", what_.c_str(), bar.c_str(), static_cast<int>(percent));
+    std::fflush(stderr);
+}
+
+std::string speed_words(int done, int all, double seconds) {
+    const double speed = done / std::max(seconds, 1e-3);
+    const auto left = static_cast<long long>(std::ceil((all - done) / std::max(speed, 1e-9)));
+    char text[80];
+    std::snprintf(text, sizeof text, "%.*f frames/s, %lld:%02lld left", speed < 10 ? 2 : 0, speed, left / 60,
+                  left % 60);
+    return text;
+}
+
+FrameProgress::FrameProgress(int frames)
+    : frames_(frames),
+      wanted_(talk() != Talk::quiet && ::isatty(STDERR_FILENO) == 1),
+      start_(std::chrono::steady_clock::now()) {}
+
+FrameProgress::~FrameProgress() { show_line(""); }
+
+void FrameProgress::done(int frame, bool skipped) {
+    ++done_;
+    skipped_ += skipped ? 1 : 0;
+    if (!wanted_) return;
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start_;
+    show_line("frame " + std::to_string(frame) + " (" + std::to_string(done_) + " of " + std::to_string(frames_) +
+              "), " + speed_words(done_ - skipped_, frames_ - skipped_, passed.count()));
+}
+
+FileProgress::FileProgress(std::string what) : what_(std::move(what)) { io::set_row_listener(this); }
+
+FileProgress::~FileProgress() { io::set_row_listener(nullptr); }
+
+void FileProgress::rows(std::int64_t done, std::int64_t total) {
+    if (!progress_) progress_.emplace(what_, total);
+    progress_->advance(done - told_);
+    told_ = done;
+}
+
+}  // namespace qx::tool

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 /// The block behind its mark: a small TIFF of either byte order. What lies outside reads as 0.
@@ -40,4 +40,4 @@ int exif_orientation(const unsigned char* data, std::size_t bytes) {
     return 1;
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -17,11 +17,10 @@
 
 #include "pictures/ExrHeader.h"
 #include "pictures/Format.h"
-#include "pictures/Interrupt.h"
 #include "pictures/Light.h"
 #include "pictures/Scale.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 constexpr int kMostRead = 1 << 16;  // a side of a file's windows: more than a picture has, for what lies outside it
@@ -50,7 +49,7 @@ bool bind_channels(const Imf::ChannelList& channels, QX_PixelFloat* line, int le
 }
 
 /// Rows of the data window go to their place in the display window, which is the picture.
-void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world) {
+void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Watch& watch) {
     const auto& display = exr.header().displayWindow();
     const auto& window = exr.header().dataWindow();
     const std::int64_t columns = std::int64_t{window.max.x} - window.min.x + 1;
@@ -64,7 +63,7 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world) {
     const int left = std::max(window.min.x, display.min.x), right = std::min(window.max.x, display.max.x) + 1;
     const int top = std::max(window.min.y, display.min.y), bottom = std::min(window.max.y, display.max.y) + 1;
     for (int y = top; y < bottom && left < right; ++y) {
-        must_next_row(y - top, bottom - top);
+        watch.must_next_row(y - top, bottom - top);
         exr.readPixels(y);
         auto* row = row_of<QX_PixelFloat>(world, y - display.min.y) + (left - display.min.x);
         std::copy(line.begin() + (left - window.min.x), line.begin() + (right - window.min.x), row);
@@ -86,8 +85,14 @@ void read_extras(const Imf::Header& header, Picture& picture) {
     picture.primaries = {c.red.x, c.red.y, c.green.x, c.green.y, c.blue.x, c.blue.y, c.white.x, c.white.y};
 }
 
-Picture read_exr(const std::string& path) {
-    Imf::Header::setMaxImageSize(kMostRead, kMostRead);  // else a header alone could claim gigabytes of tables
+/// Else a header alone could claim gigabytes of tables. The limit is one for all threads, so it is set once.
+void limit_sizes() {
+    static const bool limited = (Imf::Header::setMaxImageSize(kMostRead, kMostRead), true);
+    static_cast<void>(limited);
+}
+
+Picture read_exr(const std::string& path, Watch& watch) {
+    limit_sizes();
     Imf::InputFile exr(path.c_str());
     const Imf::Header& header = exr.header();
     const auto& display = header.displayWindow();
@@ -95,18 +100,18 @@ Picture read_exr(const std::string& path) {
     picture.has_alpha = header.channels().findChannel("A") != nullptr || header.dataWindow() != display;
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
                               std::int64_t{display.max.y} - display.min.y + 1, 32);
-    read_rows(exr, path, *picture.world);
+    read_rows(exr, path, *picture.world, watch);
     mark_light(picture);
     read_extras(header, picture);
     if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
     return picture;
 }
 
-Picture read(InputFile& file) {
+Picture read(InputFile& file, Watch& watch) {
     if (!attributes_fit(file.stream()))
         throw Failure(file.path(), "damaged or cut short OpenEXR: the file ends within its header");
     try {
-        return read_exr(file.path());
+        return read_exr(file.path(), watch);
     } catch (const Failure&) {
         throw;
     } catch (const std::exception& fault) {  // the library's texts begin with the file's name, and are long
@@ -153,7 +158,7 @@ QX_PixelFloat associated(const QX_PixelFloat& p, bool light) {
 }
 
 template <class Channel>
-void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType type, bool with_alpha) {
+void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType type, bool with_alpha, Watch& watch) {
     const QX_World& world = *picture.world;
     std::vector<Channel> line(static_cast<std::size_t>(world.width) * 4);
     Imf::FrameBuffer buffer;
@@ -163,7 +168,7 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
     }
     exr.setFrameBuffer(buffer);
     for (int y = 0; y < world.height; ++y) {
-        must_next_row(y, world.height);
+        watch.must_next_row(y, world.height);
         const auto* row = row_of<QX_PixelFloat>(world, y);
         auto* to = line.data();
         for (int x = 0; x < world.width; ++x) {
@@ -174,15 +179,15 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
     }
 }
 
-void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options) {
+void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     try {
         Stream stream(file);
         const auto type = options.half ? Imf::HALF : Imf::FLOAT;
         Imf::OutputFile exr(stream, header_for(picture, type, with_alpha));
         if (options.half) {
-            write_rows<half>(exr, picture, type, with_alpha);
+            write_rows<half>(exr, picture, type, with_alpha, watch);
         } else {
-            write_rows<float>(exr, picture, type, with_alpha);
+            write_rows<float>(exr, picture, type, with_alpha, watch);
         }
     } catch (const std::exception& fault) {
         file.check();
@@ -198,4 +203,4 @@ const Format& exr_format() {
     return format;
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 /// Passes a text that ends with a 0. @return its length
@@ -48,4 +48,4 @@ bool attributes_fit(std::FILE* stream) {
     return true;
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -1,30 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pictures/Files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
 #include "pictures/Picture.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 constexpr std::size_t kHeadBytes = 16;
 
-std::string words(int error) { return std::strerror(error); }  // one thread opens and closes files
+std::string words(int error) {
+    char text[128];
+    return ::strerror_r(error, text, sizeof text);
+}
 
-/// Rights that a new file gets, or those of the file whose place it takes.
-mode_t rights(const std::string& target) {
+/// Opens a new file beside `target`, under a name of its own that is short enough for any name to take its place.
+/// The system gives it the rights of a new file: to ask for these would change them for all threads.
+int open_beside(const std::string& target, std::string& name) {
+    static std::atomic<unsigned> number{0};
+    const std::string begin = ".qx-" + std::to_string(::getpid()) + "-";
+    int descriptor = -1;
+    do {
+        name = std::filesystem::path(target).replace_filename(begin + std::to_string(++number)).string();
+        descriptor = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (descriptor < 0 && errno == EEXIST);  // one that a stopped process has left
+    return descriptor;
+}
+
+/// A file that takes the place of another one gets its rights.
+bool take_rights(int descriptor, const std::string& target) {
     struct stat info {};
-    if (::stat(target.c_str(), &info) == 0) return info.st_mode & 0777;
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return 0666 & ~mask;
+    return ::stat(target.c_str(), &info) != 0 || ::fchmod(descriptor, info.st_mode & 0777) == 0;
 }
 
 /// Only regular files are opened: to open a pipe that nobody writes would wait for ever.
@@ -65,15 +79,14 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         throw Failure(path, "is not a regular file");
     }
-    temporary_ = std::filesystem::path(target_).replace_filename(".qx-XXXXXX").string();  // short enough for any name
-    const int descriptor = ::mkstemp(temporary_.data());
+    const int descriptor = open_beside(target_, temporary_);
     if (descriptor < 0) {
         const int error = errno;
         temporary_.clear();
         throw Failure(path, words(error));
     }
     stream_ = ::fdopen(descriptor, "w+b");
-    if (::fchmod(descriptor, rights(target_)) != 0 || stream_ == nullptr) note_error();
+    if (stream_ == nullptr || !take_rights(descriptor, target_)) note_error();
     // A failure so early is kept like that of a write: `write_picture` asks for it before it writes.
 }
 
@@ -118,4 +131,4 @@ void OutputFile::commit() {
     temporary_.clear();
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace qx::io {
+namespace qx::pictures {
 
 /// An open file to read, with its first bytes. Throws Failure for what is missing, empty or a folder.
 class InputFile {
@@ -52,4 +52,4 @@ private:
     int error_ = 0;
 };
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -6,8 +6,9 @@
 
 #include "pictures/Files.h"
 #include "pictures/Picture.h"
+#include "pictures/Watch.h"
 
-namespace qx::io {
+namespace qx::pictures {
 
 /// One file format: how it is recognised, and what reads and writes it.
 struct Format {
@@ -17,9 +18,9 @@ struct Format {
     std::vector<int> depths;              ///< that its files hold, in rising order
     bool holds_alpha;
     bool linear;  ///< meant for linear light
-    Picture (*read)(InputFile& file);
+    Picture (*read)(InputFile& file, Watch& watch);
     /// `picture` has one of the depths above. `with_alpha` is false when all of it is opaque and may stay so.
-    void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options);
+    void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
 };
 
 const Format& png_format();
@@ -32,4 +33,4 @@ inline constexpr const char* kOrientationNote = "is taken as stored, its orienta
 /// Keeps an embedded profile if it fits RGB pixels, else leaves a note.
 void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes);
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -13,9 +13,8 @@
 
 #include "pictures/Exif.h"
 #include "pictures/Format.h"
-#include "pictures/Interrupt.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 constexpr int kQuality = 95;
@@ -62,7 +61,8 @@ template <class Calls> bool run(Fault& fault, const Calls& calls) {
 /// A file of many scans over a large picture would keep a reader busy for hours, and a signal must stop it.
 void watch_scans(j_common_ptr jpeg) {
     const auto* reader = reinterpret_cast<j_decompress_ptr>(jpeg);
-    if (reader->input_scan_number <= kMostScans && !interrupted()) return;
+    const auto* watch = static_cast<const Watch*>(jpeg->client_data);
+    if (reader->input_scan_number <= kMostScans && !watch->stops()) return;
     Fault& fault = fault_of(jpeg);
     std::snprintf(fault.text, sizeof fault.text, "it has more than %d scans", kMostScans);
     std::longjmp(fault.back, 1);
@@ -70,7 +70,7 @@ void watch_scans(j_common_ptr jpeg) {
 
 class Reader {
 public:
-    explicit Reader(InputFile& file) : file_(file) { jpeg_.err = prepare(fault_); }
+    Reader(InputFile& file, Watch& watch) : file_(file), watch_(watch) { jpeg_.err = prepare(fault_); }
     ~Reader() {
         jpeg_destroy_decompress(&jpeg_);
         std::free(profile_);
@@ -86,7 +86,7 @@ public:
         Picture picture;
         picture.world = new_world(file_.path(), jpeg_.image_width, jpeg_.image_height, 8);
         checked([this, &picture] { read_rows(*picture.world); });
-        check_interrupt();
+        watch_.must_go_on();
         if (fault_.cut_short) throw Failure(file_.path(), "damaged or cut short JPEG");
         if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);
         read_extras(picture);
@@ -106,7 +106,7 @@ private:
 
     template <class Calls> void checked(const Calls& calls) {
         if (run(fault_, calls)) return;
-        check_interrupt();
+        watch_.must_go_on();
         throw Failure(file_.path(), std::string("damaged JPEG: ") + fault_.text);
     }
 
@@ -125,19 +125,22 @@ private:
     }
 
     void read_rows(QX_World& world) {
-        jpeg_.progress = &watch_;
+        jpeg_.progress = &scans_;
+        jpeg_.client_data = &watch_;
         jpeg_start_decompress(&jpeg_);
-        while (jpeg_.output_scanline < jpeg_.output_height && next_row(jpeg_.output_scanline, jpeg_.output_height)) {
+        while (jpeg_.output_scanline < jpeg_.output_height &&
+               watch_.next_row(jpeg_.output_scanline, jpeg_.output_height)) {
             JSAMPROW row = row_of<JSAMPLE>(world, static_cast<int>(jpeg_.output_scanline));
             jpeg_read_scanlines(&jpeg_, &row, 1);
         }
-        if (!interrupted()) jpeg_finish_decompress(&jpeg_);
+        if (!watch_.stops()) jpeg_finish_decompress(&jpeg_);
     }
 
     InputFile& file_;
+    Watch& watch_;
     Fault fault_;
     jpeg_decompress_struct jpeg_{};
-    jpeg_progress_mgr watch_{watch_scans, 0, 0, 0, 0};
+    jpeg_progress_mgr scans_{watch_scans, 0, 0, 0, 0};
     bool turned_ = false;  ///< the picture is meant to be shown so; the library forgets markers when it is done
     JOCTET* profile_ = nullptr;
     unsigned int profile_bytes_ = 0;
@@ -145,7 +148,9 @@ private:
 
 class Writer {
 public:
-    Writer(OutputFile& file, const Picture& picture) : file_(file), picture_(picture) { jpeg_.err = prepare(fault_); }
+    Writer(OutputFile& file, const Picture& picture, Watch& watch) : file_(file), picture_(picture), watch_(watch) {
+        jpeg_.err = prepare(fault_);
+    }
     ~Writer() { jpeg_destroy_compress(&jpeg_); }
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
@@ -155,7 +160,7 @@ public:
             begin();
             write_rows();
         });
-        check_interrupt();
+        watch_.must_go_on();
         if (std::ferror(file_.stream()) != 0) file_.commit();  // throws with the system's words
         if (!done) throw Failure(file_.path(), std::string("could not be written: ") + fault_.text);
     }
@@ -188,22 +193,25 @@ private:
     }
 
     void write_rows() {
-        while (jpeg_.next_scanline < jpeg_.image_height && next_row(jpeg_.next_scanline, jpeg_.image_height)) {
+        while (jpeg_.next_scanline < jpeg_.image_height && watch_.next_row(jpeg_.next_scanline, jpeg_.image_height)) {
             JSAMPROW row = row_of<JSAMPLE>(*picture_.world, static_cast<int>(jpeg_.next_scanline));
             jpeg_write_scanlines(&jpeg_, &row, 1);
         }
-        if (!interrupted()) jpeg_finish_compress(&jpeg_);
+        if (!watch_.stops()) jpeg_finish_compress(&jpeg_);
     }
 
     OutputFile& file_;
     const Picture& picture_;
+    Watch& watch_;
     Fault fault_;
     jpeg_compress_struct jpeg_{};
 };
 
-Picture read(InputFile& file) { return Reader(file).read(); }
+Picture read(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
 
-void write(OutputFile& file, const Picture& picture, bool, const WriteOptions&) { Writer(file, picture).write(); }
+void write(OutputFile& file, const Picture& picture, bool, const WriteOptions&, Watch& watch) {
+    Writer(file, picture, watch).write();
+}
 
 }  // namespace
 
@@ -212,4 +220,4 @@ const Format& jpeg_format() {
     return format;
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pictures/Light.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 /// Calls `see(pixel, index)` for all pixels in row order.
@@ -44,4 +44,4 @@ bool covers_light(const Picture& picture) {
     return covered;
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -7,7 +7,7 @@
 // Straight alpha has no place for it, since there colour under alpha 0 means nothing. So a reader of associated
 // alpha marks such pixels, a writer of associated alpha writes them as they were if they have stayed clear, and
 // whatever else becomes of them is told to the user.
-namespace qx::io {
+namespace qx::pictures {
 
 inline constexpr const char* kLightIsLost = "light under an alpha of 0 is lost, straight alpha has no place for it";
 
@@ -24,4 +24,4 @@ inline bool is_light(const Picture& picture, int x, int y) {
 /// True when some pixel that was light has alpha now.
 bool covers_light(const Picture& picture);
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -8,7 +8,7 @@
 
 #include "pictures/Picture.h"
 
-namespace qx::tool {
+namespace qx::pictures {
 namespace {
 
 /// The module lies in a folder of libraries beside that of the command, or where the system looks.
@@ -27,17 +27,17 @@ void* open_module() {
 /// Kept once it is loaded: its libraries do not stand being unloaded.
 const movie::Routines* load(const std::string& path) {
     void* module = open_module();
-    if (module == nullptr) throw io::Failure(path, std::string("movies need the module ") + ::dlerror());
+    if (module == nullptr) throw Failure(path, std::string("movies need the module ") + ::dlerror());
     const auto entry = reinterpret_cast<movie::Entry>(::dlsym(module, movie::kEntryName));
     const movie::Routines* routines = entry != nullptr ? entry() : nullptr;
     if (routines != nullptr && routines->version == movie::kVersion) return routines;
-    throw io::Failure(path, std::string(movie::kFileName) + " is of another version than this command");
+    throw Failure(path, std::string(movie::kFileName) + " is of another version than this command");
 }
 
 }  // namespace
 
 bool is_movie(const std::string& path) {
-    const std::string ending = io::extension_of(path);
+    const std::string ending = extension_of(path);
     const std::string known[] = {"mp4", "mov", "mkv", "webm", "avi"};
     return std::find(std::begin(known), std::end(known), ending) != std::end(known);
 }
@@ -47,7 +47,7 @@ MovieFile::MovieFile(const std::string& path, int width, int height, const Rate&
     file_.check();
     if (width % 2 != 0 || height % 2 != 0) {
         const std::string size = std::to_string(width) + " x " + std::to_string(height);
-        throw io::Failure(path, "frames of " + size + ": a movie needs even sides");
+        throw Failure(path, "frames of " + size + ": a movie needs even sides");
     }
     const movie::Settings settings{path.c_str(), file_.temporary().c_str(), width, height, rate.number, rate.per};
     movie::Words words{};
@@ -60,7 +60,7 @@ MovieFile::~MovieFile() {
 }
 
 void MovieFile::check(bool done, const movie::Words& words) const {
-    if (!done) throw io::Failure(file_.path(), words.text);
+    if (!done) throw Failure(file_.path(), words.text);
 }
 
 void MovieFile::add(const QX_World& frame) {
@@ -74,4 +74,4 @@ void MovieFile::commit() {
     file_.commit();
 }
 
-}  // namespace qx::tool
+}  // namespace qx::pictures

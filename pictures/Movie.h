@@ -3,16 +3,21 @@
 
 #include <string>
 
+#include "QX/world/QX_World.h"
 #include "pictures/Files.h"
 #include "pictures/movie/Module.h"
-#include "scene/Scene.h"
 
-namespace qx::tool {
+namespace qx::pictures {
+
+/// Frames: `number` in `per` seconds.
+struct Rate {
+    int number = 25, per = 1;
+};
 
 /// True for a name that tells a movie.
 bool is_movie(const std::string& path);
 
-/// A movie that appears whole or not at all. Throws io::Failure.
+/// A movie that appears whole or not at all. Throws Failure.
 class MovieFile {
 public:
     MovieFile(const std::string& path, int width, int height, const Rate& rate);
@@ -25,9 +30,9 @@ public:
 
 private:
     void check(bool done, const movie::Words& words) const;
-    io::OutputFile file_;
+    OutputFile file_;
     const movie::Routines* routines_;
     void* movie_;
 };
 
-}  // namespace qx::tool
+}  // namespace qx::pictures

@@ -9,10 +9,9 @@
 #include "QX/world/QX_Frame.h"
 #include "pictures/Files.h"
 #include "pictures/Format.h"
-#include "pictures/Interrupt.h"
 #include "pictures/Light.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 constexpr const Format& (*kFormats[])() = {png_format, jpeg_format, tiff_format, exr_format};
@@ -145,13 +144,13 @@ void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes
     }
 }
 
-Picture read_picture(const std::string& path) {
-    check_interrupt();
+Picture read_picture(const std::string& path, Watch& watch) {
+    watch.must_go_on();
     InputFile file(path);
     try {
         for (const auto format : kFormats) {
             if (!recognised(format(), file)) continue;
-            Picture picture = format().read(file);
+            Picture picture = format().read(file, watch);
             picture.linear = format().linear;
             if (!sensible(picture.resolution)) picture.resolution = {};
             return picture;
@@ -184,8 +183,9 @@ bool known_format(const std::string& path) { return format_named(path) != nullpt
 
 bool is_linear_format(const std::string& path) { return format_to_write(path).linear; }
 
-void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options) {
-    check_interrupt();
+void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options,
+                   Watch& watch) {
+    watch.must_go_on();
     const Format& format = format_to_write(path);
     const int file_depth = nearest_depth(format, depth);
     Picture converted;
@@ -204,9 +204,9 @@ void write_picture(const std::string& path, const Picture& picture, int depth, c
     }
     OutputFile file(path);
     file.check();
-    format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options);
-    check_interrupt();
+    format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
+    watch.must_go_on();
     file.commit();
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

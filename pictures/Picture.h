@@ -10,8 +10,9 @@
 #include <vector>
 
 #include "QX/world/QX_World.h"
+#include "pictures/Watch.h"
 
-namespace qx::io {
+namespace qx::pictures {
 
 /// A file could not be read or written. The text names it: "FILE: plain words".
 class Failure : public std::runtime_error {
@@ -43,11 +44,15 @@ struct WriteOptions {
     bool half = false;  ///< OpenEXR: half instead of float
 };
 
-/// Format by content. Sides above 30000 are refused before anything is decoded. Throws Failure or Interrupted.
-Picture read_picture(const std::string& path);
+// Any number of pictures may be read and written at once, each on a thread of its own.
 
-/// Format by extension, at the depth nearest to `depth` that it can hold. The file appears whole or not at all.
-void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options = {});
+/// Format by content. Sides above 30000 are refused before anything is decoded. Throws Failure or Stopped.
+Picture read_picture(const std::string& path, Watch& watch = unwatched());
+
+/// Format by extension, at the depth nearest to `depth` that it can hold. The file appears whole or not at all. Throws
+/// Failure or Stopped.
+void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options = {},
+                   Watch& watch = unwatched());
 
 /// What the picture's file held and a file of this name will not, as notes. After the work on the pixels.
 std::vector<std::string> left_out(const std::string& path, const Picture& picture);
@@ -75,4 +80,4 @@ template <class Pixel> Pixel* row_of(const QX_World& world, int y) {
     return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

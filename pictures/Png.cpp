@@ -7,10 +7,9 @@
 #include <cstring>
 
 #include "pictures/Format.h"
-#include "pictures/Interrupt.h"
 #include "pictures/Scale.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 struct Fault {
@@ -36,8 +35,10 @@ template <class Calls> bool run(png_structp png, const Calls& calls) {
 
 class Reader {
 public:
-    explicit Reader(InputFile& file)
-        : file_(file), png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
+    Reader(InputFile& file, Watch& watch)
+        : file_(file),
+          watch_(watch),
+          png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
     }
     ~Reader() { png_destroy_read_struct(&png_, &info_, nullptr); }
@@ -51,7 +52,7 @@ public:
         picture.has_alpha = alpha_;
         picture.world = new_world(file_.path(), width_, height_, depth_);
         checked([this, &picture] { read_rows(*picture.world); });
-        check_interrupt();
+        watch_.must_go_on();
         for (int y = 0; depth_ == 16 && y < picture.world->height; ++y) {
             finish_row(row_of<QX_Pixel16>(*picture.world, y), picture.world->width, false);
         }
@@ -88,11 +89,11 @@ private:
         const int passes = png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
         for (int pass = 0; pass < passes; ++pass) {
-            for (int y = 0; y < world.height && next_row(pass * world.height + y, passes * world.height); ++y) {
+            for (int y = 0; y < world.height && watch_.next_row(pass * world.height + y, passes * world.height); ++y) {
                 png_read_row(png_, row_of<png_byte>(world, y), nullptr);
             }
         }
-        if (!interrupted()) png_read_end(png_, info_);
+        if (!watch_.stops()) png_read_end(png_, info_);
     }
 
     void read_extras(Picture& picture) {
@@ -110,6 +111,7 @@ private:
     }
 
     InputFile& file_;
+    Watch& watch_;
     Fault fault_;
     png_structp png_;
     png_infop info_;
@@ -125,9 +127,10 @@ void flush_nothing(png_structp) {}
 
 class Writer {
 public:
-    Writer(OutputFile& file, const Picture& picture, bool with_alpha)
+    Writer(OutputFile& file, const Picture& picture, bool with_alpha, Watch& watch)
         : file_(file),
           picture_(picture),
+          watch_(watch),
           alpha_(with_alpha),
           row_(static_cast<std::size_t>(picture.world->width)),
           png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
@@ -144,7 +147,7 @@ public:
             write_rows();
         });
         file_.check();
-        check_interrupt();
+        watch_.must_go_on();
         if (!done) throw Failure(file_.path(), std::string("could not be written: ") + fault_.text);
     }
 
@@ -181,7 +184,7 @@ private:
 
     void write_rows() {
         const QX_World& world = *picture_.world;
-        for (int y = 0; y < world.height && next_row(y, world.height); ++y) {
+        for (int y = 0; y < world.height && watch_.next_row(y, world.height); ++y) {
             if (world.Depth() == 8) {
                 png_write_row(png_, row_of<png_byte>(world, y));
                 continue;
@@ -193,11 +196,12 @@ private:
             }
             png_write_row(png_, reinterpret_cast<png_const_bytep>(row_.data()));
         }
-        if (!interrupted()) png_write_end(png_, info_);
+        if (!watch_.stops()) png_write_end(png_, info_);
     }
 
     OutputFile& file_;
     const Picture& picture_;
+    Watch& watch_;
     bool alpha_;
     std::vector<QX_Pixel16> row_;
     Fault fault_;
@@ -205,10 +209,10 @@ private:
     png_infop info_;
 };
 
-Picture read(InputFile& file) { return Reader(file).read(); }
+Picture read(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
 
-void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&) {
-    Writer(file, picture, with_alpha).write();
+void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&, Watch& watch) {
+    Writer(file, picture, with_alpha, watch).write();
 }
 
 }  // namespace
@@ -218,4 +222,4 @@ const Format& png_format() {
     return format;
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -6,7 +6,7 @@
 
 #include "QX/indep/QX_Pixel.h"
 
-namespace qx::io {
+namespace qx::pictures {
 
 inline constexpr std::uint32_t kFileFull16 = 65535;
 
@@ -53,4 +53,4 @@ inline void finish_row(QX_PixelFloat* row, int width, bool associated) {
     }
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-namespace qx::io {
+namespace qx::pictures {
 
 /// A TIFF file with its own error text; nothing of the library goes to standard error.
 class TiffHandle {
@@ -45,4 +45,4 @@ private:
     std::string error_;
 };
 
-}  // namespace qx::io
+}  // namespace qx::pictures

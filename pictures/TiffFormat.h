@@ -3,9 +3,9 @@
 
 #include "pictures/Format.h"
 
-namespace qx::io {
+namespace qx::pictures {
 
-Picture read_tiff(InputFile& file);
-void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options);
+Picture read_tiff(InputFile& file, Watch& watch);
+void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -7,13 +7,12 @@
 #include <memory>
 
 #include "pictures/Format.h"
-#include "pictures/Interrupt.h"
 #include "pictures/Light.h"
 #include "pictures/Scale.h"
 #include "pictures/Tiff.h"
 #include "pictures/TiffFormat.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 /// What the directory says about the samples.
@@ -78,7 +77,7 @@ template <class Sample> struct Block {
 
 class Reader {
 public:
-    explicit Reader(InputFile& file) : path_(file.path()) {
+    Reader(InputFile& file, Watch& watch) : path_(file.path()), watch_(watch) {
         handle_.tiff = TIFFOpenExt(path_.c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
         if (handle_.tiff == nullptr) fail();
         layout_ = layout_of(handle_.tiff);
@@ -136,7 +135,7 @@ private:
             std::fill(row, row + world.width, Pixel{full<Sample>(), 0, 0, 0});
         }
         for (std::uint32_t top = 0; top < layout_.height; top += layout_.block_height) {
-            must_next_row(top, layout_.height);
+            watch_.must_next_row(top, layout_.height);
             for (std::uint32_t left = 0; left < layout_.width; left += layout_.block_width) {
                 for (std::uint16_t plane = 0; plane < layout_.samples / together; ++plane) {
                     read_block(block, left, top, plane);
@@ -246,12 +245,13 @@ private:
     }
 
     const std::string path_;
+    Watch& watch_;
     TiffHandle handle_;
     Layout layout_;
 };
 
 }  // namespace
 
-Picture read_tiff(InputFile& file) { return Reader(file).read(); }
+Picture read_tiff(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

@@ -4,11 +4,10 @@
 
 #include <cstdio>
 
-#include "pictures/Interrupt.h"
 #include "pictures/Scale.h"
 #include "pictures/Tiff.h"
 
-namespace qx::io {
+namespace qx::pictures {
 namespace {
 
 /// Above this the offsets of the classic form may not reach.
@@ -42,10 +41,10 @@ std::uint8_t to_file(std::uint8_t v) { return v; }
 std::uint16_t to_file(std::uint16_t v) { return to_file16(v); }
 float to_file(float v) { return v; }
 
-template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int samples) {
+template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int samples, Watch& watch) {
     std::vector<QX_ChannelOf<Pixel>> line(static_cast<std::size_t>(world.width * samples));
     for (int y = 0; y < world.height; ++y) {
-        must_next_row(y, world.height);
+        watch.must_next_row(y, world.height);
         const auto* row = row_of<Pixel>(world, y);
         auto* to = line.data();
         for (int x = 0; x < world.width; ++x) {
@@ -87,25 +86,25 @@ void set_fields(TIFF* tiff, const Picture& picture, int samples) {
     TIFFSetField(tiff, TIFFTAG_YRESOLUTION, r.y);
 }
 
-bool write_all(TIFF* tiff, const Picture& picture, int samples) {
+bool write_all(TIFF* tiff, const Picture& picture, int samples, Watch& watch) {
     const QX_World& world = *picture.world;
     set_fields(tiff, picture, samples);
-    const bool rows = world.Depth() == 8    ? write_rows<QX_Pixel8>(tiff, world, samples)
-                      : world.Depth() == 16 ? write_rows<QX_Pixel16>(tiff, world, samples)
-                                            : write_rows<QX_PixelFloat>(tiff, world, samples);
+    const bool rows = world.Depth() == 8    ? write_rows<QX_Pixel8>(tiff, world, samples, watch)
+                      : world.Depth() == 16 ? write_rows<QX_Pixel16>(tiff, world, samples, watch)
+                                            : write_rows<QX_PixelFloat>(tiff, world, samples, watch);
     return rows && TIFFFlush(tiff) == 1;
 }
 
 }  // namespace
 
-void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&) {
+void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&, Watch& watch) {
     const auto pixels =
         static_cast<std::uint64_t>(picture.world->width) * static_cast<std::uint64_t>(picture.world->height);
     const bool big = pixels * picture.world->PixelSize() > kClassicLimit;
     TiffHandle handle;
     handle.tiff = TIFFClientOpenExt(file.path().c_str(), big ? "w8" : "w", &file, on_read, on_write, on_seek, on_close,
                                     on_size, nullptr, nullptr, handle.options());
-    const bool done = handle.tiff != nullptr && write_all(handle.tiff, picture, with_alpha ? 4 : 3);
+    const bool done = handle.tiff != nullptr && write_all(handle.tiff, picture, with_alpha ? 4 : 3, watch);
     handle.close();
     file.check();
     if (!done) throw Failure(file.path(), "could not be written: " + handle.error());
@@ -124,4 +123,4 @@ const Format& tiff_format() {
     return format;
 }
 
-}  // namespace qx::io
+}  // namespace qx::pictures

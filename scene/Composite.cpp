@@ -7,11 +7,11 @@
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/iterate/QX_Bands.h"
-#include "pictures/Interrupt.h"
 #include "platform/M_Geometry.h"
 #include "platform/standalone/Standalone.h"
 #include "platform/tesselcore_Threads.h"
 #include "scene/Transform.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Progress.h"
 
 namespace qx::tool {
@@ -39,9 +39,9 @@ struct BandProgress {
     static int advance(void* refcon, std::int32_t count, std::int32_t) {
         auto& band = *static_cast<BandProgress*>(refcon);
         band.tell(count);
-        return io::interrupted() ? kQX_Interrupted : 0;
+        return interrupted() ? kQX_Interrupted : 0;
     }
-    static int abort(void*) { return io::interrupted() ? kQX_Interrupted : 0; }
+    static int abort(void*) { return interrupted() ? kQX_Interrupted : 0; }
     void tell(int count) {
         if (all != nullptr) all->advance(count - rows);
         rows = count;
@@ -64,7 +64,7 @@ public:
     }
 
     int band(const M_LRect& rect, int depth) {
-        if (io::interrupted()) return kQX_Interrupted;
+        if (interrupted()) return kQX_Interrupted;
         OwnScratch scratch;
         const int code = scratch.allocate(rect.right - rect.left, depth / 8, false);
         if (code != 0) return code;

@@ -67,8 +67,8 @@ void check_files(const Scene& scene, const FrameRange& frames) {
         const std::string path = file.at(frame);
         std::error_code ignored;
         if (std::filesystem::exists(path, ignored)) return;
-        throw io::Failure(scene.file,
-                          file.place + " " + path + ": no such file, frame " + std::to_string(frame) + " needs it");
+        throw pictures::Failure(
+            scene.file, file.place + " " + path + ": no such file, frame " + std::to_string(frame) + " needs it");
     });
 }
 

@@ -7,6 +7,7 @@
 
 #include "QX/compositing/QX_CompositeMode.h"
 #include "QX/indep/QX_Records.h"
+#include "pictures/Movie.h"
 #include "scene/Frames.h"
 #include "scene/Keyframes.h"
 #include "scene/Placing.h"
@@ -60,26 +61,21 @@ struct SceneLayer {
     std::vector<M_Matrix3> matrices(int frame) const;
 };
 
-/// Frames per second.
-struct Rate {
-    int number = 25, per = 1;
-};
-
 struct Scene {
     std::string file;
     int width = 0, height = 0;  ///< 0: those of the background's picture
     int depth = 8;
-    Rate rate;
+    pictures::Rate rate;
     std::optional<FrameRange> frames;
     QX_PixelFloat colour{0, 0, 0, 0};  ///< of the background
     std::optional<SceneFile> background;
     std::vector<SceneLayer> layers;
 };
 
-/// Throws io::Failure, which names the file and the key.
+/// Throws pictures::Failure, which names the file and the key.
 Scene read_scene(const std::string& path);
 
-/// Throws io::Failure for the first file that a frame of the range needs and that is not there.
+/// Throws pictures::Failure for the first file that a frame of the range needs and that is not there.
 void check_files(const Scene& scene, const FrameRange& frames);
 /// Throws WrongUsage when a frame would be written over a file that one of them shows.
 void check_outputs(const Scene& scene, const FrameRange& frames, const FramePattern& names);

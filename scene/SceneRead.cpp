@@ -222,7 +222,7 @@ private:
 };
 
 std::string contents(const std::string& path) {
-    const io::InputFile exists(path);
+    const pictures::InputFile exists(path);
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
@@ -236,7 +236,7 @@ Scene read_scene(const std::string& path) {
         const nlohmann::json json = parse_json(text);
         return Reader(path).read(SceneNode(json, ""));
     } catch (const WrongUsage& fault) {
-        throw io::Failure(path, fault.what());
+        throw pictures::Failure(path, fault.what());
     }
 }
 

@@ -3,8 +3,8 @@
 
 #include "QX/indep/QX_Errors.h"
 #include "QX/pixelops/QX_Premul.h"
-#include "pictures/Interrupt.h"
 #include "pictures/Light.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
@@ -12,7 +12,7 @@ namespace {
 
 /// What a routine of the library gave, in the name of a key of the scene.
 void must(int code, const Scene& scene, const std::string& place) {
-    if (code == kQX_Interrupted) throw io::Interrupted{};
+    if (code == kQX_Interrupted) throw pictures::Stopped{};
     if (code == 0) return;
     throw WorkFailed(scene.file + ": " + place + ": " + last_report() + " (code " + std::to_string(code) + ")");
 }
@@ -41,17 +41,18 @@ void SceneRender::say_once(const std::string& note) {
     if (said_.insert(note).second) say_note(note);
 }
 
-const io::Picture& SceneRender::show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte) {
+const pictures::Picture& SceneRender::show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte) {
     const std::string path = file.at(frame);
     if (shown.path == path) return shown.picture;
     shown = {};  // its memory may be needed
-    shown.picture = io::read_picture(path);
-    io::Picture& picture = shown.picture;
+    SignalWatch watch;
+    shown.picture = pictures::read_picture(path, watch);
+    pictures::Picture& picture = shown.picture;
     for (const auto& note : picture.notes) say_once(std::string(path).append(": ").append(note));
-    if (!picture.light.empty()) say_once(path + ": " + io::kLightIsLost);
+    if (!picture.light.empty()) say_once(path + ": " + pictures::kLightIsLost);
     picture.light.clear();
     if (matte != nullptr) must(unmultiply(*picture.world, *matte), scene_, file.place);
-    if (picture.world->Depth() != scene_.depth) picture.world = io::at_depth(path, *picture.world, scene_.depth);
+    if (picture.world->Depth() != scene_.depth) picture.world = pictures::at_depth(path, *picture.world, scene_.depth);
     shown.path = path;
     return picture;
 }
@@ -63,15 +64,15 @@ void SceneRender::size(int number, int* width, int* height) {
     *height = of_picture ? background_.picture.world->height : scene_.height;
 }
 
-io::Picture SceneRender::background(int number) {
+pictures::Picture SceneRender::background(int number) {
     int width = 0, height = 0;
     size(number, &width, &height);
-    io::Picture frame;
-    frame.world = io::new_world(scene_.file, width, height, scene_.depth);
+    pictures::Picture frame;
+    frame.world = pictures::new_world(scene_.file, width, height, scene_.depth);
     frame.world->Fill(scene_.colour, nullptr);
     frame.has_alpha = scene_.colour.alpha < 1;
     if (!scene_.background) return frame;
-    const io::Picture& picture = show(background_, *scene_.background, number, nullptr);
+    const pictures::Picture& picture = show(background_, *scene_.background, number, nullptr);
     frame.world->CopyRect(picture.world.get(), {0, 0, picture.world->width, picture.world->height}, 0, 0);
     frame.has_alpha = picture.has_alpha;
     frame.linear = picture.linear;
@@ -103,9 +104,9 @@ void SceneRender::composite_layer(std::size_t index, int number, QX_World& onto)
     must(composite(transfer, onto, nullptr), scene_, "/layers/" + std::to_string(index));
 }
 
-io::Picture SceneRender::frame(int number) {
-    io::check_interrupt();
-    io::Picture frame = background(number);
+pictures::Picture SceneRender::frame(int number) {
+    check_interrupt();
+    pictures::Picture frame = background(number);
     for (std::size_t i = 0; i < layers_.size(); ++i) composite_layer(i, number, *frame.world);
     return frame;
 }

@@ -18,8 +18,8 @@ class SceneRender {
 public:
     explicit SceneRender(const Scene& scene);
 
-    /// Throws io::Failure, WorkFailed or io::Interrupted.
-    io::Picture frame(int number);
+    /// Throws pictures::Failure, WorkFailed or pictures::Stopped.
+    pictures::Picture frame(int number);
     /// Size of the frames; that of the background's picture at `number` when the scene tells none.
     void size(int number, int* width, int* height);
 
@@ -27,11 +27,11 @@ private:
     /// A picture that a layer or a mask shows, at the scene's depth.
     struct Shown {
         std::string path;
-        io::Picture picture;
+        pictures::Picture picture;
     };
-    const io::Picture& show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte);
+    const pictures::Picture& show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte);
     void say_once(const std::string& note);
-    io::Picture background(int number);
+    pictures::Picture background(int number);
     void composite_layer(std::size_t index, int number, QX_World& onto);
 
     const Scene& scene_;

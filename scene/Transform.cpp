@@ -3,7 +3,7 @@
 
 #include "QX/geometry/QX_TransformWorld.h"
 #include "QX/indep/QX_Errors.h"
-#include "pictures/Interrupt.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Progress.h"
 
 namespace qx::tool {
@@ -20,7 +20,7 @@ struct Rows {
         if (total > 0) rows.tell(static_cast<int>(std::int64_t{rows.height} * count / total));
         return abort(nullptr);
     }
-    static int abort(void*) { return io::interrupted() ? kQX_Interrupted : 0; }
+    static int abort(void*) { return interrupted() ? kQX_Interrupted : 0; }
     void tell(int count) {
         if (progress != nullptr) progress->advance(count - told);
         told = count;
@@ -46,7 +46,7 @@ int transform(const Transfer& t, QX_World& background, Progress* progress) {
     const int code =
         QX_TransformWorld(&info, t.quality, 0, t.field, &layer, &mode, t.tables, t.mask == nullptr ? nullptr : &mask,
                           t.matrices.data(), static_cast<int>(t.matrices.size()), true, nullptr, &target);
-    if (io::interrupted()) return kQX_Interrupted;  // a code of the layer's own may have come first
+    if (interrupted()) return kQX_Interrupted;  // a code of the layer's own may have come first
     if (code == 0) rows.tell(rows.height);
     return code;
 }

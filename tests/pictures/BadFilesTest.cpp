@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace qx::io;
+using namespace qx::pictures;
 using qx::test::contents;
 using qx::test::Folder;
 using qx::test::put_contents;

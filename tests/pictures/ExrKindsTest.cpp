@@ -16,7 +16,7 @@
 
 namespace {
 
-using namespace qx::io;
+using namespace qx::pictures;
 using qx::test::channels;
 using qx::test::Folder;
 using qx::test::run_qx;

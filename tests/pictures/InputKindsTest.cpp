@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace qx::io;
+using namespace qx::pictures;
 using qx::test::channels;
 using qx::test::Folder;
 using List = std::vector<double>;

@@ -164,7 +164,7 @@ TEST(SceneFile, FaultsNameTheKeyAndItsPlace) {
         try {
             read_scene(path);
             ADD_FAILURE() << c.text;
-        } catch (const qx::io::Failure& fault) {
+        } catch (const qx::pictures::Failure& fault) {
             const std::string words = fault.what();
             EXPECT_EQ(words.rfind(path + ": ", 0), 0u) << words;
             EXPECT_NE(words.find(c.words), std::string::npos) << c.text << "\n" << words;
@@ -197,7 +197,7 @@ TEST(SceneFile, WhatItSaysArrives) {
     EXPECT_EQ(layer.transform->scale.at(0), (Track<2>::Value{2, 3}));
     EXPECT_EQ(std::tuple(layer.shutter.angle, layer.shutter.phase, layer.shutter.matrices), std::tuple(90, -45, 3));
     EXPECT_EQ(scene.layers.at(1).file.at(9), folder / "pic.007.png");
-    EXPECT_THROW(check_files(scene, *scene.frames), qx::io::Failure);
+    EXPECT_THROW(check_files(scene, *scene.frames), qx::pictures::Failure);
 }
 
 }  // namespace

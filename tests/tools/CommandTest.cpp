@@ -22,7 +22,7 @@ void write_gradient(const std::string& path, int width, int height, int alpha) {
     auto picture = qx::test::picture<QX_Pixel8>(width, height, alpha < 255,
                                                 [=](int x, int y) { return qx::test::argb(alpha, x, y, x + y); });
     picture.icc = qx::test::small_profile();
-    qx::io::write_picture(path, picture, 8);
+    qx::pictures::write_picture(path, picture, 8);
 }
 
 TEST(ModeNames, EachNameAndNumberIsFound) {
@@ -156,13 +156,13 @@ TEST(Command, ClearLayerLeavesTheBackgroundWithItsProfile) {
     const Folder folder;
     write_gradient(folder / "a.png", 200, 150, 77);
     write_gradient(folder / "clear.png", 200, 150, 0);
-    const auto before = qx::io::read_picture(folder / "a.png");
+    const auto before = qx::pictures::read_picture(folder / "a.png");
     for (const char* out : {"o.png", "o.tif"}) {
         const auto outcome =
             run_qx("comp " + (folder / "a.png") + " " + (folder / "clear.png") + " -o " + (folder / out));
         EXPECT_EQ(outcome.status, 0);
         EXPECT_EQ(outcome.errors + outcome.output, "");
-        const auto after = qx::io::read_picture(folder / out);
+        const auto after = qx::pictures::read_picture(folder / out);
         EXPECT_TRUE(qx::test::same_pixels(*before.world, *after.world)) << out;
         EXPECT_EQ(after.icc, before.icc);
     }
@@ -181,7 +181,7 @@ TEST(Command, OptionsBelongToTheLayerBeforeThem) {
     const auto result = [&](const std::string& layers) {
         const auto outcome = run_qx("comp " + (folder / "bg.png") + " " + layers + " -o " + (folder / "out.png"));
         EXPECT_EQ(outcome.status, 0) << outcome.errors;
-        const auto picture = qx::io::read_picture(folder / "out.png");
+        const auto picture = qx::pictures::read_picture(folder / "out.png");
         std::vector<double> reds;
         for (int x = 0; x < 3; ++x) reds.push_back(qx::test::channels(*picture.world, x, 0)[1]);
         return reds;
@@ -224,7 +224,7 @@ TEST(Command, SheetOfModesIsDrawn) {
     write_gradient(folder / "a.png", 120, 80, 255);
     EXPECT_EQ(run_qx("modes " + (folder / "a.png") + " " + (folder / "a.png") + " -o " + (folder / "sheet.png")).status,
               0);
-    const auto sheet = qx::io::read_picture(folder / "sheet.png");
+    const auto sheet = qx::pictures::read_picture(folder / "sheet.png");
     EXPECT_GT(sheet.world->width, 7 * 300);
     EXPECT_GT(sheet.world->height, 7 * 200);
 }

@@ -15,7 +15,7 @@
 namespace {
 
 using namespace qx::tool;
-using qx::io::Picture;
+using qx::pictures::Picture;
 
 Picture random_pixels(unsigned seed, int width, int height) {
     const auto engine = std::make_shared<std::mt19937>(seed);
@@ -49,7 +49,7 @@ TEST(Composite, BandsGiveWhatOneTransferGives) {
                 t.mask_y = 25;
                 t.mask_kind = static_cast<QX_MaskKind>(kind);
             }
-            auto expected = qx::io::at_depth("test", *background.world, 8);
+            auto expected = qx::pictures::at_depth("test", *background.world, 8);
             QX_MaskWorld record{};
             mask.world->FillOutEffectWorld(&record.world);
             record.x = t.mask_x;
@@ -62,7 +62,7 @@ TEST(Composite, BandsGiveWhatOneTransferGives) {
                       0);
             for (const int bands : {1, 7, 32}) {
                 standalone::SetBandCount(bands);
-                auto result = qx::io::at_depth("test", *background.world, 8);
+                auto result = qx::pictures::at_depth("test", *background.world, 8);
                 ASSERT_EQ(composite(t, *result, nullptr), 0);
                 EXPECT_TRUE(qx::test::same_pixels(*expected, *result)) << bands;
             }
@@ -92,13 +92,13 @@ TEST(Composite, TransformsThatMapPixelsToPixels) {
         {"nothing", {{20, 30}, {0, 1}, 0, {0, 0}}, 0, 2, [](int, int) { return 0; }, 0},
     };
     for (const Case& c : cases) {
-        auto expected = qx::io::at_depth("test", *background.world, 8);
+        auto expected = qx::pictures::at_depth("test", *background.world, 8);
         for (int y = 0; y < c.side; ++y) {
             for (int x = 0; x < c.side; ++x) {
                 const int from = c.source(x, y);
-                auto& p = qx::io::row_of<QX_Pixel8>(*layer.world, from / 100)[from % 100];
+                auto& p = qx::pictures::row_of<QX_Pixel8>(*layer.world, from / 100)[from % 100];
                 if (p.alpha < 255) p.alpha = 0;  // so that `over` copies or leaves
-                if (p.alpha == 255) qx::io::row_of<QX_Pixel8>(*expected, y + 30)[x + 20] = p;
+                if (p.alpha == 255) qx::pictures::row_of<QX_Pixel8>(*expected, y + 30)[x + 20] = p;
             }
         }
         for (int quality = c.first_quality; quality <= c.last_quality; ++quality) {
@@ -106,7 +106,7 @@ TEST(Composite, TransformsThatMapPixelsToPixels) {
             t.layer = layer.world.get();
             t.matrices = {matrix_of(c.placing)};
             t.quality = quality;
-            auto result = qx::io::at_depth("test", *background.world, 8);
+            auto result = qx::pictures::at_depth("test", *background.world, 8);
             ASSERT_EQ(composite(t, *result, nullptr), 0);
             EXPECT_TRUE(qx::test::same_pixels(*expected, *result)) << c.name << ", quality " << quality;
         }
@@ -121,7 +121,7 @@ TEST(Composite, LayerBesideTheBackgroundChangesNothing) {
         t.layer = layer.world.get();
         t.x = x;
         t.mode = xfer_alpha_multiply;
-        auto result = qx::io::at_depth("test", *background.world, 8);
+        auto result = qx::pictures::at_depth("test", *background.world, 8);
         EXPECT_EQ(composite(t, *result, nullptr), 0);
         EXPECT_TRUE(qx::test::same_pixels(*background.world, *result));
     }

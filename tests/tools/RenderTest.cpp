@@ -46,7 +46,8 @@ protected:
         EXPECT_EQ(outcome.errors, "") << arguments;
     }
     bool same(const std::string& a, const std::string& b) const {
-        return qx::test::same_pixels(*qx::io::read_picture(folder / a).world, *qx::io::read_picture(folder / b).world);
+        return qx::test::same_pixels(*qx::pictures::read_picture(folder / a).world,
+                                     *qx::pictures::read_picture(folder / b).world);
     }
 };
 
@@ -112,12 +113,12 @@ TEST_F(Render, ResumeKeepsWholeFramesAndMakesTheOthersAnew) {
 TEST_F(Render, MatteIsTakenOut) {
     qx::test::write_bytes(folder / "m.png", 4, 4, [](int, int) { return qx::test::argb(51, 204, 204, 0); });
     const auto real = [](int, int) { return QX_PixelFloat{0.2f, 0.8f, 0.8f, 0}; };
-    qx::io::write_picture(folder / "m.exr", qx::test::picture<QX_PixelFloat>(4, 4, true, real), 32);
+    qx::pictures::write_picture(folder / "m.exr", qx::test::picture<QX_PixelFloat>(4, 4, true, real), 32);
     for (const auto& [file, depth, full, step] : {std::tuple{"m.png", "8", 255.0, 5.0}, {"m.exr", "32", 1.0, 1e-5}}) {
         scene("matte.json", "{'size': [4, 4], 'layers': [{'file': '" + std::string(file) +
                                 "', 'mode': 'copy', 'matte': [0.8, 1, 0]}]}");
         run(std::string("render matte.json -q --frames 1 -o m.tif --depth ") + depth);
-        const auto found = qx::test::channels(*qx::io::read_picture(folder / "m.tif").world, 3, 3);
+        const auto found = qx::test::channels(*qx::pictures::read_picture(folder / "m.tif").world, 3, 3);
         const double expected[] = {0.2, 0.8, 0, 0};
         for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(found[i], expected[i] * full, step) << file << " " << i;
     }
@@ -126,11 +127,11 @@ TEST_F(Render, MatteIsTakenOut) {
 TEST_F(Render, BackgroundsOfColourAndOfAnotherSize) {
     scene("colour.json", "{'size': [5, 4], 'background': [1, 0.5, 0, 0.2], 'layers': []}");
     run("render colour.json --frames 1 -o c.png");
-    EXPECT_EQ(qx::test::channels(*qx::io::read_picture(folder / "c.png").world, 4, 3),
+    EXPECT_EQ(qx::test::channels(*qx::pictures::read_picture(folder / "c.png").world, 4, 3),
               (std::vector<double>{51, 255, 128, 0}));
     scene("large.json", "{'size': [50, 20], 'background': 'a.png', 'layers': []}");
     run("render large.json --frames 1 -o l.png");
-    const auto large = qx::io::read_picture(folder / "l.png");
+    const auto large = qx::pictures::read_picture(folder / "l.png");
     EXPECT_EQ(qx::test::channels(*large.world, 39, 19), (std::vector<double>{255, 95, 133, 0}));
     EXPECT_EQ(qx::test::channels(*large.world, 40, 19), (std::vector<double>{0, 0, 0, 0}));
 }
@@ -190,7 +191,7 @@ TEST_F(RenderDeathTest, InterruptLeavesWholeFramesOnly) {
     EXPECT_EXIT(interrupted_run(folder / "i.#.png", folder / "i.1.png"), testing::ExitedWithCode(130),
                 "^qx: interrupted\n$");
     EXPECT_EQ(folder.names().size(), before + 1);
-    EXPECT_NO_THROW(qx::io::read_picture(folder / "i.1.png"));
+    EXPECT_NO_THROW(qx::pictures::read_picture(folder / "i.1.png"));
 }
 
 TEST(RenderProgress, TellsSpeedAndTimeLeft) {

@@ -45,16 +45,16 @@ std::vector<double> channels(const QX_World& world, int x, int y) {
     const auto list = [](const auto& p) {
         return std::vector<double>{double(p.alpha), double(p.red), double(p.green), double(p.blue)};
     };
-    if (world.Depth() == 8) return list(io::row_of<QX_Pixel8>(world, y)[x]);
-    if (world.Depth() == 16) return list(io::row_of<QX_Pixel16>(world, y)[x]);
-    return list(io::row_of<QX_PixelFloat>(world, y)[x]);
+    if (world.Depth() == 8) return list(pictures::row_of<QX_Pixel8>(world, y)[x]);
+    if (world.Depth() == 16) return list(pictures::row_of<QX_Pixel16>(world, y)[x]);
+    return list(pictures::row_of<QX_PixelFloat>(world, y)[x]);
 }
 
 bool same_pixels(const QX_World& a, const QX_World& b) {
     if (a.width != b.width || a.height != b.height || a.Depth() != b.Depth()) return false;
     const std::size_t bytes = static_cast<std::size_t>(a.width) * a.PixelSize();
     for (int y = 0; y < a.height; ++y) {
-        if (std::memcmp(io::row_of<std::byte>(a, y), io::row_of<std::byte>(b, y), bytes) != 0) return false;
+        if (std::memcmp(pictures::row_of<std::byte>(a, y), pictures::row_of<std::byte>(b, y), bytes) != 0) return false;
     }
     return true;
 }

@@ -28,12 +28,12 @@ void put_contents(const std::string& path, const std::string& bytes);
 
 /// A picture whose pixels a function makes from their position.
 template <class Pixel>
-io::Picture picture(int width, int height, bool has_alpha, const std::function<Pixel(int, int)>& pixel) {
-    io::Picture p;
-    p.world = io::new_world("test", width, height, static_cast<int>(sizeof(Pixel)) * 2);
+pictures::Picture picture(int width, int height, bool has_alpha, const std::function<Pixel(int, int)>& pixel) {
+    pictures::Picture p;
+    p.world = pictures::new_world("test", width, height, static_cast<int>(sizeof(Pixel)) * 2);
     p.has_alpha = has_alpha;
     for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) io::row_of<Pixel>(*p.world, y)[x] = pixel(x, y);
+        for (int x = 0; x < width; ++x) pictures::row_of<Pixel>(*p.world, y)[x] = pixel(x, y);
     }
     return p;
 }
@@ -46,7 +46,7 @@ inline QX_Pixel8 argb(int alpha, int red, int green, int blue) {
 /// Writes an 8-bit picture whose pixels a function makes; it has alpha unless told otherwise.
 inline void write_bytes(const std::string& path, int width, int height, const std::function<QX_Pixel8(int, int)>& pixel,
                         bool has_alpha = true) {
-    io::write_picture(path, picture<QX_Pixel8>(width, height, has_alpha, pixel), 8);
+    pictures::write_picture(path, picture<QX_Pixel8>(width, height, has_alpha, pixel), 8);
 }
 
 /// Pixel (x, y) as alpha, red, green, blue, whatever the depth.

@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <iostream>
 
-#include "pictures/Interrupt.h"
 #include "pictures/Picture.h"
 #include "scene/Words.h"
 #include "tools/qx/Commands.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
@@ -80,7 +80,7 @@ int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
 }  // namespace
 
 int run_command(int argc, const char* const* argv) {
-    io::install_signal_handlers();
+    install_signal_handlers();
     try {
         CLI::App app("Composites pictures, exact to the bit.", "qx");
         app.set_version_flag("--version", "qx " QX_VERSION);
@@ -93,7 +93,7 @@ int run_command(int argc, const char* const* argv) {
         add_modes(app);
         add_info(app);
         return parse_and_run(app, argc, argv);
-    } catch (const io::Interrupted&) {
+    } catch (const pictures::Stopped&) {
         say_error("interrupted");
         return kInterruptedStatus;
     } catch (const WrongUsage& fault) {

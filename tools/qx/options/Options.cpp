@@ -116,8 +116,8 @@ Place place(const std::string& option, const std::string& text) {
 }
 
 void check_output_option(const std::string& path) {
-    if (!io::known_format(path)) throw WrongUsage("-o " + path + ": its ending is none of png, jpg, tif, exr");
-    io::check_output(path);
+    if (!pictures::known_format(path)) throw WrongUsage("-o " + path + ": its ending is none of png, jpg, tif, exr");
+    pictures::check_output(path);
 }
 
 Library::Library() {

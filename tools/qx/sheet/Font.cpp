@@ -11,7 +11,7 @@ namespace {
 
 void fill_square(QX_World& world, int x, int y, int side, const QX_Pixel8& colour) {
     for (int row = std::max(y, 0); row < std::min(y + side, world.height); ++row) {
-        auto* pixels = io::row_of<QX_Pixel8>(world, row);
+        auto* pixels = pictures::row_of<QX_Pixel8>(world, row);
         for (int column = std::max(x, 0); column < std::min(x + side, world.width); ++column) pixels[column] = colour;
     }
 }

@@ -22,7 +22,7 @@ struct Span {
 QX_Pixel8 mean(const QX_World& source, const Span& columns, const Span& rows) {
     std::uint64_t alpha = 0, red = 0, green = 0, blue = 0;
     for (int y = rows.begin; y < rows.end; ++y) {
-        const auto* row = io::row_of<QX_Pixel8>(source, y);
+        const auto* row = pictures::row_of<QX_Pixel8>(source, y);
         for (int x = columns.begin; x < columns.end; ++x) {
             const std::uint64_t a = row[x].alpha;
             alpha += a;
@@ -49,9 +49,9 @@ int rise(int i, int length) {
 }  // namespace
 
 std::unique_ptr<QX_World> scaled(const QX_World& source, int width, int height) {
-    auto target = io::new_world("thumbnail", width, height, 8);
+    auto target = pictures::new_world("thumbnail", width, height, 8);
     for (int y = 0; y < height; ++y) {
-        auto* row = io::row_of<QX_Pixel8>(*target, y);
+        auto* row = pictures::row_of<QX_Pixel8>(*target, y);
         const Span rows(y, height, source.height);
         for (int x = 0; x < width; ++x) row[x] = mean(source, Span(x, width, source.width), rows);
     }
@@ -69,7 +69,7 @@ void fit(const QX_World& world, int side, int* width, int* height) {
 
 void soften_edges(QX_World& world) {
     for (int y = 0; y < world.height; ++y) {
-        auto* row = io::row_of<QX_Pixel8>(world, y);
+        auto* row = pictures::row_of<QX_Pixel8>(world, y);
         const int weight = rise(y, world.height);
         for (int x = 0; x < world.width; ++x) {
             row[x].alpha = static_cast<std::uint8_t>(rise(x, world.width) * weight / 255);
@@ -79,7 +79,7 @@ void soften_edges(QX_World& world) {
 
 void draw_checkers(QX_World& world) {
     for (int y = 0; y < world.height; ++y) {
-        auto* row = io::row_of<QX_Pixel8>(world, y);
+        auto* row = pictures::row_of<QX_Pixel8>(world, y);
         for (int x = 0; x < world.width; ++x) {
             const bool odd = ((x / kCheckerSide) ^ (y / kCheckerSide)) & 1;
             row[x] = odd ? QX_Pixel8{255, 200, 200, 200} : QX_Pixel8{255, 150, 150, 150};
@@ -88,9 +88,9 @@ void draw_checkers(QX_World& world) {
 }
 
 std::unique_ptr<QX_World> ramp(int width, int height) {
-    auto world = io::new_world("ramp", width, height, 8);
+    auto world = pictures::new_world("ramp", width, height, 8);
     for (int y = 0; y < height; ++y) {
-        auto* row = io::row_of<QX_Pixel8>(*world, y);
+        auto* row = pictures::row_of<QX_Pixel8>(*world, y);
         for (int x = 0; x < width; ++x) {
             const int alpha = width == 1 ? 255 : (255 * x + (width - 1) / 2) / (width - 1);
             row[x] = {static_cast<std::uint8_t>(alpha), 255, 255, 255};

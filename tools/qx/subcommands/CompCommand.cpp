@@ -7,11 +7,11 @@
 #include <sstream>
 
 #include "QX/indep/QX_Errors.h"
-#include "pictures/Interrupt.h"
 #include "pictures/Light.h"
 #include "pictures/Picture.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/subcommands/CompOptions.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
 
@@ -20,17 +20,20 @@ namespace {
 
 /// The pictures of one job, all of one depth after `unify`.
 struct Pictures {
-    io::Picture background;
+    pictures::Picture background;
     struct Layer {
-        io::Picture picture, mask;
+        pictures::Picture picture, mask;
     };
     std::vector<Layer> layers;
 };
 
-io::Picture read(const std::string& file) {
-    std::optional<FileProgress> progress(std::in_place, "reading");
-    io::Picture picture = io::read_picture(file);
-    progress.reset();  // clears the bar before anything is said
+pictures::Picture read_with_bar(const std::string& file) {
+    FileProgress progress("reading");
+    return pictures::read_picture(file, progress);
+}
+
+pictures::Picture read(const std::string& file) {
+    pictures::Picture picture = read_with_bar(file);
     const QX_World& world = *picture.world;
     std::ostringstream words;
     words << file << ": " << world.width << " x " << world.height << ", " << world.Depth() << " bits"
@@ -44,14 +47,15 @@ Pictures read_all(const CompOptions& options) {
     Pictures pictures;
     pictures.background = read(options.background);
     for (const LayerOptions& layer : options.layers) {
-        pictures.layers.push_back({read(layer.file), layer.mask_file.empty() ? io::Picture{} : read(layer.mask_file)});
+        pictures.layers.push_back(
+            {read(layer.file), layer.mask_file.empty() ? pictures::Picture{} : read(layer.mask_file)});
     }
     return pictures;
 }
 
 /// Brings all pictures to one depth. @return it
 int unify(const CompOptions& options, Pictures& pictures) {
-    std::vector<std::pair<const std::string*, io::Picture*>> all = {{&options.background, &pictures.background}};
+    std::vector<std::pair<const std::string*, pictures::Picture*>> all = {{&options.background, &pictures.background}};
     for (std::size_t i = 0; i < pictures.layers.size(); ++i) {
         auto& layer = pictures.layers[i];
         all.emplace_back(&options.layers[i].file, &layer.picture);
@@ -62,7 +66,7 @@ int unify(const CompOptions& options, Pictures& pictures) {
         if (options.depth == 0) depth = std::max<int>(depth, picture->world->Depth());
     }
     for (const auto& [file, picture] : all) {
-        if (picture->world->Depth() != depth) picture->world = io::at_depth(*file, *picture->world, depth);
+        if (picture->world->Depth() != depth) picture->world = pictures::at_depth(*file, *picture->world, depth);
     }
     return depth;
 }
@@ -71,16 +75,16 @@ void note_mixed_light(const CompOptions& options, const Pictures& pictures) {
     const bool linear = pictures.background.linear;
     const auto differs = [=](const Pictures::Layer& layer) { return layer.picture.linear != linear; };
     const bool mixed = std::any_of(pictures.layers.begin(), pictures.layers.end(), differs) ||
-                       io::is_linear_format(options.output) != linear;
+                       pictures::is_linear_format(options.output) != linear;
     if (mixed) say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
 }
 
 /// What the layers and the result lose on the way.
 void note_losses(const CompOptions& options, const Pictures& pictures) {
     for (std::size_t i = 0; i < pictures.layers.size(); ++i) {
-        if (!pictures.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + io::kLightIsLost);
+        if (!pictures.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + pictures::kLightIsLost);
     }
-    for (const auto& note : io::left_out(options.output, pictures.background)) {
+    for (const auto& note : pictures::left_out(options.output, pictures.background)) {
         say_note(options.background + ": " + note);
     }
 }
@@ -119,14 +123,14 @@ void composite_layer(const LayerOptions& options, const Pictures::Layer& layer, 
         QX_BuildGammaBlendingTables(options.gamma, tables.get());
     }
     const int code = composite(transfer_of(options, layer, tables.get()), background, &progress);
-    if (code == kQX_Interrupted) throw io::Interrupted{};
+    if (code == kQX_Interrupted) throw pictures::Stopped{};
     if (code != 0) throw WorkFailed(options.file + ": " + last_report() + " (code " + std::to_string(code) + ")");
 }
 
 void run(const CompOptions& options) {
     apply_common_options(options.common);
     check_output_option(options.output);
-    if (options.half && !io::is_linear_format(options.output)) throw WrongUsage("--half is for OpenEXR");
+    if (options.half && !pictures::is_linear_format(options.output)) throw WrongUsage("--half is for OpenEXR");
     const Library library;
     Pictures pictures = read_all(options);
     note_mixed_light(options, pictures);
@@ -140,8 +144,8 @@ void run(const CompOptions& options) {
     }
     note_losses(options, pictures);
     {
-        const FileProgress progress("writing");
-        io::write_picture(options.output, pictures.background, depth, {options.half});
+        FileProgress progress("writing");
+        pictures::write_picture(options.output, pictures.background, depth, {options.half}, progress);
     }
     say_detail(options.output + ": written");
 }

@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "QX/indep/QX_Errors.h"
-#include "pictures/Interrupt.h"
 #include "pictures/Picture.h"
 #include "scene/Composite.h"
 #include "scene/Modes.h"
@@ -12,6 +11,7 @@
 #include "tools/qx/options/Options.h"
 #include "tools/qx/sheet/Font.h"
 #include "tools/qx/sheet/Thumbnail.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
 
@@ -31,7 +31,7 @@ struct ModesOptions {
 };
 
 void must(int code, const char* what) {
-    if (code == kQX_Interrupted) throw io::Interrupted{};
+    if (code == kQX_Interrupted) throw pictures::Stopped{};
     if (code != 0) throw WorkFailed(std::string(what) + ": " + last_report() + " (code " + std::to_string(code) + ")");
 }
 
@@ -42,10 +42,10 @@ struct Pair {
 };
 
 std::unique_ptr<QX_World> thumbnail(const std::string& file, int side_x, int side_y, bool* has_alpha) {
-    const FileProgress progress("reading");
-    const io::Picture picture = io::read_picture(file);
-    *has_alpha = picture.has_alpha && io::any_transparency(*picture.world);
-    const auto world = io::at_depth(file, *picture.world, 8);
+    FileProgress progress("reading");
+    const pictures::Picture picture = pictures::read_picture(file, progress);
+    *has_alpha = picture.has_alpha && pictures::any_transparency(*picture.world);
+    const auto world = pictures::at_depth(file, *picture.world, 8);
     int width = 0, height = 0;
     fit(*world, side_x, &width, &height);
     if (height > side_y) fit(*world, side_y, &width, &height);
@@ -67,7 +67,7 @@ Pair read_pair(const ModesOptions& options) {
 
 /// One mode's result, laid over checkers on the sheet.
 void draw_cell(const Pair& pair, const ModeName& mode, int x, int y, QX_World& sheet) {
-    const auto result = io::at_depth("sheet", *pair.background, 8);
+    const auto result = pictures::at_depth("sheet", *pair.background, 8);
     Transfer transfer;
     transfer.layer = pair.layer.get();
     transfer.x = pair.layer_x;
@@ -76,7 +76,7 @@ void draw_cell(const Pair& pair, const ModeName& mode, int x, int y, QX_World& s
     transfer.mask = mode.number == xfer_mask_crossfade ? pair.mask.get() : nullptr;
     must(composite(transfer, *result, nullptr), mode.name);
 
-    const auto cell = io::new_world("sheet", result->width, result->height, 8);
+    const auto cell = pictures::new_world("sheet", result->width, result->height, 8);
     draw_checkers(*cell);
     Transfer onto;
     onto.layer = result.get();
@@ -89,14 +89,14 @@ void draw_cell(const Pair& pair, const ModeName& mode, int x, int y, QX_World& s
     draw_text(sheet, x, y + result->height + 5, kTextScale, kInk, caption);
 }
 
-io::Picture draw_sheet(const Pair& pair) {
+pictures::Picture draw_sheet(const Pair& pair) {
     const auto& modes = all_modes();
     const int rows = (static_cast<int>(modes.size()) + kColumns - 1) / kColumns;
     const int step_x = kThumbnail + kGap, step_y = pair.background->height + kCaption + kGap;
-    io::Picture sheet;
-    sheet.world = io::new_world("sheet", kGap + kColumns * step_x, kGap + rows * step_y, 8);
+    pictures::Picture sheet;
+    sheet.world = pictures::new_world("sheet", kGap + kColumns * step_x, kGap + rows * step_y, 8);
     for (int y = 0; y < sheet.world->height; ++y) {
-        auto* row = io::row_of<QX_Pixel8>(*sheet.world, y);
+        auto* row = pictures::row_of<QX_Pixel8>(*sheet.world, y);
         std::fill(row, row + sheet.world->width, kPaper);
     }
     Progress progress("modes", static_cast<std::int64_t>(modes.size()));
@@ -113,10 +113,10 @@ void run(const ModesOptions& options) {
     check_output_option(options.output);
     const Library library;
     const Pair pair = read_pair(options);
-    const io::Picture sheet = draw_sheet(pair);
+    const pictures::Picture sheet = draw_sheet(pair);
     {
-        const FileProgress progress("writing");
-        io::write_picture(options.output, sheet, 8);
+        FileProgress progress("writing");
+        pictures::write_picture(options.output, sheet, 8, {}, progress);
     }
     say_detail(options.output + ": written");
 }

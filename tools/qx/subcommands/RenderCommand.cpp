@@ -4,12 +4,12 @@
 #include <filesystem>
 #include <memory>
 
-#include "pictures/Interrupt.h"
 #include "pictures/Movie.h"
 #include "scene/LayerWords.h"
 #include "scene/SceneRender.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/options/Options.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
 
@@ -39,19 +39,19 @@ FrameRange frames_of(const RenderOptions& options, const Scene& scene) {
 
 /// True when the file of a frame can be read to its end and has the frame's size: what a frame's writer was stopped
 /// in, or some other program left, is made anew.
-bool is_whole(const std::string& path, int width, int height) {
+bool is_whole(const std::string& path, int width, int height, pictures::Watch& watch) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) return false;
     try {
-        const io::Picture picture = io::read_picture(path);
+        const pictures::Picture picture = pictures::read_picture(path, watch);
         return picture.world->width == width && picture.world->height == height;
-    } catch (const io::Failure&) {
+    } catch (const pictures::Failure&) {
         return false;
     }
 }
 
-void note_light(const Scene& scene, const std::string& output, const io::Picture& frame) {
-    if (scene.background && frame.linear != io::is_linear_format(output)) {
+void note_light(const Scene& scene, const std::string& output, const pictures::Picture& frame) {
+    if (scene.background && frame.linear != pictures::is_linear_format(output)) {
         say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
     }
 }
@@ -65,20 +65,21 @@ void render_pictures(const Scene& scene, const FrameRange& frames, const RenderO
     check_outputs(scene, frames, names);
     const Library library;
     SceneRender render(scene);
+    SignalWatch watch;
     FrameProgress progress(frames.count());
     bool told = false;
     for (int i = 0; i < frames.count(); ++i) {
-        io::check_interrupt();
+        check_interrupt();
         const int number = frames.frame(i);
         const std::string file = names.name(number);
         int width = 0, height = 0;
         if (options.resume) render.size(number, &width, &height);
-        const bool skipped = options.resume && is_whole(file, width, height);
+        const bool skipped = options.resume && is_whole(file, width, height, watch);
         if (!skipped) {
-            const io::Picture frame = render.frame(number);
+            const pictures::Picture frame = render.frame(number);
             if (!told) note_light(scene, file, frame);
             told = true;
-            io::write_picture(file, frame, scene.depth);
+            pictures::write_picture(file, frame, scene.depth, {}, watch);
         }
         say_detail(file + (skipped ? ": is there" : ": written"));
         progress.done(number, skipped);
@@ -87,13 +88,13 @@ void render_pictures(const Scene& scene, const FrameRange& frames, const RenderO
 
 /// What is transparent becomes black.
 std::unique_ptr<QX_World> opaque(const std::string& path, const QX_World& frame) {
-    auto eight = io::at_depth(path, frame, 8);
-    if (!io::any_transparency(*eight)) return eight;
-    auto black = io::new_world(path, frame.width, frame.height, 8);
+    auto eight = pictures::at_depth(path, frame, 8);
+    if (!pictures::any_transparency(*eight)) return eight;
+    auto black = pictures::new_world(path, frame.width, frame.height, 8);
     black->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
     Transfer transfer;
     transfer.layer = eight.get();
-    if (composite(transfer, *black, nullptr) != 0) io::check_interrupt();
+    if (composite(transfer, *black, nullptr) != 0) check_interrupt();
     return black;
 }
 
@@ -103,18 +104,19 @@ void render_movie(const Scene& scene, const FrameRange& frames, const RenderOpti
     SceneRender render(scene);
     int width = 0, height = 0;
     render.size(frames.first, &width, &height);
-    MovieFile movie(options.output, width, height, scene.rate);
+    pictures::MovieFile movie(options.output, width, height, scene.rate);
     FrameProgress progress(frames.count());
     for (int i = 0; i < frames.count(); ++i) {
         const int number = frames.frame(i);
-        const io::Picture frame = render.frame(number);
+        const pictures::Picture frame = render.frame(number);
         if (frame.world->width != width || frame.world->height != height) {
-            throw io::Failure(options.output, "frame " + std::to_string(number) + " has another size than the first");
+            throw pictures::Failure(options.output,
+                                    "frame " + std::to_string(number) + " has another size than the first");
         }
         movie.add(*opaque(options.output, *frame.world));
         progress.done(number, false);
     }
-    io::check_interrupt();
+    check_interrupt();
     movie.commit();
     say_detail(options.output + ": written");
 }
@@ -122,7 +124,7 @@ void render_movie(const Scene& scene, const FrameRange& frames, const RenderOpti
 void run(const RenderOptions& options) {
     apply_common_options(options.common);
     const int depth = options.depth.empty() ? 0 : 8 << choice("--depth", options.depth, kDepthWords);
-    const bool movie = is_movie(options.output);
+    const bool movie = pictures::is_movie(options.output);
     Scene scene = read_scene(options.scene);
     if (depth != 0) scene.depth = depth;
     const FrameRange frames = frames_of(options, scene);

@@ -66,10 +66,6 @@ void FrameProgress::done(int frame, bool skipped) {
               "), " + speed_words(done_ - skipped_, frames_ - skipped_, passed.count()));
 }
 
-FileProgress::FileProgress(std::string what) : what_(std::move(what)) { io::set_row_listener(this); }
-
-FileProgress::~FileProgress() { io::set_row_listener(nullptr); }
-
 void FileProgress::rows(std::int64_t done, std::int64_t total) {
     if (!progress_) progress_.emplace(what_, total);
     progress_->advance(done - told_);

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "pictures/Interrupt.h"
+#include "tools/qx/terminal/Interrupt.h"
 
 namespace qx::tool {
 
@@ -52,13 +52,10 @@ private:
     int done_ = 0, skipped_ = 0;
 };
 
-/// The bar of reading or writing one file at a time, for a scope.
-class FileProgress : public io::RowListener {
+/// The bar of reading or writing one file; a signal stops it.
+class FileProgress : public SignalWatch {
 public:
-    explicit FileProgress(std::string what);
-    ~FileProgress() override;
-    FileProgress(const FileProgress&) = delete;
-    FileProgress& operator=(const FileProgress&) = delete;
+    explicit FileProgress(std::string what) : what_(std::move(what)) {}
     void rows(std::int64_t done, std::int64_t total) override;
 
 private:

@@ -6,7 +6,7 @@ namespace {
 
 class Unwatched : public Watch {
 public:
-    void rows(std::int64_t, std::int64_t) override {}
+    void rows(std::int64_t, std::int64_t) noexcept override {}
 };
 
 }  // namespace

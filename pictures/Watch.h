@@ -16,10 +16,10 @@ public:
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    /// Asked often, on any thread, also from within libraries in C.
+    // Both are called often, from any threads of the work and from within libraries in C: nothing is thrown.
     virtual bool stops() const noexcept { return false; }
-    /// Hears that `done` rows of `total` are done. On the thread of the work.
-    virtual void rows(std::int64_t done, std::int64_t total) = 0;
+    /// Hears that `done` rows of `total` are done. Where several threads work, a smaller count may come behind.
+    virtual void rows(std::int64_t done, std::int64_t total) noexcept = 0;
 
     /// Before each row. @return false when the work is to stop
     bool next_row(std::int64_t done, std::int64_t total) {

@@ -27,7 +27,7 @@ class Limit : public Watch {
 public:
     explicit Limit(std::int64_t most) : most_(most) {}
     bool stops() const noexcept override { return heard >= most_; }
-    void rows(std::int64_t done, std::int64_t total) override {
+    void rows(std::int64_t done, std::int64_t total) noexcept override {
         EXPECT_GE(done, heard);
         EXPECT_LT(done, total);
         heard = done;

@@ -16,7 +16,7 @@ void check_interrupt();
 class SignalWatch : public pictures::Watch {
 public:
     bool stops() const noexcept override { return interrupted(); }
-    void rows(std::int64_t, std::int64_t) override {}
+    void rows(std::int64_t, std::int64_t) noexcept override {}
 };
 
 }  // namespace qx::tool

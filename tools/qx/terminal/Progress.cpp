@@ -66,7 +66,7 @@ void FrameProgress::done(int frame, bool skipped) {
               "), " + speed_words(done_ - skipped_, frames_ - skipped_, passed.count()));
 }
 
-void FileProgress::rows(std::int64_t done, std::int64_t total) {
+void FileProgress::rows(std::int64_t done, std::int64_t total) noexcept {
     if (!progress_) progress_.emplace(what_, total);
     progress_->advance(done - told_);
     told_ = done;

@@ -56,7 +56,7 @@ private:
 class FileProgress : public SignalWatch {
 public:
     explicit FileProgress(std::string what) : what_(std::move(what)) {}
-    void rows(std::int64_t done, std::int64_t total) override;
+    void rows(std::int64_t done, std::int64_t total) noexcept override;
 
 private:
     const std::string what_;

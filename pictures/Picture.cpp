@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <new>
 
+#include "QX/indep/QX_Area.h"
+#include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/world/QX_Frame.h"
 #include "pictures/Files.h"
@@ -13,6 +15,8 @@
 
 namespace qx::pictures {
 namespace {
+
+static_assert(kMostSide == kMaxSide, "what worlds can have");
 
 constexpr const Format& (*kFormats[])() = {png_format, jpeg_format, tiff_format, exr_format};
 
@@ -45,24 +49,10 @@ int nearest_depth(const Format& format, int depth) {
     return format.depths.back();
 }
 
-template <class Pixel> bool any_below(const QX_World& world, QX_ChannelOf<Pixel> full) {
-    for (int y = 0; y < world.height; ++y) {
-        const Pixel* row = row_of<Pixel>(world, y);
-        if (std::any_of(row, row + world.width, [=](const Pixel& p) { return p.alpha != full; })) return true;
-    }
-    return false;
-}
-
-M_LRect bounds(const QX_World& world) { return {0, 0, world.width, world.height}; }
-
 void limit_alpha(QX_World& world) {
-    for (int y = 0; y < world.height; ++y) {
-        auto* row = row_of<QX_PixelFloat>(world, y);
-        for (int x = 0; x < world.width; ++x) {
-            const float a = row[x].alpha;
-            row[x].alpha = a > 0 ? std::min(a, 1.0f) : 0.0f;  // not a number counts as 0
-        }
-    }
+    each_pixel<QX_PixelFloat>(world, [](QX_PixelFloat& p, int, int) {
+        p.alpha = p.alpha > 0 ? std::min(p.alpha, 1.0f) : 0.0f;  // not a number counts as 0
+    });
 }
 
 /// False for values that no scanner and no camera means, as a damaged file may hold.
@@ -73,7 +63,7 @@ bool sensible(const Resolution& r) {
 
 int guarded_copy(QX_World& to, const QX_World& from) {
     try {
-        to.CopyRectPossiblyDifferentBitdepth(&from, bounds(from), false, 0, 0, nullptr);
+        to.CopyRectPossiblyDifferentBitdepth(&from, whole_of(from), false, 0, 0, nullptr);
         return 0;
     } catch (int code) {
         return code;
@@ -100,8 +90,8 @@ Resolution Resolution::in(Unit other) const {
 
 std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
-    if (width < 1 || height < 1 || width > kMaxSide || height > kMaxSide) {
-        throw Failure(path, size + ": a side has 1 to " + std::to_string(kMaxSide));
+    if (width < 1 || height < 1 || width > kMostSide || height > kMostSide) {
+        throw Failure(path, size + ": a side has 1 to " + std::to_string(kMostSide));
     }
     const int w = static_cast<int>(width), h = static_cast<int>(height);
     const auto d = static_cast<short>(depth);
@@ -130,9 +120,7 @@ std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& worl
 }
 
 bool any_transparency(const QX_World& world) {
-    if (world.Depth() == 8) return any_below<QX_Pixel8>(world, 255);
-    if (world.Depth() == 16) return any_below<QX_Pixel16>(world, 32768);
-    return any_below<QX_PixelFloat>(world, 1.0f);
+    return any_pixel(world, []<class Pixel>(const Pixel& p, int, int) { return p.alpha != DepthOf<Pixel>::full; });
 }
 
 void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes) {

@@ -5,20 +5,17 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "QX/world/QX_World.h"
+#include "pictures/Failure.h"
+#include "pictures/Pixels.h"
 #include "pictures/Watch.h"
 
 namespace qx::pictures {
 
-/// A file could not be read or written. The text names it: "FILE: plain words".
-class Failure : public std::runtime_error {
-public:
-    Failure(const std::string& file, const std::string& words) : std::runtime_error(file + ": " + words) {}
-};
+inline constexpr int kMostSide = 30000;  ///< of a picture, in pixels
 
 /// Pixels per unit of length, as the file has it; zeros when it has none.
 struct Resolution {
@@ -75,9 +72,5 @@ std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& worl
 
 /// True when some pixel is not opaque.
 bool any_transparency(const QX_World& world);
-
-template <class Pixel> Pixel* row_of(const QX_World& world, int y) {
-    return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
-}
 
 }  // namespace qx::pictures

@@ -130,10 +130,7 @@ private:
             throw Failure(path_, "damaged TIFF: its strips or tiles are far larger than the picture");
         }
         Block<Sample> block(static_cast<std::size_t>(bytes / sizeof(Sample)));
-        for (int y = 0; y < world.height; ++y) {
-            auto* row = row_of<Pixel>(world, y);
-            std::fill(row, row + world.width, Pixel{full<Sample>(), 0, 0, 0});
-        }
+        each_pixel<Pixel>(world, [](Pixel& p, int, int) { p = {full<Sample>(), 0, 0, 0}; });
         for (std::uint32_t top = 0; top < layout_.height; top += layout_.block_height) {
             watch_.must_next_row(top, layout_.height);
             for (std::uint32_t left = 0; left < layout_.width; left += layout_.block_width) {
@@ -211,13 +208,11 @@ private:
             fail();
         }
         const std::uint32_t* from = raster.data();
-        for (int y = 0; y < world.height; ++y) {
-            auto* row = row_of<QX_Pixel8>(world, y);
-            for (int x = 0; x < world.width; ++x, ++from) {
-                row[x] = {255, static_cast<std::uint8_t>(TIFFGetR(*from)), static_cast<std::uint8_t>(TIFFGetG(*from)),
-                          static_cast<std::uint8_t>(TIFFGetB(*from))};
-            }
-        }
+        each_pixel<QX_Pixel8>(world, [&](QX_Pixel8& p, int, int) {
+            p = {255, static_cast<std::uint8_t>(TIFFGetR(*from)), static_cast<std::uint8_t>(TIFFGetG(*from)),
+                 static_cast<std::uint8_t>(TIFFGetB(*from))};
+            ++from;
+        });
     }
 
     void read_extras(Picture& picture) {

@@ -89,9 +89,8 @@ void set_fields(TIFF* tiff, const Picture& picture, int samples) {
 bool write_all(TIFF* tiff, const Picture& picture, int samples, Watch& watch) {
     const QX_World& world = *picture.world;
     set_fields(tiff, picture, samples);
-    const bool rows = world.Depth() == 8    ? write_rows<QX_Pixel8>(tiff, world, samples, watch)
-                      : world.Depth() == 16 ? write_rows<QX_Pixel16>(tiff, world, samples, watch)
-                                            : write_rows<QX_PixelFloat>(tiff, world, samples, watch);
+    const bool rows =
+        with_pixel_of(world, [&](auto pixel) { return write_rows<decltype(pixel)>(tiff, world, samples, watch); });
     return rows && TIFFFlush(tiff) == 1;
 }
 

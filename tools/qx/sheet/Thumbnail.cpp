@@ -50,11 +50,9 @@ int rise(int i, int length) {
 
 std::unique_ptr<QX_World> scaled(const QX_World& source, int width, int height) {
     auto target = pictures::new_world("thumbnail", width, height, 8);
-    for (int y = 0; y < height; ++y) {
-        auto* row = pictures::row_of<QX_Pixel8>(*target, y);
-        const Span rows(y, height, source.height);
-        for (int x = 0; x < width; ++x) row[x] = mean(source, Span(x, width, source.width), rows);
-    }
+    pictures::each_pixel<QX_Pixel8>(*target, [&](QX_Pixel8& p, int x, int y) {
+        p = mean(source, Span(x, width, source.width), Span(y, height, source.height));
+    });
     return target;
 }
 
@@ -68,34 +66,24 @@ void fit(const QX_World& world, int side, int* width, int* height) {
 }
 
 void soften_edges(QX_World& world) {
-    for (int y = 0; y < world.height; ++y) {
-        auto* row = pictures::row_of<QX_Pixel8>(world, y);
-        const int weight = rise(y, world.height);
-        for (int x = 0; x < world.width; ++x) {
-            row[x].alpha = static_cast<std::uint8_t>(rise(x, world.width) * weight / 255);
-        }
-    }
+    pictures::each_pixel<QX_Pixel8>(world, [&](QX_Pixel8& p, int x, int y) {
+        p.alpha = static_cast<std::uint8_t>(rise(x, world.width) * rise(y, world.height) / 255);
+    });
 }
 
 void draw_checkers(QX_World& world) {
-    for (int y = 0; y < world.height; ++y) {
-        auto* row = pictures::row_of<QX_Pixel8>(world, y);
-        for (int x = 0; x < world.width; ++x) {
-            const bool odd = ((x / kCheckerSide) ^ (y / kCheckerSide)) & 1;
-            row[x] = odd ? QX_Pixel8{255, 200, 200, 200} : QX_Pixel8{255, 150, 150, 150};
-        }
-    }
+    pictures::each_pixel<QX_Pixel8>(world, [](QX_Pixel8& p, int x, int y) {
+        const bool odd = ((x / kCheckerSide) ^ (y / kCheckerSide)) & 1;
+        p = odd ? QX_Pixel8{255, 200, 200, 200} : QX_Pixel8{255, 150, 150, 150};
+    });
 }
 
 std::unique_ptr<QX_World> ramp(int width, int height) {
     auto world = pictures::new_world("ramp", width, height, 8);
-    for (int y = 0; y < height; ++y) {
-        auto* row = pictures::row_of<QX_Pixel8>(*world, y);
-        for (int x = 0; x < width; ++x) {
-            const int alpha = width == 1 ? 255 : (255 * x + (width - 1) / 2) / (width - 1);
-            row[x] = {static_cast<std::uint8_t>(alpha), 255, 255, 255};
-        }
-    }
+    pictures::each_pixel<QX_Pixel8>(*world, [=](QX_Pixel8& p, int x, int) {
+        const int alpha = width == 1 ? 255 : (255 * x + (width - 1) / 2) / (width - 1);
+        p = {static_cast<std::uint8_t>(alpha), 255, 255, 255};
+    });
     return world;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <mutex>
 
+#include "pictures/Failure.h"
 #include "platform/standalone/Standalone.h"
 
 namespace qx::tool {
@@ -14,13 +15,9 @@ std::mutex mutex;
 std::string report_text;
 bool line_shown = false;
 
-/// A message is one line whatever a file's name or a library's text contains.
-void say(std::string words) {
-    for (char& c : words) {
-        if (static_cast<unsigned char>(c) < ' ') c = ' ';
-    }
+void say(const std::string& words) {
     show_line("");
-    std::fprintf(stderr, "qx: %s\n", words.c_str());
+    std::fprintf(stderr, "qx: %s\n", pictures::one_line(words).c_str());
 }
 
 }  // namespace

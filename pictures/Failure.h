@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace qx::pictures {
+
+/// The text with blanks for control characters: names of files and texts of libraries may hold any, and a message is
+/// one line wherever it is shown.
+std::string one_line(std::string text);
+
+/// A file could not be read or written. The text names it, in one line: "FILE: plain words".
+class Failure : public std::runtime_error {
+public:
+    Failure(const std::string& file, const std::string& words) : std::runtime_error(one_line(file + ": " + words)) {}
+};
+
+}  // namespace qx::pictures

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+
+#include "QX/indep/QX_Pixel.h"
+#include "QX/world/QX_World.h"
+
+namespace qx::pictures {
+
+/// First pixel of a row that lies in the world.
+template <class Pixel> Pixel* row_of(const QX_World& world, int y) {
+    return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
+}
+
+/// Calls `work` with a pixel of the world's type.
+template <class Work> decltype(auto) with_pixel_of(const QX_World& world, const Work& work) {
+    if (world.Depth() == 8) return work(QX_Pixel8{});
+    if (world.Depth() == 16) return work(QX_Pixel16{});
+    return work(QX_PixelFloat{});
+}
+
+/// True when `is(pixel, x, y)` holds for some pixel; in row order, up to the first.
+template <class Pixel, class Is> bool any_pixel(const QX_World& world, const Is& is) {
+    for (int y = 0; y < world.height; ++y) {
+        Pixel* row = row_of<Pixel>(world, y);
+        for (int x = 0; x < world.width; ++x) {
+            if (is(row[x], x, y)) return true;
+        }
+    }
+    return false;
+}
+template <class Is> bool any_pixel(const QX_World& world, const Is& is) {
+    return with_pixel_of(world, [&](auto pixel) { return any_pixel<decltype(pixel)>(world, is); });
+}
+
+/// Calls `visit(pixel, x, y)` for all pixels in row order.
+template <class Pixel, class Visit> void each_pixel(const QX_World& world, const Visit& visit) {
+    any_pixel<Pixel>(world, [&](Pixel& p, int x, int y) {
+        visit(p, x, y);
+        return false;
+    });
+}
+
+}  // namespace qx::pictures

@@ -1,39 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <vector>
+#include "pictures/Watch.h"
+#include "scene/Transfer.h"
 
-#include "QX/compositing/QX_CompositeMode.h"
-#include "QX/compositing/QX_LinearBlendingTables.h"
-#include "QX/indep/QX_Records.h"
-#include "QX/world/QX_World.h"
-#include "platform/M_Matrix.h"
-
-namespace qx::tool {
-
-class Progress;
-
-/// One layer's way onto the background.
-struct Transfer {
-    const QX_World* layer = nullptr;
-    int x = 0, y = 0;  ///< where its left top corner lands
-    int mode = xfer_over;
-    float opacity = 1;
-    bool rgb_only = false;
-    int seed = 0;
-    int field = 0;  ///< 0 all rows, 1 even, 2 odd
-    const QX_LinearBlendingTables* tables = nullptr;
-    const QX_World* mask = nullptr;
-    int mask_x = 0, mask_y = 0;
-    QX_MaskKind mask_kind = kQX_MaskAlpha;
-    std::vector<M_Matrix3> matrices;  ///< from the layer to the background, in time order; none places it at (x, y)
-    int quality = 1;                  ///< of transforms: 0 nearest, 1 bilinear, 2 bicubic
-};
+namespace qx::scene {
 
 /// Composites a layer of the background's depth, in bands on all threads where the mode allows; through its matrices
-/// where it has some.
-/// @param progress  may be null; it gets one step a row of the background
-/// @return 0 or the first code of a band; kQX_Interrupted after a signal
-int composite(const Transfer& transfer, QX_World& background, Progress* progress);
+/// where it has some. The watch hears of rows as the work counts them.
+/// @return 0 or the first code of a band; kQX_Interrupted when the watch stops it
+int composite(const Transfer& transfer, QX_World& background, pictures::Watch& watch = pictures::unwatched());
 
-}  // namespace qx::tool
+}  // namespace qx::scene

@@ -4,10 +4,9 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "tools/qx/options/Options.h"
-#include "tools/qx/terminal/Messages.h"
+#include "scene/Words.h"
 
-namespace qx::tool {
+namespace qx::scene {
 namespace {
 
 /// Takes what is in front of the sign away from the text; all of it where the sign is missing.
@@ -38,11 +37,11 @@ std::size_t place_length(const std::string& name, std::size_t at, int* digits) {
 
 }  // namespace
 
-FrameRange frame_range(const std::string& option, const std::string& text) {
+FrameRange frame_range(const std::string& text) {
     const auto number = [&](const std::string& part, int least) {
         const bool digits = !part.empty() && part.find_first_not_of("0123456789") == std::string::npos;
-        if (!digits) throw WrongUsage(option + " " + text + ": not frames A-B or A-BxSTEP");
-        return whole_number(option, part, least, kMostFrame);
+        if (!digits) throw BadText(text, "not frames A-B or A-BxSTEP");
+        return whole_number(part, least, kMostFrame);
     };
     std::string rest = text;
     bool has_last = false, has_step = false;
@@ -50,17 +49,16 @@ FrameRange frame_range(const std::string& option, const std::string& text) {
     range.first = number(cut(rest, '-', &has_last), 0);
     range.last = has_last ? number(cut(rest, 'x', &has_step), 0) : range.first;
     range.step = has_step ? number(rest, 1) : 1;
-    if (range.last < range.first) throw WrongUsage(option + " " + text + ": the last frame is before the first");
+    if (range.last < range.first) throw BadText(text, "the last frame is before the first");
     return range;
 }
 
-FramePattern::FramePattern(const std::string& option, const std::string& path) : before_(path) {
+FramePattern::FramePattern(const std::string& path) : before_(path) {
     for (std::size_t at = path.find_last_of('/') + 1; at < path.size(); ++at) {  // 0 where there is no folder
         int digits = 0;
         const std::size_t length = place_length(path, at, &digits);
         if (length == 0) continue;
-        if (has_place())
-            throw WrongUsage(std::string(option).append(" ").append(path).append(": two places for a frame's number"));
+        if (has_place()) throw BadText(path, "two places for a frame's number");
         digits_ = digits;
         before_ = path.substr(0, at);
         after_ = path.substr(at + length);
@@ -84,4 +82,4 @@ std::string FramePattern::name(int frame) const {
     return name;
 }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

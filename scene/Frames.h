@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace qx::tool {
+namespace qx::scene {
 
 inline constexpr int kMostFrame = 9'999'999;
 
@@ -14,15 +14,15 @@ struct FrameRange {
     int frame(int index) const { return first + index * step; }
 };
 
-/// "A", "A-B" or "A-BxSTEP". Throws WrongUsage, which names the option.
-FrameRange frame_range(const std::string& option, const std::string& text);
+/// "A", "A-B" or "A-BxSTEP". Throws BadText.
+FrameRange frame_range(const std::string& text);
 
 /// A file's name with a place for the number of a frame: #### or %04d, as many digits at least as signs or as told.
 class FramePattern {
 public:
     FramePattern() = default;
-    /// Only the last part of the path is looked at. Throws WrongUsage, in the name of `option`, for two places.
-    FramePattern(const std::string& option, const std::string& path);
+    /// Only the last part of the path is looked at. Throws BadText for two places.
+    explicit FramePattern(const std::string& path);
     static FramePattern plain(const std::string& path);  ///< without a place, whatever signs the path has
     bool has_place() const { return digits_ > 0; }
     std::string name(int frame) const;  ///< without a place the path itself
@@ -32,4 +32,4 @@ private:
     int digits_ = 0;
 };
 
-}  // namespace qx::tool
+}  // namespace qx::scene

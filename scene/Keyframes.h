@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace qx::tool {
+namespace qx::scene {
 
 enum class Between { linear, smooth };
 
@@ -43,4 +43,4 @@ private:
     std::vector<Key> keys_;
 };
 
-}  // namespace qx::tool
+}  // namespace qx::scene

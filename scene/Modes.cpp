@@ -5,9 +5,8 @@
 
 #include "QX/compositing/QX_CompositeMode.h"
 #include "scene/Words.h"
-#include "tools/qx/terminal/Messages.h"
 
-namespace qx::tool {
+namespace qx::scene {
 namespace {
 
 std::string plain_name(std::string text) {
@@ -32,18 +31,18 @@ const std::vector<ModeName>& all_modes() {
     return modes;
 }
 
-int mode_number(const std::string& text, const std::string& option) {
+int mode_number(const std::string& text) {
     int number = 0;
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
     if (parsed.ec == std::errc() && parsed.ptr == text.data() + text.size()) {
         if (QX_IsTransferMode(number)) return number;
-        throw WrongUsage(option + " " + text + ": mode numbers are -3, -2 and 0 to 40");
+        throw BadText(text, "mode numbers are -3, -2 and 0 to 40");
     }
     const std::string name = plain_name(text);
     for (const ModeName& mode : all_modes()) {
         if (name == mode.name) return mode.number;
     }
-    throw WrongUsage(option + " " + text + ": no such mode; the nearest is " + nearest(name));
+    throw BadText(text, "no such mode; the nearest is " + nearest(name));
 }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

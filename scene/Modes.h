@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace qx::tool {
+namespace qx::scene {
 
 struct ModeName {
     int number;
@@ -15,7 +15,7 @@ struct ModeName {
 const std::vector<ModeName>& all_modes();
 
 /// Number of a mode given by name (in snake or kebab case, with or without `xfer_`) or number.
-/// Throws WrongUsage with the nearest name.
-int mode_number(const std::string& text, const std::string& option = "--mode");
+/// Throws BadText with the nearest name.
+int mode_number(const std::string& text);
 
-}  // namespace qx::tool
+}  // namespace qx::scene

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace qx::tool {
+namespace qx::scene {
 namespace {
 
 M_Matrix3 translation(double x, double y) { return {{{1, 0, 0}, {0, 1, 0}, {x, y, 1}}}; }
@@ -44,4 +44,4 @@ M_Matrix3 matrix_of(const std::array<double, 9>& elements) {
 
 M_Matrix3 moved(const M_Matrix3& matrix, double x, double y) { return M_MultiplyMatrix(matrix, translation(x, y)); }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

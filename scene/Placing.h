@@ -5,7 +5,7 @@
 
 #include "platform/M_Matrix.h"
 
-namespace qx::tool {
+namespace qx::scene {
 
 /// How a layer lies on the background: it is scaled and turned about its anchor, which lands on `translate`. Positions
 /// count from left top corners, in pixels.
@@ -28,4 +28,4 @@ M_Matrix3 matrix_of(const std::array<double, 9>& elements);
 /// The matrix, and a move behind it.
 M_Matrix3 moved(const M_Matrix3& matrix, double x, double y);
 
-}  // namespace qx::tool
+}  // namespace qx::scene

@@ -4,10 +4,9 @@
 #include <filesystem>
 #include <set>
 
-#include "pictures/Picture.h"
-#include "tools/qx/terminal/Messages.h"
+#include "scene/Faults.h"
 
-namespace qx::tool {
+namespace qx::scene {
 namespace {
 
 /// Hands each file that the frames show to `see`, with the first frame that shows it.
@@ -67,18 +66,19 @@ void check_files(const Scene& scene, const FrameRange& frames) {
         const std::string path = file.at(frame);
         std::error_code ignored;
         if (std::filesystem::exists(path, ignored)) return;
-        throw pictures::Failure(
-            scene.file, file.place + " " + path + ": no such file, frame " + std::to_string(frame) + " needs it");
+        throw SceneFault(scene.file, file.place, path + ": no such file, frame " + std::to_string(frame) + " needs it");
     });
 }
 
-void check_outputs(const Scene& scene, const FrameRange& frames, const FramePattern& names) {
+std::optional<Overwritten> overwritten(const Scene& scene, const FrameRange& frames, const FramePattern& names) {
     std::set<std::string> outputs;
     for (int i = 0; i < frames.count(); ++i) outputs.insert(absolute(names.name(frames.frame(i))));
+    std::optional<Overwritten> first;
     each_file(scene, frames, [&](const SceneFile& file, int frame) {
-        if (outputs.count(absolute(file.at(frame))) == 0) return;
-        throw WrongUsage("-o " + file.at(frame) + ": is a picture of the scene, at " + file.place);
+        if (first || outputs.count(absolute(file.at(frame))) == 0) return;
+        first = {file.at(frame), file.place};
     });
+    return first;
 }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

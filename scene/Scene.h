@@ -13,7 +13,7 @@
 #include "scene/Placing.h"
 
 /// What a scene file says, checked; docs/scene.md describes the file.
-namespace qx::tool {
+namespace qx::scene {
 
 /// A picture, or a sequence of pictures with a number in their names.
 struct SceneFile {
@@ -45,6 +45,7 @@ struct Shutter {
 };
 
 struct SceneLayer {
+    std::string place;  ///< in the scene, such as /layers/2
     SceneFile file;
     int mode = xfer_over;
     Track<1> opacity{Track<1>::Value{1}};
@@ -72,12 +73,15 @@ struct Scene {
     std::vector<SceneLayer> layers;
 };
 
-/// Throws pictures::Failure, which names the file and the key.
+/// Throws SceneFault, or pictures::Failure for a file that cannot be read.
 Scene read_scene(const std::string& path);
 
-/// Throws pictures::Failure for the first file that a frame of the range needs and that is not there.
+/// Throws SceneFault for the first file that a frame of the range needs and that is not there.
 void check_files(const Scene& scene, const FrameRange& frames);
-/// Throws WrongUsage when a frame would be written over a file that one of them shows.
-void check_outputs(const Scene& scene, const FrameRange& frames, const FramePattern& names);
+/// A file that a frame of the range shows and that one of them would be written over, if there is one.
+struct Overwritten {
+    std::string path, place;
+};
+std::optional<Overwritten> overwritten(const Scene& scene, const FrameRange& frames, const FramePattern& names);
 
-}  // namespace qx::tool
+}  // namespace qx::scene

@@ -2,22 +2,14 @@
 #include "scene/SceneNode.h"
 
 #include <algorithm>
-#include <charconv>
 #include <set>
 
-#include "scene/Words.h"
-#include "tools/qx/options/Options.h"
-#include "tools/qx/terminal/Messages.h"
+#include "scene/Faults.h"
 
-namespace qx::tool {
+namespace qx::scene {
 namespace {
 
 using nlohmann::json;
-
-std::string words(double number) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, number).ptr};
-}
 
 std::string range_of(std::size_t fewest, std::size_t most) {
     return fewest == most ? std::to_string(fewest) : std::to_string(fewest) + " to " + std::to_string(most);
@@ -31,9 +23,19 @@ std::string plain(const std::string& what) {
 
 }  // namespace
 
-void SceneNode::fault(const std::string& words) const {
-    throw WrongUsage((place_.empty() ? "/" : place_) + " " + words);
+std::string SceneNode::place() const {
+    const std::string place = place_.empty() ? "/" : place_;
+    return title_.empty() ? place : place + " (" + title_ + ")";
 }
+
+SceneNode SceneNode::child(const json& value, const std::string& key) const {
+    SceneNode child = *this;
+    child.value_ = &value;
+    child.place_ += "/" + key;
+    return child;
+}
+
+void SceneNode::fault(const std::string& words) const { throw SceneFault(*file_, place(), words); }
 
 double SceneNode::number(double least, double most) const {
     const double number = value_->is_number() ? value_->get<double>() : 0;
@@ -57,13 +59,15 @@ bool SceneNode::flag() const {
     return value_->get<bool>();
 }
 
-int SceneNode::choice(const std::vector<std::string>& words) const { return tool::choice(place_, text(), words); }
+int SceneNode::choice(std::span<const char* const> words) const {
+    return read_by([&] { return scene::choice(text(), words); });
+}
 
 std::vector<SceneNode> SceneNode::items(std::size_t fewest, std::size_t most) const {
     if (!is_list()) fault("is not a list");
     if (value_->size() < fewest || value_->size() > most) fault("does not have " + range_of(fewest, most) + " items");
     std::vector<SceneNode> items;
-    for (std::size_t i = 0; i < value_->size(); ++i) items.emplace_back((*value_)[i], place_ + "/" + std::to_string(i));
+    for (std::size_t i = 0; i < value_->size(); ++i) items.push_back(child((*value_)[i], std::to_string(i)));
     return items;
 }
 
@@ -79,37 +83,36 @@ void SceneNode::check_keys(const std::vector<std::string>& known) const {
     if (!is_object()) fault("is not an object");
     for (const auto& item : value_->items()) {
         if (std::find(known.begin(), known.end(), item.key()) != known.end()) continue;
-        SceneNode(item.value(), place_ + "/" + item.key())
-            .fault("is an unknown key; the nearest is " + nearest_word(item.key(), known));
+        child(item.value(), item.key()).fault("is an unknown key; the nearest is " + nearest_word(item.key(), known));
     }
 }
 
 std::optional<SceneNode> SceneNode::find(const std::string& key) const {
     const auto found = value_->find(key);
     if (found == value_->end()) return std::nullopt;
-    return SceneNode(*found, place_ + "/" + key);
+    return child(*found, key);
 }
 
 SceneNode SceneNode::need(const std::string& key) const {
     if (const auto found = find(key)) return *found;
-    SceneNode(*value_, place_ + "/" + key).fault("is missing");
+    child(*value_, key).fault("is missing");
 }
 
-json parse_json(const std::string& text) {
+json parse_json(const std::string& text, const std::string& file) {
     std::vector<std::set<std::string>> open;
     const auto watch = [&](int, json::parse_event_t event, json& value) {
         if (event == json::parse_event_t::object_start) open.emplace_back();
         if (event == json::parse_event_t::object_end) open.pop_back();
         if (event == json::parse_event_t::key && !open.back().insert(value.get<std::string>()).second) {
-            throw WrongUsage("key " + value.get<std::string>() + " stands twice in an object");
+            throw SceneFault(file, "", "key " + value.get<std::string>() + " stands twice in an object");
         }
         return true;
     };
     try {
         return json::parse(text, watch);
     } catch (const json::exception& fault) {
-        throw WrongUsage(plain(fault.what()));
+        throw SceneFault(file, "", plain(fault.what()));
     }
 }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

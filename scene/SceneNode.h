@@ -3,25 +3,39 @@
 
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
-namespace qx::tool {
+#include "scene/Words.h"
 
-/// A value of a scene file, and its place in it, such as /layers/2/mode. What is not as it should be throws WrongUsage
-/// that begins with the place.
+namespace qx::scene {
+
+/// A value of a scene file, and its place in it. What is not as it should be throws SceneFault.
 class SceneNode {
 public:
-    SceneNode(const nlohmann::json& value, std::string place) : value_(&value), place_(std::move(place)) {}
+    /// The scene as a whole.
+    SceneNode(const nlohmann::json& value, const std::string& file) : value_(&value), file_(&file) {}
 
-    const std::string& place() const { return place_; }
+    /// Such as /layers/2/mode, and behind it the title of what it lies in.
+    std::string place() const;
+    /// From here on messages tell this name beside the place.
+    void set_title(const std::string& title) { title_ = title; }
     [[noreturn]] void fault(const std::string& words) const;
 
     double number(double least, double most) const;
     int whole(int least, int most) const;
     std::string text() const;
     bool flag() const;
-    int choice(const std::vector<std::string>& words) const;
+    int choice(std::span<const char* const> words) const;
+    /// What `read` makes of it; a text that it does not know is a fault here.
+    template <class Read> auto read_by(const Read& read) const {
+        try {
+            return read();
+        } catch (const BadText& bad) {
+            fault(bad.what());
+        }
+    }
 
     bool is_list() const { return value_->is_array(); }
     bool is_text() const { return value_->is_string(); }
@@ -37,11 +51,14 @@ public:
     SceneNode need(const std::string& key) const;
 
 private:
+    SceneNode child(const nlohmann::json& value, const std::string& key) const;
     const nlohmann::json* value_;
-    std::string place_;
+    const std::string* file_;
+    std::string place_, title_;
 };
 
-/// The values of a JSON text. Throws WrongUsage with line and column, or with a key that stands twice in an object.
-nlohmann::json parse_json(const std::string& text);
+/// The values of the text of a file. Throws SceneFault with line and column, or with a key that stands twice in an
+/// object.
+nlohmann::json parse_json(const std::string& text, const std::string& file);
 
-}  // namespace qx::tool
+}  // namespace qx::scene

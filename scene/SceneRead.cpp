@@ -12,19 +12,16 @@
 #include "scene/Modes.h"
 #include "scene/Scene.h"
 #include "scene/SceneNode.h"
-#include "tools/qx/terminal/Messages.h"
 
-namespace qx::tool {
+namespace qx::scene {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kMostSide = 30000;
-constexpr int kFarthest = 1'000'000;
 constexpr double kMostAngle = 3600;
 constexpr int kMostMatrices = 257;
 constexpr std::size_t kMostItems = 100'000;
-const std::vector<std::string> kBetweenWords = {"linear", "smooth"};
+constexpr const char* kBetweenWords[] = {"linear", "smooth"};
 
 template <std::size_t N>
 typename Track<N>::Value track_value(const SceneNode& node, std::size_t fewest, double least, double most) {
@@ -83,8 +80,8 @@ private:
     void read_frame(const SceneNode& root) {
         if (const auto size = root.find("size")) {
             const auto sides = size->items(2, 2);
-            scene_.width = sides[0].whole(1, kMostSide);
-            scene_.height = sides[1].whole(1, kMostSide);
+            scene_.width = sides[0].whole(1, pictures::kMostSide);
+            scene_.height = sides[1].whole(1, pictures::kMostSide);
         }
         if (const auto depth = root.find("depth")) {
             scene_.depth = depth->whole(8, 32);
@@ -131,7 +128,7 @@ private:
         }
         const std::string path = (folder_ / name.text()).string();
         std::error_code ignored;
-        if (!fs::exists(path, ignored)) file.name = FramePattern(name.place(), path);
+        if (!fs::exists(path, ignored)) file.name = name.read_by([&] { return FramePattern(path); });
         if (file.name.has_place()) return file;
         file.name = FramePattern::plain(path);  // a file may have such signs in its name
         if (!fs::exists(path, ignored)) name.fault(path + ": no such file");
@@ -187,8 +184,8 @@ private:
     }
 
     static int read_mode(const SceneNode& node) {
-        return node.is_number() ? mode_number(std::to_string(node.whole(-100, 100)), node.place())
-                                : mode_number(node.text(), node.place());
+        const std::string text = node.is_number() ? std::to_string(node.whole(-100, 100)) : node.text();
+        return node.read_by([&] { return mode_number(text); });
     }
 
     static void read_look(const SceneNode& node, SceneLayer& layer) {
@@ -208,6 +205,7 @@ private:
         node.check_keys({"file", "mode", "opacity", "mask", "matte", "field", "quality", "transform", "shutter",
                          "rgb-only", "linear", "seed"});
         SceneLayer layer;
+        layer.place = node.place();
         layer.file = read_file(node.need("file"));
         read_look(node, layer);
         if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask);
@@ -231,13 +229,8 @@ std::string contents(const std::string& path) {
 }  // namespace
 
 Scene read_scene(const std::string& path) {
-    const std::string text = contents(path);
-    try {
-        const nlohmann::json json = parse_json(text);
-        return Reader(path).read(SceneNode(json, ""));
-    } catch (const WrongUsage& fault) {
-        throw pictures::Failure(path, fault.what());
-    }
+    const nlohmann::json json = parse_json(contents(path), path);
+    return Reader(path).read(SceneNode(json, path));
 }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

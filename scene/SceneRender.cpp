@@ -1,21 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scene/SceneRender.h"
 
-#include "QX/indep/QX_Errors.h"
 #include "QX/pixelops/QX_Premul.h"
 #include "pictures/Light.h"
-#include "tools/qx/terminal/Interrupt.h"
-#include "tools/qx/terminal/Messages.h"
+#include "scene/Faults.h"
 
-namespace qx::tool {
+namespace qx::scene {
 namespace {
-
-/// What a routine of the library gave, in the name of a key of the scene.
-void must(int code, const Scene& scene, const std::string& place) {
-    if (code == kQX_Interrupted) throw pictures::Stopped{};
-    if (code == 0) return;
-    throw WorkFailed(scene.file + ": " + place + ": " + last_report() + " (code " + std::to_string(code) + ")");
-}
 
 int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
     QX_LayerDef record{};
@@ -25,11 +16,12 @@ int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
 
 }  // namespace
 
-SceneRender::SceneRender(const Scene& scene) : scene_(scene), layers_(scene.layers.size()) {
+SceneRender::SceneRender(const Scene& scene, pictures::Watch& watch, Notes notes)
+    : scene_(scene), watch_(watch), notes_(std::move(notes)), layers_(scene.layers.size()) {
     for (std::size_t i = 0; i < layers_.size(); ++i) {
         const SceneLayer& layer = scene.layers[i];
         if (layer.mode == xfer_dissolve && scene.depth == 32) {
-            say_once(scene.file + ": mode dissolve changes nothing at depth 32");
+            note_once(scene.file + ": mode dissolve changes nothing at depth 32");
         }
         if (layer.gamma <= 0) continue;
         layers_[i].tables = std::make_unique<QX_LinearBlendingTables>();
@@ -37,21 +29,20 @@ SceneRender::SceneRender(const Scene& scene) : scene_(scene), layers_(scene.laye
     }
 }
 
-void SceneRender::say_once(const std::string& note) {
-    if (said_.insert(note).second) say_note(note);
+void SceneRender::note_once(const std::string& note) {
+    if (noted_.insert(note).second && notes_) notes_(note);
 }
 
 const pictures::Picture& SceneRender::show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte) {
     const std::string path = file.at(frame);
     if (shown.path == path) return shown.picture;
     shown = {};  // its memory may be needed
-    SignalWatch watch;
-    shown.picture = pictures::read_picture(path, watch);
+    shown.picture = pictures::read_picture(path, watch_);
     pictures::Picture& picture = shown.picture;
-    for (const auto& note : picture.notes) say_once(std::string(path).append(": ").append(note));
-    if (!picture.light.empty()) say_once(path + ": " + pictures::kLightIsLost);
+    for (const auto& note : picture.notes) note_once(std::string(path).append(": ").append(note));
+    if (!picture.light.empty()) note_once(path + ": " + pictures::kLightIsLost);
     picture.light.clear();
-    if (matte != nullptr) must(unmultiply(*picture.world, *matte), scene_, file.place);
+    if (matte != nullptr) must(unmultiply(*picture.world, *matte), scene_.file + ": " + file.place);
     if (picture.world->Depth() != scene_.depth) picture.world = pictures::at_depth(path, *picture.world, scene_.depth);
     shown.path = path;
     return picture;
@@ -101,14 +92,14 @@ void SceneRender::composite_layer(std::size_t index, int number, QX_World& onto)
     }
     transfer.matrices = layer.matrices(number);
     transfer.quality = layer.quality;
-    must(composite(transfer, onto, nullptr), scene_, "/layers/" + std::to_string(index));
+    must(composite(transfer, onto, watch_), scene_.file + ": " + layer.place);
 }
 
 pictures::Picture SceneRender::frame(int number) {
-    check_interrupt();
+    watch_.must_go_on();
     pictures::Picture frame = background(number);
     for (std::size_t i = 0; i < layers_.size(); ++i) composite_layer(i, number, *frame.world);
     return frame;
 }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

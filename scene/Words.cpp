@@ -2,8 +2,43 @@
 #include "scene/Words.h"
 
 #include <algorithm>
+#include <charconv>
 
-namespace qx::tool {
+namespace qx::scene {
+namespace {
+
+template <class Number> bool parse(const std::string& text, Number& number) {
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
+    return parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
+}
+
+}  // namespace
+
+std::string words(double number) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
+
+int whole_number(const std::string& text, int least, int most) {
+    int number = 0;
+    if (parse(text, number) && number >= least && number <= most) return number;
+    throw BadText(text, "not a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+double real_number(const std::string& text, double least, double most) {
+    double number = 0;
+    if (parse(text, number) && number >= least && number <= most) return number;  // false for not-a-number
+    throw BadText(text, "not a number from " + words(least) + " to " + words(most));
+}
+
+int choice(const std::string& text, std::span<const char* const> known) {
+    std::string list;
+    for (std::size_t i = 0; i < known.size(); ++i) {
+        if (text == known[i]) return static_cast<int>(i);
+        list.append(i == 0 ? "" : ", ").append(known[i]);
+    }
+    throw BadText(text, "not one of " + list);
+}
 
 std::size_t edit_distance(const std::string& a, const std::string& b) {
     std::vector<std::size_t> row(b.size() + 1);
@@ -26,4 +61,4 @@ std::string nearest_word(const std::string& word, const std::vector<std::string>
     });
 }
 
-}  // namespace qx::tool
+}  // namespace qx::scene

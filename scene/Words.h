@@ -1,10 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace qx::tool {
+/// Texts that stand for numbers and choices, in scene files as on a command line.
+namespace qx::scene {
+
+/// A text that means nothing where it stands: "TEXT: plain words". Who knows the place puts it in front.
+struct BadText : std::invalid_argument {
+    BadText(const std::string& text, const std::string& words) : std::invalid_argument(text + ": " + words) {}
+};
+
+/// A number as people write it: 0.5 is "0.5", 30000 is "30000".
+std::string words(double number);
+
+// These throw BadText.
+int whole_number(const std::string& text, int least, int most);
+double real_number(const std::string& text, double least, double most);
+/// The number of a word in a list.
+int choice(const std::string& text, std::span<const char* const> known);
 
 /// Insertions, deletions and exchanges that make one word of the other.
 std::size_t edit_distance(const std::string& a, const std::string& b);
@@ -12,4 +29,4 @@ std::size_t edit_distance(const std::string& a, const std::string& b);
 /// The first of the words that are most like `word`. There is at least one.
 std::string nearest_word(const std::string& word, const std::vector<std::string>& words);
 
-}  // namespace qx::tool
+}  // namespace qx::scene

@@ -1,22 +1,29 @@
-# Pictures and scenes as libraries, and the command: its parts through qx_commands, the whole of it as a program.
+# Pictures and scenes as libraries, and the command: its parts through qx_commands, the whole of it as a program. Each
+# is tested with what it stands on and nothing above.
 find_package(PNG REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(TIFF REQUIRED)
 find_package(OpenEXR CONFIG REQUIRED)
 
-add_library(qx_tools_support STATIC tools/Support.cpp)
-target_compile_definitions(qx_tools_support PRIVATE QX_COMMAND="$<TARGET_FILE:qx>")
-target_link_libraries(qx_tools_support PUBLIC qx_commands PNG::PNG JPEG::JPEG TIFF::TIFF OpenEXR::OpenEXR
-  GTest::gtest PRIVATE qx_warnings)
-add_dependencies(qx_tools_support qx)
+add_library(qx_pictures_support STATIC pictures/Support.cpp)
+target_link_libraries(qx_pictures_support PUBLIC qx_pictures qx_test_support PNG::PNG JPEG::JPEG TIFF::TIFF
+  OpenEXR::OpenEXR PRIVATE qx_warnings)
 
+set(pictures_parts qx_pictures)
+set(scene_parts qx_scene)
+set(tools_parts qx_commands)
 foreach(area pictures scene tools)
   file(GLOB sources CONFIGURE_DEPENDS ${area}/*Test.cpp)
   if(NOT QX_BUILD_MOVIE)
     list(FILTER sources EXCLUDE REGEX "MovieTest")
   endif()
   add_executable(test_${area} ${sources})
-  target_link_libraries(test_${area} PRIVATE qx_tools_support GTest::gtest_main qx_warnings)
+  target_link_libraries(test_${area} PRIVATE ${${area}_parts} qx_pictures_support GTest::gtest_main qx_warnings)
+endforeach()
+target_sources(test_tools PRIVATE tools/RunQx.cpp)
+target_compile_definitions(test_tools PRIVATE QX_COMMAND="$<TARGET_FILE:qx>")
+add_dependencies(test_tools qx)
+foreach(area pictures scene tools)
   gtest_discover_tests(test_${area} TEST_PREFIX ${area}/ DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 900)
 endforeach()
 if(QX_BUILD_MOVIE)

@@ -11,7 +11,7 @@
 
 #include <filesystem>
 
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
 
 namespace {
 
@@ -181,26 +181,6 @@ TEST(BadOutput, ALinkStaysAndItsFileIsReplaced) {
     EXPECT_EQ(read_picture(folder / "file.png").world->width, 8);
     EXPECT_EQ(std::filesystem::status(folder / "file.png").permissions(), std::filesystem::perms::owner_all);
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"file.png", "link.png"}));
-}
-
-/// A limit on the size of files stands for a full disk: a write fails in the midst, or at the very end.
-TEST(BadOutput, FullDiskFailsAndLeavesTheOldFile) {
-    const Folder folder;
-    write_picture(folder / "in.png", noise(200, 200), 8);
-    for (const char* name : {"out.png", "out.jpg", "out.tif", "out.exr"}) {
-        for (const char* blocks : {"1", "16"}) {
-            SCOPED_TRACE(std::string(name) + " " + blocks);
-            put_contents(folder / name, "old");
-            const auto outcome = qx::test::run_qx(
-                "comp -q " + (folder / "in.png") + " " + (folder / "in.png") + " --depth 32 -o " + (folder / name),
-                std::string("ulimit -f ") + blocks + ";");
-            EXPECT_EQ(outcome.status, 1);
-            EXPECT_EQ(outcome.errors, "qx: " + (folder / name) + ": File too large\n");
-            EXPECT_EQ(contents(folder / name), "old");
-            EXPECT_EQ(folder.names().size(), 2u);
-            std::filesystem::remove(folder / name);
-        }
-    }
 }
 
 }  // namespace

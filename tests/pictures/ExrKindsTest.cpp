@@ -12,14 +12,13 @@
 #include <half.h>
 
 #include "pictures/Light.h"
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
 
 namespace {
 
 using namespace qx::pictures;
 using qx::test::channels;
 using qx::test::Folder;
-using qx::test::run_qx;
 using List = std::vector<double>;
 
 /// Half channels over a data window inside a larger display window.
@@ -149,30 +148,6 @@ TEST(Light, StaysInACopyAndGoesFromPixelsThatGetAlpha) {
     write_picture(folder / "straight.exr", straight, 32);
     const auto back = read_picture(folder / "straight.exr");
     for (int x = 0; x < 2; ++x) EXPECT_EQ(channels(*back.world, x, 0), (List{0, 0, 0, 0}));
-}
-
-TEST(Light, IsNotLostInSilence) {
-    const Folder folder;
-    write_exr(folder / "light.exr", {"R", "G", "B", "A"}, 0);
-    write_exr(folder / "plain.exr", {"R", "G", "B", "A"});
-    const struct {
-        const char *background, *layer, *output, *words;
-    } cases[] = {{"light.exr", "plain.exr --opacity 0", "o.exr", ""},
-                 {"light.exr", "plain.exr --at 9,0", "o.exr", ""},  // its first columns are clear
-                 {"light.exr", "plain.exr", "o.exr", "light.exr: light under"},
-                 {"light.exr", "plain.exr --opacity 0", "o.tif", "light.exr: light under"},
-                 {"plain.exr", "light.exr", "o.exr", "light.exr: light under"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.background) + " " + c.layer + " " + c.output);
-        const auto outcome =
-            run_qx("comp " + (folder / c.background) + " " + (folder / c.layer) + " -o " + (folder / c.output));
-        EXPECT_EQ(outcome.status, 0) << outcome.errors;
-        const bool told = outcome.errors.find("light under") != std::string::npos;
-        EXPECT_EQ(told, *c.words != '\0') << outcome.errors;
-        EXPECT_NE(outcome.errors.find(c.words), std::string::npos) << outcome.errors;
-    }
-    const auto result = read_picture(folder / "o.exr");
-    EXPECT_EQ(result.world->width, 10);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <half.h>
 
 #include "pictures/Scale.h"
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <random>
 
 #include "pictures/Scale.h"
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
 
 namespace {
 

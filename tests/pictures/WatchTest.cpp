@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
 
 namespace {
 

@@ -6,12 +6,13 @@
 
 #include <cmath>
 
-#include "tests/tools/Support.h"
-#include "tools/qx/terminal/Messages.h"
+#include "scene/Faults.h"
+#include "scene/Words.h"
+#include "tests/pictures/Support.h"
 
 namespace {
 
-using namespace qx::tool;
+using namespace qx::scene;
 using qx::test::Folder;
 
 TEST(Frames, RangesAndWhatIsNone) {
@@ -20,7 +21,7 @@ TEST(Frames, RangesAndWhatIsNone) {
         int first, last, step, count;
     } cases[] = {{"7", 7, 7, 1, 1}, {"1-10", 1, 10, 1, 10}, {"1001-1100x2", 1001, 1100, 2, 50}, {"0-9x4", 0, 9, 4, 3}};
     for (const auto& c : cases) {
-        const FrameRange range = frame_range("--frames", c.text);
+        const FrameRange range = frame_range(c.text);
         EXPECT_EQ(range.first, c.first) << c.text;
         EXPECT_EQ(range.last, c.last) << c.text;
         EXPECT_EQ(range.count(), c.count) << c.text;
@@ -28,7 +29,7 @@ TEST(Frames, RangesAndWhatIsNone) {
         EXPECT_LE(range.frame(range.count() - 1), c.last) << c.text;
     }
     for (const char* text : {"", "a", "1-", "-3", "5-1", "1-9x0", "1-9x", "1x2", "1-99999999999", "1 - 2"}) {
-        EXPECT_THROW(frame_range("--frames", text), WrongUsage) << text;
+        EXPECT_THROW(frame_range(text), BadText) << text;
     }
 }
 
@@ -37,10 +38,10 @@ TEST(Frames, NamesWithAPlaceForTheNumber) {
         const char *pattern, *name;
     } cases[] = {{"a.####.png", "a.0042.png"}, {"#.exr", "42.exr"},      {"%04d.tif", "0042.tif"},
                  {"x_%d.png", "x_42.png"},     {"d.#/e.##", "d.#/e.42"}, {"plain.png", "plain.png"}};
-    for (const auto& c : cases) EXPECT_EQ(FramePattern("-o", c.pattern).name(42), c.name);
-    EXPECT_EQ(FramePattern("-o", "a.##.png").name(12345), "a.12345.png");
-    EXPECT_FALSE(FramePattern("-o", "d.#/plain").has_place());
-    EXPECT_THROW(FramePattern("-o", "a.##.%d.png"), WrongUsage);
+    for (const auto& c : cases) EXPECT_EQ(FramePattern(c.pattern).name(42), c.name);
+    EXPECT_EQ(FramePattern("a.##.png").name(12345), "a.12345.png");
+    EXPECT_FALSE(FramePattern("d.#/plain").has_place());
+    EXPECT_THROW(FramePattern("a.##.%d.png"), BadText);
 }
 
 TEST(Keyframes, LinearAndSmoothBetweenKeysAndStillOutside) {
@@ -164,7 +165,7 @@ TEST(SceneFile, FaultsNameTheKeyAndItsPlace) {
         try {
             read_scene(path);
             ADD_FAILURE() << c.text;
-        } catch (const qx::pictures::Failure& fault) {
+        } catch (const SceneFault& fault) {
             const std::string words = fault.what();
             EXPECT_EQ(words.rfind(path + ": ", 0), 0u) << words;
             EXPECT_NE(words.find(c.words), std::string::npos) << c.text << "\n" << words;
@@ -197,7 +198,7 @@ TEST(SceneFile, WhatItSaysArrives) {
     EXPECT_EQ(layer.transform->scale.at(0), (Track<2>::Value{2, 3}));
     EXPECT_EQ(std::tuple(layer.shutter.angle, layer.shutter.phase, layer.shutter.matrices), std::tuple(90, -45, 3));
     EXPECT_EQ(scene.layers.at(1).file.at(9), folder / "pic.007.png");
-    EXPECT_THROW(check_files(scene, *scene.frames), qx::pictures::Failure);
+    EXPECT_THROW(check_files(scene, *scene.frames), SceneFault);
 }
 
 }  // namespace

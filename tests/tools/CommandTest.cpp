@@ -7,8 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/standalone/Standalone.h"
-#include "scene/Modes.h"
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
+#include "tests/tools/RunQx.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -23,39 +23,6 @@ void write_gradient(const std::string& path, int width, int height, int alpha) {
                                                 [=](int x, int y) { return qx::test::argb(alpha, x, y, x + y); });
     picture.icc = qx::test::small_profile();
     qx::pictures::write_picture(path, picture, 8);
-}
-
-TEST(ModeNames, EachNameAndNumberIsFound) {
-    EXPECT_EQ(all_modes().size(), 43u);
-    for (const auto& mode : all_modes()) {
-        std::string kebab = mode.name;
-        std::replace(kebab.begin(), kebab.end(), '_', '-');
-        EXPECT_EQ(mode_number(mode.name), mode.number);
-        EXPECT_EQ(mode_number(kebab), mode.number);
-        EXPECT_EQ(mode_number("xfer_" + std::string(mode.name)), mode.number);
-        EXPECT_EQ(mode_number(std::to_string(mode.number)), mode.number);
-    }
-}
-
-TEST(ModeNames, WrongOnesSuggestTheNearest) {
-    const struct {
-        const char *text, *nearest;
-    } cases[] = {{"scren", "screen"},
-                 {"soft light", "soft_light"},
-                 {"color", "colour"},
-                 {"Multiplied", "multiply"},
-                 {"dodge-premult", "dodge_premul"}};
-    for (const auto& c : cases) {
-        try {
-            mode_number(c.text);
-            ADD_FAILURE() << c.text;
-        } catch (const WrongUsage& fault) {
-            EXPECT_NE(std::string(fault.what()).find(std::string("nearest is ") + c.nearest), std::string::npos)
-                << fault.what();
-        }
-    }
-    for (const char* number : {"-1", "-4", "41", "99999999999", "", "2x"})
-        EXPECT_THROW(mode_number(number), WrongUsage);
 }
 
 /// Status, and words of the one line on standard error. `A` and `B` stand for two pictures, `OUT` for the output.

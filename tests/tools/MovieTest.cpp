@@ -2,7 +2,8 @@
 // Movies, read back with FFmpeg's libraries.
 #include <gtest/gtest.h>
 
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
+#include "tests/tools/RunQx.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -7,7 +7,8 @@
 #include <filesystem>
 
 #include "platform/standalone/Standalone.h"
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
+#include "tests/tools/RunQx.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/terminal/Progress.h"
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
-#include "pictures/Picture.h"
+#include "scene/Faults.h"
 #include "scene/Words.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/terminal/Interrupt.h"
@@ -27,7 +27,7 @@ void check_subcommand(const CLI::App& app, const std::string& word) {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands(nullptr)) names.push_back(command->get_name());
     if (word[0] == '-' || std::find(names.begin(), names.end(), word) != names.end()) return;
-    throw WrongUsage(word + ": no such subcommand; the nearest is " + nearest_word(word, names));
+    throw WrongUsage(word + ": no such subcommand; the nearest is " + scene::nearest_word(word, names));
 }
 
 /// "; the nearest is --name" for the first long option that the subcommand does not know, if one is near.
@@ -41,9 +41,9 @@ std::string nearest_option(const CLI::App& app, const std::vector<std::string>& 
     for (const auto& word : words) {
         const std::string option = word.substr(0, word.find('='));
         if (names.empty() || option.rfind("--", 0) != 0) continue;
-        const std::string nearest = nearest_word(option, names);
+        const std::string nearest = scene::nearest_word(option, names);
         if (nearest == option) continue;
-        return edit_distance(nearest, option) <= option.size() / 3 ? "; the nearest is " + nearest : "";
+        return scene::edit_distance(nearest, option) <= option.size() / 3 ? "; the nearest is " + nearest : "";
     }
     return "";
 }
@@ -101,6 +101,8 @@ int run_command(int argc, const char* const* argv) {
         return kWrongUsage;
     } catch (const std::bad_alloc&) {
         say_error("out of memory");
+    } catch (const scene::WorkFault& fault) {
+        say_error(fault.subject() + ": " + last_report() + " (code " + std::to_string(fault.code()) + ")");
     } catch (const std::exception& fault) {
         say_error(fault.what());
     } catch (int code) {

@@ -2,8 +2,6 @@
 #include "tools/qx/options/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
-#include <cmath>
 #include <cstdlib>
 #include <memory>
 
@@ -11,25 +9,13 @@
 #include "QX/library/QX_Library.h"
 #include "pictures/Picture.h"
 #include "platform/standalone/Standalone.h"
+#include "scene/LayerWords.h"
 #include "scene/Placing.h"
-#include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
 namespace {
 
 constexpr int kMostThreads = 1024;
-constexpr int kFarthest = 1'000'000;  // positions beyond it could not touch a picture, and sums of them would wrap
-
-template <class Number> bool parse(const std::string& text, Number& number) {
-    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
-    return parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
-}
-
-/// Bounds in a message: 0.5 reads as 0.5, 30000 as 30000.
-std::string words(double number) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, number).ptr};
-}
 
 /// Hands a setting to `set`, from the flag or else from the environment.
 template <class Set>
@@ -75,16 +61,15 @@ void apply_common_options(const CommonOptions& options) {
 }
 
 int whole_number(const std::string& option, const std::string& text, int least, int most) {
-    int number = 0;
-    if (parse(text, number) && number >= least && number <= most) return number;
-    throw WrongUsage(option + " " + text + ": not a whole number from " + std::to_string(least) + " to " +
-                     std::to_string(most));
+    return value_of(option, [&] { return scene::whole_number(text, least, most); });
 }
 
 double real_number(const std::string& option, const std::string& text, double least, double most) {
-    double number = 0;
-    if (parse(text, number) && number >= least && number <= most) return number;  // false for not-a-number
-    throw WrongUsage(option + " " + text + ": not a number from " + words(least) + " to " + words(most));
+    return value_of(option, [&] { return scene::real_number(text, least, most); });
+}
+
+int choice(const std::string& option, const std::string& text, std::span<const char* const> known) {
+    return value_of(option, [&] { return scene::choice(text, known); });
 }
 
 std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
@@ -93,25 +78,18 @@ std::vector<double> real_numbers(const std::string& option, const std::string& t
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
         end = text.find(',', begin);
         const std::string number = text.substr(begin, end == std::string::npos ? end : end - begin);
-        numbers.push_back(real_number(option, number, -kMostPlacing, kMostPlacing));
+        numbers.push_back(real_number(option, number, -scene::kMostPlacing, scene::kMostPlacing));
     }
     if (numbers.size() >= fewest && numbers.size() <= most) return numbers;
     throw WrongUsage(option + " " + text + ": not " + form);
 }
 
-int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words) {
-    std::string known;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        if (text == words[i]) return static_cast<int>(i);
-        known += (i == 0 ? "" : ", ") + words[i];
-    }
-    throw WrongUsage(option + " " + text + ": not one of " + known);
-}
-
 Place place(const std::string& option, const std::string& text) {
     const auto comma = text.find(',');
     if (comma == std::string::npos) throw WrongUsage(option + " " + text + ": not a position X,Y");
-    const auto part = [&](const std::string& number) { return whole_number(option, number, -kFarthest, kFarthest); };
+    const auto part = [&](const std::string& number) {
+        return whole_number(option, number, -scene::kFarthest, scene::kFarthest);
+    };
     return {part(text.substr(0, comma)), part(text.substr(comma + 1))};
 }
 

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
+
+#include "scene/Words.h"
+#include "tools/qx/terminal/Messages.h"
 
 namespace CLI {
 class App;
@@ -23,14 +27,23 @@ void set_usage(CLI::App& command, const std::string& usage);
 /// Sets pool, bands and talk: the flag before QX_THREADS and QX_BANDS before the default. Before QX_Birth.
 void apply_common_options(const CommonOptions& options);
 
-/// Numbers of options. They throw WrongUsage, which names the option, for anything else than a number within bounds.
+/// What `read` makes of an option's text; one that it does not know is wrong usage.
+template <class Read> auto value_of(const std::string& option, const Read& read) {
+    try {
+        return read();
+    } catch (const scene::BadText& bad) {
+        throw WrongUsage(option + " " + bad.what());
+    }
+}
+
+// Values of options. They throw WrongUsage, which names the option, for anything else than what they tell.
 int whole_number(const std::string& option, const std::string& text, int least, int most);
 double real_number(const std::string& option, const std::string& text, double least, double most);
 /// Numbers with commas between, from `fewest` to `most` of them; `form` tells the user what they are.
 std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
                                  std::size_t fewest, std::size_t most);
 /// The number of a word in a list.
-int choice(const std::string& option, const std::string& text, const std::vector<std::string>& words);
+int choice(const std::string& option, const std::string& text, std::span<const char* const> known);
 struct Place {
     int x, y;
 };

@@ -6,9 +6,10 @@
 #include <optional>
 #include <sstream>
 
-#include "QX/indep/QX_Errors.h"
 #include "pictures/Light.h"
 #include "pictures/Picture.h"
+#include "scene/Composite.h"
+#include "scene/Faults.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/subcommands/CompOptions.h"
 #include "tools/qx/terminal/Interrupt.h"
@@ -89,8 +90,9 @@ void note_losses(const CompOptions& options, const Pictures& pictures) {
     }
 }
 
-Transfer transfer_of(const LayerOptions& options, const Pictures::Layer& layer, const QX_LinearBlendingTables* tables) {
-    Transfer transfer;
+scene::Transfer transfer_of(const LayerOptions& options, const Pictures::Layer& layer,
+                            const QX_LinearBlendingTables* tables) {
+    scene::Transfer transfer;
     transfer.layer = layer.picture.world.get();
     transfer.x = options.at.x;
     transfer.y = options.at.y;
@@ -106,14 +108,29 @@ Transfer transfer_of(const LayerOptions& options, const Pictures::Layer& layer, 
     transfer.mask_kind = options.mask_kind;
     transfer.quality = options.quality;
     if (options.placing || options.matrix) {
-        const M_Matrix3 matrix = options.matrix ? *options.matrix : matrix_of(*options.placing);
-        transfer.matrices = {moved(matrix, options.at.x, options.at.y)};
+        const M_Matrix3 matrix = options.matrix ? *options.matrix : scene::matrix_of(*options.placing);
+        transfer.matrices = {scene::moved(matrix, options.at.x, options.at.y)};
     }
     return transfer;
 }
 
+/// The bar of one layer among all.
+class LayerWatch : public SignalWatch {
+public:
+    static constexpr std::int64_t kSteps = 1 << 16;  ///< of a layer
+    LayerWatch(Progress& progress, std::size_t index)
+        : progress_(progress), first_(static_cast<std::int64_t>(index) * kSteps) {}
+    void rows(std::int64_t done, std::int64_t total) noexcept override {
+        progress_.reach(first_ + done * kSteps / total);
+    }
+
+private:
+    Progress& progress_;
+    const std::int64_t first_;
+};
+
 void composite_layer(const LayerOptions& options, const Pictures::Layer& layer, QX_World& background,
-                     Progress& progress) {
+                     LayerWatch& watch) {
     if (options.mode == xfer_dissolve && background.Depth() == 32) {
         say_note(options.file + ": mode dissolve changes nothing at depth 32");
     }
@@ -122,9 +139,7 @@ void composite_layer(const LayerOptions& options, const Pictures::Layer& layer, 
         tables = std::make_unique<QX_LinearBlendingTables>();
         QX_BuildGammaBlendingTables(options.gamma, tables.get());
     }
-    const int code = composite(transfer_of(options, layer, tables.get()), background, &progress);
-    if (code == kQX_Interrupted) throw pictures::Stopped{};
-    if (code != 0) throw WorkFailed(options.file + ": " + last_report() + " (code " + std::to_string(code) + ")");
+    scene::must(scene::composite(transfer_of(options, layer, tables.get()), background, watch), options.file);
 }
 
 void run(const CompOptions& options) {
@@ -137,9 +152,10 @@ void run(const CompOptions& options) {
     const int depth = unify(options, pictures);
     QX_World& background = *pictures.background.world;
     {
-        Progress progress("compositing", std::int64_t{background.height} * std::int64_t(options.layers.size()));
+        Progress progress("compositing", LayerWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
         for (std::size_t i = 0; i < options.layers.size(); ++i) {
-            composite_layer(options.layers[i], pictures.layers[i], background, progress);
+            LayerWatch watch(progress, i);
+            composite_layer(options.layers[i], pictures.layers[i], background, watch);
         }
     }
     note_losses(options, pictures);

@@ -9,19 +9,18 @@
 
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
-#include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
 namespace {
 
-Placing& placing_of(LayerOptions& layer, const std::string& option) {
+scene::Placing& placing_of(LayerOptions& layer, const std::string& option) {
     layer.placing_option = option;
     return layer.placing ? *layer.placing : layer.placing.emplace();
 }
 
 void set_scale(LayerOptions& layer, const std::string& option, const std::string& text) {
     const auto scale = real_numbers(option, text, "a scale S or S,SY", 1, 2);
-    Placing& placing = placing_of(layer, option);
+    scene::Placing& placing = placing_of(layer, option);
     placing.scale[0] = scale.front();
     placing.scale[1] = scale.back();
 }
@@ -35,7 +34,7 @@ void set_matrix(LayerOptions& layer, const std::string& option, const std::strin
     const auto numbers = real_numbers(option, text, "nine numbers M11,M12,...,M33", 9, 9);
     std::array<double, 9> elements{};
     std::copy(numbers.begin(), numbers.end(), elements.begin());
-    layer.matrix = matrix_of(elements);
+    layer.matrix = scene::matrix_of(elements);
 }
 
 /// An option of a layer: its name, its help, and what its value does.
@@ -46,11 +45,13 @@ struct LayerOption {
     void (*set)(LayerOptions& layer, const std::string& option, const std::string& text);
 };
 
+constexpr const char* kFlagWords[] = {"false", "true"};
+
 using L = LayerOptions;
 using S = const std::string&;
 const LayerOption kLayerOptions[] = {
     {"--mode", "NAME|NUMBER", "transfer mode, such as over, multiply, soft-light or 5 (default: over)",
-     [](L& l, S, S text) { l.mode = mode_number(text); }},
+     [](L& l, S option, S text) { l.mode = value_of(option, [&] { return scene::mode_number(text); }); }},
     {"--opacity", "0..1", "opacity (default: 1)",
      [](L& l, S option, S text) { l.opacity = static_cast<float>(real_number(option, text, 0, 1)); }},
     {"--at", "X,Y", "where the layer's left top corner lands, or the origin of its transform (default: 0,0)",
@@ -58,7 +59,7 @@ const LayerOption kLayerOptions[] = {
     {"--mask", "FILE", "picture whose alpha or luma limits the layer", [](L& l, S, S text) { l.mask_file = text; }},
     {"--mask-kind", "KIND", "alpha, inverse, luma or inverse-luma (default: alpha)",
      [](L& l, S option, S text) {
-         l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, kMaskKindWords));
+         l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, scene::kMaskKindWords));
          l.mask_option = option;
      }},
     {"--mask-at", "X,Y", "where the mask's left top corner lands (default: the layer's place)",
@@ -68,27 +69,27 @@ const LayerOption kLayerOptions[] = {
          l.mask_option = option;
      }},
     {"--linear", "GAMMA", "blend in linear light, with this exponent of the stored values",
-     [](L& l, S option, S text) { l.gamma = static_cast<float>(real_number(option, text, kLeastGamma, kMostGamma)); }},
-    {"--rgb-only", nullptr, "keep the background's alpha",
      [](L& l, S option, S text) {
-         l.rgb_only = choice(option, text, {"false", "true"}) == 1;
+         l.gamma = static_cast<float>(real_number(option, text, scene::kLeastGamma, scene::kMostGamma));
      }},
+    {"--rgb-only", nullptr, "keep the background's alpha",
+     [](L& l, S option, S text) { l.rgb_only = choice(option, text, kFlagWords) == 1; }},
     {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
      [](L& l, S option, S text) { l.seed = whole_number(option, text, INT_MIN, INT_MAX); }},
     {"--field", "FIELD", "rows of the background that change: all, even or odd (default: all)",
-     [](L& l, S option, S text) { l.field = choice(option, text, kFieldWords); }},
+     [](L& l, S option, S text) { l.field = choice(option, text, scene::kFieldWords); }},
     {"--translate", "X,Y", "where the layer's anchor lands, counted from --at; need not be whole (default: 0,0)",
      [](L& l, S option, S text) { set_pair(placing_of(l, option).translate, option, text); }},
     {"--scale", "S[,SY]", "factor of width and height, or one of each (default: 1)", set_scale},
     {"--rotate", "DEGREES", "turn about the anchor, clockwise (default: 0)",
      [](L& l, S option, S text) {
-         placing_of(l, option).degrees = real_number(option, text, -kMostPlacing, kMostPlacing);
+         placing_of(l, option).degrees = real_number(option, text, -scene::kMostPlacing, scene::kMostPlacing);
      }},
     {"--anchor", "X,Y", "point of the layer that scale and turn leave in place (default: its left top corner, 0,0)",
      [](L& l, S option, S text) { set_pair(placing_of(l, option).anchor, option, text); }},
     {"--matrix", "M11,...,M33", "in place of these four: rows of a matrix, (x', y', w') = (x, y, 1) * M", set_matrix},
     {"--quality", "QUALITY", "of transformed layers: draft, bilinear or bicubic (default: bilinear)",
-     [](L& l, S option, S text) { l.quality = choice(option, text, kQualityWords); }},
+     [](L& l, S option, S text) { l.quality = choice(option, text, scene::kQualityWords); }},
 };
 
 const char* const kFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
@@ -158,7 +159,7 @@ CompOptions CompCommandLine::options() const {
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
     for (const LayerOptions& layer : options.layers) check(layer);
-    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, kDepthWords);
+    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, scene::kDepthWords);
     return options;
 }
 

@@ -27,8 +27,8 @@ struct LayerOptions {
     bool rgb_only = false;
     int seed = 0;
     int field = 0;
-    std::optional<Placing> placing;  ///< counts from `at`, as `matrix` does
-    std::string placing_option;      ///< one that `placing` came from
+    std::optional<scene::Placing> placing;  ///< counts from `at`, as `matrix` does
+    std::string placing_option;             ///< one that `placing` came from
     std::optional<M_Matrix3> matrix;
     int quality = 1;
 };

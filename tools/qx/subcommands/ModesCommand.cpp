@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
-#include "QX/indep/QX_Errors.h"
 #include "pictures/Picture.h"
 #include "scene/Composite.h"
+#include "scene/Faults.h"
 #include "scene/Modes.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/options/Options.h"
@@ -29,11 +29,6 @@ struct ModesOptions {
     CommonOptions common;
     std::string background, layer, output;
 };
-
-void must(int code, const char* what) {
-    if (code == kQX_Interrupted) throw pictures::Stopped{};
-    if (code != 0) throw WorkFailed(std::string(what) + ": " + last_report() + " (code " + std::to_string(code) + ")");
-}
 
 /// The two pictures as thumbnails, and the mask of the mode that has no meaning without one.
 struct Pair {
@@ -66,44 +61,42 @@ Pair read_pair(const ModesOptions& options) {
 }
 
 /// One mode's result, laid over checkers on the sheet.
-void draw_cell(const Pair& pair, const ModeName& mode, int x, int y, QX_World& sheet) {
+void draw_cell(const Pair& pair, const scene::ModeName& mode, int x, int y, QX_World& sheet) {
     const auto result = pictures::at_depth("sheet", *pair.background, 8);
-    Transfer transfer;
+    scene::Transfer transfer;
     transfer.layer = pair.layer.get();
     transfer.x = pair.layer_x;
     transfer.y = pair.layer_y;
     transfer.mode = mode.number;
     transfer.mask = mode.number == xfer_mask_crossfade ? pair.mask.get() : nullptr;
-    must(composite(transfer, *result, nullptr), mode.name);
+    SignalWatch watch;
+    scene::must(scene::composite(transfer, *result, watch), mode.name);
 
     const auto cell = pictures::new_world("sheet", result->width, result->height, 8);
     draw_checkers(*cell);
-    Transfer onto;
+    scene::Transfer onto;
     onto.layer = result.get();
-    must(composite(onto, *cell, nullptr), mode.name);
+    scene::must(scene::composite(onto, *cell, watch), mode.name);
     onto.layer = cell.get();
     onto.x = x;
     onto.y = y;
-    must(composite(onto, sheet, nullptr), mode.name);
+    scene::must(scene::composite(onto, sheet, watch), mode.name);
     const std::string caption = std::to_string(mode.number) + " " + mode.name;
     draw_text(sheet, x, y + result->height + 5, kTextScale, kInk, caption);
 }
 
 pictures::Picture draw_sheet(const Pair& pair) {
-    const auto& modes = all_modes();
+    const auto& modes = scene::all_modes();
     const int rows = (static_cast<int>(modes.size()) + kColumns - 1) / kColumns;
     const int step_x = kThumbnail + kGap, step_y = pair.background->height + kCaption + kGap;
     pictures::Picture sheet;
     sheet.world = pictures::new_world("sheet", kGap + kColumns * step_x, kGap + rows * step_y, 8);
-    for (int y = 0; y < sheet.world->height; ++y) {
-        auto* row = pictures::row_of<QX_Pixel8>(*sheet.world, y);
-        std::fill(row, row + sheet.world->width, kPaper);
-    }
+    pictures::each_pixel<QX_Pixel8>(*sheet.world, [](QX_Pixel8& p, int, int) { p = kPaper; });
     Progress progress("modes", static_cast<std::int64_t>(modes.size()));
     for (int i = 0; i < static_cast<int>(modes.size()); ++i) {
-        const ModeName& mode = modes[static_cast<std::size_t>(i)];
+        const scene::ModeName& mode = modes[static_cast<std::size_t>(i)];
         draw_cell(pair, mode, kGap + i % kColumns * step_x, kGap + i / kColumns * step_y, *sheet.world);
-        progress.advance(1);
+        progress.reach(i + 1);
     }
     return sheet;
 }

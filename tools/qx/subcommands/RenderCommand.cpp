@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "pictures/Movie.h"
+#include "scene/Faults.h"
 #include "scene/LayerWords.h"
 #include "scene/SceneRender.h"
 #include "tools/qx/Commands.h"
@@ -31,8 +32,8 @@ Example:
   qx render scene.json -o out/frame.####.png --frames 1001-1100 --resume
   qx render scene.json -o out.mp4)";
 
-FrameRange frames_of(const RenderOptions& options, const Scene& scene) {
-    if (!options.frames.empty()) return frame_range("--frames", options.frames);
+scene::FrameRange frames_of(const RenderOptions& options, const scene::Scene& scene) {
+    if (!options.frames.empty()) return value_of("--frames", [&] { return scene::frame_range(options.frames); });
     if (scene.frames) return *scene.frames;
     throw WrongUsage("--frames A-B is needed, the scene tells no frames");
 }
@@ -50,22 +51,24 @@ bool is_whole(const std::string& path, int width, int height, pictures::Watch& w
     }
 }
 
-void note_light(const Scene& scene, const std::string& output, const pictures::Picture& frame) {
+void note_light(const scene::Scene& scene, const std::string& output, const pictures::Picture& frame) {
     if (scene.background && frame.linear != pictures::is_linear_format(output)) {
         say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
     }
 }
 
-void render_pictures(const Scene& scene, const FrameRange& frames, const RenderOptions& options) {
-    const FramePattern names("-o", options.output);
+void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
+    const auto names = value_of("-o", [&] { return scene::FramePattern(options.output); });
     if (frames.count() > 1 && !names.has_place()) {
         throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
     }
     check_output_option(names.name(frames.first));
-    check_outputs(scene, frames, names);
+    if (const auto input = scene::overwritten(scene, frames, names)) {
+        throw WrongUsage("-o " + input->path + ": is a picture of the scene, at " + input->place);
+    }
     const Library library;
-    SceneRender render(scene);
     SignalWatch watch;
+    scene::SceneRender render(scene, watch, say_note);
     FrameProgress progress(frames.count());
     bool told = false;
     for (int i = 0; i < frames.count(); ++i) {
@@ -92,16 +95,18 @@ std::unique_ptr<QX_World> opaque(const std::string& path, const QX_World& frame)
     if (!pictures::any_transparency(*eight)) return eight;
     auto black = pictures::new_world(path, frame.width, frame.height, 8);
     black->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
-    Transfer transfer;
+    scene::Transfer transfer;
     transfer.layer = eight.get();
-    if (composite(transfer, *black, nullptr) != 0) check_interrupt();
+    SignalWatch watch;
+    scene::must(scene::composite(transfer, *black, watch), path);
     return black;
 }
 
-void render_movie(const Scene& scene, const FrameRange& frames, const RenderOptions& options) {
+void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
     if (options.resume) throw WrongUsage("--resume is for pictures, a movie is made as a whole");
     const Library library;
-    SceneRender render(scene);
+    SignalWatch watch;
+    scene::SceneRender render(scene, watch, say_note);
     int width = 0, height = 0;
     render.size(frames.first, &width, &height);
     pictures::MovieFile movie(options.output, width, height, scene.rate);
@@ -123,12 +128,12 @@ void render_movie(const Scene& scene, const FrameRange& frames, const RenderOpti
 
 void run(const RenderOptions& options) {
     apply_common_options(options.common);
-    const int depth = options.depth.empty() ? 0 : 8 << choice("--depth", options.depth, kDepthWords);
+    const int depth = options.depth.empty() ? 0 : 8 << choice("--depth", options.depth, scene::kDepthWords);
     const bool movie = pictures::is_movie(options.output);
-    Scene scene = read_scene(options.scene);
+    scene::Scene scene = scene::read_scene(options.scene);
     if (depth != 0) scene.depth = depth;
-    const FrameRange frames = frames_of(options, scene);
-    check_files(scene, frames);
+    const scene::FrameRange frames = frames_of(options, scene);
+    scene::check_files(scene, frames);
     (movie ? render_movie : render_pictures)(scene, frames, options);
 }
 

@@ -15,8 +15,8 @@ constexpr int kBarWidth = 40;
 constexpr auto kPatience = std::chrono::seconds(1);
 }  // namespace
 
-Progress::Progress(std::string what, std::int64_t total)
-    : what_(std::move(what)),
+Progress::Progress(const char* what, std::int64_t total) noexcept
+    : what_(what),
       total_(std::max<std::int64_t>(total, 1)),
       wanted_(talk() != Talk::quiet && ::isatty(STDERR_FILENO) == 1),
       start_(std::chrono::steady_clock::now()) {}
@@ -25,19 +25,18 @@ Progress::~Progress() {
     if (shown_percent_ >= 0) std::fprintf(stderr, "\r\x1B[K");
 }
 
-void Progress::advance(std::int64_t steps) {
-    const std::int64_t done = done_.fetch_add(steps, std::memory_order_relaxed) + steps;
+void Progress::reach(std::int64_t done) noexcept {
     if (wanted_ && std::chrono::steady_clock::now() - start_ > kPatience) draw(done);
 }
 
-void Progress::draw(std::int64_t done) {
+void Progress::draw(std::int64_t done) noexcept {
     const std::unique_lock lock(mutex_, std::try_to_lock);
     const std::int64_t percent = std::min<std::int64_t>(done * 100 / total_, 100);
     if (!lock || percent <= shown_percent_) return;
     shown_percent_ = percent;
-    const auto filled = static_cast<std::size_t>(percent * kBarWidth / 100);
-    const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
-    std::fprintf(stderr, "\r%s [%s] %3d %%", what_.c_str(), bar.c_str(), static_cast<int>(percent));
+    char bar[kBarWidth];
+    std::fill_n(std::fill_n(bar, percent * kBarWidth / 100, '#'), kBarWidth - percent * kBarWidth / 100, '.');
+    std::fprintf(stderr, "\r%s [%.*s] %3d %%", what_, kBarWidth, bar, static_cast<int>(percent));
     std::fflush(stderr);
 }
 
@@ -68,8 +67,7 @@ void FrameProgress::done(int frame, bool skipped) {
 
 void FileProgress::rows(std::int64_t done, std::int64_t total) noexcept {
     if (!progress_) progress_.emplace(what_, total);
-    progress_->advance(done - told_);
-    told_ = done;
+    progress_->reach(done);
 }
 
 }  // namespace qx::tool

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <mutex>
@@ -15,19 +14,19 @@ namespace qx::tool {
 /// A bar on standard error, if that is a terminal, for work that has taken more than a second. Any thread.
 class Progress {
 public:
-    Progress(std::string what, std::int64_t total);
+    Progress(const char* what, std::int64_t total) noexcept;
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-    void advance(std::int64_t steps);
+    /// `done` steps of the total are done; fewer than before change nothing.
+    void reach(std::int64_t done) noexcept;
 
 private:
-    void draw(std::int64_t done);
-    const std::string what_;
+    void draw(std::int64_t done) noexcept;
+    const char* const what_;
     const std::int64_t total_;
     const bool wanted_;
     const std::chrono::steady_clock::time_point start_;
-    std::atomic<std::int64_t> done_{0};
     std::mutex mutex_;
     std::int64_t shown_percent_ = -1;
 };
@@ -55,13 +54,12 @@ private:
 /// The bar of reading or writing one file; a signal stops it.
 class FileProgress : public SignalWatch {
 public:
-    explicit FileProgress(std::string what) : what_(std::move(what)) {}
+    explicit FileProgress(const char* what) : what_(what) {}
     void rows(std::int64_t done, std::int64_t total) noexcept override;
 
 private:
-    const std::string what_;
+    const char* const what_;
     std::optional<Progress> progress_;
-    std::int64_t told_ = 0;
 };
 
 }  // namespace qx::tool

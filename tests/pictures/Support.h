@@ -32,9 +32,7 @@ pictures::Picture picture(int width, int height, bool has_alpha, const std::func
     pictures::Picture p;
     p.world = pictures::new_world("test", width, height, static_cast<int>(sizeof(Pixel)) * 2);
     p.has_alpha = has_alpha;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) pictures::row_of<Pixel>(*p.world, y)[x] = pixel(x, y);
-    }
+    pictures::each_pixel<Pixel>(*p.world, [&](Pixel& to, int x, int y) { to = pixel(x, y); });
     return p;
 }
 
@@ -56,13 +54,5 @@ bool same_pixels(const QX_World& a, const QX_World& b);
 
 /// A small RGB profile, complete enough for the libraries that look at it.
 std::vector<std::uint8_t> small_profile();
-
-/// A run of the command. Its standard error goes to `errors`.
-struct Outcome {
-    int status;
-    std::string output, errors;
-};
-/// @param before  shell text in front of the command, such as a limit
-Outcome run_qx(const std::string& arguments, const std::string& before = "");
 
 }  // namespace qx::test

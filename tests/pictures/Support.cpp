@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/tools/Support.h"
+#include "tests/pictures/Support.h"
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -45,9 +43,8 @@ std::vector<double> channels(const QX_World& world, int x, int y) {
     const auto list = [](const auto& p) {
         return std::vector<double>{double(p.alpha), double(p.red), double(p.green), double(p.blue)};
     };
-    if (world.Depth() == 8) return list(pictures::row_of<QX_Pixel8>(world, y)[x]);
-    if (world.Depth() == 16) return list(pictures::row_of<QX_Pixel16>(world, y)[x]);
-    return list(pictures::row_of<QX_PixelFloat>(world, y)[x]);
+    return pictures::with_pixel_of(world,
+                                   [&](auto pixel) { return list(pictures::row_of<decltype(pixel)>(world, y)[x]); });
 }
 
 bool same_pixels(const QX_World& a, const QX_World& b) {
@@ -74,14 +71,6 @@ std::vector<std::uint8_t> small_profile() {
     const std::uint8_t d50[] = {0, 0, 0xF6, 0xD6, 0, 1, 0, 0, 0, 0, 0xD3, 0x2D};
     std::copy(std::begin(d50), std::end(d50), profile.begin() + 68);
     return profile;
-}
-
-Outcome run_qx(const std::string& arguments, const std::string& before) {
-    const Folder folder;
-    const std::string command = before + " " + QX_COMMAND + " " + arguments + " >" + (folder / "out") + " 2>" +
-                                (folder / "err") + " </dev/null";
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(folder / "out"), contents(folder / "err")};
 }
 
 }  // namespace qx::test

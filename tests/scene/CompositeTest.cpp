@@ -9,12 +9,12 @@
 #include "scene/Composite.h"
 #include "scene/Modes.h"
 #include "scene/Placing.h"
-#include "tests/tools/Support.h"
-#include "tools/qx/options/Options.h"
+#include "tests/pictures/Support.h"
+#include "tests/support/TestHost.h"
 
 namespace {
 
-using namespace qx::tool;
+using namespace qx::scene;
 using qx::pictures::Picture;
 
 Picture random_pixels(unsigned seed, int width, int height) {
@@ -28,8 +28,7 @@ Picture random_pixels(unsigned seed, int width, int height) {
 }
 
 TEST(Composite, BandsGiveWhatOneTransferGives) {
-    standalone::SetBandCount(1);
-    const Library library;
+    const qx::test::Born library(1);
     const auto background = random_pixels(1, 57, 90), layer = random_pixels(2, 50, 80), mask = random_pixels(3, 40, 70);
     for (const ModeName& mode : all_modes()) {
         for (int kind = mode.number == xfer_mask_crossfade ? 0 : -1; kind < 4; ++kind) {
@@ -63,17 +62,16 @@ TEST(Composite, BandsGiveWhatOneTransferGives) {
             for (const int bands : {1, 7, 32}) {
                 standalone::SetBandCount(bands);
                 auto result = qx::pictures::at_depth("test", *background.world, 8);
-                ASSERT_EQ(composite(t, *result, nullptr), 0);
+                ASSERT_EQ(composite(t, *result), 0);
                 EXPECT_TRUE(qx::test::same_pixels(*expected, *result)) << bands;
             }
         }
     }
-    standalone::SetBandCount(32);
 }
 
 /// Where a transform lands on whole pixels, each pixel of the result is one of the layer's, whatever the quality.
 TEST(Composite, TransformsThatMapPixelsToPixels) {
-    const Library library;
+    const qx::test::Born library(32);
     const auto background = random_pixels(6, 64, 64), layer = random_pixels(7, 12, 12);
     struct Case {
         const char* name;
@@ -107,14 +105,14 @@ TEST(Composite, TransformsThatMapPixelsToPixels) {
             t.matrices = {matrix_of(c.placing)};
             t.quality = quality;
             auto result = qx::pictures::at_depth("test", *background.world, 8);
-            ASSERT_EQ(composite(t, *result, nullptr), 0);
+            ASSERT_EQ(composite(t, *result), 0);
             EXPECT_TRUE(qx::test::same_pixels(*expected, *result)) << c.name << ", quality " << quality;
         }
     }
 }
 
 TEST(Composite, LayerBesideTheBackgroundChangesNothing) {
-    const Library library;
+    const qx::test::Born library(32);
     const auto background = random_pixels(4, 20, 20), layer = random_pixels(5, 10, 10);
     for (const int x : {-10, 20, 1'000'000, -1'000'000}) {
         Transfer t;
@@ -122,7 +120,7 @@ TEST(Composite, LayerBesideTheBackgroundChangesNothing) {
         t.x = x;
         t.mode = xfer_alpha_multiply;
         auto result = qx::pictures::at_depth("test", *background.world, 8);
-        EXPECT_EQ(composite(t, *result, nullptr), 0);
+        EXPECT_EQ(composite(t, *result), 0);
         EXPECT_TRUE(qx::test::same_pixels(*background.world, *result));
     }
 }

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/Faults.h"
+
+#include "QX/indep/QX_Errors.h"
+#include "pictures/Watch.h"
+
+namespace qx::scene {
+
+void must(int code, const std::string& subject) {
+    if (code == kQX_Interrupted) throw pictures::Stopped{};
+    if (code != 0) throw WorkFault(subject, code);
+}
+
+}  // namespace qx::scene

@@ -7,6 +7,7 @@
 #include "scene/Faults.h"
 #include "scene/Words.h"
 #include "tools/qx/Commands.h"
+#include "tools/qx/Library.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -80,6 +81,7 @@ int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
 }  // namespace
 
 int run_command(int argc, const char* const* argv) {
+    install_terminate_handler();
     install_signal_handlers();
     try {
         CLI::App app("Composites pictures, exact to the bit.", "qx");

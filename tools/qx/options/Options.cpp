@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "QX/iterate/QX_Bands.h"
-#include "QX/library/QX_Library.h"
 #include "pictures/Picture.h"
 #include "platform/standalone/Standalone.h"
 #include "scene/LayerWords.h"
@@ -97,13 +96,5 @@ void check_output_option(const std::string& path) {
     if (!pictures::known_format(path)) throw WrongUsage("-o " + path + ": its ending is none of png, jpg, tif, exr");
     pictures::check_output(path);
 }
-
-Library::Library() {
-    collect_reports();
-    const int code = QX_Birth();
-    if (code != 0) throw WorkFailed("the library does not start (code " + std::to_string(code) + ")");
-}
-
-Library::~Library() { QX_Death(); }
 
 }  // namespace qx::tool

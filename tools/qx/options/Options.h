@@ -52,13 +52,4 @@ Place place(const std::string& option, const std::string& text);  ///< "X,Y"
 /// An output whose name tells no format is wrong usage; one that cannot be there is a failure of the work.
 void check_output_option(const std::string& path);
 
-/// The library, born for a scope. Throws WorkFailed when it does not start.
-class Library {
-public:
-    Library();
-    ~Library();
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-};
-
 }  // namespace qx::tool

@@ -11,6 +11,7 @@
 #include "scene/Composite.h"
 #include "scene/Faults.h"
 #include "tools/qx/Commands.h"
+#include "tools/qx/Library.h"
 #include "tools/qx/subcommands/CompOptions.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"

@@ -11,6 +11,15 @@
 #include "scene/Modes.h"
 
 namespace qx::tool {
+
+/// An option of a layer: its name, its help, and what its value does.
+struct LayerOption {
+    const char* name;
+    const char* value;  ///< null for a switch
+    const char* help;
+    void (*set)(LayerOptions& layer, const std::string& option, const std::string& text);
+};
+
 namespace {
 
 scene::Placing& placing_of(LayerOptions& layer, const std::string& option) {
@@ -36,14 +45,6 @@ void set_matrix(LayerOptions& layer, const std::string& option, const std::strin
     std::copy(numbers.begin(), numbers.end(), elements.begin());
     layer.matrix = scene::matrix_of(elements);
 }
-
-/// An option of a layer: its name, its help, and what its value does.
-struct LayerOption {
-    const char* name;
-    const char* value;  ///< null for a switch
-    const char* help;
-    void (*set)(LayerOptions& layer, const std::string& option, const std::string& text);
-};
 
 constexpr const char* kFlagWords[] = {"false", "true"};
 
@@ -115,19 +116,14 @@ void check(const LayerOptions& layer) {
 }  // namespace
 
 CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
-    command.add_option("files", files_, "the background, then its layers from back to front")
-        ->type_name("BACKGROUND LAYER")
-        ->required();
+    files_option_ = command.add_option("files", files_, "the background, then its layers from back to front")
+                        ->type_name("BACKGROUND LAYER")
+                        ->required();
     for (const LayerOption& option : kLayerOptions) {
-        if (option.value == nullptr) {
-            command.add_flag(option.name, option.help)->take_all()->group("Options of a layer");
-        } else {
-            command.add_option(option.name, option.help)
-                ->type_name(option.value)
-                ->expected(1)
-                ->take_all()
-                ->group("Options of a layer");
-        }
+        CLI::Option* added = option.value == nullptr
+                                 ? command.add_flag(option.name, option.help)
+                                 : command.add_option(option.name, option.help)->type_name(option.value)->expected(1);
+        layer_options_.emplace_back(added->take_all()->group("Options of a layer"), &option);
     }
     command.add_option("--depth", common_.depth_text, "bits to work with (default: the inputs' deepest)")
         ->type_name("8|16|32");
@@ -144,17 +140,16 @@ CompOptions CompCommandLine::options() const {
     CompOptions options = common_;
     LayerOptions defaults;
     std::map<const CLI::Option*, std::size_t> used;
-    const CLI::Option* files = command_.get_option("files");
-    std::map<const CLI::Option*, const LayerOption*> known;
-    for (const LayerOption& option : kLayerOptions) known[command_.get_option(option.name)] = &option;
     for (const CLI::Option* option : command_.parse_order()) {
         const std::size_t turn = used[option]++;
-        if (option == files) {
+        if (option == files_option_) {
             if (turn > 0) options.layers.push_back(defaults);
             (turn > 0 ? options.layers.back().file : options.background) = option->results().at(turn);
-        } else if (const auto found = known.find(option); found != known.end()) {
-            LayerOptions& target = options.layers.empty() ? defaults : options.layers.back();
-            found->second->set(target, found->second->name, option->results().at(turn));
+            continue;
+        }
+        for (const auto& [added, own] : layer_options_) {
+            if (added != option) continue;
+            own->set(options.layers.empty() ? defaults : options.layers.back(), own->name, option->results().at(turn));
         }
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");

@@ -4,11 +4,17 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "scene/Composite.h"
 #include "scene/Placing.h"
 #include "tools/qx/options/Options.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace qx::tool {
 
@@ -42,6 +48,8 @@ struct CompOptions {
     bool half = false;
 };
 
+struct LayerOption;
+
 /// The command line of `comp`. A layer takes the options that follow its name, up to the next layer's; what stands
 /// before the first layer holds for all.
 class CompCommandLine {
@@ -53,6 +61,8 @@ public:
 private:
     CLI::App& command_;
     std::vector<std::string> files_;
+    const CLI::Option* files_option_ = nullptr;
+    std::vector<std::pair<const CLI::Option*, const LayerOption*>> layer_options_;
     CompOptions common_;
 };
 

@@ -10,6 +10,7 @@
 #include "platform/TK_CPU.h"
 #include "platform/standalone/Standalone.h"
 #include "tools/qx/Commands.h"
+#include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Messages.h"
 

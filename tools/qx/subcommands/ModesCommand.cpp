@@ -8,6 +8,7 @@
 #include "scene/Faults.h"
 #include "scene/Modes.h"
 #include "tools/qx/Commands.h"
+#include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/sheet/Font.h"
 #include "tools/qx/sheet/Thumbnail.h"

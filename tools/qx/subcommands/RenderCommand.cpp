@@ -9,6 +9,7 @@
 #include "scene/LayerWords.h"
 #include "scene/SceneRender.h"
 #include "tools/qx/Commands.h"
+#include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"

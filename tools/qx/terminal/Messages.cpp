@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qx/terminal/Messages.h"
 
+#include <unistd.h>
+
 #include <cstdio>
-#include <mutex>
+#include <exception>
 
 #include "pictures/Failure.h"
-#include "platform/standalone/Standalone.h"
 
 namespace qx::tool {
 namespace {
 
 Talk level = Talk::normal;
-std::mutex mutex;
-std::string report_text;
 bool line_shown = false;
 
 void say(const std::string& words) {
@@ -41,16 +40,12 @@ void show_line(const std::string& words) {
     std::fflush(stderr);
 }
 
-void collect_reports() {
-    standalone::SetReportSink([](const standalone::Report& report) {
-        const std::lock_guard lock(mutex);
-        report_text = report.text;
+void install_terminate_handler() noexcept {
+    std::set_terminate([] {
+        constexpr char words[] = "qx: the work failed, most likely for want of memory\n";
+        static_cast<void>(!::write(STDERR_FILENO, words, sizeof words - 1));
+        ::_exit(kWorkFailed);
     });
-}
-
-std::string last_report() {
-    const std::lock_guard lock(mutex);
-    return report_text;
 }
 
 }  // namespace qx::tool

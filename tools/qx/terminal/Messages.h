@@ -31,8 +31,8 @@ void say_detail(const std::string& words);
 /// Shows a line on the terminal that the next one, or a message, takes the place of. An empty one takes it away.
 void show_line(const std::string& words);
 
-/// Keeps the library's reports for the message of a failure, and from standard error.
-void collect_reports();
-std::string last_report();
+/// From now on a fault that nobody catches, such as memory that is missing where nothing may be thrown, ends the
+/// command with a line and kWorkFailed. It takes nothing for that but a write to standard error.
+void install_terminate_handler() noexcept;
 
 }  // namespace qx::tool

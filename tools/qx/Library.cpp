@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/Library.h"
+
+#include <mutex>
+
+#include "QX/library/QX_Library.h"
+#include "platform/standalone/Standalone.h"
+#include "tools/qx/terminal/Messages.h"
+
+namespace qx::tool {
+namespace {
+
+std::mutex mutex;
+std::string report_text;
+
+}  // namespace
+
+Library::Library() {
+    standalone::SetReportSink([](const standalone::Report& report) {
+        const std::lock_guard lock(mutex);
+        report_text = report.text;
+    });
+    const int code = QX_Birth();
+    if (code != 0) throw WorkFailed("the library does not start (code " + std::to_string(code) + ")");
+}
+
+Library::~Library() { QX_Death(); }
+
+std::string last_report() {
+    const std::lock_guard lock(mutex);
+    return report_text;
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+namespace qx::tool {
+
+/// The library, born for a scope, whose reports are kept for the message of a failure and from standard error. Throws
+/// WorkFailed when it does not start.
+class Library {
+public:
+    Library();
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+};
+
+std::string last_report();
+
+}  // namespace qx::tool

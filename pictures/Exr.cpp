@@ -115,9 +115,7 @@ Picture read(InputFile& file, Watch& watch) {
     } catch (const Failure&) {
         throw;
     } catch (const std::exception& fault) {  // the library's texts begin with the file's name, and are long
-        std::string words = fault.what();
-        for (char& c : words) c = c == '\n' ? ' ' : c;
-        throw Failure(file.path(), "damaged or cut short OpenEXR: " + words);
+        throw Failure(file.path(), std::string("damaged or cut short OpenEXR: ") + fault.what());
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 namespace qx::pictures {
@@ -27,16 +28,16 @@ public:
         tiff = nullptr;
     }
     TIFFOpenOptions* options() { return options_; }
-    const std::string& error() const { return error_; }
+    const std::string& error() const { return error_; }  ///< of the library, empty when there is none
 
     TIFF* tiff = nullptr;
 
 private:
+    /// The last error is why the library has given up; it goes on after others, and calls some of them warnings.
     static int note_error(TIFF*, void* self, const char*, const char* format, va_list arguments) {
         char text[200];
         std::vsnprintf(text, sizeof text, format, arguments);
-        auto& error = static_cast<TiffHandle*>(self)->error_;
-        if (error.empty()) error = text;
+        if (std::strncmp(text, "Warning", 7) != 0) static_cast<TiffHandle*>(self)->error_ = text;
         return 1;
     }
     static int ignore(TIFF*, void*, const char*, const char*, va_list) { return 1; }

@@ -11,6 +11,7 @@
 
 #include <filesystem>
 
+#include "pictures/Tiff.h"
 #include "tests/pictures/Support.h"
 
 namespace {
@@ -112,6 +113,45 @@ TEST(BadInput, FalseTilesAreRefused) {
     TIFFClose(tiff);
     EXPECT_NE(fault_of(folder / "a.tif").find("far larger than the picture"), std::string::npos)
         << fault_of(folder / "a.tif");
+}
+
+/// A TIFF of 4 x 4 pixels without alpha whose names of inks are too few: the library tells of that in two lines, as an
+/// error that begins with "Warning", and goes on. Its rows lie at `offset`.
+void write_inks(const std::string& path, std::uint32_t offset) {
+    const struct {
+        std::uint16_t tag, type;
+        std::uint32_t count, value;
+    } entries[] = {{TIFFTAG_IMAGEWIDTH, TIFF_SHORT, 1, 4},       {TIFFTAG_IMAGELENGTH, TIFF_SHORT, 1, 4},
+                   {TIFFTAG_BITSPERSAMPLE, TIFF_SHORT, 1, 8},    {TIFFTAG_COMPRESSION, TIFF_SHORT, 1, COMPRESSION_NONE},
+                   {TIFFTAG_PHOTOMETRIC, TIFF_SHORT, 1, 2},      {TIFFTAG_STRIPOFFSETS, TIFF_LONG, 1, offset},
+                   {TIFFTAG_SAMPLESPERPIXEL, TIFF_SHORT, 1, 4},  {TIFFTAG_ROWSPERSTRIP, TIFF_SHORT, 1, 4},
+                   {TIFFTAG_STRIPBYTECOUNTS, TIFF_SHORT, 1, 64}, {TIFFTAG_INKNAMES, TIFF_ASCII, 2, 'k'}};
+    std::string bytes("II*\0\x08\0\0\0\x0A\0", 10);
+    for (const auto& entry : entries) bytes.append(reinterpret_cast<const char*>(&entry), sizeof entry);
+    put_contents(path, bytes + std::string(4, '\0'));
+}
+
+TEST(BadInput, AWarningIsNotTheReason) {
+    const Folder folder;
+    write_inks(folder / "a.tif", 8);
+    TiffHandle handle;
+    handle.tiff = TIFFOpenExt((folder / "a.tif").c_str(), "rm", handle.options());
+    ASSERT_NE(handle.tiff, nullptr);
+    EXPECT_EQ(handle.error(), "");
+    EXPECT_EQ(fault_of(folder / "a.tif"), "");
+    write_inks(folder / "a.tif", 99999);
+    const std::string fault = fault_of(folder / "a.tif"), start = (folder / "a.tif") + ": damaged or cut short TIFF: ";
+    EXPECT_EQ(fault.rfind(start, 0), 0u) << fault;
+    EXPECT_GT(fault.size(), start.size());
+    EXPECT_EQ(fault.find("arning"), std::string::npos) << fault;
+}
+
+TEST(BadInput, AMessageIsOneLine) {
+    EXPECT_STREQ(Failure("a\nb\x7F.png", "words\r\n\tof a\x1B library").what(), "a b .png: words   of a  library");
+    const Folder folder;
+    put_contents(folder / "two\nlines.png", "no picture");
+    EXPECT_EQ(fault_of(folder / "two\nlines.png"),
+              (folder / "two lines.png") + ": is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
 }
 
 TEST(BadInput, JpegOfCountlessScansIsRefused) {

@@ -67,7 +67,8 @@ public:
     explicit Reader(const std::string& path) : folder_(fs::path(path).parent_path()) { scene_.file = path; }
 
     Scene read(const SceneNode& root) {
-        root.check_keys({"size", "depth", "rate", "frames", "background", "layers"});
+        root.check_keys({"size", "depth", "rate", "frames", "background", "layers", "comment"});
+        read_comment(root);
         read_frame(root);
         if (const auto background = root.find("background")) read_background(*background);
         if (scene_.width == 0 && !scene_.background) root.need("size");
@@ -201,9 +202,15 @@ private:
         if (const auto seed = node.find("seed")) layer.seed = seed->whole(INT_MIN, INT_MAX);
     }
 
-    SceneLayer read_layer(const SceneNode& node) {
+    static void read_comment(const SceneNode& node) {
+        if (const auto comment = node.find("comment")) static_cast<void>(comment->text());
+    }
+
+    SceneLayer read_layer(SceneNode node) {
         node.check_keys({"file", "mode", "opacity", "mask", "matte", "field", "quality", "transform", "shutter",
-                         "rgb-only", "linear", "seed"});
+                         "rgb-only", "linear", "seed", "name", "comment"});
+        read_comment(node);
+        if (const auto name = node.find("name")) node.set_title(name->text());
         SceneLayer layer;
         layer.place = node.place();
         layer.file = read_file(node.need("file"));

@@ -153,6 +153,11 @@ TEST(SceneFile, FaultsNameTheKeyAndItsPlace) {
         {layer("'rgb-only': 1"), "/layers/1/rgb-only is neither true nor false"},
         {layer("'linear': 0"), "/layers/1/linear is not a number"},
         {layer("'seed': 0.5"), "/layers/1/seed is not a whole number"},
+        {layer("'name': 7"), "/layers/1/name is not a text"},
+        {layer("'comment': ['a']"), "/layers/1/comment is not a text"},
+        {layer("'name': 'sky', 'seed': 0.5"), "/layers/1/seed (sky) is not a whole number"},
+        {layer("'name': 'sky', 'mode': 'scren'"), "/layers/1/mode (sky) scren: no such mode"},
+        {layer("'name': 'sky', 'opacity': {'keys': [{'frame': 'x'}]}"), "/layers/1/opacity/keys/0/frame (sky) is not"},
         {layer("'transform': {'rotate': [1, 2]}"), "/layers/1/transform/rotate does not have 1 items"},
         {layer("'transform': {'scale': 'big'}"), "/layers/1/transform/scale is not a list of 1 to 2 numbers"},
         {layer("'transform': {'matrix': [1, 0, 0], 'scale': 2}"), "/layers/1/transform/matrix excludes scale"},
@@ -177,12 +182,12 @@ TEST(SceneFile, WhatItSaysArrives) {
     const Folder folder;
     qx::test::put_contents(folder / "a#1.png", "a file, not a sequence");
     const Scene scene = read_scene(put_scene(folder, R"({'size': [64, 48], 'depth': 16, 'rate': [30000, 1001],
-        'frames': [3, 9], 'background': [0.25, 0.5, 1], 'layers': [
+        'frames': [3, 9], 'background': [0.25, 0.5, 1], 'comment': 'not looked at', 'layers': [
         {'file': 'a#1.png', 'mode': 'soft-light', 'matte': [0, 0.5, 1], 'field': 'odd', 'quality': 'draft',
          'rgb-only': true, 'linear': 1.8, 'seed': -7, 'mask': {'file': 'a#1.png', 'kind': 'luma', 'at': [-3, 4]},
          'opacity': {'keys': [{'frame': 0, 'value': 0, 'interpolation': 'smooth'}, {'frame': 4, 'value': 1}]},
          'transform': {'scale': [2, 3]}, 'shutter': {'angle': 90, 'phase': -45, 'matrices': 3}},
-        {'file': {'name': 'pic.%03d.png', 'offset': -2}}]})"));
+        {'file': {'name': 'pic.%03d.png', 'offset': -2}, 'name': 'clip', 'comment': 'neither'}]})"));
     EXPECT_EQ(std::pair(scene.width, scene.height), std::pair(64, 48));
     EXPECT_EQ(std::pair(scene.rate.number, scene.rate.per), std::pair(30000, 1001));
     EXPECT_EQ(std::pair(scene.frames->first, scene.frames->last), std::pair(3, 9));
@@ -197,6 +202,7 @@ TEST(SceneFile, WhatItSaysArrives) {
     EXPECT_EQ(layer.opacity.at(1)[0], 0.0625 * 3 - 2 * 0.015625);
     EXPECT_EQ(layer.transform->scale.at(0), (Track<2>::Value{2, 3}));
     EXPECT_EQ(std::tuple(layer.shutter.angle, layer.shutter.phase, layer.shutter.matrices), std::tuple(90, -45, 3));
+    EXPECT_EQ(scene.layers.at(1).place, "/layers/1 (clip)");
     EXPECT_EQ(scene.layers.at(1).file.at(9), folder / "pic.007.png");
     EXPECT_THROW(check_files(scene, *scene.frames), SceneFault);
 }

@@ -5,6 +5,7 @@
 #include <random>
 #include <sstream>
 
+#include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/TransferSupport.h"
 
 namespace qx::test {
@@ -13,12 +14,12 @@ namespace {
 
 constexpr int kGuard = 64;  // pixels before and behind a row; keeps the row's start on a 64-byte boundary
 
-template <class Pixel> Kernels<Pixel> kernels_at(int filters, int merge, int lookups) {
+template <class Pixel> Kernels<Pixel> kernels_now() {
     Kernels<Pixel> kernels{};
-    for (int i = 0; i < 6; ++i) kernels.filter[i] = slot_at<FilterFn<Pixel>>(filters + i);
-    kernels.merge = slot_at<MergeFn<Pixel>>(merge);
+    for (int i = 0; i < 6; ++i) kernels.filter[i] = filter_slot<Pixel>(i);
+    kernels.merge = slot<SlotsOf<Pixel>.merge>();
     for (const auto& [xfer, masked] : each(modes_from(kQX_FirstMode), std::array{0, 1})) {
-        slot_at<RowLookupFn<Pixel>>(lookups + 2 * masked)(xfer, &kernels.row[xfer + 3][masked]);
+        lookup_slot<Pixel>(masked != 0, false)(xfer, &kernels.row[xfer + 3][masked]);
     }
     return kernels;
 }
@@ -80,9 +81,8 @@ const std::vector<LevelKernels>& levels() {
         constexpr const char* names[] = {"plain", "SSE4.1", "AVX2"};
         for (int level = 0; level <= static_cast<int>(standalone::DetectedProcessorLevel()); ++level) {
             const Born born(1, static_cast<standalone::ProcessorLevel>(level));
-            found.push_back({names[level],
-                             {kernels_at<QX_Pixel8>(35, 41, 94), kernels_at<QX_Pixel16>(72, 78, 98),
-                              kernels_at<QX_PixelFloat>(106, 112, 102)}});
+            found.push_back(
+                {names[level], {kernels_now<QX_Pixel8>(), kernels_now<QX_Pixel16>(), kernels_now<QX_PixelFloat>()}});
         }
         return found;
     }();

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/ModesModel.h"
 #include "tests/compositing/TransferSupport.h"
 
@@ -30,11 +30,6 @@ template <class Pixel> std::vector<Pixel> pairs() {
     }
     return all;
 }
-
-template <class Pixel> struct FirstSlot;
-template <> struct FirstSlot<QX_Pixel8> { static constexpr int filter = 35, merge = 41; };
-template <> struct FirstSlot<QX_Pixel16> { static constexpr int filter = 72, merge = 78; };
-template <> struct FirstSlot<QX_PixelFloat> { static constexpr int filter = 106, merge = 112; };
 
 template <class Pixel> class Filters : public testing::Test {
 protected:
@@ -66,7 +61,7 @@ TYPED_TEST(Filters, AreTheModels) {
             expected.push_back(model::filtered(static_cast<Pivot>(1 + i / 2), i % 2 == 0, p));
         }
         this->at_every_level([&] {
-            const auto filter = slot_at<FilterFn<Pixel>>(FirstSlot<Pixel>::filter + i);
+            const auto filter = filter_slot<Pixel>(i);
             std::vector<Pixel> in_place = from, copied(from.size());
             ASSERT_EQ(filter(count, nullptr, in_place.data()), 0);
             ASSERT_EQ(filter(count, from.data(), copied.data()), 0);
@@ -96,7 +91,7 @@ TYPED_TEST(Filters, MergesAreTheModels) {
             }
             this->at_every_level([&] {
                 std::vector<Pixel> got = dst;
-                const auto merge = slot_at<MergeFn<Pixel>>(FirstSlot<Pixel>::merge);
+                const auto merge = slot<SlotsOf<Pixel>.merge>();
                 ASSERT_EQ(merge(count, from.data(), opacity, masked ? mask.data() : nullptr, got.data()), 0);
                 this->expect_same(expected, got, from);
             });

@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads bench tidy install clean
+.PHONY: all setup build run test test-release test-dev test-threads renders bench tidy install clean
 
 all: build
 
@@ -33,6 +33,10 @@ check: build
 
 bench: build
 	build/$(PRESET)/bin/qx_bench
+
+# make renders OTHER=/path/of/another/build: whether both make the same renders, bit for bit
+renders: build
+	sh scripts/renders.sh build/$(PRESET) $(OTHER) $(SAMPLES)
 
 tidy: build
 	sh scripts/tidy.sh build/$(PRESET)

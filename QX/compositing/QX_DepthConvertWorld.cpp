@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstddef>
-#include <cstring>
 
 #include "QX/compositing/QX_LinearLookup.h"
 #include "QX/indep/QX_Area.h"
-#include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_WithDepth.h"
+#include "QX/pixelops/QX_MoveRows.h"
 #include "QX/world/QX_World.h"
 
 namespace {
 
 using namespace qx;
-
-constexpr int kSite = 90;
 
 /// One pixel between an encoded integer world and a linear float one, or between two integer depths.
 template <class To, class From> To convert(const QX_LinearBlendingTables& tables, const From& p) {
@@ -43,26 +41,18 @@ template <class To, class From> To convert(const QX_LinearBlendingTables& tables
     }
 }
 
-template <class Pixel> const Pixel* row_of(const QX_World& world, int y) {
-    return reinterpret_cast<const Pixel*>(static_cast<const std::byte*>(world.data) +
-                                          std::ptrdiff_t{y} * world.rowbytes);
-}
-
 template <class From, class To>
 void convert_world(const QX_LinearBlendingTables& tables, const QX_World& src, QX_World& dst) {
-    for (int y = 0; y < dst.height; ++y) {
-        const From* from = row_of<From>(src, y);
-        To* to = const_cast<To*>(row_of<To>(dst, y));
-        if constexpr (std::is_same_v<From, To>) {
-            std::memmove(to, from, columns_of(whole_of(dst)) * sizeof(To));
-        } else {
+    if constexpr (std::is_same_v<From, To>) {
+        const M_LRect all = whole_of(dst);
+        move_rows({src.data, src.rowbytes}, {dst.data, dst.rowbytes}, columns_of(all) * sizeof(To), rows_of(all));
+    } else {
+        for (int y = 0; y < dst.height; ++y) {
+            const From* from = row_of<From>(src, y);
+            To* to = row_of<To>(dst, y);
             for (int x = 0; x < dst.width; ++x) to[x] = convert<To>(tables, from[x]);
         }
     }
-}
-
-[[noreturn]] void refuse_depth() {
-    throw report_failed_verification(kSite, "Unknown bit depth attempting to depth convert.");
 }
 
 /// Only the way between a float world and an integer one reads the tables.
@@ -70,22 +60,9 @@ const QX_LinearBlendingTables& tables_for(const QX_LinearBlendingTables* tables,
     static constexpr QX_LinearBlendingTables unread{};
     if (tables != nullptr) return *tables;
     if ((from == 32) != (to == 32)) {
-        throw report_failed_verification(kSite, "Invalid tables for linearized blending");
+        throw report_failed_verification(Place::depth_convert, "Invalid tables for linearized blending");
     }
     return unread;
-}
-
-template <class From> void convert_from(const QX_LinearBlendingTables& tables, const QX_World& src, QX_World& dst) {
-    switch (dst.Depth()) {
-        case 8:
-            return convert_world<From, QX_Pixel8>(tables, src, dst);
-        case 16:
-            return convert_world<From, QX_Pixel16>(tables, src, dst);
-        case 32:
-            return convert_world<From, QX_PixelFloat>(tables, src, dst);
-        default:
-            refuse_depth();
-    }
 }
 
 }  // namespace
@@ -93,14 +70,13 @@ template <class From> void convert_from(const QX_LinearBlendingTables& tables, c
 void QX_DepthConvertWorld(const QX_LinearBlendingTables* tables, const QX_World* src, QX_World* dst) {
     if (src->width != dst->width || src->height != dst->height) return;
     const QX_LinearBlendingTables& lookups = tables_for(tables, src->Depth(), dst->Depth());
-    switch (src->Depth()) {
-        case 8:
-            return convert_from<QX_Pixel8>(lookups, *src, *dst);
-        case 16:
-            return convert_from<QX_Pixel16>(lookups, *src, *dst);
-        case 32:
-            return convert_from<QX_PixelFloat>(lookups, *src, *dst);
-        default:
-            refuse_depth();
-    }
+    constexpr const char* unknown_depth = "Unknown bit depth attempting to depth convert.";
+    must_have_depth(
+        src->Depth(), Place::depth_convert,
+        [&]<class From>() {
+            must_have_depth(
+                dst->Depth(), Place::depth_convert, [&]<class To>() { convert_world<From, To>(lookups, *src, *dst); },
+                unknown_depth);
+        },
+        unknown_depth);
 }

@@ -63,9 +63,8 @@ template <class D, class... Ms> constexpr RowSet<typename D::Pixel> make_rows(mo
 }
 
 constexpr Level make_level() {
-    return {make_rows<Depth8>(modes::All{}),     {},
-            make_rows<DepthFloat>(modes::All{}), filters8(),
-            {{}, &merge_row<Depth16>},           {{}, &merge_row<DepthFloat>}};
+    return {.rows = {make_rows<Depth8>(modes::All{}), {}, make_rows<DepthFloat>(modes::All{})},
+            .filters = {filters8(), {{}, &merge_row<Depth16>}, {{}, &merge_row<DepthFloat>}}};
 }
 
 }  // namespace qx::QX_ISA

@@ -37,11 +37,8 @@ template <class D, class... Ms> constexpr RowSet<typename D::Pixel> make_rows(mo
     return {{{pick_row<Ms, D, false>()...}, {pick_row<Ms, D, true>()...}}};
 }
 
-const Level level{make_rows<Depth8>(modes::All{}),
-                  make_rows<Depth16>(modes::All{}),
-                  make_rows<DepthFloat>(modes::All{}),
-                  filter_set<Depth8>,
-                  filter_set<Depth16>,
-                  filter_set<DepthFloat>};
+const Level level{
+    .rows = {make_rows<Depth8>(modes::All{}), make_rows<Depth16>(modes::All{}), make_rows<DepthFloat>(modes::All{})},
+    .filters = {filter_set<Depth8>, filter_set<Depth16>, filter_set<DepthFloat>}};
 
 }  // namespace qx::plain

@@ -4,7 +4,8 @@
 #include <cstdint>
 
 #include "QX/compositing/QX_Modes.h"
-#include "QX/indep/QX_RoutineTypes.h"
+#include "QX/indep/QX_PerDepth.h"
+#include "QX/indep/QX_SlotsOf.h"
 
 /// The levels that the compositing kernels are built for, each in its own namespace from the same text. A level has
 /// null where it brings no form of its own; a lower one serves then. Plain has everything.
@@ -15,17 +16,13 @@ template <class Pixel> struct RowSet { QX_RowFunc<Pixel> at[2][modes::kPlaces]; 
 
 /// Filters in the order of their slots: black, white, grey, each forward and reverse; and the alpha merge.
 template <class Pixel> struct FilterSet {
-    QX_FilterFunc<Pixel> filter[6];
+    QX_FilterFunc<Pixel> filter[kFilters];
     QX_MergeFunc<Pixel> merge;
 };
 
 struct Level {
-    RowSet<QX_Pixel8> rows8;
-    RowSet<QX_Pixel16> rows16;
-    RowSet<QX_PixelFloat> rows_float;
-    FilterSet<QX_Pixel8> filters8;
-    FilterSet<QX_Pixel16> filters16;
-    FilterSet<QX_PixelFloat> filters_float;
+    PerDepth<RowSet> rows;
+    PerDepth<FilterSet> filters;
 };
 
 namespace plain {

@@ -9,12 +9,9 @@
 #include "QX/compositing/QX_OwnRowsT.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
-#include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_SlotsOf.h"
 
 namespace qx {
-
-/// First of the four slots of a depth's row lookups; two on for masked rows, one on for linear light.
-template <class D> inline constexpr int kRowLookups = 94 + (D::number == 8 ? 0 : D::number == 16 ? 4 : 8);
 
 /// The mode at the depth of the linear rows.
 template <class D>
@@ -34,10 +31,10 @@ int linear_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_
     using L = LinearDepth<D>;
     using LinearPixel = typename L::Pixel;
     constexpr int kRun = 128;
-    if (tables == nullptr) return report_failed_verification(91, "Invalid tables for linearized blending");
+    if (tables == nullptr)
+        return report_failed_verification(Place::linear_row, "Invalid tables for linearized blending");
     QX_RowFunc<LinearPixel> row = nullptr;
-    if (const int code = slot_at<RowLookupFn<LinearPixel>>(kRowLookups<L> + (Masked ? 2 : 0))(M::number, &row))
-        return code;
+    if (const int code = lookup_slot<LinearPixel>(Masked, false)(M::number, &row)) return code;
 
     auto linear = linear_mode<D>(*mode);
     LinearPixel source[kRun], coverage[Masked ? kRun : 1], target[kRun];

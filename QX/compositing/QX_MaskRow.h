@@ -2,10 +2,9 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 
 #include "QX/compositing/QX_PixelAccess.h"
-#include "QX/indep/QX_Records.h"
+#include "QX/indep/QX_Area.h"
 
 namespace qx {
 
@@ -41,9 +40,7 @@ public:
 
 private:
     const Pixel* pixel(std::int32_t x, std::int32_t y) const {
-        const auto* start = static_cast<const std::byte*>(mask_.world.data);
-        return reinterpret_cast<const Pixel*>(start + std::ptrdiff_t{y - mask_.y} * mask_.world.rowbytes) +
-               (x - mask_.x);
+        return pixel_at<const Pixel>(mask_.world, x - mask_.x, y - mask_.y);
     }
 
     QX_ChannelOf<Pixel> coverage(const Pixel& from) const {

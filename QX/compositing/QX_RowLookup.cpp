@@ -9,19 +9,9 @@ namespace {
 
 const Level* best_level = &plain::level;
 
-template <class Pixel> const RowSet<Pixel>& rows_of(const Level& level) {
-    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
-        return level.rows8;
-    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
-        return level.rows16;
-    } else {
-        return level.rows_float;
-    }
-}
-
 template <class Pixel, bool Masked> QX_RowFunc<Pixel> stored_row(int place) {
-    const QX_RowFunc<Pixel> best = rows_of<Pixel>(*best_level).at[Masked][place];
-    return best != nullptr ? best : rows_of<Pixel>(plain::level).at[Masked][place];
+    const QX_RowFunc<Pixel> best = best_level->rows.of<Pixel>().at[Masked][place];
+    return best != nullptr ? best : plain::level.rows.of<Pixel>().at[Masked][place];
 }
 
 /// Rows in linear light by place; null where a mode copies, which is the same in any light.
@@ -52,14 +42,12 @@ constexpr RowLookups<typename D::Pixel> lookups{
 }  // namespace
 
 int report_unimplemented_mode() {
-    report_text(92, Text::unimplemented_mode);
+    report_text(Place::unimplemented_mode, Text::unimplemented_mode);
     return kQX_UnimplementedMode;
 }
 
 void choose_row_levels(const Level* best) { best_level = best; }
 
-const RowLookups<QX_Pixel8> row_lookups8 = lookups<Depth8>;
-const RowLookups<QX_Pixel16> row_lookups16 = lookups<Depth16>;
-const RowLookups<QX_PixelFloat> row_lookups_float = lookups<DepthFloat>;
+const PerDepth<RowLookups> row_lookups{lookups<Depth8>, lookups<Depth16>, lookups<DepthFloat>};
 
 }  // namespace qx

@@ -12,9 +12,7 @@ int report_unimplemented_mode();
 void choose_row_levels(const Level* best);
 
 /// The lookups of a depth in the order of their slots: plain, linear, masked, masked and linear.
-template <class Pixel> struct RowLookups { QX_RowLookup<Pixel> at[4]; };
-extern const RowLookups<QX_Pixel8> row_lookups8;
-extern const RowLookups<QX_Pixel16> row_lookups16;
-extern const RowLookups<QX_PixelFloat> row_lookups_float;
+template <class Pixel> struct RowLookups { QX_RowLookup<Pixel> at[kRowLookups]; };
+extern const PerDepth<RowLookups> row_lookups;
 
 }  // namespace qx

@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr int kSite = 94;
 constexpr const char* kRowName = "$$$/VN/QX/LStr/0015=blending scratch buffer";
 
 struct MotionBuffer {
@@ -34,9 +33,9 @@ void free_rows(QX_ScratchBlock& block) {
 
 /// All three rows or none.
 bool allocate_rows(std::size_t row_bytes, QX_ScratchBlock& block) {
-    block.alpha_row = TK_AllocatePtr(qx::site(kSite), kRowName, row_bytes / 4);
-    if (block.alpha_row != nullptr) block.mask_row = TK_AllocatePtr(qx::site(kSite), kRowName, row_bytes);
-    if (block.mask_row != nullptr) block.spare_row = TK_AllocatePtr(qx::site(kSite), kRowName, row_bytes);
+    block.alpha_row = TK_AllocatePtr(qx::site(qx::Place::scratch), kRowName, row_bytes / 4);
+    if (block.alpha_row != nullptr) block.mask_row = TK_AllocatePtr(qx::site(qx::Place::scratch), kRowName, row_bytes);
+    if (block.mask_row != nullptr) block.spare_row = TK_AllocatePtr(qx::site(qx::Place::scratch), kRowName, row_bytes);
     if (block.spare_row != nullptr) return true;
     free_rows(block);
     return false;
@@ -59,7 +58,7 @@ void ensure_motion_buffers() {
 int QX_AllocateMotionBlurScratch(void* buffers[7]) {
     for (int i = 0; i < 7; ++i) buffers[i] = nullptr;
     for (int i = 0; i < 7; ++i) {
-        buffers[i] = TK_AllocatePtr(qx::site(kSite), kMotionBuffers[i].name, kMotionBuffers[i].bytes);
+        buffers[i] = TK_AllocatePtr(qx::site(qx::Place::scratch), kMotionBuffers[i].name, kMotionBuffers[i].bytes);
         if (buffers[i] == nullptr) return kQX_OutOfMemory;
     }
     return kQX_NoError;
@@ -74,7 +73,7 @@ void QX_DisposeMotionBlurScratch(void* buffers[7]) {
 
 int QXp_ReallocScratch(int width, int bytes_per_channel, bool fresh, QX_ScratchBlock* scratch) {
     if (bytes_per_channel != 1 && bytes_per_channel != 2 && bytes_per_channel != 4) {
-        return qx::report_failed_verification(kSite, "Unexpected bitdepth in QXp_ReallocScratch()");
+        return qx::report_failed_verification(qx::Place::scratch, "Unexpected bitdepth in QXp_ReallocScratch()");
     }
     ensure_motion_buffers();
     const std::size_t row_bytes = row_bytes_for(width, bytes_per_channel);

@@ -4,7 +4,6 @@
 #include "QX/compositing/QX_MaskRow.h"
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Errors.h"
-#include "QX/indep/QX_Slots.h"
 #include "QX/pixelops/QX_Fill.h"
 
 namespace qx {
@@ -18,48 +17,51 @@ int report_progress(const QX_ProgressInfo* progress, std::int32_t y, const M_LRe
 }
 
 /// The part of the destination that a transfer reaches. @return false when it is empty
-template <class Pixel>
-bool clip(const Transfer<Pixel>& t, const M_LRect& src_rect, int dest_x, int dest_y, M_LRect* to) {
+bool clip(const CompositeCall& call, const M_LRect& src_rect, int dest_x, int dest_y, M_LRect* to) {
     M_LRect from;
-    if (!M_SectLRect(src_rect, {0, 0, t.src.width, t.src.height}, &from)) return false;
+    if (!M_SectLRect(src_rect, whole_of(*call.src), &from)) return false;
     *to = M_OffsetLRect(from, wrapping_difference(dest_x, src_rect.left), wrapping_difference(dest_y, src_rect.top));
-    if (!M_SectLRect(*to, {0, 0, t.dst.width, t.dst.height}, to)) return false;
-    return t.mask == nullptr || !mask_clips(*t.mask) || M_SectLRect(*to, mask_bounds(*t.mask), to);
+    if (!M_SectLRect(*to, whole_of(*call.dst), to)) return false;
+    return call.mask == nullptr || !mask_clips(*call.mask) || M_SectLRect(*to, mask_bounds(*call.mask), to);
 }
 
 }  // namespace
 
-template <class Pixel> int transfer_rows(const Transfer<Pixel>& t, const M_LRect& src_rect, int dest_x, int dest_y) {
+template <class Pixel>
+int transfer_rows(const CompositeRun<Pixel>& run, const M_LRect& src_rect, int dest_x, int dest_y) {
+    const CompositeCall& call = run.call;
     M_LRect to;
-    if (!clip(t, src_rect, dest_x, dest_y, &to)) return kQX_NoError;
-    RowSeed seed(t.mode.rand_seed, to.left, to.top);
-    QX_BlendModeDescriptor<Pixel> descriptor(t.mode, t.mask != nullptr, t.tables);
+    if (!clip(call, src_rect, dest_x, dest_y, &to)) return kQX_NoError;
+    RowSeed seed(run.mode.rand_seed, to.left, to.top);
+    QX_BlendModeDescriptor<Pixel> descriptor(run.mode, call.mask != nullptr, call.tables);
     if (descriptor.row == nullptr) return kQX_UnimplementedMode;
-    if (clears_alpha_outside(t.mode.xfer)) {
-        if (const int code = clear_alpha_around(to, &t.dst)) return code;
+    if (clears_alpha_outside(run.mode.xfer)) {
+        if (const int code = clear_alpha_around(to, call.dst)) return code;
     }
 
-    const auto drive = row_driver<Pixel>();
+    const auto drive = slot<SlotsOf<Pixel>.driver>();
     const M_LRect from =
         M_OffsetLRect(to, wrapping_difference(src_rect.left, dest_x), wrapping_difference(src_rect.top, dest_y));
-    MaskRows<Pixel> mask(t.mask != nullptr ? *t.mask : QX_MaskWorld{}, static_cast<Pixel*>(t.scratch.mask_row));
+    MaskRows<Pixel> mask(call.mask != nullptr ? *call.mask : QX_MaskWorld{}, static_cast<Pixel*>(run.scratch.mask_row));
     int code = kQX_NoError;
     for (std::int32_t y = to.top; y < to.bottom && code == kQX_NoError; ++y) {
-        if (keeps_row(t.field, y)) {
-            const Pixel* coverage = t.mask != nullptr ? mask.row(to.left, to.right, y) : nullptr;
+        if (in_field(call.field, y)) {
+            const Pixel* coverage = call.mask != nullptr ? mask.row(to.left, to.right, y) : nullptr;
             descriptor.mode.rand_seed = seed.value();
-            code = drive(to.right - to.left, &descriptor, t.src.Row(from.top + (y - to.top)) + from.left, coverage,
-                         t.dst.Row(y) + to.left, static_cast<QX_ChannelOf<Pixel>*>(t.scratch.alpha_row));
+            code =
+                drive(to.right - to.left, &descriptor, pixel_at<Pixel>(*call.src, from.left, from.top + (y - to.top)),
+                      coverage, pixel_at<Pixel>(*call.dst, to.left, y),
+                      static_cast<QX_ChannelOf<Pixel>*>(run.scratch.alpha_row));
         }
-        if (code == kQX_NoError) code = report_progress(t.progress, y, to);
+        if (code == kQX_NoError) code = report_progress(call.progress, y, to);
         seed.advance();
     }
     return code;
 }
 
-template int transfer_rows(const Transfer<QX_Pixel8>&, const M_LRect&, int, int);
-template int transfer_rows(const Transfer<QX_Pixel16>&, const M_LRect&, int, int);
-template int transfer_rows(const Transfer<QX_PixelFloat>&, const M_LRect&, int, int);
+template int transfer_rows(const CompositeRun<QX_Pixel8>&, const M_LRect&, int, int);
+template int transfer_rows(const CompositeRun<QX_Pixel16>&, const M_LRect&, int, int);
+template int transfer_rows(const CompositeRun<QX_PixelFloat>&, const M_LRect&, int, int);
 
 int clear_alpha_around(const M_LRect& rect, QX_LayerDef* world) {
     return QX_ClearAlphaExceptRect(nullptr, &rect, world);

@@ -1,50 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "QX/compositing/QX_CompositeCall.h"
 #include "QX/compositing/QX_Rows.h"
-#include "QX/compositing/QX_TransferRect.h"
-#include "QX/indep/QX_Slots.h"
-#include "QX/world/QX_World.h"
+#include "QX/indep/QX_SlotsOf.h"
 
 namespace qx {
-
-/// One transfer of a depth, after the records were checked and wrapped.
-template <class Pixel> struct Transfer {
-    QX_WorldX<Pixel>& src;
-    QX_WorldX<Pixel>& dst;
-    QX_BlendingMode<Pixel> mode;
-    const QX_LinearBlendingTables* tables;
-    const QX_MaskWorld* mask;  ///< may be null
-    const QX_ScratchBlock& scratch;
-    const QX_ProgressInfo* progress;  ///< may be null
-    int field;
-};
 
 /// The rectangle loop: clips `src_rect`, whose corner lands on (dest_x, dest_y), and drives the rows.
 /// @return 0, 5 for an unknown mode (nothing is written), or the code of a row or of the progress function
 template <class Pixel>
-int transfer_rows(const Transfer<Pixel>& transfer, const M_LRect& src_rect, int dest_x, int dest_y);
-
-/// Field 1 leaves odd rows of the destination out, 2 even ones.
-constexpr bool keeps_row(int field, std::int32_t y) {
-    const bool odd = (y & 1) != 0;
-    return !(field == 1 && odd) && !(field == 2 && !odd);
-}
+int transfer_rows(const CompositeRun<Pixel>& run, const M_LRect& src_rect, int dest_x, int dest_y);
 
 /// The two modes that leave no alpha in the destination where the layer is not.
 constexpr bool clears_alpha_outside(int xfer) {
     return xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
-}
-
-/// The routine that runs the passes of a row, as it stands in the table now.
-template <class Pixel> QX_RowDriver<Pixel> row_driver() {
-    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
-        return slot<Slot::RowDriver8>();
-    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
-        return slot<Slot::RowDriver16>();
-    } else {
-        return slot<Slot::RowDriverFloat>();
-    }
 }
 
 /// Clears destination alpha in the eight rectangles of a three-by-three grid around `rect`, which lies in the world.

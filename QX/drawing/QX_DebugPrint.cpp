@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int kPlace = 97;
 constexpr std::size_t kLongestText = 1024;
 constexpr int kTabColumns = 24;
 
@@ -25,7 +24,7 @@ public:
     /// The top row of a cell stays free: its last one lies at y + 10.
     void draw(const QX_LayerDef& world, int x, int y, char character) const {
         for (int row = 0; row < qx::kDebugGlyphHeight; ++row) {
-            auto* pixels = reinterpret_cast<Pixel*>(qx::pixel_address(world, x, y + row + 1, sizeof(Pixel)));
+            auto* pixels = qx::pixel_at<Pixel>(world, x, y + row + 1);
             for (int column = 0; column < qx::kDebugGlyphWidth; ++column) {
                 if (qx::debug_font_covers(character, column, row)) put(pixels[column]);
             }
@@ -81,6 +80,7 @@ void QX_DebugPrint(QX_World* world, int x, int y, const QX_PixelFloat& colour, c
         case 16:
             return print(*world, x, y, Pen<QX_Pixel16>(colour, QX_Get_Xfer1_Opacity_table16(xfer_over)), text);
         default:
-            throw qx::report_failed_verification(kPlace, "QX_DebugPrint draws on worlds of 8 and 16 bits only");
+            throw qx::report_failed_verification(qx::Place::debug_print,
+                                                 "QX_DebugPrint draws on worlds of 8 and 16 bits only");
     }
 }

@@ -7,17 +7,14 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Fixed.h"
-#include "QX/indep/QX_Report.h"
-#include "QX/world/QX_StackWorld.h"
+#include "QX/indep/QX_WithDepth.h"
 
 namespace {
-
-constexpr int kPlaceLine = 90, kPlaceSpot = 9;
 
 template <class Pixel> bool set_pixel(std::int32_t x, std::int32_t y, const Pixel* pixel, const QX_LayerDef* world) {
     if (pixel == nullptr || world == nullptr || world->data == nullptr) return false;
     if (x < 0 || x >= world->width || y < 0 || y >= world->height) return false;
-    *reinterpret_cast<Pixel*>(qx::pixel_address(*world, x, y, sizeof(Pixel))) = *pixel;
+    *qx::pixel_at<Pixel>(*world, x, y) = *pixel;
     return true;
 }
 
@@ -141,28 +138,27 @@ bool QX_SetPixelFloat(std::int32_t x, std::int32_t y, const QX_PixelFloat* pixel
 }
 
 int QX_DrawLine(const double from[2], const double to[2], const QX_PixelFloat* colour, QX_World* world) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlaceLine);
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::draw_line);
     if (from == nullptr || to == nullptr || colour == nullptr || world == nullptr || world->data == nullptr) {
-        return qx::report_bad_parameter(kPlaceLine);
+        return qx::report_bad_parameter(qx::Place::draw_line);
     }
-    return qx::with_stack_world(
-        world, kPlaceLine, "Unknown world bitdepth in##CONDITIONNAME", [&]<class Pixel>(QX_WorldX<Pixel>& target) {
-            const Pixel pixel = line_colour<Pixel>(*colour);
-            draw_line(from, to, target, [&](std::int32_t x, std::int32_t y) { set_pixel(x, y, &pixel, &target); });
-            return 0;
-        });
+    return qx::with_depth(*world, qx::Place::draw_line, [&]<class Pixel>() {
+        const Pixel pixel = line_colour<Pixel>(*colour);
+        draw_line(from, to, *world, [&](std::int32_t x, std::int32_t y) { set_pixel(x, y, &pixel, world); });
+        return 0;
+    });
 }
 
 int QX_PaintSpot(void*, std::int32_t x, std::int32_t y, std::uint32_t flags, std::int32_t size,
                  const std::uint32_t* weights, QX_Pixel8 colour, QX_LayerDef* world) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlaceSpot);
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::paint_spot);
     if (world == nullptr || world->data == nullptr || weights == nullptr || size < 0 || size % 2 == 0) {
-        return qx::report_bad_parameter(kPlaceSpot);
+        return qx::report_bad_parameter(qx::Place::paint_spot);
     }
     const M_LRect brush = brush_area(x, y, flags, size >> 1), area = qx::clip_to(*world, &brush);
     const std::ptrdiff_t stride = (flags & kQX_BrushLine) != 0 && (flags & kQX_BrushColumn) != 0 ? 1 : size;
     for (std::int32_t row = area.top; row < area.bottom; ++row) {
-        auto* pixels = reinterpret_cast<QX_Pixel8*>(qx::pixel_address(*world, 0, row, sizeof(QX_Pixel8)));
+        auto* pixels = qx::row_of<QX_Pixel8>(*world, row);
         const std::uint32_t* row_weights = weights + (row - brush.top) * stride;
         for (std::int32_t i = area.left; i < area.right; ++i) {
             brush_pixel(pixels[i], colour, row_weights[i - brush.left]);

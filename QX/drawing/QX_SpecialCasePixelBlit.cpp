@@ -10,7 +10,7 @@
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Guard.h"
-#include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/iterate/QX_Iterate.h"
 
 namespace {
@@ -72,9 +72,7 @@ public:
     }
 
     void row(std::int32_t y) {
-        const auto* from = reinterpret_cast<const Pixel*>(static_cast<const std::byte*>(blit_.src->data) +
-                                                          std::ptrdiff_t{y + blit_.offset.y} * blit_.src->rowbytes) +
-                           blit_.offset.x;
+        const auto* from = pixel_at<const Pixel>(*blit_.src, blit_.offset.x, y + blit_.offset.y);
         QX_Pixel8* to = blit_.dst->Row(y);
         for (std::int32_t x = blit_.rect.left; x < blit_.rect.right; ++x) {
             const Source s = load_pixels<Source>(from + x);
@@ -138,16 +136,9 @@ template <class D> int blit_part(void* refcon, std::int32_t, std::int32_t i, std
 }
 
 QX_IterateGenericFunc part_at_depth(int depth) {
-    switch (depth) {
-        case 8:
-            return &blit_part<Depth8>;
-        case 16:
-            return &blit_part<Depth16>;
-        case 32:
-            return &blit_part<DepthFloat>;
-        default:
-            throw report_failed_verification(96, "Unknown world bitdepth in SpecialCasePixelBlit");
-    }
+    return must_have_depth(
+        depth, Place::blit, []<class Pixel>() -> QX_IterateGenericFunc { return &blit_part<DepthOf<Pixel>>; },
+        "Unknown world bitdepth in SpecialCasePixelBlit");
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ inline bool same_size(const Side& a, const Side& b) { return a.columns() == b.co
 
 /// Where a report says that numbers pass 32 bits.
 struct OverflowTexts {
-    int place;
+    Place place;
     const char *x, *y;
 };
 

@@ -6,15 +6,15 @@
 
 #include "QX/geometry/QX_CopyBits.h"
 #include "QX/geometry/QX_CopyBitsPlan.h"
+#include "QX/pixelops/QX_MoveRows.h"
 #include "QX/world/QX_Chunk.h"
 
 namespace {
 
 using qx::copy_bits::Side;
 
-constexpr int kPlace = 72;
 /// Kept: the second text names another routine and the other end of the range.
-constexpr qx::copy_bits::OverflowTexts kOverflow{kPlace, "QX_ChannelCopy x overflow detected",
+constexpr qx::copy_bits::OverflowTexts kOverflow{qx::Place::channel_copy, "QX_ChannelCopy x overflow detected",
                                                  "QXp_CopyBitsUniversal y underflow detected"};
 
 std::size_t element_size(const QX_ChannelChunk& chunk) {
@@ -30,12 +30,9 @@ std::byte* element(const QX_ChannelChunk& chunk, std::size_t size, std::int32_t 
 
 void move_all(const QX_ChannelChunk& src, const QX_ChannelChunk& dst) {
     const auto row = static_cast<std::size_t>(std::max(std::min(src.row_bytes, dst.row_bytes), 0));
+    const qx::ByteRows from{src.data, src.row_bytes}, to{dst.data, dst.row_bytes};
     const auto rows = static_cast<std::size_t>(src.height);
-    if (src.row_bytes == dst.row_bytes) {
-        std::memmove(dst.data, src.data, rows * row);
-        return;
-    }
-    for (std::int32_t y = 0; y < src.height; ++y) std::memmove(element(dst, 0, 0, y), element(src, 0, 0, y), row);
+    if (!qx::move_block(from, to, row, rows)) qx::move_rows(from, to, row, rows);
 }
 
 void scale_row(const std::byte* src, std::int32_t from, std::byte* dst, std::int32_t to, std::size_t size) {
@@ -50,12 +47,12 @@ void scale_row(const std::byte* src, std::int32_t from, std::byte* dst, std::int
 int QX_ChannelCopy(void*, const QX_ChannelChunk* src_chunk, QX_ChannelChunk* dst_chunk, const M_LRect* src_rect,
                    const M_LRect* dst_rect) {
     if (src_chunk == nullptr || src_chunk->data == nullptr || dst_chunk == nullptr || dst_chunk->data == nullptr) {
-        return qx::report_bad_parameter(kPlace);
+        return qx::report_bad_parameter(qx::Place::channel_copy);
     }
     const QX_ChannelChunk &src = *src_chunk, &dst = *dst_chunk;
     const std::size_t size = element_size(src);
     if (size != element_size(dst)) {
-        qx::report_text(kPlace, qx::Text::channel_worlds);
+        qx::report_text(qx::Place::channel_copy, qx::Text::channel_worlds);
         return kQX_FailedVerification;
     }
     Side s(src_rect, src.width, src.height), d(dst_rect, dst.width, dst.height);

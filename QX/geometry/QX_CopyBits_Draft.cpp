@@ -9,17 +9,19 @@
 #include "QX/geometry/QX_CopyPixel.h"
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Guard.h"
+#include "QX/indep/QX_PixelContainer.h"
 #include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/pixelops/QX_CopyRows.h"
-#include "QX/world/QX_StackWorld.h"
+#include "QX/pixelops/QX_MoveRows.h"
 #include "platform/IK_CopyMemory.h"
 
 namespace {
 
 using qx::copy_bits::Side;
 
-constexpr int kPlace = 48;
-constexpr qx::copy_bits::OverflowTexts kOverflow{kPlace, "QXp_CopyBitsUniversal x overflow detected",
+constexpr qx::copy_bits::OverflowTexts kOverflow{qx::Place::copy_bits_draft,
+                                                 "QXp_CopyBitsUniversal x overflow detected",
                                                  "QXp_CopyBitsUniversal y overflow detected"};
 
 template <class From, class To>
@@ -44,52 +46,40 @@ void scale_row(const From* src, std::int32_t src_columns, To* dst, std::int32_t 
 }
 
 template <class From, class To>
-void scale(const QX_WorldX<From>& src, const Side& s, QX_WorldX<To>& dst, const Side& d) {
+void scale(const QX_LayerDef& src, const Side& s, const QX_LayerDef& dst, const Side& d) {
     const std::int32_t from = s.rect.right - s.rect.left, to = d.rect.right - d.rect.left;
     for_repeated_rows(s, d, [&](std::int32_t sy, std::int32_t dy, std::int32_t n) {
-        To* const first = dst.Row(dy) + d.rect.left;
-        scale_row(src.Row(sy) + s.rect.left, from, first, to);
+        To* const first = qx::pixel_at<To>(dst, d.rect.left, dy);
+        scale_row(qx::pixel_at<const From>(src, s.rect.left, sy), from, first, to);
         for (std::int32_t i = 1; i < n; ++i) {
-            std::memcpy(dst.Row(dy + i) + d.rect.left, first, static_cast<std::size_t>(to) * sizeof(To));
+            std::memcpy(qx::pixel_at<To>(dst, d.rect.left, dy + i), first, static_cast<std::size_t>(to) * sizeof(To));
         }
     });
 }
 
-template <class Pixel> void move_rows(const QX_WorldX<Pixel>& src, QX_WorldX<Pixel>& dst, const M_LRect& area) {
-    const std::size_t bytes = qx::columns_of(area) * sizeof(Pixel);
-    for (std::int32_t y = area.top; y < area.bottom; ++y) {
-        std::memmove(dst.Row(y) + area.left, src.Row(y) + area.left, bytes);
-    }
-}
-
-/// One move, where no row has bytes behind its pixels that are not its own.
-template <class Pixel> bool move_block(const QX_WorldX<Pixel>& src, QX_WorldX<Pixel>& dst) {
-    const std::size_t row = static_cast<std::size_t>(src.width) * sizeof(Pixel);
-    if (src.rowbytes != dst.rowbytes || src.rowbytes != static_cast<std::ptrdiff_t>(row)) return false;
-    std::memmove(dst.data, src.data, static_cast<std::size_t>(src.height) * row);
-    return true;
-}
-
 /// Equal depths and rectangles that lie alike: nothing but memory moves.
 /// @return true when that was all
-template <class Pixel> bool moved(const QX_WorldX<Pixel>& src, const Side& s, QX_WorldX<Pixel>& dst, const Side& d) {
+bool moved(const QX_LayerDef& src, const Side& s, const QX_LayerDef& dst, const Side& d, std::size_t pixel_bytes) {
     if (s.rect != d.rect) return false;
-    if (s.whole() && d.whole() && move_block(src, dst)) return true;
-    const M_LRect in_dst = qx::clip_to(dst, &d.rect);
-    move_rows(src, dst, qx::clip_to(src, &in_dst));
+    const M_LRect in_dst = qx::clip_to(dst, &d.rect), area = qx::clip_to(src, &in_dst);
+    const std::size_t bytes = qx::columns_of(area) * pixel_bytes, rows = qx::rows_of(area);
+    const qx::ByteRows from{qx::pixel_address(src, area.left, area.top, pixel_bytes), src.rowbytes};
+    const qx::ByteRows to{qx::pixel_address(dst, area.left, area.top, pixel_bytes), dst.rowbytes};
+    const bool whole = s.whole() && d.whole();
+    if (!whole || !qx::move_block(from, to, bytes, rows)) qx::move_rows(from, to, bytes, rows);
     return true;
 }
 
 template <class SrcPixel, class DstPixel>
-int QXp_CopyBitsUniversal(const QX_WorldX<SrcPixel>& src, QX_WorldX<DstPixel>& dst, const M_LRect* src_rect,
+int QXp_CopyBitsUniversal(const QX_LayerDef& src, const QX_LayerDef& dst, const M_LRect* src_rect,
                           const M_LRect* dst_rect) {
     Side s(src_rect, src.width, src.height), d(dst_rect, dst.width, dst.height);
     if (s.nothing() || d.nothing()) return 0;
     if constexpr (std::is_same_v<SrcPixel, DstPixel>) {
-        if (moved(src, s, dst, d)) return 0;
+        if (moved(src, s, dst, d, sizeof(SrcPixel))) return 0;
     }
     if (const int code = cut_sides(s, d, kOverflow)) return code;
-    if (!M_EmptyLRect(s.rect) && !M_EmptyLRect(d.rect)) scale(src, s, dst, d);
+    if (!M_EmptyLRect(s.rect) && !M_EmptyLRect(d.rect)) scale<SrcPixel, DstPixel>(src, s, dst, d);
     return 0;
 }
 
@@ -98,27 +88,27 @@ bool alike_in_memory(const QX_LayerDef& a, const QX_LayerDef& b) {
     if (a.rowbytes != b.rowbytes || a.width != b.width || a.height != b.height || a.width <= 0 || a.height <= 0) {
         return false;
     }
-    if (a.world == nullptr || b.world == nullptr || a.world->Depth() != b.world->Depth()) return false;
-    return a.rowbytes == std::int64_t{a.width} * (a.world->Depth() * 4 / 8);
+    if (a.world == nullptr || b.world == nullptr || qx::depth_of(a.world) != qx::depth_of(b.world)) return false;
+    return std::size_t(a.rowbytes) == qx::columns_of(qx::whole_of(a)) * qx::bytes_of_pixel(qx::depth_of(a.world));
 }
 
 }  // namespace
 
 int QX_CopyBits_Draft_Static(const QX_ProgressInfo*, QX_LayerDef* src, QX_LayerDef* dst, const M_LRect* src_rect,
                              const M_LRect* dst_rect) {
-    if (qx::is_gpu_world(src) || qx::is_gpu_world(dst)) return qx::report_gpu_world(kPlace);
+    if (qx::is_gpu_world(src) || qx::is_gpu_world(dst)) return qx::report_gpu_world(qx::Place::copy_bits_draft);
     if (src == nullptr || src->data == nullptr || dst == nullptr || dst->data == nullptr) {
-        return qx::report_bad_parameter(kPlace);
+        return qx::report_bad_parameter(qx::Place::copy_bits_draft);
     }
     if (src_rect == nullptr && dst_rect == nullptr && alike_in_memory(*src, *dst)) {
         IK_CopyMemory(src->data, dst->data,
                       static_cast<std::size_t>(src->height) * static_cast<std::size_t>(src->rowbytes));
         return 0;
     }
-    constexpr const char* unknown_depth = "Unknown world bitdepth in##CONDITIONNAME";
-    return qx::with_stack_world(src, kPlace, unknown_depth, [&](auto& from) {
-        return qx::with_stack_world(dst, kPlace, unknown_depth,
-                                    [&](auto& to) { return QXp_CopyBitsUniversal(from, to, src_rect, dst_rect); });
+    constexpr auto place = qx::Place::copy_bits_draft;
+    return qx::with_depth(*src, place, [&]<class From>() {
+        return qx::with_depth(
+            *dst, place, [&]<class To>() { return QXp_CopyBitsUniversal<From, To>(*src, *dst, src_rect, dst_rect); });
     });
 }
 

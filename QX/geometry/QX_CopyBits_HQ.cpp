@@ -5,18 +5,16 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_RowGeometry.h"
 #include "QX/sampling/QX_Samp.h"
-#include "QX/world/QX_StackWorld.h"
 
 namespace {
 
 using qx::FixedPoint;
 using qx::Slot;
 using qx::copy_bits::Side;
-
-constexpr int kPlaceStraight = 49, kPlacePremul = 50;
 
 /// The samplers of one depth and form: between pixels, and over areas.
 template <class Pixel> struct Samplers { QX_PointSampler<Pixel> subpixel, area; };
@@ -67,11 +65,11 @@ Plan make_plan(const QX_LayerDef& src, const Side& s, const Side& d) {
 }
 
 template <class Pixel>
-int sample(const QX_ProgressInfo* progress, const Plan& plan, const Samplers<Pixel>& samplers, QX_WorldX<Pixel>& dst) {
+int sample(const QX_ProgressInfo* progress, const Plan& plan, const Samplers<Pixel>& samplers, const QX_LayerDef& dst) {
     const QX_PointSampler<Pixel> sampler = plan.shrinks() ? samplers.area : samplers.subpixel;
     FixedPoint at = plan.start;
     for (std::int32_t y = plan.area.top; y < plan.area.bottom; ++y) {
-        Pixel* const row = dst.Row(y);
+        Pixel* const row = qx::row_of<Pixel>(dst, y);
         at.x = plan.start.x;
         for (std::int32_t x = plan.area.left; x < plan.area.right; ++x) {
             sampler(nullptr, at.x, at.y, &plan.block, row + x);
@@ -86,8 +84,8 @@ int sample(const QX_ProgressInfo* progress, const Plan& plan, const Samplers<Pix
 
 /// What the two forms do before a sampler is chosen. `resample(plan)` does the rest.
 template <class Resample>
-int copy_hq(int place, const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst, const M_LRect* src_rect,
-            const M_LRect* dst_rect, const Resample& resample) {
+int copy_hq(qx::Place place, const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
+            const M_LRect* src_rect, const M_LRect* dst_rect, const Resample& resample) {
     if (qx::is_gpu_world(src) || qx::is_gpu_world(dst)) return qx::report_gpu_world(place);
     if (src == nullptr || src->data == nullptr || dst == nullptr || dst->data == nullptr) {
         return qx::report_bad_parameter(place);
@@ -102,26 +100,23 @@ int copy_hq(int place, const QX_ProgressInfo* progress, QX_LayerDef* src, QX_Lay
     return resample(make_plan(*src, s, d));
 }
 
-constexpr const char* kUnknownDepth = "Unknown world bitdepth in##CONDITIONNAME";
-
 }  // namespace
 
 int QX_CopyBits_HQ_Straight_Static(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
                                    const M_LRect* src_rect, const M_LRect* dst_rect) {
-    return copy_hq(kPlaceStraight, progress, src, dst, src_rect, dst_rect, [&](const Plan& plan) {
-        return qx::with_stack_world(dst, kPlaceStraight, kUnknownDepth, [&]<class Pixel>(QX_WorldX<Pixel>& to) {
-            return sample(progress, plan, straight_samplers<Pixel>(), to);
-        });
+    return copy_hq(qx::Place::copy_bits_straight, progress, src, dst, src_rect, dst_rect, [&](const Plan& plan) {
+        return qx::with_depth(*dst, qx::Place::copy_bits_straight,
+                              [&]<class Pixel>() { return sample(progress, plan, straight_samplers<Pixel>(), *dst); });
     });
 }
 
 int QX_CopyBits_HQ_Premul_Static(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
                                  const M_LRect* src_rect, const M_LRect* dst_rect) {
-    return copy_hq(kPlacePremul, progress, src, dst, src_rect, dst_rect, [&](const Plan& plan) {
-        if (QXp_WorldDepth(dst) != 8) return qx::report_failed_verification(kPlacePremul, kUnknownDepth);
-        QX_WorldX<QX_Pixel8> to(dst, false);
+    return copy_hq(qx::Place::copy_bits_premul, progress, src, dst, src_rect, dst_rect, [&](const Plan& plan) {
+        if (QXp_WorldDepth(dst) != 8)
+            return qx::report_failed_verification(qx::Place::copy_bits_premul, qx::kUnknownDepth);
         const Samplers<QX_Pixel8> samplers{qx::slot<Slot::SubpixelSamplePremul>(), qx::slot<Slot::AreaSamplePremul>()};
-        return sample(progress, plan, samplers, to);
+        return sample(progress, plan, samplers, *dst);
     });
 }
 

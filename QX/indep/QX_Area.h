@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "QX/indep/QX_Records.h"
+#include "QX/indep/QX_Wrapping.h"
 
 namespace qx {
 
@@ -18,6 +19,18 @@ inline std::byte* pixel_address(const QX_LayerDef& world, std::int32_t x, std::i
     return reinterpret_cast<std::byte*>(address);  // NOLINT(performance-no-int-to-ptr): see above
 }
 
+/// The same as a pixel; a row is told by its first one.
+template <class Pixel> Pixel* pixel_at(const QX_LayerDef& world, std::int32_t x, std::int32_t y) {
+    return reinterpret_cast<Pixel*>(pixel_address(world, x, y, sizeof(Pixel)));
+}
+template <class Pixel> Pixel* row_of(const QX_LayerDef& world, std::int32_t y) { return pixel_at<Pixel>(world, 0, y); }
+
+/// Bytes of a pixel of a depth.
+constexpr std::size_t bytes_of_pixel(int depth) { return static_cast<std::size_t>(depth) / 2; }
+
+/// True for rows of the destination that belong to a field: 1 is the even rows, 2 the odd ones, all others every row.
+constexpr bool in_field(int field, std::int64_t row) { return (field != 1 && field != 2) || (row & 1) == field - 1; }
+
 constexpr M_LRect whole_of(const QX_LayerDef& world) { return {0, 0, world.width, world.height}; }
 
 /// The part of a rectangle that lies in the world; null is the whole world. The result may be empty.
@@ -25,11 +38,6 @@ constexpr M_LRect clip_to(const QX_LayerDef& world, const M_LRect* rect) {
     if (rect == nullptr) return whole_of(world);
     return {std::max(rect->left, 0), std::max(rect->top, 0), std::min(rect->right, world.width),
             std::min(rect->bottom, world.height)};
-}
-
-/// a - b in two's complement: places far outside a world are legal.
-constexpr std::int32_t wrapping_difference(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
 }
 
 /// The same pixels, whichever way round the edges were given.

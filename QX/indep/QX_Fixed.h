@@ -3,19 +3,12 @@
 
 #include <cstdint>
 
-#include "QX/indep/QX_Lanes.h"
+#include "QX/indep/QX_Wrapping.h"
 
 /// Numbers in 16.16: sums and products wrap in two's complement.
 namespace qx {
 
 inline constexpr std::int32_t kFixedOne = 0x10000, kFixedHalf = 0x8000;
-
-QX_INLINE constexpr std::int32_t wrapping_sum(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
-}
-QX_INLINE constexpr std::int32_t wrapping_product(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
-}
 
 /// Nearest 16.16 number, halves away from zero; what does not fit gives the least one.
 inline std::int32_t to_fixed(double v) { return truncate_to_int(v * 65536 + (v < 0 ? -0.5 : 0.5)); }

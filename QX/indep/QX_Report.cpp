@@ -39,20 +39,22 @@ namespace qx {
 
 const char* text_of(Text text) { return TK_ZLookupLStrCache(QX_G_zref, static_cast<int>(text)); }
 
-void report_text(int place, Text text) {
+void report_text(Place place, Text text) {
     if (const char* words = text_of(text)) TKp_ReportErrString(site(place), kReportSeverity, words);
 }
 
-int report_bad_parameter(int place) {
+int report_bad_parameter(Place place) {
     report_text(place, Text::bad_parameter);
     return kQX_FailedVerification;
 }
 
-int report_failed_verification(int place, const char* message) {
-    TK_ReportFailedVerification(site(place), place, 0, message);
+int report_failed_verification(Place place, const char* message) {
+    TK_ReportFailedVerification(site(place), static_cast<int>(place), 0, message);
     return kQX_FailedVerification;
 }
 
-int report_gpu_world(int place) { return report_failed_verification(place, "gpu effect world is not supported yet."); }
+int report_gpu_world(Place place) {
+    return report_failed_verification(place, "gpu effect world is not supported yet.");
+}
 
 }  // namespace qx

@@ -3,6 +3,7 @@
 
 #include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Export.h"
+#include "QX/indep/QX_Places.h"
 #include "QX/indep/QX_Records.h"
 #include "platform/TK_Strings.h"
 
@@ -35,22 +36,20 @@ enum class Text : int {
     platform_refs = 19
 };
 
-/// Every report carries the library's number with a place in it.
-constexpr int site(int place) { return 0x250000 | place; }
 inline constexpr int kReportSeverity = 8;
 
 /// The localised text; null when the host has none.
 const char* text_of(Text text);
 
 /// "bad parameter passed to effect callback" at this site. @return 3
-int report_bad_parameter(int place);
+int report_bad_parameter(Place place);
 /// An assertion-style failure. @return 3
-int report_failed_verification(int place, const char* message);
+int report_failed_verification(Place place, const char* message);
 /// Text of the table through the narrow report.
-void report_text(int place, Text text);
+void report_text(Place place, Text text);
 
 /// "gpu effect world is not supported yet." @return 3
-int report_gpu_world(int place);
+int report_gpu_world(Place place);
 
 /// True when the record stands for a GPU frame: no pixels, but a frame behind it.
 constexpr bool is_gpu_world(const QX_LayerDef* world) {

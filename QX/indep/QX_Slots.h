@@ -14,18 +14,49 @@ QX_EXPORT int QX_SetOverrideFunc(int index, void* routine);
 
 namespace qx {
 
-/// Slots that the library's own code reads, as X(number, name, type).
+/// What a slot holds that has no type of its own: a routine whose family is still to come, and nothing for good (old
+/// entries that are kept for the others' positions).
+using RoutineToCome = int();
+using NoRoutine = void();
+
+/// All slots, as X(number, name, type): the one place where their numbers stand.
+// clang-format off
 #define QX_SLOTS(X)                                            \
+    X(0, None0, NoRoutine)                                     \
+    X(1, None1, NoRoutine)                                     \
     X(2, NNSample, PointSamplerFn<QX_Pixel8>)                  \
     X(3, SubpixelSample, PointSamplerFn<QX_Pixel8>)            \
     X(4, SubpixelSamplePremul, PointSamplerFn<QX_Pixel8>)      \
     X(5, AreaSample, PointSamplerFn<QX_Pixel8>)                \
     X(6, AreaSamplePremul, PointSamplerFn<QX_Pixel8>)          \
+    X(7, CompositeRectDraft, RoutineToCome)                    \
+    X(8, CompositeRectDraftPremul, RoutineToCome)              \
+    X(9, CompositeRectBest, RoutineToCome)                     \
+    X(10, CompositeRectBestPremul, RoutineToCome)              \
+    X(11, None11, NoRoutine)                                   \
+    X(12, None12, NoRoutine)                                   \
+    X(13, None13, NoRoutine)                                   \
+    X(14, None14, NoRoutine)                                   \
+    X(15, None15, NoRoutine)                                   \
+    X(16, None16, NoRoutine)                                   \
+    X(17, OldBatch17, NoRoutine)                               \
+    X(18, OldBatch18, NoRoutine)                               \
+    X(19, OldBatch19, NoRoutine)                               \
+    X(20, OldBatch20, NoRoutine)                               \
+    X(21, OldBatch21, NoRoutine)                               \
+    X(22, OldBatch22, NoRoutine)                               \
     X(23, CopyBitsDraft, CopyBitsFn)                           \
     X(24, CopyBitsHQ, CopyBitsFn)                              \
     X(25, CopyBitsHQPremul, CopyBitsFn)                        \
+    X(26, FastBlur, RoutineToCome)                             \
+    X(27, FastBlurPremul, RoutineToCome)                       \
+    X(28, Convolve, RoutineToCome)                             \
+    X(29, None29, NoRoutine)                                   \
+    X(30, None30, NoRoutine)                                   \
     X(31, TransferRect, TransferRectFn)                        \
     X(32, TransformWorld, TransformWorldFn)                    \
+    X(33, None33, NoRoutine)                                   \
+    X(34, None34, NoRoutine)                                   \
     X(35, BlackForward8, FilterFn<QX_Pixel8>)                  \
     X(36, BlackReverse8, FilterFn<QX_Pixel8>)                  \
     X(37, WhiteForward8, FilterFn<QX_Pixel8>)                  \
@@ -36,19 +67,31 @@ namespace qx {
     X(42, Iterate, IterateFn)                                  \
     X(43, IterateOrigin, IterateOriginFn)                      \
     X(44, IterateLUT, IterateLUTFn)                            \
+    X(45, OpenDestination, RoutineToCome)                      \
+    X(46, CloseDestination, RoutineToCome)                     \
     X(47, TransferRectPlus, TransferRectPlusFn)                \
     X(48, TransformWorldPlus, TransformWorldPlusFn)            \
+    X(49, None49, NoRoutine)                                   \
+    X(50, None50, NoRoutine)                                   \
     X(51, IterateOriginNoClip, IterateOriginFn)                \
     X(52, PremulRect, PremulRectFn)                            \
     X(53, IterateGeneric, IterateGenericFn)                    \
+    X(54, BoxBlurUnoScan, RoutineToCome)                       \
+    X(55, UnoScan55, RoutineToCome)                            \
+    X(56, UnoScan56, RoutineToCome)                            \
     X(57, SampleWeight, SampleWeightFn)                        \
     X(58, SubpixelTranslate, TranslateSamplerFn<QX_Pixel8>)    \
+    X(59, None59, NoRoutine)                                   \
     X(60, SubpixelPlus, PlusSamplerFn<QX_Pixel8>)              \
     X(61, SubpixelNoClip, PointSamplerFn<QX_Pixel8>)           \
+    X(62, UnoScan62, RoutineToCome)                            \
     X(63, NNSample16, PointSamplerFn<QX_Pixel16>)              \
     X(64, SubpixelSample16, PointSamplerFn<QX_Pixel16>)        \
     X(65, AreaSample16, PointSamplerFn<QX_Pixel16>)            \
+    X(66, None66, NoRoutine)                                   \
+    X(67, None67, NoRoutine)                                   \
     X(68, SubpixelTranslate16, TranslateSamplerFn<QX_Pixel16>) \
+    X(69, None69, NoRoutine)                                   \
     X(70, SubpixelPlus16, PlusSamplerFn<QX_Pixel16>)           \
     X(71, SubpixelNoClip16, PointSamplerFn<QX_Pixel16>)        \
     X(72, BlackForward16, FilterFn<QX_Pixel16>)                \
@@ -58,10 +101,21 @@ namespace qx {
     X(76, GreyForward16, FilterFn<QX_Pixel16>)                 \
     X(77, GreyReverse16, FilterFn<QX_Pixel16>)                 \
     X(78, AlphaMerge16, MergeFn<QX_Pixel16>)                   \
+    X(79, None79, NoRoutine)                                   \
+    X(80, None80, NoRoutine)                                   \
+    X(81, UnoScan81, RoutineToCome)                            \
+    X(82, UnoScan82, RoutineToCome)                            \
     X(83, SubpixelNoClip4, FourSamplesFn)                      \
     X(84, SubpixelTranslate4, FourTranslateSamplesFn)          \
+    X(85, UnoScan85, RoutineToCome)                            \
     X(86, SubpixelSpan, SpanSamplerFn<QX_Pixel8>)              \
     X(87, SubpixelSpan16, SpanSamplerFn<QX_Pixel16>)           \
+    X(88, UnoScan88, RoutineToCome)                            \
+    X(89, UnoScan89, RoutineToCome)                            \
+    X(90, None90, NoRoutine)                                   \
+    X(91, None91, NoRoutine)                                   \
+    X(92, BoxBlurDeepUnoScan, RoutineToCome)                   \
+    X(93, UnoScan93, RoutineToCome)                            \
     X(94, Rows8, RowLookupFn<QX_Pixel8>)                       \
     X(95, Rows8Linear, RowLookupFn<QX_Pixel8>)                 \
     X(96, Rows8Masked, RowLookupFn<QX_Pixel8>)                 \
@@ -81,9 +135,12 @@ namespace qx {
     X(110, GreyForwardFloat, FilterFn<QX_PixelFloat>)          \
     X(111, GreyReverseFloat, FilterFn<QX_PixelFloat>)          \
     X(112, AlphaMergeFloat, MergeFn<QX_PixelFloat>)            \
+    X(113, UnoScan113, RoutineToCome)                          \
+    X(114, UnoScan114, RoutineToCome)                          \
     X(115, RowDriver8, RowDriverFn<QX_Pixel8>)                 \
     X(116, RowDriver16, RowDriverFn<QX_Pixel16>)               \
     X(117, RowDriverFloat, RowDriverFn<QX_PixelFloat>)
+// clang-format on
 
 enum class Slot : int {
 #define X(number, name, type) name = number,
@@ -97,17 +154,33 @@ template <Slot S> struct SlotType;
 QX_SLOTS(X)
 #undef X
 
-/// A slot's routine as it stands in a table of slots now.
+/// The slot `n` places behind another.
+constexpr Slot operator+(Slot slot, int n) { return static_cast<Slot>(static_cast<int>(slot) + n); }
+
+/// What stands in a slot now; null where nothing does.
+inline void*& slot_address(Slot slot, void** table = QXp_G_OverFuncs) { return table[static_cast<int>(slot)]; }
+
+/// Tells that a routine was called through a slot without one. @return 3
+QX_EXPORT int report_empty_slot();
+
+/// Stands in for a routine that is not there: a host has put null into its slot, or has not called QX_Birth.
+template <class Fn> struct EmptySlot;
+template <class... Arguments> struct EmptySlot<int(Arguments...)> {
+    static int call(Arguments...) { return report_empty_slot(); }
+};
+
+/// The routine of a slot as it stands in a table of slots now; one that reports and returns 3 where none stands there.
+template <class Fn> Fn* routine_at(Slot slot, void* const* table = QXp_G_OverFuncs) {
+    void* const routine = table[static_cast<int>(slot)];
+    return routine != nullptr ? reinterpret_cast<Fn*>(routine) : &EmptySlot<Fn>::call;
+}
 template <Slot S> typename SlotType<S>::Fn* slot(void* const* table = QXp_G_OverFuncs) {
-    return reinterpret_cast<typename SlotType<S>::Fn*>(table[static_cast<int>(S)]);
+    return routine_at<typename SlotType<S>::Fn>(S, table);
 }
 
 /// Writes a slot; the compiler checks the routine's type.
 template <Slot S> void set_slot(typename SlotType<S>::Fn* routine, void** table = QXp_G_OverFuncs) {
-    table[static_cast<int>(S)] = reinterpret_cast<void*>(routine);
+    slot_address(S, table) = reinterpret_cast<void*>(routine);
 }
-
-/// A run-time slot number read as a type, for the families that stand in a row of slots, depth by depth.
-template <class Fn> Fn* slot_at(int number) { return reinterpret_cast<Fn*>(QXp_G_OverFuncs[number]); }
 
 }  // namespace qx

@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/indep/QX_WorldDepth.h"
 
+#include "QX/indep/QX_PixelContainer.h"
 #include "QX/indep/QX_Report.h"
-#include "QX/world/QX_World.h"
 #include "platform/FK_Frames.h"
 
 namespace {
 
-enum Place { kPlaceDepth = 20, kPlaceSetDepth, kPlaceDepthToFormat, kPlaceFormatToDepth };
 constexpr int kFormatShift = 24;  // the format code is the high byte of the flags
 constexpr std::uint32_t kFormatMask = 0xFFu << kFormatShift;
 constexpr std::uint32_t k16BitFlag = 1;
 constexpr std::int32_t kDepthOfFlags[] = {8, 16, 32};
 
 std::int32_t unknown_depth() {
-    qx::report_failed_verification(kPlaceDepth, "Unknown pixel format");
+    qx::report_failed_verification(qx::Place::world_depth, "Unknown pixel format");
     return 8;
 }
 
@@ -30,7 +29,7 @@ std::int32_t depth_of_frame(VPix** frame) {
 
 std::int32_t QXp_WorldDepth(const QX_LayerDef* world) {
     if (qx::is_gpu_world(world)) return depth_of_frame(world->platform_ref);
-    if (world->world != nullptr) return world->world->Depth();
+    if (world->world != nullptr) return qx::depth_of(world->world);
     const std::uint32_t code = world->world_flags >> kFormatShift;
     return code < 3 ? kDepthOfFlags[code] : unknown_depth();
 }
@@ -47,7 +46,7 @@ int QXp_SetWorldDepth(QX_LayerDef* world, int depth) {
         if (depth == 16) world->world_flags |= k16BitFlag;
         return 0;
     }
-    return qx::report_failed_verification(kPlaceSetDepth, "Unknown pixel format");
+    return qx::report_failed_verification(qx::Place::set_world_depth, "Unknown pixel format");
 }
 
 int QXp_EffectWorldDepthToPixelFormat(int depth, bool gpu, std::uint32_t* format) {
@@ -56,7 +55,7 @@ int QXp_EffectWorldDepthToPixelFormat(int depth, bool gpu, std::uint32_t* format
         case 8:
             if (gpu) {
                 return qx::report_failed_verification(
-                    kPlaceDepthToFormat, "Unsupported gpu pixel depth in QXp_EffectWorldDepthToPixelFormat()");
+                    qx::Place::depth_to_format, "Unsupported gpu pixel depth in QXp_EffectWorldDepthToPixelFormat()");
             }
             *format = kQX_PixelFormat_ARGB8;
             return 0;
@@ -67,7 +66,7 @@ int QXp_EffectWorldDepthToPixelFormat(int depth, bool gpu, std::uint32_t* format
             *format = gpu ? kQX_PixelFormat_GPUFloat : kQX_PixelFormat_ARGBFloat;
             return 0;
         default:
-            return qx::report_failed_verification(kPlaceDepthToFormat,
+            return qx::report_failed_verification(qx::Place::depth_to_format,
                                                   "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()");
     }
 }
@@ -86,7 +85,7 @@ int QXp_PixelFormatToEffectWorldDepth(std::uint32_t format, int* depth) {
             *depth = 32;
             return 0;
         default:
-            return qx::report_failed_verification(kPlaceFormatToDepth, "Unsupported QX_PixelFormat");
+            return qx::report_failed_verification(qx::Place::format_to_depth, "Unsupported QX_PixelFormat");
     }
 }
 

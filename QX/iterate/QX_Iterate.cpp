@@ -9,13 +9,11 @@ namespace qx {
 
 namespace {
 
-constexpr int kPlace = 14;
-
 /// The source pixel at the same place; without a source the destination pixel itself.
 template <class Pixel> struct SamePlace {
     const QX_LayerDef* src;
     auto operator()(std::int32_t y, Pixel* out) const {
-        Pixel* in = src != nullptr ? iterate::row_of<Pixel>(*src, y) : out;
+        Pixel* in = src != nullptr ? row_of<Pixel>(*src, y) : out;
         return [in](std::int32_t x) { return in + x; };
     }
 };
@@ -24,9 +22,9 @@ template <class Pixel> struct SamePlace {
 
 int iterate_plain(QX_InData* in_data, std::int32_t base, std::int32_t final, QX_LayerDef* src, const M_LRect* area,
                   void* refcon, QX_IteratePixelFunc pix_fn, QX_LayerDef* dst) {
-    if (const int code = iterate::check(src, dst, pix_fn != nullptr, kPlace)) return code;
-    if (const int code = iterate::check_same_depth(src, *dst, kPlace)) return code;
-    return iterate::with_pixel_type(src != nullptr ? *src : *dst, kPlace, [&]<class Pixel>() {
+    if (const int code = iterate::check(src, dst, pix_fn != nullptr, Place::iterate)) return code;
+    if (const int code = iterate::check_same_depth(src, *dst, Place::iterate)) return code;
+    return with_depth(src != nullptr ? *src : *dst, Place::iterate, [&]<class Pixel>() {
         M_LRect rect;
         if (!iterate::clip_to_both(area, src, *dst, &rect)) return 0;
         return iterate::visit_pixels<Pixel>({refcon, pix_fn, *dst}, rect, {in_data, base, final},

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr int kPlace = 70;
-
 /// On one thread "once on every processor" is once.
 int run_all(std::int32_t iterations, void* refcon, QX_IterateGenericFunc fn) {
     if (iterations == -1) return fn(refcon, 0, 0, 1);
@@ -20,7 +18,7 @@ int run_all(std::int32_t iterations, void* refcon, QX_IterateGenericFunc fn) {
 }  // namespace
 
 int QX_IterateGeneric_Static(std::int32_t iterations, void* refcon, QX_IterateGenericFunc fn) {
-    if (fn == nullptr) return qx::report_bad_parameter(kPlace);
+    if (fn == nullptr) return qx::report_bad_parameter(qx::Place::iterate_generic);
     return qx::guarded([&] { return run_all(iterations, refcon, fn); });
 }
 

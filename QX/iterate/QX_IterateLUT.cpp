@@ -10,7 +10,6 @@ namespace qx {
 
 namespace {
 
-constexpr int kPlace = 14;
 constexpr std::uint32_t kDeepFlag = 1;
 
 constexpr auto kIdentity = [] {
@@ -37,13 +36,13 @@ struct Tables {
 int iterate_lut_plain(QX_InData* in_data, std::int32_t base, std::int32_t final, QX_LayerDef* src, const M_LRect* area,
                       const std::uint8_t* a_lut, const std::uint8_t* r_lut, const std::uint8_t* g_lut,
                       const std::uint8_t* b_lut, QX_LayerDef* dst) {
-    if (const int code = iterate::check(src, dst, !is_deep(src) && !is_deep(dst), kPlace)) return code;
+    if (const int code = iterate::check(src, dst, !is_deep(src) && !is_deep(dst), Place::iterate)) return code;
     M_LRect rect;
     if (!iterate::clip_to_both(area, src, *dst, &rect)) return 0;
     const Tables map{or_identity(a_lut), or_identity(r_lut), or_identity(g_lut), or_identity(b_lut)};
     return iterate::for_rows(rect, iterate::RowPoll{in_data, base, final}, [&](std::int32_t y) {
-        QX_Pixel8* out = iterate::row_of<QX_Pixel8>(*dst, y);
-        const QX_Pixel8* in = src != nullptr ? iterate::row_of<QX_Pixel8>(*src, y) : out;
+        QX_Pixel8* out = row_of<QX_Pixel8>(*dst, y);
+        const QX_Pixel8* in = src != nullptr ? row_of<QX_Pixel8>(*src, y) : out;
         for (std::int32_t x = rect.left; x < rect.right; ++x) out[x] = map(in[x]);
         return 0;
     });

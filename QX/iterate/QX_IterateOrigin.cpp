@@ -8,8 +8,6 @@ namespace qx {
 
 namespace {
 
-constexpr int kPlace = 82;
-
 struct NoSource {
     template <class Pixel> auto operator()(std::int32_t, Pixel*) const {
         return [](std::int32_t) -> void* { return nullptr; };
@@ -21,7 +19,7 @@ template <class Pixel> struct Covered {
     const QX_LayerDef& src;
     M_LPoint origin;
     auto operator()(std::int32_t y, Pixel*) const {
-        Pixel* in = iterate::row_of<Pixel>(src, y - origin.y);
+        Pixel* in = row_of<Pixel>(src, y - origin.y);
         return [in, left = origin.x](std::int32_t x) { return in + (x - left); };
     }
 };
@@ -34,7 +32,7 @@ template <class Pixel> struct Surrounded {
     auto operator()(std::int32_t y, Pixel*) const {
         const std::int64_t row = std::int64_t{y} - origin.y;
         const bool in_rows = row >= 0 && row < src.height;
-        Pixel* in = in_rows ? iterate::row_of<Pixel>(src, static_cast<std::int32_t>(row)) : nullptr;
+        Pixel* in = in_rows ? row_of<Pixel>(src, static_cast<std::int32_t>(row)) : nullptr;
         return [in, left = std::int64_t{origin.x}, width = src.width, none = outside](std::int32_t x) {
             const std::int64_t column = x - left;
             return in != nullptr && column >= 0 && column < width ? in + column : none;
@@ -77,9 +75,9 @@ template <class Pixel, bool Clip> int visit_placed(const Arguments& call, const 
 
 template <bool Clip> int iterate_placed(const Arguments& call) {
     const bool complete = call.pix_fn != nullptr && call.origin != nullptr;
-    if (const int code = iterate::check(call.src, call.dst, complete, kPlace)) return code;
-    if (const int code = iterate::check_same_depth(call.src, *call.dst, kPlace)) return code;
-    return iterate::with_pixel_type(call.src != nullptr ? *call.src : *call.dst, kPlace, [&]<class Pixel>() {
+    if (const int code = iterate::check(call.src, call.dst, complete, Place::iterate_origin)) return code;
+    if (const int code = iterate::check_same_depth(call.src, *call.dst, Place::iterate_origin)) return code;
+    return with_depth(call.src != nullptr ? *call.src : *call.dst, Place::iterate_origin, [&]<class Pixel>() {
         M_LRect rect;
         if (!iterate::clip_to_destination(call.area, *call.dst, &rect)) return 0;
         if (Clip && call.src != nullptr) clip_to_placed(*call.src, *call.origin, &rect);

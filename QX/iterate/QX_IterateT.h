@@ -5,11 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Records.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_RoutineTypes.h"
-#include "QX/indep/QX_WorldDepth.h"
+#include "QX/indep/QX_WithDepth.h"
 
 /// What the plain routines of the family share: the clip, the poll after each row, and the one loop over pixels.
 namespace qx::iterate {
@@ -23,12 +24,8 @@ inline bool misses(const M_LRect& area, const QX_LayerDef& world) {
 /// The part of the destination that an area (null: all of it) asks for.
 /// @return false when the call has nothing to do
 inline bool clip_to_destination(const M_LRect* area, const QX_LayerDef& dst, M_LRect* rect) {
-    *rect = {0, 0, dst.width, dst.height};
-    if (area == nullptr) return true;
-    if (misses(*area, dst)) return false;
-    *rect = {std::max(area->left, 0), std::max(area->top, 0), std::min(area->right, dst.width),
-             std::min(area->bottom, dst.height)};
-    return true;
+    *rect = clip_to(dst, area);
+    return area == nullptr || !misses(*area, dst);
 }
 
 /// The same where source and destination lie corner on corner: the source limits too.
@@ -64,10 +61,6 @@ template <class Row> int for_rows(const M_LRect& rect, const RowPoll& poll, cons
     return answer;
 }
 
-template <class Pixel> Pixel* row_of(const QX_LayerDef& world, std::int32_t y) {
-    return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
-}
-
 /// The pixel function of a call, and where it writes.
 struct Visit {
     void* refcon;
@@ -89,29 +82,15 @@ int visit_pixels(const Visit& visit, const M_LRect& rect, const RowPoll& poll, c
     });
 }
 
-/// Calls `loop.operator()<Pixel>()` for the depth of the world that decides it.
-template <class Loop> int with_pixel_type(const QX_LayerDef& world, int place, const Loop& loop) {
-    switch (QXp_WorldDepth(&world)) {
-        case 8:
-            return loop.template operator()<QX_Pixel8>();
-        case 16:
-            return loop.template operator()<QX_Pixel16>();
-        case 32:
-            return loop.template operator()<QX_PixelFloat>();
-        default:
-            return report_failed_verification(place, "Unknown world bitdepth in##CONDITIONNAME");
-    }
-}
-
 /// The checks that all forms with a pixel function begin with. `complete` is false when an argument that only
 /// some forms have is missing. @return 0, or 3 after a report
-inline int check(const QX_LayerDef* src, const QX_LayerDef* dst, bool complete, int place) {
+inline int check(const QX_LayerDef* src, const QX_LayerDef* dst, bool complete, Place place) {
     if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_world(place);
     const bool no_pixels = (src != nullptr && src->data == nullptr) || dst == nullptr || dst->data == nullptr;
     return no_pixels || !complete ? report_bad_parameter(place) : 0;
 }
 
-inline int check_same_depth(const QX_LayerDef* src, const QX_LayerDef& dst, int place) {
+inline int check_same_depth(const QX_LayerDef* src, const QX_LayerDef& dst, Place place) {
     if (src == nullptr || QXp_WorldDepth(src) == QXp_WorldDepth(&dst)) return 0;
     return report_failed_verification(place, "QX_Iterate requires source and dst worlds to be same depth");
 }

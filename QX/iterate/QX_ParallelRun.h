@@ -4,6 +4,7 @@
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 
+#include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_RoutineTypes.h"
@@ -22,7 +23,7 @@ struct Acceleration {
 extern Acceleration acceleration;
 
 /// The wrappers' own words for a GPU world. @return 3
-inline int report_gpu_in_wrapper(int place) {
+inline int report_gpu_in_wrapper(Place place) {
     return report_failed_verification(place, "gpu effect world is not supported.");
 }
 
@@ -63,15 +64,14 @@ template <class Info, class Functor> int run_bands(const Info* source, const M_L
 /// The rectangle that a call is about: null is the whole world.
 inline M_LRect area_or_all(const M_LRect* area, const QX_LayerDef* world) {
     if (area != nullptr) return *area;
-    return world != nullptr ? M_LRect{0, 0, world->width, world->height} : M_LRect{};
+    return world != nullptr ? whole_of(*world) : M_LRect{};
 }
 
 /// Rectangles that the wrappers leave to one thread: the empty ones, and those of one column where the cost of the
 /// machinery would show.
 inline bool is_narrow(const M_LRect& rect) { return M_EmptyLRect(rect) || std::int64_t{rect.right} - rect.left < 2; }
 
-/// The wrappers that stand in files of their own. The one of transforms is defined beside the records it needs.
+/// The wrapper that stands in a file of its own.
 IterateGenericFn accelerated_iterate_generic;
-TransformWorldFn accelerated_transform_world;
 
 }  // namespace qx

@@ -2,7 +2,6 @@
 #include "QX/library/QX_Library.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 
 #include "QX/compositing/QX_SoftLight.h"
@@ -11,7 +10,7 @@
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/iterate/QX_Acceleration.h"
+#include "QX/library/QX_Acceleration.h"
 #include "QX/library/QX_FillSlots.h"
 #include "QX/pixelops/QX_Noise.h"
 #include "QX/suites/QX_CallbackRoutines.h"
@@ -23,36 +22,27 @@
 
 namespace {
 
-constexpr int kPlace = 10;
 constexpr int kMilestone = 10;
 constexpr int kStartPixels = 1024;
 
 enum AccelerationSelector { kStart = 0, kStop = 1 };
 
 int call_acceleration(AccelerationSelector selector) {
-    return qx::acceleration_entry({.selector = selector,
-                                   .interface_number = qx::kAccelerationInterface,
-                                   .major = qx::kAccelerationMajor,
-                                   .minor = qx::kAccelerationMinor,
-                                   .routines = QXp_G_OverFuncs,
-                                   .message = [](const char* text) { qx::report_failed_verification(kPlace, text); },
-                                   .ansi = qx::ansi_block(),
-                                   .multiply = QXp_G_fcm_table,
-                                   .divide = QXp_G_fcd_table,
-                                   .calloc = &std::calloc,
-                                   .free = &std::free,
-                                   .malloc = &std::malloc,
-                                   .realloc = &std::realloc,
-                                   .exit = &std::exit});
-}
-
-/// A layer that fails leaves the table as it was.
-void install_acceleration() {
-    const auto plain = std::to_array(QXp_G_OverFuncs);
-    if (const int code = call_acceleration(kStart)) {
-        std::copy(plain.begin(), plain.end(), QXp_G_OverFuncs);
-        throw code;
-    }
+    return qx::acceleration_entry(
+        {.selector = selector,
+         .interface_number = qx::kAccelerationInterface,
+         .major = qx::kAccelerationMajor,
+         .minor = qx::kAccelerationMinor,
+         .routines = QXp_G_OverFuncs,
+         .message = [](const char* text) { qx::report_failed_verification(qx::Place::birth, text); },
+         .ansi = qx::ansi_block(),
+         .multiply = QXp_G_fcm_table,
+         .divide = QXp_G_fcd_table,
+         .calloc = &std::calloc,
+         .free = &std::free,
+         .malloc = &std::malloc,
+         .realloc = &std::realloc,
+         .exit = &std::exit});
 }
 
 /// The scratch that single calls share, at its size of the start.
@@ -74,7 +64,7 @@ int QX_Birth() {
         qx::throw_if(scratch_of_start(false));
         const auto& flags = TK_G_CPU_DataP->flags;
         qx::fill_slots(flags[kTK_CPU_Vector] != 0, flags[kTK_CPU_FasterRows] != 0);
-        install_acceleration();
+        qx::throw_if(call_acceleration(kStart));
         HCL_XIFAddressProc registry = nullptr;
         qx::throw_if(HCL_GetXIFAddressProc(&registry));
     });

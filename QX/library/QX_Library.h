@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "QX/indep/QX_Export.h"
-#include "QX/pixelops/QX_Rand.h"
 
 /// Starts the library: builds the process-wide tables, fills the table of routines by the processor's flags and
 /// installs the acceleration layer. Alone on one thread, before anything else.
@@ -16,14 +15,6 @@ QX_EXPORT int QX_Death(void);
 
 /// Shrinks the scratch buffers to their start size. Not while a compositing routine runs. @return 0 or 4
 QX_EXPORT int QX_FreeUpSomeMemory(void);
-
-/// sqrt(x * x + y * y), without care for overflow.
-QX_EXPORT double QX_Hypot(double x, double y);
-
-/// Old services of the host for effects. Selectors: 2 multiply table, 3 divide table, 4 and 5 trigonometry
-/// table (stored in `*result`), 6 and 7 end the colour tables, 8 and 9 the trigonometry table. Others do nothing.
-/// @return what the host routine returned, else 0
-QX_EXPORT int QX_AppCallback(void* ref, int selector, void** result, ...);
 
 /// Zeros that a sampler outside its table reads.
 QX_EXPORT extern const double QX_G_ZeroData[16];

@@ -5,16 +5,13 @@
 
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/pixelops/QX_PixelRun.h"
-#include "QX/world/QX_StackWorld.h"
 
 namespace {
 
-constexpr int kPlaceGpu = 30, kPlaceDepth = 31;
-constexpr int kPlaceBadParameter = 13;
-
-template <class Pixel> int fill(QX_WorldX<Pixel>& world, const M_LRect* rect, const Pixel& pixel) {
-    if (world.data == nullptr) return qx::report_bad_parameter(kPlaceBadParameter);
+template <class Pixel> int fill(const QX_LayerDef& world, const M_LRect* rect, const Pixel& pixel) {
+    if (world.data == nullptr) return qx::report_bad_parameter(qx::Place::missing_pixels);
     const M_LRect ordered = rect == nullptr ? qx::whole_of(world) : qx::in_order(*rect);
     qx::fill_area(world, qx::clip_to(world, &ordered), pixel);
     return 0;
@@ -23,16 +20,16 @@ template <class Pixel> int fill(QX_WorldX<Pixel>& world, const M_LRect* rect, co
 /// The way of all three fills: test, depth, wrapper, colour at that depth, rows.
 template <class Colour>
 int fill_world(const Colour* colour, const M_LRect* rect, QX_LayerDef* record, const char* unknown_depth) {
-    if (record == nullptr) return qx::report_bad_parameter(kPlaceBadParameter);
-    if (qx::is_gpu_world(record)) return qx::report_gpu_world(kPlaceGpu);
-    return qx::with_stack_world(record, kPlaceDepth, unknown_depth, [&]<class Pixel>(QX_WorldX<Pixel>& world) {
-        return fill(world, rect, qx::colour_argument<Pixel>(colour));
-    });
+    if (record == nullptr) return qx::report_bad_parameter(qx::Place::missing_pixels);
+    if (qx::is_gpu_world(record)) return qx::report_gpu_world(qx::Place::fill_gpu);
+    return qx::with_depth(
+        *record, qx::Place::fill_depth,
+        [&]<class Pixel>() { return fill(*record, rect, qx::colour_argument<Pixel>(colour)); }, unknown_depth);
 }
 
 /// The edges have been clamped by the caller; a missing buffer is told even when there is nothing to clear.
-template <class Pixel> int clear_alpha(QX_WorldX<Pixel>& world, const M_LRect& rect) {
-    if (world.data == nullptr) return qx::report_bad_parameter(kPlaceBadParameter);
+template <class Pixel> int clear_alpha(const QX_LayerDef& world, const M_LRect& rect) {
+    if (world.data == nullptr) return qx::report_bad_parameter(qx::Place::missing_pixels);
     using Channel = QX_ChannelOf<Pixel>;
     qx::for_each_row<Channel>(world, qx::in_order(rect), sizeof(Pixel),
                               [](qx::Loose<Channel>* row, std::size_t columns) {
@@ -41,7 +38,7 @@ template <class Pixel> int clear_alpha(QX_WorldX<Pixel>& world, const M_LRect& r
     return 0;
 }
 
-template <class Pixel> int clear_alpha_except(QX_WorldX<Pixel>& world, const M_LRect& rect) {
+template <class Pixel> int clear_alpha_except(const QX_LayerDef& world, const M_LRect& rect) {
     const std::int32_t width = std::max(world.width, 0), height = std::max(world.height, 0);
     M_LRect r = qx::clip_to(world, &rect);
     if (M_EmptyLRect(r)) {
@@ -59,7 +56,7 @@ template <class Pixel> int clear_alpha_except(QX_WorldX<Pixel>& world, const M_L
                               {r.left, r.bottom, r.right, height},
                               {r.right, r.bottom, width, height}};
     for (const M_LRect& part : around) {
-        if (const int code = clear_alpha(world, part)) return code;
+        if (const int code = clear_alpha<Pixel>(world, part)) return code;
     }
     return 0;
 }
@@ -79,8 +76,8 @@ int QX_FillFloat(void*, const QX_PixelFloat* color, const M_LRect* rect, QX_Laye
 }
 
 int QX_ClearAlphaExceptRect(void*, const M_LRect* rect, QX_LayerDef* world) {
-    if (world == nullptr || rect == nullptr) return qx::report_bad_parameter(kPlaceBadParameter);
-    // Kept: the text is shown as it stands, and a GPU world is told by its missing pixels alone.
-    return qx::with_stack_world(world, kPlaceDepth, "Unknown world bitdepth in##CONDITIONNAME",
-                                [&](auto& wrapped) { return clear_alpha_except(wrapped, *rect); });
+    if (world == nullptr || rect == nullptr) return qx::report_bad_parameter(qx::Place::missing_pixels);
+    // Kept: a GPU world is told by its missing pixels alone.
+    return qx::with_depth(*world, qx::Place::fill_depth,
+                          [&]<class Pixel>() { return clear_alpha_except<Pixel>(*world, *rect); });
 }

@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int kPlaceExtract = 4, kPlaceInsert = 5;
 constexpr std::uint32_t kMasks = 16;
 
 /// The channels of a mask, by their places in a pixel.
@@ -79,14 +78,14 @@ template <class T> T* element(T* base, M_Vector2T<int> pos, std::ptrdiff_t row, 
 
 int QX_ExtractPlanes(void*, const QX_LayerDef* world, std::uint32_t plane_mask, TK_Handle* handle,
                      std::int32_t* rowbytes) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlaceExtract);
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::extract_planes);
     if (unusable(world, plane_mask) || handle == nullptr || rowbytes == nullptr) {
-        return qx::report_bad_parameter(kPlaceExtract);
+        return qx::report_bad_parameter(qx::Place::extract_planes);
     }
     const std::int64_t columns = std::max(world->width, 0), rows = std::max(world->height, 0);
     const std::int64_t row = (std::popcount(plane_mask) * (columns + 8) + 3) & ~std::int64_t{1};
-    if (row != static_cast<std::int32_t>(row)) return qx::report_bad_parameter(kPlaceExtract);
-    TK_Handle made = TK_AllocateHandle(qx::site(kPlaceExtract), qx::text_of(qx::Text::plane_buffer),
+    if (row != static_cast<std::int32_t>(row)) return qx::report_bad_parameter(qx::Place::extract_planes);
+    TK_Handle made = TK_AllocateHandle(qx::site(qx::Place::extract_planes), qx::text_of(qx::Text::plane_buffer),
                                        static_cast<std::size_t>(row * rows));
     if (made == nullptr) return kQX_OutOfMemory;
     for_each_sample(*world, made, row, plane_mask, [](std::uint8_t channel, std::uint8_t& out) { out = channel; });
@@ -96,8 +95,8 @@ int QX_ExtractPlanes(void*, const QX_LayerDef* world, std::uint32_t plane_mask, 
 }
 
 int QX_InsertPlanes(void*, TK_Handle handle, std::int32_t rowbytes, std::uint32_t plane_mask, QX_LayerDef* world) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlaceInsert);
-    if (unusable(world, plane_mask) || handle == nullptr) return qx::report_bad_parameter(kPlaceInsert);
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::insert_planes);
+    if (unusable(world, plane_mask) || handle == nullptr) return qx::report_bad_parameter(qx::Place::insert_planes);
     for_each_sample(*world, handle, rowbytes, plane_mask, [](std::uint8_t& channel, std::uint8_t in) { channel = in; });
     return 0;
 }

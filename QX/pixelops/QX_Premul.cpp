@@ -6,25 +6,17 @@
 
 #include "QX/indep/QX_ColourTables.h"
 #include "QX/indep/QX_Report.h"
-#include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_SlotsOf.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/iterate/QX_Iterate.h"
 #include "QX/pixelops/QX_PremulRows.h"
-#include "QX/world/QX_StackWorld.h"
 
 namespace {
-
-constexpr int kPlace = 80;
 
 using qx::Slot;
 
 template <class Pixel> qx::FilterFn<Pixel>* black_filter(bool forward) {
-    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
-        return forward ? qx::slot<Slot::BlackForward8>() : qx::slot<Slot::BlackReverse8>();
-    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
-        return forward ? qx::slot<Slot::BlackForward16>() : qx::slot<Slot::BlackReverse16>();
-    } else {
-        return forward ? qx::slot<Slot::BlackForwardFloat>() : qx::slot<Slot::BlackReverseFloat>();
-    }
+    return qx::filter_slot<Pixel>(qx::filter_place(0, forward));
 }
 
 template <class Pixel> int filter_rows(void* effect_ref, bool forward, const M_LRect* rect, const QX_LayerDef& world) {
@@ -59,7 +51,7 @@ template <bool Add> void move_row(const MatteTable& table, std::size_t columns, 
 }  // namespace
 
 int QX_Premul(void* effect_ref, bool forward, QX_LayerDef* world) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlace);
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::premul);
     return QX_PremulRect(effect_ref, forward, nullptr, world);
 }
 
@@ -68,12 +60,10 @@ int QX_PremulRect(void* effect_ref, bool forward, const M_LRect* rect, QX_LayerD
 }
 
 int QX_PremulRect_S(void* effect_ref, bool forward, const M_LRect* rect, QX_LayerDef* world) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlace);
-    if (world == nullptr || world->data == nullptr) return qx::report_bad_parameter(qx::kPlaceBadPremul);
-    return qx::with_stack_world(world, kPlace, "Unknown world bitdepth in##CONDITIONNAME",
-                                [&]<class Pixel>(QX_WorldX<Pixel>& at_depth) {
-                                    return filter_rows<Pixel>(effect_ref, forward, rect, at_depth);
-                                });
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::premul);
+    if (world == nullptr || world->data == nullptr) return qx::report_bad_parameter(qx::Place::missing_pixels);
+    return qx::with_depth(*world, qx::Place::premul,
+                          [&]<class Pixel>() { return filter_rows<Pixel>(effect_ref, forward, rect, *world); });
 }
 
 int QX_BlackMatte(void*, std::int32_t count, const QX_Pixel8* src, QX_Pixel8* dst) {
@@ -98,10 +88,10 @@ int QX_DeBlackMatteARGB(void*, std::int32_t count, QX_Pixel8* pixels) {
 }
 
 int QX_MatteBlackToMatteColorARGB(QX_LayerDef* world, const QX_Pixel8* colour, bool reverse) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlace);
-    if (world == nullptr || world->data == nullptr) return qx::report_bad_parameter(qx::kPlaceBadPremul);
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::premul);
+    if (world == nullptr || world->data == nullptr) return qx::report_bad_parameter(qx::Place::missing_pixels);
     if (QXp_WorldDepth(world) != 8) {
-        return qx::report_failed_verification(kPlace,
+        return qx::report_failed_verification(qx::Place::premul,
                                               "QX_MatteBlackToMatteColorARGB only works on 8bpc QX_EffectWorlds");
     }
     if (colour == nullptr || (colour->red == 0 && colour->green == 0 && colour->blue == 0)) return 0;

@@ -6,13 +6,11 @@
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_Slots.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/pixelops/QX_Premul.h"
 #include "QX/pixelops/QX_PremulRows.h"
-#include "QX/world/QX_StackWorld.h"
 
 namespace {
-
-constexpr int kPlace = 81;
 
 /// The colour shows as far as alpha is missing.
 template <class D> typename D::Lane mixed(typename D::Lane c, typename D::Lane m, typename D::Lane a) {
@@ -60,16 +58,19 @@ struct Texts {
 template <class Colour>
 int premul_colour(const Texts& texts, void* effect_ref, QX_LayerDef* src, const Colour* colour, bool forward,
                   const M_LRect* rect, QX_LayerDef* dst) {
-    if (qx::is_gpu_world(src) || qx::is_gpu_world(dst)) return qx::report_gpu_world(kPlace);
+    if (qx::is_gpu_world(src) || qx::is_gpu_world(dst)) return qx::report_gpu_world(qx::Place::premul_colour);
     if (src == nullptr || src->data == nullptr || dst == nullptr || dst->data == nullptr) {
-        return qx::report_bad_parameter(qx::kPlaceBadPremul);
+        return qx::report_bad_parameter(qx::Place::missing_pixels);
     }
     if (QXp_WorldDepth(src) != QXp_WorldDepth(dst)) {
-        return qx::report_failed_verification(kPlace, texts.same_depth);
+        return qx::report_failed_verification(qx::Place::premul_colour, texts.same_depth);
     }
-    return qx::with_stack_world(dst, kPlace, texts.unknown_depth, [&]<class Pixel>(QX_WorldX<Pixel>& at_depth) {
-        return matte_rows(effect_ref, *src, qx::colour_argument<Pixel>(colour), forward, rect, at_depth);
-    });
+    return qx::with_depth(
+        *dst, qx::Place::premul_colour,
+        [&]<class Pixel>() {
+            return matte_rows(effect_ref, *src, qx::colour_argument<Pixel>(colour), forward, rect, *dst);
+        },
+        texts.unknown_depth);
 }
 
 }  // namespace

@@ -12,8 +12,6 @@
 /// Rows of an area by one of the iteration engines, with the question before each whether to go on.
 namespace qx {
 
-inline constexpr int kPlaceBadPremul = 13;
-
 class AskBeforeRow {
 public:
     explicit AskBeforeRow(void* effect_ref) : progress_(static_cast<const QX_ProgressInfo*>(effect_ref)) {}
@@ -44,10 +42,6 @@ template <class Row> int run_rows(IterateGenericFn* engine, void* effect_ref, co
             return 0;
         });
     });
-}
-
-template <class Pixel> Pixel* pixel_at(const QX_LayerDef& world, std::int32_t x, std::int32_t y) {
-    return reinterpret_cast<Pixel*>(pixel_address(world, x, y, sizeof(Pixel)));
 }
 
 }  // namespace qx

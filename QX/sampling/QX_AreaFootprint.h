@@ -18,20 +18,16 @@ QX_INLINE constexpr Branch branch_of(const QX_SampPB& params) {
     return params.x_radius > kHalf ? Branch::row_strip : Branch::point;
 }
 
-QX_INLINE constexpr std::int32_t negative(std::int32_t a) {
-    return static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(a));
-}
-
 /// One side of the footprint: from pixel `first` on, a partial pixel where `lead` is not 0, whole ones up to `last`,
 /// and a partial one there where `tail` is not 0.
 struct Extent {
     std::int32_t low, high;
 
     QX_INLINE constexpr Extent(std::int32_t centre, std::int32_t radius)
-        : low(wrapping_sum(wrapping_sum(centre, negative(radius)), kHalf)),
+        : low(wrapping_sum(wrapping_difference(centre, radius), kHalf)),
           high(wrapping_sum(wrapping_sum(centre, radius), kHalf)) {}
 
-    QX_INLINE constexpr std::int32_t length() const { return wrapping_sum(high, negative(low)); }
+    QX_INLINE constexpr std::int32_t length() const { return wrapping_difference(high, low); }
     /// Cut to a world's side. What lies outside, and what wrapped, has no pixel at all, not even a partial one.
     QX_INLINE constexpr Extent clipped(std::int32_t size) const {
         const auto end = lesser(std::int64_t{size} * kOne, std::int64_t{INT32_MAX});

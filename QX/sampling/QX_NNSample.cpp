@@ -7,7 +7,7 @@ namespace qx::sampling {
 namespace {
 
 template <class Pixel> int nearest_sample(std::int32_t x, std::int32_t y, const QX_SampPB* params, Pixel* out) {
-    if (is_gpu_world(params->src)) return report_gpu_world(kSamplePlace);
+    if (is_gpu_world(params->src)) return report_gpu_world(Place::sampler);
     *out = Nearest<Pixel>(*params->src).read(FixedPoint{x, y} + FixedPoint{kFixedHalf, kFixedHalf});
     return kQX_NoError;
 }

@@ -6,13 +6,10 @@
 
 namespace qx::sampling {
 
-/// The place of samplers in reports.
-inline constexpr int kSamplePlace = 60;
-
 /// @return 0, or 3 after a report for a source that is a GPU world
 inline int refuse_gpu_world(const QX_SampPB* params) {
     if (!is_gpu_world(params->src)) return kQX_NoError;
-    return report_failed_verification(kSamplePlace, "gpu effect world is not supported.");
+    return report_failed_verification(Place::sampler, "gpu effect world is not supported.");
 }
 
 }  // namespace qx::sampling

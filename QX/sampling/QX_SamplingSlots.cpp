@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/sampling/QX_SamplingSlots.h"
 
-#include "QX/geometry/QX_CopyBits.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/sampling/QX_AreaRuns.h"
 #include "QX/sampling/QX_AreaSample.h"
@@ -43,12 +42,6 @@ void fill_samplers16(bool vector) {
     set_slot<Slot::SubpixelSpan16>(&QX_SubpixelSpanSampleTranslateNoClip_Straight16);
 }
 
-void fill_copies() {
-    set_slot<Slot::CopyBitsDraft>(&QX_CopyBits_Draft_Static);
-    set_slot<Slot::CopyBitsHQ>(&QX_CopyBits_HQ_Straight_Static);
-    set_slot<Slot::CopyBitsHQPremul>(&QX_CopyBits_HQ_Premul_Static);
-}
-
 }  // namespace
 
 void fill_sampling_slots(bool vector, bool faster) {
@@ -56,7 +49,6 @@ void fill_sampling_slots(bool vector, bool faster) {
     fill_samplers16(vector);
     choose_run_forms(faster);
     choose_area_runs(faster);
-    fill_copies();
     sampling::cubic8 = faster ? &avx2::cubic8 : &sampling::cubic8_plain;
 }
 

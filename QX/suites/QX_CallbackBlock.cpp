@@ -8,6 +8,7 @@
 namespace {
 
 using qx::Private;
+using qx::Slot;
 namespace picks = qx::picks;
 
 struct Field {
@@ -17,19 +18,19 @@ struct Field {
 
 /// The same at any quality.
 constexpr Field kFixedFields[] = {
-    {0, 0},
+    {kQX_CB_reserved0, Slot::None0},
     {kQX_CB_batch_sample, Private::batch_sample},
-    {4, 1},
-    {kQX_CB_convolve, 28},
+    {kQX_CB_reserved1, Slot::None1},
+    {kQX_CB_convolve, Slot::Convolve},
     {kQX_CB_fill, Private::fill},
     {kQX_CB_gaussian_kernel, Private::gaussian_kernel},
-    {kQX_CB_iterate, 42},
+    {kQX_CB_iterate, Slot::Iterate},
     {kQX_CB_premultiply, Private::premultiply},
     {kQX_CB_premultiply_color, Private::premultiply_color},
     {kQX_CB_new_world, Private::new_world},
     {kQX_CB_dispose_world, Private::dispose_world},
-    {kQX_CB_iterate_origin, 43},
-    {kQX_CB_iterate_lut, 44},
+    {kQX_CB_iterate_origin, Slot::IterateOrigin},
+    {kQX_CB_iterate_lut, Slot::IterateLUT},
     {kQX_CB_transfer_rect, Private::transfer_rect},
     {kQX_CB_transform_world, Private::transform_world},
     {kQX_CB_host_new_handle, Private::new_handle},
@@ -40,14 +41,14 @@ constexpr Field kFixedFields[] = {
     {kQX_CB_app, Private::app},
     {kQX_CB_get_platform_data, Private::get_platform_data},
     {kQX_CB_host_get_handle_size, Private::get_handle_size},
-    {kQX_CB_iterate_origin_non_clip_src, 51},
-    {kQX_CB_iterate_generic, 53},
+    {kQX_CB_iterate_origin_non_clip_src, Slot::IterateOriginNoClip},
+    {kQX_CB_iterate_generic, Slot::IterateGeneric},
     {kQX_CB_host_resize_handle, Private::resize_handle},
     {kQX_CB_fill16, Private::fill16},
     {kQX_CB_premultiply_color16, Private::premultiply_color16},
-    {kQX_CB_iterate16, 42},
-    {kQX_CB_iterate_origin16, 43},
-    {kQX_CB_iterate_origin_non_clip_src16, 51},
+    {kQX_CB_iterate16, Slot::Iterate},
+    {kQX_CB_iterate_origin16, Slot::IterateOrigin},
+    {kQX_CB_iterate_origin_non_clip_src16, Slot::IterateOriginNoClip},
     {kQX_CB_get_pixel_data8, Private::get_pixel_data8},
     {kQX_CB_get_pixel_data16, Private::get_pixel_data16},
 };

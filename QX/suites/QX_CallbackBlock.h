@@ -28,10 +28,12 @@ QX_EXPORT int QX_GetCallbackAddr(void* ref, int quality, unsigned char flags, in
 
 /// Positions of the fields.
 enum QX_CallbackField : int {
-    kQX_CB_subpixel_sample = 1,
+    kQX_CB_reserved0,
+    kQX_CB_subpixel_sample,
     kQX_CB_area_sample,
     kQX_CB_batch_sample,
-    kQX_CB_composite_rect = 5,
+    kQX_CB_reserved1,
+    kQX_CB_composite_rect,
     kQX_CB_blend,
     kQX_CB_convolve,
     kQX_CB_copy,
@@ -67,5 +69,6 @@ enum QX_CallbackField : int {
     kQX_CB_iterate_origin16,
     kQX_CB_iterate_origin_non_clip_src16,
     kQX_CB_get_pixel_data8,
-    kQX_CB_get_pixel_data16
+    kQX_CB_get_pixel_data16,
+    kQX_CB_reserved2
 };

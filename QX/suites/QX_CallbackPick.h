@@ -9,15 +9,15 @@ namespace qx {
 
 /// Where one routine's address stands.
 struct Source {
-    int slot = 0;  ///< 0 for none: that slot is empty for good
+    Slot slot = Slot::None0;
     Private routine = Private::none;
 
-    constexpr Source(int number) : slot(number) {}       // NOLINT(google-explicit-constructor): a table's shorthand
+    constexpr Source(Slot which) : slot(which) {}        // NOLINT(google-explicit-constructor): a table's shorthand
     constexpr Source(Private which) : routine(which) {}  // NOLINT(google-explicit-constructor)
     constexpr Source next(int n) const {                 ///< the n-th of a run of private routines
         return static_cast<Private>(static_cast<int>(routine) + n);
     }
-    void* address() const { return routine == Private::none ? QXp_G_OverFuncs[slot] : private_routine(routine); }
+    void* address() const { return routine == Private::none ? slot_address(slot) : private_routine(routine); }
 };
 
 /// The four answers to (quality, alpha form).
@@ -25,7 +25,7 @@ struct Pick {
     Source straight_best, premul_best, straight_draft, premul_draft;
 
     constexpr Pick(Source any) : Pick(any, any, any) {}  // NOLINT(google-explicit-constructor)
-    constexpr Pick(int any) : Pick(Source(any)) {}       // NOLINT(google-explicit-constructor)
+    constexpr Pick(Slot any) : Pick(Source(any)) {}      // NOLINT(google-explicit-constructor)
     constexpr Pick(Private any) : Pick(Source(any)) {}   // NOLINT(google-explicit-constructor)
     constexpr Pick(Source straight, Source premul, Source draft) : Pick(straight, premul, draft, draft) {}
     constexpr Pick(Source sb, Source pb, Source sd, Source pd)
@@ -39,9 +39,14 @@ struct Pick {
 };
 
 namespace picks {
-inline constexpr Pick subpixel_sample{3, 4, 2}, area_sample{5, 6, 2};
-inline constexpr Pick subpixel_sample16{64, 64, 63}, area_sample16{65, 65, 63};
-inline constexpr Pick copy{24, 25, 23}, composite_rect{9, 10, 7, 8};
+/// Straight, premultiplied, draft.
+inline constexpr Pick subpixel_sample{Slot::SubpixelSample, Slot::SubpixelSamplePremul, Slot::NNSample};
+inline constexpr Pick area_sample{Slot::AreaSample, Slot::AreaSamplePremul, Slot::NNSample};
+inline constexpr Pick subpixel_sample16{Slot::SubpixelSample16, Slot::SubpixelSample16, Slot::NNSample16};
+inline constexpr Pick area_sample16{Slot::AreaSample16, Slot::AreaSample16, Slot::NNSample16};
+inline constexpr Pick copy{Slot::CopyBitsHQ, Slot::CopyBitsHQPremul, Slot::CopyBitsDraft};
+inline constexpr Pick composite_rect{Slot::CompositeRectBest, Slot::CompositeRectBestPremul, Slot::CompositeRectDraft,
+                                     Slot::CompositeRectDraftPremul};
 
 constexpr Pick by_alpha(Source straight, Source premul) { return {straight, premul, straight, premul}; }
 inline constexpr Pick blend = by_alpha(Private::blend_straight, Private::blend_premul);

@@ -13,11 +13,9 @@ namespace qx {
 
 namespace {
 
-constexpr int kPlace = 2;
-
 /// A world that is missing. @return 3
 int report_null_world() {
-    return report_failed_verification(kPlace, "Invalid parameter, effect world cannot be null.");
+    return report_failed_verification(Place::callback_routine, "Invalid parameter, effect world cannot be null.");
 }
 
 /// The 8-bit opacity counts from one step up; a record without it has the 16-bit one.
@@ -36,7 +34,7 @@ std::optional<QX_CompositeModePlus> unpack(const QX_CompositeMode* mode) {
 }  // namespace
 
 int batch_sample_stub(...) {
-    return report_failed_verification(kPlace,
+    return report_failed_verification(Place::callback_routine,
                                       "Batch Sampling has been deprecated; please update your plug-in calling code");
 }
 
@@ -49,7 +47,8 @@ int new_world_callback(void*, int width, int height, int flags, QX_LayerDef* wor
 int dispose_world_callback(void*, QX_LayerDef* world) {
     if (world == nullptr) return report_null_world();
     if (world->ownership_mark != kQX_OwnedMark) {
-        return report_failed_verification(kPlace, "effects modules should only dispose worlds they have allocated.");
+        return report_failed_verification(Place::callback_routine,
+                                          "effects modules should only dispose worlds they have allocated.");
     }
     return guarded([&] { throw_if(QX_DisposeEffectWorld(world)); });
 }
@@ -57,7 +56,7 @@ int dispose_world_callback(void*, QX_LayerDef* world) {
 int transfer_rect_callback(void* ref, int quality, int flags, int field, const M_LRect* src_rect, QX_LayerDef* src,
                            const QX_CompositeMode* mode, const QX_MaskWorld* mask, int dest_x, int dest_y,
                            QX_LayerDef* dst) {
-    if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_world(kPlace);
+    if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_world(Place::callback_routine);
     return guarded([&] {
         const auto plus = unpack(mode);
         return slot<Slot::TransferRect>()(static_cast<const QX_ProgressInfo*>(ref), quality, flags, field, src_rect,
@@ -68,7 +67,7 @@ int transfer_rect_callback(void* ref, int quality, int flags, int field, const M
 int transform_world_callback(void* ref, int quality, int flags, int field, QX_LayerDef* src,
                              const QX_CompositeMode* mode, const QX_MaskWorld* mask, const M_Matrix3* matrices,
                              int num_matrices, bool src2dst_matrix, const M_LRect* dest_rect, QX_LayerDef* dst) {
-    if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_world(kPlace);
+    if (is_gpu_world(src) || is_gpu_world(dst)) return report_gpu_world(Place::callback_routine);
     return guarded([&] {
         const auto plus = unpack(mode);
         return slot<Slot::TransformWorld>()(static_cast<const QX_ProgressInfo*>(ref), quality, flags, field, src,
@@ -79,7 +78,7 @@ int transform_world_callback(void* ref, int quality, int flags, int field, QX_La
 
 int platform_data_callback(void*, int selector, void** out) {
     if (selector == 0 && out != nullptr) *out = nullptr;
-    report_bad_parameter(kPlace);
+    report_bad_parameter(Place::callback_routine);
     return kQX_BadParameter;
 }
 

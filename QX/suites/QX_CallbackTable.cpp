@@ -5,12 +5,12 @@
 
 #include "QX/drawing/QX_Drawing.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/library/QX_Library.h"
 #include "QX/pixelops/QX_Fill.h"
 #include "QX/pixelops/QX_ImagePlanes.h"
 #include "QX/pixelops/QX_Premul.h"
 #include "QX/suites/QX_CallbackBlock.h"
 #include "QX/suites/QX_CallbackRoutines.h"
+#include "QX/suites/QX_General.h"
 #include "QX/world/QX_PixelData.h"
 #include "platform/M_Tables.h"
 

@@ -2,7 +2,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "QX/library/QX_Library.h"
+#include "QX/suites/QX_General.h"
 #include "platform/M_Tables.h"
 
 double QX_Hypot(double x, double y) { return std::sqrt(x * x + y * y); }

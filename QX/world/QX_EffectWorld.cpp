@@ -10,9 +10,7 @@
 
 namespace {
 
-constexpr int kPlaceNew = 2, kPlaceDispose = 3;
-
-int null_record(int place) {
+int null_record(qx::Place place) {
     qx::report_text(place, qx::Text::invalid_parameter);
     return kQX_BadParameter;
 }
@@ -20,14 +18,14 @@ int null_record(int place) {
 /// Kept: without a text to show, a record of someone else's is let through.
 bool refused(bool ours) {
     if (ours || qx::text_of(qx::Text::not_your_world) == nullptr) return false;
-    qx::report_text(kPlaceDispose, qx::Text::not_your_world);
+    qx::report_text(qx::Place::dispose_effect_world, qx::Text::not_your_world);
     return true;
 }
 
 }  // namespace
 
 int QX_NewEffectWorld(int width, int height, int depth, char reserved, char clear, QX_LayerDef* out) {
-    if (out == nullptr) return null_record(kPlaceNew);
+    if (out == nullptr) return null_record(qx::Place::new_effect_world);
     if (reserved != 0) return kQX_UnknownSelector;
     return qx::guarded([&] {
         if (depth != static_cast<short>(depth)) throw int{kQX_FailedVerification};
@@ -40,7 +38,7 @@ int QX_NewEffectWorld(int width, int height, int depth, char reserved, char clea
 }
 
 int QX_DisposeEffectWorld(QX_LayerDef* world) {
-    if (world == nullptr) return null_record(kPlaceDispose);
+    if (world == nullptr) return null_record(qx::Place::dispose_effect_world);
     const bool marked = world->ownership_mark == kQX_OwnedMark;
     if (qx::is_gpu_world(world)) {
         if (refused(marked)) return kQX_BadParameter;

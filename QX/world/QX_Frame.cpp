@@ -2,6 +2,7 @@
 #include "QX/world/QX_Frame.h"
 
 #include "QX/indep/QX_Errors.h"
+#include "QX/indep/QX_Places.h"
 #include "platform/TK_Memory.h"
 
 namespace {
@@ -11,16 +12,15 @@ struct Attempt {
     void* block;
 };
 
-constexpr int kSite = 0x250003;
-
 /// Which of the two places a block of this size comes from and goes back to.
 bool is_recycled(std::size_t size) { return size > qx::kRecycledThreshold; }
 
 void try_once(void* context, bool* success) {
     auto* attempt = static_cast<Attempt*>(context);
-    attempt->block = is_recycled(attempt->size)
-                         ? TK_GetRecycledPtrBaseAddress(TK_AllocateRecycledPtr(kSite, "BM WORLD", attempt->size))
-                         : TK_RuntimeMalloc(attempt->size);
+    attempt->block =
+        is_recycled(attempt->size)
+            ? TK_GetRecycledPtrBaseAddress(TK_AllocateRecycledPtr(qx::kFrameSite, "BM WORLD", attempt->size))
+            : TK_RuntimeMalloc(attempt->size);
     *success = attempt->block != nullptr;
 }
 

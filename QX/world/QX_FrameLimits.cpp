@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Could a frame be allocated at all? The host asks before it plans to render one.
+#include "QX/indep/QX_Area.h"
 #include "QX/world/QX_Frame.h"
 #include "QX/world/QX_FrameTexts.h"
 #include "platform/tesselmediatypes.h"
@@ -26,7 +27,7 @@ int component_precision(tesselmediatypes::PixelFormat format) {
 
 Answer CanAllocateCPUFrame(int width, int height, short depth, std::size_t alignment) {
     if (!valid_size(width, height)) return {false, invalid_size_text(width, height)};
-    const auto pixel = static_cast<std::uint64_t>(depth) * 4 / 8;
+    const auto pixel = std::uint64_t{bytes_of_pixel(depth)};
     const std::uint64_t used = pixel * static_cast<std::uint64_t>(width);
     const std::uint64_t rowbytes = round_up(used, alignment);
     const std::uint64_t bytes = static_cast<std::uint64_t>(height - 1) * rowbytes + (rowbytes - pixel) + used + 8;

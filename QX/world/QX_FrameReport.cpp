@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr short kPlace = 66;
+constexpr int kPlace = static_cast<int>(qx::Place::frame_allocation);
 constexpr int kHostOutOfMemory = -108;  // what some callers pass on from their system
 constexpr const char* kChangingBufferKey = "$$$/VN/BM/LStr/0027=changing pixel buffer.";
 

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <type_traits>
 #include <utility>
 
 #include "QX/indep/QX_Area.h"
-#include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/world/QX_World.h"
 
 namespace {
 
-constexpr int kPlace = 60;
-
-/// Alpha and blue change places, and red and green do.
-template <class Channel> void reverse(const QX_LayerDef& world) {
+/// Alpha and blue change places, and red and green do. Floats move as bits, so that a NaN stays as it is.
+template <class Pixel> void reverse(const QX_LayerDef& world) {
+    using Own = QX_ChannelOf<Pixel>;
+    using Channel = std::conditional_t<std::is_same_v<Own, float>, std::uint32_t, Own>;
     qx::for_each_row<Channel>(world, qx::whole_of(world), 4 * sizeof(Channel),
                               [](qx::Loose<Channel>* row, std::size_t columns) {
                                   for (std::size_t i = 0; i < 4 * columns; i += 4) {
@@ -23,14 +24,7 @@ template <class Channel> void reverse(const QX_LayerDef& world) {
 }  // namespace
 
 void QX_IteratePixels(QX_World* world) {
-    switch (world->Depth()) {
-        case 8:
-            return reverse<std::uint8_t>(*world);
-        case 16:
-            return reverse<std::uint16_t>(*world);
-        case 32:
-            return reverse<std::uint32_t>(*world);  // bits, so that a NaN stays as it is
-        default:
-            throw qx::report_failed_verification(kPlace, "Unexpected bitdepth in QX_IteratePixels()");
-    }
+    qx::must_have_depth(
+        world->Depth(), qx::Place::iterate_pixels, [&]<class Pixel>() { reverse<Pixel>(*world); },
+        "Unexpected bitdepth in QX_IteratePixels()");
 }

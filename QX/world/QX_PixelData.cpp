@@ -8,12 +8,10 @@
 
 namespace {
 
-constexpr int kPlace = 95;
-
-void report(const char* words) { TKp_ReportErrString(qx::site(kPlace), qx::kReportSeverity, words); }
+void report(const char* words) { TKp_ReportErrString(qx::site(qx::Place::pixel_data), qx::kReportSeverity, words); }
 
 int pixel_data(QX_LayerDef* world, void* pixels, int depth, const char* refusal, void** out) {
-    if (qx::is_gpu_world(world)) return qx::report_gpu_world(kPlace);
+    if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::pixel_data);
     *out = nullptr;
     if (world == nullptr) {
         report(refusal);

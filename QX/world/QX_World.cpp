@@ -8,12 +8,10 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
-#include "QX/indep/QX_WorldDepth.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/world/QX_SubRecord.h"
 
 namespace {
-
-enum Place { kPlaceReReference = 40, kPlaceShrink, kPlaceReference };
 
 /// A size as an int; what does not fit is no valid size on either side.
 int extent(std::int32_t from, std::int32_t to) {
@@ -21,23 +19,16 @@ int extent(std::int32_t from, std::int32_t to) {
     return static_cast<int>(std::clamp<std::int64_t>(std::int64_t{to} - from, Limits::min(), Limits::max()));
 }
 
-void check_sub_rect(const QX_LayerDef& source, const M_LRect& rect, int place, const char* message) {
+void check_sub_rect(const QX_LayerDef& source, const M_LRect& rect, qx::Place place, const char* message) {
     const bool inside = rect.left >= 0 && rect.right <= source.width && rect.top >= 0 && rect.bottom <= source.height;
     if (!inside) throw qx::report_failed_verification(place, message);
 }
 
 /// Makes a world of the class of a depth; every form of construction lists its arguments once.
 template <class... Args> QX_World* make(int depth, Args... args) {
-    switch (depth) {
-        case 8:
-            return new QX_WorldX<QX_Pixel8>(args...);
-        case 16:
-            return new QX_WorldX<QX_Pixel16>(args...);
-        case 32:
-            return new QX_WorldX<QX_PixelFloat>(args...);
-        default:
-            throw int{kQX_FailedVerification};
-    }
+    return qx::for_depth(
+        depth, [&]<class Pixel>() -> QX_World* { return new QX_WorldX<Pixel>(args...); },
+        []() -> QX_World* { throw int{kQX_FailedVerification}; });
 }
 
 }  // namespace
@@ -58,7 +49,7 @@ QX_World* QX_World::NewMatchingWorld(const QX_World* like, int flags) {
 QX_World* QX_World::NewReference(QX_LayerDef* record) {
     const int depth = QXp_WorldDepth(record);
     if (depth != 8 && depth != 16 && depth != 32) {
-        throw qx::report_failed_verification(kPlaceReference,
+        throw qx::report_failed_verification(qx::Place::new_reference,
                                              "Unexpected bitdepth in QX_World::NewReference(QX_EffectWorld)");
     }
     return make(depth, record, false);
@@ -83,16 +74,16 @@ void QX_World::CopyWorld(const QX_World* src) { CopyRect(src, qx::whole_of(*src)
 
 void QX_World::ReReference(QX_World* source, const M_LRect& rect) {
     if (source->Depth() != Depth()) {
-        throw qx::report_failed_verification(kPlaceReReference, "can't change bit depth in ReReference");
+        throw qx::report_failed_verification(qx::Place::re_reference, "can't change bit depth in ReReference");
     }
-    check_sub_rect(*source, rect, kPlaceReReference, "bad sub rect in ReReference");
-    if (source == this) throw qx::report_failed_verification(kPlaceReReference, "can't ReReference self");
+    check_sub_rect(*source, rect, qx::Place::re_reference, "bad sub rect in ReReference");
+    if (source == this) throw qx::report_failed_verification(qx::Place::re_reference, "can't ReReference self");
     static_cast<QX_LayerDef&>(*this) = qx::sub_record(*source, rect, PixelSize());
     world = this;
 }
 
 void QX_World::ShrinkToSubRect(const M_LRect& rect) {
-    check_sub_rect(*this, rect, kPlaceShrink, "bad sub rect in ShrinkToSubRect");
+    check_sub_rect(*this, rect, qx::Place::shrink, "bad sub rect in ShrinkToSubRect");
     const QX_LayerDef part = qx::sub_record(*this, rect, PixelSize());
     width = part.width;
     height = part.height;

@@ -5,19 +5,10 @@
 #include <cstdint>
 
 #include "QX/indep/QX_Export.h"
+#include "QX/indep/QX_PixelContainer.h"
 #include "QX/indep/QX_Records.h"
-#include "platform/TK_Memory.h"
 
 template <class Pixel> class QX_EXPORT QX_WorldX;
-
-class QX_EXPORT QX_PixelContainerBase : public TK_MemTrackedObject {
-public:
-    virtual ~QX_PixelContainerBase() = default;
-    /// 8, 16 or 32.
-    virtual std::int16_t Depth() const = 0;
-    /// Bytes of a pixel: the depth divided by two.
-    std::size_t PixelSize() const { return static_cast<std::size_t>(Depth()) / 2; }
-};
 
 template <class World8, class World16, class WorldFloat> class QX_PixelContainer : public QX_PixelContainerBase {};
 

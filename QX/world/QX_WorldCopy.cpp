@@ -13,8 +13,6 @@ bool covers(const M_LRect& rect, const QX_LayerDef& world) {
     return rect == whole_of(world) || (M_EmptyLRect(rect) && M_EmptyLRect(whole_of(world)));
 }
 
-std::size_t bytes_of_pixel(int depth) { return static_cast<std::size_t>(depth) / 2; }
-
 /// Both worlds whole, tightly packed and alike: one move does it.
 bool is_one_move(const CopyFrom& from, const CopyTo& to, int field) {
     const std::int64_t packed = std::int64_t{from.world->width} * (from.depth / 2);
@@ -35,8 +33,6 @@ Span clip_axis(std::int64_t from, std::int64_t to, std::int64_t move, std::int64
     return {std::max<std::int64_t>(std::max<std::int64_t>(from, 0) + move, 0),
             std::min(std::min(to, src_size) + move, dst_size)};
 }
-
-bool in_field(int field, std::int64_t row) { return (field != 1 && field != 2) || (row & 1) == field - 1; }
 
 }  // namespace
 

@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr int kPlaceSize = 45, kPlaceCopy = 46;
 constexpr unsigned char kGutterByte = 0x55;
 constexpr std::size_t kAlignmentBytes = 8;  // at most so much lies before the first pixel
 
@@ -35,7 +34,7 @@ void count_world(int difference) { live_worlds.fetch_add(difference, std::memory
     qx::throw_if(TK_SubString(text, sizeof text, "^L1", number));
     std::snprintf(number, sizeof number, "%i", height);
     qx::throw_if(TK_SubString(text, sizeof text, "^L2", number));
-    TKp_ReportErrString(qx::site(kPlaceSize), qx::kReportSeverity, text);
+    TKp_ReportErrString(qx::site(qx::Place::world_size), qx::kReportSeverity, text);
     throw int{kQX_BadParameter};
 }
 
@@ -216,7 +215,8 @@ template <class Pixel> void QX_WorldX<Pixel>::Matte(const QX_Pixel16& colour, bo
 
 template <class Pixel> void QX_WorldX<Pixel>::CopyRect(const QX_World* src, const M_LRect& rect, int x, int y) {
     if (src->Depth() != Depth()) {
-        throw qx::report_failed_verification(kPlaceCopy, "Src and dest bitdepths are different in QX_World::CopyRect");
+        throw qx::report_failed_verification(qx::Place::copy_rect,
+                                             "Src and dest bitdepths are different in QX_World::CopyRect");
     }
     qx::copy_pixels({src, Depth(), rect}, {this, sizeof(Pixel) * 2, x, y}, {false, 0, nullptr});
 }
@@ -225,14 +225,14 @@ template <class Pixel>
 void QX_WorldX<Pixel>::CopyRectPossiblyDifferentBitdepth(const QX_World* src, const M_LRect& rect, bool dither, int x,
                                                          int y, QX_ProgressInfo* progress) {
     if (qx::copy_pixels({src, src->Depth(), rect}, {this, sizeof(Pixel) * 2, x, y}, {dither, 0, progress})) return;
-    TKp_ReportErrString(qx::site(kPlaceCopy), qx::kReportSeverity,
+    TKp_ReportErrString(qx::site(qx::Place::copy_rect), qx::kReportSeverity,
                         "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepths");
 }
 
 template <class Pixel>
 void QX_WorldX<Pixel>::CopyRectPossiblyDifferentBitdepthWithField(const QX_World* src, const M_LRect& rect, int field) {
     if (qx::copy_pixels({src, src->Depth(), rect}, {this, sizeof(Pixel) * 2, 0, 0}, {true, field, nullptr})) return;
-    TKp_ReportErrString(qx::site(kPlaceCopy), qx::kReportSeverity,
+    TKp_ReportErrString(qx::site(qx::Place::copy_rect), qx::kReportSeverity,
                         "Unknown bit depth in QX_World::CopyRectPossiblyDifferentBitdepthsWithField");
 }
 

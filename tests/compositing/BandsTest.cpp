@@ -19,8 +19,7 @@ int transfer_in_bands(const TransferCall& call, TestWorld<Pixel>& src, TestWorld
         [&](int i) {
             OwnScratch scratch;
             TransferCall band = call;
-            band.src_rect = split[i];
-            band.dest_y = call.dest_y + split[i].top;
+            band.src_rect = split[i], band.dest_y += split[i].top;
             int code = scratch.allocate(src.world().width, sizeof(QX_ChannelOf<Pixel>), false);
             if (code == 0) code = band.with_scratch(src.record(), dst.record(), scratch.get());
             int none = 0;
@@ -34,25 +33,21 @@ template <class Pixel> class BandsAtDepth : public testing::Test {
 protected:
     Born born_{32};
 };
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(BandsAtDepth, Depths);
+TYPED_TEST_SUITE(BandsAtDepth, AllDepths);
 
 TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
     using Pixel = TypeParam;
-    QX_LinearBlendingTables tables;
-    QX_BuildGammaBlendingTables(2.2f, &tables);
+    const auto tables = tables_of_gamma(2.2f);
     standalone::SetPoolLimit(4);
     TestWorld<Pixel> src(61, 70, FillKind::layer, 1), mask(50, 60, FillKind::random, 2);
     const QX_MaskWorld record = mask_at(*mask.record(), 3, 4, kQX_MaskInverseLuma);
-    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        if (xfer == -1 || xfer == xfer_dissolve || xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma)
-            continue;
-        TransferCall call;
-        call.mode = {xfer, 0.9f, nullptr, xfer % 2 == 0, 3};
-        call.mask = &record;
-        call.tables = xfer % 3 == 0 ? &tables : nullptr;
-        call.dest_x = 2;
-        call.dest_y = 5;
+    for (const int xfer : modes_from(kQX_FirstMode)) {
+        if (xfer == xfer_dissolve || xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma) continue;
+        const TransferCall call{.mode = {xfer, 0.9f, nullptr, xfer % 2 == 0, 3},
+                                .tables = xfer % 3 == 0 ? &tables : nullptr,
+                                .mask = &record,
+                                .dest_x = 2,
+                                .dest_y = 5};
         TestWorld<Pixel> whole(66, 80, FillKind::random, 3);
         ASSERT_EQ(call(src.record(), whole.record()), 0);
         for (const int bands : {1, 2, 7, 32}) {
@@ -67,18 +62,15 @@ TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
 /// What a transfer allocates does not depend on its size: nothing is allocated by row or by pixel.
 TYPED_TEST(BandsAtDepth, NothingIsAllocatedByRowOrPixel) {
     using Pixel = TypeParam;
-    QX_LinearBlendingTables tables;
-    QX_BuildGammaBlendingTables(2.2f, &tables);
+    const auto tables = tables_of_gamma(2.2f);
     TestWorld<Pixel> src(600, 320, FillKind::layer, 1), dst(600, 320, FillKind::random, 2),
         mask(600, 320, FillKind::random, 3);
     const QX_MaskWorld record = mask_at(*mask.record(), 0, 0, kQX_MaskLuma);
     const auto allocations = [&](int width, int height, int xfer, bool linear) {
-        TransferCall call;
-        call.mode.xfer = xfer;
-        call.mode.rgb_only = true;
-        call.mask = &record;
-        call.tables = linear ? &tables : nullptr;
-        call.src_rect = {0, 0, width, height};
+        const TransferCall call{.mode = {xfer, 1.0f, nullptr, true, 1},
+                                .src_rect = {0, 0, width, height},
+                                .tables = linear ? &tables : nullptr,
+                                .mask = &record};
         OwnScratch scratch;
         EXPECT_EQ(scratch.allocate(600, sizeof(QX_ChannelOf<Pixel>), false), 0);
         const std::int64_t before = NewCounter::count() + standalone::Memory().allocations;
@@ -86,9 +78,7 @@ TYPED_TEST(BandsAtDepth, NothingIsAllocatedByRowOrPixel) {
         return NewCounter::count() + standalone::Memory().allocations - before;
     };
     for (const int xfer : {xfer_over, xfer_soft_light, xfer_add, xfer_hue}) {
-        for (const bool linear : {false, true}) {
-            EXPECT_EQ(allocations(600, 320, xfer, linear), 0) << xfer;
-        }
+        for (const bool linear : {false, true}) EXPECT_EQ(allocations(600, 320, xfer, linear), 0) << xfer;
     }
     transfer_in_bands(TransferCall{}, src, dst, 32);  // the pool's threads are up
     const auto in_bands = [&](int height) {

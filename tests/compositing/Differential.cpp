@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/compositing/Differential.h"
 
-#include <cstring>
+#include <array>
 #include <random>
 #include <sstream>
 
-#include "tests/support/TestHost.h"
+#include "QX/indep/QX_SlotsOf.h"
+#include "tests/compositing/TransferSupport.h"
 
 namespace qx::test {
 
@@ -13,26 +14,14 @@ namespace {
 
 constexpr int kGuard = 64;  // pixels before and behind a row; keeps the row's start on a 64-byte boundary
 
-template <class Pixel> Kernels<Pixel> kernels_at(int filters, int merge, int lookups) {
+template <class Pixel> Kernels<Pixel> kernels_now() {
     Kernels<Pixel> kernels{};
-    for (int i = 0; i < 6; ++i) kernels.filter[i] = slot_at<FilterFn<Pixel>>(filters + i);
-    kernels.merge = slot_at<MergeFn<Pixel>>(merge);
-    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        for (int masked = 0; masked < 2 && xfer != -1; ++masked) {
-            slot_at<RowLookupFn<Pixel>>(lookups + 2 * masked)(xfer, &kernels.row[xfer + 3][masked]);
-        }
+    for (int i = 0; i < 6; ++i) kernels.filter[i] = filter_slot<Pixel>(i);
+    kernels.merge = slot<SlotsOf<Pixel>.merge>();
+    for (const auto& [xfer, masked] : each(modes_from(kQX_FirstMode), std::array{0, 1})) {
+        lookup_slot<Pixel>(masked != 0, false)(xfer, &kernels.row[xfer + 3][masked]);
     }
     return kernels;
-}
-
-template <class Pixel> const Kernels<Pixel>& kernels_of(const LevelKernels& level) {
-    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
-        return level.at8;
-    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
-        return level.at16;
-    } else {
-        return level.at_float;
-    }
 }
 
 template <class Pixel> struct Rows { std::vector<Pixel> src, mask, dst; };
@@ -53,24 +42,10 @@ void run_kernel(const Case& c, const Kernels<Pixel>& k, const Rows<Pixel>& rows,
     const Pixel* src = rows.src.data() + kGuard + c.src_offset;
     const Pixel* mask = rows.mask.data() + kGuard + (c.src_offset ^ 1);
     Pixel* to = dst.data() + kGuard + c.dst_offset;
-    switch (c.kernel) {
-        case Kernel::row:
-            k.row[c.number + 3][c.masked](c.count, &mode, nullptr, src, c.masked ? mask : nullptr, to);
-            break;
-        case Kernel::filter:
-            k.filter[c.number](c.count, c.masked ? src : nullptr, to);
-            break;
-        case Kernel::merge:
-            k.merge(c.count, src, mode.opacity, c.masked ? mask : nullptr, to);
-            break;
-    }
-}
-
-template <class Pixel> std::string text_of_pixel(const Pixel& p) {
-    std::ostringstream text;
-    text.precision(9);
-    text << "(" << +p.alpha << " " << +p.red << " " << +p.green << " " << +p.blue << ")";
-    return text.str();
+    if (c.kernel == Kernel::row)
+        k.row[c.number + 3][c.masked](c.count, &mode, nullptr, src, c.masked ? mask : nullptr, to);
+    if (c.kernel == Kernel::filter) k.filter[c.number](c.count, c.masked ? src : nullptr, to);
+    if (c.kernel == Kernel::merge) k.merge(c.count, src, mode.opacity, c.masked ? mask : nullptr, to);
 }
 
 template <class Pixel> std::optional<std::string> run_at_depth(const Case& c) {
@@ -80,37 +55,23 @@ template <class Pixel> std::optional<std::string> run_at_depth(const Case& c) {
     std::vector<Pixel> expected;
     for (const LevelKernels& level : levels()) {
         std::vector<Pixel> dst = rows.dst;
-        run_kernel<Pixel>(c, kernels_of<Pixel>(level), rows, dst);
+        run_kernel<Pixel>(c, std::get<Kernels<Pixel>>(level.kernels), rows, dst);
         if (expected.empty()) expected = dst;  // the plain level comes first
         for (std::size_t i = 0; i < dst.size(); ++i) {
             const bool outside = i < begin || i >= end;
             const Pixel& wanted = outside ? rows.dst[i] : expected[i];
-            if (std::memcmp(&dst[i], &wanted, sizeof(Pixel)) == 0) continue;
-            return level.name + (outside ? " wrote outside the row at " : " differs at ") +
-                   std::to_string(static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(begin)) + ": " +
-                   text_of_pixel(dst[i]) + " instead of " + text_of_pixel(wanted) + " in " + describe(c);
+            if (dst[i] == wanted) continue;
+            std::ostringstream text;
+            text << level.name << (outside ? " wrote outside the row at " : " differs at ")
+                 << static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(begin) << ": " << dst[i]
+                 << " instead of " << wanted << " in " << describe(c);
+            return text.str();
         }
     }
     return std::nullopt;
 }
 
-const char* name_of(FillKind kind) {
-    switch (kind) {
-        case FillKind::random:
-            return "random";
-        case FillKind::opaque:
-            return "opaque";
-        case FillKind::clear:
-            return "clear";
-        case FillKind::extremes:
-            return "extremes";
-        case FillKind::layer:
-            return "layer";
-        case FillKind::edges:
-            return "edges";
-    }
-    return "?";
-}
+constexpr const char* kFillNames[] = {"random", "opaque", "clear", "extremes", "layer", "edges"};
 
 }  // namespace
 
@@ -120,8 +81,8 @@ const std::vector<LevelKernels>& levels() {
         constexpr const char* names[] = {"plain", "SSE4.1", "AVX2"};
         for (int level = 0; level <= static_cast<int>(standalone::DetectedProcessorLevel()); ++level) {
             const Born born(1, static_cast<standalone::ProcessorLevel>(level));
-            found.push_back({names[level], kernels_at<QX_Pixel8>(35, 41, 94), kernels_at<QX_Pixel16>(72, 78, 98),
-                             kernels_at<QX_PixelFloat>(106, 112, 102)});
+            found.push_back(
+                {names[level], {kernels_now<QX_Pixel8>(), kernels_now<QX_Pixel16>(), kernels_now<QX_PixelFloat>()}});
         }
         return found;
     }();
@@ -156,20 +117,14 @@ std::string describe(const Case& c) {
     constexpr const char* kernels[] = {"row", "filter", "merge"};
     text << kernels[static_cast<int>(c.kernel)] << " " << c.number << " depth " << c.depth
          << (c.masked ? " masked" : "") << (c.rgb_only ? " rgb-only" : "") << " opacity " << c.opacity << " "
-         << name_of(c.src) << " on " << name_of(c.dst) << " count " << c.count << " offsets " << c.src_offset << ", "
-         << c.dst_offset << " seed " << c.seed;
+         << kFillNames[static_cast<int>(c.src)] << " on " << kFillNames[static_cast<int>(c.dst)] << " count " << c.count
+         << " offsets " << c.src_offset << ", " << c.dst_offset << " seed " << c.seed;
     return text.str();
 }
 
 std::optional<std::string> run_case(const Case& c) {
-    switch (c.depth) {
-        case 8:
-            return run_at_depth<QX_Pixel8>(c);
-        case 16:
-            return run_at_depth<QX_Pixel16>(c);
-        default:
-            return run_at_depth<QX_PixelFloat>(c);
-    }
+    if (c.depth == 8) return run_at_depth<QX_Pixel8>(c);
+    return c.depth == 16 ? run_at_depth<QX_Pixel16>(c) : run_at_depth<QX_PixelFloat>(c);
 }
 
 }  // namespace qx::test

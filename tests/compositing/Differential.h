@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "QX/QX.h"
@@ -21,9 +22,7 @@ template <class Pixel> struct Kernels {
 
 struct LevelKernels {
     std::string name;
-    Kernels<QX_Pixel8> at8;
-    Kernels<QX_Pixel16> at16;
-    Kernels<QX_PixelFloat> at_float;
+    std::tuple<Kernels<QX_Pixel8>, Kernels<QX_Pixel16>, Kernels<QX_PixelFloat>> kernels;
 };
 
 /// All levels that this processor has, plain first.
@@ -36,12 +35,10 @@ struct Case {
     int depth = 8;
     Kernel kernel = Kernel::row;
     int number = 0;  ///< mode of a row, place of a filter
-    bool masked = false;
-    bool rgb_only = false;
+    bool masked = false, rgb_only = false;
     double opacity = 1;
     FillKind src = FillKind::random, dst = FillKind::random;
-    int count = 0;
-    int src_offset = 0, dst_offset = 0;  ///< pixels from a 64-byte boundary
+    int count = 0, src_offset = 0, dst_offset = 0;  ///< offsets in pixels from a 64-byte boundary
 };
 
 Case random_case(std::uint64_t seed);

@@ -4,8 +4,7 @@
 
 #include <vector>
 
-#include "QX/indep/QX_Slots.h"
-#include "tests/compositing/ModelCompare.h"
+#include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/ModesModel.h"
 #include "tests/compositing/TransferSupport.h"
 
@@ -13,7 +12,6 @@ namespace qx::test {
 namespace {
 
 using model::Pivot;
-using standalone::ProcessorLevel;
 
 /// All 65,536 pairs of two channels at 8 bits; a million and the edges elsewhere.
 template <class Pixel> std::vector<Pixel> pairs() {
@@ -33,31 +31,24 @@ template <class Pixel> std::vector<Pixel> pairs() {
     return all;
 }
 
-template <class Pixel> struct FirstSlot;
-template <> struct FirstSlot<QX_Pixel8> { static constexpr int filter = 35, merge = 41; };
-template <> struct FirstSlot<QX_Pixel16> { static constexpr int filter = 72, merge = 78; };
-template <> struct FirstSlot<QX_PixelFloat> { static constexpr int filter = 106, merge = 112; };
-
 template <class Pixel> class Filters : public testing::Test {
 protected:
     static void expect_same(const std::vector<Pixel>& expected, const std::vector<Pixel>& got,
                             const std::vector<Pixel>& from) {
-        ASSERT_EQ(expected.size(), got.size());
-        for (std::size_t i = 0; i < got.size(); ++i) {
+        for (std::size_t i = 0; i < from.size(); ++i) {
             ASSERT_TRUE(same_pixel(expected[i], got[i]))
-                << text_of(from[i]) << " at " << i << " gives " << text_of(got[i]) << ", not " << text_of(expected[i]);
+                << from[i] << " at " << i << " gives " << got[i] << ", not " << expected[i];
         }
     }
     template <class Check> static void at_every_level(const Check& check) {
-        for (const ProcessorLevel level : {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster}) {
+        for (const auto level : kLevels) {
             SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level));
             const Born born(1, level);
             check();
         }
     }
 };
-using FilterDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(Filters, FilterDepths);
+TYPED_TEST_SUITE(Filters, AllDepths);
 
 TYPED_TEST(Filters, AreTheModels) {
     using Pixel = TypeParam;
@@ -70,7 +61,7 @@ TYPED_TEST(Filters, AreTheModels) {
             expected.push_back(model::filtered(static_cast<Pivot>(1 + i / 2), i % 2 == 0, p));
         }
         this->at_every_level([&] {
-            const auto filter = slot_at<FilterFn<Pixel>>(FirstSlot<Pixel>::filter + i);
+            const auto filter = filter_slot<Pixel>(i);
             std::vector<Pixel> in_place = from, copied(from.size());
             ASSERT_EQ(filter(count, nullptr, in_place.data()), 0);
             ASSERT_EQ(filter(count, from.data(), copied.data()), 0);
@@ -100,7 +91,7 @@ TYPED_TEST(Filters, MergesAreTheModels) {
             }
             this->at_every_level([&] {
                 std::vector<Pixel> got = dst;
-                const auto merge = slot_at<MergeFn<Pixel>>(FirstSlot<Pixel>::merge);
+                const auto merge = slot<SlotsOf<Pixel>.merge>();
                 ASSERT_EQ(merge(count, from.data(), opacity, masked ? mask.data() : nullptr, got.data()), 0);
                 this->expect_same(expected, got, from);
             });

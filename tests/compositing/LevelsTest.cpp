@@ -2,12 +2,12 @@
 // Vector forms equal the plain form in every pixel.
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <array>
 
 #include "QX/compositing/QX_PixelAccess.h"
 #include "QX/compositing/QX_SoftLight.h"
 #include "tests/compositing/Differential.h"
-#include "tests/support/TestHost.h"
+#include "tests/compositing/TransferSupport.h"
 
 namespace qx::test {
 namespace {
@@ -24,25 +24,20 @@ class LevelsOnFill : public Levels, public testing::WithParamInterface<FillKind>
 /// Every mode, masked and not, on both other levels: more than ten million pixels a fill.
 TEST_P(LevelsOnFill, AgreeOnMillionsOfPixels) {
     std::int64_t pixels = 0;
-    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        for (const bool masked : {false, true}) {
-            if (xfer == -1 || (xfer == xfer_mask_crossfade && !masked)) continue;
-            Case c;
-            c.seed = static_cast<std::uint64_t>(1000 + xfer);
-            c.number = xfer;
-            c.masked = masked;
-            c.opacity = masked ? 0.8 : 1;
-            c.src = GetParam();
-            c.dst = FillKind::layer;
-            c.count = 65536;
-            const auto fault = run_case(c);
-            ASSERT_FALSE(fault) << *fault;
-            pixels += c.count * static_cast<std::int64_t>(count_ - 1);
-        }
+    for (const auto& [xfer, masked] : each(modes_from(kQX_FirstMode), std::array{false, true})) {
+        if (xfer == xfer_mask_crossfade && !masked) continue;
+        const Case c{.seed = static_cast<std::uint64_t>(1000 + xfer),
+                     .number = xfer,
+                     .masked = masked,
+                     .opacity = masked ? 0.8 : 1,
+                     .src = GetParam(),
+                     .dst = FillKind::layer,
+                     .count = 65536};
+        const auto fault = run_case(c);
+        ASSERT_FALSE(fault) << *fault;
+        pixels += c.count * static_cast<std::int64_t>(count_ - 1);
     }
-    if (count_ == 3) {
-        EXPECT_GE(pixels, 10'000'000);
-    }
+    EXPECT_TRUE(count_ != 3 || pixels >= 10'000'000);
 }
 INSTANTIATE_TEST_SUITE_P(Fills, LevelsOnFill,
                          testing::Values(FillKind::random, FillKind::opaque, FillKind::clear, FillKind::layer));

@@ -6,24 +6,11 @@
 #include <type_traits>
 #include <vector>
 
-#include "tests/compositing/ModelCompare.h"
 #include "tests/compositing/ModesModel.h"
 #include "tests/compositing/TransferSupport.h"
 
 namespace qx::test {
 namespace {
-
-using standalone::ProcessorLevel;
-constexpr std::array kLevels = {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster};
-constexpr std::array kFills = {FillKind::random,   FillKind::opaque, FillKind::clear,
-                               FillKind::extremes, FillKind::edges,  FillKind::layer};
-
-/// The number of a place in lists that are run through together, the first of them fastest.
-std::size_t take(std::size_t& number, std::size_t size) {
-    const std::size_t place = number % size;
-    number /= size;
-    return place;
-}
 
 struct RowCase {
     int xfer;
@@ -34,22 +21,24 @@ struct RowCase {
     const QX_LinearBlendingTables* tables = nullptr;
 };
 std::ostream& operator<<(std::ostream& out, const RowCase& c) {
-    return out << name_of(c.xfer) << " (" << c.xfer << "), opacity " << c.opacity << (c.masked ? ", masked" : "")
+    return out << name_of(c.xfer) << ", opacity " << c.opacity << (c.masked ? ", masked" : "")
                << (c.rgb_only ? ", rgb_only" : "") << (c.tables ? ", linear" : "") << ", fills "
                << static_cast<int>(c.src) << " on " << static_cast<int>(c.dst) << ", seed " << c.seed;
 }
 
 /// Every opacity, mask and switch over every fill of the source.
 std::vector<RowCase> cases_of(int xfer, const QX_LinearBlendingTables* tables, bool brief) {
-    constexpr std::array opacities = {1.0f, 0.5f, 0.004f, 0.0f};
     std::vector<RowCase> cases;
-    for (std::size_t n = 0; n < 2 * 2 * opacities.size() * kFills.size(); ++n) {
-        std::size_t rest = n;
-        const bool masked = take(rest, 2) != 0 || xfer == xfer_mask_crossfade, rgb_only = take(rest, 2) != 0;
-        const float opacity = opacities[take(rest, opacities.size())];
-        const std::size_t fill = take(rest, kFills.size());
-        if (brief && n % 3 != 0) continue;
-        cases.push_back({xfer, opacity, masked, rgb_only, kFills[fill], kFills[(fill + n) % kFills.size()], n, tables});
+    std::size_t n = 0;
+    const std::array both = {false, true};
+    for (const auto& [fill, opacity, rgb_only, masked] :
+         each(kAllFills, std::array{1.0f, 0.5f, 0.004f, 0.0f}, both, both)) {
+        const std::size_t dst = (n / 16 + n) % std::size(kAllFills);
+        if (!brief || n % 3 == 0) {
+            cases.push_back(
+                {xfer, opacity, masked || xfer == xfer_mask_crossfade, rgb_only, fill, kAllFills[dst], n, tables});
+        }
+        ++n;
     }
     return cases;
 }
@@ -68,11 +57,8 @@ public:
 
     std::vector<Pixel> modelled() {
         using Channel = QX_ChannelOf<Pixel>;
-        Channel opacity = static_cast<Channel>(case_.opacity);
-        if constexpr (std::is_integral_v<Channel>) {
-            constexpr float full = sizeof(Channel) == 1 ? 255.0f : 32768.0f;
-            opacity = static_cast<Channel>(case_.opacity * full + 0.5f);
-        }
+        constexpr float full = sizeof(Channel) == 1 ? 255.0f : sizeof(Channel) == 2 ? 32768.0f : 1.0f;
+        const auto opacity = static_cast<Channel>(case_.opacity * full + (full > 1 ? 0.5f : 0.0f));
         model::RowCall<Pixel> call{case_.xfer, opacity, {}, case_.rgb_only, case_.tables, nullptr};
         std::vector<Pixel> out = dst_.pixels();
         std::uint32_t row_seed = kSeed + kRect.left, increment = kRect.top * 12281;
@@ -99,14 +85,13 @@ public:
     /// What the library makes of it.
     std::vector<Pixel> transferred() {
         const QX_MaskWorld mask = mask_at(*mask_.record(), 0, 0, 0);
-        TransferCall call;
-        call.mode = {case_.xfer, case_.opacity, nullptr, case_.rgb_only, kSeed};
-        call.src_rect = kRect;
-        call.dest_x = kRect.left;
-        call.dest_y = kRect.top;
-        call.field = field();
-        call.tables = case_.tables;
-        call.mask = case_.masked ? &mask : nullptr;
+        const TransferCall call{.mode = {case_.xfer, case_.opacity, nullptr, case_.rgb_only, kSeed},
+                                .src_rect = kRect,
+                                .tables = case_.tables,
+                                .mask = case_.masked ? &mask : nullptr,
+                                .field = field(),
+                                .dest_x = kRect.left,
+                                .dest_y = kRect.top};
         TestWorld<Pixel> dst(kWidth, kHeight, case_.dst, case_.seed + 500);
         EXPECT_EQ(call(src_.record(), dst.record()), 0);
         return dst.pixels();
@@ -119,12 +104,10 @@ public:
         for (std::size_t i = 0; i < expected.size(); ++i) {
             if (same_pixel(expected[i], got[i]) || count++ > 0) continue;
             const int x = static_cast<int>(i) % kWidth, y = static_cast<int>(i) / kWidth;
-            first << "at " << x << ", " << y << ": source " << text_of(src_.at(x, y)) << " on "
-                  << text_of(dst_.at(x, y)) << " under " << +mask_.at(x, y).alpha << " gives " << text_of(got[i])
-                  << ", not " << text_of(expected[i]);
+            first << "at " << x << ", " << y << ": source " << src_.at(x, y) << " on " << dst_.at(x, y) << " under "
+                  << +mask_.at(x, y).alpha << " gives " << got[i] << ", not " << expected[i];
         }
-        if (count == 0) return {};
-        return std::to_string(count) + " pixels, the first " + first.str();
+        return count == 0 ? "" : std::to_string(count) + " pixels, the first " + first.str();
     }
 
 private:
@@ -138,7 +121,7 @@ private:
 template <class Pixel> void hold_to_model(int xfer, const QX_LinearBlendingTables* tables, bool brief) {
     const std::vector<RowCase> cases = cases_of(xfer, tables, brief);
     std::vector<std::vector<Pixel>> expected;
-    for (const ProcessorLevel level : kLevels) {
+    for (const auto level : kLevels) {
         if (level > standalone::DetectedProcessorLevel()) break;
         const Born born(1, level);
         int faults = 0;
@@ -155,13 +138,10 @@ template <class Pixel> void hold_to_model(int xfer, const QX_LinearBlendingTable
 template <class Pixel> class ModesAgainstModel : public testing::Test {
 protected:
     static void run(const QX_LinearBlendingTables* tables, bool brief) {
-        for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-            if (xfer != -1) hold_to_model<Pixel>(xfer, tables, brief);
-        }
+        for (const int xfer : modes_from(kQX_FirstMode)) hold_to_model<Pixel>(xfer, tables, brief);
     }
 };
-using ModelDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(ModesAgainstModel, ModelDepths);
+TYPED_TEST_SUITE(ModesAgainstModel, AllDepths);
 
 /// More than 200,000 pixels of each mode.
 TYPED_TEST(ModesAgainstModel, RowsOfStoredValues) { this->run(nullptr, false); }
@@ -173,10 +153,8 @@ TYPED_TEST(ModesAgainstModel, RowsInLinearLight) {
 
 /// The model's own anchors: values that are known without it.
 TEST(Model, GivesKnownPixels) {
-    struct {
-        int xfer;
-        QX_Pixel8 src, dst, expected;
-    } at8[] = {
+    const std::tuple<int, QX_Pixel8, QX_Pixel8, QX_Pixel8> at8[] = {
+        // mode, source, destination, result
         {xfer_over, {255, 1, 2, 3}, {255, 9, 9, 9}, {255, 1, 2, 3}},
         {xfer_over, {128, 1, 2, 3}, {0, 9, 9, 9}, {128, 1, 2, 3}},
         {xfer_over, {51, 255, 0, 100}, {255, 0, 255, 100}, {255, 51, 204, 100}},  // a fifth of the way
@@ -193,16 +171,13 @@ TEST(Model, GivesKnownPixels) {
         {xfer_marker_guard, {9, 1, 2, 3}, {7, 0, 254, 0}, {9, 1, 2, 3}},
         {xfer_luminosity, {255, 60, 60, 60}, {255, 90, 90, 90}, {255, 60, 60, 60}},
     };
-    for (const auto& c : at8) {
-        const QX_Pixel8 got = model::row_pixel({c.xfer, 255, {}, false, nullptr, nullptr}, c.src, c.dst);
-        EXPECT_TRUE(same_pixel(got, c.expected)) << name_of(c.xfer) << ": " << text_of(got);
+    for (const auto& [xfer, src, dst, expected] : at8) {
+        EXPECT_EQ(model::row_pixel({xfer, 255, {}}, src, dst), expected) << name_of(xfer);
     }
     const QX_PixelFloat white{1, 1, 1, 1};
-    const QX_PixelFloat sum = model::row_pixel({xfer_add, 1.0f, {}, false, nullptr, nullptr}, white, white);
-    EXPECT_TRUE(same_pixel(sum, QX_PixelFloat{1, 2, 2, 2}));
+    EXPECT_EQ(model::row_pixel({xfer_add, 1.0f, {}}, white, white), (QX_PixelFloat{1, 2, 2, 2}));
     const QX_Pixel16 deep{32768, 1, 32768, 16384};
-    EXPECT_TRUE(
-        same_pixel(model::row_pixel({xfer_over, 32768, {}, false, nullptr, nullptr}, deep, {32768, 5, 5, 5}), deep));
+    EXPECT_EQ(model::row_pixel({xfer_over, 32768, {}}, deep, {32768, 5, 5, 5}), deep);
 }
 
 /// All pairs of a source and a destination channel at 8 bits, under alphas at the edges and between.
@@ -211,12 +186,10 @@ protected:
     static constexpr int n = 256;
     using World = TestWorld<QX_Pixel8>;
     static void fill(World& world, int alpha, bool by_column) {
-        for (int y = 0; y < n; ++y) {
-            for (int x = 0; x < n; ++x) {
-                const auto c = static_cast<std::uint8_t>(by_column ? x : y);
-                const auto turned = static_cast<std::uint8_t>(by_column ? 255 - c : c * 7 + 3);
-                world.at(x, y) = {static_cast<std::uint8_t>(alpha), c, turned, static_cast<std::uint8_t>(c ^ 0x55)};
-            }
+        for (const auto& [x, y] : places(n, n)) {
+            const auto c = static_cast<std::uint8_t>(by_column ? x : y);
+            const auto turned = static_cast<std::uint8_t>(by_column ? 255 - c : c * 7 + 3);
+            world.at(x, y) = {static_cast<std::uint8_t>(alpha), c, turned, static_cast<std::uint8_t>(c ^ 0x55)};
         }
     }
 };
@@ -227,21 +200,17 @@ TEST_P(AllPairs, AreTheModels) {
     World src(n, n, FillKind::clear, 0), start(n, n, FillKind::clear, 0), dst(n, n, FillKind::clear, 0);
     fill(src, s, true);
     fill(start, d, false);
-    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        if (xfer == -1 || xfer == xfer_mask_crossfade || xfer == xfer_dissolve) continue;  // another mask, and seeds
+    for (const int xfer : modes_from(kQX_FirstMode)) {
+        if (xfer == xfer_mask_crossfade || xfer == xfer_dissolve) continue;  // another mask, and seeds
         fill(dst, d, false);
-        TransferCall call;
-        call.mode.xfer = xfer;
-        ASSERT_EQ(call(src.record(), dst.record()), 0);
-        const model::RowCall<QX_Pixel8> pixel{xfer, 255, {}, false, nullptr, nullptr};
-        int faults = 0;
-        for (int i = 0; i < n * n && faults < 3; ++i) {
+        ASSERT_EQ((TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}}(src.record(), dst.record())), 0);
+        for (int i = 0, faults = 0; i < n * n && faults < 3; ++i) {
             const int x = i % n, y = i / n;
-            const QX_Pixel8 expected = model::row_pixel(pixel, src.at(x, y), start.at(x, y));
-            if (same_pixel(expected, dst.at(x, y))) continue;
+            const QX_Pixel8 expected = model::row_pixel({xfer, 255, {}}, src.at(x, y), start.at(x, y));
+            if (expected == dst.at(x, y)) continue;
             ++faults;
-            ADD_FAILURE() << name_of(xfer) << ": " << text_of(src.at(x, y)) << " on " << text_of(start.at(x, y))
-                          << " gives " << text_of(dst.at(x, y)) << ", not " << text_of(expected);
+            ADD_FAILURE() << name_of(xfer) << ": " << src.at(x, y) << " on " << start.at(x, y) << " gives "
+                          << dst.at(x, y) << ", not " << expected;
         }
     }
 }

@@ -1,10 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cmath>
+#include <string>
+
 #include "tests/support/TestHost.h"
 #include "tests/support/Worlds.h"
 
 namespace qx::test {
+
+inline constexpr standalone::ProcessorLevel kLevels[] = {
+    standalone::ProcessorLevel::plain, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster};
+
+/// All numbers that have a mode, from `first` on.
+inline std::vector<int> modes_from(int first) {
+    std::vector<int> all;
+    for (int xfer = first; xfer <= kQX_LastMode; ++xfer) {
+        if (QX_IsTransferMode(xfer)) all.push_back(xfer);
+    }
+    return all;
+}
+inline std::string name_of(int xfer) {
+#define X(number, name) \
+    if (xfer == number) return #name " (" #number ")";
+    QX_TRANSFER_MODES(X)
+#undef X
+    return "none";
+}
+
+/// Floats agree by their bits, save that one NaN is as good as another.
+template <class Pixel> bool same_pixel(const Pixel& a, const Pixel& b) {
+    const auto same = [](auto x, auto y) { return (x != x && y != y) || std::memcmp(&x, &y, sizeof x) == 0; };
+    return same(a.alpha, b.alpha) && same(a.red, b.red) && same(a.green, b.green) && same(a.blue, b.blue);
+}
+
+inline QX_LinearBlendingTables tables_of_gamma(float gamma) {
+    QX_LinearBlendingTables tables;
+    QX_BuildGammaBlendingTables(gamma, &tables);
+    return tables;
+}
 
 /// The arguments of a transfer, with what is usual as default.
 struct TransferCall {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <random>
 
 #include "tests/compositing/TransferSupport.h"
 #include "tests/support/Refusals.h"
@@ -16,8 +16,7 @@ template <class Pixel> class TransferAtDepth : public testing::Test {
 protected:
     Born born_{1};
 };
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(TransferAtDepth, Depths);
+TYPED_TEST_SUITE(TransferAtDepth, AllDepths);
 
 /// Coverage of a mask kind in exact numbers: products on the scale of the depth, each rounded as the depth does.
 template <class Pixel> QX_ChannelOf<Pixel> model_product(double x, double y) {
@@ -48,46 +47,37 @@ template <class Pixel> QX_ChannelOf<Pixel> model_coverage(const Pixel& m, std::u
 /// Random rectangles, places, masks and fields, with the mode that shows coverage as it is.
 TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
     using Pixel = TypeParam;
-    std::mt19937 random(11);
-    const auto between = [&](int a, int b) {
-        return a + static_cast<int>(random() % static_cast<unsigned>(b - a + 1));
-    };
+    Numbers below(11);
+    const auto between = [&](int a, int b) { return below(a, b + 1); };
     for (unsigned round = 0; round < 300; ++round) {
         TestWorld<Pixel> src(between(1, 24), between(1, 12), FillKind::random, round);
         TestWorld<Pixel> dst(between(1, 24), between(1, 12), FillKind::random, round + 1000);
         TestWorld<Pixel> mask(between(1, 16), between(1, 8), FillKind::random, round + 2000);
         const std::uint32_t kind = round % 5;  // 4: no mask
         const QX_MaskWorld mask_record = mask_at(*mask.record(), between(-8, 12), between(-4, 6), kind);
-        TransferCall call;
-        call.mode.xfer = xfer_replace;
         const int left = between(-6, 10), top = between(-6, 6);
-        call.src_rect = {left, top, left + between(0, 30), top + between(0, 14)};
-        call.dest_x = between(-10, 12);
-        call.dest_y = between(-6, 6);
-        call.field = between(0, 3);
-        call.mask = kind == 4 ? nullptr : &mask_record;
+        const TransferCall call{.mode = {xfer_replace, 1.0f, nullptr, false, 1},
+                                .src_rect = {left, top, left + between(0, 30), top + between(0, 14)},
+                                .mask = kind == 4 ? nullptr : &mask_record,
+                                .field = between(0, 3),
+                                .dest_x = between(-10, 12),
+                                .dest_y = between(-6, 6)};
         const auto before = dst.pixels();
         ASSERT_EQ(call(src.record(), dst.record()), 0);
-        for (int y = 0; y < dst.world().height; ++y) {
-            for (int x = 0; x < dst.world().width; ++x) {
-                const int sx = x - call.dest_x + left, sy = y - call.dest_y + top;
-                const int mx = x - mask_record.x, my = y - mask_record.y;
-                const bool in_src = sx >= std::max(left, 0) && sx < std::min(call.src_rect.right, src.world().width) &&
-                                    sy >= std::max(top, 0) && sy < std::min(call.src_rect.bottom, src.world().height);
-                const bool in_mask = mx >= 0 && my >= 0 && mx < mask.world().width && my < mask.world().height;
-                const bool kept = (call.field == 1 && y % 2 == 1) || (call.field == 2 && y % 2 == 0) ||
-                                  (kind % 2 == 0 && kind < 4 && !in_mask);
-                Pixel expected = before[static_cast<std::size_t>(y * dst.world().width + x)];
-                if (in_src && !kept) {
-                    expected = src.at(sx, sy);
-                    if (kind < 4 && in_mask) {
-                        expected.alpha =
-                            model_product<Pixel>(expected.alpha, model_coverage<Pixel>(mask.at(mx, my), kind));
-                    }
-                }
-                ASSERT_EQ(0, std::memcmp(&expected, &dst.at(x, y), sizeof(Pixel)))
-                    << "round " << round << " at " << x << ", " << y << " kind " << kind << " field " << call.field;
+        std::size_t at = 0;
+        for (const auto& [x, y] : places(dst.world().width, dst.world().height)) {
+            const int sx = x - call.dest_x + left, sy = y - call.dest_y + top;
+            const int mx = x - mask_record.x, my = y - mask_record.y;
+            const bool in_src = holds(call.src_rect, sx, sy) && src.has(sx, sy), in_mask = mask.has(mx, my);
+            const bool kept = (call.field == 1 && y % 2 == 1) || (call.field == 2 && y % 2 == 0) ||
+                              (kind % 2 == 0 && kind < 4 && !in_mask);
+            Pixel expected = in_src && !kept ? src.at(sx, sy) : before[at];
+            if (in_src && !kept && kind < 4 && in_mask) {
+                expected.alpha = model_product<Pixel>(expected.alpha, model_coverage<Pixel>(mask.at(mx, my), kind));
             }
+            ASSERT_EQ(dst.at(x, y), expected)
+                << "round " << round << " at " << x << ", " << y << " kind " << kind << " field " << call.field;
+            ++at;
         }
     }
 }
@@ -95,36 +85,32 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
 TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
     using Pixel = TypeParam;
     constexpr float kOpacities[] = {1.0f, 0.4f, 1.9f};  // a record of 16 bits may hold nearly 2
-    QX_LinearBlendingTables tables;
-    QX_BuildGammaBlendingTables(2.2f, &tables);
+    const auto tables = tables_of_gamma(2.2f);
     TestWorld<Pixel> src(37, 5, FillKind::layer, 1), start(41, 6, FillKind::random, 2);
     TestWorld<Pixel> mask(29, 4, FillKind::random, 3);
-    for (int xfer = kQX_FirstMode; xfer <= kQX_LastMode; ++xfer) {
-        for (int variant = 0; variant < 5 * 2 * 2 * 3; ++variant) {
-            const int kind = variant % 5;
-            if (xfer == -1 || (xfer == xfer_mask_crossfade && kind == 4)) continue;
-            TestWorld<Pixel> dst(41, 6, FillKind::random, 2);
-            const QX_MaskWorld record = mask_at(*mask.record(), 3, 1, static_cast<std::uint32_t>(kind));
-            TransferCall call;
-            call.mode = {xfer, kOpacities[variant / 20], nullptr, variant / 10 % 2 != 0, 7};
-            call.tables = variant / 5 % 2 != 0 ? &tables : nullptr;
-            call.mask = kind == 4 ? nullptr : &record;
-            call.dest_x = 2;
-            SCOPED_TRACE(testing::Message() << "mode " << xfer << " variant " << variant);
-            ASSERT_EQ(call(src.record(), dst.record()), 0);
-            const auto after = dst.pixels(), before = start.pixels();
-            const bool leaves_alpha = call.mode.rgb_only && xfer >= 0 && xfer != xfer_copy &&
-                                      !(xfer >= xfer_alpha_multiply && xfer <= xfer_alpha_multiply_inverse_luma) &&
-                                      xfer < xfer_threshold_blue && xfer != xfer_behind;
-            for (std::size_t i = 0; i < after.size() && leaves_alpha; ++i) ASSERT_EQ(after[i].alpha, before[i].alpha);
-            const bool clears_around = xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
-            for (int y = 0; y < 6; ++y) {  // columns 0, 1, 39 and 40 lie outside the rectangle
-                for (const int x : {0, 1, 39, 40}) {
-                    const Pixel &now = dst.at(x, y), &then = start.at(x, y);
-                    ASSERT_EQ(now.alpha, clears_around ? 0 : then.alpha);
-                    ASSERT_EQ(0, std::memcmp(&now.red, &then.red, 3 * sizeof now.red));
-                }
-            }
+    const std::array both = {false, true};
+    for (const auto& [xfer, kind, linear, rgb_only, opacity] :
+         each(modes_from(kQX_FirstMode), std::array{0, 1, 2, 3, 4}, both, both, kOpacities)) {
+        if (xfer == xfer_mask_crossfade && kind == 4) continue;  // 4: no mask
+        TestWorld<Pixel> dst(41, 6, FillKind::random, 2);
+        const QX_MaskWorld record = mask_at(*mask.record(), 3, 1, static_cast<std::uint32_t>(kind));
+        const TransferCall call{.mode = {xfer, opacity, nullptr, rgb_only, 7},
+                                .tables = linear ? &tables : nullptr,
+                                .mask = kind == 4 ? nullptr : &record,
+                                .dest_x = 2};
+        SCOPED_TRACE(testing::Message() << "mode " << xfer << " mask " << kind << " linear " << linear << " rgb_only "
+                                        << rgb_only << " opacity " << opacity);
+        ASSERT_EQ(call(src.record(), dst.record()), 0);
+        const bool leaves_alpha = rgb_only && xfer >= 0 && xfer != xfer_copy &&
+                                  !(xfer >= xfer_alpha_multiply && xfer <= xfer_alpha_multiply_inverse_luma) &&
+                                  xfer < xfer_threshold_blue && xfer != xfer_behind;
+        const bool clears_around = xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
+        for (const auto& [x, y] : places(41, 6)) {
+            const Pixel &now = dst.at(x, y), &then = start.at(x, y);
+            ASSERT_TRUE(!leaves_alpha || now.alpha == then.alpha);
+            if (x > 1 && x < 39) continue;  // inside the rectangle
+            ASSERT_EQ(now,
+                      (Pixel{clears_around ? QX_ChannelOf<Pixel>{} : then.alpha, then.red, then.green, then.blue}));
         }
     }
 }
@@ -132,17 +118,13 @@ TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
 TYPED_TEST(TransferAtDepth, AMaskWithoutPixelsCoversNothingWhereverItLies) {
     using Pixel = TypeParam;
     TestWorld<Pixel> src(9, 5, FillKind::opaque, 1), mask(3, 3, FillKind::random, 2);
-    for (const int place : {INT32_MIN, -1, 0, INT32_MAX}) {
-        for (const std::uint32_t kind : {0u, 1u, 2u, 3u}) {
-            TestWorld<Pixel> dst(9, 5, FillKind::clear, 3);
-            const auto before = dst.pixels();
-            QX_MaskWorld record = mask_at(*mask.record(), place, place, kind);
-            record.world.width = record.world.height = -3;
-            TransferCall call;
-            call.mask = &record;
-            EXPECT_EQ(call(src.record(), dst.record()), 0);
-            EXPECT_TRUE(same_pixels(dst.pixels(), kind % 2 == 0 ? before : src.pixels())) << place << " " << kind;
-        }
+    for (const auto& [place, kind] : each(std::array{INT32_MIN, -1, 0, INT32_MAX}, std::array{0u, 1u, 2u, 3u})) {
+        TestWorld<Pixel> dst(9, 5, FillKind::clear, 3);
+        const auto before = dst.pixels();
+        QX_MaskWorld record = mask_at(*mask.record(), place, place, kind);
+        record.world.width = record.world.height = -3;
+        EXPECT_EQ(TransferCall{.mask = &record}(src.record(), dst.record()), 0);
+        EXPECT_EQ(dst.pixels(), kind % 2 == 0 ? before : src.pixels()) << place << " " << kind;
     }
 }
 
@@ -152,11 +134,10 @@ TEST(Transfer, ProgressIsCalledOnMultiplesOf128AndEndsTheWork) {
         start(3, 400, FillKind::clear, 2);
     Polls polls;
     const QX_ProgressInfo info{&polls, nullptr, &Polls::progress};
-    TransferCall call;
-    call.progress = &info;
-    call.field = 1;  // row 257 is odd: skipped rows report too
-    call.dest_y = 1;
-    call.src_rect = {0, 0, 3, 300};
+    TransferCall call{.src_rect = {0, 0, 3, 300},
+                      .progress = &info,
+                      .field = 1,
+                      .dest_y = 1};  // row 257 is odd: skipped rows report too
     ASSERT_EQ(call(src.record(), dst.record()), 0);
     EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{127, 300}, {255, 300}}));
     polls = {.stop_at = 0};
@@ -175,12 +156,7 @@ TEST(Transfer, FailuresReportAndWriteNothing) {
     QX_LayerDef *const s = src.record(), *const d = dst.record();
     const QX_MaskWorld deep_mask = mask_at(*deep.record(), 0, 0, 0), gpu_mask = mask_at(bad.gpu, 0, 0, 0);
     const auto call = [&](QX_LayerDef* from, QX_LayerDef* to, int xfer = 2, const QX_MaskWorld* mask = nullptr) {
-        return [=] {
-            TransferCall transfer;
-            transfer.mode.xfer = xfer;
-            transfer.mask = mask;
-            return transfer(from, to);
-        };
+        return [=] { return TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}, .mask = mask}(from, to); };
     };
     const auto before = dst.pixels();
     const std::string depths = " worlds to have same bit depth", none = "unimplemented blending mode.";
@@ -196,11 +172,9 @@ TEST(Transfer, FailuresReportAndWriteNothing) {
                     {call(s, d, -4), none, 5, 0, 2},
                     {call(s, d, -1), none, 5, 0, 2},
                     {call(s, d, 41), none, 5, 0, 2}});
-    TransferCall beside;
-    beside.dest_x = 100;  // an empty clip comes before the mode, and leaves what lies around it
-    for (const int xfer : {41, +xfer_alpha_multiply}) {
-        beside.mode.xfer = xfer;
-        EXPECT_EQ(beside(s, d), 0);
+    for (const int xfer :
+         {41, +xfer_alpha_multiply}) {  // an empty clip comes before the mode, and leaves what is around
+        EXPECT_EQ((TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}, .dest_x = 100}(s, d)), 0);
     }
     EXPECT_TRUE(same_pixels(before, dst.pixels()));
 }

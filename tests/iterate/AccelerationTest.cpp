@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QX/iterate/QX_Acceleration.h"
+#include "QX/library/QX_Acceleration.h"
 
 #include <gtest/gtest.h>
 
@@ -121,14 +121,6 @@ protected:
                                                      rect, &world.record);
     }
 };
-
-TEST_F(Layer, InstallLeavesSlotsOfMissingRoutines) {
-    table[48] = table[52] = nullptr;
-    void* const transform = table[32];
-    EXPECT_EQ(install(8), 0);
-    EXPECT_EQ(table[32], transform);
-    EXPECT_EQ(table[52], nullptr);
-}
 
 TEST_F(Layer, InstallDeclines) {
     EXPECT_EQ(install(1), 0);

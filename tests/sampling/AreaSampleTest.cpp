@@ -46,7 +46,7 @@ std::vector<double> area_model(Picture<Pixel>& picture, std::int32_t x, std::int
     for (std::int64_t i = left >> 16; wide && !high && i < (right + 65535) >> 16; ++i) {
         add(sampled(i * 65536, y), double(coverage(i, left, right)) * double(2 * ry) * 0x1p-32);
     }
-    const double alpha = std::min(kFull<Pixel>, sum[0] * (0.25 / (double(rx) * 0x1p-16 * (double(ry) * 0x1p-16))));
+    const double alpha = std::min(kScale<Pixel>, sum[0] * (0.25 / (double(rx) * 0x1p-16 * (double(ry) * 0x1p-16))));
     if (sum[0] == 0 || alpha == 0) return {0, 0, 0, 0};
     return {alpha, sum[1] * (1 / sum[0]), sum[2] * (1 / sum[0]), sum[3] * (1 / sum[0])};
 }
@@ -97,7 +97,7 @@ TYPED_TEST_SUITE(AreaSample, Depths);
 
 TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
     const Born born(1, ProcessorLevel::vector);
-    const double full = kFull<TypeParam>;
+    const double full = kScale<TypeParam>;
     const auto up = [full](double v) { return std::floor(std::min(v + 0.5, full + 0.5)); };
     const auto narrow = [](double v) { return double(float(v)); };
     const std::function<double(double)> round = sizeof(TypeParam) == 16 ? std::function<double(double)>(narrow) : up;

@@ -52,7 +52,7 @@ template <class Pixel> double tolerance(double value) {
     return sizeof(Pixel) == 16 ? 2e-5 * (1 + std::abs(value)) : sizeof(Pixel) == 8 ? 0.52 : 0.5002;
 }
 /// A sum of float shares has this much error at most, in steps of the depth.
-template <class Pixel> double noise() { return kFull<Pixel> * 4e-6; }
+template <class Pixel> double noise() { return kScale<Pixel> * 4e-6; }
 
 template <class Pixel> class PointSample : public testing::Test {
 protected:
@@ -92,7 +92,7 @@ TYPED_TEST(PointSample, BilinearIsTheModel) {
             ASSERT_NEAR(got[0], vanishes ? 0 : alpha, tolerance<TypeParam>(m.alpha));
             if (is_float && !m.one_alpha && (std::abs(m.alpha) < 1e-3 || m.alpha > 1)) continue;
             for (std::size_t c = 0; c < 3; ++c) {
-                const double want = vanishes ? 0 : std::min(m.colour(c, is_float), is_float ? 1e9 : kFull<TypeParam>);
+                const double want = vanishes ? 0 : std::min(m.colour(c, is_float), is_float ? 1e9 : kScale<TypeParam>);
                 const double share = is_float && !m.one_alpha ? std::min(1.0, std::abs(m.alpha)) : 1;
                 ASSERT_NEAR(got[c + 1], want, tolerance<TypeParam>(want) / share) << "colour " << c;
             }
@@ -102,7 +102,7 @@ TYPED_TEST(PointSample, BilinearIsTheModel) {
 
 TYPED_TEST(PointSample, BicubicIsKeysKernel) {
     const auto sample = QXp_GetSamplerSet<TypeParam>(3).clipped;
-    const double full = kFull<TypeParam>;
+    const double full = kScale<TypeParam>;
     constexpr bool is_float = sizeof(TypeParam) == 16;
     for (const FillKind fill : kFills) {
         Picture<TypeParam> picture(23, 17, fill, 4);
@@ -156,7 +156,7 @@ TYPED_TEST(PointSample, RoutesAgree) {
                     set.translate(nullptr, x, y, weights, &picture.params, other);
                     ASSERT_TRUE(sizeof(TypeParam) != 8 || same(clipped, other[0])) << x << ", " << y;
                     // Weights in double may narrow to others than those computed in float.
-                    for (std::size_t c = 0; c < 4 && clipped.alpha > 2 * noise<TypeParam>() + kFull<TypeParam> * 0.01;
+                    for (std::size_t c = 0; c < 4 && clipped.alpha > 2 * noise<TypeParam>() + kScale<TypeParam> * 0.01;
                          ++c) {
                         const double want = channels(clipped)[c];
                         ASSERT_NEAR(channels(other[0])[c], want,
@@ -248,10 +248,10 @@ TYPED_TEST(PointSample, AnywhereAtAll) {
 }
 
 TYPED_TEST(PointSample, NearestAndWholePositions) {
-    constexpr int kNearest = sizeof(TypeParam) == 4 ? 2 : 63;
+    constexpr auto kNearest = sizeof(TypeParam) == 4 ? qx::Slot::NNSample : qx::Slot::NNSample16;
     const auto nearest = [](int x, int y, QX_SampPB* params, TypeParam* out) {
         if constexpr (sizeof(TypeParam) == 16) return QX_NNSampleFloat(nullptr, x, y, params, out);
-        return qx::slot_at<qx::PointSamplerFn<TypeParam>>(kNearest)(nullptr, x, y, params, out);
+        return qx::routine_at<qx::PointSamplerFn<TypeParam>>(kNearest)(nullptr, x, y, params, out);
     };
     Picture<TypeParam> picture(5, 4, FillKind::random, 8);
     for (std::int32_t x = -70000; x < 6 * 65536; x += 1357) {

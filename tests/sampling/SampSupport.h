@@ -57,6 +57,7 @@ template <class Pixel> std::vector<double> channels(const Pixel& p) {
 }
 template <class Pixel> bool same(const Pixel& a, const Pixel& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
-template <class Pixel> inline constexpr double kFull = DepthOf<Pixel>::full;
+/// Full scale as the models count.
+template <class Pixel> inline constexpr double kScale = DepthOf<Pixel>::full;
 
 }  // namespace qx::test

@@ -10,9 +10,9 @@
 #include "QX/indep/QX_Slots.h"
 #include "QX/indep/QX_WorldDepth.h"
 #include "QX/library/QX_Library.h"
-#include "QX/library/QX_PendingSlots.h"
 #include "QX/pixelops/QX_Fill.h"
 #include "QX/suites/QX_CallbackBlock.h"
+#include "QX/suites/QX_General.h"
 #include "tests/support/Refusals.h"
 
 namespace {
@@ -27,8 +27,24 @@ template <class Fn> Fn* field(const QX_CallbackBlock& block, int index) {
     return reinterpret_cast<Fn*>(block.fields[index]);
 }
 
-template <std::size_t N> bool listed(const int (&list)[N], int number) {
-    return std::find(std::begin(list), std::end(list), number) != std::end(list);
+/// Fields that are null: for good, and those whose routines are still to come.
+bool is_missing(int field) {
+    const bool colour = field >= kQX_CB_colorCB && field < kQX_CB_colorCB + 8;
+    constexpr int missing[] = {kQX_CB_reserved0,
+                               kQX_CB_reserved1,
+                               kQX_CB_ansi + 19,
+                               kQX_CB_reserved2,
+                               kQX_CB_composite_rect,
+                               kQX_CB_blend,
+                               kQX_CB_convolve,
+                               kQX_CB_gaussian_kernel,
+                               kQX_CB_host_new_handle,
+                               kQX_CB_host_lock_handle,
+                               kQX_CB_host_unlock_handle,
+                               kQX_CB_host_dispose_handle,
+                               kQX_CB_host_get_handle_size,
+                               kQX_CB_host_resize_handle};
+    return colour || std::find(std::begin(missing), std::end(missing), field) != std::end(missing);
 }
 
 /// The library with a mark of its own in every slot, so that a routine's address tells its slot.
@@ -63,9 +79,7 @@ TEST(CallbackBlock, ListsOfMissingFieldsAreTrue) {
             for (int i = 0; i < 69; ++i) {
                 const bool no_premul16 = quality == kBest && flags == kPremul &&
                                          (i == kQX_CB_subpixel_sample16 || i == kQX_CB_area_sample16);
-                const bool missing =
-                    listed(qx::kPendingBlockFields, i) || listed(qx::kEmptyBlockFields, i) || no_premul16;
-                EXPECT_EQ(block.fields[i] == nullptr, missing) << "field " << i;
+                EXPECT_EQ(block.fields[i] == nullptr, is_missing(i) || no_premul16) << "field " << i;
             }
         }
     }

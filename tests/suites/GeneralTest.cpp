@@ -8,6 +8,8 @@
 
 #include "QX/indep/QX_ColourTables.h"
 #include "QX/library/QX_Library.h"
+#include "QX/pixelops/QX_Rand.h"
+#include "QX/suites/QX_General.h"
 #include "tests/support/TestHost.h"
 
 namespace {

@@ -1,13 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <ostream>
 #include <random>
 #include <span>
 
 #include "QX/indep/QX_Depth.h"
+
+/// Pixels are equal when their bits are.
+template <class P>
+concept IsPixel = std::is_same_v<P, typename qx::DepthOf<P>::Pixel>;
+template <IsPixel P> bool operator==(const P& a, const P& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+template <IsPixel P> std::ostream& operator<<(std::ostream& out, const P& p) {
+    const auto digits = out.precision(9);
+    out << '(' << +p.alpha << ", " << +p.red << ", " << +p.green << ", " << +p.blue << ')';
+    out.precision(digits);
+    return out;
+}
 
 /// Pixels from a seed, in the shapes that find faults.
 namespace qx::test {
@@ -20,6 +35,12 @@ enum class FillKind {
     layer,     ///< runs of clear and of opaque pixels with soft edges, as layers are
     edges      ///< every channel a quarter of the scale or one step beside it, where formulas change
 };
+
+inline constexpr FillKind kAllFills[] = {FillKind::random,   FillKind::opaque, FillKind::clear,
+                                         FillKind::extremes, FillKind::edges,  FillKind::layer};
+
+using AllDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
+template <class Pixel> inline constexpr auto kFull = static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::full);
 
 /// Whole numbers from a seed: `low` or more, below `high`.
 class Numbers {
@@ -42,22 +63,8 @@ public:
         const std::uint64_t bits = random_();
         if constexpr (D::number == 32) {
             const float v = static_cast<float>(bits >> 40) * 0x1p-24f;
-            switch (bits & 31) {
-                case 0:
-                    return v * 4.0f;
-                case 1:
-                    return -v;
-                case 2:
-                    return v * 0x1p-127f;
-                case 3:
-                    return 0.0f;
-                case 4:
-                    return 1.0f;
-                case 5:
-                    return 0.5f;
-                default:
-                    return v;
-            }
+            const float special[] = {v * 4.0f, -v, v * 0x1p-127f, 0.0f, 1.0f, 0.5f};
+            return (bits & 31) < std::size(special) ? special[bits & 31] : v;
         } else {
             return static_cast<Channel>(bits % static_cast<std::uint64_t>(D::full + 1));
         }
@@ -73,7 +80,7 @@ public:
             return static_cast<Channel>(std::clamp<std::int64_t>(v, 0, D::full));
         }
     }
-    Channel extreme() { return static_cast<Channel>(random_() & 1 ? D::full : 0); }
+    Channel extreme() { return random_() & 1 ? kFull<Pixel> : Channel{}; }
     Pixel with_alpha(Channel alpha) { return {alpha, channel(), channel(), channel()}; }
     std::size_t below(std::size_t n) { return static_cast<std::size_t>(random_() % n); }
 
@@ -92,7 +99,6 @@ private:
 };
 
 template <class Pixel> void fill_pixels(std::span<Pixel> pixels, FillKind kind, std::uint64_t seed) {
-    using Channel = typename DepthOf<Pixel>::Channel;
     PixelSource<Pixel> source(seed);
     if (kind == FillKind::layer) {
         for (std::size_t done = 0; done < pixels.size();) {
@@ -103,23 +109,13 @@ template <class Pixel> void fill_pixels(std::span<Pixel> pixels, FillKind kind, 
         return;
     }
     for (Pixel& p : pixels) {
-        switch (kind) {
-            case FillKind::opaque:
-                p = source.with_alpha(static_cast<Channel>(DepthOf<Pixel>::full));
-                break;
-            case FillKind::clear:
-                p = source.with_alpha(0);
-                break;
-            case FillKind::extremes:
-                p = {source.extreme(), source.extreme(), source.extreme(), source.extreme()};
-                break;
-            case FillKind::edges:
-                p = {source.edge(), source.edge(), source.edge(), source.edge()};
-                break;
-            default:
-                p = source.with_alpha(source.channel());
-                break;
-        }
+        const auto extreme = [&] { return source.extreme(); };
+        const auto edge = [&] { return source.edge(); };
+        if (kind == FillKind::opaque) p = source.with_alpha(kFull<Pixel>);
+        if (kind == FillKind::clear) p = source.with_alpha(0);
+        if (kind == FillKind::extremes) p = {extreme(), extreme(), extreme(), extreme()};
+        if (kind == FillKind::edges) p = {edge(), edge(), edge(), edge()};
+        if (kind == FillKind::random) p = source.with_alpha(source.channel());
     }
 }
 

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <span>
+#include <tuple>
 #include <vector>
 
 #include "QX/QX.h"
@@ -26,6 +28,7 @@ public:
     QX_LayerDef* record() { return &record_; }
     QX_WorldX<Pixel>& world() { return *world_; }
     Pixel& at(int x, int y) { return world_->Row(y)[x]; }
+    bool has(int x, int y) const { return x >= 0 && y >= 0 && x < world_->width && y < world_->height; }
 
     /// All pixels, row by row, without padding.
     std::vector<Pixel> pixels() const {
@@ -63,6 +66,27 @@ template <class Pixel> bool same_pixels(const std::vector<Pixel>& a, const std::
 }
 
 inline bool holds(const M_LRect& r, int x, int y) { return x >= r.left && x < r.right && y >= r.top && y < r.bottom; }
+
+/// The places of a world of this size, row by row.
+inline std::vector<M_LPoint> places(int width, int height) {
+    std::vector<M_LPoint> all;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) all.push_back({x, y});
+    }
+    return all;
+}
+
+/// Every combination of one of each list, the last list fastest.
+inline std::vector<std::tuple<>> each() { return {{}}; }
+template <class First, class... Rest> auto each(const First& first, const Rest&... rest) {
+    std::vector<std::tuple<std::decay_t<decltype(*std::begin(first))>, std::decay_t<decltype(*std::begin(rest))>...>>
+        all;
+    const auto tails = each(rest...);
+    for (const auto& head : first) {
+        for (const auto& tail : tails) all.push_back(std::tuple_cat(std::tuple(head), tail));
+    }
+    return all;
+}
 
 inline QX_MaskWorld mask_at(const QX_LayerDef& world, int x, int y, std::uint32_t kind) { return {world, x, y, kind}; }
 

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace qx {
+
+/// Writes the room's single-thread routines into the table of slots.
+void fill_pixelops_slots();
+/// Writes wrappers that run the kept routines in bands into a table of slots.
+void add_premul_bands(void** routines);
+
+}  // namespace qx

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "QX/indep/QX_Pixel.h"
+#include "QX/indep/QX_WithDepth.h"
 #include "QX/world/QX_World.h"
 
 namespace qx::pictures {
@@ -13,11 +14,10 @@ template <class Pixel> Pixel* row_of(const QX_World& world, int y) {
     return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
 }
 
-/// Calls `work` with a pixel of the world's type.
+/// `work.operator()<Pixel>()` for the type of the world's pixels.
 template <class Work> decltype(auto) with_pixel_of(const QX_World& world, const Work& work) {
-    if (world.Depth() == 8) return work(QX_Pixel8{});
-    if (world.Depth() == 16) return work(QX_Pixel16{});
-    return work(QX_PixelFloat{});
+    return for_depth(world.Depth(), work,
+                     [&]() -> decltype(auto) { return work.template operator()<QX_PixelFloat>(); });
 }
 
 /// True when `is(pixel, x, y)` holds for some pixel; in row order, up to the first.
@@ -31,7 +31,7 @@ template <class Pixel, class Is> bool any_pixel(const QX_World& world, const Is&
     return false;
 }
 template <class Is> bool any_pixel(const QX_World& world, const Is& is) {
-    return with_pixel_of(world, [&](auto pixel) { return any_pixel<decltype(pixel)>(world, is); });
+    return with_pixel_of(world, [&]<class Pixel>() { return any_pixel<Pixel>(world, is); });
 }
 
 /// Calls `visit(pixel, x, y)` for all pixels in row order.

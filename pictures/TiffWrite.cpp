@@ -90,7 +90,7 @@ bool write_all(TIFF* tiff, const Picture& picture, int samples, Watch& watch) {
     const QX_World& world = *picture.world;
     set_fields(tiff, picture, samples);
     const bool rows =
-        with_pixel_of(world, [&](auto pixel) { return write_rows<decltype(pixel)>(tiff, world, samples, watch); });
+        with_pixel_of(world, [&]<class Pixel>() { return write_rows<Pixel>(tiff, world, samples, watch); });
     return rows && TIFFFlush(tiff) == 1;
 }
 

@@ -43,8 +43,7 @@ std::vector<double> channels(const QX_World& world, int x, int y) {
     const auto list = [](const auto& p) {
         return std::vector<double>{double(p.alpha), double(p.red), double(p.green), double(p.blue)};
     };
-    return pictures::with_pixel_of(world,
-                                   [&](auto pixel) { return list(pictures::row_of<decltype(pixel)>(world, y)[x]); });
+    return pictures::with_pixel_of(world, [&]<class Pixel>() { return list(pictures::row_of<Pixel>(world, y)[x]); });
 }
 
 bool same_pixels(const QX_World& a, const QX_World& b) {

@@ -8,6 +8,7 @@
 
 #include "platform/standalone/Standalone.h"
 #include "tests/pictures/Support.h"
+#include "tests/pictures/Ties.h"
 #include "tests/tools/RunQx.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/terminal/Messages.h"
@@ -184,6 +185,33 @@ TEST(Command, DissolveAtDepth32SaysThatItDoesNothing) {
     EXPECT_EQ(run_qx(line).errors, "");
     EXPECT_NE(run_qx(line + " --depth 32").errors.find("changes nothing at depth 32"), std::string::npos);
     EXPECT_EQ(run_qx(line + " --depth 32 -q").errors, "");
+}
+
+/// Float pictures go to 8 bits in one way, wherever a layer lies and however wide the picture is.
+TEST(Command, HalvesBecomeEvenWhereverALayerLies) {
+    const Folder folder;
+    const auto put = [&](const char* name, int width, int height) {
+        const auto ties = [=](int x, int y) { return qx::test::tie_at(x + y * width); };
+        qx::pictures::write_picture(folder / name, qx::test::picture<QX_PixelFloat>(width, height, false, ties), 32);
+    };
+    put("b.exr", 33, 9);
+    put("l.tif", 5, 4);
+    qx::test::put_contents(folder / "s.json", R"({"depth": 8, "background": "b.exr", "layers": [
+        {"file": "l.tif", "transform": {"translate": [7, 2]}}]})");
+    const std::string there = "cd " + (folder / "") + ";";
+    for (const std::string line : {"comp -q --depth 8 b.exr l.tif --at 7,2",
+                                   "comp -q --depth 8 --bands 3 b.exr l.tif --at 7,2", "render -q s.json --frames 1"}) {
+        SCOPED_TRACE(line);
+        ASSERT_EQ(run_qx(line + " -o o.png", there).status, 0);
+        const auto result = qx::pictures::read_picture(folder / "o.png");
+        ASSERT_EQ(result.world->Depth(), 8);
+        for (int i = 0; i < 33 * 9; ++i) {
+            const int x = i % 33, y = i / 33;
+            const bool layer = x >= 7 && x < 12 && y >= 2 && y < 6;
+            ASSERT_EQ(qx::test::channels(*result.world, x, y), qx::test::even_tie(layer ? x - 7 + 5 * (y - 2) : i))
+                << x << "," << y;
+        }
+    }
 }
 
 TEST(Command, SheetOfModesIsDrawn) {

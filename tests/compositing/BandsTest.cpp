@@ -67,7 +67,7 @@ TYPED_TEST(BandsAtDepth, NothingIsAllocatedByRowOrPixel) {
         mask(600, 320, FillKind::random, 3);
     const QX_MaskWorld record = mask_at(*mask.record(), 0, 0, kQX_MaskLuma);
     const auto allocations = [&](int width, int height, int xfer, bool linear) {
-        const TransferCall call{.mode = {xfer, 1.0f, nullptr, true, 1},
+        const TransferCall call{.mode = mode_of(xfer, 1.0f, true),
                                 .src_rect = {0, 0, width, height},
                                 .tables = linear ? &tables : nullptr,
                                 .mask = &record};

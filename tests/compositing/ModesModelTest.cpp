@@ -203,7 +203,7 @@ TEST_P(AllPairs, AreTheModels) {
     for (const int xfer : modes_from(kQX_FirstMode)) {
         if (xfer == xfer_mask_crossfade || xfer == xfer_dissolve) continue;  // another mask, and seeds
         fill(dst, d, false);
-        ASSERT_EQ((TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}}(src.record(), dst.record())), 0);
+        ASSERT_EQ((TransferCall{.mode = mode_of(xfer)}(src.record(), dst.record())), 0);
         for (int i = 0, faults = 0; i < n * n && faults < 3; ++i) {
             const int x = i % n, y = i / n;
             const QX_Pixel8 expected = model::row_pixel({xfer, 255, {}}, src.at(x, y), start.at(x, y));

@@ -42,7 +42,7 @@ inline QX_LinearBlendingTables tables_of_gamma(float gamma) {
 
 /// The arguments of a transfer, with what is usual as default.
 struct TransferCall {
-    QX_CompositeModePlus mode{xfer_over, 1.0f, nullptr, false, 1};
+    QX_CompositeModePlus mode = mode_of(xfer_over);
     M_LRect src_rect{0, 0, 1 << 20, 1 << 20};
     const QX_LinearBlendingTables* tables = nullptr;
     const QX_MaskWorld* mask = nullptr;

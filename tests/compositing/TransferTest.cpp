@@ -56,7 +56,7 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
         const std::uint32_t kind = round % 5;  // 4: no mask
         const QX_MaskWorld mask_record = mask_at(*mask.record(), between(-8, 12), between(-4, 6), kind);
         const int left = between(-6, 10), top = between(-6, 6);
-        const TransferCall call{.mode = {xfer_replace, 1.0f, nullptr, false, 1},
+        const TransferCall call{.mode = mode_of(xfer_replace),
                                 .src_rect = {left, top, left + between(0, 30), top + between(0, 14)},
                                 .mask = kind == 4 ? nullptr : &mask_record,
                                 .field = between(0, 3),
@@ -156,7 +156,7 @@ TEST(Transfer, FailuresReportAndWriteNothing) {
     QX_LayerDef *const s = src.record(), *const d = dst.record();
     const QX_MaskWorld deep_mask = mask_at(*deep.record(), 0, 0, 0), gpu_mask = mask_at(bad.gpu, 0, 0, 0);
     const auto call = [&](QX_LayerDef* from, QX_LayerDef* to, int xfer = 2, const QX_MaskWorld* mask = nullptr) {
-        return [=] { return TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}, .mask = mask}(from, to); };
+        return [=] { return TransferCall{.mode = mode_of(xfer), .mask = mask}(from, to); };
     };
     const auto before = dst.pixels();
     const std::string depths = " worlds to have same bit depth", none = "unimplemented blending mode.";
@@ -174,7 +174,7 @@ TEST(Transfer, FailuresReportAndWriteNothing) {
                     {call(s, d, 41), none, 5, 0, 2}});
     for (const int xfer :
          {41, +xfer_alpha_multiply}) {  // an empty clip comes before the mode, and leaves what is around
-        EXPECT_EQ((TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}, .dest_x = 100}(s, d)), 0);
+        EXPECT_EQ((TransferCall{.mode = mode_of(xfer), .dest_x = 100}(s, d)), 0);
     }
     EXPECT_TRUE(same_pixels(before, dst.pixels()));
 }

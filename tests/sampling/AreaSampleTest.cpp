@@ -19,7 +19,7 @@ std::int64_t coverage(std::int64_t i, std::int64_t low, std::int64_t high) {
 
 /// The footprint's mean, before rounding, from sums in double in the order of rows.
 template <class Pixel>
-std::vector<double> area_model(Picture<Pixel>& picture, std::int32_t x, std::int32_t y, QX_PointSampler<Pixel> thin) {
+std::vector<double> area_model(Source<Pixel>& picture, std::int32_t x, std::int32_t y, QX_PointSampler<Pixel> thin) {
     const std::int64_t rx = picture.params.x_radius, ry = picture.params.y_radius;
     const std::int64_t left = x - rx + 32768, right = x + rx + 32768, top = y - ry + 32768, bottom = y + ry + 32768;
     double sum[4] = {};
@@ -39,7 +39,7 @@ std::vector<double> area_model(Picture<Pixel>& picture, std::int32_t x, std::int
         const double down = double(coverage(j, top, bottom));
         if (!wide) add(sampled(x, j * 65536), down * double(2 * rx) * 0x1p-32);
         for (std::int64_t i = left >> 16; wide && i < (right + 65535) >> 16; ++i) {
-            if (j < 0 || i < 0 || j >= picture.world.height || i >= picture.world.width) continue;
+            if (j < 0 || i < 0 || j >= picture.record.height || i >= picture.record.width) continue;
             add(picture.tap(int(i), int(j)), down * double(coverage(i, left, right)) * 0x1p-32);
         }
     }
@@ -72,7 +72,7 @@ protected:
     void compare(int quality, QX_PointSampler<Pixel> routine, const std::function<double(double)>& round) {
         const auto thin = QXp_GetSamplerSet<Pixel>(quality).clipped;
         for (const FillKind fill : {FillKind::random, FillKind::layer, FillKind::opaque, FillKind::clear}) {
-            Picture<Pixel> picture(61, 47, fill, 10);
+            Source<Pixel> picture(61, 47, fill, 10);
             for (int n = 0; n < 6000; ++n) {
                 const std::int32_t grid = n % 3 == 0 ? 32768 : 1;
                 const std::int32_t x = (below(70 * 65536) - 5 * 65536) / grid * grid;
@@ -92,8 +92,7 @@ protected:
         }
     }
 };
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(AreaSample, Depths);
+TYPED_TEST_SUITE(AreaSample, AllDepths);
 
 TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
     const Born born(1, ProcessorLevel::vector);
@@ -119,13 +118,13 @@ TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
 TYPED_TEST(AreaSample, EndOfTheNumbers) {
     const Born born;
     for (const bool tall : {true, false}) {
-        Picture<TypeParam> picture(tall ? 1 : 32800, tall ? 32800 : 1, FillKind::opaque, 1);
+        Source<TypeParam> picture(tall ? 1 : 32800, tall ? 32800 : 1, FillKind::opaque, 1);
         picture.radii(40000, 40000);
         for (const auto routine : {QXp_GetSamplerSet<TypeParam>(1).area, QXp_GetSamplerSet<TypeParam>(2).area}) {
             TypeParam out;
             const std::int32_t end = INT32_MAX - 1000;
             routine(nullptr, tall ? 0 : end, tall ? end : 0, &picture.params, &out);
-            EXPECT_TRUE(same(out, TypeParam{}));
+            EXPECT_EQ(out, TypeParam{});
         }
     }
 }
@@ -135,7 +134,7 @@ protected:
     Born born{1, ProcessorLevel::vector};
 };
 
-std::vector<double> premul_point(Picture<QX_Pixel8>& picture, std::int64_t x, std::int64_t y) {
+std::vector<double> premul_point(Source<QX_Pixel8>& picture, std::int64_t x, std::int64_t y) {
     const std::int64_t fx = x & 0xFFFF, fy = y & 0xFFFF, w1 = (65536 - fy) * fx / 65536, w2 = (65536 - fx) * fy / 65536;
     const std::int64_t w3 = fx * fy / 65536, weight[4] = {65536 - w1 - w2 - w3, w1, w2, w3};
     std::vector<double> out;
@@ -152,7 +151,7 @@ std::vector<double> premul_point(Picture<QX_Pixel8>& picture, std::int64_t x, st
 
 TEST_F(Premul, PointIsExact) {
     for (const FillKind fill : {FillKind::random, FillKind::extremes}) {
-        Picture<QX_Pixel8> picture(9, 7, fill, 1);
+        Source<QX_Pixel8> picture(9, 7, fill, 1);
         for (int n = 0; n < 400000; ++n) {
             const std::int32_t grid = n % 4 == 0 ? 32768 : 1;
             const std::int32_t x = (below(12 * 65536) - 2 * 65536) / grid * grid;
@@ -165,7 +164,7 @@ TEST_F(Premul, PointIsExact) {
 }
 
 TEST_F(Premul, AreaIsExact) {
-    Picture<QX_Pixel8> picture(21, 17, FillKind::random, 1);
+    Source<QX_Pixel8> picture(21, 17, FillKind::random, 1);
     for (int i = 0; i < 100; ++i) picture.at(i % 10, i / 10) = {};
     for (int n = 0; n < 60000; ++n) {
         const std::int32_t grid = n % 3 == 0 ? 32768 : 1;
@@ -208,7 +207,7 @@ TEST_F(Premul, AreaIsExact) {
     picture.radii(4 * 65536, 4 * 65536).area = 0;
     QX_Pixel8 out{1, 2, 3, 4};
     QX_AreaSample_Premul(nullptr, 15 * 65536, 9 * 65536, &picture.params, &out);
-    EXPECT_TRUE(same(out, QX_Pixel8{})) << "an area of 0 divides nothing";
+    EXPECT_EQ(out, QX_Pixel8{}) << "an area of 0 divides nothing";
 }
 
 }  // namespace

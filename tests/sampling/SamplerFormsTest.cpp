@@ -16,7 +16,7 @@ TEST(SamplerForms, UncheckedEightBits) {
     std::mt19937_64 random(3);
     int different = 0;
     for (const FillKind fill : {FillKind::opaque, FillKind::random, FillKind::layer, FillKind::clear}) {
-        Picture<QX_Pixel8> picture(33, 9, fill, 5);
+        Source<QX_Pixel8> picture(33, 9, fill, 5);
         for (const auto level : {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster}) {
             const Born born(1, level);
             random.seed(3);
@@ -30,9 +30,9 @@ TEST(SamplerForms, UncheckedEightBits) {
                 const bool two_stages = level != ProcessorLevel::plain && p(0, 0).alpha == p(1, 0).alpha &&
                                         p(0, 0).alpha == p(0, 1).alpha && p(0, 0).alpha == p(1, 1).alpha;
                 if (!two_stages) {
-                    ASSERT_TRUE(same(out, clipped));
+                    ASSERT_EQ(out, clipped);
                 } else if (p(0, 0).alpha == 0) {
-                    ASSERT_TRUE(same(out, clipped)) << "clear, whatever the colours";
+                    ASSERT_EQ(out, clipped) << "clear, whatever the colours";
                 } else {
                     const float fx = float(x & 0xFFFF) / 65536, fy = float(y & 0xFFFF) / 65536;
                     const auto mix = [&](auto c) {
@@ -42,8 +42,8 @@ TEST(SamplerForms, UncheckedEightBits) {
                     };
                     const QX_Pixel8 want{p(0, 0).alpha, mix(&QX_Pixel8::red), mix(&QX_Pixel8::green),
                                          mix(&QX_Pixel8::blue)};
-                    ASSERT_TRUE(same(out, want)) << x << ", " << y;
-                    different += !same(out, clipped);
+                    ASSERT_EQ(out, want) << x << ", " << y;
+                    different += !out == clipped;
                 }
             }
         }
@@ -59,7 +59,7 @@ TEST(SamplerForms, BicubicEightBits) {
         std::mt19937_64 random(7);
         for (const FillKind fill :
              {FillKind::opaque, FillKind::random, FillKind::layer, FillKind::clear, FillKind::extremes}) {
-            Picture<QX_Pixel8> picture(90, 40, fill, 5);
+            Source<QX_Pixel8> picture(90, 40, fill, 5);
             for (int n = 0; n < 500000; ++n) {
                 const auto x = static_cast<std::int32_t>(random() % (90 * 65536)),
                            y = static_cast<std::int32_t>(random() % (40 * 65536));
@@ -79,7 +79,7 @@ TEST(SamplerForms, FourAtOnce) {
     const Born born;
     std::mt19937_64 random(3);
     for (const FillKind fill : {FillKind::random, FillKind::extremes, FillKind::clear}) {
-        Picture<QX_Pixel8> picture(33, 9, fill, 5);
+        Source<QX_Pixel8> picture(33, 9, fill, 5);
         for (int n = 0; n < 50000; ++n) {
             std::int32_t coords[8];
             for (int i = 0; i < 8; ++i) coords[i] = static_cast<std::int32_t>(random() % ((i % 2 ? 8 : 32) * 65536));
@@ -96,14 +96,14 @@ TEST(SamplerForms, FourAtOnce) {
                     for (std::size_t c = 1; c < 4; ++c) sum[c] += weights[k] * p[0] * p[c];
                 }
                 ASSERT_NEAR(out[i].alpha, sum[0], 0.501);
-                ASSERT_TRUE(sum[0] != 0 || same(out[i], QX_Pixel8{}));
+                ASSERT_TRUE(sum[0] != 0 || out[i] == QX_Pixel8{});
                 ASSERT_NEAR(out[i].green, sum[0] > 0.1 ? sum[2] / sum[0] : out[i].green, 0.51);
             }
             ASSERT_EQ(QX_SubpixelSampleTranslateNoClip_Straight_4(nullptr, coords, weights, &picture.params, out), 0);
             for (int i = 0; i < 4; ++i) {
                 QX_SubpixelSampleTranslateNoClip_Straight(nullptr, coords[2 * i], coords[2 * i + 1], weights,
                                                           &picture.params, &one);
-                ASSERT_TRUE(same(one, out[i]));
+                ASSERT_EQ(one, out[i]);
             }
         }
     }
@@ -113,8 +113,8 @@ TEST(SamplerForms, FourAtOnce) {
 TEST(SamplerForms, TranslationsUnderTheBicubicName) {
     const Born born;
     const double weights[4] = {0.001, 0.999, 0, 0};
-    Picture<QX_Pixel8> picture8(2, 2, FillKind::clear, 1);
-    Picture<QX_Pixel16> picture16(2, 2, FillKind::clear, 1);
+    Source<QX_Pixel8> picture8(2, 2, FillKind::clear, 1);
+    Source<QX_Pixel16> picture16(2, 2, FillKind::clear, 1);
     picture8.at(0, 0) = {1, 200, 100, 50};
     picture16.at(0, 0) = {1, 200, 100, 50};
     QX_Pixel8 out8;
@@ -122,8 +122,8 @@ TEST(SamplerForms, TranslationsUnderTheBicubicName) {
     for (const int quality : {1, 2}) {
         QXp_GetSamplerSet<QX_Pixel8>(quality).translate(nullptr, 1, 0, weights, &picture8.params, &out8);
         QXp_GetSamplerSet<QX_Pixel16>(quality).translate(nullptr, 1, 0, weights, &picture16.params, &out16);
-        EXPECT_TRUE(same(out8, quality == 1 ? QX_Pixel8{} : QX_Pixel8{0, 200, 100, 50}));
-        EXPECT_TRUE(same(out16, quality == 1 ? QX_Pixel16{} : QX_Pixel16{0, 200, 100, 50}));
+        EXPECT_TRUE(out8 == quality == 1 ? QX_Pixel8{} : QX_Pixel8{0, 200, 100, 50});
+        EXPECT_TRUE(out16 == quality == 1 ? QX_Pixel16{} : QX_Pixel16{0, 200, 100, 50});
     }
 }
 
@@ -142,7 +142,7 @@ TEST(SamplerForms, GpuWorldsAreRefused) {
         return [=, &params] {
             auto out = pixel;
             const int code = routine(nullptr, 0, 0, &params, &out);
-            EXPECT_TRUE(same(out, pixel));
+            EXPECT_EQ(out, pixel);
             return code;
         };
     };
@@ -175,7 +175,7 @@ int sampler_of_test(void*, std::int32_t, std::int32_t, const QX_SampPB*, QX_Pixe
 /// What goes through the table obeys it, and thin footprints read with what stands there.
 TEST(SamplerForms, TheTableRules) {
     const Born born(1, ProcessorLevel::vector);
-    Picture<QX_Pixel8> picture(4, 4, FillKind::opaque, 1);
+    Source<QX_Pixel8> picture(4, 4, FillKind::opaque, 1);
     picture.radii(32768, 32768);
     QX_Pixel8 out;
     for (const int slot : {3, 5, 61}) QX_SetOverrideFunc(slot, reinterpret_cast<void*>(&sampler_of_test));
@@ -185,7 +185,7 @@ TEST(SamplerForms, TheTableRules) {
     const auto set = QXp_GetSamplerSet<QX_Pixel8>(-4);
     EXPECT_TRUE(set.clipped == &sampler_of_test && set.area == &sampler_of_test && set.unclipped == &sampler_of_test);
     ASSERT_EQ((QX_AreaSample_CPlusPlus<QX_Pixel8, 1>(nullptr, 65536, 65536, &picture.params, &out)), 0);
-    EXPECT_TRUE(same(out, QX_Pixel8{9, 8, 7, 6}));
+    EXPECT_EQ(out, (QX_Pixel8{9, 8, 7, 6}));
     for (const int quality : {-1, 0, 4}) EXPECT_EQ(QX_GetSampleQualityPixelSupport(quality), 0);
     EXPECT_TRUE(QX_GetSampleQualityPixelSupport(1) == 1 && QX_GetSampleQualityPixelSupport(2) == 2 &&
                 QX_GetSampleQualityPixelSupport(3) == 2);

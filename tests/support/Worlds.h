@@ -10,19 +10,24 @@
 #include <vector>
 
 #include "QX/QX.h"
+#include "QX/indep/QX_WorldDepth.h"
 #include "tests/support/Pixels.h"
 
 namespace qx::test {
+
+template <class Pixel> void fill_world(QX_WorldX<Pixel>& world, FillKind kind, std::uint64_t seed) {
+    for (int y = 0; y < world.height; ++y) {
+        fill_pixels<Pixel>(std::span(world.Row(y), static_cast<std::size_t>(world.width)), kind,
+                           seed * 1000 + static_cast<std::uint64_t>(y));
+    }
+}
 
 /// A world with its record, filled from a seed.
 template <class Pixel> class TestWorld {
 public:
     TestWorld(int width, int height, FillKind kind, std::uint64_t seed)
         : world_(static_cast<QX_WorldX<Pixel>*>(QX_World::New(width, height, DepthOf<Pixel>::number, 1))) {
-        for (int y = 0; y < height; ++y) {
-            fill_pixels<Pixel>(std::span(world_->Row(y), static_cast<std::size_t>(width)), kind,
-                               seed * 1000 + static_cast<std::uint64_t>(y));
-        }
+        fill_world(*world_, kind, seed);
         world_->FillOutEffectWorld(&record_);
     }
     QX_LayerDef* record() { return &record_; }
@@ -40,6 +45,22 @@ public:
 private:
     std::unique_ptr<QX_WorldX<Pixel>> world_;
     QX_LayerDef record_{};
+};
+
+/// A record over pixels that lie alone in a block of the heap, where a sanitizer sees each byte that is touched beside
+/// them; `behind` pixels lie behind each row.
+template <class Pixel> struct Picture {
+    std::size_t stride;
+    std::vector<Pixel> pixels;
+    QX_LayerDef record{};
+
+    Picture(int width, int height, int behind = 3)
+        : stride(static_cast<std::size_t>(width + behind)), pixels(stride * static_cast<std::size_t>(height)) {
+        record.data = pixels.data(), record.width = width, record.height = height;
+        record.rowbytes = static_cast<std::int32_t>(stride * sizeof(Pixel));
+        QXp_SetWorldDepth(&record, DepthOf<Pixel>::number);
+    }
+    Pixel& at(int x, int y) { return pixels[static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(x)]; }
 };
 
 /// A world whose class tells a depth that there is none of.
@@ -83,11 +104,15 @@ template <class First, class... Rest> auto each(const First& first, const Rest&.
         all;
     const auto tails = each(rest...);
     for (const auto& head : first) {
-        for (const auto& tail : tails) all.push_back(std::tuple_cat(std::tuple(head), tail));
+        for (const auto& tail : tails)
+            all.push_back(std::tuple_cat(std::tuple<std::decay_t<decltype(head)>>(head), tail));
     }
     return all;
 }
 
+inline QX_CompositeModePlus mode_of(int xfer, float opacity = 1.0f, bool rgb_only = false) {
+    return {xfer, opacity, nullptr, rgb_only, 1};
+}
 inline QX_MaskWorld mask_at(const QX_LayerDef& world, int x, int y, std::uint32_t kind) { return {world, x, y, kind}; }
 
 }  // namespace qx::test

@@ -15,6 +15,7 @@
 namespace qx::test {
 
 using World = std::unique_ptr<QX_World>;
+inline constexpr int kDepths[] = {8, 16, 32};
 
 inline World make(int width, int height, int depth) {
     return World(QX_World::New(width, height, static_cast<short>(depth), 1));
@@ -23,6 +24,8 @@ inline World make(int width, int height, int depth) {
 template <class Channel> Channel* row(const QX_World& w, int y) {
     return reinterpret_cast<Channel*>(static_cast<std::byte*>(w.data) + std::ptrdiff_t{y} * w.rowbytes);
 }
+
+template <class Pixel> Pixel& pixel_of(const QX_World& w, int x, int y) { return row<Pixel>(w, y)[x]; }
 
 /// A channel as a number, at any depth.
 inline double channel(const QX_World& w, int x, int y, int c) {
@@ -46,10 +49,7 @@ inline double converted(double v, int from, int to) {
 inline World made(int width, int height, int depth, std::uint64_t seed) {
     World w = make(width, height, depth);
     const auto fill = [&]<class Pixel>(Pixel) {
-        for (int y = 0; y < height; ++y) {
-            fill_pixels<Pixel>({row<Pixel>(*w, y), static_cast<std::size_t>(width)}, FillKind::random,
-                               seed * 1000 + static_cast<unsigned>(y));
-        }
+        fill_world(static_cast<QX_WorldX<Pixel>&>(*w), FillKind::random, seed);
     };
     if (depth == 8) fill(QX_Pixel8{});
     if (depth == 16) fill(QX_Pixel16{});
@@ -77,12 +77,10 @@ struct Canvas {
     /// the room around stay.
     template <class Want> void expect(const Want& want) {
         auto wanted = made(memory.size());
-        for (int y = 0; y < height; ++y) {
-            for (int i = 0; i < width * pixel; ++i) {
-                const int value = want(i / pixel, y, i % pixel);
-                const auto at = static_cast<std::size_t>((height + y) * rowbytes + i);
-                if (value >= 0) wanted[at] = static_cast<std::uint8_t>(value);
-            }
+        for (const auto& [i, y] : places(width * pixel, height)) {
+            const int value = want(i / pixel, y, i % pixel);
+            const auto at = static_cast<std::size_t>((height + y) * rowbytes + i);
+            if (value >= 0) wanted[at] = static_cast<std::uint8_t>(value);
         }
         EXPECT_TRUE(memory == wanted) << "depth " << depth << " padding " << padding;
     }

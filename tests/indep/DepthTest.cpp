@@ -129,7 +129,6 @@ TEST(Depth, OfNoClassIsRefusedInTheRoutinesOwnWords) {
     OddWorld odd(pixels, 2, 2, 8);
     const World plain = make(2, 2, 8);
     const M_LRect rect{0, 0, 1, 1};
-    const auto thrown = [](const auto& body) { return [body] { return code_of(body); }; };
     const std::string unknown = "Unknown world bitdepth in";
     expect_refused({{[&] { return QX_Fill(nullptr, nullptr, nullptr, &odd); }, unknown + " QX_Fill"},
                     {[&] { return QX_Fill16(nullptr, nullptr, nullptr, &odd); }, unknown + " QX_Fill16"},

@@ -39,14 +39,13 @@ std::vector<double> area_model(Source<Pixel>& picture, std::int32_t x, std::int3
         const double down = double(coverage(j, top, bottom));
         if (!wide) add(sampled(x, j * 65536), down * double(2 * rx) * 0x1p-32);
         for (std::int64_t i = left >> 16; wide && i < (right + 65535) >> 16; ++i) {
-            if (j < 0 || i < 0 || j >= picture.record.height || i >= picture.record.width) continue;
             add(picture.tap(int(i), int(j)), down * double(coverage(i, left, right)) * 0x1p-32);
         }
     }
     for (std::int64_t i = left >> 16; wide && !high && i < (right + 65535) >> 16; ++i) {
         add(sampled(i * 65536, y), double(coverage(i, left, right)) * double(2 * ry) * 0x1p-32);
     }
-    const double alpha = std::min(kFull<Pixel>, sum[0] * (0.25 / (double(rx) * 0x1p-16 * (double(ry) * 0x1p-16))));
+    const double alpha = std::min(kScale<Pixel>, sum[0] * (0.25 / (double(rx) * 0x1p-16 * (double(ry) * 0x1p-16))));
     if (sum[0] == 0 || alpha == 0) return {0, 0, 0, 0};
     return {alpha, sum[1] * (1 / sum[0]), sum[2] * (1 / sum[0]), sum[3] * (1 / sum[0])};
 }
@@ -57,16 +56,10 @@ protected:
     std::int32_t below(std::int32_t n) { return static_cast<std::int32_t>(random() % static_cast<unsigned>(n)); }
     /// Radii with all sorts of fractions, thin ones and the edge of thinness among them.
     std::int32_t radius(std::int32_t most) {
-        switch (random() % 6) {
-            case 0:
-                return 32768 + below(3) - 1;
-            case 1:
-                return below(4) * below(10923);  // 0 in a quarter of them
-            case 2:
-                return (1 + below(most)) * 32768;
-            default:
-                return below(most * 65536);
-        }
+        const auto kind = random() % 6;
+        if (kind == 0) return 32768 + below(3) - 1;
+        if (kind == 1) return below(4) * below(10923);  // 0 in a quarter of them
+        return kind == 2 ? (1 + below(most)) * 32768 : below(most * 65536);
     }
     /// Compares `routine` with the model, rounded by `round`, over many footprints.
     void compare(int quality, QX_PointSampler<Pixel> routine, const std::function<double(double)>& round) {
@@ -96,7 +89,7 @@ TYPED_TEST_SUITE(AreaSample, AllDepths);
 
 TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
     const Born born(1, ProcessorLevel::vector);
-    const double full = kFull<TypeParam>;
+    const double full = kScale<TypeParam>;
     const auto up = [full](double v) { return std::floor(std::min(v + 0.5, full + 0.5)); };
     const auto narrow = [](double v) { return double(float(v)); };
     const std::function<double(double)> round = sizeof(TypeParam) == 16 ? std::function<double(double)>(narrow) : up;

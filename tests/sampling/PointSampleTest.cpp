@@ -49,7 +49,7 @@ template <class Pixel> double tolerance(double value) {
     return sizeof(Pixel) == 16 ? 2e-5 * (1 + std::abs(value)) : sizeof(Pixel) == 8 ? 0.52 : 0.5002;
 }
 /// A sum of float shares has this much error at most, in steps of the depth.
-template <class Pixel> double noise() { return kFull<Pixel> * 4e-6; }
+template <class Pixel> double noise() { return kScale<Pixel> * 4e-6; }
 
 template <class Pixel> class PointSample : public testing::Test {
 protected:
@@ -88,7 +88,7 @@ TYPED_TEST(PointSample, BilinearIsTheModel) {
             ASSERT_NEAR(got[0], vanishes ? 0 : alpha, tolerance<TypeParam>(m.alpha));
             if (is_float && !m.one_alpha && (std::abs(m.alpha) < 1e-3 || m.alpha > 1)) continue;
             for (std::size_t c = 0; c < 3; ++c) {
-                const double want = vanishes ? 0 : std::min(m.colour(c, is_float), is_float ? 1e9 : kFull<TypeParam>);
+                const double want = vanishes ? 0 : std::min(m.colour(c, is_float), is_float ? 1e9 : kScale<TypeParam>);
                 const double share = is_float && !m.one_alpha ? std::min(1.0, std::abs(m.alpha)) : 1;
                 ASSERT_NEAR(got[c + 1], want, tolerance<TypeParam>(want) / share) << "colour " << c;
             }
@@ -98,7 +98,7 @@ TYPED_TEST(PointSample, BilinearIsTheModel) {
 
 TYPED_TEST(PointSample, BicubicIsKeysKernel) {
     const auto sample = QXp_GetSamplerSet<TypeParam>(3).clipped;
-    const double full = kFull<TypeParam>;
+    const double full = kScale<TypeParam>;
     constexpr bool is_float = sizeof(TypeParam) == 16;
     for (const FillKind fill : kAllFills) {
         Source<TypeParam> picture(23, 17, fill, 4);
@@ -152,7 +152,7 @@ TYPED_TEST(PointSample, RoutesAgree) {
                     set.translate(nullptr, x, y, weights, &picture.params, other);
                     ASSERT_TRUE(sizeof(TypeParam) != 8 || clipped == other[0]) << x << ", " << y;
                     // Weights in double may narrow to others than those computed in float.
-                    for (std::size_t c = 0; c < 4 && clipped.alpha > 2 * noise<TypeParam>() + kFull<TypeParam> * 0.01;
+                    for (std::size_t c = 0; c < 4 && clipped.alpha > 2 * noise<TypeParam>() + kScale<TypeParam> * 0.01;
                          ++c) {
                         const double want = channels(clipped)[c];
                         ASSERT_NEAR(channels(other[0])[c], want,
@@ -176,13 +176,11 @@ TYPED_TEST(PointSample, RoutesAgree) {
 
 /// Weights of a translation, in double, are exact: sum, size and order.
 TEST(SampleWeights, SumToOne) {
-    for (int fx = 0; fx < 65536; fx += 51) {
-        for (int fy = 0; fy < 65536; fy += 257) {
-            double w[4];
-            ASSERT_EQ(QX_SubpixelSampleComputeWeight(fx, fy, w), 0);
-            const double x = fx / 65536.0, y = fy / 65536.0;
-            ASSERT_TRUE(w[0] == (1 - x) * (1 - y) && w[1] == x * (1 - y) && w[2] == (1 - x) * y && w[3] == x * y);
-        }
+    for (const auto& [i, j] : places(1286, 256)) {
+        double w[4];
+        ASSERT_EQ(QX_SubpixelSampleComputeWeight(51 * i, 257 * j, w), 0);
+        const double x = 51 * i / 65536.0, y = 257 * j / 65536.0;
+        ASSERT_TRUE(w[0] == (1 - x) * (1 - y) && w[1] == x * (1 - y) && w[2] == (1 - x) * y && w[3] == x * y);
     }
 }
 
@@ -250,14 +248,13 @@ TYPED_TEST(PointSample, NearestAndWholePositions) {
         return qx::slot_at<qx::PointSamplerFn<TypeParam>>(kNearest)(nullptr, x, y, params, out);
     };
     Source<TypeParam> picture(5, 4, FillKind::random, 8);
-    for (std::int32_t x = -70000; x < 6 * 65536; x += 1357) {
-        for (std::int32_t y = -70000; y < 5 * 65536; y += 7919) {
-            TypeParam out;
-            ASSERT_EQ(nearest(x, y, &picture.params, &out), 0);
-            const auto column = static_cast<int>(std::floor(x / 65536.0 + 0.5));
-            const auto row = static_cast<int>(std::floor(y / 65536.0 + 0.5));
-            ASSERT_EQ(channels(out), picture.tap(column, row)) << x << ", " << y;
-        }
+    for (const auto& [i, j] : places(342, 51)) {
+        const std::int32_t x = 1357 * i - 70000, y = 7919 * j - 70000;
+        TypeParam out;
+        ASSERT_EQ(nearest(x, y, &picture.params, &out), 0);
+        const auto column = static_cast<int>(std::floor(x / 65536.0 + 0.5));
+        const auto row = static_cast<int>(std::floor(y / 65536.0 + 0.5));
+        ASSERT_EQ(channels(out), picture.tap(column, row)) << x << ", " << y;
     }
     TypeParam out;
     nearest(0x7FFFC000, 0, &picture.params, &out);

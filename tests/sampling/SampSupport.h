@@ -13,6 +13,7 @@
 
 namespace qx::test {
 
+template <class Pixel> inline constexpr double kScale = DepthOf<Pixel>::full;
 template <class Pixel> std::vector<double> channels(const Pixel& p) {
     return {double(p.alpha), double(p.red), double(p.green), double(p.blue)};
 }

@@ -25,13 +25,25 @@ template <class Channel> Channel* row(const QX_World& w, int y) {
     return reinterpret_cast<Channel*>(static_cast<std::byte*>(w.data) + std::ptrdiff_t{y} * w.rowbytes);
 }
 
+/// Every channel from f(place in the row, row), or held to it.
+template <class Channel, class F> void set_channels(const QX_World& w, const F& f) {
+    for (const auto& [i, y] : places(4 * w.width, w.height)) row<Channel>(w, y)[i] = static_cast<Channel>(f(i, y));
+}
+template <class Channel, class F> void expect_channels(const QX_World& w, const F& f) {
+    for (const auto& [i, y] : places(4 * w.width, w.height)) {
+        ASSERT_EQ(row<Channel>(w, y)[i], f(i, y)) << "channel " << i << " of row " << y;
+    }
+}
+
 template <class Pixel> Pixel& pixel_of(const QX_World& w, int x, int y) { return row<Pixel>(w, y)[x]; }
 
-/// A channel as a number, at any depth.
+/// A channel as a number, at any depth; rows may lie anywhere.
 inline double channel(const QX_World& w, int x, int y, int c) {
-    if (w.Depth() == 8) return row<std::uint8_t>(w, y)[4 * x + c];
-    if (w.Depth() == 16) return row<std::uint16_t>(w, y)[4 * x + c];
-    return double{row<float>(w, y)[4 * x + c]};
+    const auto read = [&]<class Channel>(Channel v) {
+        std::memcpy(&v, row<std::byte>(w, y) + (4 * x + c) * static_cast<int>(sizeof v), sizeof v);
+        return static_cast<double>(v);
+    };
+    return w.Depth() == 8 ? read(std::uint8_t{}) : w.Depth() == 16 ? read(std::uint16_t{}) : read(0.0f);
 }
 
 /// A channel at another depth, by the table of rules.

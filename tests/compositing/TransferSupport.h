@@ -9,9 +9,6 @@
 
 namespace qx::test {
 
-inline constexpr standalone::ProcessorLevel kLevels[] = {
-    standalone::ProcessorLevel::plain, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster};
-
 /// All numbers that have a mode, from `first` on.
 inline std::vector<int> modes_from(int first) {
     std::vector<int> all;

@@ -110,6 +110,10 @@ template <class First, class... Rest> auto each(const First& first, const Rest&.
     return all;
 }
 
+template <class List> bool listed(const List& list, int number) {
+    return std::find(std::begin(list), std::end(list), number) != std::end(list);
+}
+
 inline QX_CompositeModePlus mode_of(int xfer, float opacity = 1.0f, bool rgb_only = false) {
     return {xfer, opacity, nullptr, rgb_only, 1};
 }

@@ -2,7 +2,6 @@
 // The long random run of forms against each other.
 #include "tests/compositing/Differential.h"
 #include "tests/support/RandomRun.h"
-#include "tests/support/TestHost.h"
 
 int main(int argc, char** argv) {
     using namespace qx::test;

@@ -1,11 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Transfers of every mode against the model, pixel for pixel.
-#include <gtest/gtest.h>
-
-#include <array>
-#include <type_traits>
-#include <vector>
-
 #include "tests/compositing/ModesModel.h"
 #include "tests/compositing/TransferSupport.h"
 
@@ -153,8 +147,8 @@ TYPED_TEST(ModesAgainstModel, RowsInLinearLight) {
 
 /// The model's own anchors: values that are known without it.
 TEST(Model, GivesKnownPixels) {
+    // Columns: mode, source, destination, result
     const std::tuple<int, QX_Pixel8, QX_Pixel8, QX_Pixel8> at8[] = {
-        // mode, source, destination, result
         {xfer_over, {255, 1, 2, 3}, {255, 9, 9, 9}, {255, 1, 2, 3}},
         {xfer_over, {128, 1, 2, 3}, {0, 9, 9, 9}, {128, 1, 2, 3}},
         {xfer_over, {51, 255, 0, 100}, {255, 0, 255, 100}, {255, 51, 204, 100}},  // a fifth of the way

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cmath>
-#include <string>
-
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 

@@ -1,24 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copies from rectangle to rectangle, against a slow model of one direction at a time.
-#include "QX/geometry/QX_CopyBits.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <climits>
-#include <cmath>
-#include <cstring>
-#include <random>
-
-#include "QX/indep/QX_Slots.h"
-#include "QX/pixelops/QX_Fill.h"
-#include "QX/sampling/QX_AreaSample.h"
-#include "QX/sampling/QX_Samp.h"
-#include "QX/sampling/QX_SampPB.h"
-#include "QX/world/QX_Chunk.h"
 #include "platform/M_Matrix.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 namespace {
@@ -263,27 +246,22 @@ TEST(CopyBits, Refusals) {
         return [=] { return copy(nullptr, s, d, nullptr, nullptr); };
     };
     for (CopyBitsFn* copy : {&QX_CopyBits_Draft, &QX_CopyBits_HQ_Straight, &QX_CopyBits_HQ_Premul}) {
-        expect_refused({{call(copy, &bad.gpu, w8.get()), kOnGpu},
-                        {call(copy, w8.get(), &bad.gpu), kOnGpu},
-                        {call(copy, nullptr, w8.get()), kBadParameter},
-                        {call(copy, w8.get(), nullptr), kBadParameter},
-                        {call(copy, &bad.empty, w8.get()), kBadParameter},
-                        {call(copy, w8.get(), &bad.empty), kBadParameter},
-                        {call(copy, &bad.odd, &wider), unknown}});
+        expect_refused(kOnGpu, {call(copy, &bad.gpu, w8.get()), call(copy, w8.get(), &bad.gpu)});
+        expect_refused(kBadParameter, {call(copy, nullptr, w8.get()), call(copy, w8.get(), nullptr),
+                                       call(copy, &bad.empty, w8.get()), call(copy, w8.get(), &bad.empty)});
+        expect_refused(unknown, {call(copy, &bad.odd, &wider)});
     }
     const std::string depths = "QX_CopyBits_HQ_Straight_Static requires src and dst worlds to have same bit depth";
     const auto matrix = [](QX_LayerDef* s, QX_LayerDef* d) {
         return [=] { return QX_CopyBits3_LO_Straight(nullptr, s, &kM_IdentityMatrix, 1, 0, d); };
     };
-    expect_refused({{call(&QX_CopyBits_HQ_Straight, w8.get(), w16.get()), depths},
-                    {call(&QX_CopyBits_HQ_Premul, w8.get(), w16.get()), depths},
-                    {call(&QX_CopyBits_HQ_Premul, w16.get(), small16.get()), unknown},
-                    {matrix(&bad.gpu, w8.get()), kOnGpu},
-                    {matrix(w8.get(), nullptr), "dst_world is NULL"},
-                    {matrix(nullptr, w8.get()), kBadParameter},
-                    {matrix(w8.get(), &bad.empty), kBadParameter},
-                    {matrix(&bad.odd, w8.get()), unknown},
-                    {matrix(w8.get(), &bad.odd), unknown}});
+    expect_refused(depths, {call(&QX_CopyBits_HQ_Straight, w8.get(), w16.get()),
+                            call(&QX_CopyBits_HQ_Premul, w8.get(), w16.get())});
+    expect_refused(unknown, {call(&QX_CopyBits_HQ_Premul, w16.get(), small16.get()), matrix(&bad.odd, w8.get()),
+                             matrix(w8.get(), &bad.odd)});
+    expect_refused(kOnGpu, {matrix(&bad.gpu, w8.get())});
+    expect_refused("dst_world is NULL", {matrix(w8.get(), nullptr)});
+    expect_refused(kBadParameter, {matrix(nullptr, w8.get()), matrix(w8.get(), &bad.empty)});
 }
 
 TEST(CopyBitsMatrix, TakesTheNearestPixelAtAllDepths) {
@@ -388,11 +366,8 @@ TEST(ChannelCopy, Refusals) {
         return [=] { return QX_ChannelCopy(nullptr, src, dst, rect, rect); };
     };
     const auto before = b.bytes;
-    expect_refused({{copy(nullptr, &b), kBadParameter},
-                    {copy(&a, nullptr), kBadParameter},
-                    {copy(&none, &b), kBadParameter},
-                    {copy(&a, &none), kBadParameter},
-                    {copy(&a, &other), "can#{rsquo}t copy different channel worlds"},
+    expect_refused(kBadParameter, {copy(nullptr, &b), copy(&a, nullptr), copy(&none, &b), copy(&a, &none)});
+    expect_refused({{copy(&a, &other), "can#{rsquo}t copy different channel worlds"},
                     {copy(&a, &b, &wide), "QX_ChannelCopy x overflow detected"},
                     {copy(&a, &b, &tall), "QXp_CopyBitsUniversal y underflow detected"}});
     EXPECT_EQ(b.bytes, before);

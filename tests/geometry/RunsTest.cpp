@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Runs of samples against the sampler of one pixel, in millions of pixels.
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "QX/sampling/QX_RowGeometry.h"
-#include "QX/sampling/QX_SamplerSet.h"
 #include "tests/geometry/TransformSupport.h"
 
 namespace qx::test {

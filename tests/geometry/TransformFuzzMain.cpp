@@ -2,9 +2,6 @@
 // Random small transforms, for the sanitizers.
 // Matrices of any kind, also degenerate, huge and with perspective; rectangles, masks, fields, modes and motions. What
 // must hold: no fault, no undefined behaviour, code 0, and nothing changes outside the rectangle.
-#include <limits>
-#include <random>
-
 #include "tests/geometry/TransformSupport.h"
 #include "tests/support/RandomRun.h"
 

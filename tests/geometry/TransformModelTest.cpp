@@ -1,12 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Transforms against a slow model: every pixel's samples are placed and summed one by one with tests for every tap,
 // and the finished picture is transferred.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
-
 #include "platform/GK_Motion.h"
 #include "tests/geometry/TransformSupport.h"
 
@@ -173,10 +167,8 @@ template <class Pixel> bool alike(const Pixel& a, const Pixel& b) {
     return near(a.alpha, b.alpha) && near(a.red, b.red) && near(a.green, b.green) && near(a.blue, b.blue);
 }
 
-template <class Pixel> class ModelAtDepth : public testing::Test {
-protected:
-    Born born_{1, standalone::ProcessorLevel::plain};  // where the unclipped 8-bit sample is the clipped one
-};
+/// At a level where the unclipped 8-bit sample is the clipped one.
+template <class Pixel> using ModelAtDepth = BornAtDepth<Pixel, 1, standalone::ProcessorLevel::plain>;
 TYPED_TEST_SUITE(ModelAtDepth, AllDepths);
 
 TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {

@@ -1,21 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // What holds of transforms by nature, and what they refuse.
-#include <gtest/gtest.h>
-
-#include <array>
-#include <limits>
-
 #include "tests/geometry/TransformSupport.h"
-#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
 
-template <class Pixel> class TransformAtDepth : public testing::Test {
-protected:
-    Reports reports_;
-    Born born_;
-};
+template <class Pixel> using TransformAtDepth = BornAtDepth<Pixel, 1>;
 TYPED_TEST_SUITE(TransformAtDepth, AllDepths);
 
 /// The transfer that a whole translation must equal.
@@ -187,16 +177,8 @@ TEST(Transform, LargeFootprintsTellTheirArea) {
 
 TEST(Transform, AsksAfterRowsWhoseIndexIsDue) {
     Born born;
-    struct Calls {
-        std::vector<std::pair<int, int>> polls;
-        int stop = -1;
-        static int progress(void* refcon, std::int32_t row, std::int32_t total) {
-            auto& seen = *static_cast<Calls*>(refcon);
-            seen.polls.emplace_back(row, total);
-            return row == seen.stop ? 517 : 0;
-        }
-    } calls;
-    const QX_ProgressInfo progress{&calls, nullptr, &Calls::progress};
+    Polls polls;
+    const QX_ProgressInfo progress{&polls, nullptr, &Polls::progress};
     TestWorld<QX_Pixel8> src(20, 200, FillKind::opaque, 1);
     const struct {
         int quality, field, matrices;
@@ -207,16 +189,16 @@ TEST(Transform, AsksAfterRowsWhoseIndexIsDue) {
                  {0, 1, 1, {0, 128}},
                  {2, 1, 3, {0, 16, 32, 48}}};
     for (const auto& c : cases) {
-        calls = {{}, c.matrices == 3 ? 48 : -1};  // an answer ends the call, after whole rows
+        polls = {.stop_at = c.matrices == 3 ? 3 : -1};  // an answer ends the call, after whole rows
         TestWorld<QX_Pixel8> dst(40, 200, FillKind::opaque, 2);
         const TransformCall call{.matrices = std::vector(static_cast<std::size_t>(c.matrices), scaled(1.5, 1)),
                                  .quality = c.quality,
                                  .field = c.field,
                                  .progress = &progress};
         EXPECT_EQ(call(src.record(), dst.record()), c.matrices == 3 ? 517 : 0);
-        std::vector<std::pair<int, int>> polls;
-        for (const int row : c.rows) polls.emplace_back(row, 200);
-        EXPECT_EQ(calls.polls, polls);
+        std::vector<std::pair<int, int>> expected;
+        for (const int row : c.rows) expected.emplace_back(row, 200);
+        EXPECT_EQ(polls.calls, expected);
     }
 }
 

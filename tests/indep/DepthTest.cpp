@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // How depth is told and written, and what is said of worlds that are of none.
-#include <cstring>
-
-#include "QX/indep/QX_Report.h"
-#include "QX/indep/QX_WorldDepth.h"
-#include "QX/pixelops/QX_Fill.h"
-#include "platform/FK_Frames.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -70,8 +63,8 @@ TEST(Depth, OfAGpuWorldIsThatOfItsFrame) {
 
 TEST(Depth, IsWrittenIntoTheHighByteAndBit0) {
     Reports reports;
-    const std::tuple<std::uint32_t, int, std::uint32_t, int> cases[] = {// before, depth, after, code
-                                                                        {0, 8, 0, 0},
+    // Columns: before, depth, after, code
+    const std::tuple<std::uint32_t, int, std::uint32_t, int> cases[] = {{0, 8, 0, 0},
                                                                         {0, 16, 0x01000001, 0},
                                                                         {0, 32, 0x02000000, 0},
                                                                         {0xFFABCDE0, 16, 0x01ABCDE1, 0},
@@ -88,8 +81,8 @@ TEST(Depth, IsWrittenIntoTheHighByteAndBit0) {
 
 TEST(PixelFormats, CodesAndDepths) {
     Reports reports;
+    // Columns: depth, of a GPU, code, report
     const std::tuple<int, bool, const char*, std::string> cases[] = {
-        // depth, of a GPU, code, report
         {8, false, "argb", ""},
         {16, false, "vn16", ""},
         {32, false, "vn32", ""},

@@ -1,19 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/iterate/QX_Acceleration.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <atomic>
-#include <mutex>
-#include <stdexcept>
-
-#include "QX/compositing/QX_CompositeMode.h"
-#include "QX/compositing/QX_TransferRect.h"
-#include "QX/indep/QX_Slots.h"
-#include "QX/iterate/QX_Iterate.h"
 #include "tests/iterate/IterateSupport.h"
-#include "tests/support/Refusals.h"
 
 namespace {
 
@@ -142,8 +129,8 @@ TEST_F(Layer, SixtyFourThreadsAreCutTo32) {
 
 TEST_F(Layer, RectangleRoutinesRunInBandsOrStraight) {
     const M_LRect some{1, 2, 4, 40}, one_column{1, 2, 2, 40}, empty{3, 2, 3, 40}, flat{0, 4, 6, 4};
+    // Columns: rectangle, calls, rows
     const std::tuple<const char*, const M_LRect*, std::size_t, int> cases[] = {
-        // rectangle, calls, rows
         {"all of the world", nullptr, 7, 70}, {"a part", &some, 7, 38}, {"one column", &one_column, 1, 38},
         {"no column", &empty, 1, 38},         {"no row", &flat, 1, 0},
     };
@@ -199,10 +186,8 @@ TEST_F(Layer, GpuWorldsAreRefusedFirst) {
     };
     world.record = bad.gpu;
     const std::string text = "gpu effect world is not supported.";
-    expect_refused({{[&] { return premul(nullptr); }, text},
-                    {[&] { return transform(nullptr); }, text},
-                    {call(nullptr, &bad.gpu), text},
-                    {call(&bad.gpu, &other.record), text}});
+    expect_refused(text, {[&] { return premul(nullptr); }, [&] { return transform(nullptr); }, call(nullptr, &bad.gpu),
+                          call(&bad.gpu, &other.record)});
 }
 
 TEST_F(Layer, FirstFailureWinsAndBandsNotBegunStayOut) {

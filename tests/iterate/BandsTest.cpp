@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QX/iterate/QX_Bands.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <vector>
+#include "tests/support/Test.h"
 
 namespace {
 

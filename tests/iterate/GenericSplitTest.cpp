@@ -1,12 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <mutex>
-
-#include "QX/iterate/QX_Iterate.h"
 #include "tests/iterate/IterateSupport.h"
-#include "tests/support/TestHost.h"
 
 namespace {
 

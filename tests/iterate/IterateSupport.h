@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdint>
 #include <exception>
-#include <set>
-#include <thread>
-#include <vector>
 
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 

@@ -1,15 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QX/iterate/QX_Iterate.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <map>
-#include <utility>
-
-#include "QX/indep/QX_Slots.h"
 #include "tests/iterate/IterateSupport.h"
-#include "tests/support/Refusals.h"
 
 namespace {
 
@@ -125,16 +115,13 @@ TEST(Iterate, CodesOfPixelsAndPolls) {
     }
 }
 
-template <class Pixel> class OriginForms : public testing::Test {
-protected:
-    Born born_{1};
-};
+template <class Pixel> using OriginForms = BornAtDepth<Pixel, 1>;
 TYPED_TEST_SUITE(OriginForms, AllDepths);
 
 TYPED_TEST(OriginForms, VisitWhatLiesUnderTheSource) {
     Picture<TypeParam> dst(6, 4), src(3, 2);
-    const std::pair<M_LPoint, M_LPoint> cases[] = {// of the origin, and the size that the source tells
-                                                   {{0, 0}, {3, 2}},
+    // Of the origin, and the size that the source tells.
+    const std::pair<M_LPoint, M_LPoint> cases[] = {{{0, 0}, {3, 2}},
                                                    {{-1, -1}, {3, 2}},
                                                    {{2, 3}, {3, 2}},
                                                    {{5, 0}, {3, 2}},
@@ -225,20 +212,16 @@ TEST(Iterate, BadArguments) {
                 return form(nullptr, 0, 0, from, nullptr, &origin, &trace, fn, to);
             };
         };
-        expect_refused({{call(&bad.gpu, d, pixel), kOnGpu},
-                        {call(&bad.empty, &bad.gpu, nullptr), kOnGpu},
-                        {call(&bad.empty, d, pixel), kBadParameter},
-                        {call(s, nullptr, pixel), kBadParameter},
-                        {call(nullptr, &bad.empty, pixel), kBadParameter},
-                        {call(nullptr, d, nullptr), kBadParameter},
-                        {call(&deep.record, d, pixel), depths}});
+        expect_refused(kOnGpu, {call(&bad.gpu, d, pixel), call(&bad.empty, &bad.gpu, nullptr)});
+        expect_refused(kBadParameter, {call(&bad.empty, d, pixel), call(s, nullptr, pixel),
+                                       call(nullptr, &bad.empty, pixel), call(nullptr, d, nullptr)});
+        expect_refused(depths, {call(&deep.record, d, pixel)});
     }
     const auto lut = [](QX_LayerDef* from, QX_LayerDef* to) {
         return [=] { return mapped(nullptr, 0, from, nullptr, to); };
     };
-    expect_refused({{lut(&deep.record, d), kBadParameter},
-                    {lut(nullptr, &deep.record), kBadParameter},
-                    {lut(nullptr, &bad.gpu), kOnGpu}});
+    expect_refused(kBadParameter, {lut(&deep.record, d), lut(nullptr, &deep.record)});
+    expect_refused(kOnGpu, {lut(nullptr, &bad.gpu)});
     Picture<QX_PixelFloat> real(4, 4);
     EXPECT_EQ(lut(nullptr, &real.record)(), 0) << "deep worlds are refused, float is not seen";
     EXPECT_TRUE(trace.visits.empty());

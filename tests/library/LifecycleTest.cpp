@@ -1,19 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <vector>
-
-#include "QX/compositing/QX_TransferRect.h"
-#include "QX/indep/QX_ColourTables.h"
-#include "QX/indep/QX_Slots.h"
-#include "QX/library/QX_Library.h"
 #include "QX/library/QX_PendingSlots.h"
-#include "QX/world/QX_Frame.h"
-#include "QX/world/QX_World.h"
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/support/Test.h"
 
 namespace {
 

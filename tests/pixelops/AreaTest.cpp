@@ -1,12 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Operations on whole areas: what they write, and above all what they leave.
-#include <array>
-#include <climits>
-#include <cmath>
-
-#include "QX/pixelops/QX_Fill.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -81,8 +75,8 @@ TEST(Clear, EndsAtTheBlocksEndInAnOwningWorld) {
 
 TEST(ClearAlphaExceptRect, MissesPixelsOnlyWhereItWouldWrite) {
     Reports reports;
-    const std::tuple<int, int, M_LRect, int> cases[] = {// size, rectangle, code
-                                                        {4, 3, {0, 0, 4, 3}, 0},
+    // Columns: size, rectangle, code
+    const std::tuple<int, int, M_LRect, int> cases[] = {{4, 3, {0, 0, 4, 3}, 0},
                                                         {4, 3, {-1, -1, 9, 9}, 0},
                                                         {4, 3, {1, 1, 2, 2}, 3},
                                                         {4, 3, {}, 3},

@@ -1,14 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copies between depths: every pair clipped, then rows one by one: every value, the noise that is drawn and in which
 // order, overlaps and fields.
-#include <array>
-#include <cmath>
-#include <cstring>
-
-#include "QX/pixelops/QX_Noise.h"
 #include "platform/M_Tables.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 

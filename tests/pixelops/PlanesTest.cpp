@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Planes out of worlds and back, single channels of interleaved samples, and where pixels lie.
-#include <gtest/gtest.h>
-
-#include "QX/pixelops/QX_ImagePlanes.h"
-#include "QX/world/QX_PixelData.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 namespace {
@@ -50,15 +45,13 @@ TEST(Planes, RefusalsAndShortMemory) {
     const auto insert = [](TK_Handle from, std::uint32_t mask, QX_LayerDef* w) {
         return [=] { return QX_InsertPlanes(nullptr, from, 8, mask, w); };
     };
+    QX_LayerDef* const w = world.get();
     expect_refused({{extract(nullptr, 1, &handle, &row), kBadParameter, 3, 0x250004},
-                    {extract(&bad.empty, 1, &handle, &row), kBadParameter},
-                    {extract(world.get(), 16, &handle, &row), kBadParameter},
-                    {extract(world.get(), 1, nullptr, &row), kBadParameter},
-                    {extract(world.get(), 1, &handle, nullptr), kBadParameter},
-                    {insert(nullptr, 1, world.get()), kBadParameter, 3, 0x250005},
-                    {insert(&block, ~0u, world.get()), kBadParameter},
-                    {insert(&block, 1, &bad.empty), kBadParameter},
+                    {insert(nullptr, 1, w), kBadParameter, 3, 0x250005},
                     {extract(&bad.gpu, 1, &handle, &row), kOnGpu}});
+    expect_refused(kBadParameter,
+                   {extract(&bad.empty, 1, &handle, &row), extract(w, 16, &handle, &row), extract(w, 1, nullptr, &row),
+                    extract(w, 1, &handle, nullptr), insert(&block, ~0u, w), insert(&block, 1, &bad.empty)});
     standalone::FailAllocation(1);
     expect_refused({{extract(world.get(), 1, &handle, &row), "out of memory: image plane buffer", 4}});
     standalone::FailAllocation(0);
@@ -121,8 +114,8 @@ TEST(PixelData, AnswersForItsDepthAlone) {
 TEST(PixelData, OfFramesOnAGpu) {
     Reports reports;
     using tesselmediatypes::PixelFormat;
+    // Columns: code, whether pixels are found, report
     const std::tuple<PixelFormat, int, bool, const char*> cases[] = {
-        // code, whether pixels are found, report
         {GK::kPixelFormat_GPU_BGRA_4444_32f, 0, true, ""},
         {GK::kPixelFormat_GPU_BGRA_4444_16f, 0, false,
          "unsupported gpu pixel format passed to QX_GetPixelDataFloatGPU"},

@@ -1,54 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Premultiply and mattes of worlds: every pair of colour and alpha at 8 bits against exact quotients, the rest against
 // formulas of their own.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-
-#include "QX/indep/QX_Slots.h"
-#include "QX/pixelops/QX_Premul.h"
-#include "QX/suites/QX_CallbackBlock.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/DepthModel.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 namespace {
 
-/// Nearest integer to n / d, halves up.
-std::int64_t nearest(std::int64_t n, std::int64_t d) {
-    const std::int64_t t = 2 * n + d, q = t / (2 * d);
-    return t % (2 * d) < 0 ? q - 1 : q;
-}
-
-/// The formulas of a depth on one channel, in integers wider than those of the library, or in float.
+/// The formulas on one channel.
 template <class Pixel> struct Law {
-    static constexpr std::int64_t full = DepthOf<Pixel>::full;
-    static std::int64_t times(std::int64_t c, std::int64_t a) {
-        if (full == 255 && c >= 0) return nearest(c * a, 255);
-        const auto t = static_cast<double>(c * a + 128);  // below zero the fold is not quite the nearest number
-        if (full == 255) return static_cast<std::int64_t>(std::floor((t + std::floor(t / 256)) / 256));
-        return static_cast<std::int64_t>(std::floor(static_cast<double>(c * a + 16383) / 32768));
-    }
-    static std::int64_t over(std::int64_t c, std::int64_t a) {
-        return c >= a ? full : std::min(full, (c * full + a / 2) / a);
-    }
-    static std::int64_t black(bool forward, std::int64_t c, std::int64_t a) {
-        return forward ? times(c, a) : over(c, a);
-    }
-    static std::int64_t matte(bool forward, std::int64_t c, std::int64_t m, std::int64_t a) {
-        if (a == full || (!forward && a == 0)) return c;
-        if (forward) return m + times(c - m, a);
-        return over(std::max<std::int64_t>(c - times(m, full - a), 0), a);
-    }
-};
-template <> struct Law<QX_PixelFloat> {
-    static float over(float c, float a) { return std::fpclassify(a) == FP_NORMAL ? c / a : 1.0f; }
-    static float black(bool forward, float c, float a) { return forward ? c * a : over(c, a); }
-    static float matte(bool forward, float c, float m, float a) {
-        if (a >= 1 || (!forward && a == 0)) return c;
-        return forward ? m + (c - m) * a : over(std::max(c - m * (1 - a), 0.0f), a);
+    using K = model::DepthModel<Pixel>;
+    using N = typename K::N;
+    static N black(bool forward, N c, N a) { return forward ? K::mul(c, a) : K::div(c, a); }
+    static N matte(bool forward, N c, N m, N a) {
+        if (a >= K::full || (!forward && a == 0)) return c;
+        return forward ? m + K::mul(c - m, a) : K::div(std::max<N>(c - K::mul(m, K::full - a), 0), a);
     }
 };
 
@@ -185,8 +151,8 @@ TEST(PremulRows, OldRowRoutines) {
             ASSERT_EQ(got[i].blue, law(all[i].blue, all[i].alpha)) << i;
         }
     };
-    const auto forward = [](int c, int a) { return Law<QX_Pixel8>::times(c, a); };
-    const auto reverse = [](int c, int a) { return Law<QX_Pixel8>::over(c, a); };
+    const auto forward = [](int c, int a) { return model::Eight::mul(c, a); };
+    const auto reverse = [](int c, int a) { return model::Eight::div(c, a); };
     expect(QX_BlackMatte(nullptr, 65536, all, got.data()), forward);
     expect(QX_DeBlackMatte(nullptr, 65536, all, got.data()), reverse);
     std::copy_n(all, 65536, got.data());
@@ -200,9 +166,8 @@ TEST(PremulRows, MattesMoveFromBlackToColourAndBack) {
     const QX_Pixel8 colour{77, 200, 0, 31};
     const World from = picture<QX_Pixel8>(), got = copy_of(*from);
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, false), 0);
-    expect_made<QX_Pixel8>(*got, *from, *from, kRects[0], [&](int c, int a, auto place) {
-        return c - nearest(std::int64_t{colour.*place} * (255 - a), 255);
-    });
+    expect_made<QX_Pixel8>(*got, *from, *from, kRects[0],
+                           [&](int c, int a, auto place) { return c - model::Eight::mul(colour.*place, 255 - a); });
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, true), 0);
     const QX_Pixel8 black{255, 0, 0, 0};
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &black, true), 0);
@@ -253,23 +218,17 @@ TEST(PremulCalls, RefusalsAndTheirTexts) {
     const auto matte_f = call(&QX_PremulColorFloat);
     const std::string depths = "worlds must be same bitdepth in ",
                       unknown = "Unknown world bitdepth in QX_PremulColorRect";
-    expect_refused({{premul(&bad.gpu), kOnGpu},
-                    {[&] { return QX_PremulRect_S(nullptr, true, nullptr, &bad.gpu); }, kOnGpu},
-                    {premul(nullptr), kBadParameter},
-                    {premul(&bad.empty), kBadParameter},
-                    {premul(&bad.odd), "Unknown world bitdepth in##CONDITIONNAME"},
-                    {matte(&bad.gpu, w8.get()), kOnGpu},
-                    {matte16(w8.get(), &bad.gpu), kOnGpu},
-                    {matte_f(nullptr, w8.get()), kBadParameter},
-                    {matte(w8.get(), &bad.empty), kBadParameter},
+    expect_refused(kOnGpu, {premul(&bad.gpu), [&] { return QX_PremulRect_S(nullptr, true, nullptr, &bad.gpu); },
+                            matte(&bad.gpu, w8.get()), matte16(w8.get(), &bad.gpu), to_colour(&bad.gpu)});
+    expect_refused(kBadParameter, {premul(nullptr), premul(&bad.empty), matte_f(nullptr, w8.get()),
+                                   matte(w8.get(), &bad.empty), to_colour(nullptr)});
+    expect_refused({{premul(&bad.odd), "Unknown world bitdepth in##CONDITIONNAME"},
                     {matte(w8.get(), w16.get()), depths + "QX_PremulColorRect()"},
                     {matte16(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
                     {matte_f(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
                     {matte(&bad.odd, &bad.odd), unknown},
                     {matte16(&bad.odd, &bad.odd), unknown + "16"},
                     {matte_f(&bad.odd, &bad.odd), unknown + "Float"},
-                    {to_colour(&bad.gpu), kOnGpu},
-                    {to_colour(nullptr), kBadParameter},
                     {to_colour(w16.get()), "QX_MatteBlackToMatteColorARGB only works on 8bpc QX_EffectWorlds"}});
 }
 

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-
 #include "platform/GK_Motion.h"
 #include "platform/M_Matrix.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <functional>
-#include <new>
-
 #include "platform/TK_Memory.h"
-#include "platform/standalone/Standalone.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -169,8 +162,8 @@ void Attempt(void* context, bool* success) {
 }
 
 TEST(PurgeLoop, TriesAgainWhileThereIsSomethingToPurge) {
-    const std::tuple<const char*, bool, int, int, int> cases[] = {// waiting, needed, code, made
-                                                                  {"at once", true, 1, 0, 1},
+    // Columns: waiting, needed, code, made
+    const std::tuple<const char*, bool, int, int, int> cases[] = {{"at once", true, 1, 0, 1},
                                                                   {"after a purge", true, 2, 0, 2},
                                                                   {"nothing left", true, 3, 4, 2},
                                                                   {"nothing to purge", false, 2, 4, 1}};

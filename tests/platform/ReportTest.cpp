@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <new>
-#include <stdexcept>
-#include <string>
-#include <thread>
-
 #include "platform/ALOG.h"
 #include "platform/TK_Report.h"
 #include "platform/TK_Strings.h"
 #include "platform/tesselcore_Utility.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -95,8 +88,8 @@ TEST(Strings, KeysGiveTheirEnglish) {
 
 TEST(Strings, SubStringReplacesWithinTheBuffer) {
     using Text = const char*;
+    // Columns: start, placeholder, text, room, result
     const std::tuple<Text, Text, Text, std::size_t, int, Text> cases[] = {
-        // start, placeholder, text, room, result
         {"size ^L1x^L2", "^L1", "640", 32, 0, "size 640x^L2"},
         {"^L1 ^L1", "^L1", "7", 32, 0, "7 ^L1"},
         {"a^L1", "^L1", "12345", 7, 0, "a12345"},

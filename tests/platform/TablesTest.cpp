@@ -1,18 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-
-#include "platform/FK_Frames.h"
 #include "platform/HCL_Registry.h"
 #include "platform/IK_CopyMemory.h"
 #include "platform/M_Tables.h"
 #include "platform/TK_CPU.h"
-#include "platform/standalone/Standalone.h"
 #include "platform/tesselmediatypes.h"
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -126,8 +118,8 @@ TEST(Frames, BytesOfAPixelFollowFromTheProperties) {
         const std::uint32_t properties = kind << 19 | packing << 11 | layout << 8 | precision << 1;
         return tesselmediatypes::PixelFormat{std::uint64_t{properties} << 32};
     };
-    const std::pair<const char*, std::array<std::uint32_t, 5>> cases[] = {// of word(), and the bytes
-                                                                          {"four of 8", {1, 0, 1, 0, 4}},
+    // Columns: of word(), and the bytes
+    const std::pair<const char*, std::array<std::uint32_t, 5>> cases[] = {{"four of 8", {1, 0, 1, 0, 4}},
                                                                           {"four of 16", {1, 0, 1, 2, 8}},
                                                                           {"four of 16, other code", {1, 0, 7, 3, 8}},
                                                                           {"four of 24", {1, 0, 1, 4, 12}},

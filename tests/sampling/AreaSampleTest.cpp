@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Area samples against sums that are written down anew, contribution by contribution; the premultiplied routines in
 // exact integers.
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "tests/sampling/SampSupport.h"
 
 namespace {
@@ -54,6 +50,11 @@ template <class Pixel> class AreaSample : public testing::Test {
 protected:
     std::mt19937_64 random{9};
     std::int32_t below(std::int32_t n) { return static_cast<std::int32_t>(random() % static_cast<unsigned>(n)); }
+    /// A position from `margin` before the world to as much behind it, often on a whole or half pixel.
+    std::int32_t position(int size, int margin) {
+        const std::int32_t grid = below(3) == 0 ? 32768 : 1;
+        return (below((size + 2 * margin) * 65536) - margin * 65536) / grid * grid;
+    }
     /// Radii with all sorts of fractions, thin ones and the edge of thinness among them.
     std::int32_t radius(std::int32_t most) {
         const auto kind = random() % 6;
@@ -67,9 +68,7 @@ protected:
         for (const FillKind fill : {FillKind::random, FillKind::layer, FillKind::opaque, FillKind::clear}) {
             Source<Pixel> picture(61, 47, fill, 10);
             for (int n = 0; n < 6000; ++n) {
-                const std::int32_t grid = n % 3 == 0 ? 32768 : 1;
-                const std::int32_t x = (below(70 * 65536) - 5 * 65536) / grid * grid;
-                const std::int32_t y = (below(56 * 65536) - 5 * 65536) / grid * grid;
+                const std::int32_t x = position(61, 5), y = position(47, 5);
                 const int most = n % 50 == 0 ? 40 : 4;
                 picture.radii(radius(most), radius(most));
                 Pixel out{};
@@ -146,9 +145,7 @@ TEST_F(Premul, PointIsExact) {
     for (const FillKind fill : {FillKind::random, FillKind::extremes}) {
         Source<QX_Pixel8> picture(9, 7, fill, 1);
         for (int n = 0; n < 400000; ++n) {
-            const std::int32_t grid = n % 4 == 0 ? 32768 : 1;
-            const std::int32_t x = (below(12 * 65536) - 2 * 65536) / grid * grid;
-            const std::int32_t y = (below(10 * 65536) - 2 * 65536) / grid * grid;
+            const std::int32_t x = position(9, 2), y = position(7, 2);
             QX_Pixel8 out;
             ASSERT_EQ(QX_SubpixelSample_Premul(nullptr, x, y, &picture.params, &out), 0);
             ASSERT_EQ(channels(out), premul_point(picture, x, y)) << x << ", " << y;
@@ -160,9 +157,7 @@ TEST_F(Premul, AreaIsExact) {
     Source<QX_Pixel8> picture(21, 17, FillKind::random, 1);
     for (int i = 0; i < 100; ++i) picture.at(i % 10, i / 10) = {};
     for (int n = 0; n < 60000; ++n) {
-        const std::int32_t grid = n % 3 == 0 ? 32768 : 1;
-        const std::int64_t x = (below(25 * 65536) - 2 * 65536) / grid * grid,
-                           y = (below(21 * 65536) - 2 * 65536) / grid * grid;
+        const std::int64_t x = position(21, 2), y = position(17, 2);
         const std::int64_t rx = 200 + radius(3), ry = 200 + radius(3);
         picture.radii(static_cast<std::int32_t>(rx), static_cast<std::int32_t>(ry));
         const auto cut = [](std::int64_t v, int size) { return std::clamp<std::int64_t>(v, 0, size * 65536); };

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Nearest, bilinear and bicubic samples against formulas in double, and against each other.
-#include <gtest/gtest.h>
-
-#include "QX/indep/QX_Slots.h"
 #include "tests/sampling/SampSupport.h"
 
 namespace {

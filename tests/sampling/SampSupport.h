@@ -1,15 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cmath>
-#include <random>
-#include <vector>
-
-#include "QX/sampling/QX_AreaSample.h"
-#include "QX/sampling/QX_Samp.h"
-#include "QX/sampling/QX_SamplerSet.h"
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The forms of routines that have several, the table of slots, and refusals.
-#include <gtest/gtest.h>
-
-#include "QX/indep/QX_Slots.h"
 #include "tests/sampling/SampSupport.h"
-#include "tests/support/Refusals.h"
 
 namespace {
 
@@ -147,18 +143,12 @@ TEST(SamplerForms, GpuWorldsAreRefused) {
     const auto all = [&](void*, int, int, QX_SampPB* block, QX_PixelFloat* out) {
         return QX_SubpixelSpanSampleAllInBilinearFloat(nullptr, 0, 0, block, &all_in, out);
     };
-    expect_refused({{point(&QX_NNSample, p8), kOnGpu},
-                    {point(&QX_NNSample16, p16), kOnGpu},
-                    {point(&QX_NNSampleFloat, p), kOnGpu},
-                    {point(&QX_SubpixelSample_Premul, p8), never},
-                    {point(&QX_AreaSample_Premul, p8), never},
-                    {point(&QX_SubpixelBilinearFloat, p), never},
-                    {point(&QX_SubpixelNoClipBilinearFloat, p), never},
-                    {point(all, p), never},
-                    {point(&QX_AreaSample_CPlusPlus<QX_Pixel8, 1>, p8), never},
-                    {point(&QX_AreaSample_CPlusPlus<QX_Pixel16, 2>, p16), never},
-                    {point(&QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>, p), never},
-                    {[&] { return span(1); }, never}});
+    expect_refused(kOnGpu, {point(&QX_NNSample, p8), point(&QX_NNSample16, p16), point(&QX_NNSampleFloat, p)});
+    expect_refused(never, {point(&QX_SubpixelSample_Premul, p8), point(&QX_AreaSample_Premul, p8), point(all, p),
+                           point(&QX_SubpixelBilinearFloat, p), point(&QX_SubpixelNoClipBilinearFloat, p),
+                           point(&QX_AreaSample_CPlusPlus<QX_Pixel8, 1>, p8), [&] { return span(1); },
+                           point(&QX_AreaSample_CPlusPlus<QX_Pixel16, 2>, p16),
+                           point(&QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>, p)});
     EXPECT_TRUE(span(0) == 0 && span(-3) == 0 && sum == 5);
 }
 

@@ -1,19 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <map>
-
-#include "QX/compositing/QX_TransferRect.h"
-#include "QX/indep/QX_Slots.h"
-#include "QX/indep/QX_WorldDepth.h"
-#include "QX/library/QX_Library.h"
 #include "QX/library/QX_PendingSlots.h"
-#include "QX/pixelops/QX_Fill.h"
-#include "QX/suites/QX_CallbackBlock.h"
-#include "tests/support/Refusals.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -239,7 +226,7 @@ TEST(CallbackBlock, TransfersUnpackTheRecord) {
         return transfer(nullptr, 0, 0, 0, &rect, one.record(), nullptr, nullptr, 0, 0, one.record());
     };
     expect_refused({{without_mode, kBadParameter}});
-    EXPECT_TRUE(same_pixels(one.pixels(), before));
+    EXPECT_EQ(one.pixels(), before);
 
     QX_SetOverrideFunc(31, reinterpret_cast<void*>(&transfer_of_test));
     BadWorlds bad;

@@ -1,14 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <random>
-
-#include "QX/indep/QX_ColourTables.h"
-#include "QX/library/QX_Library.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,12 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where frames come from and go back to, what can be allocated, and what the user is told.
-#include <array>
-#include <cstring>
-#include <new>
-
-#include "QX/world/QX_Frame.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 

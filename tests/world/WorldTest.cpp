@@ -1,25 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstring>
-
-#include "QX/pixelops/QX_Fill.h"
-#include "QX/world/QX_Frame.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
 using namespace qx::test;
 
 TEST(World, SizesRowbytesAndGutter) {
-    const std::tuple<int, int, int, bool> cases[] = {// depth, width, rowbytes, whether there is a gutter
-                                                     {8, 5, 32, true},
-                                                     {16, 3, 32, true},
-                                                     {32, 3, 48, true},
-                                                     {32, 1, 16, false},
-                                                     {16, 1, 16, true}};
+    // Columns: depth, width, rowbytes, whether there is a gutter
+    const std::tuple<int, int, int, bool> cases[] = {
+        {8, 5, 32, true}, {16, 3, 32, true}, {32, 3, 48, true}, {32, 1, 16, false}, {16, 1, 16, true}};
     for (const auto& [depth, width, rowbytes, gutter] : cases) {
         const World w = make(width, 4, depth);
         EXPECT_TRUE(w->rowbytes == rowbytes && w->Depth() == depth);

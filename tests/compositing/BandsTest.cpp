@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Transfers cut into bands, each with a scratch block of its own, on the pool.
-#include <gtest/gtest.h>
-
-#include <atomic>
-
 #include "platform/tesselcore_Threads.h"
 #include "tests/compositing/TransferSupport.h"
 
@@ -29,10 +25,7 @@ int transfer_in_bands(const TransferCall& call, TestWorld<Pixel>& src, TestWorld
     return first_error;
 }
 
-template <class Pixel> class BandsAtDepth : public testing::Test {
-protected:
-    Born born_{32};
-};
+template <class Pixel> using BandsAtDepth = BornAtDepth<Pixel, 32>;
 TYPED_TEST_SUITE(BandsAtDepth, AllDepths);
 
 TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
@@ -53,7 +46,7 @@ TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
         for (const int bands : {1, 2, 7, 32}) {
             TestWorld<Pixel> dst(66, 80, FillKind::random, 3);
             ASSERT_EQ(transfer_in_bands(call, src, dst, bands), 0);
-            ASSERT_TRUE(same_pixels(whole.pixels(), dst.pixels())) << "mode " << xfer << " in " << bands << " bands";
+            ASSERT_EQ(whole.pixels(), dst.pixels()) << "mode " << xfer << " in " << bands << " bands";
         }
     }
     standalone::SetPoolLimit(0);
@@ -67,7 +60,7 @@ TYPED_TEST(BandsAtDepth, NothingIsAllocatedByRowOrPixel) {
         mask(600, 320, FillKind::random, 3);
     const QX_MaskWorld record = mask_at(*mask.record(), 0, 0, kQX_MaskLuma);
     const auto allocations = [&](int width, int height, int xfer, bool linear) {
-        const TransferCall call{.mode = {xfer, 1.0f, nullptr, true, 1},
+        const TransferCall call{.mode = mode_of(xfer, 1.0f, true),
                                 .src_rect = {0, 0, width, height},
                                 .tables = linear ? &tables : nullptr,
                                 .mask = &record};

@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/compositing/Differential.h"
-
-#include <array>
-#include <random>
-#include <sstream>
-
 #include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/TransferSupport.h"
 

@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <string>
-#include <tuple>
-#include <vector>
 
-#include "QX/QX.h"
-#include "tests/support/Pixels.h"
+#include "tests/support/Test.h"
 
 /// Every form of a compositing kernel against its plain form, on cases that a seed remakes.
 namespace qx::test {

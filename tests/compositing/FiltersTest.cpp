@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The filters and the alpha merges of the row driver against the model, at every level.
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/ModesModel.h"
 #include "tests/compositing/TransferSupport.h"

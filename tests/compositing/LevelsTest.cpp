@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Vector forms equal the plain form in every pixel.
-#include <gtest/gtest.h>
-
-#include <array>
-
 #include "QX/compositing/QX_PixelAccess.h"
 #include "QX/compositing/QX_SoftLight.h"
 #include "tests/compositing/Differential.h"

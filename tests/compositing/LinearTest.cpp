@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lookups of linear light, rows in linear light, and the conversion of depth.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "QX/compositing/QX_LinearLookup.h"
 #include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/TransferSupport.h"
-#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
@@ -95,10 +90,10 @@ TEST(DepthConvert, IntegerPairsAreStepsAndSizesMustAgree) {
     TestWorld<QX_Pixel16> deep(64, 3, FillKind::clear, 3);
     QX_DepthConvertWorld(&tables, &eight.world(), &deep.world());
     QX_DepthConvertWorld(&tables, &deep.world(), &other.world());
-    EXPECT_TRUE(same_pixels(eight.pixels(), other.pixels()));
+    EXPECT_EQ(eight.pixels(), other.pixels());
     const auto before = wide.pixels();
     QX_DepthConvertWorld(&tables, &eight.world(), &wide.world());
-    EXPECT_TRUE(same_pixels(before, wide.pixels()));
+    EXPECT_EQ(before, wide.pixels());
 }
 
 TEST(DepthConvert, RefusesDepthsThatAreNoneAndMissingTables) {
@@ -119,7 +114,7 @@ TEST(DepthConvert, RefusesDepthsThatAreNoneAndMissingTables) {
                     {convert(nullptr, linear.world(), deep.world()), missing}});
     EXPECT_EQ(convert(nullptr, eight.world(), deep.world())(), 0);
     EXPECT_EQ(convert(nullptr, deep.world(), other.world())(), 0);
-    EXPECT_TRUE(same_pixels(eight.pixels(), other.pixels()));
+    EXPECT_EQ(eight.pixels(), other.pixels());
 }
 
 }  // namespace

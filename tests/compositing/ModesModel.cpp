@@ -5,7 +5,7 @@
 
 #include <initializer_list>
 
-#include "tests/compositing/ModesModelDepths.h"
+#include "tests/support/DepthModel.h"
 
 namespace qx::test::model {
 
@@ -348,9 +348,7 @@ template <class K> struct Modes : K {
     }
 };
 
-template <class Pixel>
-using ModesOf = Modes<std::conditional_t<std::is_same_v<Pixel, QX_Pixel8>, Eight,
-                                         std::conditional_t<std::is_same_v<Pixel, QX_Pixel16>, Sixteen, Real>>>;
+template <class Pixel> using ModesOf = Modes<DepthModel<Pixel>>;
 template <class Pixel> auto unpack(const Pixel& p) {
     return typename ModesOf<Pixel>::Px{p.alpha, {p.red, p.green, p.blue}};
 }

@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The nine tables of functions of one pixel against the model, and what the tables hold.
-#include <gtest/gtest.h>
-
-#include <vector>
-
-#include "QX/compositing/QX_XferTables.h"
 #include "tests/compositing/ModesModel.h"
 #include "tests/compositing/TransferSupport.h"
 

@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cmath>
-#include <string>
-
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
-
-inline constexpr standalone::ProcessorLevel kLevels[] = {
-    standalone::ProcessorLevel::plain, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster};
 
 /// All numbers that have a mode, from `first` on.
 inline std::vector<int> modes_from(int first) {
@@ -42,7 +35,7 @@ inline QX_LinearBlendingTables tables_of_gamma(float gamma) {
 
 /// The arguments of a transfer, with what is usual as default.
 struct TransferCall {
-    QX_CompositeModePlus mode{xfer_over, 1.0f, nullptr, false, 1};
+    QX_CompositeModePlus mode = mode_of(xfer_over);
     M_LRect src_rect{0, 0, 1 << 20, 1 << 20};
     const QX_LinearBlendingTables* tables = nullptr;
     const QX_MaskWorld* mask = nullptr;

@@ -1,47 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where a transfer writes, what covers it, and how it fails.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-
 #include "tests/compositing/TransferSupport.h"
-#include "tests/support/Refusals.h"
+#include "tests/support/DepthModel.h"
 
 namespace qx::test {
 namespace {
 
-template <class Pixel> class TransferAtDepth : public testing::Test {
-protected:
-    Born born_{1};
-};
+template <class Pixel> using TransferAtDepth = BornAtDepth<Pixel, 1>;
 TYPED_TEST_SUITE(TransferAtDepth, AllDepths);
 
-/// Coverage of a mask kind in exact numbers: products on the scale of the depth, each rounded as the depth does.
-template <class Pixel> QX_ChannelOf<Pixel> model_product(double x, double y) {
-    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
-        return static_cast<float>(x) * static_cast<float>(y);
-    } else if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
-        return static_cast<std::uint8_t>(std::floor(x * y / 255 + 0.5));  // 255 is odd: there are no ties
-    } else {
-        return static_cast<std::uint16_t>(std::floor((x * y + 16383) / 32768));
-    }
-}
-
-template <class Pixel> QX_ChannelOf<Pixel> model_coverage(const Pixel& m, std::uint32_t kind) {
-    using Channel = QX_ChannelOf<Pixel>;
-    const Channel full = static_cast<Channel>(DepthOf<Pixel>::full);
-    Channel value = m.alpha;
-    if (kind >= 2) {
-        if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
-            value = ((m.red * 0.299f + m.green * 0.587f) + m.blue * 0.114f) * m.alpha;
-        } else {
-            const double luma = std::floor((m.red * 9798.0 + m.green * 19235.0 + m.blue * 3735.0 + 16384) / 32768);
-            value = model_product<Pixel>(luma, m.alpha);
-        }
-    }
-    return kind & 1 ? static_cast<Channel>(full - value) : value;
+/// Coverage of a mask kind.
+template <class Pixel> auto model_coverage(const Pixel& m, std::uint32_t kind) {
+    using K = model::DepthModel<Pixel>;
+    const auto value = kind >= 2 ? K::mul(K::luma({m.red, m.green, m.blue}), m.alpha) : typename K::N{m.alpha};
+    return kind & 1 ? K::full - value : value;
 }
 
 /// Random rectangles, places, masks and fields, with the mode that shows coverage as it is.
@@ -56,7 +28,7 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
         const std::uint32_t kind = round % 5;  // 4: no mask
         const QX_MaskWorld mask_record = mask_at(*mask.record(), between(-8, 12), between(-4, 6), kind);
         const int left = between(-6, 10), top = between(-6, 6);
-        const TransferCall call{.mode = {xfer_replace, 1.0f, nullptr, false, 1},
+        const TransferCall call{.mode = mode_of(xfer_replace),
                                 .src_rect = {left, top, left + between(0, 30), top + between(0, 14)},
                                 .mask = kind == 4 ? nullptr : &mask_record,
                                 .field = between(0, 3),
@@ -73,7 +45,8 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
                               (kind % 2 == 0 && kind < 4 && !in_mask);
             Pixel expected = in_src && !kept ? src.at(sx, sy) : before[at];
             if (in_src && !kept && kind < 4 && in_mask) {
-                expected.alpha = model_product<Pixel>(expected.alpha, model_coverage<Pixel>(mask.at(mx, my), kind));
+                expected.alpha = static_cast<QX_ChannelOf<Pixel>>(
+                    model::DepthModel<Pixel>::mul(expected.alpha, model_coverage(mask.at(mx, my), kind)));
             }
             ASSERT_EQ(dst.at(x, y), expected)
                 << "round " << round << " at " << x << ", " << y << " kind " << kind << " field " << call.field;
@@ -134,10 +107,8 @@ TEST(Transfer, ProgressIsCalledOnMultiplesOf128AndEndsTheWork) {
         start(3, 400, FillKind::clear, 2);
     Polls polls;
     const QX_ProgressInfo info{&polls, nullptr, &Polls::progress};
-    TransferCall call{.src_rect = {0, 0, 3, 300},
-                      .progress = &info,
-                      .field = 1,
-                      .dest_y = 1};  // row 257 is odd: skipped rows report too
+    // Row 257 is odd: skipped rows report too.
+    TransferCall call{.src_rect = {0, 0, 3, 300}, .progress = &info, .field = 1, .dest_y = 1};
     ASSERT_EQ(call(src.record(), dst.record()), 0);
     EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{127, 300}, {255, 300}}));
     polls = {.stop_at = 0};
@@ -156,7 +127,7 @@ TEST(Transfer, FailuresReportAndWriteNothing) {
     QX_LayerDef *const s = src.record(), *const d = dst.record();
     const QX_MaskWorld deep_mask = mask_at(*deep.record(), 0, 0, 0), gpu_mask = mask_at(bad.gpu, 0, 0, 0);
     const auto call = [&](QX_LayerDef* from, QX_LayerDef* to, int xfer = 2, const QX_MaskWorld* mask = nullptr) {
-        return [=] { return TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}, .mask = mask}(from, to); };
+        return [=] { return TransferCall{.mode = mode_of(xfer), .mask = mask}(from, to); };
     };
     const auto before = dst.pixels();
     const std::string depths = " worlds to have same bit depth", none = "unimplemented blending mode.";
@@ -164,19 +135,16 @@ TEST(Transfer, FailuresReportAndWriteNothing) {
                     {call(s, d, 2, &deep_mask), "QX_TransferRect requires mask and dst" + depths},
                     {[&] { return TransferCall().with_scratch(deep.record(), d, nullptr); },
                      "QX_TransferRectPlus requires src and dst" + depths},
-                    {call(&bad.gpu, d), kOnGpu},
-                    {call(s, &bad.gpu), kOnGpu},
-                    {call(s, d, 2, &gpu_mask), kOnGpu},
-                    {call(&bad.empty, d), kBadParameter},
-                    {call(s, d, xfer_mask_crossfade), kBadParameter},
                     {call(s, d, -4), none, 5, 0, 2},
                     {call(s, d, -1), none, 5, 0, 2},
                     {call(s, d, 41), none, 5, 0, 2}});
-    for (const int xfer :
-         {41, +xfer_alpha_multiply}) {  // an empty clip comes before the mode, and leaves what is around
-        EXPECT_EQ((TransferCall{.mode = {xfer, 1.0f, nullptr, false, 1}, .dest_x = 100}(s, d)), 0);
+    expect_refused(kOnGpu, {call(&bad.gpu, d), call(s, &bad.gpu), call(s, d, 2, &gpu_mask)});
+    expect_refused(kBadParameter, {call(&bad.empty, d), call(s, d, xfer_mask_crossfade)});
+    // An empty clip comes before the mode, and leaves what is around it.
+    for (const int xfer : {41, +xfer_alpha_multiply}) {
+        EXPECT_EQ((TransferCall{.mode = mode_of(xfer), .dest_x = 100}(s, d)), 0);
     }
-    EXPECT_TRUE(same_pixels(before, dst.pixels()));
+    EXPECT_EQ(before, dst.pixels());
 }
 
 /// Every allocation of a transfer fails once: code 4, nothing written, nothing leaked, and the next call works.
@@ -195,7 +163,7 @@ TEST(Transfer, EachFailedAllocationGivesItsCode) {
         if (code == 0) break;
         EXPECT_EQ(code, 4);
         EXPECT_EQ(reports.last_text(), "out of memory: blending scratch buffer");
-        EXPECT_TRUE(same_pixels(before, dst.pixels()));
+        EXPECT_EQ(before, dst.pixels());
         EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
         ++failures;
     }

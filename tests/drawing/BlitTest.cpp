@@ -1,23 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The blit for display, against a model in double.
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "tests/compositing/TransferSupport.h"
-#include "tests/support/Refusals.h"
 
 namespace qx::test {
 namespace {
 
 constexpr QX_PixelFloat kA{0.5f, 0.25f, 0.5f, 0.75f}, kB{1, 1, 0.5f, 0}, kBlack{1, 0, 0, 0};
 
-template <class Pixel> class Blit : public testing::Test {
-protected:
-    Born born_{4};
-};
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(Blit, Depths);
+template <class Pixel> using Blit = BornAtDepth<Pixel, 4>;
+TYPED_TEST_SUITE(Blit, AllDepths);
 
 /// Colour on 0 to 255 of a source over a backdrop, before rounding.
 double flattened(double c, double alpha, double backdrop) { return 255 * (backdrop + (c - backdrop) * alpha); }
@@ -27,40 +18,32 @@ TYPED_TEST(Blit, FlattensOverItsBackdrop) {
     const double full = static_cast<double>(DepthOf<Pixel>::full);
     TestWorld<Pixel> src(40, 30, FillKind::layer, 4);
     if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {  // keep to the nominal range
-        for (int y = 0; y < 30; ++y) {
-            for (int x = 0; x < 40; ++x) {
-                Pixel& p = src.at(x, y);
-                for (float* c : {&p.alpha, &p.red, &p.green, &p.blue}) *c = std::fmin(std::fmax(*c, 0.0f), 1.0f);
-            }
+        for (const auto& [x, y] : places(40, 30)) {
+            Pixel& p = src.at(x, y);
+            for (float* c : {&p.alpha, &p.red, &p.green, &p.blue}) *c = std::fmin(std::fmax(*c, 0.0f), 1.0f);
         }
     }
-    for (const bool swapped : {false, true}) {
-        for (const auto style : {kQX_BlitPlain, kQX_BlitCheckerboard}) {
-            for (const QX_PixelFloat& first : {kA, kBlack}) {
-                TestWorld<QX_Pixel8> dst(50, 40, FillKind::opaque, 5);
-                const auto before = dst.pixels();
-                QX_SpecialCasePixelBlit(&src.world(), {3, 2}, style, swapped, {1, 0}, first, kB, 4, {5, 6, 35, 30},
-                                        &dst.world());
-                for (int y = 0; y < 40; ++y) {
-                    for (int x = 0; x < 50; ++x) {
-                        const QX_Pixel8 old = before[static_cast<std::size_t>(y * 50 + x)], now = dst.at(x, y);
-                        if (x < 5 || x >= 35 || y < 6 || y >= 30) {
-                            ASSERT_EQ(0, std::memcmp(&old, &now, 4)) << x << ", " << y;
-                            continue;
-                        }
-                        const Pixel s = src.at(x - 5 + 3, y - 6 + 2);
-                        const bool checker = style == kQX_BlitCheckerboard;
-                        const QX_PixelFloat& b = checker && (((x - 1) ^ y) & 4) == 0 ? kB : first;
-                        const double alpha = s.alpha / full;
-                        const bool shorter = !checker && first.red == 0;
-                        EXPECT_EQ(now.alpha, alpha == 0 && !shorter ? std::floor(b.alpha * 255 + 0.5) : old.alpha);
-                        const int red = swapped ? now.blue : now.red, blue = swapped ? now.red : now.blue;
-                        EXPECT_NEAR(red, flattened(s.red / full, alpha, b.red), 1.51);
-                        EXPECT_NEAR(now.green, flattened(s.green / full, alpha, b.green), 1.51);
-                        EXPECT_NEAR(blue, flattened(s.blue / full, alpha, b.blue), 1.51);
-                    }
-                }
+    for (const auto& [swapped, style, first] :
+         each(std::array{false, true}, std::array{kQX_BlitPlain, kQX_BlitCheckerboard}, std::array{kA, kBlack})) {
+        TestWorld<QX_Pixel8> dst(50, 40, FillKind::opaque, 5), before(50, 40, FillKind::opaque, 5);
+        const M_LRect rect{5, 6, 35, 30};
+        QX_SpecialCasePixelBlit(&src.world(), {3, 2}, style, swapped, {1, 0}, first, kB, 4, rect, &dst.world());
+        for (const auto& [x, y] : places(50, 40)) {
+            const QX_Pixel8 old = before.at(x, y), now = dst.at(x, y);
+            if (!holds(rect, x, y)) {
+                ASSERT_EQ(old, now) << x << ", " << y;
+                continue;
             }
+            const Pixel s = src.at(x - 5 + 3, y - 6 + 2);
+            const bool checker = style == kQX_BlitCheckerboard;
+            const QX_PixelFloat& b = checker && (((x - 1) ^ y) & 4) == 0 ? kB : first;
+            const double alpha = s.alpha / full;
+            const bool shorter = !checker && first.red == 0;
+            EXPECT_EQ(now.alpha, alpha == 0 && !shorter ? std::floor(b.alpha * 255 + 0.5) : old.alpha);
+            const int red = swapped ? now.blue : now.red, blue = swapped ? now.red : now.blue;
+            EXPECT_NEAR(red, flattened(s.red / full, alpha, b.red), 1.51);
+            EXPECT_NEAR(now.green, flattened(s.green / full, alpha, b.green), 1.51);
+            EXPECT_NEAR(blue, flattened(s.blue / full, alpha, b.blue), 1.51);
         }
     }
 }
@@ -106,7 +89,7 @@ TEST(Blit16, RefusesADepthThatIsNoneBeforeAnythingElse) {
     };
     const std::string text = "Unknown world bitdepth in SpecialCasePixelBlit";
     expect_refused({{[&] { return blit(0); }, text}, {[&] { return blit(-1); }, text}});
-    EXPECT_TRUE(same_pixels(before, dst.pixels()));
+    EXPECT_EQ(before, dst.pixels());
 }
 
 /// Rectangles and origins at the ends of the scale of coordinates: where the source reaches, it is what it would be
@@ -123,16 +106,18 @@ TEST(Blit16, TakesAnyCoordinates) {
     };
     const auto untouched = TestWorld<QX_Pixel8>(4, 4, FillKind::random, 2).pixels();
     const auto usual = blit({0, 0}, {0, 0}, {0, 0, 4, 4});
-    EXPECT_FALSE(same_pixels(usual, untouched));
-    EXPECT_TRUE(same_pixels(blit({0, 0}, {kLeast, kLeast}, {0, 0, 4, 4}), usual));  // a multiple of the squares
-    for (const M_LPoint point : {M_LPoint{-1, 0}, {0, -1}, {9, 9}}) {
-        EXPECT_TRUE(same_pixels(blit(point, {0, 0}, {0, 0, 4, 4}), untouched));
-    }
-    EXPECT_TRUE(same_pixels(blit({0, 0}, {0, 0}, {2, 2, 2, 4}), untouched));
-    EXPECT_TRUE(same_pixels(blit({kMost, 0}, {0, 0}, {-kMost, 0, 4, 4}), untouched));
-    EXPECT_TRUE(same_pixels(blit({0, kMost}, {0, 0}, {0, kLeast, 4, 4}), untouched));
-    EXPECT_TRUE(same_pixels(blit({0, 0}, {0, 0}, {kLeast, kLeast, kMost, kMost}), untouched));
-    EXPECT_TRUE(same_pixels(blit({7, 9}, {0, 0}, {7, 9, kMost, kMost}), untouched));
+    EXPECT_NE(usual, untouched);
+    EXPECT_EQ(blit({0, 0}, {kLeast, kLeast}, {0, 0, 4, 4}), usual);  // a multiple of the squares
+    const M_LRect all{0, 0, 4, 4};
+    const std::pair<M_LPoint, M_LRect> nowhere[] = {{{-1, 0}, all},
+                                                    {{0, -1}, all},
+                                                    {{9, 9}, all},
+                                                    {{0, 0}, {2, 2, 2, 4}},
+                                                    {{kMost, 0}, {-kMost, 0, 4, 4}},
+                                                    {{0, kMost}, {0, kLeast, 4, 4}},
+                                                    {{0, 0}, {kLeast, kLeast, kMost, kMost}},
+                                                    {{7, 9}, {7, 9, kMost, kMost}}};
+    for (const auto& [point, rect] : nowhere) EXPECT_EQ(blit(point, {0, 0}, rect), untouched) << name(rect);
 }
 
 }  // namespace

@@ -1,16 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Pixels, lines and brush spots.
-#include "QX/drawing/QX_Drawing.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
-#include <set>
-
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 namespace {
@@ -24,12 +14,10 @@ Places drawn(double x0, double y0, double x1, double y1, int width, int height) 
     const double from[] = {x0, y0}, to[] = {x1, y1};
     EXPECT_EQ(QX_DrawLine(from, to, &white, world.get()), 0);
     Places places;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            const QX_Pixel8& p = static_cast<QX_WorldX<QX_Pixel8>&>(*world).Row(y)[x];
-            EXPECT_TRUE(p.red == p.alpha && (p.alpha == 0 || p.alpha == 255));
-            if (p.alpha != 0) places.emplace(x, y);
-        }
+    for (const auto& [x, y] : qx::test::places(width, height)) {
+        const QX_Pixel8& p = pixel_of<QX_Pixel8>(*world, x, y);
+        EXPECT_TRUE(p.red == p.alpha && (p.alpha == 0 || p.alpha == 255));
+        if (p.alpha != 0) places.emplace(x, y);
     }
     return places;
 }
@@ -49,7 +37,7 @@ Places walked(double x0, double y0, double x1, double y1, int width, int height)
     for (; n >= 0; --n, x += step, y += minor_step) {
         const int px = low(x) >> 16, py = low(y) >> 16;
         const std::pair<int, int> at = steep ? std::pair(py, px) : std::pair(px, py);
-        if (at.first >= 0 && at.first < width && at.second >= 0 && at.second < height) places.insert(at);
+        if (holds({0, 0, width, height}, at.first, at.second)) places.insert(at);
     }
     return places;
 }
@@ -84,23 +72,19 @@ TEST(DrawLine, ColourKeepsItsLowBits) {
     const double at[] = {0, 0};
     const World w8(QX_World::New(1, 1, 8, 1)), w16(QX_World::New(1, 1, 16, 1)), wf(QX_World::New(1, 1, 32, 1));
     for (const World* w : {&w8, &w16, &wf}) ASSERT_EQ(QX_DrawLine(at, at, &colour, w->get()), 0);
-    const auto& p8 = *static_cast<QX_Pixel8*>(w8->data);
-    EXPECT_EQ(p8.alpha, 383 & 255);
-    EXPECT_EQ(p8.red, -63 & 255);  // -63.25 towards zero
-    EXPECT_EQ(p8.green, 77);
-    const auto& p16 = *static_cast<QX_Pixel16*>(w16->data);
-    EXPECT_EQ(p16.alpha, 49152);
-    EXPECT_EQ(p16.red, -8191 & 65535);  // -8191.5 towards zero
-    EXPECT_EQ(static_cast<QX_PixelFloat*>(wf->data)->red, -0.25f);
+    EXPECT_EQ(pixel_of<QX_Pixel8>(*w8, 0, 0), (QX_Pixel8{383 & 255, -63 & 255, 77, 255}));  // -63.25 towards zero
+    const QX_Pixel16 deep{49152, -8191 & 65535, 9830, 32768};  // -8191.5 towards zero, 0.3 * 32768 = 9830.4
+    EXPECT_EQ(pixel_of<QX_Pixel16>(*w16, 0, 0), deep);
+    EXPECT_EQ(pixel_of<QX_PixelFloat>(*wf, 0, 0), colour);
 }
 
 TEST(SetPixel, StoresInsideOnly) {
     const World world(QX_World::New(3, 2, 16, 1));
     const QX_Pixel16 p{1, 2, 3, 4};
     EXPECT_TRUE(QX_SetPixel16(2, 1, &p, world.get()));
-    EXPECT_EQ(static_cast<QX_WorldX<QX_Pixel16>&>(*world).Row(1)[2].blue, 4);
-    for (const auto& [x, y] : {std::pair{3, 0}, {0, 2}, {-1, 0}, {0, -1}}) {
-        EXPECT_FALSE(QX_SetPixel16(x, y, &p, world.get())) << x << "," << y;
+    EXPECT_EQ(pixel_of<QX_Pixel16>(*world, 2, 1), p);
+    for (const M_LPoint at : {M_LPoint{3, 0}, {0, 2}, {-1, 0}, {0, -1}}) {
+        EXPECT_FALSE(QX_SetPixel16(at.x, at.y, &p, world.get())) << at.x << "," << at.y;
     }
     EXPECT_FALSE(QX_SetPixel8(0, 0, nullptr, world.get()));
     EXPECT_FALSE(QX_SetPixelFloat(0, 0, nullptr, world.get()));
@@ -142,13 +126,10 @@ TEST(Drawing, Refusals) {
         return [=] { return QX_PaintSpot(nullptr, 1, 1, 0, size, weights, {}, w); };
     };
     const double at[] = {0, 0};
-    expect_refused({{spot(&bad.gpu, 1, &weight), kOnGpu},
-                    {spot(nullptr, 1, &weight), kBadParameter, 3, 0x250009},
-                    {spot(&bad.empty, 1, &weight), kBadParameter},
-                    {spot(world.get(), 1, nullptr), kBadParameter},
-                    {spot(world.get(), -1, &weight), kBadParameter},
-                    {spot(world.get(), 4, &weight), kBadParameter},
-                    {[&] { return QX_DrawLine(at, at, nullptr, world.get()); }, kBadParameter}});
+    expect_refused({{spot(&bad.gpu, 1, &weight), kOnGpu}, {spot(nullptr, 1, &weight), kBadParameter, 3, 0x250009}});
+    expect_refused(kBadParameter,
+                   {spot(&bad.empty, 1, &weight), spot(world.get(), 1, nullptr), spot(world.get(), -1, &weight),
+                    spot(world.get(), 4, &weight), [&] { return QX_DrawLine(at, at, nullptr, world.get()); }});
 }
 
 }  // namespace

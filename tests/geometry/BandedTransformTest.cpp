@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Transforms over the processors: cut into bands, and short of memory.
-#include <gtest/gtest.h>
-
 #include "tests/geometry/TransformSupport.h"
 
 namespace qx::test {
@@ -16,8 +14,7 @@ template <class Pixel> std::vector<Pixel> drawn_in(int bands, const TransformCal
 }
 
 template <class Pixel> class BandedAtDepth : public testing::Test {};
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(BandedAtDepth, Depths);
+TYPED_TEST_SUITE(BandedAtDepth, AllDepths);
 
 TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
     using Pixel = TypeParam;
@@ -29,27 +26,22 @@ TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
                                                          {scaled(0.5, 0.25)},
                                                          {moved(2.5, 2), moved(18.5, 34)},
                                                          {moved(0.5, 2), moved(4.5, 6), moved(20.5, 4)}};
-    for (const auto& matrices : motions) {
-        for (int quality = 0; quality <= 2; ++quality) {
-            TransformCall call;
-            call.matrices = matrices;
-            call.quality = quality;
-            call.mode.opacity = 0.8f;
-            call.mask = quality == 1 ? &record : nullptr;
-            const auto one = drawn_in<Pixel>(1, call);
-            for (const int bands : {2, 7, 32}) EXPECT_TRUE(same_pixels(drawn_in<Pixel>(bands, call), one)) << bands;
-        }
+    for (const auto& [matrices, quality] : each(motions, std::array{0, 1, 2})) {
+        const TransformCall call{.matrices = matrices,
+                                 .quality = quality,
+                                 .mode = mode_of(xfer_over, 0.8f),
+                                 .mask = quality == 1 ? &record : nullptr};
+        const auto one = drawn_in<Pixel>(1, call);
+        for (const int bands : {2, 7, 32}) EXPECT_TRUE(drawn_in<Pixel>(bands, call) == one) << bands;
     }
     standalone::SetPoolLimit(0);
 }
 
 TYPED_TEST(BandedAtDepth, ModesThatClearOutsideAreNotCut) {
     using Pixel = TypeParam;
-    TransformCall call;
-    call.matrices = {placed(100, 25, 0.7, 30, 10)};
-    for (const int xfer : {int{xfer_alpha_multiply}, int{xfer_alpha_multiply_luma}}) {
-        call.mode.xfer = xfer;
-        EXPECT_TRUE(same_pixels(drawn_in<Pixel>(32, call), drawn_in<Pixel>(1, call)));
+    for (const int xfer : {xfer_alpha_multiply, xfer_alpha_multiply_luma}) {
+        const TransformCall call{.matrices = {placed(100, 25, 0.7, 30, 10)}, .mode = mode_of(xfer)};
+        EXPECT_EQ(drawn_in<Pixel>(32, call), drawn_in<Pixel>(1, call));
     }
 }
 
@@ -62,19 +54,19 @@ TEST(BandedTransform, ThreadsDrawPathsAndTurns) {
         int code = -1;
         const auto once = drawn_in<QX_Pixel8>(32, call, &code);
         EXPECT_EQ(code, 0);
-        EXPECT_TRUE(same_pixels(drawn_in<QX_Pixel8>(32, call), once));
+        EXPECT_EQ(drawn_in<QX_Pixel8>(32, call), once);
     }
     standalone::SetPoolLimit(0);
 }
 
 /// Every row is either as it was or as it becomes in the end.
 template <class Pixel> bool whole_rows(TestWorld<Pixel>& now, TestWorld<Pixel>& before, TestWorld<Pixel>& after) {
+    const std::size_t bytes = static_cast<std::size_t>(now.world().width) * sizeof(Pixel);
     for (int y = 0; y < now.world().height; ++y) {
-        const std::size_t bytes = static_cast<std::size_t>(now.world().width) * sizeof(Pixel);
-        if (std::memcmp(&now.at(0, y), &before.at(0, y), bytes) != 0 &&
-            std::memcmp(&now.at(0, y), &after.at(0, y), bytes) != 0) {
-            return false;
-        }
+        const auto same = [&](TestWorld<Pixel>& other) {
+            return std::memcmp(&now.at(0, y), &other.at(0, y), bytes) == 0;
+        };
+        if (!same(before) && !same(after)) return false;
     }
     return true;
 }
@@ -91,8 +83,7 @@ TEST(BandedTransform, EveryAllocationMayFail) {
             TestWorld<QX_PixelFloat> src(900, 20, FillKind::opaque, 1);
             TestWorld<QX_PixelFloat> dst(900, 24, FillKind::opaque, 2), before(900, 24, FillKind::opaque, 2),
                 after(900, 24, FillKind::opaque, 2);
-            TransformCall call;
-            call.matrices = {moved(0.5, 1), moved(3.5, 2), moved(9, 2)};
+            const TransformCall call{.matrices = {moved(0.5, 1), moved(3.5, 2), moved(9, 2)}};
             ASSERT_EQ(call(src.record(), after.record()), 0);
             QX_FreeUpSomeMemory();
             const auto blocks = standalone::Memory().blocks_in_use;

@@ -1,23 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copies from rectangle to rectangle, against a slow model of one direction at a time.
-#include "QX/geometry/QX_CopyBits.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
-#include <cstring>
-#include <random>
-
-#include "QX/indep/QX_Slots.h"
-#include "QX/pixelops/QX_Fill.h"
-#include "QX/sampling/QX_AreaSample.h"
-#include "QX/sampling/QX_Samp.h"
-#include "QX/sampling/QX_SampPB.h"
-#include "QX/world/QX_Chunk.h"
 #include "platform/M_Matrix.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 namespace {
@@ -41,21 +25,30 @@ std::vector<int> landed(int s0, int s1, int s_end, int d0, int d1, int d_end) {
     return map;
 }
 
+/// The place of the source for each place of the destination.
+struct Landing {
+    std::vector<int> columns, rows;
+    Landing(const M_LRect& s, const M_LRect& d, int src_w, int src_h, int dst_w, int dst_h)
+        : columns(landed(s.left, s.right, src_w, d.left, d.right, dst_w)),
+          rows(landed(s.top, s.bottom, src_h, d.top, d.bottom, dst_h)) {}
+    std::pair<int, int> operator()(int x, int y) const {
+        return {columns[static_cast<std::size_t>(x)], rows[static_cast<std::size_t>(y)]};
+    }
+};
+
 constexpr std::pair kKept{-1, -1}, kCleared{-2, -2}, kDoubtful{-3, -3};
 
 /// Every channel of `got` is that of the source place that `from(x, y)` names, or what the pairs above tell.
 template <class From>
 void expect_landed(const QX_World& got, const QX_World& before, const QX_World& src, const From& from) {
-    for (int y = 0; y < got.height; ++y) {
-        for (int x = 0; x < got.width; ++x) {
-            const std::pair place = from(x, y);
-            const auto [sx, sy] = place;
-            for (int c = 0; c < 4 && place != kDoubtful; ++c) {
-                const double want = place == kCleared  ? 0
-                                    : sx < 0 || sy < 0 ? channel(before, x, y, c)
-                                                       : converted(channel(src, sx, sy, c), src.Depth(), got.Depth());
-                ASSERT_EQ(channel(got, x, y, c), want) << "at " << x << "," << y << " from " << sx << "," << sy;
-            }
+    for (const auto& [x, y] : places(got.width, got.height)) {
+        const std::pair place = from(x, y);
+        const auto [sx, sy] = place;
+        for (int c = 0; c < 4 && place != kDoubtful; ++c) {
+            const double want = place == kCleared  ? 0
+                                : sx < 0 || sy < 0 ? channel(before, x, y, c)
+                                                   : converted(channel(src, sx, sy, c), src.Depth(), got.Depth());
+            ASSERT_EQ(channel(got, x, y, c), want) << "at " << x << "," << y << " from " << sx << "," << sy;
         }
     }
 }
@@ -78,7 +71,7 @@ TEST(CopyBitsDraft, RepeatsAndSkipsFromTheSum) {
 TEST(CopyBitsDraft, IsTheModelAtAllDepthsAndRectangles) {
     Numbers number(3);
     for (unsigned i = 0; i < 4500; ++i) {
-        const int depths[] = {8, 16, 32}, from = depths[i % 3], to = depths[i / 3 % 3];
+        const int from = kDepths[i % 3], to = kDepths[i / 3 % 3];
         const World src = made(number(1, 14), number(1, 12), from, i),
                     dst = made(number(1, 14), number(1, 12), to, i + 1);
         const World before = made(dst->width, dst->height, to, i + 1);
@@ -93,31 +86,25 @@ TEST(CopyBitsDraft, IsTheModelAtAllDepthsAndRectangles) {
             QX_CopyBits_Draft_Static(nullptr, src.get(), dst.get(), all_src ? nullptr : &s, all_dst ? nullptr : &d), 0);
         if (all_src) s = {0, 0, src->width, src->height};
         if (all_dst) d = {0, 0, dst->width, dst->height};
-        auto columns = landed(s.left, s.right, src->width, d.left, d.right, dst->width);
-        auto rows = landed(s.top, s.bottom, src->height, d.top, d.bottom, dst->height);
+        const Landing landing(s, d, src->width, src->height, dst->width, dst->height);
         SCOPED_TRACE(testing::Message() << "case " << i << " " << from << "->" << to << " " << name(s) << " to "
                                         << name(d));
-        expect_landed(*dst, *before, *src, [&](int x, int y) {
-            return std::pair(columns[static_cast<std::size_t>(x)], rows[static_cast<std::size_t>(y)]);
-        });
+        expect_landed(*dst, *before, *src, landing);
         if (HasFatalFailure()) return;
     }
 }
 
 /// Rows of a larger buffer: nothing behind a row is touched; the same rectangle of one world stays.
 TEST(CopyBitsDraft, PaddingAndCopiesInPlaceStay) {
-    for (const int depth : {8, 16, 32}) {
-        for (const int padding : {0, 16}) {
-            Canvas from{depth, 5, 4, 16}, to{depth, 5, 4, padding};
-            for (auto& byte : from.memory) byte = static_cast<std::uint8_t>(byte + 100);
-            ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, from.world.get(), to.world.get(), nullptr, nullptr), 0);
-            to.expect([&](int x, int y, int byte) { return from.first()[y * from.rowbytes + x * from.pixel + byte]; });
-            Canvas same{depth, 5, 4, padding};
-            const M_LRect part{-1, 1, 4, 9};
-            ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, same.world.get(), same.world.get(), nullptr, nullptr), 0);
-            ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, same.world.get(), same.world.get(), &part, &part), 0);
-            same.expect([](int, int, int) { return -1; });
-        }
+    for (const auto& [depth, padding] : each(kDepths, std::array{0, 16})) {
+        Canvas from{depth, 5, 4, 16}, to{depth, 5, 4, padding}, same{depth, 5, 4, padding};
+        for (auto& byte : from.memory) byte = static_cast<std::uint8_t>(byte + 100);
+        ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, from.world.get(), to.world.get(), nullptr, nullptr), 0);
+        to.expect([&](int x, int y, int byte) { return from.first()[y * from.rowbytes + x * from.pixel + byte]; });
+        const M_LRect part{-1, 1, 4, 9};
+        ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, same.world.get(), same.world.get(), nullptr, nullptr), 0);
+        ASSERT_EQ(QX_CopyBits_Draft_Static(nullptr, same.world.get(), same.world.get(), &part, &part), 0);
+        same.expect([](int, int, int) { return -1; });
     }
 }
 
@@ -168,20 +155,17 @@ template <class Pixel> void expect_hq(CopyBitsFn* copy, QX_PointSampler<Pixel> s
                              s.right < 1 || s.bottom < 1 || d.right < 1 || d.bottom < 1;
         const std::int64_t sx = sw * 65536 / dw, sy = sh * 65536 / dh;
         QX_SampPB block{};
-        block.src = src.get();
-        block.x_radius = static_cast<std::int32_t>(sx / 2), block.y_radius = static_cast<std::int32_t>(sy / 2);
+        block.src = src.get(), block.x_radius = static_cast<std::int32_t>(sx / 2);
+        block.y_radius = static_cast<std::int32_t>(sy / 2);
         block.area = static_cast<std::int32_t>(std::floor(static_cast<double>(sx * sy) / 65536));
-        for (int y = 0; y < 9; ++y) {
-            for (int x = 0; x < 11; ++x) {
-                Pixel want = static_cast<QX_WorldX<Pixel>&>(*before).Row(y)[x];
-                if (!nothing && holds(d, x, y)) {
-                    const auto px = static_cast<std::int32_t>(sx / 2 - 32768 + s.left * 65536 + sx * (x - d.left));
-                    const auto py = static_cast<std::int32_t>(sy / 2 - 32768 + s.top * 65536 + sy * (y - d.top));
-                    (sx > 65536 || sy > 65536 ? area : subpixel)(nullptr, px, py, &block, &want);
-                }
-                ASSERT_EQ(std::memcmp(&want, static_cast<QX_WorldX<Pixel>&>(*dst).Row(y) + x, sizeof want), 0)
-                    << x << "," << y;
+        for (const auto& [x, y] : places(11, 9)) {
+            Pixel want = pixel_of<Pixel>(*before, x, y);
+            if (!nothing && holds(d, x, y)) {
+                const auto px = static_cast<std::int32_t>(sx / 2 - 32768 + s.left * 65536 + sx * (x - d.left));
+                const auto py = static_cast<std::int32_t>(sy / 2 - 32768 + s.top * 65536 + sy * (y - d.top));
+                (sx > 65536 || sy > 65536 ? area : subpixel)(nullptr, px, py, &block, &want);
             }
+            ASSERT_EQ(pixel_of<Pixel>(*dst, x, y), want) << x << "," << y;
         }
     }
 }
@@ -262,35 +246,29 @@ TEST(CopyBits, Refusals) {
         return [=] { return copy(nullptr, s, d, nullptr, nullptr); };
     };
     for (CopyBitsFn* copy : {&QX_CopyBits_Draft, &QX_CopyBits_HQ_Straight, &QX_CopyBits_HQ_Premul}) {
-        expect_refused({{call(copy, &bad.gpu, w8.get()), kOnGpu},
-                        {call(copy, w8.get(), &bad.gpu), kOnGpu},
-                        {call(copy, nullptr, w8.get()), kBadParameter},
-                        {call(copy, w8.get(), nullptr), kBadParameter},
-                        {call(copy, &bad.empty, w8.get()), kBadParameter},
-                        {call(copy, w8.get(), &bad.empty), kBadParameter},
-                        {call(copy, &bad.odd, &wider), unknown}});
+        expect_refused(kOnGpu, {call(copy, &bad.gpu, w8.get()), call(copy, w8.get(), &bad.gpu)});
+        expect_refused(kBadParameter, {call(copy, nullptr, w8.get()), call(copy, w8.get(), nullptr),
+                                       call(copy, &bad.empty, w8.get()), call(copy, w8.get(), &bad.empty)});
+        expect_refused(unknown, {call(copy, &bad.odd, &wider)});
     }
     const std::string depths = "QX_CopyBits_HQ_Straight_Static requires src and dst worlds to have same bit depth";
     const auto matrix = [](QX_LayerDef* s, QX_LayerDef* d) {
         return [=] { return QX_CopyBits3_LO_Straight(nullptr, s, &kM_IdentityMatrix, 1, 0, d); };
     };
-    expect_refused({{call(&QX_CopyBits_HQ_Straight, w8.get(), w16.get()), depths},
-                    {call(&QX_CopyBits_HQ_Premul, w8.get(), w16.get()), depths},
-                    {call(&QX_CopyBits_HQ_Premul, w16.get(), small16.get()), unknown},
-                    {matrix(&bad.gpu, w8.get()), kOnGpu},
-                    {matrix(w8.get(), nullptr), "dst_world is NULL"},
-                    {matrix(nullptr, w8.get()), kBadParameter},
-                    {matrix(w8.get(), &bad.empty), kBadParameter},
-                    {matrix(&bad.odd, w8.get()), unknown},
-                    {matrix(w8.get(), &bad.odd), unknown}});
+    expect_refused(depths, {call(&QX_CopyBits_HQ_Straight, w8.get(), w16.get()),
+                            call(&QX_CopyBits_HQ_Premul, w8.get(), w16.get())});
+    expect_refused(unknown, {call(&QX_CopyBits_HQ_Premul, w16.get(), small16.get()), matrix(&bad.odd, w8.get()),
+                             matrix(w8.get(), &bad.odd)});
+    expect_refused(kOnGpu, {matrix(&bad.gpu, w8.get())});
+    expect_refused("dst_world is NULL", {matrix(w8.get(), nullptr)});
+    expect_refused(kBadParameter, {matrix(nullptr, w8.get()), matrix(w8.get(), &bad.empty)});
 }
 
 TEST(CopyBitsMatrix, TakesTheNearestPixelAtAllDepths) {
     std::mt19937 random(8);
     std::uniform_real_distribution<double> part(-1.5, 1.5), shift(-6, 12);
     for (unsigned i = 0; i < 900; ++i) {
-        const int depths[] = {8, 16, 32}, from = depths[i % 3], to = depths[i / 3 % 3],
-                  field = static_cast<int>(i / 9 % 3);
+        const int from = kDepths[i % 3], to = kDepths[i / 3 % 3], field = static_cast<int>(i / 9 % 3);
         const World src = made(13, 10, from, i), dst = made(12, 11, to, i + 1), before = made(12, 11, to, i + 1);
         M_Matrix3 m{
             {{part(random), part(random), 0}, {part(random), part(random), 0}, {shift(random), shift(random), 1}}};
@@ -370,15 +348,11 @@ TEST(ChannelCopy, MovesElementsOfAnySize) {
         dst.data = dst.bytes.data();
         ASSERT_EQ(QX_ChannelCopy(nullptr, &src, &dst, whole ? nullptr : &s, whole ? nullptr : &d), 0);
         if (whole) s = d = {0, 0, w, h};
-        const auto columns = landed(s.left, s.right, w, d.left, d.right, dst.width);
-        const auto rows = landed(s.top, s.bottom, h, d.top, d.bottom, dst.height);
-        for (int y = 0; y < dst.height; ++y) {
-            for (int k = 0; k < dst.width * size; ++k) {
-                const int sx = columns[static_cast<std::size_t>(k / size)], sy = rows[static_cast<std::size_t>(y)];
-                const bool hit = sx >= 0 && sy >= 0;
-                ASSERT_EQ(dst.at(0, y, 0, k), hit ? src.at(sx, sy, size, k % size) : before.at(0, y, 0, k))
-                    << "case " << i;
-            }
+        const Landing landing(s, d, w, h, dst.width, dst.height);
+        for (const auto& [k, y] : places(dst.width * size, dst.height)) {
+            const auto [sx, sy] = landing(k / size, y);
+            const bool hit = sx >= 0 && sy >= 0;
+            ASSERT_EQ(dst.at(0, y, 0, k), hit ? src.at(sx, sy, size, k % size) : before.at(0, y, 0, k)) << "case " << i;
         }
     }
 }
@@ -392,11 +366,8 @@ TEST(ChannelCopy, Refusals) {
         return [=] { return QX_ChannelCopy(nullptr, src, dst, rect, rect); };
     };
     const auto before = b.bytes;
-    expect_refused({{copy(nullptr, &b), kBadParameter},
-                    {copy(&a, nullptr), kBadParameter},
-                    {copy(&none, &b), kBadParameter},
-                    {copy(&a, &none), kBadParameter},
-                    {copy(&a, &other), "can#{rsquo}t copy different channel worlds"},
+    expect_refused(kBadParameter, {copy(nullptr, &b), copy(&a, nullptr), copy(&none, &b), copy(&a, &none)});
+    expect_refused({{copy(&a, &other), "can#{rsquo}t copy different channel worlds"},
                     {copy(&a, &b, &wide), "QX_ChannelCopy x overflow detected"},
                     {copy(&a, &b, &tall), "QXp_CopyBitsUniversal y underflow detected"}});
     EXPECT_EQ(b.bytes, before);

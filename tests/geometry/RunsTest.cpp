@@ -1,34 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 // Runs of samples against the sampler of one pixel, in millions of pixels.
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "QX/sampling/QX_RowGeometry.h"
-#include "QX/sampling/QX_SamplerSet.h"
 #include "tests/geometry/TransformSupport.h"
 
 namespace qx::test {
 namespace {
 
-/// A still row drawn by a transform takes the run form where there is one; a replaced slot takes single samples.
-int single_sample(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
-    static const auto routine = QXp_GetSamplerSet<QX_Pixel8>(1).unclipped;
-    return routine(in_data, x, y, params, out);
-}
+/// A still row drawn by a transform takes the run form where there is one. While a slot holds this, which calls the
+/// library's own routine, single samples are taken.
+class SingleSamples {
+public:
+    explicit SingleSamples(int slot) : slot_(slot) {
+        own = QXp_G_OverFuncs[slot];
+        QX_SetOverrideFunc(slot, reinterpret_cast<void*>(&routine));
+    }
+    ~SingleSamples() { QX_SetOverrideFunc(slot_, own); }
+    SingleSamples(const SingleSamples&) = delete;
+    SingleSamples& operator=(const SingleSamples&) = delete;
 
-int single_area(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
-    static const auto routine = QXp_GetSamplerSet<QX_Pixel8>(1).area;
-    return routine(in_data, x, y, params, out);
+private:
+    static inline void* own;
+    static int routine(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
+        return reinterpret_cast<QX_PointSampler<QX_Pixel8>>(own)(in_data, x, y, params, out);
+    }
+    int slot_;
+};
+
+std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& src, int width, int height) {
+    TestWorld<QX_Pixel8> dst(width, height, FillKind::clear, 1);
+    EXPECT_EQ(call(src.record(), dst.record()), 0);
+    return dst.pixels();
 }
 
 TEST(Runs, EqualSingleSamplesEverywhere) {
     const Born born;
-    QX_Pixel8 first{};
-    TestWorld<QX_Pixel8> spot(2, 2, FillKind::opaque, 1);
-    QX_SampPB block{};
-    block.src = spot.record();
-    single_sample(nullptr, 0, 0, &block, &first);  // notes the library's own routine before it is replaced
     std::mt19937_64 random(3);
     std::int64_t pixels = 0;
     for (int run = 0; run < 240; ++run) {
@@ -39,21 +44,11 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
         const double c = run % 5 == 0 ? scale : scale * std::cos(turn), s = run % 5 == 0 ? 0 : scale * std::sin(turn);
         const M_Matrix3 matrix{{{c, s, 0}, {-s, c, 0}, {90 - 100 * c + 80 * s, 90.25 - 100 * s - 80 * c, 1}}};
         const M_Matrix3 later{{{c, s, 0}, {-s, c, 0}, {97 - 100 * c + 80 * s, 95.75 - 100 * s - 80 * c, 1}}};
-        const M_Matrix3 matrices[] = {matrix, later};
-        const int count = run % 3 == 0 ? 2 : 1;
-        const QX_CompositeModePlus mode(xfer_replace, 1.0f, nullptr, false, 0);
-        std::vector<QX_Pixel8> drawn[2];
-        void* const own = QXp_G_OverFuncs[61];
-        for (auto& result : drawn) {
-            TestWorld<QX_Pixel8> dst(180, 181, FillKind::clear, 1);
-            ASSERT_EQ(QX_TransformWorld(nullptr, 1, 0, 0, src.record(), &mode, nullptr, nullptr, matrices, count, true,
-                                        nullptr, dst.record()),
-                      0);
-            result = dst.pixels();
-            QX_SetOverrideFunc(61, reinterpret_cast<void*>(&single_sample));
-        }
-        QX_SetOverrideFunc(61, own);
-        ASSERT_TRUE(same_pixels(drawn[0], drawn[1])) << "run " << run;
+        TransformCall call{.matrices = {matrix}, .mode = mode_of(xfer_replace)};
+        if (run % 3 == 0) call.matrices.push_back(later);
+        const auto in_runs = drawn(call, src, 180, 181);
+        const SingleSamples single(61);
+        ASSERT_TRUE(in_runs == drawn(call, src, 180, 181)) << "run " << run;
         pixels += 180 * 181;
     }
     EXPECT_GT(pixels, 7000000);
@@ -70,38 +65,27 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
                         {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
                         {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
                         {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2}};
-    QX_Pixel8 first{};
-    TestWorld<QX_Pixel8> spot(8, 8, FillKind::opaque, 1);
-    QX_SampPB block{};
-    block.x_radius = block.y_radius = 2 * 65536, block.src = spot.record();
-    single_area(nullptr, 0, 0, &block, &first);  // notes the library's own routine before it is replaced
     std::int64_t pixels = 0;
     for (int run = 0; run < 90; ++run) {
         TestWorld<QX_Pixel8> src(run % 7 == 0 ? 16 : 1187, 401, static_cast<FillKind>(run % 6),
                                  static_cast<std::uint64_t>(run) + 1);
         const auto& p = places[run / 6];
-        const M_Matrix3 matrix{{{p.x, 0, 0}, {p.shear, p.y, 0}, {p.at_x, p.at_y, 1}}};
-        const QX_CompositeModePlus mode(xfer_replace, 1.0f, nullptr, false, 0);
-        std::vector<QX_Pixel8> drawn[3];
-        void* const own = QXp_G_OverFuncs[5];
-        for (const int k : {0, 1, 2}) {  // by quality 1, by the bicubic set, which averages alike, and one by one
-            if (k == 2) QX_SetOverrideFunc(5, reinterpret_cast<void*>(&single_area));
-            TestWorld<QX_Pixel8> dst(331, 207, FillKind::clear, 1);
-            ASSERT_EQ(QX_TransformWorld(nullptr, k == 1 ? 2 : 1, 0, 0, src.record(), &mode, nullptr, nullptr, &matrix,
-                                        1, true, nullptr, dst.record()),
-                      0);
-            drawn[k] = dst.pixels();
-        }
-        QX_SetOverrideFunc(5, own);
-        ASSERT_TRUE(same_pixels(drawn[0], drawn[2])) << "run " << run;
-        ASSERT_TRUE(same_pixels(drawn[1], drawn[2])) << "run " << run;
+        TransformCall call{.matrices = {{{{p.x, 0, 0}, {p.shear, p.y, 0}, {p.at_x, p.at_y, 1}}}},
+                           .mode = mode_of(xfer_replace)};
+        const auto bilinear = drawn(call, src, 331, 207);
+        call.quality = 2;  // the bicubic set averages alike
+        const auto bicubic = drawn(call, src, 331, 207);
+        call.quality = 1;
+        const SingleSamples single(5);
+        const auto one_by_one = drawn(call, src, 331, 207);
+        ASSERT_TRUE(bilinear == one_by_one && bicubic == one_by_one) << "run " << run;
         pixels += 331 * 207;
     }
     EXPECT_GT(pixels, 6000000);
 }
 
 TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {
-    std::vector<QX_Pixel8> drawn[2];
+    std::vector<QX_Pixel8> made[2];
     for (int level = 0; level < 2; ++level) {
         const Born born(1, level == 0 ? standalone::ProcessorLevel::plain : standalone::ProcessorLevel::faster);
         for (int run = 0; run < 300; ++run) {
@@ -111,18 +95,14 @@ TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {
             };
             const int width = 1 + run % 90;
             TestWorld<QX_Pixel8> src(width, 9, FillKind::random, static_cast<std::uint64_t>(run) + 1);
-            TestWorld<QX_Pixel8> dst(170, 20, FillKind::clear, 1);
-            TransformCall call;
-            call.quality = 0;
-            call.mode.xfer = run % 2 == 0 ? int{xfer_over} : int{xfer_replace};
-            call.matrices = {
-                {{{run % 9 == 0 ? -1.5 : any(0.8, 4), 0, 0}, {0, any(0.5, 3), 0}, {any(-40, 60), 0.3, 1}}}};
-            ASSERT_EQ(call(src.record(), dst.record()), 0);
-            const auto pixels = dst.pixels();
-            drawn[level].insert(drawn[level].end(), pixels.begin(), pixels.end());
+            const M_Matrix3 m{{{run % 9 == 0 ? -1.5 : any(0.8, 4), 0, 0}, {0, any(0.5, 3), 0}, {any(-40, 60), 0.3, 1}}};
+            const TransformCall call{
+                .matrices = {m}, .quality = 0, .mode = mode_of(run % 2 == 0 ? int{xfer_over} : int{xfer_replace})};
+            const auto pixels = drawn(call, src, 170, 20);
+            made[level].insert(made[level].end(), pixels.begin(), pixels.end());
         }
     }
-    EXPECT_TRUE(same_pixels(drawn[0], drawn[1]));
+    EXPECT_TRUE(made[0] == made[1]);
 }
 
 }  // namespace

@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Random small transforms, for the sanitizers: qx_transforms [--count N] [--first SEED] [--seed SEED].
+// Random small transforms, for the sanitizers.
 // Matrices of any kind, also degenerate, huge and with perspective; rectangles, masks, fields, modes and motions. What
-// must hold: no fault, no undefined behaviour, code 0, and nothing changes outside the rectangle. A case that fails is
-// printed with its seed, which reruns it alone.
-#include <cstdio>
-#include <cstdlib>
-#include <limits>
-#include <random>
-#include <string>
-
+// must hold: no fault, no undefined behaviour, code 0, and nothing changes outside the rectangle.
 #include "tests/geometry/TransformSupport.h"
+#include "tests/support/RandomRun.h"
 
 namespace qx::test {
 namespace {
@@ -37,13 +31,10 @@ public:
         if (call(src.record(), dst.record()) != 0) return false;
         const bool clears = call.mode.xfer == xfer_alpha_multiply || call.mode.xfer == xfer_alpha_multiply_luma;
         if (call.rect == nullptr || clears) return true;
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                const bool inside = x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
-                if (!inside && std::memcmp(&dst.at(x, y), &start.at(x, y), sizeof(Pixel)) != 0) return false;
-            }
-        }
-        return true;
+        const auto all = places(width, height);
+        return std::all_of(all.begin(), all.end(), [&](const M_LPoint& p) {
+            return holds(rect, p.x, p.y) || dst.at(p.x, p.y) == start.at(p.x, p.y);
+        });
     }
     int below(int n) { return static_cast<int>(random_() % static_cast<std::uint64_t>(n)); }
 
@@ -54,22 +45,15 @@ private:
 
     double element() {
         const double unit = std::uniform_real_distribution<double>(-2, 2)(random_);
-        switch (below(24)) {
-            case 0:
-                return unit * 1e9;
-            case 1:
-                return unit * 1e-9;
-            case 2:
-                return 0;
-            case 3:
-                return unit * 30000;
-            case 4:
-                return below(8) == 0 ? std::numeric_limits<double>::quiet_NaN() : 1;
-            case 5:
-                return below(8) == 0 ? std::numeric_limits<double>::infinity() : -1;
-            default:
-                return unit;
-        }
+        const auto kind = static_cast<std::size_t>(below(24));
+        const bool odd = below(8) == 0;
+        const double special[] = {unit * 1e9,
+                                  unit * 1e-9,
+                                  0,
+                                  unit * 30000,
+                                  odd ? std::numeric_limits<double>::quiet_NaN() : 1,
+                                  odd ? std::numeric_limits<double>::infinity() : -1};
+        return kind < std::size(special) ? special[kind] : unit;
     }
     M_Matrix3 matrix() {
         M_Matrix3 m = placed(8, below(3) == 0 ? 0 : below(360), std::exp2(below(9) - 5), place(), place());
@@ -94,35 +78,17 @@ private:
 
 bool runs(std::uint64_t seed) {
     Case c(seed);
-    switch (c.below(3)) {
-        case 0:
-            return c.runs<QX_Pixel8>();
-        case 1:
-            return c.runs<QX_Pixel16>();
-        default:
-            return c.runs<QX_PixelFloat>();
-    }
+    const int depth = c.below(3);
+    if (depth == 0) return c.runs<QX_Pixel8>();
+    return depth == 1 ? c.runs<QX_Pixel16>() : c.runs<QX_PixelFloat>();
 }
 
 }  // namespace
 }  // namespace qx::test
 
 int main(int argc, char** argv) {
-    unsigned long long first = 1, count = 100000;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string option = argv[i];
-        const unsigned long long value = std::strtoull(argv[i + 1], nullptr, 10);
-        if (option == "--count") count = value;
-        if (option == "--first" || option == "--seed") first = value;
-        if (option == "--seed") count = 1;
-    }
     const qx::test::Born born;
-    unsigned long long failed = 0;
-    for (unsigned long long seed = first; seed < first + count; ++seed) {
-        if (qx::test::runs(seed)) continue;
-        std::printf("failed: qx_transforms --seed %llu\n", seed);
-        ++failed;
-    }
-    std::printf("%llu of %llu transforms failed (seeds %llu to %llu)\n", failed, count, first, first + count - 1);
-    return failed == 0 ? 0 : 1;
+    return qx::test::random_run(
+        argc, argv, [](std::uint64_t seed) { return qx::test::runs(seed) ? "" : "a failed transform"; },
+        [](std::uint64_t) { return "one transform"; });
 }

@@ -1,12 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Transforms against a slow model: every pixel's samples are placed and summed one by one with tests for every tap,
 // and the finished picture is transferred.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
-
 #include "platform/GK_Motion.h"
 #include "tests/geometry/TransformSupport.h"
 
@@ -36,9 +30,7 @@ struct Way {
     QX_SampPB block(const QX_LayerDef* src) const {
         const double rx = std::min(0.5 / scale(0), 127.0), ry = std::min(0.5 / scale(1), 127.0);
         QX_SampPB b{};
-        b.x_radius = as_int(fixed(rx));
-        b.y_radius = as_int(fixed(ry));
-        b.src = src;
+        b.x_radius = as_int(fixed(rx)), b.y_radius = as_int(fixed(ry)), b.src = src;
         return b;
     }
     Place at(int left, int top, int i, int j) const {
@@ -136,8 +128,7 @@ private:
         if (call_.quality == 0) {
             const int x = static_cast<std::int16_t>((p.x + 32768) >> 16),
                       y = static_cast<std::int16_t>((p.y + 32768) >> 16);
-            if (x >= 0 && y >= 0 && x < src_.world().width && y < src_.world().height) out = src_.at(x, y);
-            return out;
+            return src_.has(x, y) ? src_.at(x, y) : out;
         }
         const QX_SampPB block = way.block(src_.record());
         const auto set = QXp_GetSamplerSet<Pixel>(call_.quality);
@@ -171,17 +162,14 @@ private:
 
 /// Equal, but for the order of the float sums.
 template <class Pixel> bool alike(const Pixel& a, const Pixel& b) {
-    if constexpr (DepthOf<Pixel>::number != 32) return std::memcmp(&a, &b, sizeof a) == 0;
+    if constexpr (DepthOf<Pixel>::number != 32) return a == b;
     const auto near = [](double u, double v) { return std::fabs(u - v) <= 1e-5 * std::max(1.0, std::fabs(u)); };
     return near(a.alpha, b.alpha) && near(a.red, b.red) && near(a.green, b.green) && near(a.blue, b.blue);
 }
 
-template <class Pixel> class ModelAtDepth : public testing::Test {
-protected:
-    Born born_{1, standalone::ProcessorLevel::plain};  // where the unclipped 8-bit sample is the clipped one
-};
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(ModelAtDepth, Depths);
+/// At a level where the unclipped 8-bit sample is the clipped one.
+template <class Pixel> using ModelAtDepth = BornAtDepth<Pixel, 1, standalone::ProcessorLevel::plain>;
+TYPED_TEST_SUITE(ModelAtDepth, AllDepths);
 
 TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {
     using Pixel = TypeParam;
@@ -221,18 +209,14 @@ TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {
         if (!M_EmptyLRect(model.rect)) {
             const int w = model.rect.right - model.rect.left, h = model.rect.bottom - model.rect.top;
             TestWorld<Pixel> picture(w, h, FillKind::clear, 1);
-            for (int j = 0; j < h; ++j) {
-                for (int i = 0; i < w; ++i) picture.at(i, j) = model.at(i, j);
-            }
+            for (const auto& [i, j] : places(w, h)) picture.at(i, j) = model.at(i, j);
             const M_LRect all{0, 0, w, h};
             ASSERT_EQ(QX_TransferRect(nullptr, 1, 0, 0, &all, picture.record(), &call.mode, nullptr, call.mask,
                                       model.rect.left, model.rect.top, expected.record()),
                       0);
             drawn += w * h;
         }
-        for (int j = 0; j < 44; ++j) {
-            for (int i = 0; i < 50; ++i) ASSERT_TRUE(alike(got.at(i, j), expected.at(i, j))) << i << "," << j;
-        }
+        for (const auto& [i, j] : places(50, 44)) ASSERT_TRUE(alike(got.at(i, j), expected.at(i, j))) << i << "," << j;
     }
     EXPECT_GT(drawn, 100000);
 }

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cmath>
-#include <vector>
-
-#include "tests/support/TestHost.h"
-#include "tests/support/Worlds.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 
@@ -26,7 +22,7 @@ struct TransformCall {
     std::vector<M_Matrix3> matrices{kM_IdentityMatrix};
     int quality = 1, field = 0;
     bool src2dst = true;
-    QX_CompositeModePlus mode{xfer_over, 1.0f, nullptr, false, 1};
+    QX_CompositeModePlus mode = mode_of(xfer_over);
     const QX_LinearBlendingTables* tables = nullptr;
     const QX_MaskWorld* mask = nullptr;
     const QX_ProgressInfo* progress = nullptr;

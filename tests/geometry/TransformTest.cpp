@@ -1,21 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // What holds of transforms by nature, and what they refuse.
-#include <gtest/gtest.h>
-
-#include <limits>
-
 #include "tests/geometry/TransformSupport.h"
 
 namespace qx::test {
 namespace {
 
-template <class Pixel> class TransformAtDepth : public testing::Test {
-protected:
-    Reports reports_;
-    Born born_;
-};
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(TransformAtDepth, Depths);
+template <class Pixel> using TransformAtDepth = BornAtDepth<Pixel, 1>;
+TYPED_TEST_SUITE(TransformAtDepth, AllDepths);
 
 /// The transfer that a whole translation must equal.
 template <class Pixel> std::vector<Pixel> transferred(TestWorld<Pixel>& src, const TransformCall& like, int x, int y) {
@@ -36,29 +27,26 @@ TYPED_TEST(TransformAtDepth, WholeTranslationsAreTransfers) {
         int quality, at_x, at_y;
     } cases[] = {{0, 0, 0, 0, 0},     {0, 0, 1, 0, 0},      {0, 0, 2, 0, 0},      {0, 0, 3, 0, 0},  {5, 3, 1, 5, 3},
                  {-4, -9, 2, -4, -9}, {0.5, 1.49, 0, 1, 1}, {-0.5, 2.5, 0, 0, 3}, {-90, 0, 1, 0, 0}};
-    for (const auto& c : cases) {
-        for (const int xfer : {int{xfer_over}, int{xfer_soft_light}, int{xfer_alpha_multiply}, int{xfer_replace}}) {
-            SCOPED_TRACE(testing::Message() << c.x << " " << c.y << " quality " << c.quality << " mode " << xfer);
-            TransformCall call;
-            call.matrices = {moved(c.x, c.y)};
-            call.quality = c.quality;
-            call.mode.xfer = xfer;
-            call.mask = xfer == xfer_soft_light ? &record : nullptr;
-            call.field = c.quality % 3;
-            TestWorld<Pixel> dst(40, 30, FillKind::random, 9), start(40, 30, FillKind::random, 9);
-            EXPECT_EQ(call(src.record(), dst.record()), 0);
-            const bool outside = c.x == -90;
-            EXPECT_TRUE(same_pixels(dst.pixels(), outside ? start.pixels() : transferred(src, call, c.at_x, c.at_y)));
-        }
+    const std::array<int, 4> modes = {xfer_over, xfer_soft_light, xfer_alpha_multiply, xfer_replace};
+    for (const auto& [c, xfer] : each(cases, modes)) {
+        SCOPED_TRACE(testing::Message() << c.x << " " << c.y << " quality " << c.quality << " mode " << xfer);
+        const TransformCall call{.matrices = {moved(c.x, c.y)},
+                                 .quality = c.quality,
+                                 .field = c.quality % 3,
+                                 .mode = mode_of(xfer),
+                                 .mask = xfer == xfer_soft_light ? &record : nullptr};
+        TestWorld<Pixel> dst(40, 30, FillKind::random, 9), start(40, 30, FillKind::random, 9);
+        EXPECT_EQ(call(src.record(), dst.record()), 0);
+        EXPECT_EQ(dst.pixels(), c.x == -90 ? start.pixels() : transferred(src, call, c.at_x, c.at_y));
     }
 }
 
 TYPED_TEST(TransformAtDepth, AConstantPictureStaysConstantInside) {
     using Pixel = TypeParam;
-    using D = DepthOf<Pixel>;
-    using Channel = typename D::Channel;
-    const Pixel colour{static_cast<Channel>(D::full), static_cast<Channel>(D::full / 3),
-                       static_cast<Channel>(D::full / 5), static_cast<Channel>(D::full / 2)};
+    constexpr auto part = [](typename DepthOf<Pixel>::Lane n) {
+        return static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::full / n);
+    };
+    const Pixel colour{part(1), part(3), part(5), part(2)};
     TestWorld<Pixel> src(300, 300, FillKind::clear, 1);
     for (int y = 0; y < 300; ++y) std::fill_n(&src.at(0, y), 300, colour);
     const M_Matrix3 perspective{{{1, 0.1, 0.0004}, {-0.2, 1.1, 0.0002}, {12, 9, 1}}};
@@ -71,32 +59,23 @@ TYPED_TEST(TransformAtDepth, AConstantPictureStaysConstantInside) {
         {placed(300, 0, 1.2, 0, 0), placed(300, 0, 1.2, 9.7, 4.1)},
         {placed(300, 0, 1.2, 0, 0), placed(300, 4, 1.2, 3, 0), placed(300, 9, 1.3, 3, 5)},
         {placed(300, 0, 0.3, 0, 0), placed(300, 4, 0.3, 3, 0), placed(300, 9, 0.25, 3, 5)}};
-    for (const auto& matrices : motions) {
-        for (int quality = 0; quality <= 2; ++quality) {
-            TransformCall call;
-            call.matrices = matrices;
-            call.quality = quality;
-            TestWorld<Pixel> dst(300, 300, FillKind::random, 2);
-            ASSERT_EQ(call(src.record(), dst.record()), 0);
-            int inside = 0;
-            M_Matrix3 back;
-            ASSERT_TRUE(M_InverseMatrixQuiet(matrices[0], &back));
-            for (int y = 0; y < 300; y += 7) {
-                for (int x = 0; x < 300; x += 7) {
-                    M_FloatPoint p{x + 0.5, y + 0.5};
-                    M_TransformFloatPoints(back, &p, 1);
-                    if (p.x < 40 || p.x > 260 || p.y < 40 || p.y > 260) continue;
-                    ++inside;
-                    const Pixel& got = dst.at(x, y);
-                    const double step = D::number == 32 ? 2e-6 : 0;
-                    ASSERT_EQ(got.alpha, colour.alpha) << x << "," << y << " quality " << quality;
-                    ASSERT_NEAR(got.red, colour.red, step);
-                    ASSERT_NEAR(got.green, colour.green, step);
-                    ASSERT_NEAR(got.blue, colour.blue, step);
-                }
-            }
-            EXPECT_GT(inside, 0);
+    for (const auto& [matrices, quality] : each(motions, std::array{0, 1, 2})) {
+        TestWorld<Pixel> dst(300, 300, FillKind::random, 2);
+        ASSERT_EQ((TransformCall{.matrices = matrices, .quality = quality}(src.record(), dst.record())), 0);
+        int inside = 0;
+        M_Matrix3 back;
+        ASSERT_TRUE(M_InverseMatrixQuiet(matrices[0], &back));
+        for (const auto& [column, row] : places(43, 43)) {
+            M_FloatPoint p{7 * column + 0.5, 7 * row + 0.5};
+            M_TransformFloatPoints(back, &p, 1);
+            if (p.x < 40 || p.x > 260 || p.y < 40 || p.y > 260) continue;
+            ++inside;
+            const Pixel& got = dst.at(7 * column, 7 * row);
+            const double step = DepthOf<Pixel>::number == 32 ? 2e-6 : 0;
+            ASSERT_EQ(got.alpha, colour.alpha) << 7 * column << "," << 7 * row << " quality " << quality;
+            for (const auto c : {&Pixel::red, &Pixel::green, &Pixel::blue}) ASSERT_NEAR(got.*c, colour.*c, step);
         }
+        EXPECT_GT(inside, 0);
     }
 }
 
@@ -104,28 +83,21 @@ TYPED_TEST(TransformAtDepth, WhatLiesOutsideStays) {
     using Pixel = TypeParam;
     TestWorld<Pixel> src(20, 20, FillKind::random, 1), start(60, 60, FillKind::random, 3);
     const M_LRect rect{10, 12, 41, 33};
-    for (int quality = 0; quality <= 2; ++quality) {
-        for (const int field : {0, 1, 2}) {
-            TransformCall call;
-            call.matrices = {placed(20, 30, 2, 10, 10), placed(20, 35, 2, 20, 10)};
-            call.quality = quality;
-            call.field = field;
-            call.mode.xfer = xfer_replace;
-            call.rect = &rect;
-            TestWorld<Pixel> dst(60, 60, FillKind::random, 3);
-            ASSERT_EQ(call(src.record(), dst.record()), 0);
-            int changed = 0;
-            for (int y = 0; y < 60; ++y) {
-                const bool drawn =
-                    y >= rect.top && y < rect.bottom && !(field == 1 && y % 2 == 1) && !(field == 2 && y % 2 == 0);
-                for (int x = 0; x < 60; ++x) {
-                    const bool same = std::memcmp(&dst.at(x, y), &start.at(x, y), sizeof(Pixel)) == 0;
-                    if (!same) ++changed;
-                    ASSERT_TRUE(same || (drawn && x >= rect.left && x < rect.right)) << x << "," << y;
-                }
-            }
-            EXPECT_GT(changed, 100);
+    for (const auto& [quality, field] : each(std::array{0, 1, 2}, std::array{0, 1, 2})) {
+        const TransformCall call{.matrices = {placed(20, 30, 2, 10, 10), placed(20, 35, 2, 20, 10)},
+                                 .quality = quality,
+                                 .field = field,
+                                 .mode = mode_of(xfer_replace),
+                                 .rect = &rect};
+        TestWorld<Pixel> dst(60, 60, FillKind::random, 3);
+        ASSERT_EQ(call(src.record(), dst.record()), 0);
+        int changed = 0;
+        for (const auto& [x, y] : places(60, 60)) {
+            const bool same = dst.at(x, y) == start.at(x, y), skipped = field != 0 && y % 2 == field % 2;
+            changed += same ? 0 : 1;
+            ASSERT_TRUE(same || (holds(rect, x, y) && !skipped)) << x << "," << y;
         }
+        EXPECT_GT(changed, 100);
     }
 }
 
@@ -144,65 +116,46 @@ TYPED_TEST(TransformAtDepth, ALayerWithoutSizeDrawsNothingButClears) {
                  {scaled(nan, 1), true, false},
                  {scaled(inf, 1), false, false},
                  {moved(nan, 0), true, false}};
-    for (const auto& c : cases) {
-        for (const int xfer : {int{xfer_over}, int{xfer_alpha_multiply}}) {
-            TransformCall call;
-            call.matrices = {c.matrix};
-            call.src2dst = c.src2dst;
-            call.mode.xfer = xfer;
-            TestWorld<Pixel> dst(30, 30, FillKind::opaque, 3);
-            EXPECT_EQ(call(src.record(), dst.record()), 0);
-            for (int y = 0; y < 30; ++y) {
-                for (int x = 0; x < 30; ++x) {
-                    const bool cleared = c.clears && xfer == xfer_alpha_multiply;
-                    ASSERT_EQ(dst.at(x, y).alpha, cleared ? 0 : start.at(x, y).alpha);
-                    ASSERT_EQ(dst.at(x, y).red, start.at(x, y).red);
-                }
-            }
+    for (const auto& [c, xfer] : each(cases, std::array<int, 2>{xfer_over, xfer_alpha_multiply})) {
+        const TransformCall call{.matrices = {c.matrix}, .src2dst = c.src2dst, .mode = mode_of(xfer)};
+        TestWorld<Pixel> dst(30, 30, FillKind::opaque, 3);
+        EXPECT_EQ(call(src.record(), dst.record()), 0);
+        for (const auto& [x, y] : places(30, 30)) {
+            Pixel want = start.at(x, y);
+            if (c.clears && xfer == xfer_alpha_multiply) want.alpha = 0;
+            ASSERT_EQ(dst.at(x, y), want) << x << "," << y;
         }
     }
 }
 
 TEST(Transform, RefusesWhatItCannotDraw) {
-    Reports reports;
     for (const int bands : {1, 32}) {
-        Born born(bands);
+        const Born born(bands);
         TestWorld<QX_Pixel8> src(8, 8, FillKind::random, 1), dst(8, 8, FillKind::random, 2);
         TestWorld<QX_Pixel16> deep(8, 8, FillKind::random, 3);
+        BadWorlds bad;
         const auto before = dst.pixels();
-        TransformCall call;
-        EXPECT_EQ(call(nullptr, dst.record()), 3);
-        EXPECT_EQ(call(src.record(), nullptr), 3);
-        EXPECT_EQ(reports.last_text() == "dst_world is NULL", bands > 1);
-        EXPECT_EQ(call(src.record(), deep.record()), 3);
-        EXPECT_EQ(reports.last_text(), "QX_TransformWorld requires src and dst worlds to have same bit depth");
-        QX_LayerDef gpu = *src.record();
-        gpu.data = nullptr;
-        VPix** frame = standalone::NewFakeFrame(tesselmediatypes::PixelFormat{});
-        gpu.platform_ref = frame;
-        EXPECT_EQ(call(&gpu, dst.record()), 3);
-        EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
-        FK::DisposeVPixFromVideoFrame(frame);
-        call.mode.xfer = 77;
-        EXPECT_EQ(call(src.record(), dst.record()), 5);
-        call.matrices = {placed(8, 20, 1, 0, 0)};
-        EXPECT_EQ(call(src.record(), dst.record()), 5);
-        call.mode.xfer = xfer_over;
-        call.matrices = {};
-        EXPECT_EQ(call(src.record(), dst.record()), 3);
-        call.matrices.assign(258, moved(1, 1));
-        EXPECT_EQ(call(src.record(), dst.record()), 516);
-        EXPECT_TRUE(same_pixels(dst.pixels(), before));
+        QX_LayerDef *const s = src.record(), *const d = dst.record();
+        const auto call = [](QX_LayerDef* from, QX_LayerDef* to, int xfer = xfer_over,
+                             std::vector<M_Matrix3> matrices = {kM_IdentityMatrix}) {
+            return [=] { return TransformCall{.matrices = matrices, .mode = mode_of(xfer)}(from, to); };
+        };
+        const std::string none = "unimplemented blending mode.";
+        expect_refused(
+            {{call(nullptr, d), kBadParameter},
+             {call(s, nullptr), bands > 1 ? "dst_world is NULL" : kBadParameter},
+             {call(s, deep.record()), "QX_TransformWorld requires src and dst worlds to have same bit depth"},
+             {call(&bad.gpu, d), kOnGpu},
+             {call(s, d, 77), none, 5, 0, 2},
+             {call(s, d, 77, {placed(8, 20, 1, 0, 0)}), none, 5, 0, 2},
+             {call(s, d, xfer_over, {}), kBadParameter},
+             {call(s, d, xfer_over, std::vector(258, moved(1, 1))), "invalid parameter", 516}});
         const M_LRect vast{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};  // takes no more memory than the destination
-        call.rect = &vast;
-        call.matrices = {scaled(1, 0)};
-        call.src2dst = false;
-        EXPECT_EQ(call(src.record(), dst.record()), 0);
-        EXPECT_TRUE(same_pixels(dst.pixels(), before));
-        call.src2dst = true;
-        call.matrices.assign(257, moved(1, 1));
-        call.matrices.back() = moved(3, 3);
-        EXPECT_EQ(call(src.record(), dst.record()), 0);
+        EXPECT_EQ((TransformCall{.matrices = {scaled(1, 0)}, .src2dst = false, .rect = &vast}(s, d)), 0);
+        EXPECT_EQ(dst.pixels(), before);
+        TransformCall most{.matrices = std::vector(257, moved(1, 1)), .rect = &vast};
+        most.matrices.back() = moved(3, 3);
+        EXPECT_EQ(most(s, d), 0);
     }
 }
 
@@ -217,25 +170,15 @@ TEST(Transform, LargeFootprintsTellTheirArea) {
     TestWorld<QX_Pixel8> src(300, 300, FillKind::opaque, 1), dst(4, 4, FillKind::opaque, 2);
     const std::pair<double, std::uint32_t> cases[] = {{128, 128 * 128}, {200, 200 * 200}, {1000, 254 * 254}};
     for (const auto& [shrinks, pixels] : cases) {
-        TransformCall call;
-        call.matrices = {scaled(1 / shrinks, 1 / shrinks)};
-        EXPECT_EQ(call(src.record(), dst.record()), 0);
+        EXPECT_EQ(TransformCall{.matrices = {scaled(1 / shrinks, 1 / shrinks)}}(src.record(), dst.record()), 0);
         EXPECT_EQ(area, pixels * 65536);
     }
 }
 
 TEST(Transform, AsksAfterRowsWhoseIndexIsDue) {
     Born born;
-    struct Calls {
-        std::vector<int> rows;
-        int total = 0, stop = -1;
-    } calls;
-    const QX_ProgressInfo progress{&calls, nullptr, [](void* refcon, std::int32_t row, std::int32_t total) {
-                                       auto& seen = *static_cast<Calls*>(refcon);
-                                       seen.rows.push_back(row);
-                                       seen.total = total;
-                                       return row == seen.stop ? 517 : 0;
-                                   }};
+    Polls polls;
+    const QX_ProgressInfo progress{&polls, nullptr, &Polls::progress};
     TestWorld<QX_Pixel8> src(20, 200, FillKind::opaque, 1);
     const struct {
         int quality, field, matrices;
@@ -246,17 +189,16 @@ TEST(Transform, AsksAfterRowsWhoseIndexIsDue) {
                  {0, 1, 1, {0, 128}},
                  {2, 1, 3, {0, 16, 32, 48}}};
     for (const auto& c : cases) {
-        calls = {};
+        polls = {.stop_at = c.matrices == 3 ? 3 : -1};  // an answer ends the call, after whole rows
         TestWorld<QX_Pixel8> dst(40, 200, FillKind::opaque, 2);
-        TransformCall call;
-        call.matrices.assign(static_cast<std::size_t>(c.matrices), scaled(1.5, 1));
-        call.quality = c.quality;
-        call.field = c.field;
-        call.progress = &progress;
-        if (c.matrices == 3) calls.stop = 48;  // the answer ends the call, after whole rows
+        const TransformCall call{.matrices = std::vector(static_cast<std::size_t>(c.matrices), scaled(1.5, 1)),
+                                 .quality = c.quality,
+                                 .field = c.field,
+                                 .progress = &progress};
         EXPECT_EQ(call(src.record(), dst.record()), c.matrices == 3 ? 517 : 0);
-        EXPECT_EQ(calls.rows, c.rows);
-        EXPECT_EQ(calls.total, 200);
+        std::vector<std::pair<int, int>> expected;
+        for (const int row : c.rows) expected.emplace_back(row, 200);
+        EXPECT_EQ(polls.calls, expected);
     }
 }
 

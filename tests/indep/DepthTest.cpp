@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // How depth is told and written, and what is said of worlds that are of none.
-#include <cstring>
-
-#include "QX/indep/QX_Report.h"
-#include "QX/indep/QX_WorldDepth.h"
-#include "QX/pixelops/QX_Fill.h"
-#include "platform/FK_Frames.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -15,17 +8,15 @@ using namespace qx::test;
 
 TEST(Depth, OfARecordIsToldByTheHighByteAlone) {
     Reports reports;
-    const struct {
-        std::uint32_t flags;
-        int depth;
-    } cases[] = {{0x00000000, 8},  {0x00000001, 8},  {0x01000001, 16}, {0x01000000, 16},
-                 {0x01FFFFFE, 16}, {0x02000000, 32}, {0x02000001, 32}};
+    const std::pair<std::uint32_t, int> cases[] = {{0x00000000, 8},  {0x00000001, 8},  {0x01000001, 16},
+                                                   {0x01000000, 16}, {0x01FFFFFE, 16}, {0x02000000, 32},
+                                                   {0x02000001, 32}};
     QX_LayerDef record{};
     int depth = 0;
-    for (const auto& c : cases) {
-        record.world_flags = c.flags;
+    for (const auto& [flags, expected] : cases) {
+        record.world_flags = flags;
         EXPECT_EQ(QX_GetEffectWorldDepth(&record, &depth), 0);
-        EXPECT_EQ(depth, c.depth) << std::hex << c.flags;
+        EXPECT_EQ(depth, expected) << std::hex << flags;
     }
     EXPECT_TRUE(reports.all().empty());
     for (const std::uint32_t flags : {0x03000000u, 0xFF000001u}) {
@@ -41,27 +32,24 @@ TEST(Depth, OfARecordIsToldByTheHighByteAlone) {
 
 TEST(Depth, OfAGpuWorldIsThatOfItsFrame) {
     Reports reports;
-    const struct {
-        tesselmediatypes::PixelFormat format;
-        int depth;
-        const char* report;
-    } cases[] = {{GK::kPixelFormat_GPU_BGRA_4444_16f, 16, ""},
-                 {GK::kPixelFormat_GPU_BGRA_4444_32f, 32, ""},
-                 {tesselmediatypes::kPixelFormat_ARGB_4444_8u, 8, ""},
-                 {tesselmediatypes::kPixelFormat_ARGB_4444_15u, 16, ""},
-                 {tesselmediatypes::kPixelFormat_ARGB_4444_32f, 32, ""},
-                 {tesselmediatypes::FourChannelFormat("zzzz", 5), 8, "Unsupported QX_PixelFormat"}};
+    const std::tuple<tesselmediatypes::PixelFormat, int, const char*> cases[] = {
+        {GK::kPixelFormat_GPU_BGRA_4444_16f, 16, ""},
+        {GK::kPixelFormat_GPU_BGRA_4444_32f, 32, ""},
+        {tesselmediatypes::kPixelFormat_ARGB_4444_8u, 8, ""},
+        {tesselmediatypes::kPixelFormat_ARGB_4444_15u, 16, ""},
+        {tesselmediatypes::kPixelFormat_ARGB_4444_32f, 32, ""},
+        {tesselmediatypes::FourChannelFormat("zzzz", 5), 8, "Unsupported QX_PixelFormat"}};
     const World narrow(QX_World::New(1, 1, 8, 0));
-    for (const auto& c : cases) {
+    for (const auto& [format, expected, report] : cases) {
         reports.clear();
         QX_LayerDef record{};
-        record.platform_ref = standalone::NewFakeFrame(c.format);
+        record.platform_ref = standalone::NewFakeFrame(format);
         record.world = narrow.get();  // is not asked
         EXPECT_TRUE(vn::qx::VideoFrameFactory::IsEffectWorldGPUBased(&record));
         int depth = 0;
         EXPECT_EQ(QX_GetEffectWorldDepth(&record, &depth), 0);
-        EXPECT_EQ(depth, c.depth);
-        EXPECT_EQ(reports.last_text(), c.report);
+        EXPECT_EQ(depth, expected);
+        EXPECT_EQ(reports.last_text(), report);
         record.data = &depth;  // with pixels it is no GPU world
         EXPECT_FALSE(vn::qx::VideoFrameFactory::IsEffectWorldGPUBased(&record));
         EXPECT_EQ(QXp_WorldDepth(&record), 8);
@@ -75,51 +63,44 @@ TEST(Depth, OfAGpuWorldIsThatOfItsFrame) {
 
 TEST(Depth, IsWrittenIntoTheHighByteAndBit0) {
     Reports reports;
-    const struct {
-        std::uint32_t before;
-        int depth;
-        std::uint32_t after;
-        int code;
-    } cases[] = {{0, 8, 0, 0},
-                 {0, 16, 0x01000001, 0},
-                 {0, 32, 0x02000000, 0},
-                 {0xFFABCDE0, 16, 0x01ABCDE1, 0},
-                 {0x01ABCDE1, 32, 0x02ABCDE1, 0},
-                 {0x12345678, 24, 0x12345678, 3}};
-    for (const auto& c : cases) {
+    // Columns: before, depth, after, code
+    const std::tuple<std::uint32_t, int, std::uint32_t, int> cases[] = {{0, 8, 0, 0},
+                                                                        {0, 16, 0x01000001, 0},
+                                                                        {0, 32, 0x02000000, 0},
+                                                                        {0xFFABCDE0, 16, 0x01ABCDE1, 0},
+                                                                        {0x01ABCDE1, 32, 0x02ABCDE1, 0},
+                                                                        {0x12345678, 24, 0x12345678, 3}};
+    for (const auto& [before, depth, after, code] : cases) {
         QX_LayerDef record{};
-        record.world_flags = c.before;
-        EXPECT_EQ(QXp_SetWorldDepth(&record, c.depth), c.code);
-        EXPECT_EQ(record.world_flags, c.after) << c.depth;
+        record.world_flags = before;
+        EXPECT_EQ(QXp_SetWorldDepth(&record, depth), code);
+        EXPECT_EQ(record.world_flags, after) << depth;
     }
     EXPECT_EQ(reports.last_text(), "Unknown pixel format");
 }
 
 TEST(PixelFormats, CodesAndDepths) {
     Reports reports;
-    const struct {
-        int depth;
-        bool gpu;
-        const char* bytes;
-        const char* report;
-    } cases[] = {{8, false, "argb", ""},
-                 {16, false, "vn16", ""},
-                 {32, false, "vn32", ""},
-                 {16, true, "@CDa", ""},
-                 {32, true, "@CDA", ""},
-                 {8, true, "badf", "Unsupported gpu pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
-                 {24, false, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
-                 {0, true, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"}};
-    for (const auto& c : cases) {
+    // Columns: depth, of a GPU, code, report
+    const std::tuple<int, bool, const char*, std::string> cases[] = {
+        {8, false, "argb", ""},
+        {16, false, "vn16", ""},
+        {32, false, "vn32", ""},
+        {16, true, "@CDa", ""},
+        {32, true, "@CDA", ""},
+        {8, true, "badf", "Unsupported gpu pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
+        {24, false, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
+        {0, true, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"}};
+    for (const auto& [of_world, gpu, bytes, report] : cases) {
         reports.clear();
         std::uint32_t code = 0;
-        const int result = *c.report == '\0' ? 0 : 3;
-        EXPECT_EQ(QXp_EffectWorldDepthToPixelFormat(c.depth, c.gpu, &code), result);
-        EXPECT_EQ(std::memcmp(&code, c.bytes, 4), 0) << c.bytes;
-        EXPECT_EQ(reports.last_text(), c.report);
+        const int result = report.empty() ? 0 : 3;
+        EXPECT_EQ(QXp_EffectWorldDepthToPixelFormat(of_world, gpu, &code), result);
+        EXPECT_EQ(std::memcmp(&code, bytes, 4), 0) << bytes;
+        EXPECT_EQ(reports.last_text(), report);
         int depth = 7;
         EXPECT_EQ(QXp_PixelFormatToEffectWorldDepth(code, &depth), result);
-        EXPECT_EQ(depth, result == 0 ? c.depth : 7);
+        EXPECT_EQ(depth, result == 0 ? of_world : 7);
         EXPECT_EQ(reports.last_text(), result == 0 ? "" : "Unsupported QX_PixelFormat");
     }
 }
@@ -129,7 +110,6 @@ TEST(Depth, OfNoClassIsRefusedInTheRoutinesOwnWords) {
     OddWorld odd(pixels, 2, 2, 8);
     const World plain = make(2, 2, 8);
     const M_LRect rect{0, 0, 1, 1};
-    const auto thrown = [](const auto& body) { return [body] { return code_of(body); }; };
     const std::string unknown = "Unknown world bitdepth in";
     expect_refused({{[&] { return QX_Fill(nullptr, nullptr, nullptr, &odd); }, unknown + " QX_Fill"},
                     {[&] { return QX_Fill16(nullptr, nullptr, nullptr, &odd); }, unknown + " QX_Fill16"},

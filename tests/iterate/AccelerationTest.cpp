@@ -1,37 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/library/QX_Acceleration.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <mutex>
-#include <stdexcept>
-
-#include "QX/compositing/QX_CompositeMode.h"
-#include "QX/compositing/QX_TransferRect.h"
-#include "QX/indep/QX_Slots.h"
-#include "QX/iterate/QX_Iterate.h"
 #include "tests/iterate/IterateSupport.h"
-#include "tests/support/Refusals.h"
 
 namespace {
 
 using qx::Slot;
 using namespace qx::test;
 
-/// One call of a routine that the test put in the table.
-struct BandCall {
-    std::int32_t left, top, right, bottom;
-    std::thread::id on;
-};
-
 /// What the test's own routines see and do; they have no refcon.
 struct Stage {
     std::mutex lock{};
-    std::vector<BandCall> calls{};
+    std::vector<M_LRect> calls{};  ///< of the routines that the test put in the table
     std::vector<const M_LRect*> areas{};
     std::vector<const void*> infos{};
-    std::vector<const QX_ScratchBlock*> scratches{};
     int fail_at_top = -1, code = 0;
     bool throws_fault = false, polls = false, aborts = false;
 
@@ -40,7 +21,7 @@ struct Stage {
         areas.push_back(area);
         infos.push_back(info);
         const M_LRect r = area != nullptr ? *area : M_LRect{};
-        calls.push_back({r.left, r.top, r.right, r.bottom, std::this_thread::get_id()});
+        calls.push_back(r);
         if (throws_fault) throw std::runtime_error("a fault of the test");
         if (r.top == fail_at_top) return code;
         if (polls && info != nullptr) return info->progress_func(info->refcon, r.top, 100);
@@ -48,7 +29,7 @@ struct Stage {
     }
     int rows() {
         int sum = 0;
-        for (const BandCall& c : calls) sum += c.bottom - c.top;
+        for (const M_LRect& c : calls) sum += c.bottom - c.top;
         return sum;
     }
 };
@@ -64,10 +45,6 @@ int transform_of_test(const QX_ProgressInfo* info, int quality, int flags, int f
                       QX_LayerDef*) {
     EXPECT_TRUE(quality == 1 && flags == 2 && field == 3 && num_matrices == 4 && src2dst);
     EXPECT_TRUE(scratch->alpha_row != nullptr && scratch->spare_row != nullptr && scratch->motion[6] != nullptr);
-    {
-        const std::scoped_lock hold(stage->lock);
-        stage->scratches.push_back(scratch);
-    }
     return stage->enter(rect, info);
 }
 
@@ -83,32 +60,26 @@ protected:
     Stage stage_;
     Reports reports;
     Picture<QX_Pixel8> world{6, 70};
-    void* table[kQX_SlotCount] = {};
+    void *table[kQX_SlotCount] = {}, *before[kQX_SlotCount] = {};
 
     Layer() {
         stage = &stage_;
         std::copy_n(QXp_G_OverFuncs, kQX_SlotCount, table);
         qx::set_slot<Slot::PremulRect>(&premul_of_test, table);
         qx::set_slot<Slot::TransformWorldPlus>(&transform_of_test, table);
+        std::copy_n(table, kQX_SlotCount, before);
     }
     int install(int bands, int interface_number = 2, std::int16_t major = 2) {
         standalone::SetBandCount(bands);
         qx::AccelerationRecord record{};
-        record.interface_number = interface_number;
-        record.major = major;
-        record.minor = 1;
-        record.routines = table;
-        record.message = &Refusal::message;
+        record.interface_number = interface_number, record.major = major, record.minor = 1;
+        record.routines = table, record.message = &Refusal::message;
         return qx::acceleration_entry(record);
     }
     std::vector<int> changed() const {
         std::vector<int> result;
         for (int i = 0; i < kQX_SlotCount; ++i) {
-            const bool own = i == 52 || i == 48;
-            void* before =
-                own ? (i == 52 ? reinterpret_cast<void*>(&premul_of_test) : reinterpret_cast<void*>(&transform_of_test))
-                    : QXp_G_OverFuncs[i];
-            if (table[i] != before) result.push_back(i);
+            if (table[i] != before[i]) result.push_back(i);
         }
         return result;
     }
@@ -145,35 +116,27 @@ TEST_F(Layer, SixtyFourThreadsAreCutTo32) {
     const M_LRect rect{0, 0, 2, 640};
     EXPECT_EQ(premul(&rect), 0);
     EXPECT_EQ(stage_.calls.size(), 32u);
-    for (const BandCall& c : stage_.calls) EXPECT_EQ(c.bottom - c.top, 20);
+    for (const M_LRect& c : stage_.calls) EXPECT_EQ(c.bottom - c.top, 20);
 }
 
 TEST_F(Layer, RectangleRoutinesRunInBandsOrStraight) {
-    struct Case {
-        const char* name;
-        const M_LRect* rect;
-        std::size_t calls;
-        int rows;
-    };
     const M_LRect some{1, 2, 4, 40}, one_column{1, 2, 2, 40}, empty{3, 2, 3, 40}, flat{0, 4, 6, 4};
-    const Case cases[] = {
+    // Columns: rectangle, calls, rows
+    const std::tuple<const char*, const M_LRect*, std::size_t, int> cases[] = {
         {"all of the world", nullptr, 7, 70}, {"a part", &some, 7, 38}, {"one column", &one_column, 1, 38},
         {"no column", &empty, 1, 38},         {"no row", &flat, 1, 0},
     };
     install(7);
     const std::int64_t blocks = standalone::Memory().blocks_in_use;
-    for (const Case& c : cases) {
-        for (const bool transforms : {false, true}) {
-            SCOPED_TRACE(testing::Message() << c.name << (transforms ? ", transform" : ", premultiply"));
-            stage_.calls.clear();
-            stage_.areas.clear();
-            EXPECT_EQ(transforms ? transform(c.rect) : premul(c.rect), 0);
-            EXPECT_EQ(stage_.calls.size(), c.calls);
-            EXPECT_EQ(stage_.rows(), c.rows);
-            if (c.calls == 1) {
-                EXPECT_EQ(stage_.areas[0], c.rect) << "the caller's own rectangle";
-            }
-        }
+    for (const auto& [c, transforms] : each(cases, std::array{false, true})) {
+        const auto& [name, rect, calls, rows] = c;
+        SCOPED_TRACE(testing::Message() << name << (transforms ? ", transform" : ", premultiply"));
+        stage_.calls.clear();
+        stage_.areas.clear();
+        EXPECT_EQ(transforms ? transform(rect) : premul(rect), 0);
+        EXPECT_EQ(stage_.calls.size(), calls);
+        EXPECT_EQ(stage_.rows(), rows);
+        EXPECT_TRUE(calls != 1 || stage_.areas[0] == rect) << "the caller's own rectangle";
     }
     EXPECT_EQ(standalone::Memory().blocks_in_use, blocks) << "scratch is given back";
 }
@@ -215,10 +178,8 @@ TEST_F(Layer, GpuWorldsAreRefusedFirst) {
     };
     world.record = bad.gpu;
     const std::string text = "gpu effect world is not supported.";
-    expect_refused({{[&] { return premul(nullptr); }, text},
-                    {[&] { return transform(nullptr); }, text},
-                    {call(nullptr, &bad.gpu), text},
-                    {call(&bad.gpu, &other.record), text}});
+    expect_refused(text, {[&] { return premul(nullptr); }, [&] { return transform(nullptr); }, call(nullptr, &bad.gpu),
+                          call(&bad.gpu, &other.record)});
 }
 
 TEST_F(Layer, FirstFailureWinsAndBandsNotBegunStayOut) {
@@ -227,9 +188,7 @@ TEST_F(Layer, FirstFailureWinsAndBandsNotBegunStayOut) {
     stage_.fail_at_top = 40;  // band 4 of seven by ten rows
     stage_.code = 517;
     EXPECT_EQ(premul(nullptr), 517);
-    ASSERT_EQ(stage_.calls.size(), 2u);
-    EXPECT_EQ(stage_.calls[0].top, 20);
-    EXPECT_EQ(stage_.calls[1].top, 40);
+    EXPECT_EQ(stage_.calls, (std::vector<M_LRect>{{0, 20, 6, 30}, {0, 40, 6, 50}}));
 }
 
 /// Band 0 is still at work when band 1 fails; what band 0 gives later comes second.
@@ -259,8 +218,7 @@ TEST_F(Layer, ARecordThatIsNullStaysNull) {
 /// A caller that counts where its callbacks run.
 struct Caller {
     std::thread::id main = std::this_thread::get_id();
-    std::atomic<int> on_main{0}, elsewhere{0};
-    std::atomic<int> answer{0};
+    std::atomic<int> on_main{0}, elsewhere{0}, answer{0};
     int total = 0;
 
     int called() {
@@ -279,8 +237,7 @@ TEST_F(Layer, CallbacksRunOnTheCallersThreadAndTheirAnswerReachesAll) {
     install(7);
     for (const bool aborts : {false, true}) {
         SCOPED_TRACE(aborts);
-        stage_.polls = !aborts;
-        stage_.aborts = aborts;
+        stage_.polls = !aborts, stage_.aborts = aborts;
         Caller caller;
         QX_ProgressInfo info = caller.info();
         stage_.calls.clear();
@@ -296,40 +253,42 @@ TEST_F(Layer, CallbacksRunOnTheCallersThreadAndTheirAnswerReachesAll) {
         const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {3}});
         EXPECT_EQ(premul(nullptr, &info), 517);
         EXPECT_EQ(stage_.calls.size(), 4u);
-        info.progress_func = nullptr;
-        info.abort_func = nullptr;
+        info.progress_func = nullptr, info.abort_func = nullptr;
         EXPECT_EQ(premul(nullptr, &info), 0) << "callbacks that are not there";
     }
 }
 
-/// The host's record behind effect_ref, and a pixel function that polls as a nested call does.
+/// The host's record behind effect_ref, with callbacks that count, and a pixel function that does nothing.
 struct Effect {
-    QX_ProgressInfo info;
-    Caller caller;
+    QX_ProgressInfo info;  ///< first: what effect_ref leads to is read as this record
+    Caller caller{};
+    QX_InData data{};
+
+    Effect() {
+        info = caller.info();
+        data.effect_ref = this;
+        data.abort = [](void* ref) { return Caller::abort(&static_cast<Effect*>(ref)->caller); };
+        data.progress = [](void* ref, std::int32_t count, std::int32_t total) {
+            return Caller::progress(&static_cast<Effect*>(ref)->caller, count, total);
+        };
+    }
     static int pixel(void*, std::int32_t, std::int32_t, void*, void*) { return 0; }
 };
 
 TEST(AcceleratedIterate, EffectsFindTheirRecordOnEveryThread) {
     const Born born(7);
     Effect effect;
-    effect.info = effect.caller.info();
-    QX_InData data{};
-    data.effect_ref = &effect;
-    data.abort = [](void* ref) { return static_cast<Effect*>(ref)->caller.called(); };
-    data.progress = [](void* ref, std::int32_t, std::int32_t total) {
-        static_cast<Effect*>(ref)->caller.total = total;
-        return static_cast<Effect*>(ref)->caller.called();
-    };
     Picture<QX_Pixel8> world(3, 70);
     const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {2}});
-    EXPECT_EQ(QX_Iterate(&data, 0, 70, nullptr, nullptr, nullptr, &Effect::pixel, &world.record), 0);
-    EXPECT_EQ(effect.caller.on_main, 10);
-    EXPECT_EQ(effect.caller.elsewhere, 0);
-    EXPECT_EQ(effect.caller.total, 70);
+    const auto iterate = [&] {
+        return QX_Iterate(&effect.data, 0, 70, nullptr, nullptr, nullptr, &Effect::pixel, &world.record);
+    };
+    EXPECT_EQ(iterate(), 0);
+    EXPECT_TRUE(effect.caller.on_main == 10 && effect.caller.elsewhere == 0 && effect.caller.total == 70);
     effect.caller.answer = 517;
-    EXPECT_EQ(QX_Iterate(&data, 0, 70, nullptr, nullptr, nullptr, &Effect::pixel, &world.record), 517);
+    EXPECT_EQ(iterate(), 517);
     EXPECT_EQ(effect.caller.on_main, 11);
-    EXPECT_EQ(data.effect_ref, &effect) << "the caller's record is only read";
+    EXPECT_EQ(effect.data.effect_ref, &effect) << "the caller's record is only read";
 }
 
 /// Kept: without an effect_ref every thread calls the callbacks itself.
@@ -361,17 +320,14 @@ TEST_F(Layer, TheRecordBehindEffectRefIsThreadSafeToo) {
     qx::set_slot<Slot::Iterate>(&polls_behind_effect_ref, table);
     install(5);
     Effect effect;
-    effect.info = effect.caller.info();
-    QX_InData data{};
-    data.effect_ref = &effect;
+    effect.data.abort = nullptr, effect.data.progress = nullptr;
     const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4}, {3}});
     const auto iterate = qx::slot<Slot::Iterate>(table);
-    EXPECT_EQ(iterate(&data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 0);
+    EXPECT_EQ(iterate(&effect.data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 0);
     EXPECT_EQ(effect.caller.on_main, 2) << "and no abort of the effect's own";
-    EXPECT_EQ(effect.caller.elsewhere, 0);
-    EXPECT_EQ(effect.caller.total, 9);
+    EXPECT_TRUE(effect.caller.elsewhere == 0 && effect.caller.total == 9);
     effect.caller.answer = 8;
-    EXPECT_EQ(iterate(&data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 8);
+    EXPECT_EQ(iterate(&effect.data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 8);
 }
 
 }  // namespace

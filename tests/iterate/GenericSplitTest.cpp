@@ -1,19 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <mutex>
-
-#include "QX/iterate/QX_Iterate.h"
 #include "tests/iterate/IterateSupport.h"
-#include "tests/support/TestHost.h"
 
 namespace {
 
-using qx::test::Born;
-using qx::test::ChosenOrder;
-using qx::test::Reports;
-using qx::test::WithExecutor;
+using namespace qx::test;
 
 struct Call {
     int thread_index, i, total;
@@ -31,9 +21,8 @@ struct Recorder {
         auto& self = *static_cast<Recorder*>(refcon);
         const std::scoped_lock hold(self.lock);
         self.calls.push_back({thread_index, i, total, std::this_thread::get_id()});
-        if (i != self.fail_at) return 0;
-        if (self.throws) throw self.code;
-        return self.code;
+        if (i == self.fail_at && self.throws) throw self.code;
+        return i == self.fail_at ? self.code : 0;
     }
     /// (start, count) by part, once each index was seen to be called once.
     std::vector<std::pair<int, int>> parts() {
@@ -77,19 +66,15 @@ TEST(GenericSplit, EveryPartOnceAndPartZeroOnTheCallingThread) {
         {"the caller takes back its own", {{1, 4, 2, 0}, {1, 4}}},
     };
     const Born born(4);
-    for (const auto& [name, order] : orders) {
-        for (const Shape& shape : kShapesOfFour) {
-            SCOPED_TRACE(testing::Message() << name << ", " << shape.iterations << " iterations");
-            const WithExecutor executor(order);
-            Recorder recorder;
-            EXPECT_EQ(QX_IterateGeneric(shape.iterations, &recorder, &Recorder::note), 0);
-            EXPECT_EQ(recorder.parts(), shape.parts);
-            for (const Call& call : recorder.calls) {
-                EXPECT_EQ(call.total, shape.total);
-                if (call.thread_index == 0) {
-                    EXPECT_EQ(call.on, std::this_thread::get_id());
-                }
-            }
+    for (const auto& [named, shape] : each(orders, kShapesOfFour)) {
+        SCOPED_TRACE(testing::Message() << named.first << ", " << shape.iterations << " iterations");
+        const WithExecutor executor(named.second);
+        Recorder recorder;
+        EXPECT_EQ(QX_IterateGeneric(shape.iterations, &recorder, &Recorder::note), 0);
+        EXPECT_EQ(recorder.parts(), shape.parts);
+        for (const Call& call : recorder.calls) {
+            EXPECT_EQ(call.total, shape.total);
+            EXPECT_TRUE(call.thread_index != 0 || call.on == std::this_thread::get_id());
         }
     }
 }
@@ -123,9 +108,7 @@ TEST(GenericSplit, AFailureEndsItAndNothingRemainingRuns) {
     const WithExecutor executor(ChosenOrder{{1, 2, 3, 4, 0}, {}});
     for (const bool throws : {false, true}) {
         Recorder recorder;
-        recorder.fail_at = 5;
-        recorder.code = 517;
-        recorder.throws = throws;
+        recorder.fail_at = 5, recorder.code = 517, recorder.throws = throws;
         EXPECT_EQ(QX_IterateGeneric(12, &recorder, &Recorder::note), 517);
         std::vector<int> seen;
         for (const Call& call : recorder.calls) seen.push_back(call.i);
@@ -147,8 +130,7 @@ TEST(Generic, CountsAndCodesOfBothForms) {
         for (const int iterations : {-1, 0, 1, 9}) EXPECT_EQ(QX_IterateGeneric(iterations, nullptr, nullptr), 3);
         ASSERT_EQ(reports.all().size(), 4u);
         EXPECT_EQ(reports.all()[0].site, 0x250000 | 70);
-        recorder.fail_at = 0;
-        recorder.code = 21;
+        recorder.fail_at = 0, recorder.code = 21;
         EXPECT_EQ(QX_IterateGeneric(1, &recorder, &Recorder::note), 21);
         recorder.throws = true;
         EXPECT_EQ(QX_IterateGeneric(1, &recorder, &Recorder::note), 21);
@@ -157,8 +139,7 @@ TEST(Generic, CountsAndCodesOfBothForms) {
 
 TEST(Generic, PlainRunsInOrderOnThisThread) {
     Recorder recorder;
-    recorder.fail_at = 3;
-    recorder.code = 9;
+    recorder.fail_at = 3, recorder.code = 9;
     EXPECT_EQ(QX_IterateGeneric_Static(6, &recorder, &Recorder::note), 9);
     EXPECT_EQ(recorder.parts(), (std::vector<std::pair<int, int>>{{0, 4}}));
     Recorder once;

@@ -1,37 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdint>
 #include <exception>
-#include <set>
-#include <thread>
-#include <vector>
 
-#include "QX/indep/QX_Records.h"
-#include "QX/indep/QX_WorldDepth.h"
-#include "platform/standalone/Standalone.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
-
-/// A world of one pixel type whose rows have some bytes behind them.
-template <class Pixel> struct Picture {
-    static constexpr int kPadding = 3;
-    std::vector<Pixel> pixels;
-    QX_LayerDef record{};
-
-    Picture(int width, int height)
-        : pixels(static_cast<std::size_t>(width + kPadding) * static_cast<std::size_t>(height)) {
-        record.data = pixels.data();
-        record.width = width;
-        record.height = height;
-        record.rowbytes = static_cast<std::int32_t>((width + kPadding) * static_cast<int>(sizeof(Pixel)));
-        QXp_SetWorldDepth(&record, static_cast<int>(sizeof(Pixel)) * 2);
-    }
-    Pixel& at(int x, int y) {
-        return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(record.width + kPadding) +
-                      static_cast<std::size_t>(x)];
-    }
-};
 
 /// An executor that runs the indices one after another in the order given, those of `on_caller` on the calling
 /// thread and each other on a thread of its own. Indices that the order leaves out run last, in their order.
@@ -59,6 +33,10 @@ struct ChosenOrder {
         for (int i = 0; i < count; ++i) run(i);
     }
 };
+
+inline void run_in_turn(const boost::function<void(int)>& task, int count) {
+    for (int i = 0; i < count; ++i) task(i);
+}
 
 /// Puts an executor in the pool's place for a scope.
 class WithExecutor {

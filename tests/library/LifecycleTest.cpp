@@ -1,23 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
-
-#include "QX/compositing/QX_TransferRect.h"
-#include "QX/indep/QX_ColourTables.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/library/QX_Library.h"
-#include "QX/world/QX_Frame.h"
-#include "QX/world/QX_World.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using qx::test::Born;
-using qx::test::NewCounter;
-using qx::test::Reports;
-using standalone::ProcessorLevel;
+using namespace qx::test;
+
+std::vector<void*> table() { return std::vector<void*>(QXp_G_OverFuncs, QXp_G_OverFuncs + kQX_SlotCount); }
 
 /// True for the slots that the list gives a routine.
 bool has_routine(int slot) {
@@ -33,16 +22,12 @@ bool has_routine(int slot) {
     }
 }
 
-std::vector<void*> table() { return std::vector<void*>(QXp_G_OverFuncs, QXp_G_OverFuncs + kQX_SlotCount); }
-
 TEST(Slots, AreFilledAsTheListSays) {
-    for (const int bands : {1, 32}) {
-        for (const ProcessorLevel level : {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster}) {
-            const Born born(bands, level);
-            ASSERT_EQ(born.code(), 0);
-            for (int i = 0; i < kQX_SlotCount; ++i) {
-                EXPECT_EQ(QXp_G_OverFuncs[i] != nullptr, has_routine(i)) << "slot " << i << ", " << bands << " bands";
-            }
+    for (const auto& [bands, level] : each(std::array{1, 32}, kLevels)) {
+        const Born born(bands, level);
+        ASSERT_EQ(born.code(), 0);
+        for (int i = 0; i < kQX_SlotCount; ++i) {
+            EXPECT_EQ(QXp_G_OverFuncs[i] != nullptr, has_routine(i)) << "slot " << i << ", " << bands << " bands";
         }
     }
 }
@@ -92,21 +77,17 @@ TEST(Birth, AFailedStartLeaksNothing) {
     const Reports reports;
     const std::int64_t blocks = standalone::Memory().blocks_in_use;
     int failures = 0;
-    for (int nth = 1; nth <= 60; ++nth) {
-        for (const bool in_host : {true, false}) {
-            SCOPED_TRACE(testing::Message() << nth << (in_host ? " of the host" : " of the runtime"));
-            in_host ? standalone::FailAllocation(nth) : NewCounter::fail(nth);
-            {
-                standalone::SetBandCount(4);
-                const int code = QX_Birth();
-                standalone::FailAllocation(0);
-                NewCounter::fail(0);
-                EXPECT_TRUE(code == 0 || code == 4) << code;
-                failures += code == 4 ? 1 : 0;
-                QX_Death();
-            }
-            EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
-        }
+    for (const auto& [in_host, nth] : places(2, 60)) {
+        SCOPED_TRACE(testing::Message() << nth + 1 << (in_host != 0 ? " of the host" : " of the runtime"));
+        in_host != 0 ? standalone::FailAllocation(nth + 1) : NewCounter::fail(nth + 1);
+        standalone::SetBandCount(4);
+        const int code = QX_Birth();
+        standalone::FailAllocation(0);
+        NewCounter::fail(0);
+        EXPECT_TRUE(code == 0 || code == 4) << code;
+        failures += code == 4 ? 1 : 0;
+        QX_Death();
+        EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
     }
     standalone::SetBandCount(32);
     EXPECT_GE(failures, 10) << "three rows and seven buffers";

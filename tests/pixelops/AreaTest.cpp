@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Operations on whole areas: what they write, and above all what they leave.
-#include <climits>
-#include <cmath>
-
-#include "QX/pixelops/QX_Fill.h"
-#include "tests/support/TestHost.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using qx::test::Canvas;
-using qx::test::holds;
-using qx::test::World;
+using namespace qx::test;
 
 constexpr int kWidth = 7, kHeight = 5;
 constexpr M_LRect kWhole{0, 0, kWidth, kHeight};
@@ -25,14 +18,10 @@ constexpr M_LRect kRects[] = {{2, 1, 5, 3},   {0, 1, 7, 3},
 
 /// Runs body(canvas, rect) for every rectangle, depth and padding. A padding that aligns no row is among them.
 template <class Body> void on_every_canvas(const Body& body) {
-    for (const M_LRect& rect : kRects) {
-        for (const int depth : {8, 16, 32}) {
-            for (const int padding : {12, 5, 0}) {
-                SCOPED_TRACE(qx::test::name(rect));
-                Canvas canvas{depth, kWidth, kHeight, padding};
-                body(canvas, rect);
-            }
-        }
+    for (const auto& [rect, depth, padding] : each(kRects, kDepths, std::array{12, 5, 0})) {
+        SCOPED_TRACE(name(rect));
+        Canvas canvas{depth, kWidth, kHeight, padding};
+        body(canvas, rect);
     }
 }
 
@@ -57,7 +46,7 @@ TEST(Clear, TakesWhatItShouldAndLeavesTheRest) {
 }
 
 TEST(Clear, OnATightlyPackedReferenceCountsTheWholeWorldFromItsTop) {
-    for (const int depth : {8, 16, 32}) {
+    for (const int depth : kDepths) {
         Canvas canvas{depth, kWidth, kHeight, 0};
         const M_LRect rect{-1, 2, kWidth, 3};
         canvas.world->Clear(&rect);
@@ -85,24 +74,21 @@ TEST(Clear, EndsAtTheBlocksEndInAnOwningWorld) {
 }
 
 TEST(ClearAlphaExceptRect, MissesPixelsOnlyWhereItWouldWrite) {
-    qx::test::Reports reports;
-    const struct {
-        int width, height;
-        M_LRect rect;
-        int code;
-    } cases[] = {{4, 3, {0, 0, 4, 3}, 0},
-                 {4, 3, {-1, -1, 9, 9}, 0},
-                 {4, 3, {1, 1, 2, 2}, 3},
-                 {4, 3, {}, 3},
-                 {0, 0, {}, 0},
-                 {-2, -2, {1, 1, 0, 0}, 0},
-                 {0, 3, {}, 3}};
-    for (const auto& c : cases) {
+    Reports reports;
+    // Columns: size, rectangle, code
+    const std::tuple<int, int, M_LRect, int> cases[] = {{4, 3, {0, 0, 4, 3}, 0},
+                                                        {4, 3, {-1, -1, 9, 9}, 0},
+                                                        {4, 3, {1, 1, 2, 2}, 3},
+                                                        {4, 3, {}, 3},
+                                                        {0, 0, {}, 0},
+                                                        {-2, -2, {1, 1, 0, 0}, 0},
+                                                        {0, 3, {}, 3}};
+    for (const auto& [width, height, rect, code] : cases) {
         QX_LayerDef record{};
-        record.width = c.width, record.height = c.height;
+        record.width = width, record.height = height;
         reports.clear();
-        EXPECT_EQ(QX_ClearAlphaExceptRect(nullptr, &c.rect, &record), c.code) << qx::test::name(c.rect);
-        EXPECT_EQ(reports.last_text(), c.code == 0 ? "" : "bad parameter passed to effect callback");
+        EXPECT_EQ(QX_ClearAlphaExceptRect(nullptr, &rect, &record), code) << name(rect);
+        EXPECT_EQ(reports.last_text(), code == 0 ? "" : kBadParameter);
     }
     EXPECT_EQ(QX_ClearAlphaExceptRect(nullptr, &kWhole, nullptr), 3);
     EXPECT_EQ(reports.all().back().site, 0x250000 + 13);
@@ -138,7 +124,7 @@ TEST(Fill, EdgesInAnyOrderAreClippedAndPaddingStays) {
 }
 
 TEST(Fill, NullColourIsClearAndNegativeZeroIsNot) {
-    for (const int depth : {8, 16, 32}) {
+    for (const int depth : kDepths) {
         Canvas canvas{depth, kWidth, kHeight, 4};
         EXPECT_EQ(QX_Fill16(nullptr, nullptr, nullptr, canvas.world.get()), 0);
         canvas.expect([](int, int, int) { return 0; });
@@ -154,47 +140,33 @@ TEST(Fill, LargeAreasOfEveryPeriod) {
         const World w(QX_World::New(2901, 1500, 16, 0));  // past the caches, with rows of odd length
         w->Fill(colour, nullptr);
         std::int64_t wrong = 0;
-        for (int y = 0; y < w->height; ++y) {
-            const auto* row =
-                reinterpret_cast<const QX_Pixel16*>(static_cast<std::byte*>(w->data) + std::ptrdiff_t{y} * w->rowbytes);
-            for (int x = 0; x < w->width; ++x) wrong += std::memcmp(row + x, &colour, sizeof colour) != 0;
-        }
+        for (const auto& [x, y] : places(w->width, w->height))
+            wrong += pixel_of<QX_Pixel16>(*w, x, y) == colour ? 0 : 1;
         EXPECT_EQ(wrong, 0) << colour.red;
         EXPECT_FALSE(w->SubWorldSafetyGutterHasBeenOverWritten());
     }
 }
 
-/// Alpha of a pixel of a canvas as a number.
-double alpha_at(Canvas& canvas, int x, int y) {
-    const std::uint8_t* pixel = canvas.first() + y * canvas.rowbytes + x * canvas.pixel;
-    if (canvas.depth == 8) return *pixel;
-    std::uint16_t deep;
-    float real;
-    std::memcpy(&deep, pixel, sizeof deep);
-    std::memcpy(&real, pixel, sizeof real);
-    return canvas.depth == 16 ? static_cast<double>(deep) : double{real};
-}
-
 TEST(Alpha, FillsAndInvertsWhateverTheExtent) {
-    for (const int depth : {8, 16, 32}) {
+    for (const int depth : kDepths) {
         Canvas canvas{depth, kWidth, kHeight, 6};
         const double full = depth == 8 ? 255 : depth == 16 ? 32768 : 1;
         canvas.world->extent_hint = {0, 0, 1, 1};
-        const double before = alpha_at(canvas, 3, 2);
+        const double before = channel(*canvas.world, 3, 2, 0);
         canvas.world->InvertAlpha();
         const double inverted = depth == 32 ? double{1.0f - static_cast<float>(before)} : full - before;
-        EXPECT_EQ(alpha_at(canvas, 3, 2), inverted);
+        EXPECT_EQ(channel(*canvas.world, 3, 2, 0), inverted);
         canvas.world->InvertAlpha();
         if (depth != 32) canvas.expect([](int, int, int) { return -1; });  // twice gives all back
         canvas.world->FillAlpha();
-        for (int i = 0; i < kWidth * kHeight; ++i) EXPECT_EQ(alpha_at(canvas, i % kWidth, i / kWidth), full);
+        for (const auto& [x, y] : places(kWidth, kHeight)) EXPECT_EQ(channel(*canvas.world, x, y, 0), full);
         canvas.world->InvertAlpha();  // of full: zeroes, and colour and padding as they were
         canvas.expect([&](int, int, int byte) { return byte < canvas.pixel / 4 ? 0 : -1; });
     }
 }
 
 TEST(Swizzle, ReversesTheChannelsBitForBit) {
-    for (const int depth : {8, 16, 32}) {
+    for (const int depth : kDepths) {
         Canvas canvas{depth, 19, 3, 7};
         const auto before = canvas.memory;
         const int channel = canvas.pixel / 4;
@@ -206,13 +178,9 @@ TEST(Swizzle, ReversesTheChannelsBitForBit) {
         QX_IteratePixels(canvas.world.get());
         EXPECT_TRUE(canvas.memory == before) << depth;
     }
-    const World w(QX_World::New(1, 1, 32, 1));
-    const std::uint32_t signalling[4] = {0x7F800001, 0xFFA00002, 0x80000000, 1};
-    std::memcpy(w->data, signalling, 16);
-    w->Swizzle();
-    std::uint32_t got[4];
-    std::memcpy(got, w->data, 16);
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(got[i], signalling[3 - i]);
+    std::uint32_t signalling[4] = {0x7F800001, 0xFFA00002, 0x80000000, 1};
+    World(QX_World::NewReference(signalling, 1, 1, 32, 16))->Swizzle();
+    EXPECT_EQ(std::to_array(signalling), (std::array<std::uint32_t, 4>{1, 0x80000000, 0xFFA00002, 0x7F800001}));
 }
 
 }  // namespace

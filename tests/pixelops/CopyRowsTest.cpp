@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copies between depths: every pair clipped, then rows one by one: every value, the noise that is drawn and in which
 // order, overlaps and fields.
-#include <cmath>
-#include <cstring>
-
-#include "QX/pixelops/QX_Noise.h"
 #include "platform/M_Tables.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -26,38 +21,23 @@ double scaled(double v, int from, int to) {
 TEST(Copy, AllPairsClipped) {
     const M_LRect rects[] = {{0, 0, 23, 9}, {-3, 2, 11, 40}, {5, -4, 90, 6}, {30, 30, 40, 40}, {9, 9, 3, 3}};
     const M_LPoint places[] = {{0, 0}, {-4, 3}, {15, 5}, {100, 0}};
-    for (const int from : {8, 16, 32}) {
-        for (const int to : {8, 16, 32}) {
-            const World src = made(23, 9, from, 11);
-            for (const M_LRect& r : rects) {
-                for (const M_LPoint& p : places) {
-                    SCOPED_TRACE(testing::Message() << from << "->" << to << " rect " << r.left << "," << r.top
-                                                    << " at " << p.x << "," << p.y);
-                    const World dst = made(19, 12, to, 5), before = made(19, 12, to, 5);
-                    dst->CopyRectPossiblyDifferentBitdepth(src.get(), r, false, p.x, p.y, nullptr);
-                    for (int y = 0; y < 12; ++y) {
-                        for (int x = 0; x < 19; ++x) {
-                            const int sx = x - p.x + r.left, sy = y - p.y + r.top;
-                            const bool hit = sx >= std::max(r.left, 0) && sx < std::min(r.right, 23) &&
-                                             sy >= std::max(r.top, 0) && sy < std::min(r.bottom, 9);
-                            for (int c = 0; c < 4; ++c) {
-                                const double got = channel(*dst, x, y, c);
-                                if (!hit) {
-                                    ASSERT_EQ(got, channel(*before, x, y, c)) << x << "," << y;
-                                } else if (from == to) {
-                                    ASSERT_EQ(got, channel(*src, sx, sy, c)) << x << "," << y;
-                                } else {
-                                    double want = scaled(channel(*src, sx, sy, c), from, to);
-                                    const bool clamped = to != 32 && (c != 0 || to == 8);
-                                    if (from == 32 && !clamped && (want < 0 || want > 32768)) continue;  // alpha wraps
-                                    if (from == 32) want = std::min(std::max(want, 0.0), to == 8 ? 255.0 : 32768.0);
-                                    ASSERT_NEAR(got, want, to == 32 ? want * 2e-7 : 0.5 + 0.01)
-                                        << x << "," << y << " channel " << c;
-                                }
-                            }
-                        }
-                    }
-                }
+    for (const auto& [from, to, r, p] : each(kDepths, kDepths, rects, places)) {
+        SCOPED_TRACE(testing::Message() << from << "->" << to << " " << name(r) << " at " << p.x << "," << p.y);
+        const World src = made(23, 9, from, 11), dst = made(19, 12, to, 5), before = made(19, 12, to, 5);
+        dst->CopyRectPossiblyDifferentBitdepth(src.get(), r, false, p.x, p.y, nullptr);
+        for (const auto& [i, y] : qx::test::places(19 * 4, 12)) {
+            const int x = i / 4, c = i % 4, sx = x - p.x + r.left, sy = y - p.y + r.top;
+            const double got = channel(*dst, x, y, c);
+            if (!holds(r, sx, sy) || !holds({0, 0, 23, 9}, sx, sy)) {
+                ASSERT_EQ(got, channel(*before, x, y, c)) << x << "," << y;
+            } else if (from == to) {
+                ASSERT_EQ(got, channel(*src, sx, sy, c)) << x << "," << y;
+            } else {
+                double want = scaled(channel(*src, sx, sy, c), from, to);
+                const bool clamped = to != 32 && (c != 0 || to == 8);
+                if (from == 32 && !clamped && (want < 0 || want > 32768)) continue;  // alpha wraps
+                if (from == 32) want = std::min(std::max(want, 0.0), to == 8 ? 255.0 : 32768.0);
+                ASSERT_NEAR(got, want, to == 32 ? want * 2e-7 : 0.5 + 0.01) << x << "," << y << " channel " << c;
             }
         }
     }
@@ -65,40 +45,28 @@ TEST(Copy, AllPairsClipped) {
 
 TEST(Copy, IntegerStepsAreTheExactQuotients) {
     const World narrow = make(256, 1, 8), wide = make(256, 1, 16), back = make(256, 1, 8);
-    for (int v = 0; v < 256; ++v) std::memset(static_cast<std::byte*>(narrow->data) + 4 * v, v, 4);
-    wide->CopyRectPossiblyDifferentBitdepth(narrow.get(), {0, 0, 256, 1}, false, 0, 0, nullptr);
-    back->CopyRectPossiblyDifferentBitdepth(wide.get(), {0, 0, 256, 1}, false, 0, 0, nullptr);
-    for (int v = 0; v < 256; ++v) {
-        ASSERT_EQ(channel(*wide, v, 0, v & 3), (v * 32768 + 128) / 255);
-        ASSERT_EQ(channel(*back, v, 0, v & 3), v);
-    }
+    set_channels<std::uint8_t>(*narrow, [](int i, int) { return i / 4; });
+    convert(*wide, *narrow);
+    convert(*back, *wide);
+    expect_channels<std::uint16_t>(*wide, [](int i, int) { return (i / 4 * 32768 + 128) / 255; });
+    expect_channels<std::uint8_t>(*back, [](int i, int) { return i / 4; });
 }
 
 TEST(Copy, FloatTo8RoundsByAlignment) {
     alignas(16) QX_PixelFloat pixels[3] = {{}, {0.5f / 255, 1.5f / 255, 2.5f / 255, NAN}, {2.0f, -1.0f, 3e9f, 1.0f}};
     QX_Pixel8 out[2];
     const World dst(QX_World::NewReference(out, 2, 1, 8, 8));
-    const auto convert = [&](const void* data) {
-        const World src(QX_World::NewReference(const_cast<void*>(data), 2, 1, 32, 32));
-        dst->CopyRectPossiblyDifferentBitdepth(src.get(), {0, 0, 2, 1}, false, 0, 0, nullptr);
+    const auto expect = [&](void* data, const QX_Pixel8& first, const QX_Pixel8& second) {
+        const World src(QX_World::NewReference(data, 2, 1, 32, 32));
+        convert(*dst, *src);
+        EXPECT_EQ(out[0], first);
+        EXPECT_EQ(out[1], second);
     };
-    convert(pixels + 1);  // nearest even, all clamped
-    EXPECT_EQ(out[0].alpha, 0);
-    EXPECT_EQ(out[0].red, 2);
-    EXPECT_EQ(out[0].green, 2);
-    EXPECT_EQ(out[0].blue, 0);
-    EXPECT_EQ(out[1].alpha, 255);
-    EXPECT_EQ(out[1].red, 0);
-    EXPECT_EQ(out[1].green, 255);
+    expect(pixels + 1, {0, 2, 2, 0}, {255, 0, 255, 255});  // nearest even, all clamped
     alignas(16) std::byte moved[48];
+    pixels[1].blue = 0.25f;
     std::memcpy(moved + 4, pixels + 1, 32);
-    convert(moved + 4);  // half up, alpha 510 keeps its low bits
-    EXPECT_EQ(out[0].alpha, 1);
-    EXPECT_EQ(out[0].red, 2);
-    EXPECT_EQ(out[0].green, 3);
-    EXPECT_EQ(out[1].alpha, 254);
-    EXPECT_EQ(out[1].red, 0);
-    EXPECT_EQ(out[1].green, 255);
+    expect(moved + 4, {1, 2, 3, 64}, {254, 0, 255, 255});  // half up, alpha 510 keeps its low bits
 }
 
 TEST(Copy, PollsEvery64RowsAndThrowsTheAnswer) {
@@ -118,23 +86,16 @@ constexpr int kColumns = 16385;  // two rows hold the values 0..32768, and one m
 TEST(CopyRows, All16BitValuesGoToTheNearest8BitOneAndBackFromFloat) {
     const World deep = make(kColumns, 2, 16), narrow = make(kColumns, 2, 8), real = make(kColumns, 2, 32),
                 back = make(kColumns, 2, 16);
-    for (int i = 0; i < 2 * kColumns; ++i) {
-        for (int c = 0; c < 4; ++c) {
-            row<std::uint16_t>(*deep, i / kColumns)[4 * (i % kColumns) + c] =
-                static_cast<std::uint16_t>((i + c * 5000) % 32769);
-        }
-    }
+    set_channels<std::uint16_t>(*deep, [](int i, int y) { return (y * kColumns + i / 4 + i % 4 * 5000) % 32769; });
     convert(*narrow, *deep);
     convert(*real, *deep);
     convert(*back, *real);
-    for (int y = 0; y < 2; ++y) {
-        for (int i = 0; i < 4 * kColumns; ++i) {
-            const int v = row<std::uint16_t>(*deep, y)[i];
-            const int error = row<std::uint8_t>(*narrow, y)[i] * 32768 - v * 255;  // at most half a step; halves go up
-            ASSERT_TRUE(error > -16384 && error <= 16384) << v;
-            ASSERT_EQ(double{row<float>(*real, y)[i]}, v / 32768.0);
-            ASSERT_EQ(row<std::uint16_t>(*back, y)[i], v);
-        }
+    for (const auto& [i, y] : places(4 * kColumns, 2)) {
+        const int v = row<std::uint16_t>(*deep, y)[i];
+        const int error = row<std::uint8_t>(*narrow, y)[i] * 32768 - v * 255;  // at most half a step; halves go up
+        ASSERT_TRUE(error > -16384 && error <= 16384) << v;
+        ASSERT_EQ(double{row<float>(*real, y)[i]}, v / 32768.0);
+        ASSERT_EQ(row<std::uint16_t>(*back, y)[i], v);
     }
 }
 
@@ -149,17 +110,16 @@ TEST(CopyRows, FloatTo16KeepsLowBitsOfAlphaAndClampsColour) {
         {1.0f / 65536, 1, 1}};
     const World real = make(1, 1, 32), deep = make(1, 1, 16);
     for (const auto& c : cases) {
-        for (int i = 0; i < 4; ++i) row<float>(*real, 0)[i] = c.from;
+        SCOPED_TRACE(c.from);
+        set_channels<float>(*real, [&](int, int) { return c.from; });
         convert(*deep, *real, true);  // no noise in this pair
-        const auto* got = row<std::uint16_t>(*deep, 0);
-        EXPECT_EQ(got[0], c.alpha) << c.from;
-        for (int i = 1; i < 4; ++i) EXPECT_EQ(got[i], c.colour) << c.from;
+        expect_channels<std::uint16_t>(*deep, [&](int i, int) { return i == 0 ? c.alpha : c.colour; });
     }
 }
 
 TEST(CopyRows, RowsFrom8BitsTakeTheFloatFactor) {
     const World narrow = make(256, 1, 8), real = make(256, 1, 32);
-    for (int i = 0; i < 1024; ++i) row<std::uint8_t>(*narrow, 0)[i] = static_cast<std::uint8_t>(i / 4);
+    set_channels<std::uint8_t>(*narrow, [](int i, int) { return i / 4; });
     convert(*real, *narrow);
     int differ = 0;
     for (int i = 0; i < 1024; ++i) {
@@ -176,7 +136,7 @@ TEST(CopyRows, WithoutTheVectorUnitEveryFloatRowTruncates) {
     std::memcpy(real->data, pixels, sizeof pixels);
     const auto expect = [&](const std::uint8_t(&want)[8]) {
         convert(*narrow, *real);
-        for (int i = 0; i < 8; ++i) EXPECT_EQ(row<std::uint8_t>(*narrow, 0)[i], want[i]) << i;
+        expect_channels<std::uint8_t>(*narrow, [&](int i, int) { return want[i]; });
     };
     standalone::SetProcessorLevel(standalone::ProcessorLevel::plain);
     expect({254, 3, 1, 0, 1, 2, 255, 255});
@@ -204,19 +164,11 @@ private:
 
 TEST(Dither, From16BitsDrawsInMemoryOrderThroughTheWholeTable) {
     const World deep = make(20000, 3, 16), narrow = make(20000, 3, 8);
-    for (int y = 0; y < 3; ++y) {
-        for (int i = 0; i < 80000; ++i) {
-            row<std::uint16_t>(*deep, y)[i] = static_cast<std::uint16_t>((i * 7919 + y) % 32769);
-        }
-    }
+    set_channels<std::uint16_t>(*deep, [](int i, int y) { return (i * 7919 + y) % 32769; });
     Noise noise;
     convert(*narrow, *deep, true);
-    for (int y = 0; y < 3; ++y) {
-        for (int i = 0; i < 80000; ++i) {
-            const std::uint32_t v = row<std::uint16_t>(*deep, y)[i];
-            ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i], (v * 255 + noise.next() % 32768) / 32768) << y << " " << i;
-        }
-    }
+    expect_channels<std::uint8_t>(
+        *narrow, [&](int i, int y) { return (row<std::uint16_t>(*deep, y)[i] * 255u + noise.next() % 32768) / 32768; });
 }
 
 /// One channel with its noise: half a step to either side, clamped.
@@ -227,20 +179,15 @@ int dithered(float c, std::uint32_t noise) {
 
 TEST(Dither, FromFloatDrawsAlphaRedBlueGreen) {
     const World real = make(3000, 2, 32), narrow = make(3000, 2, 8);
-    for (int y = 0; y < 2; ++y) {
-        for (int i = 0; i < 12000; ++i) {
-            row<float>(*real, y)[i] =
-                i < 80 ? (i / 4 % 2 == 0 ? 1e9f : -1e9f) : static_cast<float>(i % 701) / 600.0f - 0.05f;
-        }
-    }
+    set_channels<float>(*real, [](int i, int) {
+        return i < 80 ? (i / 4 % 2 == 0 ? 1e9f : -1e9f) : static_cast<float>(i % 701) / 600.0f - 0.05f;
+    });
     Noise noise;
     convert(*narrow, *real, true);
-    for (int y = 0; y < 2; ++y) {
-        for (int i = 0; i < 12000; i += 4) {
-            for (const int c : {0, 1, 3, 2}) {
-                ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i + c], dithered(row<float>(*real, y)[i + c], noise.next()))
-                    << "row " << y << " channel " << i + c;
-            }
+    for (const auto& [x, y] : places(3000, 2)) {
+        for (const int i : {4 * x, 4 * x + 1, 4 * x + 3, 4 * x + 2}) {
+            ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i], dithered(row<float>(*real, y)[i], noise.next()))
+                << "row " << y << " channel " << i;
         }
     }
 }
@@ -251,26 +198,22 @@ TEST(Dither, ASkippedRowDrawsNone) {
         deep->Fill(QX_Pixel16{16001, 8000, 24001, 31}, nullptr);
         Noise noise;
         narrow->CopyRectPossiblyDifferentBitdepthWithField(deep.get(), {0, 0, 5, 6}, field);
-        for (int y = 0; y < 6; ++y) {
-            for (int i = 0; i < 20; ++i) {
-                const bool copied = y % 2 == field - 1;
-                const std::uint32_t v = row<std::uint16_t>(*deep, y)[i];
-                ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i], copied ? (v * 255 + (noise.next() & 0x7FFF)) >> 15 : 0);
-            }
-        }
+        expect_channels<std::uint8_t>(*narrow, [&](int i, int y) {
+            const std::uint32_t v = row<std::uint16_t>(*deep, y)[i];
+            return y % 2 == field - 1 ? (v * 255 + (noise.next() & 0x7FFF)) >> 15 : 0;
+        });
     }
 }
 
 TEST(Fields, OneIsEvenTwoIsOddOthersAll) {
-    for (const int width : {8, 7}) {  // tightly packed, and with padding
-        for (const int field : {-1, 0, 1, 2, 3}) {
-            const World from = make(width, 5, 8), to = make(width, 5, 8);
-            from->FillAlpha();
-            to->CopyRectPossiblyDifferentBitdepthWithField(from.get(), {0, 0, width, 5}, field);
-            for (int y = 0; y < 5; ++y) {
-                const bool copied = field == 1 ? y % 2 == 0 : field == 2 ? y % 2 == 1 : true;
-                EXPECT_EQ(row<std::uint8_t>(*to, y)[4 * width - 4], copied ? 255 : 0) << field << " row " << y;
-            }
+    // Tightly packed, and with padding.
+    for (const auto& [width, field] : each(std::array{8, 7}, std::array{-1, 0, 1, 2, 3})) {
+        const World from = make(width, 5, 8), to = make(width, 5, 8);
+        from->FillAlpha();
+        to->CopyRectPossiblyDifferentBitdepthWithField(from.get(), {0, 0, width, 5}, field);
+        for (int y = 0; y < 5; ++y) {
+            const bool copied = field == 1 ? y % 2 == 0 : field == 2 ? y % 2 == 1 : true;
+            EXPECT_EQ(row<std::uint8_t>(*to, y)[4 * width - 4], copied ? 255 : 0) << field << " row " << y;
         }
     }
 }
@@ -278,9 +221,7 @@ TEST(Fields, OneIsEvenTwoIsOddOthersAll) {
 /// Rows of pixels that name their place.
 World numbered(int width, int height) {
     World w = make(width, height, 32);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) row<float>(*w, y)[4 * x] = static_cast<float>(100 * y + x);
-    }
+    set_channels<float>(*w, [](int i, int y) { return 100 * y + i / 4; });
     return w;
 }
 
@@ -293,17 +234,15 @@ TEST(Overlap, WithinARowNothingIsLostAndRowsGoFromTheTop) {
         const World w = numbered(9, 3);
         w->CopyRect(w.get(), c.rect, c.x, c.y);
         const int dx = c.x - c.rect.left, dy = c.y - c.rect.top;
-        for (int y = 0; y < 3; ++y) {
-            for (int x = 0; x < 9; ++x) {
-                int from_x = x, from_y = y;
-                // Towards the bottom a row is taken that has been written before: it comes from further up.
-                while (holds(c.rect, from_x - dx, from_y - dy)) {
-                    from_x -= dx, from_y -= dy;
-                    if (dy <= 0) break;
-                }
-                EXPECT_EQ(row<float>(*w, y)[4 * x], static_cast<float>(100 * from_y + from_x)) << x << "," << y;
+        expect_channels<float>(*w, [&](int i, int y) {
+            int from_x = i / 4, from_y = y;
+            // Towards the bottom a row is taken that has been written before: it comes from further up.
+            while (holds(c.rect, from_x - dx, from_y - dy)) {
+                from_x -= dx, from_y -= dy;
+                if (dy <= 0) break;
             }
-        }
+            return static_cast<float>(100 * from_y + from_x);
+        });
     }
 }
 

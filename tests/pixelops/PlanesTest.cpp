@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Planes out of worlds and back, single channels of interleaved samples, and where pixels lie.
-#include <gtest/gtest.h>
-
-#include "QX/pixelops/QX_ImagePlanes.h"
-#include "QX/world/QX_PixelData.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 namespace {
@@ -18,19 +13,17 @@ TEST(Planes, EveryMaskThereAndBack) {
         TK_Handle handle = nullptr;
         std::int32_t rowbytes = -1;
         ASSERT_EQ(QX_ExtractPlanes(nullptr, from.world.get(), mask, &handle, &rowbytes), 0);
-        std::vector<int> places;
+        std::vector<int> planes;
         for (int c = 0; c < 4; ++c) {
-            if (mask >> c & 1) places.push_back(c);
+            if (mask >> c & 1) planes.push_back(c);
         }
-        const int n = static_cast<int>(places.size());
+        const int n = static_cast<int>(planes.size());
         ASSERT_EQ(rowbytes, (n * 21 + 3) / 2 * 2);
         ASSERT_EQ(TK_GetHandleSize(handle), static_cast<std::size_t>(5 * rowbytes));
         const auto* bytes = static_cast<const std::uint8_t*>(*handle);
-        for (int y = 0; y < 5; ++y) {
-            for (int i = 0; i < 13 * n; ++i) {
-                ASSERT_EQ(bytes[y * rowbytes + i],
-                          from.first()[y * from.rowbytes + 4 * (i / n) + places[static_cast<std::size_t>(i % n)]]);
-            }
+        for (const auto& [i, y] : places(13 * n, 5)) {
+            ASSERT_EQ(bytes[y * rowbytes + i],
+                      from.first()[y * from.rowbytes + 4 * (i / n) + planes[static_cast<std::size_t>(i % n)]]);
         }
         ASSERT_EQ(QX_InsertPlanes(nullptr, handle, rowbytes, mask, to.world.get()), 0);
         to.expect([&](int x, int y, int byte) {
@@ -52,15 +45,13 @@ TEST(Planes, RefusalsAndShortMemory) {
     const auto insert = [](TK_Handle from, std::uint32_t mask, QX_LayerDef* w) {
         return [=] { return QX_InsertPlanes(nullptr, from, 8, mask, w); };
     };
+    QX_LayerDef* const w = world.get();
     expect_refused({{extract(nullptr, 1, &handle, &row), kBadParameter, 3, 0x250004},
-                    {extract(&bad.empty, 1, &handle, &row), kBadParameter},
-                    {extract(world.get(), 16, &handle, &row), kBadParameter},
-                    {extract(world.get(), 1, nullptr, &row), kBadParameter},
-                    {extract(world.get(), 1, &handle, nullptr), kBadParameter},
-                    {insert(nullptr, 1, world.get()), kBadParameter, 3, 0x250005},
-                    {insert(&block, ~0u, world.get()), kBadParameter},
-                    {insert(&block, 1, &bad.empty), kBadParameter},
+                    {insert(nullptr, 1, w), kBadParameter, 3, 0x250005},
                     {extract(&bad.gpu, 1, &handle, &row), kOnGpu}});
+    expect_refused(kBadParameter,
+                   {extract(&bad.empty, 1, &handle, &row), extract(w, 16, &handle, &row), extract(w, 1, nullptr, &row),
+                    extract(w, 1, &handle, nullptr), insert(&block, ~0u, w), insert(&block, 1, &bad.empty)});
     standalone::FailAllocation(1);
     expect_refused({{extract(world.get(), 1, &handle, &row), "out of memory: image plane buffer", 4}});
     standalone::FailAllocation(0);
@@ -78,17 +69,13 @@ template <class T> void expect_interleave() {
         for (std::size_t k = 0; k < a.size(); ++k) a[k] = static_cast<T>(k * 7 % 251), got[k] = static_cast<T>(k % 13);
         std::vector<T> want = got;
         const auto at = [](int n) { return static_cast<std::size_t>(n); };
-        for (int y = 0; y < size.y; ++y) {
-            for (int x = 0; x < size.x; ++x) {
-                want[at((to.y + y) * narrow + to.x + x)] = a[at((from.y + y) * wide + (from.x + x) * step)];
-            }
+        for (const auto& [x, y] : places(size.x, size.y)) {
+            want[at((to.y + y) * narrow + to.x + x)] = a[at((from.y + y) * wide + (from.x + x) * step)];
         }
         QX_Deinterleave1<T>(a.data(), step, wide, narrow, size, from, to, got.data());
         ASSERT_EQ(got, want) << "case " << i;
-        for (int y = 0; y < size.y; ++y) {
-            for (int x = 0; x < size.x; ++x) {
-                want[at((to.y + y) * wide + 4 * (to.x + x))] = a[at((from.y + y) * narrow + from.x + x)];
-            }
+        for (const auto& [x, y] : places(size.x, size.y)) {
+            want[at((to.y + y) * wide + 4 * (to.x + x))] = a[at((from.y + y) * narrow + from.x + x)];
         }
         QX_Interleave1to4<T>(a.data(), narrow, wide, size, from, to, got.data());
         ASSERT_EQ(got, want) << "case " << i;
@@ -104,7 +91,7 @@ TEST(PixelData, AnswersForItsDepthAlone) {
     BadWorlds bad;
     int depth = 8, other = 0;
     for (const auto getter : getters) {
-        for (const int of_world : {8, 16, 32}) {
+        for (const int of_world : kDepths) {
             const World world(QX_World::New(2, 2, static_cast<short>(of_world), 1));
             void *own = &other, *given = &other;
             EXPECT_EQ(getter(world.get(), nullptr, &own), 0);
@@ -114,7 +101,7 @@ TEST(PixelData, AnswersForItsDepthAlone) {
         }
         void* out = &other;
         EXPECT_EQ(getter(&bad.gpu, nullptr, &out), 3);
-        EXPECT_EQ(reports.last_text(), "gpu effect world is not supported yet.");
+        EXPECT_EQ(reports.last_text(), kOnGpu);
         EXPECT_EQ(out, &other);
         EXPECT_EQ(getter(nullptr, nullptr, &out), 516);
         EXPECT_EQ(out, nullptr);
@@ -127,27 +114,21 @@ TEST(PixelData, AnswersForItsDepthAlone) {
 TEST(PixelData, OfFramesOnAGpu) {
     Reports reports;
     using tesselmediatypes::PixelFormat;
-    struct Case {
-        PixelFormat format;
-        int code;
-        bool found;
-        const char* text;
-    };
-    const Case cases[] = {
+    // Columns: code, whether pixels are found, report
+    const std::tuple<PixelFormat, int, bool, const char*> cases[] = {
         {GK::kPixelFormat_GPU_BGRA_4444_32f, 0, true, ""},
         {GK::kPixelFormat_GPU_BGRA_4444_16f, 0, false,
          "unsupported gpu pixel format passed to QX_GetPixelDataFloatGPU"},
         {tesselmediatypes::kPixelFormat_ARGB_4444_32f, 516, false, "bad parameter passed to QX_GetPixelDataFloatGPU"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [format, code, found, text] : cases) {
         reports.clear();
         QX_LayerDef world{};
-        world.platform_ref = standalone::NewFakeFrame(c.format);
+        world.platform_ref = standalone::NewFakeFrame(format);
         void* out = &world;
-        EXPECT_EQ(QX_GetPixelDataFloatGPU(&world, &out), c.code);
-        EXPECT_EQ(out != nullptr, c.found);
-        EXPECT_NE(out, &world);
-        EXPECT_EQ(reports.last_text(), c.text);
+        EXPECT_EQ(QX_GetPixelDataFloatGPU(&world, &out), code);
+        EXPECT_TRUE((out != nullptr) == found && out != &world);
+        EXPECT_EQ(reports.last_text(), text);
         FK::DisposeVPixFromVideoFrame(world.platform_ref);
         EXPECT_EQ(QX_GetPixelDataFloatGPU(&world, &out), 516) << "the frame is gone";
     }

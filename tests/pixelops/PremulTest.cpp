@@ -1,54 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Premultiply and mattes of worlds: every pair of colour and alpha at 8 bits against exact quotients, the rest against
 // formulas of their own.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-
-#include "QX/indep/QX_Slots.h"
-#include "QX/pixelops/QX_Premul.h"
-#include "QX/suites/QX_CallbackBlock.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/DepthModel.h"
+#include "tests/support/Test.h"
 
 namespace qx::test {
 namespace {
 
-/// Nearest integer to n / d, halves up.
-std::int64_t nearest(std::int64_t n, std::int64_t d) {
-    const std::int64_t t = 2 * n + d, q = t / (2 * d);
-    return t % (2 * d) < 0 ? q - 1 : q;
-}
-
-/// The formulas of a depth on one channel, in integers wider than those of the library, or in float.
+/// The formulas on one channel.
 template <class Pixel> struct Law {
-    static constexpr std::int64_t full = DepthOf<Pixel>::full;
-    static std::int64_t times(std::int64_t c, std::int64_t a) {
-        if (full == 255 && c >= 0) return nearest(c * a, 255);
-        const auto t = static_cast<double>(c * a + 128);  // below zero the fold is not quite the nearest number
-        if (full == 255) return static_cast<std::int64_t>(std::floor((t + std::floor(t / 256)) / 256));
-        return static_cast<std::int64_t>(std::floor(static_cast<double>(c * a + 16383) / 32768));
-    }
-    static std::int64_t over(std::int64_t c, std::int64_t a) {
-        return c >= a ? full : std::min(full, (c * full + a / 2) / a);
-    }
-    static std::int64_t black(bool forward, std::int64_t c, std::int64_t a) {
-        return forward ? times(c, a) : over(c, a);
-    }
-    static std::int64_t matte(bool forward, std::int64_t c, std::int64_t m, std::int64_t a) {
-        if (a == full || (!forward && a == 0)) return c;
-        if (forward) return m + times(c - m, a);
-        return over(std::max<std::int64_t>(c - times(m, full - a), 0), a);
-    }
-};
-template <> struct Law<QX_PixelFloat> {
-    static float over(float c, float a) { return std::fpclassify(a) == FP_NORMAL ? c / a : 1.0f; }
-    static float black(bool forward, float c, float a) { return forward ? c * a : over(c, a); }
-    static float matte(bool forward, float c, float m, float a) {
-        if (a >= 1 || (!forward && a == 0)) return c;
-        return forward ? m + (c - m) * a : over(std::max(c - m * (1 - a), 0.0f), a);
+    using K = model::DepthModel<Pixel>;
+    using N = typename K::N;
+    static N black(bool forward, N c, N a) { return forward ? K::mul(c, a) : K::div(c, a); }
+    static N matte(bool forward, N c, N m, N a) {
+        if (a >= K::full || (!forward && a == 0)) return c;
+        return forward ? m + K::mul(c - m, a) : K::div(std::max<N>(c - K::mul(m, K::full - a), 0), a);
     }
 };
 
@@ -67,7 +33,7 @@ template <class Pixel> World picture() {
     return world;
 }
 
-template <class Pixel> World copy_of(QX_World& world) {
+World copy_of(QX_World& world) {
     World copy(QX_World::NewMatchingWorld(&world, 0));
     copy->CopyWorld(&world);
     return copy;
@@ -76,44 +42,37 @@ template <class Pixel> World copy_of(QX_World& world) {
 /// Inside `r`, `got` is what f(channel, alpha, place of the colour) makes of `from`; outside it is `outside`.
 template <class Pixel, class F>
 void expect_made(const QX_World& got, const QX_World& from, const QX_World& outside, const M_LRect& r, const F& f) {
-    const auto pixel = [](const QX_World& w, int x, int y) {
-        return static_cast<const QX_WorldX<Pixel>&>(w).Row(y)[x];
-    };
-    for (int y = 0; y < 256; ++y) {
-        for (int x = 0; x < 256; ++x) {
-            const Pixel g = pixel(got, x, y), p = pixel(from, x, y);
-            Pixel want = pixel(outside, x, y);
-            if (holds(r, x, y)) {
-                using C = QX_ChannelOf<Pixel>;
-                want = {p.alpha, static_cast<C>(f(p.red, p.alpha, &Pixel::red)),
-                        static_cast<C>(f(p.green, p.alpha, &Pixel::green)),
-                        static_cast<C>(f(p.blue, p.alpha, &Pixel::blue))};
+    for (const auto& [x, y] : places(256, 256)) {
+        const Pixel g = pixel_of<Pixel>(got, x, y), p = pixel_of<Pixel>(from, x, y);
+        Pixel want = pixel_of<Pixel>(outside, x, y);
+        if (holds(r, x, y)) {
+            want.alpha = p.alpha;
+            for (const auto c : {&Pixel::red, &Pixel::green, &Pixel::blue}) {
+                want.*c = static_cast<QX_ChannelOf<Pixel>>(f(p.*c, p.alpha, c));
             }
-            ASSERT_TRUE(g.alpha == want.alpha && g.red == want.red && g.green == want.green && g.blue == want.blue)
-                << "at " << x << "," << y << " alpha " << +p.alpha << " red " << +p.red << " gives " << +g.red
-                << ", not " << +want.red;
         }
+        ASSERT_TRUE(g.alpha == want.alpha && g.red == want.red && g.green == want.green && g.blue == want.blue)
+            << "at " << x << "," << y << ": " << p << " gives " << g << ", not " << want;
     }
 }
 
 const M_LRect kRects[] = {{0, 0, 256, 256}, {-5, 17, 131, 300}, {40, 3, 41, 9}, {9, 9, 3, 20}};
 
 template <class Pixel> class Premul : public testing::Test {};
-using PremulDepths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(Premul, PremulDepths);
+TYPED_TEST_SUITE(Premul, AllDepths);
 
 TYPED_TEST(Premul, BlackIsTheLawInTheRectangle) {
     for (const int bands : {1, 7}) {
         const Born born(bands);
         const World from = picture<TypeParam>();
-        for (const bool forward : {true, false}) {
-            for (const M_LRect& r : kRects) {
-                SCOPED_TRACE(name(r) + (forward ? " forward" : " reverse"));
-                const World got = copy_of<TypeParam>(*from);
-                ASSERT_EQ(QX_PremulRect(nullptr, forward, &r, got.get()), 0);
-                expect_made<TypeParam>(*got, *from, *from, r,
-                                       [&](auto c, auto a, auto) { return Law<TypeParam>::black(forward, c, a); });
-            }
+        for (int i = 0; i < 8; ++i) {
+            const M_LRect& r = kRects[i / 2];
+            const bool forward = i % 2 == 0;
+            SCOPED_TRACE(name(r) + (forward ? " forward" : " reverse"));
+            const World got = copy_of(*from);
+            ASSERT_EQ(QX_PremulRect(nullptr, forward, &r, got.get()), 0);
+            expect_made<TypeParam>(*got, *from, *from, r,
+                                   [&](auto c, auto a, auto) { return Law<TypeParam>::black(forward, c, a); });
         }
     }
 }
@@ -134,24 +93,22 @@ TYPED_TEST(Premul, ColourIsTheLawInTheRectangle) {
         Pixel colour = at_depth[way > 0];
         if (way == 1 && DepthOf<Pixel>::number == 16) colour.blue = static_cast<QX_ChannelOf<Pixel>>(16448);
         if (way == 1 && DepthOf<Pixel>::number == 32) colour.blue = static_cast<QX_ChannelOf<Pixel>>(half8);
-        for (const bool forward : {true, false}) {
-            for (const bool in_place : {true, false}) {
-                SCOPED_TRACE(testing::Message() << "way " << way << (forward ? " forward" : " reverse"));
-                const World got = copy_of<Pixel>(*from);
-                got->Fill(QX_Pixel16{1, 2, 3, 4}, nullptr);
-                if (in_place) got->CopyWorld(from.get());
-                const World before = copy_of<Pixel>(*got);
-                QX_World* src = in_place ? got.get() : from.get();
-                const M_LRect& r = kRects[way];
-                const int code =
-                    way < 2    ? QX_PremulColorRect(nullptr, src, way == 0 ? nullptr : &as8, forward, &r, got.get())
-                    : way == 2 ? QX_PremulColorRect16(nullptr, src, &as16, forward, &r, got.get())
-                               : QX_PremulColorRectFloat(nullptr, src, &as_float, forward, &r, got.get());
-                ASSERT_EQ(code, 0);
-                expect_made<Pixel>(*got, *from, *before, r, [&](auto c, auto a, auto place) {
-                    return Law<Pixel>::matte(forward, c, colour.*place, a);
-                });
-            }
+        for (int i = 0; i < 4; ++i) {
+            const bool forward = i % 2 == 0, in_place = i < 2;
+            SCOPED_TRACE(testing::Message() << "way " << way << (forward ? " forward" : " reverse"));
+            const World got = copy_of(*from);
+            if (!in_place) got->Fill(QX_Pixel16{1, 2, 3, 4}, nullptr);
+            const World before = copy_of(*got);
+            QX_World* src = in_place ? got.get() : from.get();
+            const M_LRect& r = kRects[way];
+            const int code = way < 2
+                                 ? QX_PremulColorRect(nullptr, src, way == 0 ? nullptr : &as8, forward, &r, got.get())
+                             : way == 2 ? QX_PremulColorRect16(nullptr, src, &as16, forward, &r, got.get())
+                                        : QX_PremulColorRectFloat(nullptr, src, &as_float, forward, &r, got.get());
+            ASSERT_EQ(code, 0);
+            expect_made<Pixel>(*got, *from, *before, r, [&](auto c, auto a, auto place) {
+                return Law<Pixel>::matte(forward, c, colour.*place, a);
+            });
         }
     }
 }
@@ -164,7 +121,7 @@ TYPED_TEST(Premul, WorldClassesCallThem) {
     const QX_Pixel16 colour{0, 32768, 0, 0};
     const Pixel m{0, static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::full), 0, 0};
     for (int i = 0; i < 4; ++i) {
-        const World got = copy_of<Pixel>(*from);
+        const World got = copy_of(*from);
         const bool forward = i % 2 == 0;
         const int code = code_of([&] {
             if (i < 2) return forward ? got->Premultiply() : got->Unmultiply();
@@ -194,8 +151,8 @@ TEST(PremulRows, OldRowRoutines) {
             ASSERT_EQ(got[i].blue, law(all[i].blue, all[i].alpha)) << i;
         }
     };
-    const auto forward = [](int c, int a) { return Law<QX_Pixel8>::times(c, a); };
-    const auto reverse = [](int c, int a) { return Law<QX_Pixel8>::over(c, a); };
+    const auto forward = [](int c, int a) { return model::Eight::mul(c, a); };
+    const auto reverse = [](int c, int a) { return model::Eight::div(c, a); };
     expect(QX_BlackMatte(nullptr, 65536, all, got.data()), forward);
     expect(QX_DeBlackMatte(nullptr, 65536, all, got.data()), reverse);
     std::copy_n(all, 65536, got.data());
@@ -207,11 +164,10 @@ TEST(PremulRows, OldRowRoutines) {
 TEST(PremulRows, MattesMoveFromBlackToColourAndBack) {
     const Born born(7);
     const QX_Pixel8 colour{77, 200, 0, 31};
-    const World from = picture<QX_Pixel8>(), got = copy_of<QX_Pixel8>(*from);
+    const World from = picture<QX_Pixel8>(), got = copy_of(*from);
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, false), 0);
-    expect_made<QX_Pixel8>(*got, *from, *from, kRects[0], [&](int c, int a, auto place) {
-        return c - nearest(std::int64_t{colour.*place} * (255 - a), 255);
-    });
+    expect_made<QX_Pixel8>(*got, *from, *from, kRects[0],
+                           [&](int c, int a, auto place) { return c - model::Eight::mul(colour.*place, 255 - a); });
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, true), 0);
     const QX_Pixel8 black{255, 0, 0, 0};
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &black, true), 0);
@@ -236,7 +192,7 @@ TEST(PremulCalls, AbortStopsRows) {
             };
             EXPECT_EQ(run(bands == 1 ? 40 : 3), 517);
             for (int y = 0; bands == 1 && y < 100; ++y) {
-                const QX_Pixel8& p = static_cast<QX_WorldX<QX_Pixel8>&>(*world).Row(y)[7];
+                const QX_Pixel8& p = pixel_of<QX_Pixel8>(*world, 7, y);
                 ASSERT_EQ(p.red, y < 40 ? 0 : 255) << y;
             }
             EXPECT_EQ(run(1000), 0);
@@ -251,37 +207,28 @@ TEST(PremulCalls, RefusalsAndTheirTexts) {
     const World w8 = make(4, 4, 8), w16 = make(4, 4, 16);
     BadWorlds bad;
     const QX_Pixel8 c8{0, 1, 1, 1};
-    const auto premul = [](QX_LayerDef* w) { return [=] { return QX_PremulRect(nullptr, true, nullptr, w); }; };
-    const auto to_colour = [&](QX_LayerDef* w) {
-        return [&c8, w] { return QX_MatteBlackToMatteColorARGB(w, &c8, true); };
-    };
     using Layer = QX_LayerDef;
-    const auto matte = [](Layer* s, Layer* d) { return [=] { return QX_PremulColor(nullptr, s, nullptr, true, d); }; };
-    const auto matte16 = [](Layer* s, Layer* d) {
-        return [=] { return QX_PremulColor16(nullptr, s, nullptr, true, d); };
+    const auto premul = [](Layer* w) { return [=] { return QX_PremulRect(nullptr, true, nullptr, w); }; };
+    const auto to_colour = [&](Layer* w) { return [=] { return QX_MatteBlackToMatteColorARGB(w, &c8, true); }; };
+    const auto call = [](auto routine) {
+        return [=](Layer* s, Layer* d) { return [=] { return routine(nullptr, s, nullptr, true, d); }; };
     };
-    const auto matte_f = [](Layer* s, Layer* d) {
-        return [=] { return QX_PremulColorFloat(nullptr, s, nullptr, true, d); };
-    };
+    const auto matte = call(&QX_PremulColor);
+    const auto matte16 = call(&QX_PremulColor16);
+    const auto matte_f = call(&QX_PremulColorFloat);
     const std::string depths = "worlds must be same bitdepth in ",
                       unknown = "Unknown world bitdepth in QX_PremulColorRect";
-    expect_refused({{premul(&bad.gpu), kOnGpu},
-                    {[&] { return QX_PremulRect_S(nullptr, true, nullptr, &bad.gpu); }, kOnGpu},
-                    {premul(nullptr), kBadParameter},
-                    {premul(&bad.empty), kBadParameter},
-                    {premul(&bad.odd), "Unknown world bitdepth in##CONDITIONNAME"},
-                    {matte(&bad.gpu, w8.get()), kOnGpu},
-                    {matte16(w8.get(), &bad.gpu), kOnGpu},
-                    {matte_f(nullptr, w8.get()), kBadParameter},
-                    {matte(w8.get(), &bad.empty), kBadParameter},
+    expect_refused(kOnGpu, {premul(&bad.gpu), [&] { return QX_PremulRect_S(nullptr, true, nullptr, &bad.gpu); },
+                            matte(&bad.gpu, w8.get()), matte16(w8.get(), &bad.gpu), to_colour(&bad.gpu)});
+    expect_refused(kBadParameter, {premul(nullptr), premul(&bad.empty), matte_f(nullptr, w8.get()),
+                                   matte(w8.get(), &bad.empty), to_colour(nullptr)});
+    expect_refused({{premul(&bad.odd), "Unknown world bitdepth in##CONDITIONNAME"},
                     {matte(w8.get(), w16.get()), depths + "QX_PremulColorRect()"},
                     {matte16(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
                     {matte_f(w8.get(), w16.get()), depths + "QX_PremulColorRect16()"},
                     {matte(&bad.odd, &bad.odd), unknown},
                     {matte16(&bad.odd, &bad.odd), unknown + "16"},
                     {matte_f(&bad.odd, &bad.odd), unknown + "Float"},
-                    {to_colour(&bad.gpu), kOnGpu},
-                    {to_colour(nullptr), kBadParameter},
                     {to_colour(w16.get()), "QX_MatteBlackToMatteColorARGB only works on 8bpc QX_EffectWorlds"}});
 }
 

@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <functional>
-#include <new>
-
 #include "platform/TK_Memory.h"
-#include "platform/standalone/Standalone.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -18,6 +11,10 @@ struct Tracked : TK_MemTrackedObject {
 };
 
 void* Recycled(std::size_t bytes) { return TK_GetRecycledPtrBaseAddress(TK_AllocateRecycledPtr(0, "frame", bytes)); }
+
+void* NewTracked() try { return new Tracked; } catch (const std::bad_alloc&) {
+    return nullptr;
+}
 
 /// One way to get a block, whether its failure is reported, and the way to free it.
 struct Allocator {
@@ -37,15 +34,7 @@ const Allocator kAllocators[] = {
     {"handle quiet", false, [] { return static_cast<void*>(TK_AllocateHandleQuiet(64)); }, FreeHandle},
     {"recycled", false, [] { return Recycled(64); }, [](void* p) { TK_FreeRecycledPtr(p, 64); }},
     {"runtime", false, [] { return TK_RuntimeMalloc(64); }, TK_RuntimeFree},
-    {"tracked object", false,
-     [] {
-         try {
-             return static_cast<void*>(new Tracked);
-         } catch (const std::bad_alloc&) {
-             return static_cast<void*>(nullptr);
-         }
-     },
-     [](void* p) { delete static_cast<Tracked*>(p); }},
+    {"tracked object", false, NewTracked, [](void* p) { delete static_cast<Tracked*>(p); }},
 };
 
 TEST(Memory, EveryAllocatorCountsOnceAndAligns) {
@@ -55,8 +44,8 @@ TEST(Memory, EveryAllocatorCountsOnceAndAligns) {
         const auto before = standalone::Memory();
         void* block = a.get();
         ASSERT_NE(block, nullptr);
-        EXPECT_EQ(standalone::Memory().allocations, before.allocations + 1);
-        EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use + 1);
+        const auto now = standalone::Memory();
+        EXPECT_TRUE(now.allocations == before.allocations + 1 && now.blocks_in_use == before.blocks_in_use + 1);
         const bool is_handle = std::strncmp(a.name, "handle", 6) == 0;
         const void* address = is_handle ? *static_cast<TK_Handle>(block) : block;
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(address) % 16, 0u);
@@ -82,8 +71,7 @@ TEST(Memory, ChosenAllocationFailsOnce) {
         ASSERT_EQ(reports.all().size(), a.reports ? 1u : 0u);
         if (!a.reports) continue;
         EXPECT_EQ(reports.last_text(), "out of memory: rows");
-        EXPECT_EQ(reports.all()[0].site, 9);
-        EXPECT_EQ(reports.all()[0].kind, standalone::ReportKind::error_string);
+        EXPECT_TRUE(reports.all()[0].site == 9 && reports.all()[0].kind == standalone::ReportKind::error_string);
     }
     standalone::FailAllocation(1);
     standalone::FailAllocation(0);
@@ -95,10 +83,8 @@ TEST(Memory, ChosenAllocationFailsOnce) {
 TEST(Memory, HopelessSizesGiveNull) {
     const qx::test::Reports quiet;
     constexpr std::size_t huge = SIZE_MAX - 4;
-    EXPECT_EQ(TK_AllocatePtr(0, "rows", huge), nullptr);
-    EXPECT_EQ(TK_AllocateHandleQuiet(huge), nullptr);
-    EXPECT_EQ(TK_RuntimeMalloc(huge), nullptr);
-    EXPECT_EQ(TK_AllocateRecycledPtr(0, "frame", huge), nullptr);
+    EXPECT_TRUE(TK_AllocatePtr(0, "rows", huge) == nullptr && TK_AllocateHandleQuiet(huge) == nullptr);
+    EXPECT_TRUE(TK_RuntimeMalloc(huge) == nullptr && TK_AllocateRecycledPtr(0, "frame", huge) == nullptr);
     TK_FreePtr(nullptr);
     TK_FreeHandle(nullptr);
     TK_RuntimeFree(nullptr);
@@ -168,8 +154,7 @@ TEST(Recycled, TakesAnySizeBackAndBothPoolsTakeBothKinds) {
 }
 
 struct Attempts {
-    int made = 0;
-    int needed = 0;
+    int made = 0, needed = 0;
 };
 void Attempt(void* context, bool* success) {
     auto& attempts = *static_cast<Attempts*>(context);
@@ -177,22 +162,19 @@ void Attempt(void* context, bool* success) {
 }
 
 TEST(PurgeLoop, TriesAgainWhileThereIsSomethingToPurge) {
-    const struct {
-        const char* name;
-        bool waiting;
-        int needed, code, made;
-    } cases[] = {{"at once", true, 1, 0, 1},
-                 {"after a purge", true, 2, 0, 2},
-                 {"nothing left", true, 3, 4, 2},
-                 {"nothing to purge", false, 2, 4, 1}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    // Columns: waiting, needed, code, made
+    const std::tuple<const char*, bool, int, int, int> cases[] = {{"at once", true, 1, 0, 1},
+                                                                  {"after a purge", true, 2, 0, 2},
+                                                                  {"nothing left", true, 3, 4, 2},
+                                                                  {"nothing to purge", false, 2, 4, 1}};
+    for (const auto& [name, waiting, needed, code, made] : cases) {
+        SCOPED_TRACE(name);
         standalone::PurgeRecycled();
-        if (c.waiting) TK_FreeRecycledPtr(Recycled(kMiB), kMiB);
-        Attempts attempts{0, c.needed};
-        EXPECT_EQ(TK_PurgeLoop(kMiB, Attempt, &attempts, 1), c.code);
-        EXPECT_EQ(attempts.made, c.made);
-        EXPECT_EQ(standalone::Memory().recycled_bytes > 0, c.waiting && c.made == 1);
+        if (waiting) TK_FreeRecycledPtr(Recycled(kMiB), kMiB);
+        Attempts attempts{0, needed};
+        EXPECT_EQ(TK_PurgeLoop(kMiB, Attempt, &attempts, 1), code);
+        EXPECT_EQ(attempts.made, made);
+        EXPECT_EQ(standalone::Memory().recycled_bytes > 0, waiting && made == 1);
     }
     standalone::PurgeRecycled();
 }

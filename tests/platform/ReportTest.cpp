@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <new>
-#include <stdexcept>
-#include <string>
-#include <thread>
-
 #include "platform/ALOG.h"
 #include "platform/TK_Report.h"
 #include "platform/TK_Strings.h"
 #include "platform/tesselcore_Utility.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -19,13 +12,12 @@ TEST(Report, CarriesKindSiteSeverityAndText) {
     TK_ReportError(0x250042, 8, L"gr\u00fc\u00df \U0001F600");
     TKp_ReportErrString(0x250001, 4, "plain");
     TK_ReportFailedVerification(0x250002, 120, 0, "world is null");
-    ASSERT_EQ(reports.all().size(), 3u);
-    EXPECT_EQ(reports.all()[0].text, "gr\xC3\xBC\xC3\x9F \xF0\x9F\x98\x80");
-    EXPECT_EQ(reports.all()[0].site, 0x250042);
-    EXPECT_EQ(reports.all()[0].severity, 8);
-    EXPECT_EQ(reports.all()[1].kind, standalone::ReportKind::error_string);
-    EXPECT_EQ(reports.all()[2].kind, standalone::ReportKind::failed_verification);
-    EXPECT_EQ(reports.all()[2].text, "world is null");
+    const auto& all = reports.all();
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[0].text, "gr\xC3\xBC\xC3\x9F \xF0\x9F\x98\x80");
+    EXPECT_TRUE(all[0].site == 0x250042 && all[0].severity == 8);
+    EXPECT_EQ(all[1].kind, standalone::ReportKind::error_string);
+    EXPECT_TRUE(all[2].kind == standalone::ReportKind::failed_verification && all[2].text == "world is null");
 }
 
 TEST(Report, QuietSectionsNestAndEndWithTheirScope) {
@@ -95,22 +87,20 @@ TEST(Strings, KeysGiveTheirEnglish) {
 }
 
 TEST(Strings, SubStringReplacesWithinTheBuffer) {
-    const struct {
-        const char *start, *placeholder, *text;
-        std::size_t size;
-        int code;
-        const char* result;
-    } cases[] = {{"size ^L1x^L2", "^L1", "640", 32, 0, "size 640x^L2"},
-                 {"^L1 ^L1", "^L1", "7", 32, 0, "7 ^L1"},
-                 {"a^L1", "^L1", "12345", 7, 0, "a12345"},
-                 {"a^L1", "^L1", "12345", 6, 3, "a^L1"},
-                 {"none here", "^L1", "1", 32, 3, "none here"},
-                 {"empty", "", "1", 32, 3, "empty"}};
-    for (const auto& c : cases) {
+    using Text = const char*;
+    // Columns: start, placeholder, text, room, result
+    const std::tuple<Text, Text, Text, std::size_t, int, Text> cases[] = {
+        {"size ^L1x^L2", "^L1", "640", 32, 0, "size 640x^L2"},
+        {"^L1 ^L1", "^L1", "7", 32, 0, "7 ^L1"},
+        {"a^L1", "^L1", "12345", 7, 0, "a12345"},
+        {"a^L1", "^L1", "12345", 6, 3, "a^L1"},
+        {"none here", "^L1", "1", 32, 3, "none here"},
+        {"empty", "", "1", 32, 3, "empty"}};
+    for (const auto& [start, placeholder, text, size, code, result] : cases) {
         char buffer[32];
-        std::snprintf(buffer, sizeof buffer, "%s", c.start);
-        EXPECT_EQ(TK_SubString(buffer, c.size, c.placeholder, c.text), c.code) << c.start;
-        EXPECT_STREQ(buffer, c.result);
+        std::snprintf(buffer, sizeof buffer, "%s", start);
+        EXPECT_EQ(TK_SubString(buffer, size, placeholder, text), code) << start;
+        EXPECT_STREQ(buffer, result);
     }
 }
 

@@ -1,32 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdint>
-#include <set>
-#include <vector>
-
-#include "platform/FK_Frames.h"
 #include "platform/HCL_Registry.h"
 #include "platform/IK_CopyMemory.h"
 #include "platform/M_Tables.h"
 #include "platform/TK_CPU.h"
-#include "platform/standalone/Standalone.h"
 #include "platform/tesselmediatypes.h"
-#include "tests/support/TestHost.h"
+#include "tests/support/Test.h"
 
 namespace {
+
+using qx::test::places;
 
 TEST(ColourTables, EveryEntryFollowsItsLaw) {
     const std::uint8_t *multiply = nullptr, *divide = nullptr;
     ASSERT_EQ(M_PrepareFCMD(true, false, 0, &multiply, &divide), 0);
-    for (int a = 0; a < 256; ++a) {
-        for (int c = 0; c < 256; ++c) {
-            const int product = static_cast<int>(std::floor(c * a / 255.0 + 0.5));  // never half-way: 255 is odd
-            ASSERT_EQ(multiply[a * 256 + c], product) << a << " " << c;
-            const int quotient = a == 0 ? 255 : std::min(255, (c * 510 + a - a % 2) / (2 * a));
-            ASSERT_EQ(divide[a * 256 + c], quotient) << a << " " << c;
-        }
+    for (const auto& [c, a] : places(256, 256)) {
+        const int product = static_cast<int>(std::floor(c * a / 255.0 + 0.5));  // never half-way: 255 is odd
+        ASSERT_EQ(multiply[a * 256 + c], product) << a << " " << c;
+        const int quotient = a == 0 ? 255 : std::min(255, (c * 510 + a - a % 2) / (2 * a));
+        ASSERT_EQ(divide[a * 256 + c], quotient) << a << " " << c;
     }
     EXPECT_EQ(M_UnprepareFCMD(), 0);
 }
@@ -54,9 +45,7 @@ TEST(ColourTables, LiveFromFirstRequestToLastRelease) {
 TEST(TrigTable, IsASineOf1024Steps) {
     const std::int32_t* table = nullptr;
     ASSERT_EQ(M_PrepareFTrig(true, false, 0, &table), 0);
-    EXPECT_EQ(table[0], 0);
-    EXPECT_EQ(table[256], 65536);
-    EXPECT_EQ(table[128], 46341);  // 65536 / sqrt(2)
+    EXPECT_TRUE(table[0] == 0 && table[256] == 65536 && table[128] == 46341);  // 65536 / sqrt(2)
     for (int i = 0; i <= 512; ++i) ASSERT_EQ(table[i], -table[1024 - i]) << i;
     for (int i = 0; i <= 256; ++i) {
         const double square = std::pow(table[i], 2) + std::pow(table[256 - i], 2);
@@ -129,30 +118,25 @@ TEST(Frames, BytesOfAPixelFollowFromTheProperties) {
         const std::uint32_t properties = kind << 19 | packing << 11 | layout << 8 | precision << 1;
         return tesselmediatypes::PixelFormat{std::uint64_t{properties} << 32};
     };
-    const struct {
-        const char* name;
-        std::uint32_t kind, packing, layout, precision;
-        std::uint64_t bytes;
-    } cases[] = {{"four of 8", 1, 0, 1, 0, 4},
-                 {"four of 16", 1, 0, 1, 2, 8},
-                 {"four of 16, other code", 1, 0, 7, 3, 8},
-                 {"four of 24", 1, 0, 1, 4, 12},
-                 {"four of 32", 1, 0, 1, 5, 16},
-                 {"no precision", 1, 0, 1, 6, 0},
-                 {"two of 8", 1, 1, 0, 0, 2},
-                 {"two of 32", 1, 1, 3, 5, 8},
-                 {"two of 10", 1, 1, 0, 1, 0},
-                 {"packed 10", 1, 0, 0, 1, 4},
-                 {"three of 8", 1, 0, 0, 0, 3},
-                 {"three of 16", 1, 0, 0, 2, 6},
-                 {"packed 10, other", 1, 2, 1, 1, 4},
-                 {"other packing", 1, 3, 1, 0, 0},
-                 {"no plain samples", 0, 0, 1, 0, 0},
-                 {"no plain samples", 2, 0, 0, 5, 0}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const auto format = word(c.kind, c.packing, c.layout, c.precision);
-        EXPECT_EQ(tesselmediatypes::PixelFormatSize(format, 7, 3), c.bytes * 21);
+    // Columns: of word(), and the bytes
+    const std::pair<const char*, std::array<std::uint32_t, 5>> cases[] = {{"four of 8", {1, 0, 1, 0, 4}},
+                                                                          {"four of 16", {1, 0, 1, 2, 8}},
+                                                                          {"four of 16, other code", {1, 0, 7, 3, 8}},
+                                                                          {"four of 24", {1, 0, 1, 4, 12}},
+                                                                          {"four of 32", {1, 0, 1, 5, 16}},
+                                                                          {"no precision", {1, 0, 1, 6, 0}},
+                                                                          {"two of 8", {1, 1, 0, 0, 2}},
+                                                                          {"two of 32", {1, 1, 3, 5, 8}},
+                                                                          {"two of 10", {1, 1, 0, 1, 0}},
+                                                                          {"packed 10", {1, 0, 0, 1, 4}},
+                                                                          {"three of 8", {1, 0, 0, 0, 3}},
+                                                                          {"three of 16", {1, 0, 0, 2, 6}},
+                                                                          {"packed 10, other", {1, 2, 1, 1, 4}},
+                                                                          {"other packing", {1, 3, 1, 0, 0}},
+                                                                          {"no plain samples", {0, 0, 1, 0, 0}},
+                                                                          {"no plain samples", {2, 0, 0, 5, 0}}};
+    for (const auto& [name, c] : cases) {
+        EXPECT_EQ(tesselmediatypes::PixelFormatSize(word(c[0], c[1], c[2], c[3]), 7, 3), c[4] * 21) << name;
     }
     EXPECT_EQ(tesselmediatypes::PixelFormatSize(GK::kPixelFormat_GPU_BGRA_4444_32f, 30000, 30000), 14400000000u);
     EXPECT_EQ(tesselmediatypes::PixelFormatSize(GK::kPixelFormat_GPU_BGRA_4444_32f, -1, 5), 0u);

@@ -1,18 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <chrono>
-#include <mutex>
 #include <numeric>
-#include <set>
-#include <stdexcept>
-#include <thread>
-#include <vector>
 
 #include "platform/TK_CPU.h"
-#include "platform/standalone/Standalone.h"
 #include "platform/tesselcore_Threads.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Nearest, bilinear and bicubic samples against formulas in double, and against each other.
-#include <gtest/gtest.h>
-
-#include "QX/indep/QX_Slots.h"
 #include "tests/sampling/SampSupport.h"
 
 namespace {
 
 using namespace qx::test;
 using standalone::ProcessorLevel;
-
-constexpr FillKind kFills[] = {FillKind::random, FillKind::opaque,   FillKind::clear,
-                               FillKind::layer,  FillKind::extremes, FillKind::edges};
 
 /// Keys' kernel, a = -0.75, in its textbook form.
 double keys(double t) {
@@ -29,7 +23,7 @@ struct Model {
     double first = -1;
 
     template <class Pixel, class Kernel>
-    Model(Picture<Pixel>& picture, std::int32_t x, std::int32_t y, int reach, const Kernel& kernel) {
+    Model(Source<Pixel>& picture, std::int32_t x, std::int32_t y, int reach, const Kernel& kernel) {
         for (int j = 1 - reach; j <= reach; ++j) {
             for (int i = 1 - reach; i <= reach; ++i) {
                 const auto p = picture.tap((x >> 16) + i, (y >> 16) + j);
@@ -67,14 +61,13 @@ protected:
         return within(low, high) * 65536 + fraction;
     }
 };
-using Depths = testing::Types<QX_Pixel8, QX_Pixel16, QX_PixelFloat>;
-TYPED_TEST_SUITE(PointSample, Depths);
+TYPED_TEST_SUITE(PointSample, AllDepths);
 
 TYPED_TEST(PointSample, BilinearIsTheModel) {
     const auto sample = QXp_GetSamplerSet<TypeParam>(1).clipped;
     constexpr bool is_float = sizeof(TypeParam) == 16;
-    for (const FillKind fill : kFills) {
-        Picture<TypeParam> picture(23, 17, fill, 3);
+    for (const FillKind fill : kAllFills) {
+        Source<TypeParam> picture(23, 17, fill, 3);
         for (int n = 0; n < 60000; ++n) {
             const std::int32_t x = this->position(-3, 25), y = this->position(-3, 19);
             TypeParam out;
@@ -104,8 +97,8 @@ TYPED_TEST(PointSample, BicubicIsKeysKernel) {
     const auto sample = QXp_GetSamplerSet<TypeParam>(3).clipped;
     const double full = kScale<TypeParam>;
     constexpr bool is_float = sizeof(TypeParam) == 16;
-    for (const FillKind fill : kFills) {
-        Picture<TypeParam> picture(23, 17, fill, 4);
+    for (const FillKind fill : kAllFills) {
+        Source<TypeParam> picture(23, 17, fill, 4);
         for (int i = 0; is_float && i < 23 * 17; ++i) {  // by the smallest alphas no colour can be divided
             auto& alpha = picture.at(i % 23, i / 23).alpha;
             alpha = static_cast<QX_ChannelOf<TypeParam>>(alpha < 1e-6 ? 0 : alpha);
@@ -132,8 +125,8 @@ TYPED_TEST(PointSample, BicubicIsKeysKernel) {
 TYPED_TEST(PointSample, RoutesAgree) {
     for (const int quality : {1, 2}) {
         const auto set = QXp_GetSamplerSet<TypeParam>(quality);
-        for (const FillKind fill : kFills) {
-            Picture<TypeParam> picture(40, 12, fill, 6);
+        for (const FillKind fill : kAllFills) {
+            Source<TypeParam> picture(40, 12, fill, 6);
             for (int n = 0; n < 20000; ++n) {
                 const std::int32_t x = this->position(-2, 40), y = this->position(-2, 12);
                 const int column = x >> 16, row = y >> 16, reach = quality;
@@ -142,19 +135,19 @@ TYPED_TEST(PointSample, RoutesAgree) {
                 bool all_in = true;
                 set.clipped(nullptr, x, y, &picture.params, &clipped);
                 set.plus(nullptr, x, y, &picture.params, &all_in, &plus);
-                ASSERT_TRUE(same(clipped, plus));
+                ASSERT_EQ(clipped, plus);
                 const bool inside = column >= reach - 1 && row >= reach - 1 && column + reach < 40 && row + reach < 12;
                 const bool told = quality == 2 ? column >= 1 && column < 37 && row >= 2 && row < 10
                                                : inside && (between || sizeof(TypeParam) == 16);
                 ASSERT_EQ(all_in, told) << x << ", " << y << " quality " << quality;
                 if (!inside) continue;
                 set.unclipped(nullptr, x, y, &picture.params, other);
-                ASSERT_TRUE(same(clipped, other[0]));
+                ASSERT_EQ(clipped, other[0]);
                 if (quality == 1 && between) {
                     double weights[4];
                     QX_SubpixelSampleComputeWeight(x & 0xFFFF, y & 0xFFFF, weights);
                     set.translate(nullptr, x, y, weights, &picture.params, other);
-                    ASSERT_TRUE(sizeof(TypeParam) != 8 || same(clipped, other[0])) << x << ", " << y;
+                    ASSERT_TRUE(sizeof(TypeParam) != 8 || clipped == other[0]) << x << ", " << y;
                     // Weights in double may narrow to others than those computed in float.
                     for (std::size_t c = 0; c < 4 && clipped.alpha > 2 * noise<TypeParam>() + kScale<TypeParam> * 0.01;
                          ++c) {
@@ -170,7 +163,7 @@ TYPED_TEST(PointSample, RoutesAgree) {
                     want += other[k].alpha;
                     set.clipped(nullptr, x + k * 65536, y, &picture.params, &clipped);
                     if (!between && other[k].alpha == 0) continue;  // the run alone mixes at whole positions
-                    ASSERT_TRUE(same(clipped, other[k])) << x << ", " << y << " pixel " << k;
+                    ASSERT_EQ(clipped, other[k]) << x << ", " << y << " pixel " << k;
                 }
                 ASSERT_EQ(sum, want);
             }
@@ -180,19 +173,17 @@ TYPED_TEST(PointSample, RoutesAgree) {
 
 /// Weights of a translation, in double, are exact: sum, size and order.
 TEST(SampleWeights, SumToOne) {
-    for (int fx = 0; fx < 65536; fx += 51) {
-        for (int fy = 0; fy < 65536; fy += 257) {
-            double w[4];
-            ASSERT_EQ(QX_SubpixelSampleComputeWeight(fx, fy, w), 0);
-            const double x = fx / 65536.0, y = fy / 65536.0;
-            ASSERT_TRUE(w[0] == (1 - x) * (1 - y) && w[1] == x * (1 - y) && w[2] == (1 - x) * y && w[3] == x * y);
-        }
+    for (const auto& [i, j] : places(1286, 256)) {
+        double w[4];
+        ASSERT_EQ(QX_SubpixelSampleComputeWeight(51 * i, 257 * j, w), 0);
+        const double x = 51 * i / 65536.0, y = 257 * j / 65536.0;
+        ASSERT_TRUE(w[0] == (1 - x) * (1 - y) && w[1] == x * (1 - y) && w[2] == (1 - x) * y && w[3] == x * y);
     }
 }
 
 TYPED_TEST(PointSample, AConstantStays) {
     constexpr auto full = qx::DepthOf<TypeParam>::full;
-    Picture<TypeParam> picture(9, 9, FillKind::opaque, 1);
+    Source<TypeParam> picture(9, 9, FillKind::opaque, 1);
     const TypeParam colour{full, static_cast<QX_ChannelOf<TypeParam>>(full / 3), 0, full};
     for (int i = 0; i < 81; ++i) picture.at(i % 9, i / 9) = colour;
     for (const int quality : {1, 2}) {
@@ -221,7 +212,7 @@ TYPED_TEST(PointSample, AnywhereAtAll) {
         return this->random() % 2 ? any >> (this->random() % 20) : extremes[this->random() % std::size(extremes)];
     };
     for (int n = 0; n < 60000; ++n) {
-        Picture<TypeParam> picture(this->within(1, 5), this->within(1, 5), FillKind::opaque, 2);
+        Source<TypeParam> picture(this->within(1, 5), this->within(1, 5), FillKind::opaque, 2);
         const std::int32_t x = anything(), y = anything();
         picture.radii(anything() & 0x1FFFFF, anything() & 0x1FFFFF);
         for (const int quality : {1, 2}) {
@@ -230,15 +221,15 @@ TYPED_TEST(PointSample, AnywhereAtAll) {
             bool all_in;
             set.clipped(nullptr, x, y, &picture.params, &out);
             set.plus(nullptr, x, y, &picture.params, &all_in, &plus);
-            ASSERT_TRUE(same(out, plus));
+            ASSERT_EQ(out, plus);
             const int column = x >> 16, row = y >> 16;
             const bool far = column < -2 || row < -2 || column > 6 || row > 6;
-            ASSERT_TRUE(!far || same(out, TypeParam{}));
+            ASSERT_TRUE(!far || out == TypeParam{});
             set.area(nullptr, x, y, &picture.params, &out);
         }
     }
     for (const auto& [rx, ry] : {std::pair{INT32_MAX, INT32_MAX}, {INT32_MIN, 9}, {-70000, 70000}, {40000, -7}}) {
-        Picture<TypeParam> picture(3, 3, FillKind::random, 2);
+        Source<TypeParam> picture(3, 3, FillKind::random, 2);
         picture.radii(rx, ry);
         for (const std::int32_t x : extremes) {
             TypeParam out;
@@ -253,19 +244,18 @@ TYPED_TEST(PointSample, NearestAndWholePositions) {
         if constexpr (sizeof(TypeParam) == 16) return QX_NNSampleFloat(nullptr, x, y, params, out);
         return qx::routine_at<qx::PointSamplerFn<TypeParam>>(kNearest)(nullptr, x, y, params, out);
     };
-    Picture<TypeParam> picture(5, 4, FillKind::random, 8);
-    for (std::int32_t x = -70000; x < 6 * 65536; x += 1357) {
-        for (std::int32_t y = -70000; y < 5 * 65536; y += 7919) {
-            TypeParam out;
-            ASSERT_EQ(nearest(x, y, &picture.params, &out), 0);
-            const auto column = static_cast<int>(std::floor(x / 65536.0 + 0.5));
-            const auto row = static_cast<int>(std::floor(y / 65536.0 + 0.5));
-            ASSERT_EQ(channels(out), picture.tap(column, row)) << x << ", " << y;
-        }
+    Source<TypeParam> picture(5, 4, FillKind::random, 8);
+    for (const auto& [i, j] : places(342, 51)) {
+        const std::int32_t x = 1357 * i - 70000, y = 7919 * j - 70000;
+        TypeParam out;
+        ASSERT_EQ(nearest(x, y, &picture.params, &out), 0);
+        const auto column = static_cast<int>(std::floor(x / 65536.0 + 0.5));
+        const auto row = static_cast<int>(std::floor(y / 65536.0 + 0.5));
+        ASSERT_EQ(channels(out), picture.tap(column, row)) << x << ", " << y;
     }
     TypeParam out;
     nearest(0x7FFFC000, 0, &picture.params, &out);
-    EXPECT_TRUE(same(out, TypeParam{})) << "wraps to the left";
+    EXPECT_EQ(out, TypeParam{}) << "wraps to the left";
 }
 
 }  // namespace

@@ -47,6 +47,18 @@ inline void expect_refused(const std::vector<Refused>& cases) {
     }
 }
 
+/// Calls that fail with code 3 and one report of this text.
+inline void expect_refused(const std::string& text, const std::vector<std::function<int()>>& calls) {
+    std::vector<Refused> cases;
+    for (const auto& call : calls) cases.push_back({call, text});
+    expect_refused(cases);
+}
+
+/// A body as a call, whose result is the code that it throws.
+template <class Body> std::function<int()> thrown(const Body& body) {
+    return [body] { return code_of(body); };
+}
+
 /// What a routine asks its caller while it works. From call `stop_at` on the answer is `code`.
 struct Polls {
     int stop_at = -1, code = 517;

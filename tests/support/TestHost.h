@@ -37,6 +37,9 @@ private:
     int code_;
 };
 
+inline constexpr standalone::ProcessorLevel kLevels[] = {
+    standalone::ProcessorLevel::plain, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster};
+
 /// Counts allocations by operator new in the whole process, and can make one fail.
 struct NewCounter {
     static std::int64_t count();

@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where frames come from and go back to, what can be allocated, and what the user is told.
-#include <cstring>
-#include <new>
-
-#include "QX/world/QX_Frame.h"
-#include "tests/support/Refusals.h"
-#include "tests/world/WorldSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using qx::test::code_of;
-using qx::test::Reports;
-using qx::test::World;
+using namespace qx::test;
 
 std::string narrow(const std::wstring& text) { return {text.begin(), text.end()}; }
 
@@ -25,12 +18,8 @@ std::string no_memory(const std::string& frame) {
            "). Either decrease the memory requirements for the rendering of this frame, or install more RAM. (12805).";
 }
 
-struct Limit {
-    int width, height;
-    short depth;
-    std::size_t alignment;
-    std::string text;  ///< none when the frame is possible
-};
+/// Width, height, depth, alignment, and the report: none when the frame is possible.
+using Limit = std::tuple<int, int, short, std::size_t, std::string>;
 
 TEST(FrameLimits, OfBothProcessors) {
     // A float frame takes 16 * width * (height + 1) - 8 bytes: 2^31 - 8 of them in the first case.
@@ -52,10 +41,10 @@ TEST(FrameLimits, OfBothProcessors) {
                                  {1, 30000, 16, 262144, above_limit("1 x 30000 @ 32 bpc (7.3 GB)")},
                                  {30001, 5, 32, 16, "invalid image buffer size (30001x5)."}};
     const auto expect = [](const std::vector<Limit>& cases, const auto& can_allocate) {
-        for (const Limit& c : cases) {
-            const auto [possible, text] = can_allocate(c.width, c.height, c.depth, c.alignment);
-            EXPECT_EQ(narrow(text), c.text);
-            EXPECT_EQ(possible, c.text.empty()) << c.width << "x" << c.height;
+        for (const auto& [width, height, depth, alignment, report] : cases) {
+            const auto [possible, text] = can_allocate(width, height, depth, alignment);
+            EXPECT_EQ(narrow(text), report);
+            EXPECT_EQ(possible, report.empty()) << width << "x" << height;
         }
     };
     expect(processor, qx::numeric_limits::CanAllocateCPUFrame);
@@ -63,7 +52,6 @@ TEST(FrameLimits, OfBothProcessors) {
 }
 
 TEST(FrameReport, TextsAndSites) {
-    Reports reports;
     const struct {
         int error, rowbytes;
         short width, height, bits;
@@ -76,15 +64,14 @@ TEST(FrameReport, TextsAndSites) {
                  {4, 65536, 8, 32767, 32, 0x250042, no_memory("8 x 32767 @ 8 bpc")},
                  {7, 112, 25, 10, 32, 66, "changing pixel buffer."}};
     for (const auto& c : cases) {
-        reports.clear();
+        const Reports reports;
         EXPECT_EQ(BM_ReportWorldAllocationFailure(c.error, c.rowbytes, c.width, c.height, c.bits), 0);
         ASSERT_EQ(reports.all().size(), 1u);
         EXPECT_EQ(reports.last_text(), c.text);
-        EXPECT_EQ(reports.all()[0].site, c.site);
-        EXPECT_EQ(reports.all()[0].severity, 8);
-        EXPECT_EQ(reports.all()[0].kind, standalone::ReportKind::error);
+        const auto& report = reports.all()[0];
+        EXPECT_TRUE(report.site == c.site && report.severity == 8 && report.kind == standalone::ReportKind::error);
     }
-    reports.clear();
+    const Reports reports;
     EXPECT_EQ(BM_ReportWorldAllocationFailure(0, 112, 25, 10, 32), 0);
     EXPECT_TRUE(reports.all().empty());
 }
@@ -103,29 +90,24 @@ TEST(FrameReport, OfARectangle) {
 
 TEST(FrameReport, AFailureInsideTheReportIsDropped) {
     Reports reports;
-    qx::test::NewCounter::fail(1);
+    NewCounter::fail(1);
     EXPECT_EQ(BM_ReportWorldAllocationFailure(4, 112, 25, 10, 32), 0);
-    qx::test::NewCounter::fail(0);
+    NewCounter::fail(0);
     EXPECT_TRUE(reports.all().empty());
 }
 
 TEST(FrameMemory, LargeBlocksAreRecycled) {
     standalone::PurgeRecycled();
-    const struct {
-        std::size_t size;
-        bool recycled;
-    } cases[] = {{300u * 1024, false}, {300u * 1024 + 1, true}};
-    for (const auto& c : cases) {
-        for (const int turn : {1, 2}) {
-            const auto before = standalone::Memory();
-            void* block = nullptr;
-            ASSERT_EQ(BM_AllocateFrameQuiet(c.size, 0, &block), 0);
-            std::memset(block, turn, c.size);
-            EXPECT_EQ(standalone::Memory().recycled_hits - before.recycled_hits, c.recycled && turn == 2 ? 1 : 0);
-            BM_FreeFrame(block, c.size);
-            EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use);
-            EXPECT_EQ(standalone::Memory().recycled_bytes, c.recycled ? static_cast<std::int64_t>(c.size) : 0);
-        }
+    for (const auto& [size, turn] : each(std::array{300u * 1024, 300u * 1024 + 1}, std::array{1, 2})) {
+        const bool recycled = size > 300u * 1024;
+        const auto before = standalone::Memory();
+        void* block = nullptr;
+        ASSERT_EQ(BM_AllocateFrameQuiet(size, 0, &block), 0);
+        std::memset(block, turn, size);
+        EXPECT_EQ(standalone::Memory().recycled_hits - before.recycled_hits, recycled && turn == 2 ? 1 : 0);
+        BM_FreeFrame(block, size);
+        EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use);
+        EXPECT_EQ(standalone::Memory().recycled_bytes, recycled ? static_cast<std::int64_t>(size) : 0);
     }
 }
 
@@ -152,20 +134,16 @@ TEST(FrameMemory, PurgesBeforeItGivesUpQuietly) {
 TEST(WorldMemory, AWorldThatCannotBeHadIsReportedOnce) {
     Reports reports;
     const auto before = standalone::Memory().blocks_in_use;
-    const struct {
-        short depth;
-        const char* frame;
-    } cases[] = {{8, "12 x 9 @ 8 bpc"}, {16, "12 x 9 @ 16 bpc"}, {32, "12 x 9 @ 32 bpc"}};
-    for (const auto& c : cases) {
+    for (const int depth : kDepths) {
         standalone::PurgeRecycled();
         reports.clear();
         QX_LayerDef record{};
         record.width = 77;
         standalone::FailAllocation(2);  // the first one is the object
-        EXPECT_EQ(QX_NewEffectWorld(12, 9, c.depth, 0, 1, &record), 4);
+        EXPECT_EQ(QX_NewEffectWorld(12, 9, depth, 0, 1, &record), 4);
         standalone::FailAllocation(0);
         ASSERT_EQ(reports.all().size(), 1u);
-        EXPECT_EQ(reports.last_text(), no_memory(c.frame));
+        EXPECT_EQ(reports.last_text(), no_memory("12 x 9 @ " + std::to_string(depth) + " bpc"));
         EXPECT_EQ(record.width, 77) << "the record stays as it was";
         EXPECT_EQ(standalone::Memory().blocks_in_use, before);
     }
@@ -180,9 +158,7 @@ TEST(WorldMemory, BlocksGoHomeAfterReReference) {
         a->ReReference(b.get(), {0, 0, 2, 2});
         EXPECT_FALSE(a->IsReference());
         EXPECT_EQ(a->rowbytes, b->rowbytes);
-        if (own < other) {
-            EXPECT_FALSE(a->SubWorldSafetyGutterHasBeenOverWritten());  // looks at no memory of others
-        }
+        EXPECT_TRUE(own > other || !a->SubWorldSafetyGutterHasBeenOverWritten());  // looks at no memory of others
         a.reset();
     }
     EXPECT_EQ(standalone::Memory().blocks_in_use, before);
@@ -243,7 +219,7 @@ TEST(EffectWorld, IsMadeAndDisposedByItsRecord) {
     const QX_LayerDef zero{};
     EXPECT_EQ(std::memcmp(&record, &zero, sizeof zero), 0);
     EXPECT_EQ(QX_NewEffectWorld(4, 4, 8, 1, 0, &record), 515);
-    qx::test::BadWorlds bad;
+    BadWorlds bad;
     bad.gpu.ownership_mark = kQX_OwnedMark;
     EXPECT_EQ(QX_DisposeEffectWorld(&bad.gpu), 0);
 }

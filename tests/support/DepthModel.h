@@ -6,11 +6,12 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "QX/compositing/QX_LinearBlendingTables.h"
 
-/// The arithmetic that the model's modes are written in, at each depth: integers are 64 bits wide, so that nothing
-/// overflows, floats are single operations.
+/// The arithmetic of the depths once more, for models of what the library does; nothing here calls it: integers are 64
+/// bits wide, so that nothing overflows, floats are single operations.
 namespace qx::test::model {
 
 using I = std::int64_t;
@@ -76,9 +77,9 @@ struct Sixteen : Integers<32768, 16384, 65536> {
 };
 
 struct Eight : Integers<255, 128, 256> {
-    static N mul(N x, N y) {  // also of a negative x
-        const N t = x * y + 128;
-        return floor_div(t + floor_div(t, 256), 256);
+    static N mul(N x, N y) {
+        if (x * y >= 0) return (2 * x * y + 255) / 510;                    // the nearest; 255 is odd, there are no ties
+        return floor_div(x * y + 128 + floor_div(x * y + 128, 256), 256);  // below zero the fold is not quite that
     }
     static N lerp(N x, N w) { return mul(x, w); }
     static N div(N v, N a) { return a == 0 ? 255 : std::min<N>(255, (v * 255 + a / 2) / a); }
@@ -128,5 +129,10 @@ struct Real {
     static N to_linear(const Tables& tables, N c) { return power(c, tables.to_linear_gamma); }
     static N from_linear(const Tables& tables, N c) { return power(c, tables.from_linear_gamma); }
 };
+
+/// The arithmetic of a pixel's depth.
+template <class Pixel>
+using DepthModel = std::conditional_t<std::is_same_v<Pixel, QX_Pixel8>, Eight,
+                                      std::conditional_t<std::is_same_v<Pixel, QX_Pixel16>, Sixteen, Real>>;
 
 }  // namespace qx::test::model

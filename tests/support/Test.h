@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+/// What every test begins with: everything exported, worlds and pixels, the host's switches, refusals, and the standard
+/// headers that most tests use.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <random>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "tests/support/Refusals.h"
+#include "tests/support/TestHost.h"
+#include "tests/support/Worlds.h"
+
+namespace qx::test {
+
+/// A test at every depth, with the library born.
+template <class Pixel, int Bands, standalone::ProcessorLevel level = standalone::ProcessorLevel::faster>
+class BornAtDepth : public testing::Test {
+    Born born_{Bands, level};
+};
+
+}  // namespace qx::test

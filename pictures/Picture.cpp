@@ -8,7 +8,7 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_Errors.h"
-#include "QX/world/QX_Frame.h"
+#include "QX/world/QX_FrameLimits.h"
 #include "pictures/Files.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"

@@ -4,7 +4,7 @@
 #include <mutex>
 
 #include "QX/library/QX_Library.h"
-#include "platform/standalone/Standalone.h"
+#include "platform/standalone/Host.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {

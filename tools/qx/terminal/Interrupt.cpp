@@ -22,8 +22,4 @@ void install_signal_handlers() {
 
 bool interrupted() noexcept { return noted.load(std::memory_order_relaxed); }
 
-void check_interrupt() {
-    if (interrupted()) throw pictures::Stopped{};
-}
-
 }  // namespace qx::tool

@@ -9,8 +9,6 @@ namespace qx::tool {
 /// are errors of their writes.
 void install_signal_handlers();
 bool interrupted() noexcept;
-/// Throws pictures::Stopped once a signal has come.
-void check_interrupt();
 
 /// Stops work once a signal has come.
 class SignalWatch : public pictures::Watch {

@@ -5,8 +5,7 @@
 
 #include <cstdio>
 #include <exception>
-
-#include "pictures/Failure.h"
+#include <initializer_list>
 
 namespace qx::tool {
 namespace {
@@ -14,9 +13,14 @@ namespace {
 Talk level = Talk::normal;
 bool line_shown = false;
 
-void say(const std::string& words) {
+/// A message is one line whatever a file's name or a library's text contains.
+void say(std::initializer_list<std::string_view> parts) {
     show_line("");
-    std::fprintf(stderr, "qx: %s\n", pictures::one_line(words).c_str());
+    std::fputs("qx: ", stderr);
+    for (const std::string_view part : parts) {
+        for (const unsigned char c : part) std::fputc(c < ' ' || c == 127 ? ' ' : c, stderr);
+    }
+    std::fputc('\n', stderr);
 }
 
 }  // namespace
@@ -24,12 +28,12 @@ void say(const std::string& words) {
 void set_talk(Talk talk) { level = talk; }
 Talk talk() { return level; }
 
-void say_error(const std::string& words) { say(words); }
-void say_note(const std::string& words) {
-    if (level != Talk::quiet) say("note: " + words);
+void say_error(std::string_view words) { say({words}); }
+void say_note(std::string_view words) {
+    if (level != Talk::quiet) say({"note: ", words});
 }
-void say_detail(const std::string& words) {
-    if (level == Talk::verbose) say(words);
+void say_detail(std::string_view file, std::string_view words) {
+    if (level == Talk::verbose) say({file, ": ", words});
 }
 
 void show_line(const std::string& words) {

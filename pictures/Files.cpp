@@ -90,6 +90,11 @@ InputFile::InputFile(const std::string& path) : path_(path), stream_(open_regula
 
 InputFile::~InputFile() { std::fclose(stream_); }
 
+std::uint64_t InputFile::bytes() const {
+    struct stat info {};
+    return ::fstat(::fileno(stream_), &info) == 0 ? static_cast<std::uint64_t>(info.st_size) : 0;
+}
+
 bool InputFile::begins_with(const std::string& magic) const {
     return magic.size() <= head_bytes_ && std::equal(magic.begin(), magic.end(), head_.begin());
 }

@@ -18,6 +18,7 @@ public:
     InputFile& operator=(const InputFile&) = delete;
     const std::string& path() const { return path_; }
     std::FILE* stream() const { return stream_; }
+    std::uint64_t bytes() const;  ///< its length
     bool begins_with(const std::string& magic) const;
 
 private:

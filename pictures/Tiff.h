@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <string>
 
 #include "pictures/Format.h"
 
@@ -33,7 +34,7 @@ public:
     /// Leaves the file as it is, for good: where the library had no memory for its tables, a close may fall over them.
     void abandon() { tiff = nullptr; }
     TIFFOpenOptions* options() { return options_; }
-    const char* error() const { return error_; }  ///< of the library, empty when there is none
+    std::string error() const { return error_; }  ///< of the library, empty when there is none
     /// Throws std::bad_alloc when the library has told of a fault that came from a want of memory. It may have gone on
     /// without what it had no memory for.
     void check_memory() const {

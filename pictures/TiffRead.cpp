@@ -79,7 +79,7 @@ template <class Sample> struct Block {
 
 class Reader {
 public:
-    Reader(InputFile& file, Watch& watch) : path_(file.path()), watch_(watch) {
+    Reader(InputFile& file, Watch& watch) : path_(file.path()), file_bytes_(file.bytes()), watch_(watch) {
         handle_.tiff = TIFFOpenExt(path_.c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
         if (handle_.tiff == nullptr) fail();
         handle_.check_memory();
@@ -209,12 +209,28 @@ private:
         }
     }
 
+    /// The library clears a whole strip or tile before it decodes it: one that the file is too short for is refused. No
+    /// form of these packs more than some 1,500 bytes into one; of other compressions there is no such limit.
+    void check_backed() const {
+        constexpr std::uint64_t most_packed = 4096;
+        std::uint16_t packing = COMPRESSION_NONE;
+        TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_COMPRESSION, &packing);
+        const bool limited = packing == COMPRESSION_NONE || packing == COMPRESSION_LZW ||
+                             packing == COMPRESSION_PACKBITS || packing == COMPRESSION_DEFLATE ||
+                             packing == COMPRESSION_ADOBE_DEFLATE;
+        const auto bytes = layout_.tiled ? TIFFTileSize64(handle_.tiff) : TIFFStripSize64(handle_.tiff);
+        if (limited && bytes / most_packed > file_bytes_) {
+            throw Failure(path_, "damaged or cut short TIFF: it is too short for its strips or tiles");
+        }
+    }
+
     void read_converted(QX_World& world) {
         char why[1024] = "";
         const bool cmyk = layout_.photometric == PHOTOMETRIC_SEPARATED;
         const bool integers = layout_.kind == SAMPLEFORMAT_UINT && layout_.bits <= 8;  // others would lose values
         const bool possible = integers && !cmyk && layout_.alpha < 0 && TIFFRGBAImageOK(handle_.tiff, why) != 0;
         if (!possible) throw Failure(path_, "this kind of TIFF is not supported (grey and RGB of 8, 16 bits, float)");
+        check_backed();
         const Block<std::uint32_t> raster(std::size_t{layout_.width} * layout_.height);
         if (TIFFReadRGBAImageOriented(handle_.tiff, layout_.width, layout_.height, raster.samples.get(),
                                       ORIENTATION_TOPLEFT, 1) == 0) {
@@ -253,6 +269,7 @@ private:
     }
 
     const std::string path_;
+    const std::uint64_t file_bytes_;
     Watch& watch_;
     TiffHandle handle_;
     Layout layout_;

@@ -7,6 +7,8 @@
 #include <exception>
 #include <initializer_list>
 
+#include "pictures/Files.h"
+
 namespace qx::tool {
 namespace {
 
@@ -47,6 +49,7 @@ void show_line(const std::string& words) {
 void install_terminate_handler() noexcept {
     std::set_terminate([] {
         constexpr char words[] = "qx: the work failed, most likely for want of memory\n";
+        pictures::remove_unfinished();
         static_cast<void>(!::write(STDERR_FILENO, words, sizeof words - 1));
         ::_exit(kWorkFailed);
     });

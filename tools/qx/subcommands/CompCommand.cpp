@@ -38,9 +38,9 @@ pictures::Picture read(const std::string& file) {
     pictures::Picture picture = read_with_bar(file);
     const QX_World& world = *picture.world;
     std::ostringstream words;
-    words << file << ": " << world.width << " x " << world.height << ", " << world.Depth() << " bits"
+    words << world.width << " x " << world.height << ", " << world.Depth() << " bits"
           << (picture.has_alpha ? ", alpha" : "");
-    say_detail(words.str());
+    say_detail(file, words.str());
     for (const auto& note : picture.notes) say_note(std::string(file).append(": ").append(note));
     return picture;
 }
@@ -163,7 +163,7 @@ void run(const CompOptions& options) {
         FileProgress progress("writing");
         pictures::write_picture(options.output, inputs.background, depth, {options.half}, progress);
     }
-    say_detail(options.output + ": written");
+    say_detail(options.output, "written");
 }
 
 }  // namespace

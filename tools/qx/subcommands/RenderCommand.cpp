@@ -86,7 +86,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
             told = true;
             pictures::write_picture(file, frame, scene.depth, {}, watch);
         }
-        say_detail(file + (skipped ? ": is there" : ": written"));
+        say_detail(file, skipped ? "is there" : "written");
         progress.done(number, skipped);
     }
 }
@@ -124,7 +124,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     }
     watch.must_go_on();
     movie.commit();
-    say_detail(options.output + ": written");
+    say_detail(options.output, "written");
 }
 
 void run(const RenderOptions& options) {

@@ -14,7 +14,7 @@ QX_EXPORT int QX_AreaSample_Straight(void* in_data, std::int32_t x, std::int32_t
 QX_EXPORT int QX_AreaSample_Straight16(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params,
                                        QX_Pixel16* out);
 
-/// @tparam Quality  1 takes the bilinear, 2 the bicubic clipped sampler for thin footprints. Refuses a GPU world.
+/// `Quality` 1 takes the bilinear, 2 the bicubic clipped sampler for thin footprints. Refuses a GPU world.
 template <class Pixel, int Quality>
 QX_EXPORT int QX_AreaSample_CPlusPlus(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params,
                                       Pixel* out);

@@ -55,11 +55,6 @@ inline QX_Pixel8 argb(std::int64_t alpha, std::int64_t red, std::int64_t green, 
     return {byte(alpha), byte(red), byte(green), byte(blue)};
 }
 
-inline void write_bytes(const std::string& path, int width, int height, const std::function<QX_Pixel8(int, int)>& make,
-                        bool has_alpha = true) {
-    pictures::write_picture(path, picture<QX_Pixel8>(width, height, has_alpha, make), 8);
-}
-
 /// An opaque picture of bytes that no format can make small.
 pictures::Picture noise(int width, int height);
 

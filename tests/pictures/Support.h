@@ -79,6 +79,11 @@ template <class Fault, class Call> std::string fault_of(const Call& call) {
     }
     return "";
 }
+/// The two parts of a row "text => words".
+inline std::pair<std::string, std::string> halves(const std::string& row) {
+    const std::size_t end = row.find(" => ");
+    return {row.substr(0, end), row.substr(end + 4)};
+}
 #define EXPECT_HOLDS(text, words) EXPECT_PRED_FORMAT2(testing::IsSubstring, std::string(words), std::string(text))
 
 /// A test in a folder of its own.

@@ -29,24 +29,17 @@ template <class Pixel> void copy() {
                                                  {{3, 4, 80, 50}, {-5, 6, 150, 99}},
                                                  {{0, 0, 90, 60}, {10, 3, 41, 22}},
                                                  {{7, 2, 60, 33}, {1, 1, 95, 20}}};
-    Picture<Pixel> source(90, 60, 3);
-    const auto copied = [&](const std::string& name, const auto& routine) {
-        Picture<Pixel> out(101, 70, 4);
-        const int code = routine(out.record());
-        tell(name, code, out);
-    };
+    Picture<Pixel> source(90, 60, 3), out(101, 70, 4);
     for (int i = 0; i < 4; ++i) {
+        Picture<Pixel> draft(101, 70, 4), fine(101, 70, 4);
         const auto& [from, to] = rects[i];
-        copied("copy-draft/" + depth + std::to_string(i), [&, &from = from, &to = to](QX_LayerDef* out) {
-            return QX_CopyBits_Draft(nullptr, source.record(), out, &from, &to);
-        });
-        copied("copy-fine/" + depth + std::to_string(i), [&, &from = from, &to = to](QX_LayerDef* out) {
-            return QX_CopyBits_HQ_Straight(nullptr, source.record(), out, &from, &to);
-        });
+        int code = QX_CopyBits_Draft(nullptr, source.record(), draft.record(), &from, &to);
+        tell("copy-draft/" + depth + std::to_string(i), code, draft);
+        code = QX_CopyBits_HQ_Straight(nullptr, source.record(), fine.record(), &from, &to);
+        tell("copy-fine/" + depth + std::to_string(i), code, fine);
     }
     const M_Matrix3 matrix{{{1.3, 0.4, 0}, {-0.5, 0.8, 0}, {20, 9, 1}}};
-    copied("copy-matrix/" + depth,
-           [&](QX_LayerDef* out) { return QX_CopyBits3_LO_Straight(nullptr, source.record(), &matrix, 0, 0, out); });
+    tell("copy-matrix/" + depth, QX_CopyBits3_LO_Straight(nullptr, source.record(), &matrix, 0, 0, out.record()), out);
     at_each_depth([&]<class To>(To) { convert<To>(source); });
 }
 

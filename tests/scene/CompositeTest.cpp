@@ -38,20 +38,20 @@ TEST(Composite, BandsGiveWhatOneTransferGives) {
     const M_LRect all{0, 0, 50, 80};
     for (const ModeName& mode : all_modes()) {
         for (int kind = mode.number == xfer_mask_crossfade ? 0 : -1; kind < 4; ++kind) {
-            Transfer t;
-            t.layer = layer.world.get();
-            t.x = -5, t.y = 17;
-            t.mode = mode.number;
-            t.opacity = 0.75f;
-            t.field = mode.number % 3;
-            t.rgb_only = mode.number % 2 == 0;
-            t.seed = 12345;
-            if (kind >= 0) {
-                t.mask = mask.world.get();
-                t.mask_x = record.x, t.mask_y = record.y;
-                t.mask_kind = static_cast<QX_MaskKind>(kind);
-                record.flags = t.mask_kind;
-            }
+            Transfer t{.layer = layer.world.get(),
+                       .x = -5,
+                       .y = 17,
+                       .mode = mode.number,
+                       .opacity = 0.75f,
+                       .rgb_only = mode.number % 2 == 0,
+                       .seed = 12345,
+                       .field = mode.number % 3,
+                       .mask = kind >= 0 ? mask.world.get() : nullptr,
+                       .mask_x = record.x,
+                       .mask_y = record.y,
+                       .mask_kind = static_cast<QX_MaskKind>(std::max(kind, 0)),
+                       .matrices = {}};
+            record.flags = t.mask_kind;
             const auto expected = copy_of(background);
             const QX_CompositeModePlus plus(t.mode, t.opacity, nullptr, t.rgb_only, t.seed);
             ASSERT_EQ(QX_TransferRect(nullptr, 0, 0, t.field, &all, layer.world.get(), &plus, nullptr,
@@ -94,9 +94,7 @@ TEST(Composite, TransformsThatMapPixelsToPixels) {
             const QX_Pixel8 p = row_of<QX_Pixel8>(*layer.world, from / 100)[from % 100];
             if (p.alpha == 255) row_of<QX_Pixel8>(*expected, y + 30)[x + 20] = p;
         }
-        Transfer t;
-        t.layer = layer.world.get();
-        t.matrices = {matrix_of(c.placing)};
+        Transfer t{.layer = layer.world.get(), .matrices = {matrix_of(c.placing)}};
         for (t.quality = c.first_quality; t.quality <= c.last_quality; ++t.quality) {
             expect_composite(t, background, *expected, c.name + (", quality " + std::to_string(t.quality)));
         }
@@ -106,11 +104,8 @@ TEST(Composite, TransformsThatMapPixelsToPixels) {
 TEST(Composite, LayerBesideTheBackgroundChangesNothing) {
     const Born library(32);
     const auto background = random_pixels(4, 20, 20), layer = random_pixels(5, 10, 10);
-    Transfer t;
-    t.layer = layer.world.get();
-    t.mode = xfer_alpha_multiply;
     for (const int x : {-10, 20, 1'000'000, -1'000'000}) {
-        t.x = x;
+        const Transfer t{.layer = layer.world.get(), .x = x, .mode = xfer_alpha_multiply, .matrices = {}};
         expect_composite(t, background, *background.world, std::to_string(x));
     }
 }

@@ -89,77 +89,67 @@ TEST(Shutter, MatricesStandAtTheTimesOfPhaseAndAngle) {
     }
 }
 
-/// Scenes with ' for ": `before`, a text of the list and `after`; each has a fault with the words `place` and the
-/// text's.
-using Faults = std::vector<std::pair<std::string, std::string>>;
 class SceneFaults : public InFolder {
 protected:
-    void expect(const std::string& before, const std::string& after, const std::string& place, const Faults& faults) {
+    /// Scenes with ' for ": `before`, the text of a row and `after`; each has a fault with `place` and the row's words.
+    void expect(const std::string& before, const std::string& after, const std::string& place, const Names& rows) {
         put("a.png", "not looked at");
-        for (const auto& [text, words] : faults) {
+        for (const std::string& row : rows) {
+            const auto [text, words] = halves(row);
             put_quoted("s.json", before + text + after);
             const auto fault = fault_of<SceneFault>([&] { read_scene(folder / "s.json"); });
-            EXPECT_TRUE(fault.starts_with(folder / "s.json: ")) << text << fault;
-            EXPECT_HOLDS(fault, place + words) << text;
+            EXPECT_TRUE(fault.starts_with(folder / "s.json: ")) << row << fault;
+            EXPECT_HOLDS(fault, place + words) << row;
         }
     }
 };
 
 TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
     expect("", "", "",
-           {{"{'size': [8, 8],\n 'layers': [}", "line 2, column 13"},
-            {"{'size': [8, 8], 'size': [8, 8], 'layers': []}", "key size stands twice"},
-            {"{'size': [8, 1e999], 'layers': []}", "1e999"},
-            {"[]", "/ is not an object"},
-            {"{'layers': []}", "/size is missing"},
-            {"{'size': [8, 8]}", "/layers is missing"},
-            {"{'size': [8], 'layers': []}", "/size does not have 2 items"},
-            {"{'size': [8, 30001], 'layers': []}", "/size/1 is not a whole number from 1 to 30000"},
-            {"{'size': [8, 8.5], 'layers': []}", "/size/1 is not a whole number"},
-            {"{'size': [8, 8], 'layer': []}", "/layer is an unknown key; the nearest is layers"}});
+           {"{'size': [8, 8],\n 'layers': [} => line 2, column 13",
+            "{'size': [8, 8], 'size': [8, 8], 'layers': []} => key size stands twice",
+            "{'size': [8, 1e999], 'layers': []} => 1e999", "[] => / is not an object",
+            "{'layers': []} => /size is missing", "{'size': [8, 8]} => /layers is missing",
+            "{'size': [8], 'layers': []} => /size does not have 2 items",
+            "{'size': [8, 30001], 'layers': []} => /size/1 is not a whole number from 1 to 30000",
+            "{'size': [8, 8.5], 'layers': []} => /size/1 is not a whole number",
+            "{'size': [8, 8], 'layer': []} => /layer is an unknown key; the nearest is layers"});
     expect("{'size': [8, 8], ", ", 'layers': []}", "/",
-           {{"'depth': 12", "depth is none of 8, 16, 32"},
-            {"'rate': 0", "rate is not a number"},
-            {"'rate': [24, 0]", "rate/1 is not a whole number"},
-            {"'frames': [3, 2]", "frames ends before it begins"},
-            {"'background': [0, 2, 0]", "background/1 is not a number from 0 to 1"},
-            {"'background': 'b.png'", "background " + folder / "b.png" + ": no such file"}});
+           {"'depth': 12 => depth is none of 8, 16, 32", "'rate': 0 => rate is not a number",
+            "'rate': [24, 0] => rate/1 is not a whole number", "'frames': [3, 2] => frames ends before it begins",
+            "'background': [0, 2, 0] => background/1 is not a number from 0 to 1"});
+    expect("{'size': [8, 8], ", ", 'layers': []}", "/b.png: ", {"'background': 'b.png' => no such file"});
     expect("{'size': [8, 8], 'layers': [", "]}", "/layers/0/file ",
-           {{"{'mode': 2}", "is missing"}, {"{'file': 7}", "is not a text"}});
+           {"{'mode': 2} => is missing", "{'file': 7} => is not a text"});
     const std::string layers = "{'size': [8, 8], 'layers': [{'file': 'a.png'}, {'file': 'a.png', ", end = "}]}";
+    expect(layers, end, "/m.png: ", {"'mask': 'm.png' => no such file"});
     expect(layers, end, "/layers/1/",
-           {{"'opacity': 1.5", "opacity is not a number from 0 to 1"},
-            {"'opacity': {'keys': []}", "opacity/keys does not have 1 to"},
-            {"'mode': 'mask-crossfade'", "mask is missing"},
-            {"'mode': -1", "mode -1: mode numbers"},
-            {"'mask': 'm.png'", "mask " + folder / "m.png" + ": no such file"},
-            {"'matte': [0, 0]", "matte does not have 3 items"},
-            {"'quality': 3", "quality is not a text"},
-            {"'rgb-only': 1", "rgb-only is neither true nor false"},
-            {"'linear': 0", "linear is not a number"},
-            {"'seed': 0.5", "seed is not a whole number"},
-            {"'name': 7", "name is not a text"},
-            {"'field': 'both'", "field both: not one of all, even, odd"},
-            {"'comment': ['a']", "comment is not a text"}});
+           {"'opacity': 1.5 => opacity is not a number from 0 to 1",
+            "'opacity': {'keys': []} => opacity/keys does not have 1 to", "'mode': 'mask-crossfade' => mask is missing",
+            "'mode': -1 => mode -1: mode numbers", "'matte': [0, 0] => matte does not have 3 items",
+            "'quality': 3 => quality is not a text", "'rgb-only': 1 => rgb-only is neither true nor false",
+            "'linear': 0 => linear is not a number", "'seed': 0.5 => seed is not a whole number",
+            "'name': 7 => name is not a text", "'field': 'both' => field both: not one of all, even, odd",
+            "'comment': ['a'] => comment is not a text"});
     expect(layers, end, "/layers/1/",
-           {{"'opacty': 1", "opacty is an unknown key; the nearest is opacity"},
-            {"'opacity': {'keys': [{'frame': 1, 'value': 'x'}]}", "opacity/keys/0/value is not a list"},
-            {"'opacity': {'keys': [{'frame': 2, 'value': 1}, {'frame': 2, 'value': 0}]}",
-             "opacity/keys/1/frame does not come after"},
-            {"'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': 'cubic'}",
-             "opacity/interpolation cubic: not one of linear, smooth"},
-            {"'mode': 'scren'", "mode scren: no such mode; the nearest is screen"},
-            {"'mask': {'file': 'a.png', 'kind': 'red'}", "mask/kind red: not one of"},
-            {"'name': 'sky', 'seed': 0.5", "seed (sky) is not a whole number"},
-            {"'name': 'sky', 'mode': 'scren'", "mode (sky) scren: no such mode"},
-            {"'name': 'sky', 'opacity': {'keys': [{'frame': 'x'}]}", "opacity/keys/0/frame (sky) is not"}});
+           {"'opacty': 1 => opacty is an unknown key; the nearest is opacity",
+            "'opacity': {'keys': [{'frame': 1, 'value': 'x'}]} => opacity/keys/0/value is not a list",
+            "'opacity': {'keys': [{'frame': 2, 'value': 1}, {'frame': 2, 'value': 0}]} => opacity/keys/1/frame does "
+            "not come after",
+            "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': 'cubic'} => opacity/interpolation cubic: "
+            "not one of linear, smooth",
+            "'mode': 'scren' => mode scren: no such mode; the nearest is screen",
+            "'mask': {'file': 'a.png', 'kind': 'red'} => mask/kind red: not one of",
+            "'name': 'sky', 'seed': 0.5 => seed (sky) is not a whole number",
+            "'name': 'sky', 'mode': 'scren' => mode (sky) scren: no such mode",
+            "'name': 'sky', 'opacity': {'keys': [{'frame': 'x'}]} => opacity/keys/0/frame (sky) is not"});
     expect(layers, end, "/layers/1/",
-           {{"'transform': {'rotate': [1, 2]}", "transform/rotate does not have 1 items"},
-            {"'transform': {'scale': 'big'}", "transform/scale is not a list of 1 to 2 numbers"},
-            {"'transform': {'matrix': [1, 0, 0], 'scale': 2}", "transform/matrix excludes scale"},
-            {"'transform': {'matrix': [1, 0, 0]}", "transform/matrix does not have 9 items"},
-            {"'shutter': {'angle': -1}", "shutter/angle is not a number from 0 to 3600"},
-            {"'shutter': {'matrices': 258}", "shutter/matrices is not a whole number from 2 to 257"}});
+           {"'transform': {'rotate': [1, 2]} => transform/rotate does not have 1 items",
+            "'transform': {'scale': 'big'} => transform/scale is not a list of 1 to 2 numbers",
+            "'transform': {'matrix': [1, 0, 0], 'scale': 2} => transform/matrix excludes scale",
+            "'transform': {'matrix': [1, 0, 0]} => transform/matrix does not have 9 items",
+            "'shutter': {'angle': -1} => shutter/angle is not a number from 0 to 3600",
+            "'shutter': {'matrices': 258} => shutter/matrices is not a whole number from 2 to 257"});
 }
 
 TEST_F(SceneFile, WhatItSaysArrives) {

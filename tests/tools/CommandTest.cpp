@@ -23,72 +23,47 @@ protected:
 using CommandDeathTest = Command;  // runs before threads are there
 
 TEST_F(Command, FaultsGiveOneLineAStatusAndNoFile) {
-    const struct {
-        const char* arguments;
-        int status;
-        const char* words;
-    } cases[] = {
-        {"", 2, "subcommand"},
-        {"compose a.png b.png -o out.png", 2, "compose"},
-        {"come a.png b.png -o out.png", 2, "come: no such subcommand; the nearest is comp"},
-        {"comp -o out.png", 2, "files"},
-        {"comp a.png -o out.png", 2, "at least one layer"},
-        {"comp a.png b.png", 2, "--output"},
-        {"comp a.png '' -o out.png", 2, "an argument is empty"},
-        {"comp a.png /dev/null -o out.png", 1, "/dev/null: is not a regular file"},
-        {"comp a.png --mode mask-crossfade b.png b.png --mask a.png -o out.png", 2, "needs --mask"},
-        {"comp a.png b.png -o out.xyz", 2, "none of png"},
-        {"comp a.png b.png --half -o out.tif", 2, "--half is for OpenEXR"},
-        {"comp a.png b.png -o /no/such/folder/x.png", 1, "/no/such/folder/x.png: its folder is missing"},
-        {"comp a.png b.png --mask /no/such/mask.png -o out.png", 1, "/no/such/mask.png: No such file"},
-        {"comp a.png /no/such/layer.png -o out.png", 1, "/no/such/layer.png: No such file"},
-        {"comp / b.png -o out.png", 1, "/: is a folder"},
-        {"modes a.png -o out.png", 2, "B is required"},
-        {"info --xml", 2, "--xml"},
-    };
-    for (const auto& c : cases) expect_fault(c.arguments, c.status, c.words);
-    const std::pair<std::string, std::string> options[] = {
-        {"--wrong", "--wrong (see"},
-        {"--opacty 1", "--opacty; the nearest is --opacity"},
-        {"--mask=", "--mask=: its value is empty"},
-        {"--mode scren", "--mode scren: no such mode; the nearest is screen"},
-        {"--mode -1", "--mode -1"},
-        {"--mode -2", "needs --mask"},
-        {"--opacity abc", "--opacity abc"},
-        {"--opacity 2", "--opacity 2: not a number from 0 to 1"},
-        {"--at 5", "--at 5"},
-        {"--translate 5", "--translate 5: not a position X,Y"},
-        {"--scale 1,2,3", "--scale 1,2,3: not a scale S or S,SY"},
-        {"--rotate inf", "--rotate inf: not a number"},
-        {"--matrix 1,0,0,0,1,0,0,0", "not nine numbers"},
-        {"--scale 2 --matrix 1,0,0,0,1,0,0,0,1", "--matrix and --scale exclude each other"},
-        {"--depth 12", "--depth 12"},
-        {"--linear 0", "--linear 0"},
-        {"--field both", "--field both: not one of all, even, odd"},
-        {"--mask-kind luma", "--mask-kind needs --mask"},
-        {"-j 0", "--threads 0"},
-        {"-q -v", "--quiet"},
-    };
-    for (const auto& [option, words] : options) expect_fault("comp a.png b.png " + option + " -o out.png", 2, words);
+    expect_faults(
+        2, "", "",
+        {" => subcommand", "compose a.png b.png -o out.png => compose",
+         "come a.png b.png -o out.png => come: no such subcommand; the nearest is comp", "comp -o out.png => files",
+         "comp a.png -o out.png => at least one layer", "comp a.png b.png => --output",
+         "comp a.png '' -o out.png => an argument is empty",
+         "comp a.png --mode mask-crossfade b.png b.png --mask a.png -o out.png => needs --mask",
+         "comp a.png b.png -o out.xyz => none of png", "comp a.png b.png --half -o out.tif => --half is for OpenEXR",
+         "modes a.png -o out.png => B is required", "info --xml => --xml"});
+    expect_faults(1, "comp ", "",
+                  {"a.png /dev/null -o out.png => /dev/null: is not a regular file",
+                   "a.png b.png -o /no/such/folder/x.png => /no/such/folder/x.png: its folder is missing",
+                   "a.png b.png --mask /no/such/mask.png -o out.png => /no/such/mask.png: No such file",
+                   "a.png /no/such/layer.png -o out.png => /no/such/layer.png: No such file",
+                   "/ b.png -o out.png => /: is a folder"});
+    expect_faults(
+        2, "comp a.png b.png ", " -o out.png",
+        {"--opacty 1 => --opacty; the nearest is --opacity",
+         "--mode scren => --mode scren: no such mode; the nearest is screen",
+         "--opacity 2 => --opacity 2: not a number from 0 to 1", "--translate 5 => --translate 5: not a position X,Y",
+         "--scale 1,2,3 => --scale 1,2,3: not a scale S or S,SY", "--matrix 1,0,0,0,1,0,0,0 => not nine numbers",
+         "--scale 2 --matrix 1,0,0,0,1,0,0,0,1 => --matrix and --scale exclude each other",
+         "--field both => --field both: not one of all, even, odd", "--mask-kind luma => --mask-kind needs --mask"});
+    expect_faults(2, "comp a.png b.png ", " -o out.png",
+                  {"--wrong => --wrong (see", "--mask= => --mask=: its value is empty", "--mode -1 => --mode -1",
+                   "--mode -2 => needs --mask", "--opacity abc => --opacity abc", "--at 5 => --at 5",
+                   "--rotate inf => --rotate inf: not a number", "--depth 12 => --depth 12", "--linear 0 => --linear 0",
+                   "-j 0 => --threads 0", "-q -v => --quiet"});
 }
 
 TEST_F(Command, SettingsComeFromFlagThenEnvironmentThenDefault) {
     const std::string none = "env -u QX_THREADS -u QX_BANDS", both = "QX_THREADS=3 QX_BANDS=5";
-    const struct {
-        std::string flags, environment;
-        const char* key;
-        int value;
-    } cases[] = {{"", none, "bands", 32},
-                 {"", none, "slots", 118},
-                 {"", both, "bands", 5},
-                 {"", both, "threads", 3},
-                 {"--bands 7 -j 2", both, "bands", 7},
-                 {"--bands 7 --threads 2", both, "threads", 2}};
-    for (const auto& c : cases) {
-        const auto outcome = qx("info --json " + c.flags, c.environment);
-        ASSERT_EQ(outcome.status, 0) << outcome.errors;
-        EXPECT_EQ(nlohmann::json::parse(outcome.output)[c.key], c.value) << c.flags << " " << c.environment;
-    }
+    const auto info = [&](const std::string& flags, const std::string& environment, const char* key) -> int {
+        return nlohmann::json::parse(qx("info --json " + flags, environment).output)[key];
+    };
+    EXPECT_EQ(info("", none, "bands"), 32);
+    EXPECT_EQ(info("", none, "slots"), 118);
+    EXPECT_EQ(info("", both, "bands"), 5);
+    EXPECT_EQ(info("", both, "threads"), 3);
+    EXPECT_EQ(info("--bands 7 -j 2", both, "bands"), 7);
+    EXPECT_EQ(info("--bands 7 --threads 2", both, "threads"), 2);
     expect_fault("info", 2, "QX_THREADS many", "QX_THREADS=many");
 }
 

@@ -110,27 +110,18 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
     put_quoted("bad.json", "{'size': [8, 8], 'layers': [{'file': 'a.png', 'mod': 2}]}");
     put_quoted("odd.json", "{'size': [9, 8], 'layers': [], 'frames': [1, 2]}");
     put_quoted("endless.json", "{'size': [8, 8], 'layers': []}");
-    const struct {
-        const char* arguments;
-        int status;
-        const char* words;
-    } cases[] = {
-        {"moving.json", 2, "--output"},
-        {"no.json -o x.#.png", 1, "no.json: No such file"},
-        {"a.png -o x.#.png", 1, "a.png: parse error at line 1"},
-        {"bad.json -o x.#.png", 1, "bad.json: /layers/0/mod is an unknown key; the nearest is mode"},
-        {"endless.json -o x.#.png", 2, "--frames A-B is needed"},
-        {"moving.json -o x.png", 2, "more than one frame"},
-        {"moving.json -o x.#.gif", 2, "none of png"},
-        {"moving.json -o no/x.#.png", 1, "its folder is missing"},
-        {"moving.json -o no/x.mp4", 1, "no/x.mp4: "},
-        {"moving.json -o x.#.png --frames 4-5", 1, "/layers/0/file q.05.png: no such file, frame 5 needs it"},
-        {"moving.json -o ../$(basename $PWD)/q.%02d.png --frames 3-4", 2, "q.03.png: is a picture of the scene"},
-        {"moving.json -o x.mp4 --resume", 2, "--resume is for pictures"},
-        {"odd.json -o x.mp4", 1, "x.mp4: frames of 9 x 8: a movie needs even sides"},
-        {"moving.json -o x.#.png --frame 1", 2, "--frame; the nearest is --frames"},
-    };
-    for (const auto& c : cases) expect_fault(std::string("render ") + c.arguments, c.status, c.words);
+    expect_faults(1, "render ", "",
+                  {"no.json -o x.#.png => no.json: No such file", "a.png -o x.#.png => a.png: parse error at line 1",
+                   "bad.json -o x.#.png => bad.json: /layers/0/mod is an unknown key; the nearest is mode",
+                   "moving.json -o no/x.#.png => its folder is missing", "moving.json -o no/x.mp4 => no/x.mp4: ",
+                   "moving.json -o x.#.png --frames 4-5 => /layers/0/file q.05.png: no such file, frame 5 needs it",
+                   "odd.json -o x.mp4 => x.mp4: frames of 9 x 8: a movie needs even sides"});
+    expect_faults(2, "render ", "",
+                  {"moving.json => --output", "endless.json -o x.#.png => --frames A-B is needed",
+                   "moving.json -o x.png => more than one frame", "moving.json -o x.#.gif => none of png",
+                   "moving.json -o ../$(basename $PWD)/q.%02d.png --frames 3-4 => q.03.png: is a picture of the scene",
+                   "moving.json -o x.mp4 --resume => --resume is for pictures",
+                   "moving.json -o x.#.png --frame 1 => --frame; the nearest is --frames"});
 }
 
 /// The signal comes while a movie is open, then while the second picture is made: of those the first is there.

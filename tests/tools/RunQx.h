@@ -49,6 +49,11 @@ protected:
         EXPECT_EQ(outcome.output, "");
         EXPECT_EQ(folder.names(), names);
     }
+    /// The same of rows "arguments => words", within other arguments.
+    void expect_faults(int status, const std::string& before, const std::string& after, const Names& rows) const {
+        for (const std::string& row : rows)
+            expect_fault(before + halves(row).first + after, status, halves(row).second);
+    }
     /// A picture whose colours are its positions.
     void gradient(const std::string& name, int width, int height, int alpha, int blue = 0) const {
         write(

@@ -53,8 +53,7 @@ TEST_F(ExrKinds, DataWindowLiesInTheDisplayWindow) {
     const auto picture = read("a.exr");
     EXPECT_TRUE(picture.has_alpha);
     EXPECT_TRUE(picture.linear);
-    ASSERT_EQ(picture.world->width, 10);
-    ASSERT_EQ(picture.world->height, 5);
+    ASSERT_EQ(std::pair(picture.world->width, picture.world->height), std::pair(10, 5));
     for (int i = 0; i < 50; ++i) {
         const bool inside = i % 10 >= 2 && i / 10 <= 2;  // columns 12 to 19 of 10 to 19, rows 10 to 12 of 10 to 14
         ASSERT_EQ(channels(picture, i % 10, i / 10), inside ? (List{0.5, 0.25, 0.5, 0.75}) : List(4)) << i;

@@ -61,6 +61,12 @@ pictures::Picture noise(int width, int height);
 /// Pixel (x, y) as alpha, red, green, blue, whatever the depth.
 List channels(const QX_World& world, int x, int y);
 inline List channels(const pictures::Picture& picture, int x, int y) { return channels(*picture.world, x, y); }
+/// The pixels of the first row so.
+inline std::vector<List> first_row(const pictures::Picture& picture) {
+    std::vector<List> row;
+    for (int x = 0; x < picture.world->width; ++x) row.push_back(channels(picture, x, 0));
+    return row;
+}
 /// True when two worlds have the same size, depth and pixels.
 bool same_pixels(const QX_World& a, const QX_World& b);
 inline bool same_pixels(const pictures::Picture& a, const pictures::Picture& b) {

@@ -63,7 +63,8 @@ TEST_F(Watched, PicturesOnSeveralThreadsDoNotMeet) {
             Limit watch(number % 4 == 3 ? 50 : 1000);
             try {
                 write_picture(folder / name, in, 8, {}, watch);
-                EXPECT_TRUE(name.ends_with("jpg") || same_pixels(*at_depth(name, *read(name).world, 8), *in.world));
+                EXPECT_TRUE(name.ends_with("jpg") || same_pixels(*at_depth(name, *read(name).world, 8), *in.world))
+                    << name;
                 EXPECT_NE(number % 4, 3);
             } catch (const Stopped&) {
                 EXPECT_EQ(number % 4, 3);

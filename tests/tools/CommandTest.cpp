@@ -56,7 +56,9 @@ TEST_F(Command, FaultsGiveOneLineAStatusAndNoFile) {
 TEST_F(Command, SettingsComeFromFlagThenEnvironmentThenDefault) {
     const std::string none = "env -u QX_THREADS -u QX_BANDS", both = "QX_THREADS=3 QX_BANDS=5";
     const auto info = [&](const std::string& flags, const std::string& environment, const char* key) -> int {
-        return nlohmann::json::parse(qx("info --json " + flags, environment).output)[key];
+        const auto outcome = qx("info --json " + flags, environment);
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        return nlohmann::json::parse(outcome.output)[key];
     };
     EXPECT_EQ(info("", none, "bands"), 32);
     EXPECT_EQ(info("", none, "slots"), 118);

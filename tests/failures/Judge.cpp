@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/failures/Judge.h"
-
 #include <cxxabi.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <sstream>
+
+#include "tests/failures/Failures.h"
 
 namespace failures {
 namespace {
@@ -22,7 +22,7 @@ Words stack(const std::string& report, const std::string& headline) {
 }
 
 bool begins_with_one_of(const std::string& text, const Words& beginnings) {
-    return std::any_of(beginnings.begin(), beginnings.end(), [&](const auto& b) { return text.rfind(b, 0) == 0; });
+    return std::any_of(beginnings.begin(), beginnings.end(), [&](const auto& b) { return text.starts_with(b); });
 }
 
 /// Modules whose frames tell nothing of the fault: they raise what others have caused.
@@ -42,37 +42,29 @@ std::string named(const std::string& frame) {
 }
 
 /// The three innermost frames that tell something.
-std::string place(const Words& frames) {
+std::string place(Words frames) {
+    std::erase_if(frames, is_means);
     std::string words;
-    int told = 0;
-    for (const std::string& frame : frames) {
-        if (is_means(frame) || told == 3) continue;
-        words += (told++ == 0 ? "" : " < ") + named(frame);
+    for (std::size_t i = 0; i < std::min<std::size_t>(3, frames.size()); ++i) {
+        words += (i == 0 ? "" : " < ") + named(frames[i]);
     }
     return words;
 }
 
-bool is_whole(const Outcome& outcome, const Outcome& clean) {
-    return std::all_of(outcome.files.begin(), outcome.files.end(), [&](const auto& file) {
-        const auto same = clean.files.find(file.first);
-        return same != clean.files.end() && same->second == file.second;
-    });
-}
-
 /// A run of several files leaves those that were whole before the failure.
 bool is_refusal(const Outcome& outcome, const Outcome& clean) {
-    const bool one_line = outcome.said.rfind("qx: ", 0) == 0 && outcome.said.find('\n') == outcome.said.size() - 1;
+    const bool one_line = outcome.said.starts_with("qx: ") && outcome.said.find('\n') == outcome.said.size() - 1;
     const bool reason = outcome.said.find("memory") != std::string::npos;  // and not that a file is damaged
-    return outcome.status == 1 && one_line && reason && is_whole(outcome, clean) &&
-           outcome.files.size() < clean.files.size();
+    const bool whole =
+        std::includes(clean.files.begin(), clean.files.end(), outcome.files.begin(), outcome.files.end());
+    return outcome.status == 1 && one_line && reason && whole && outcome.files.size() < clean.files.size();
 }
 
 }  // namespace
 
 Judgement judge(const Outcome& outcome, const Outcome& clean) {
     const bool same = outcome.status == 0 && outcome.said == clean.said && outcome.files == clean.files;
-    if (outcome.report.empty() && same) return {Verdict::untouched, ""};
-    if (same) return {Verdict::ok, ""};
+    if (same) return {outcome.report.empty() ? Verdict::untouched : Verdict::ok, ""};
     if (is_refusal(outcome, clean)) return {Verdict::refused, ""};
 
     std::string reason = outcome.hung ? "hangs" : "status " + std::to_string(outcome.status);
@@ -82,7 +74,7 @@ Judgement judge(const Outcome& outcome, const Outcome& clean) {
         if (expected != clean.files.end() && expected->second != bytes) reason += ", " + name + " is wrong";
     }
     if (!outcome.said.empty()) reason += ", says " + outcome.said.substr(0, outcome.said.find('\n'));
-    if (outcome.report.rfind("= failed before main", 0) == 0) return {Verdict::foreign, "before main"};
+    if (outcome.report.starts_with("= failed before main")) return {Verdict::foreign, "before main"};
     const Words crash = stack(outcome.report, "= crashed");
     const auto fault = std::find_if_not(crash.begin(), crash.end(), is_means);
     const bool foreign = fault != crash.end() && !is_ours(*fault) && !outcome.hung;

@@ -3,11 +3,8 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 namespace qx::test {
 
@@ -23,8 +20,8 @@ Folder::~Folder() {
     fs::remove_all(path_, ignored);
 }
 
-std::vector<std::string> Folder::names() const {
-    std::vector<std::string> names;
+Names Folder::names() const {
+    Names names;
     for (const auto& entry : fs::directory_iterator(path_)) names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
@@ -32,18 +29,24 @@ std::vector<std::string> Folder::names() const {
 
 std::string contents(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void put_contents(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
-std::vector<double> channels(const QX_World& world, int x, int y) {
-    const auto list = [](const auto& p) {
-        return std::vector<double>{double(p.alpha), double(p.red), double(p.green), double(p.blue)};
-    };
-    return pictures::with_pixel_of(world, [&]<class Pixel>() { return list(pictures::row_of<Pixel>(world, y)[x]); });
+pictures::Picture noise(int width, int height) {
+    std::mt19937 random(1);
+    return picture<QX_Pixel8>(width, height, false, [&](int, int) {
+        const std::int64_t bits = random();
+        return argb(255, bits >> 8, bits >> 16, bits >> 24);
+    });
+}
+
+List channels(const QX_World& world, int x, int y) {
+    return pictures::with_pixel_of(world, [&]<class Pixel>() {
+        const Pixel& p = pictures::row_of<Pixel>(world, y)[x];
+        return List{double(p.alpha), double(p.red), double(p.green), double(p.blue)};
+    });
 }
 
 bool same_pixels(const QX_World& a, const QX_World& b) {

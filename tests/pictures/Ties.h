@@ -12,26 +12,23 @@ struct Tie {
     float value;
     int below;
 };
-inline std::vector<Tie> ties() {
-    std::vector<Tie> ties;
-    for (int below = 0; below < 255; ++below) {
-        const auto value = static_cast<float>((below + 0.5) / 255);
-        if (value * 255.0f == static_cast<float>(below) + 0.5f) ties.push_back({value, below});
-    }
-    return ties;
+inline const std::vector<Tie>& ties() {
+    static const std::vector<Tie> all = [] {
+        std::vector<Tie> found;
+        for (int below = 0; below < 255; ++below) {
+            const auto value = static_cast<float>((below + 0.5) / 255);
+            if (value * 255.0f == static_cast<float>(below) + 0.5f) found.push_back({value, below});
+        }
+        return found;
+    }();
+    return all;
 }
+inline Tie tie(int index) { return ties()[static_cast<std::size_t>(index) % ties().size()]; }
 
-/// An opaque grey of such a value.
-inline QX_PixelFloat tie_at(int index) {
-    static const std::vector<Tie> all = ties();
-    const float v = all[static_cast<std::size_t>(index) % all.size()].value;
-    return {1, v, v, v};
-}
-/// The channels that it becomes in 8 bits when halves go to the even value.
+/// An opaque grey of such a value, and the channels that it becomes in 8 bits when halves go to the even value.
+inline QX_PixelFloat tie_at(int index) { return {1, tie(index).value, tie(index).value, tie(index).value}; }
 inline std::vector<double> even_tie(int index) {
-    static const std::vector<Tie> all = ties();
-    const int below = all[static_cast<std::size_t>(index) % all.size()].below;
-    const double even = below % 2 == 0 ? below : below + 1;
+    const double even = (tie(index).below + 1) / 2 * 2;
     return {255, even, even, even};
 }
 

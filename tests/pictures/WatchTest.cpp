@@ -2,57 +2,49 @@
 // Work on several files at once, and work that is stopped.
 #include "pictures/Watch.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <filesystem>
-#include <thread>
 
 #include "tests/pictures/Support.h"
 
 namespace {
 
 using namespace qx::pictures;
-using qx::test::Folder;
+using namespace qx::test;
 
 const char* const kNames[] = {"a.png", "b.jpg", "c.tif", "d.exr"};
 
 Picture pattern(int seed) {
-    return qx::test::picture<QX_Pixel8>(150, 100, false,
-                                        [=](int x, int y) { return qx::test::argb(255, x + seed, y * seed, x ^ y); });
+    return picture<QX_Pixel8>(150, 100, false, [=](int x, int y) { return argb(255, x + seed, y * seed, x ^ y); });
 }
 
 /// Stops once it has heard of some rows. What it hears rises up to the whole.
-class Limit : public Watch {
-public:
-    explicit Limit(std::int64_t most) : most_(most) {}
-    bool stops() const noexcept override { return heard >= most_; }
+struct Limit : Watch {
+    explicit Limit(std::int64_t rows) : most(rows) {}
+    bool stops() const noexcept override { return heard >= most; }
     void rows(std::int64_t done, std::int64_t total) noexcept override {
         EXPECT_GE(done, heard);
         EXPECT_LT(done, total);
         heard = done;
     }
+    const std::int64_t most;
     std::int64_t heard = -1;
-
-private:
-    const std::int64_t most_;
 };
 
-TEST(Watch, StopsReadingAndWritingAndLeavesNoFile) {
-    const Folder folder;
-    for (const char* name : kNames) {
+using Watched = InFolder;
+
+TEST_F(Watched, WorkStopsAndLeavesNoFile) {
+    for (const std::string name : kNames) {
         SCOPED_TRACE(name);
         for (const std::int64_t most : {-1, 0, 1, 60}) {
             Limit writing(most), reading(most);
-            qx::test::put_contents(folder / name, "old");
+            put(name, "old");
             EXPECT_THROW(write_picture(folder / name, pattern(1), 8, {}, writing), Stopped);
             EXPECT_EQ(writing.heard, most);
-            EXPECT_EQ(qx::test::contents(folder / name), "old");
-            write_picture(folder / name, pattern(1), 8);
+            EXPECT_EQ(bytes(name), "old");
+            write(name, pattern(1));
             EXPECT_THROW(read_picture(folder / name, reading), Stopped);
             EXPECT_GE(reading.heard, most);
-            std::filesystem::remove(folder / name);
-            EXPECT_TRUE(folder.names().empty());
+            EXPECT_EQ(folder.names(), Names{name});
         }
         Limit all(100);
         write_picture(folder / name, pattern(1), 8, {}, all);
@@ -62,19 +54,17 @@ TEST(Watch, StopsReadingAndWritingAndLeavesNoFile) {
 }
 
 /// Each thread has files, pixels and a watch of its own; one in four is stopped and the others do not notice.
-TEST(Watch, PicturesOnSeveralThreadsDoNotMeet) {
-    const Folder folder;
+TEST_F(Watched, PicturesOnSeveralThreadsDoNotMeet) {
     const mode_t mask = ::umask(027);
     const auto work = [&](int number) {
         for (int round = 0; round < 8; ++round) {
-            const std::string path = folder / (std::to_string(number) + kNames[(number + round) % 4]);
-            const Picture picture = pattern(number);
+            const std::string name = std::to_string(number) + kNames[(number + round) % 4];
+            const Picture in = pattern(number);
             Limit watch(number % 4 == 3 ? 50 : 1000);
             try {
-                write_picture(path, picture, 8, {}, watch);
-                const Picture back = read_picture(path);
-                const bool lossy = path.back() == 'g' && path[path.size() - 2] == 'p';
-                EXPECT_TRUE(lossy || qx::test::same_pixels(*at_depth(path, *back.world, 8), *picture.world)) << path;
+                write_picture(folder / name, in, 8, {}, watch);
+                EXPECT_TRUE(name.ends_with("jpg") || same_pixels(*at_depth(name, *read(name).world, 8), *in.world))
+                    << name;
                 EXPECT_NE(number % 4, 3);
             } catch (const Stopped&) {
                 EXPECT_EQ(number % 4, 3);

@@ -1,24 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Random transforms: every depth and quality; layers that stand still, move on a line and move unevenly.
-#include <cmath>
-
 #include "Picture.h"
 
 namespace renders {
 namespace {
 
-M_Matrix3 moved(double x, double y) { return {{{1, 0, 0}, {0, 1, 0}, {x, y, 1}}}; }
-M_Matrix3 scaled(double x, double y) { return {{{x, 0, 0}, {0, y, 0}, {0, 0, 1}}}; }
-M_Matrix3 turned(double degrees) {
-    const double a = degrees * 0.017453292519943295, c = std::cos(a), s = std::sin(a);
-    return {{{c, s, 0}, {-s, c, 0}, {0, 0, 1}}};
-}
-
 struct Placing {
     double size, degrees, scale, x, y, perspective;
     M_Matrix3 matrix() const {
-        const M_Matrix3 middle = M_MultiplyMatrix(moved(-size / 2, -size / 2), turned(degrees));
-        M_Matrix3 m = M_MultiplyMatrix(M_MultiplyMatrix(middle, scaled(scale, scale * 0.9)), moved(x, y));
+        const double a = degrees * 0.017453292519943295, c = std::cos(a), s = std::sin(a);
+        M_Matrix3 m{{{1, 0, 0}, {0, 1, 0}, {-size / 2, -size / 2, 1}}};
+        for (const M_Matrix3& next :
+             {M_Matrix3{{{c, s, 0}, {-s, c, 0}, {0, 0, 1}}}, M_Matrix3{{{scale, 0, 0}, {0, scale * 0.9, 0}, {0, 0, 1}}},
+              M_Matrix3{{{1, 0, 0}, {0, 1, 0}, {x, y, 1}}}}) {
+            m = M_MultiplyMatrix(m, next);
+        }
         m.m[0][2] = perspective;
         return m;
     }
@@ -45,7 +41,7 @@ std::vector<M_Matrix3> path(Numbers& random, int size) {
     return matrices;
 }
 
-template <class Pixel> void one(std::uint64_t seed, const QX_LinearBlendingTables* tables) {
+template <class Pixel> void one(std::uint64_t seed) {
     Numbers random(seed);
     const int width = random.between(10, 90), height = random.between(10, 70);
     Picture<Pixel> layer(width, height, seed + 1), mask(100, 70, seed + 2), out(121, 83, seed + 3);
@@ -57,26 +53,18 @@ template <class Pixel> void one(std::uint64_t seed, const QX_LinearBlendingTable
     const M_LRect rect{random.between(-5, 40), random.between(-5, 30), random.between(60, 130), random.between(40, 90)};
     const int quality = random.below(4), field = random.below(2) == 0 ? 0 : random.below(3);
     const bool whole = random.below(2) == 0, masked = random.below(3) == 0, linear = random.below(4) == 0;
-    const int code = QX_TransformWorld(nullptr, quality, 0, field, layer.record(), &mode, linear ? tables : nullptr,
-                                       masked ? &at : nullptr, matrices.data(), static_cast<int>(matrices.size()), true,
-                                       whole ? nullptr : &rect, out.record());
+    const int code = QX_TransformWorld(nullptr, quality, 0, field, layer.record(), &mode,
+                                       linear ? gamma_tables() : nullptr, masked ? &at : nullptr, matrices.data(),
+                                       static_cast<int>(matrices.size()), true, whole ? nullptr : &rect, out.record());
     tell("transform/" + depth_name<Pixel>() + "/" + std::to_string(seed), code, out);
 }
-
-struct Transforms {
-    int count;
-    const QX_LinearBlendingTables* tables;
-    template <class Pixel> void run() const {
-        for (int i = 0; i < count; ++i) one<Pixel>(static_cast<std::uint64_t>(1000 + i), tables);
-    }
-};
 
 }  // namespace
 
 void transforms(int count) {
-    QX_LinearBlendingTables tables;
-    QX_BuildGammaBlendingTables(2.2f, &tables);
-    at_each_depth(Transforms{count, &tables});
+    at_each_depth([=]<class Pixel>(Pixel) {
+        for (int i = 0; i < count; ++i) one<Pixel>(static_cast<std::uint64_t>(1000 + i));
+    });
 }
 
 }  // namespace renders

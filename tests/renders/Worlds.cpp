@@ -7,48 +7,41 @@
 namespace renders {
 namespace {
 
-struct Copies {
-    template <class Pixel> void run() const {
-        const std::string depth = depth_name<Pixel>() + "/";
-        const std::pair<M_LRect, M_LRect> rects[] = {{{0, 0, 90, 60}, {0, 0, 90, 60}},
-                                                     {{3, 4, 80, 50}, {-5, 6, 150, 99}},
-                                                     {{0, 0, 90, 60}, {10, 3, 41, 22}},
-                                                     {{7, 2, 60, 33}, {1, 1, 95, 20}}};
-        int i = 0;
-        for (const auto& [from, to] : rects) {
-            Picture<Pixel> source(90, 60, 3), draft(101, 70, 4), fine(101, 70, 4);
-            const std::string number = std::to_string(i++);
-            const int code = QX_CopyBits_Draft(nullptr, source.record(), draft.record(), &from, &to);
-            tell("copy-draft/" + depth + number, code, draft);
-            const int fine_code = QX_CopyBits_HQ_Straight(nullptr, source.record(), fine.record(), &from, &to);
-            tell("copy-fine/" + depth + number, fine_code, fine);
-        }
-        const M_Matrix3 matrix{{{1.3, 0.4, 0}, {-0.5, 0.8, 0}, {20, 9, 1}}};
-        Picture<Pixel> source(90, 60, 3), out(101, 70, 4);
-        tell("copy-matrix/" + depth, QX_CopyBits3_LO_Straight(nullptr, source.record(), &matrix, 0, 0, out.record()),
-             out);
-        to<QX_Pixel8>(source);
-        to<QX_Pixel16>(source);
-        to<QX_PixelFloat>(source);
+/// Two ways to another depth: the draft copy, and the conversion through light.
+template <class To, class From> void convert(Picture<From>& source) {
+    const std::string name = depth_name<From>() + "-to-" + depth_name<To>();
+    Picture<To> out(90, 60, 9);
+    tell("copy-depth/" + name, QX_CopyBits_Draft(nullptr, source.record(), out.record(), nullptr, nullptr), out);
+    QX_LayerDef from{}, into{};
+    QX_NewEffectWorld(90, 60, kBits<From>, 0, 1, &from);
+    QX_NewEffectWorld(90, 60, kBits<To>, 0, 1, &into);
+    QX_CopyBits_Draft(nullptr, source.record(), &from, nullptr, nullptr);
+    QX_DepthConvertWorld(gamma_tables(), from.world, into.world);
+    QX_CopyBits_Draft(nullptr, &into, out.record(), nullptr, nullptr);
+    QX_DisposeEffectWorld(&from);
+    QX_DisposeEffectWorld(&into);
+    tell("convert/" + name, 0, out);
+}
+
+template <class Pixel> void copy() {
+    const std::string depth = depth_name<Pixel>() + "/";
+    const std::pair<M_LRect, M_LRect> rects[] = {{{0, 0, 90, 60}, {0, 0, 90, 60}},
+                                                 {{3, 4, 80, 50}, {-5, 6, 150, 99}},
+                                                 {{0, 0, 90, 60}, {10, 3, 41, 22}},
+                                                 {{7, 2, 60, 33}, {1, 1, 95, 20}}};
+    Picture<Pixel> source(90, 60, 3), out(101, 70, 4);
+    for (int i = 0; i < 4; ++i) {
+        Picture<Pixel> draft(101, 70, 4), fine(101, 70, 4);
+        const auto& [from, to] = rects[i];
+        int code = QX_CopyBits_Draft(nullptr, source.record(), draft.record(), &from, &to);
+        tell("copy-draft/" + depth + std::to_string(i), code, draft);
+        code = QX_CopyBits_HQ_Straight(nullptr, source.record(), fine.record(), &from, &to);
+        tell("copy-fine/" + depth + std::to_string(i), code, fine);
     }
-    /// Two ways to another depth: the draft copy, and the conversion through light.
-    template <class To, class From> void to(Picture<From>& source) const {
-        const std::string name = depth_name<From>() + "-to-" + depth_name<To>();
-        Picture<To> out(90, 60, 9);
-        tell("copy-depth/" + name, QX_CopyBits_Draft(nullptr, source.record(), out.record(), nullptr, nullptr), out);
-        QX_LinearBlendingTables tables;
-        QX_BuildGammaBlendingTables(2.2f, &tables);
-        QX_LayerDef from{}, into{};
-        QX_NewEffectWorld(90, 60, DepthName<From>::bits, 0, 1, &from);
-        QX_NewEffectWorld(90, 60, DepthName<To>::bits, 0, 1, &into);
-        QX_CopyBits_Draft(nullptr, source.record(), &from, nullptr, nullptr);
-        QX_DepthConvertWorld(&tables, from.world, into.world);
-        QX_CopyBits_Draft(nullptr, &into, out.record(), nullptr, nullptr);
-        QX_DisposeEffectWorld(&from);
-        QX_DisposeEffectWorld(&into);
-        tell("convert/" + name, 0, out);
-    }
-};
+    const M_Matrix3 matrix{{{1.3, 0.4, 0}, {-0.5, 0.8, 0}, {20, 9, 1}}};
+    tell("copy-matrix/" + depth, QX_CopyBits3_LO_Straight(nullptr, source.record(), &matrix, 0, 0, out.record()), out);
+    at_each_depth([&]<class To>(To) { convert<To>(source); });
+}
 
 int fill(const QX_Pixel8& c, const M_LRect& r, QX_LayerDef* w) { return QX_Fill(nullptr, &c, &r, w); }
 int fill(const QX_Pixel16& c, const M_LRect& r, QX_LayerDef* w) { return QX_Fill16(nullptr, &c, &r, w); }
@@ -65,39 +58,32 @@ template <class Pixel> int turn(void*, std::int32_t x, std::int32_t y, void* in,
     return 0;
 }
 
-struct Worlds {
-    template <class Pixel> void run() const {
-        const std::string depth = depth_name<Pixel>();
-        const auto changed = [&](const std::string& name, auto change) {
-            Picture<Pixel> world(143, 71, 8);
-            const int code = change(world.record());
-            tell(name + "/" + depth, code, world);
-        };
-        using Channel = decltype(Pixel::alpha);
-        const Pixel colour{static_cast<Channel>(DepthName<Pixel>::full * 0.8),
-                           static_cast<Channel>(DepthName<Pixel>::full * 0.3), 0,
-                           static_cast<Channel>(DepthName<Pixel>::full)};
-        const M_LRect rect{9, -3, 130, 55};
-        changed("fill", [&](QX_LayerDef* w) { return fill(colour, rect, w); });
-        changed("clear-alpha-except", [&](QX_LayerDef* w) { return QX_ClearAlphaExceptRect(nullptr, &rect, w); });
-        for (const bool forward : {true, false}) {
-            const std::string way = forward ? "-forward" : "-back";
-            changed("premul" + way, [&](QX_LayerDef* w) { return QX_Premul(nullptr, forward, w); });
-            changed("premul-colour" + way, [&](QX_LayerDef* w) { return matte(colour, forward, w); });
-        }
-        changed("iterate", [&](QX_LayerDef* w) {
-            Picture<Pixel> source(143, 71, 2);
-            QX_InData in_data{};
-            return QX_Iterate(&in_data, 0, 0, source.record(), &rect, nullptr, turn<Pixel>, w);
-        });
-        changed("iterate-origin", [&](QX_LayerDef* w) {
-            Picture<Pixel> source(60, 50, 2);
-            QX_InData in_data{};
-            const M_LPoint origin{11, 13};
-            return QX_IterateOrigin(&in_data, 0, 0, source.record(), nullptr, &origin, nullptr, turn<Pixel>, w);
-        });
+template <class Pixel> void change() {
+    const auto changed = [](const std::string& name, const auto& change) {
+        Picture<Pixel> world(143, 71, 8);
+        const int code = change(world.record());
+        tell(name + "/" + depth_name<Pixel>(), code, world);
+    };
+    const Pixel colour{channel<Pixel>(0.8), channel<Pixel>(0.3), 0, channel<Pixel>(1)};
+    const M_LRect rect{9, -3, 130, 55};
+    changed("fill", [&](QX_LayerDef* w) { return fill(colour, rect, w); });
+    changed("clear-alpha-except", [&](QX_LayerDef* w) { return QX_ClearAlphaExceptRect(nullptr, &rect, w); });
+    for (const bool forward : {true, false}) {
+        const std::string way = forward ? "-forward" : "-back";
+        changed("premul" + way, [&](QX_LayerDef* w) { return QX_Premul(nullptr, forward, w); });
+        changed("premul-colour" + way, [&](QX_LayerDef* w) { return matte(colour, forward, w); });
     }
-};
+    QX_InData in_data{};
+    changed("iterate", [&](QX_LayerDef* w) {
+        Picture<Pixel> source(143, 71, 2);
+        return QX_Iterate(&in_data, 0, 0, source.record(), &rect, nullptr, turn<Pixel>, w);
+    });
+    changed("iterate-origin", [&](QX_LayerDef* w) {
+        Picture<Pixel> source(60, 50, 2);
+        const M_LPoint origin{11, 13};
+        return QX_IterateOrigin(&in_data, 0, 0, source.record(), nullptr, &origin, nullptr, turn<Pixel>, w);
+    });
+}
 
 /// What exists for 8 bits alone.
 void worlds8() {
@@ -123,9 +109,11 @@ void worlds8() {
 
 }  // namespace
 
-void copies() { at_each_depth(Copies{}); }
+void copies() {
+    at_each_depth([]<class Pixel>(Pixel) { copy<Pixel>(); });
+}
 void worlds() {
-    at_each_depth(Worlds{});
+    at_each_depth([]<class Pixel>(Pixel) { change<Pixel>(); });
     worlds8();
 }
 

@@ -2,11 +2,6 @@
 // Frames of a scene without the command: what a watch is asked and told, who gets the notes, and several at once.
 #include "scene/SceneRender.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
-
 #include "scene/Faults.h"
 #include "tests/pictures/Support.h"
 #include "tests/support/TestHost.h"
@@ -14,88 +9,82 @@
 namespace {
 
 using namespace qx::scene;
-using qx::pictures::Stopped;
+using namespace qx::pictures;
+using namespace qx::test;
 
 /// Asks and rows are counted; the wish to stop comes after so many rows told.
-class CountingWatch : public qx::pictures::Watch {
-public:
-    explicit CountingWatch(int most = 1 << 30) : most_(most) {}
-    bool stops() const noexcept override { return told >= most_; }
+struct CountingWatch : Watch {
+    explicit CountingWatch(int rows = 1 << 30) : most(rows) {}
+    bool stops() const noexcept override { return told >= most; }
     void rows(std::int64_t done, std::int64_t total) noexcept override {
         ++told;
         if (done < 0 || done > total) wrong = true;
         if (done == total) ++finished;
     }
+    const int most;
     std::atomic<int> told{0}, finished{0};
     std::atomic<bool> wrong{false};
-
-private:
-    const int most_;
 };
 
-class SceneFrames : public testing::Test {
+class SceneFrames : public InFolder {
 protected:
-    const qx::test::Born library{32};
-    const qx::test::Folder folder;
+    const Born library{32};
     Scene scene;
 
     SceneFrames() {
         for (const char* name : {"a.png", "b.png"}) {
-            qx::test::write_bytes(folder / name, 60, 50,
-                                  [&](int x, int y) { return qx::test::argb(x + y + name[0], 4 * x, 5 * y, 77); });
+            write(name, 60, 50, [&](int x, int y) { return argb(x + y + name[0], 4 * x, 5 * y, 77); });
         }
-        qx::test::put_contents(folder / "s.json", R"({"size": [70, 60], "background": "a.png", "layers": [
+        put("s.json", R"({"size": [70, 60], "background": "a.png", "layers": [
             {"file": "b.png", "opacity": {"keys": [{"frame": 0, "value": 0.1}, {"frame": 9, "value": 1}]}},
             {"file": "b.png", "transform": {"rotate": {"keys": [{"frame": 0, "value": 5}, {"frame": 9, "value": 99}]}},
              "shutter": {"angle": 180}}]})");
         scene = read_scene(folder / "s.json");
     }
+    Picture frame(int number, Watch& watch = unwatched()) { return SceneRender(scene, watch, nullptr).frame(number); }
 };
 
 TEST_F(SceneFrames, AWatchHearsOfEveryStepAndStopsAnyOfThem) {
     CountingWatch all;
-    const auto frame = SceneRender(scene, all, nullptr).frame(3);
+    const auto whole = frame(3, all);
     EXPECT_FALSE(all.wrong);
     EXPECT_EQ(all.finished, 2) << "once for each layer; files tell the rows before the one at hand";
     for (int most = 0; most <= all.told; most += 7) {
         CountingWatch watch(most);
-        EXPECT_THROW(SceneRender(scene, watch, nullptr).frame(3), Stopped) << most;
+        EXPECT_THROW(frame(3, watch), Stopped) << most;
     }
-    CountingWatch other(all.told + 1);
-    EXPECT_TRUE(qx::test::same_pixels(*SceneRender(scene, other, nullptr).frame(3).world, *frame.world));
+    CountingWatch other(2 * all.told);  // how often rows are told differs with the order of the threads
+    EXPECT_TRUE(same_pixels(frame(3, other), whole));
 }
 
 TEST_F(SceneFrames, SeveralThreadsMakeTheFramesOfOne) {
-    std::vector<qx::pictures::Picture> expected(8), found(8);
-    SceneRender one(scene, qx::pictures::unwatched(), nullptr);
-    for (int i = 0; i < 8; ++i) expected[static_cast<std::size_t>(i)] = one.frame(i);
+    Picture expected[8], found[8];
+    SceneRender one(scene, unwatched(), nullptr);
+    for (int i = 0; i < 8; ++i) expected[i] = one.frame(i);
     std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < 8; ++i) {
-        threads.emplace_back(
-            [&, i] { found[i] = SceneRender(scene, qx::pictures::unwatched(), nullptr).frame(static_cast<int>(i)); });
-    }
+    for (int i = 0; i < 8; ++i) threads.emplace_back([&, i] { found[i] = frame(i); });
     for (auto& thread : threads) thread.join();
-    for (std::size_t i = 0; i < 8; ++i) {
-        EXPECT_TRUE(qx::test::same_pixels(*found[i].world, *expected[i].world)) << i;
-        EXPECT_TRUE(i == 0 || !qx::test::same_pixels(*found[i].world, *found[i - 1].world)) << i;
+    for (int i = 0; i < 8; ++i) {
+        EXPECT_TRUE(same_pixels(found[i], expected[i])) << i;
+        EXPECT_TRUE(i == 0 || !same_pixels(found[i], found[i - 1])) << i;
     }
 }
 
 TEST_F(SceneFrames, NotesGoToTheirSinkOnce) {
     scene.depth = 32;
     scene.layers[0].mode = xfer_dissolve;
-    std::vector<std::string> notes;
-    SceneRender render(scene, qx::pictures::unwatched(), [&](const std::string& note) { notes.push_back(note); });
+    Names notes;
+    SceneRender render(scene, unwatched(), [&](const std::string& note) { notes.push_back(note); });
     render.frame(1);
     render.frame(2);
-    EXPECT_EQ(notes, std::vector<std::string>{scene.file + ": mode dissolve changes nothing at depth 32"});
+    EXPECT_EQ(notes, Names{scene.file + ": mode dissolve changes nothing at depth 32"});
 }
 
 TEST_F(SceneFrames, AFaultOfTheWorkNamesTheLayer) {
-    const qx::test::Reports reports;
+    const Reports reports;
     scene.layers[1].mode = 99;
     try {
-        SceneRender(scene, qx::pictures::unwatched(), nullptr).frame(1);
+        frame(1);
         FAIL();
     } catch (const WorkFault& fault) {
         EXPECT_EQ(fault.subject(), scene.file + ": /layers/1");

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Movies, read back with FFmpeg's libraries.
-#include <gtest/gtest.h>
-
-#include "tests/pictures/Support.h"
 #include "tests/tools/RunQx.h"
 
 extern "C" {
@@ -12,8 +9,8 @@ extern "C" {
 
 namespace {
 
-using qx::test::Folder;
-using qx::test::run_qx;
+using namespace qx::test;
+using Movies = QxTest;
 
 /// What a file holds: size, rate and the luma in the middle of each picture.
 struct Movie {
@@ -52,24 +49,21 @@ Movie read_movie(const std::string& path) {
 }
 
 /// Grey of value v has luma 16 + 219 * v / 255 in any movie.
-TEST(Movie, HoldsEveryFrameInOrderWithItsBrightness) {
-    const Folder folder;
-    qx::test::write_bytes(folder / "w.png", 96, 64, [](int, int) { return QX_Pixel8{255, 255, 255, 255}; });
-    qx::test::put_contents(folder / "s.json", R"({"size": [96, 64], "rate": 12.5, "frames": [0, 10], "layers": [
+TEST_F(Movies, HoldEveryFrameInOrderWithItsBrightness) {
+    write("w.png", 96, 64, [](int, int) { return QX_Pixel8{255, 255, 255, 255}; });
+    put("s.json", R"({"size": [96, 64], "rate": 12.5, "frames": [0, 10], "layers": [
         {"file": "w.png", "opacity": {"keys": [{"frame": 0, "value": 0}, {"frame": 10, "value": 1}]}}]})");
     for (const std::string name : {"m.mp4", "m.mov", "m.mkv", "m.avi", "m.webm"}) {
         SCOPED_TRACE(name);
-        const auto outcome = run_qx("render " + (folder / "s.json") + " -o " + (folder / name));
-        ASSERT_EQ(outcome.status, 0) << outcome.errors;
+        ASSERT_EQ(qx("render s.json -o " + name).status, 0);
         const Movie movie = read_movie(folder / name);
-        EXPECT_EQ(movie.width, 96);
-        EXPECT_EQ(movie.height, 64);
+        EXPECT_EQ(std::pair(movie.width, movie.height), std::pair(96, 64));
         EXPECT_NEAR(movie.rate, 12.5, 0.02);
         ASSERT_EQ(movie.lumas.size(), 11u);
         for (int i = 0; i < 11; ++i) EXPECT_NEAR(movie.lumas[static_cast<std::size_t>(i)], 16 + 21.9 * i, 4) << i;
     }
     EXPECT_EQ(folder.names().size(), 7u);
-    ASSERT_EQ(run_qx("render " + (folder / "s.json") + " --frames 0-10x5 -o " + (folder / "m.mp4")).status, 0);
+    ASSERT_EQ(qx("render s.json --frames 0-10x5 -o m.mp4").status, 0);
     EXPECT_EQ(read_movie(folder / "m.mp4").lumas.size(), 3u);
 }
 

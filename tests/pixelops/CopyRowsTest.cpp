@@ -270,4 +270,20 @@ TEST(Overlap, WorldsWithoutPixelsMoveNothing) {
     }
 }
 
+/// The cursor of the noise is shared by all threads; what they draw need not be exact, but is noise.
+TEST(DitherThreads, ShareTheNoise) {
+    { const Noise started; }
+    const World deep = make(64, 40, 16);
+    deep->Fill(QX_Pixel16{16001, 16001, 16001, 16001}, nullptr);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            const World narrow = make(64, 40, 8);
+            for (int n = 0; n < 20; ++n) convert(*narrow, *deep, true);
+            for (const auto& [c, y] : places(256, 40)) ASSERT_NEAR(row<std::uint8_t>(*narrow, y)[c], 124.5, 0.5);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
 }  // namespace

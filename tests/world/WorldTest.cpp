@@ -107,4 +107,15 @@ TEST(Fill, FaultsHaveTheirCodes) {
                     {[&] { return QX_Fill(nullptr, nullptr, nullptr, &bad.empty); }, kBadParameter}});
 }
 
+/// A reference lies in the world whose rows its first pixel lies in.
+TEST(World, RefersToRowsOfItsOwnOnly) {
+    const World whole = make(8, 4, 8);
+    const auto rows = [&](int top, int height) {
+        return World(QX_World::NewReference(row<char>(*whole, top), 8, height, 8, whole->rowbytes));
+    };
+    const World middle = rows(1, 2);
+    for (int y = 0; y < 4; ++y) EXPECT_EQ(rows(y, 1)->RefersTo(middle.get()), y == 1 || y == 2) << "row " << y;
+    EXPECT_FALSE(rows(1, 3)->RefersTo(middle.get())) << "taller than the world";
+}
+
 }  // namespace

@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads renders bench tidy install clean
+.PHONY: all setup build run test test-release test-dev test-threads renders failures bench tidy install clean
 
 all: build
 
@@ -37,6 +37,10 @@ bench: build
 # make renders OTHER=/path/of/another/build: whether both make the same renders, bit for bit
 renders: build
 	sh scripts/renders.sh build/$(PRESET) $(OTHER) $(SAMPLES)
+
+# make failures: every allocation of some command lines fails once; takes minutes
+failures: build
+	build/$(PRESET)/bin/qx_failures build/$(PRESET)/bin/qx build/$(PRESET)/lib/libqx_fail_allocation.so
 
 tidy: build
 	sh scripts/tidy.sh build/$(PRESET)

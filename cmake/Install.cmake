@@ -10,9 +10,11 @@ if(QX_BUILD_TOOLS)
     install(TARGETS qxmovie LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endif()
 endif()
-# Headers: QX/QX.h and what it reaches, found when they are installed. All others are the module's own, in C++20.
+# Headers: QX/QX.h, the stand-alone host's for embedders, and what they reach, found when they are installed. All others
+# are the module's own, in C++20.
 install(CODE "include(${PROJECT_SOURCE_DIR}/cmake/PublicHeaders.cmake)
-  install_public_headers(${PROJECT_SOURCE_DIR} QX/QX.h \"\${CMAKE_INSTALL_PREFIX}/${header_dir}\")" COMPONENT headers)
+  install_public_headers(${PROJECT_SOURCE_DIR} \"\${CMAKE_INSTALL_PREFIX}/${header_dir}\" QX/QX.h
+    platform/standalone/Host.h)" COMPONENT headers)
 
 configure_package_config_file(cmake/QXConfig.cmake.in QXConfig.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)

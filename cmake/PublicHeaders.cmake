@@ -1,7 +1,7 @@
-# Installs a header and all that it includes by paths from the root, in the same folders.
+# Installs headers and all that they include by paths from the root, in the same folders.
 cmake_minimum_required(VERSION 3.24)
-function(install_public_headers root first destination)
-  set(wanted ${first})
+function(install_public_headers root destination)
+  set(wanted ${ARGN})
   set(done "")
   while(wanted)
     list(POP_FRONT wanted header)

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "pictures/ExrHeader.h"
 #include "pictures/Format.h"
@@ -48,6 +49,11 @@ bool bind_channels(const Imf::ChannelList& channels, QX_PixelFloat* line, int le
     return true;
 }
 
+void clear(const QX_World& world, int y, int left, int right) {
+    auto* row = row_of<QX_PixelFloat>(world, y);
+    std::fill(row + left, row + std::max(left, right), QX_PixelFloat{});
+}
+
 /// Rows of the data window go to their place in the display window, which is the picture.
 void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Watch& watch) {
     const auto& display = exr.header().displayWindow();
@@ -69,6 +75,12 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Wa
         std::copy(line.begin() + (left - window.min.x), line.begin() + (right - window.min.x), row);
         for (int x = 0; grey && x < right - left; ++x) row[x].green = row[x].blue = row[x].red;
         finish_row(row, right - left, true);
+        clear(world, y - display.min.y, 0, left - display.min.x);
+        clear(world, y - display.min.y, right - display.min.x, world.width);
+    }
+    for (int y = 0; y < world.height; ++y) {  // last, when there has been something to read
+        const bool filled = y >= top - display.min.y && y < bottom - display.min.y && left < right;
+        if (!filled) clear(world, y, 0, world.width);
     }
 }
 
@@ -99,7 +111,7 @@ Picture read_exr(const std::string& path, Watch& watch) {
     Picture picture;
     picture.has_alpha = header.channels().findChannel("A") != nullptr || header.dataWindow() != display;
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
-                              std::int64_t{display.max.y} - display.min.y + 1, 32);
+                              std::int64_t{display.max.y} - display.min.y + 1, 32, false);
     read_rows(exr, path, *picture.world, watch);
     mark_light(picture);
     read_extras(header, picture);
@@ -115,6 +127,7 @@ Picture read(InputFile& file, Watch& watch) {
     } catch (const Failure&) {
         throw;
     } catch (const std::exception& fault) {  // the library's texts begin with the file's name, and are long
+        if (memory_ran_out()) throw std::bad_alloc();
         throw Failure(file.path(), std::string("damaged or cut short OpenEXR: ") + fault.what());
     }
 }
@@ -132,6 +145,32 @@ public:
 private:
     OutputFile& file_;
 };
+
+/// Its way back, over what has been written.
+class ReadBack : public Imf::IStream {
+public:
+    explicit ReadBack(OutputFile& file) : Imf::IStream(file.path().c_str()), file_(file) {}
+    bool read(char data[], int bytes) override {
+        if (std::fread(data, 1, static_cast<std::size_t>(bytes), file_.stream()) != static_cast<std::size_t>(bytes)) {
+            throw Failure(file_.path(), "the file is incomplete");
+        }
+        return true;
+    }
+    std::uint64_t tellg() override { return file_.tell(); }
+    void seekg(std::uint64_t place) override { file_.seek(place); }
+
+private:
+    OutputFile& file_;
+};
+
+/// The library passes over a last block that it could not compress, and over a table that it could not write.
+void check_complete(OutputFile& file) {
+    ReadBack stream(file);
+    stream.seekg(0);
+    if (Imf::InputFile(stream).isComplete()) return;
+    if (memory_ran_out()) throw std::bad_alloc();
+    throw Failure(file.path(), "could not be written: blocks are missing");
+}
 
 Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool with_alpha) {
     Imf::Header header(picture.world->width, picture.world->height);
@@ -177,18 +216,26 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
     }
 }
 
+void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf::PixelType type, Watch& watch) {
+    Stream stream(file);
+    Imf::OutputFile exr(stream, header_for(picture, type, with_alpha));
+    if (type == Imf::HALF) {
+        write_rows<half>(exr, picture, type, with_alpha, watch);
+    } else {
+        write_rows<float>(exr, picture, type, with_alpha, watch);
+    }
+}
+
 void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     try {
-        Stream stream(file);
-        const auto type = options.half ? Imf::HALF : Imf::FLOAT;
-        Imf::OutputFile exr(stream, header_for(picture, type, with_alpha));
-        if (options.half) {
-            write_rows<half>(exr, picture, type, with_alpha, watch);
-        } else {
-            write_rows<float>(exr, picture, type, with_alpha, watch);
-        }
+        write_blocks(file, picture, with_alpha, options.half ? Imf::HALF : Imf::FLOAT, watch);
+        check_complete(file);
+    } catch (const Failure&) {
+        file.check();
+        throw;
     } catch (const std::exception& fault) {
         file.check();
+        if (memory_ran_out()) throw std::bad_alloc();
         throw Failure(file.path(), std::string("could not be written: ") + fault.what());
     }
     file.check();

@@ -5,21 +5,44 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <new>
 
 #include "pictures/Picture.h"
 
 namespace qx::pictures {
 namespace {
 
-constexpr std::size_t kHeadBytes = 16;
-
 std::string words(int error) {
     char text[128];
     return ::strerror_r(error, text, sizeof text);
+}
+
+/// Throws for an error of the system. @param path  the file in whose name
+[[noreturn]] void fail(const std::string& path, int error) {
+    if (error == ENOMEM) throw std::bad_alloc();
+    throw Failure(path, words(error));
+}
+
+/// Names of the files that are being written, for a process that ends at once. More than these stay where they are.
+std::array<std::atomic<const char*>, 64> unfinished{};
+
+void note_unfinished(const char* name) {
+    for (auto& place : unfinished) {
+        const char* none = nullptr;
+        if (place.compare_exchange_strong(none, name)) return;
+    }
+}
+void forget_unfinished(const char* name) {
+    for (auto& place : unfinished) {
+        const char* same = name;
+        if (place.compare_exchange_strong(same, nullptr)) return;
+    }
 }
 
 /// Opens a new file beside `target`, under a name of its own that is short enough for any name to take its place.
@@ -44,31 +67,37 @@ bool take_rights(int descriptor, const std::string& target) {
 /// Only regular files are opened: to open a pipe that nobody writes would wait for ever.
 std::FILE* open_regular(const std::string& path) {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) throw Failure(path, words(errno));
+    if (::stat(path.c_str(), &info) != 0) fail(path, errno);
     if (S_ISDIR(info.st_mode)) throw Failure(path, "is a folder");
     if (!S_ISREG(info.st_mode)) throw Failure(path, "is not a regular file");
     std::FILE* stream = std::fopen(path.c_str(), "rb");
-    if (stream == nullptr) throw Failure(path, words(errno));
+    if (stream == nullptr) fail(path, errno);
     return stream;
 }
 
 }  // namespace
 
 InputFile::InputFile(const std::string& path) : path_(path), stream_(open_regular(path)) {
-    char head[kHeadBytes];
-    const std::size_t length = std::fread(head, 1, sizeof head, stream_);
+    head_bytes_ = std::fread(head_.data(), 1, head_.size(), stream_);
     const int error = errno;
     const bool failed = std::ferror(stream_) != 0;
-    head_.assign(head, length);
     std::rewind(stream_);
-    if (length > 0) return;
+    if (head_bytes_ > 0) return;
     std::fclose(stream_);
-    throw Failure(path, failed ? words(error) : "is empty");
+    if (failed) fail(path, error);
+    throw Failure(path, "is empty");
 }
 
 InputFile::~InputFile() { std::fclose(stream_); }
 
-bool InputFile::begins_with(const std::string& magic) const { return head_.compare(0, magic.size(), magic) == 0; }
+std::uint64_t InputFile::bytes() const {
+    struct stat info {};
+    return ::fstat(::fileno(stream_), &info) == 0 ? static_cast<std::uint64_t>(info.st_size) : 0;
+}
+
+bool InputFile::begins_with(const std::string& magic) const {
+    return magic.size() <= head_bytes_ && std::equal(magic.begin(), magic.end(), head_.begin());
+}
 
 OutputFile::OutputFile(const std::string& path) : path_(path) {
     std::error_code ignored;
@@ -83,8 +112,9 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     if (descriptor < 0) {
         const int error = errno;
         temporary_.clear();
-        throw Failure(path, words(error));
+        fail(path, error);
     }
+    note_unfinished(temporary_.c_str());
     stream_ = ::fdopen(descriptor, "w+b");
     if (stream_ == nullptr || !take_rights(descriptor, target_)) note_error();
     // A failure so early is kept like that of a write: `write_picture` asks for it before it writes.
@@ -92,7 +122,9 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
 
 OutputFile::~OutputFile() {
     if (stream_ != nullptr) std::fclose(stream_);
-    if (!temporary_.empty()) ::unlink(temporary_.c_str());
+    if (temporary_.empty()) return;
+    ::unlink(temporary_.c_str());
+    forget_unfinished(temporary_.c_str());
 }
 
 void OutputFile::note_error() {
@@ -116,7 +148,7 @@ std::uint64_t OutputFile::tell() {
 }
 
 void OutputFile::check() const {
-    if (failed()) throw Failure(path_, words(error_));
+    if (failed()) fail(path_, error_);
 }
 
 void OutputFile::commit() {
@@ -128,7 +160,14 @@ void OutputFile::commit() {
     check();
     if (std::rename(temporary_.c_str(), target_.c_str()) != 0) note_error();
     check();
+    forget_unfinished(temporary_.c_str());
     temporary_.clear();
+}
+
+void remove_unfinished() noexcept {
+    for (auto& place : unfinished) {
+        if (const char* name = place.load()) ::unlink(name);
+    }
 }
 
 }  // namespace qx::pictures

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -17,12 +18,14 @@ public:
     InputFile& operator=(const InputFile&) = delete;
     const std::string& path() const { return path_; }
     std::FILE* stream() const { return stream_; }
+    std::uint64_t bytes() const;  ///< its length
     bool begins_with(const std::string& magic) const;
 
 private:
     std::string path_;
     std::FILE* stream_;
-    std::string head_;
+    std::array<char, 16> head_{};
+    std::size_t head_bytes_;
 };
 
 /// A file that is written under a temporary name beside its place, and takes its name when all went well.
@@ -40,7 +43,7 @@ public:
     bool seek(std::uint64_t place);
     std::uint64_t tell();
     bool failed() const { return error_ != 0; }
-    /// Throws Failure if a write has failed.
+    /// Throws Failure if a write has failed, std::bad_alloc if that was for want of memory.
     void check() const;
     /// Hands all to the system and gives the file its name.
     void commit();
@@ -51,5 +54,8 @@ private:
     std::FILE* stream_ = nullptr;
     int error_ = 0;
 };
+
+/// Removes the files that are being written, from any thread and from within a signal handler that ends the process.
+void remove_unfinished() noexcept;
 
 }  // namespace qx::pictures

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,10 @@ struct Format {
     /// `picture` has one of the depths above. `with_alpha` is false when all of it is opaque and may stay so.
     void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
 };
+
+/// True once the system has refused memory: how a library's failure is known to come from that, whatever it says.
+/// `read_picture` and `write_picture` begin with a clear record.
+inline bool memory_ran_out() { return errno == ENOMEM; }
 
 const Format& png_format();
 const Format& jpeg_format();

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <csetjmp>
 #include <cstdlib>
+#include <new>
 
 #include "pictures/Exif.h"
 #include "pictures/Format.h"
@@ -41,7 +42,10 @@ void on_message(j_common_ptr jpeg, int level) {
     if (level >= 0) return;
     Fault& fault = fault_of(jpeg);
     const int code = fault.manager.msg_code;
-    if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER) fault.cut_short = true;
+    if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER) {  // else the library makes up all that is missing
+        fault.cut_short = true;
+        std::longjmp(fault.back, 1);
+    }
     if (fault.warning[0] == '\0') fault.manager.format_message(jpeg, fault.warning);
 }
 
@@ -50,6 +54,11 @@ jpeg_error_mgr* prepare(Fault& fault) {
     fault.manager.error_exit = on_error;
     fault.manager.emit_message = on_message;
     return &fault.manager;
+}
+
+/// After a failure. Throws if it came from a want of memory.
+void check_memory(const Fault& fault) {
+    if (fault.manager.msg_code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
 }
 
 template <class Calls> bool run(Fault& fault, const Calls& calls) {
@@ -84,10 +93,9 @@ public:
             throw Failure(file_.path(), "CMYK pictures are not supported; convert it to RGB first");
         }
         Picture picture;
-        picture.world = new_world(file_.path(), jpeg_.image_width, jpeg_.image_height, 8);
+        picture.world = new_world(file_.path(), jpeg_.image_width, jpeg_.image_height, 8, false);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
-        if (fault_.cut_short) throw Failure(file_.path(), "damaged or cut short JPEG");
         if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);
         read_extras(picture);
         return picture;
@@ -107,6 +115,8 @@ private:
     template <class Calls> void checked(const Calls& calls) {
         if (run(fault_, calls)) return;
         watch_.must_go_on();
+        if (fault_.cut_short) throw Failure(file_.path(), "damaged or cut short JPEG");
+        check_memory(fault_);
         throw Failure(file_.path(), std::string("damaged JPEG: ") + fault_.text);
     }
 
@@ -162,6 +172,7 @@ public:
         });
         watch_.must_go_on();
         if (std::ferror(file_.stream()) != 0) file_.commit();  // throws with the system's words
+        if (!done) check_memory(fault_);
         if (!done) throw Failure(file_.path(), std::string("could not be written: ") + fault_.text);
     }
 

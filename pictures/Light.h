@@ -9,6 +9,8 @@
 // whatever else becomes of them is told to the user.
 namespace qx::pictures {
 
+inline constexpr const char* kLightIsMixed =
+    "OpenEXR is meant for linear light, the other formats are not; values are taken as they are";
 inline constexpr const char* kLightIsLost = "light under an alpha of 0 is lost, straight alpha has no place for it";
 
 /// Marks the pixels of a picture with associated alpha that have alpha 0 and a colour.

@@ -8,7 +8,7 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_Errors.h"
-#include "QX/world/QX_Frame.h"
+#include "QX/world/QX_FrameLimits.h"
 #include "pictures/Files.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
@@ -17,6 +17,8 @@ namespace qx::pictures {
 namespace {
 
 static_assert(kMostSide == kMaxSide, "what worlds can have");
+
+constexpr const char* kOutOfMemory = "out of memory";
 
 constexpr const Format& (*kFormats[])() = {png_format, jpeg_format, tiff_format, exr_format};
 
@@ -88,7 +90,8 @@ Resolution Resolution::in(Unit other) const {
     return {x * factor, y * factor, other};
 }
 
-std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth) {
+std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth,
+                                    bool clear) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
     if (width < 1 || height < 1 || width > kMostSide || height > kMostSide) {
         throw Failure(path, size + ": a side has 1 to " + std::to_string(kMostSide));
@@ -99,7 +102,7 @@ std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width,
         throw Failure(path, size + " of " + std::to_string(depth) + " bits are above the limit of 2 GB");
     }
     try {
-        return std::unique_ptr<QX_World>(QX_World::New(w, h, d, 1));
+        return std::unique_ptr<QX_World>(QX_World::New(w, h, d, clear ? 1 : 0));
     } catch (int code) {
         throw Failure(path, (code == kQX_OutOfMemory ? "out of memory for " : "no frame for ") + size);
     }
@@ -115,6 +118,7 @@ std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& worl
     }
     auto to = new_world(path, world.width, world.height, depth);
     const int code = guarded_copy(*to, *from);
+    if (code == kQX_OutOfMemory) throw Failure(path, kOutOfMemory);
     if (code != 0) throw Failure(path, "could not be converted (code " + std::to_string(code) + ")");
     return to;
 }
@@ -134,8 +138,9 @@ void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes
 
 Picture read_picture(const std::string& path, Watch& watch) {
     watch.must_go_on();
-    InputFile file(path);
+    errno = 0;
     try {
+        InputFile file(path);
         for (const auto format : kFormats) {
             if (!recognised(format(), file)) continue;
             Picture picture = format().read(file, watch);
@@ -144,7 +149,7 @@ Picture read_picture(const std::string& path, Watch& watch) {
             return picture;
         }
     } catch (const std::bad_alloc&) {
-        throw Failure(path, "out of memory");
+        throw Failure(path, kOutOfMemory);
     }
     throw Failure(path, "is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
 }
@@ -190,11 +195,16 @@ void write_picture(const std::string& path, const Picture& picture, int depth, c
     if (transparent && !format.holds_alpha) {
         throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
     }
-    OutputFile file(path);
-    file.check();
-    format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
-    watch.must_go_on();
-    file.commit();
+    errno = 0;
+    try {
+        OutputFile file(path);
+        file.check();
+        format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
+        watch.must_go_on();
+        file.commit();
+    } catch (const std::bad_alloc&) {
+        throw Failure(path, kOutOfMemory);
+    }
 }
 
 }  // namespace qx::pictures

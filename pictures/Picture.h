@@ -65,8 +65,10 @@ bool known_format(const std::string& path);
 bool is_linear_format(const std::string& path);
 
 /// A world, or Failure in the name of a file. Its rows begin on 16-byte boundaries, as the library rounds float rows to
-/// 8 bits by their address: only those on a boundary to the nearest and halves to the even value.
-std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth);
+/// 8 bits by their address: only those on a boundary to the nearest and halves to the even value. One that is not clear
+/// costs memory only where it is written, so that a file's claim of a size takes none.
+std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth,
+                                    bool clear = true);
 
 /// A copy of a world at another depth, without dither. Float alpha is limited to 0..1 on the way to integers, and
 /// halves become even wherever the rows of `world` lie.

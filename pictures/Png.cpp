@@ -5,6 +5,7 @@
 #include <cmath>
 #include <csetjmp>
 #include <cstring>
+#include <new>
 
 #include "pictures/Format.h"
 #include "pictures/Scale.h"
@@ -15,6 +16,7 @@ namespace {
 struct Fault {
     char text[160] = "";
     bool bad_profile = false;
+    bool short_of_memory = false;  ///< for something that the library goes on without
 };
 
 void on_error(png_structp png, png_const_charp text) {
@@ -22,6 +24,7 @@ void on_error(png_structp png, png_const_charp text) {
     png_longjmp(png, 1);
 }
 void on_warning(png_structp png, png_const_charp text) {
+    if (memory_ran_out()) static_cast<Fault*>(png_get_error_ptr(png))->short_of_memory = true;
     const bool profile = std::strncmp(text, "iCCP", 4) == 0 || std::strncmp(text, "profile", 7) == 0;
     if (profile) static_cast<Fault*>(png_get_error_ptr(png))->bad_profile = true;
 }
@@ -46,11 +49,11 @@ public:
     Reader& operator=(const Reader&) = delete;
 
     Picture read() {
-        if (info_ == nullptr) throw Failure(file_.path(), "out of memory");
+        if (info_ == nullptr) throw std::bad_alloc();
         checked([this] { begin(); });
         Picture picture;
         picture.has_alpha = alpha_;
-        picture.world = new_world(file_.path(), width_, height_, depth_);
+        picture.world = new_world(file_.path(), width_, height_, depth_, false);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
         for (int y = 0; depth_ == 16 && y < picture.world->height; ++y) {
@@ -62,7 +65,9 @@ public:
 
 private:
     template <class Calls> void checked(const Calls& calls) {
-        if (!run(png_, calls)) throw Failure(file_.path(), std::string("damaged or cut short PNG: ") + fault_.text);
+        const bool done = run(png_, calls);
+        if (fault_.short_of_memory || (!done && memory_ran_out())) throw std::bad_alloc();
+        if (!done) throw Failure(file_.path(), std::string("damaged or cut short PNG: ") + fault_.text);
     }
 
     /// Header, and everything brought to alpha, red, green, blue of 8 or 16 bits.
@@ -141,13 +146,14 @@ public:
     Writer& operator=(const Writer&) = delete;
 
     void write() {
-        if (info_ == nullptr) throw Failure(file_.path(), "out of memory");
+        if (info_ == nullptr) throw std::bad_alloc();
         const bool done = run(png_, [this] {
             begin();
             write_rows();
         });
         file_.check();
         watch_.must_go_on();
+        if (fault_.short_of_memory || (!done && memory_ran_out())) throw std::bad_alloc();
         if (!done) throw Failure(file_.path(), std::string("could not be written: ") + fault_.text);
     }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 #include "pictures/Format.h"
 #include "pictures/Light.h"
@@ -47,6 +48,7 @@ Layout layout_of(TIFF* tiff) {
     if (l.kind == SAMPLEFORMAT_VOID) l.kind = SAMPLEFORMAT_UINT;
     std::uint16_t extras = 0, *types = nullptr;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extras, &types);
+    if (extras > 0 && types == nullptr) throw std::bad_alloc();  // the library had none for them, and went on
     for (int i = 0; i < extras && l.alpha < 0; ++i) {
         if (types[i] == EXTRASAMPLE_UNSPECIFIED) continue;
         l.alpha = l.samples - extras + i;
@@ -77,9 +79,10 @@ template <class Sample> struct Block {
 
 class Reader {
 public:
-    Reader(InputFile& file, Watch& watch) : path_(file.path()), watch_(watch) {
+    Reader(InputFile& file, Watch& watch) : path_(file.path()), file_bytes_(file.bytes()), watch_(watch) {
         handle_.tiff = TIFFOpenExt(path_.c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
         if (handle_.tiff == nullptr) fail();
+        handle_.check_memory();
         layout_ = layout_of(handle_.tiff);
     }
 
@@ -87,7 +90,7 @@ public:
         Picture picture;
         picture.has_alpha = layout_.alpha >= 0;
         const int depth = layout_.direct() ? layout_.depth() : 8;
-        picture.world = new_world(path_, layout_.width, layout_.height, depth);
+        picture.world = new_world(path_, layout_.width, layout_.height, depth, false);
         if (!layout_.direct()) {
             read_converted(*picture.world);
         } else if (depth == 8) {
@@ -101,13 +104,15 @@ public:
         }
         if (layout_.associated) mark_light(picture);
         read_extras(picture);
+        handle_.check_memory();
         return picture;
     }
 
 private:
     [[noreturn]] void fail() const {
-        const std::string why = handle_.error().empty() ? "" : ": " + handle_.error();
-        throw Failure(path_, "damaged or cut short TIFF" + why);
+        if (memory_ran_out()) throw std::bad_alloc();
+        const std::string words = handle_.error();
+        throw Failure(path_, "damaged or cut short TIFF" + (words.empty() ? "" : ": " + words));
     }
 
     /// Full value of a channel in the file's scale.
@@ -130,17 +135,25 @@ private:
             throw Failure(path_, "damaged TIFF: its strips or tiles are far larger than the picture");
         }
         Block<Sample> block(static_cast<std::size_t>(bytes / sizeof(Sample)));
-        each_pixel<Pixel>(world, [](Pixel& p, int, int) { p = {full<Sample>(), 0, 0, 0}; });
         for (std::uint32_t top = 0; top < layout_.height; top += layout_.block_height) {
             watch_.must_next_row(top, layout_.height);
             for (std::uint32_t left = 0; left < layout_.width; left += layout_.block_width) {
                 for (std::uint16_t plane = 0; plane < layout_.samples / together; ++plane) {
                     read_block(block, left, top, plane);
+                    if (left == 0 && plane == 0) fill_rows(world, top, Pixel{full<Sample>(), 0, 0, 0});
                     store_block<Pixel>(block, world, left, top, plane);
                 }
             }
         }
         for (int y = 0; y < world.height; ++y) finish_row(row_of<Pixel>(world, y), world.width, layout_.associated);
+    }
+
+    /// What the samples of a row of blocks leave, once the first of them has shown that there are any.
+    template <class Pixel> void fill_rows(QX_World& world, std::uint32_t top, const Pixel& pixel) const {
+        for (std::uint32_t y = top; y < std::min(top + layout_.block_height, layout_.height); ++y) {
+            auto* row = row_of<Pixel>(world, static_cast<int>(y));
+            std::fill(row, row + world.width, pixel);
+        }
     }
 
     template <class Sample>
@@ -196,18 +209,34 @@ private:
         }
     }
 
+    /// The library clears a whole strip or tile before it decodes it: one that the file is too short for is refused. No
+    /// form of these packs more than some 1,500 bytes into one; of other compressions there is no such limit.
+    void check_backed() const {
+        constexpr std::uint64_t most_packed = 4096;
+        std::uint16_t packing = COMPRESSION_NONE;
+        TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_COMPRESSION, &packing);
+        const bool limited = packing == COMPRESSION_NONE || packing == COMPRESSION_LZW ||
+                             packing == COMPRESSION_PACKBITS || packing == COMPRESSION_DEFLATE ||
+                             packing == COMPRESSION_ADOBE_DEFLATE;
+        const auto bytes = layout_.tiled ? TIFFTileSize64(handle_.tiff) : TIFFStripSize64(handle_.tiff);
+        if (limited && bytes / most_packed > file_bytes_) {
+            throw Failure(path_, "damaged or cut short TIFF: it is too short for its strips or tiles");
+        }
+    }
+
     void read_converted(QX_World& world) {
         char why[1024] = "";
         const bool cmyk = layout_.photometric == PHOTOMETRIC_SEPARATED;
         const bool integers = layout_.kind == SAMPLEFORMAT_UINT && layout_.bits <= 8;  // others would lose values
         const bool possible = integers && !cmyk && layout_.alpha < 0 && TIFFRGBAImageOK(handle_.tiff, why) != 0;
         if (!possible) throw Failure(path_, "this kind of TIFF is not supported (grey and RGB of 8, 16 bits, float)");
-        std::vector<std::uint32_t> raster(std::size_t{layout_.width} * layout_.height);
-        if (TIFFReadRGBAImageOriented(handle_.tiff, layout_.width, layout_.height, raster.data(), ORIENTATION_TOPLEFT,
-                                      1) == 0) {
+        check_backed();
+        const Block<std::uint32_t> raster(std::size_t{layout_.width} * layout_.height);
+        if (TIFFReadRGBAImageOriented(handle_.tiff, layout_.width, layout_.height, raster.samples.get(),
+                                      ORIENTATION_TOPLEFT, 1) == 0) {
             fail();
         }
-        const std::uint32_t* from = raster.data();
+        const std::uint32_t* from = raster.samples.get();
         each_pixel<QX_Pixel8>(world, [&](QX_Pixel8& p, int, int) {
             p = {255, static_cast<std::uint8_t>(TIFFGetR(*from)), static_cast<std::uint8_t>(TIFFGetG(*from)),
                  static_cast<std::uint8_t>(TIFFGetB(*from))};
@@ -240,6 +269,7 @@ private:
     }
 
     const std::string path_;
+    const std::uint64_t file_bytes_;
     Watch& watch_;
     TiffHandle handle_;
     Layout layout_;

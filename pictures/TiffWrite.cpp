@@ -59,36 +59,48 @@ template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int sa
     return true;
 }
 
-void set_fields(TIFF* tiff, const Picture& picture, int samples) {
+/// @return false when a field was not taken: without it the file would mean something else
+bool set_fields(TIFF* tiff, const Picture& picture, int samples) {
+    bool all = true;
+    const auto set = [&](std::uint32_t tag, auto... values) { all = TIFFSetField(tiff, tag, values...) == 1 && all; };
     const int depth = picture.world->Depth();
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(picture.world->width));
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(picture.world->height));
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, depth);
-    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, depth == 32 ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(picture.world->width));
+    set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(picture.world->height));
+    set(TIFFTAG_BITSPERSAMPLE, depth);
+    set(TIFFTAG_SAMPLEFORMAT, depth == 32 ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
+    set(TIFFTAG_SAMPLESPERPIXEL, samples);
+    set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     const std::uint16_t straight_alpha = EXTRASAMPLE_UNASSALPHA;
-    if (samples == 4) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &straight_alpha);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
-    TIFFSetField(tiff, TIFFTAG_PREDICTOR, depth == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
+    if (samples == 4) {
+        set(TIFFTAG_EXTRASAMPLES, 1, &straight_alpha);
+        std::uint16_t count = 0, *types = nullptr;  // that there is no memory for it the library does not tell
+        all = TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &types) == 1 && types != nullptr && all;
+    }
+    set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+    set(TIFFTAG_PREDICTOR, depth == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
+    set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
     const auto& icc = picture.icc;
-    if (!icc.empty()) TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(icc.size()), icc.data());
+    if (!icc.empty()) set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(icc.size()), icc.data());
     using Unit = Resolution::Unit;
     const Unit own = picture.resolution.unit;
     const Resolution r = own == Unit::metre ? picture.resolution.in(Unit::centimetre) : picture.resolution;
-    if (!(r.x > 0 && r.y > 0)) return;
+    if (!(r.x > 0 && r.y > 0)) return all;
     const int unit = r.unit == Unit::inch ? RESUNIT_INCH : r.unit == Unit::none ? RESUNIT_NONE : RESUNIT_CENTIMETER;
-    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, unit);
-    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, r.x);
-    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, r.y);
+    set(TIFFTAG_RESOLUTIONUNIT, unit);
+    set(TIFFTAG_XRESOLUTION, r.x);
+    set(TIFFTAG_YRESOLUTION, r.y);
+    return all;
 }
 
-bool write_all(TIFF* tiff, const Picture& picture, int samples, Watch& watch) {
+bool write_all(TiffHandle& handle, const Picture& picture, int samples, Watch& watch) {
+    TIFF* const tiff = handle.tiff;
     const QX_World& world = *picture.world;
-    set_fields(tiff, picture, samples);
+    if (!set_fields(tiff, picture, samples)) {
+        handle.abandon();
+        return false;
+    }
     const bool rows =
         with_pixel_of(world, [&]<class Pixel>() { return write_rows<Pixel>(tiff, world, samples, watch); });
     return rows && TIFFFlush(tiff) == 1;
@@ -103,10 +115,12 @@ void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const
     TiffHandle handle;
     handle.tiff = TIFFClientOpenExt(file.path().c_str(), big ? "w8" : "w", &file, on_read, on_write, on_seek, on_close,
                                     on_size, nullptr, nullptr, handle.options());
-    const bool done = handle.tiff != nullptr && write_all(handle.tiff, picture, with_alpha ? 4 : 3, watch);
+    const bool done = handle.tiff != nullptr && write_all(handle, picture, with_alpha ? 4 : 3, watch);
     handle.close();
     file.check();
-    if (!done) throw Failure(file.path(), "could not be written: " + handle.error());
+    handle.check_memory();
+    if (!done && memory_ran_out()) throw std::bad_alloc();
+    if (!done) throw Failure(file.path(), std::string("could not be written: ") + handle.error());
 }
 
 const Format& tiff_format() {

@@ -29,6 +29,13 @@ constexpr PixelFormat FourChannelFormat(const char (&text)[5], std::uint32_t pre
     return {std::uint64_t{properties} << 32 | FourCC(text)};
 }
 
+/// Bits of a component of a format of plain samples, else 0.
+constexpr int ComponentBits(PixelFormat format) {
+    constexpr int bits[8] = {8, 10, 16, 16, 24, 32, 0, 0};
+    const bool plain = (format.properties() >> 19 & 3) == 1;
+    return plain ? bits[format.properties() >> 1 & 7] : 0;
+}
+
 inline constexpr PixelFormat kPixelFormat_ARGB_4444_8u = FourChannelFormat("ARGB", 0);
 inline constexpr PixelFormat kPixelFormat_ARGB_4444_15u = FourChannelFormat("AR15", 2);
 inline constexpr PixelFormat kPixelFormat_ARGB_4444_32f = FourChannelFormat("ARGf", 5);

@@ -8,7 +8,7 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/iterate/QX_Bands.h"
 #include "platform/M_Geometry.h"
-#include "platform/standalone/Standalone.h"
+#include "platform/standalone/Host.h"
 #include "platform/tesselcore_Threads.h"
 #include "scene/RowCount.h"
 #include "scene/Transform.h"

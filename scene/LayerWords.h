@@ -8,6 +8,7 @@ inline constexpr const char* kMaskKindWords[] = {"alpha", "inverse", "luma", "in
 inline constexpr const char* kFieldWords[] = {"all", "even", "odd"};
 inline constexpr const char* kQualityWords[] = {"draft", "bilinear", "bicubic"};
 inline constexpr const char* kDepthWords[] = {"8", "16", "32"};  ///< the depth is 8 << number
+inline constexpr const char* kDissolveIsIdle = "mode dissolve changes nothing at depth 32";
 inline constexpr int kFarthest = 1'000'000;  ///< positions beyond it could not touch a picture, and sums would wrap
 inline constexpr double kLeastGamma = 0.01, kMostGamma = 100;
 

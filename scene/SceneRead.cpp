@@ -2,9 +2,8 @@
 // Scenes from JSON.
 #include <climits>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "pictures/Files.h"
 #include "pictures/Picture.h"
@@ -227,17 +226,31 @@ private:
 };
 
 std::string contents(const std::string& path) {
-    const pictures::InputFile exists(path);
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
+    const pictures::InputFile file(path);
+    std::string text;
+    char part[4096];
+    while (const std::size_t bytes = std::fread(part, 1, sizeof part, file.stream())) text.append(part, bytes);
+    if (std::ferror(file.stream()) != 0) throw pictures::Failure(path, "could not be read");
+    return text;
 }
+
+/// Takes a value apart from its leaves on: the library takes memory to end what holds others, where it may not throw.
+void take_apart(nlohmann::json& value) {
+    if (!value.is_structured()) return;
+    for (auto& part : value) take_apart(part);
+    value.clear();
+}
+
+struct Tree {
+    nlohmann::json value;
+    ~Tree() { take_apart(value); }
+};
 
 }  // namespace
 
 Scene read_scene(const std::string& path) {
-    const nlohmann::json json = parse_json(contents(path), path);
-    return Reader(path).read(SceneNode(json, path));
+    const Tree tree{parse_json(contents(path), path)};
+    return Reader(path).read(SceneNode(tree.value, path));
 }
 
 }  // namespace qx::scene

@@ -4,6 +4,7 @@
 #include "QX/pixelops/QX_Premul.h"
 #include "pictures/Light.h"
 #include "scene/Faults.h"
+#include "scene/LayerWords.h"
 
 namespace qx::scene {
 namespace {
@@ -21,7 +22,7 @@ SceneRender::SceneRender(const Scene& scene, pictures::Watch& watch, Notes notes
     for (std::size_t i = 0; i < layers_.size(); ++i) {
         const SceneLayer& layer = scene.layers[i];
         if (layer.mode == xfer_dissolve && scene.depth == 32) {
-            note_once(scene.file + ": mode dissolve changes nothing at depth 32");
+            note_once(scene.file + ": " + kDissolveIsIdle);
         }
         if (layer.gamma <= 0) continue;
         layers_[i].tables = std::make_unique<QX_LinearBlendingTables>();

@@ -5,7 +5,7 @@
 set -eu
 [ $# -eq 3 ] || { echo "usage: $0 BUILD OTHER_BUILD SAMPLES" >&2; exit 2; }
 renders=$(cd "$(dirname "$0")/../tests/renders" && pwd)
-scene=$renders/../../examples/moving-layer/scene.json
+example=$(cd "$renders/../../examples/moving-layer" && pwd)
 samples=$(cd "$3" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -51,14 +51,14 @@ made() {
     qx=$2/bin/qx
     mkdir "$work/$1"
     "$3" >"$work/$1.sums"
-    cp "$samples/grace_hopper.jpg" "$samples/Minduka_Present_Blue_Pack.png" "$scene" "$work/$1"
     cd "$work/$1"
-    mv grace_hopper.jpg photo.jpg
-    mv Minduka_Present_Blue_Pack.png logo.png
-    sed -i 's/grace_hopper/photo/; s/Minduka_Present_Blue_Pack/logo/' scene.json
+    cp "$samples/grace_hopper.jpg" photo.jpg
+    cp "$samples/Minduka_Present_Blue_Pack.png" logo.png
+    cp "$example"/*.png .
+    sed '/"name":/d; /"comment":/d' "$example/scene.json" >scene.json # older states know neither
+    ls >"$work/inputs"
     pictures
-    rm photo.jpg logo.png scene.json
-    sha256sum ./* | awk '{print $2, $1}' >>"$work/$1.sums"
+    sha256sum ./* | awk '{print $2, $1}' | grep -v -w -F -f "$work/inputs" >>"$work/$1.sums"
     sort -o "$work/$1.sums" "$work/$1.sums"
 }
 

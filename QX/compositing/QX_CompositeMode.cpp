@@ -7,21 +7,18 @@
 
 namespace {
 
-constexpr double kStepOf8Bits = 0.00392156862745098;
-
 /// The finer field that can be believed: a record of old code filled in only the 8-bit one.
 float opacity_of(const QX_CompositeMode& mode) {
     const float coarse = static_cast<float>(mode.opacity) / 255.0f;
-    const float fine = static_cast<float>(mode.opacity16) * 3.0517578e-5f;
-    return static_cast<double>(std::fabs(coarse - fine)) >= kStepOf8Bits ? coarse : fine;
+    const float fine = static_cast<float>(mode.opacity16) * qx::kRow16ToFloat;
+    return static_cast<double>(std::fabs(coarse - fine)) >= qx::kOpacityStep ? coarse : fine;
 }
 
-template <class Channel> Channel opacity_at(float opacity) {
-    if constexpr (std::is_same_v<Channel, float>) {
+template <class Pixel> QX_ChannelOf<Pixel> opacity_at(float opacity) {
+    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
         return opacity;
     } else {
-        constexpr float full = std::is_same_v<Channel, std::uint8_t> ? 255.0f : 32768.0f;
-        return static_cast<Channel>(qx::truncate_to_int(opacity * full + 0.5f));
+        return qx::alpha_from_float<Pixel>(opacity);
     }
 }
 
@@ -36,7 +33,7 @@ QX_CompositeModePlus::QX_CompositeModePlus(int xfer_, float opacity_, const QX_L
 
 template <class Pixel>
 QX_BlendingMode<Pixel>::QX_BlendingMode(const QX_CompositeModePlus& plus)
-    : xfer(plus.xfer), rand_seed(plus.rand_seed), opacity(opacity_at<Channel>(plus.opacity)), rgb_only(plus.rgb_only) {}
+    : xfer(plus.xfer), rand_seed(plus.rand_seed), opacity(opacity_at<Pixel>(plus.opacity)), rgb_only(plus.rgb_only) {}
 
 template struct QX_BlendingMode<QX_Pixel8>;
 template struct QX_BlendingMode<QX_Pixel16>;

@@ -76,6 +76,11 @@ struct QX_CompositeMode {
 };
 static_assert(sizeof(QX_CompositeMode) == 12 && offsetof(QX_CompositeMode, opacity16) == 10);
 
+namespace qx {
+/// One step of the 8-bit opacity: below it a record may have the 16-bit one alone.
+inline constexpr double kOpacityStep = 0.00392156862745098;
+}  // namespace qx
+
 /// The form that the transfer routines take.
 class QX_EXPORT QX_CompositeModePlus {
 public:

@@ -26,7 +26,7 @@ template <class To, class From> To convert(const QX_LinearBlendingTables& tables
     } else if constexpr (std::is_same_v<From, QX_PixelFloat>) {
         using Channel = QX_ChannelOf<To>;
         const auto colour = [&](float c) {
-            const std::int32_t linear = colour_from_float<32768, std::uint16_t, float>(c);
+            const std::int32_t linear = colour_from_float<QX_Pixel16>(c);
             const std::int32_t encoded = from_linear16(tables, linear);
             if constexpr (std::is_same_v<To, QX_Pixel8>) {
                 return narrow_16_to_8(static_cast<std::uint32_t>(encoded));
@@ -34,8 +34,7 @@ template <class To, class From> To convert(const QX_LinearBlendingTables& tables
                 return static_cast<Channel>(encoded);
             }
         };
-        return {alpha_from_float<DepthOf<To>::full, Channel, float>(p.alpha), colour(p.red), colour(p.green),
-                colour(p.blue)};
+        return {alpha_from_float<To>(p.alpha), colour(p.red), colour(p.green), colour(p.blue)};
     } else {
         return convert_pixel<To, float>(p);
     }

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "QX/compositing/QX_LinearBlendingTables.h"
-#include "QX/indep/QX_Depth.h"
+#include "QX/compositing/QX_TableLookup.h"
 #include "QX/indep/QX_DepthSteps.h"
 
 /// Encoded values to linear ones and back. 16-bit values interpolate; values beyond the scale count as its end.
@@ -17,9 +17,7 @@ inline std::int32_t to_linear16(const QX_LinearBlendingTables& tables, std::int3
 }
 
 inline std::int32_t from_linear16(const QX_LinearBlendingTables& tables, std::int32_t y) {
-    const std::int32_t limited = lesser(y, Depth16::full), i = limited >> 3, f = limited & 7;
-    const std::int32_t c = tables.from_linear[i];
-    return f == 0 ? c : c + (((tables.from_linear[i + 1] - c) * f + 4) >> 3);
+    return table_value16(tables.from_linear, y);
 }
 
 /// Negative channels pass unchanged both ways.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "QX/compositing/QX_ModeFrame.h"
+#include "QX/indep/QX_DepthSteps.h"
 
 /// The modes that place a layer: copies, over and behind and their kin, alpha alone, and the two markers.
 namespace qx::modes {
@@ -168,8 +169,8 @@ struct MarkerGuard : Mode<40, Skips::none> {
 private:
     template <class D, class P> QX_LANE auto is_marker(const P& p) {
         if constexpr (D::number == 16) {
-            const auto to8 = [](auto v) QX_LAMBDA { return (v * 255 + 16384) >> 15; };
-            return is_marker<Depth8>(Planes<typename P::Lane>{p.a, to8(p.r), to8(p.g), to8(p.b)});
+            return is_marker<Depth8>(
+                Planes<typename P::Lane>{p.a, narrowed_16_to_8(p.r), narrowed_16_to_8(p.g), narrowed_16_to_8(p.b)});
         } else {
             constexpr auto high = D::number == 8 ? typename D::Lane(191) : typename D::Lane(0.75f);
             constexpr auto low = D::number == 8 ? typename D::Lane(64) : typename D::Lane(0.25f);

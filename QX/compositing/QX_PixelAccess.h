@@ -42,7 +42,7 @@ template <class V, class T> QX_INLINE V load_lanes(const T* from) {
 template <class V, class T> QX_INLINE void store_lanes(T* to, V v) { __builtin_memcpy(to, &v, sizeof v); }
 
 /// A 16-bit channel. Larger values than full do not occur in well-formed pixels; limited, they stay harmless.
-QX_INLINE constexpr std::int32_t limited16(std::uint16_t c) { return c > 32768 ? 32768 : c; }
+QX_INLINE constexpr std::int32_t limited16(std::uint16_t c) { return c > Depth16::full ? Depth16::full : c; }
 
 template <class P, class Pixel> QX_INLINE P load_pixels(const Pixel* p) {
     if constexpr (is_register<P>) {
@@ -93,7 +93,7 @@ template <class V> struct AlphaLanes8 {
 };
 template <class V> struct AlphaLanes16 {  // a pixel is two lanes; alpha is the low half of the first
     using Lane = V;
-    QX_LANE V alpha(V v) { return lesser(v & 0xFFFF, splat<V>(32768)); }
+    QX_LANE V alpha(V v) { return lesser(v & 0xFFFF, splat<V>(Depth16::full)); }
     QX_LANE V with_alpha(V v, V alpha) {
         V first{};
         for (unsigned i = 0; i < sizeof(V) / 4; i += 2) first[i] = -1;

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "QX/indep/QX_Depth.h"
+#include "QX/compositing/QX_TableLookup.h"
 #include "QX/indep/QX_Export.h"
 
 namespace qx {
@@ -20,14 +20,7 @@ struct SoftLightTables {
 QX_EXPORT extern SoftLightTables soft_light;
 void build_soft_light_tables();
 
-/// Curve values at a channel. Values beyond the scale read its end, so that nothing is read outside the tables.
-QX_INLINE std::int32_t soft_curve16(const std::uint16_t (&table)[4097], std::int32_t c) {
-    c = lesser(c, Depth16::full);
-    const std::int32_t i = c >> 3, f = c & 7;
-    const std::int32_t at = table[i];
-    return f == 0 ? at : at + (((table[i + 1] - at) * f + 4) >> 3);
-}
-
+/// The curve of float channels. Values beyond the scale read its end, so that nothing is read outside the table.
 QX_INLINE float soft_curve_float(const float (&table)[4097], float c) {
     if (!(c > 0.0f)) return table[0];
     if (c >= 1.0f) return table[4096];

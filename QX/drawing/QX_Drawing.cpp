@@ -96,9 +96,8 @@ template <class Pixel> Pixel line_colour(const QX_PixelFloat& c) {
     if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
         return c;
     } else {
-        using D = qx::DepthOf<Pixel>;
-        const auto step = [](float v) { return qx::alpha_from_float<D::full, typename D::Channel, double>(v); };
-        return {step(c.alpha), step(c.red), step(c.green), step(c.blue)};
+        return {qx::alpha_from_float<Pixel>(c.alpha), qx::alpha_from_float<Pixel>(c.red),
+                qx::alpha_from_float<Pixel>(c.green), qx::alpha_from_float<Pixel>(c.blue)};
     }
 }
 

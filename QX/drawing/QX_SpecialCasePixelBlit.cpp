@@ -12,6 +12,7 @@
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_WithDepth.h"
 #include "QX/iterate/QX_Iterate.h"
+#include "QX/world/QX_WorldX.h"
 
 namespace {
 
@@ -24,13 +25,12 @@ template <class D> struct Backdrop {
 };
 
 template <class D> Backdrop<D> backdrop(const QX_PixelFloat& c) {
-    const auto at8 = [](float v) { return static_cast<std::uint8_t>(truncate_to_int(v * 255.0f + 0.5f)); };
+    const auto at8 = [](float v) { return alpha_from_float<QX_Pixel8>(v); };
     const auto lane = [](float v) -> typename D::Lane {
         if constexpr (D::number == 32) {
             return v;
         } else {
-            const auto kept = static_cast<typename D::Channel>(truncate_to_int(v * static_cast<float>(D::full) + 0.5f));
-            return std::min<typename D::Lane>(kept, D::full);
+            return std::min<typename D::Lane>(alpha_from_float<typename D::Pixel>(v), D::full);
         }
     };
     return {{lane(c.alpha), lane(c.red), lane(c.green), lane(c.blue)},
@@ -43,7 +43,7 @@ template <class D> std::uint8_t to8(typename D::Lane v) {
     } else if constexpr (D::number == 16) {
         return narrow_16_to_8(static_cast<std::uint32_t>(v));
     } else {
-        return colour_from_float<255, std::uint8_t, float>(v);
+        return colour_from_float<QX_Pixel8>(v);
     }
 }
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "QX/world/QX_World.h"
+#include "QX/world/QX_WorldX.h"
 
 enum QX_SpecialCaseBlitStyle : std::int32_t {
     kQX_BlitPlain = 0,         ///< flattened over `colour_a`; the same for every number that is not below

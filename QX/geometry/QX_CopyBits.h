@@ -12,14 +12,23 @@ struct QX_ChannelChunk;
 
 /// Nearest pixels, between any two depths. Never polls. The exported name goes through the table of slots.
 /// @return 0; 3 after a report for null worlds or pixels, unknown depths, and sizes that pass 32 bits
-QX_EXPORT qx::CopyBitsFn QX_CopyBits_Draft, QX_CopyBits_Draft_Static;
+QX_EXPORT int QX_CopyBits_Draft(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
+                                const M_LRect* src_rect, const M_LRect* dst_rect);
+QX_EXPORT int QX_CopyBits_Draft_Static(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
+                                       const M_LRect* src_rect, const M_LRect* dst_rect);
 
 /// Bilinear samples, or area samples where either direction shrinks; both worlds of one depth. A copy without a change
 /// of size is the draft one. A destination side must fit 16 signed bits. Asks the abort function every 64 rows; its
 /// answer ends the copy.
-QX_EXPORT qx::CopyBitsFn QX_CopyBits_HQ_Straight, QX_CopyBits_HQ_Straight_Static;
+QX_EXPORT int QX_CopyBits_HQ_Straight(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
+                                      const M_LRect* src_rect, const M_LRect* dst_rect);
+QX_EXPORT int QX_CopyBits_HQ_Straight_Static(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
+                                             const M_LRect* src_rect, const M_LRect* dst_rect);
 /// The same with the samplers of premultiplied 8-bit pixels, and for 8-bit worlds alone.
-QX_EXPORT qx::CopyBitsFn QX_CopyBits_HQ_Premul, QX_CopyBits_HQ_Premul_Static;
+QX_EXPORT int QX_CopyBits_HQ_Premul(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
+                                    const M_LRect* src_rect, const M_LRect* dst_rect);
+QX_EXPORT int QX_CopyBits_HQ_Premul_Static(const QX_ProgressInfo* progress, QX_LayerDef* src, QX_LayerDef* dst,
+                                           const M_LRect* src_rect, const M_LRect* dst_rect);
 
 /// Raw elements of two-dimensional chunks, whatever their type, nearest neighbour.
 QX_EXPORT int QX_ChannelCopy(void* effect_ref, const QX_ChannelChunk* src_chunk, QX_ChannelChunk* dst_chunk,
@@ -28,7 +37,7 @@ QX_EXPORT int QX_ChannelCopy(void* effect_ref, const QX_ChannelChunk* src_chunk,
 /// Draws `src` into `dst` through a source-to-destination matrix with nearest pixels, between any two depths. Every
 /// pixel of a row that is done is written, with transparent black where the source has none.
 /// @param flag   quality, not read
-/// @param param  field: 0 all rows, 1 the even ones, 2 the odd ones
+/// @param param  field: 1 the even rows, 2 the odd ones, any other number all
 /// @return 0, also for a matrix without an inverse; 3 after a report; the answer of the progress function
 QX_EXPORT int QX_CopyBits3_LO_Straight(const QX_ProgressInfo* progress, QX_LayerDef* src, const M_Matrix3* matrix,
                                        int flag, int param, QX_LayerDef* dst);

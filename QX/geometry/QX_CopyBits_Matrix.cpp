@@ -22,8 +22,7 @@ int draw(const QX_ProgressInfo* progress, const QX_LayerDef& src, const qx::RowG
     const qx::Nearest<From> source(src);
     qx::FixedPoint at = rows.start + qx::FixedPoint{qx::kFixedHalf, qx::kFixedHalf};
     for (std::int32_t y = 0; y < dst.height; ++y, at = at + rows.dy) {
-        const bool skipped = field != 0 && (y & 1) == (field & 1);
-        if (!skipped) draw_row(source, at, rows.dx, dst.width, qx::row_of<To>(dst, y));
+        if (qx::in_field(field, y)) draw_row(source, at, rows.dx, dst.width, qx::row_of<To>(dst, y));
         if ((y & 63) != 0) continue;
         if (const int code = qx::ask_progress(progress, y, dst.height)) return code;
     }

@@ -11,9 +11,8 @@ namespace qx {
 /// limited, alpha too.
 template <class To, class From> To copied_pixel(const From& p) {
     if constexpr (std::is_same_v<From, QX_PixelFloat> && !std::is_same_v<To, From>) {
-        using Channel = QX_ChannelOf<To>;
-        const auto step = [](float c) { return colour_from_float<DepthOf<To>::full, Channel, float>(c); };
-        return {step(p.alpha), step(p.red), step(p.green), step(p.blue)};
+        return {colour_from_float<To>(p.alpha), colour_from_float<To>(p.red), colour_from_float<To>(p.green),
+                colour_from_float<To>(p.blue)};
     } else {
         return convert_pixel<To, float>(p);
     }

@@ -48,10 +48,9 @@ private:
         } else {
             const std::int32_t v = truncate_to_int(static_cast<float>(sum) / static_cast<float>(n));
             if constexpr (D::number == 8) {
-                const std::uint32_t u = static_cast<std::uint16_t>(v);
-                return static_cast<Channel>((u + ((u + 128) >> 8) + 128) >> 8);
+                return static_cast<Channel>(D::reduced(std::uint32_t{static_cast<std::uint16_t>(v)}));
             } else {
-                return static_cast<Channel>((v + 16384) >> 15);
+                return static_cast<Channel>(D::reduced(v));
             }
         }
     }

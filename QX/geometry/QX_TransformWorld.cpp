@@ -8,6 +8,7 @@
 #include "QX/geometry/QX_TransformCall.h"
 #include "QX/geometry/QX_TransformLoop.h"
 #include "QX/indep/QX_Guard.h"
+#include "QX/indep/QX_Progress.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/indep/QX_WithDepth.h"
 
@@ -42,8 +43,19 @@ std::int32_t motion_steps(const TransformCall& call) {
     return call.quality == 0 ? 8 : 16;
 }
 
+/// Transfers ask the progress function alone; as a transform the call asks to abort where there is none.
+QX_ProgressInfo asking_for(const QX_ProgressInfo& progress) {
+    return {const_cast<QX_ProgressInfo*>(&progress), nullptr, [](void* refcon, std::int32_t count, std::int32_t total) {
+                return ask_progress(static_cast<const QX_ProgressInfo*>(refcon), count, total);
+            }};
+}
+
 /// A layer that only moves by whole pixels is a transfer: nothing is sampled.
-template <class Pixel> int shift_pixels(const CompositeRun<Pixel>& run, const M_LRect& rect, FixedPoint by) {
+template <class Pixel> int shift_pixels(const TransformCall& call, const M_LRect& rect, FixedPoint by, int width) {
+    const QX_ProgressInfo asking = call.progress != nullptr ? asking_for(*call.progress) : QX_ProgressInfo{};
+    CompositeCall transfer = call;
+    transfer.progress = &asking;
+    const CompositeRun<Pixel> run(transfer, width);
     constexpr FixedPoint half{kFixedHalf, kFixedHalf};
     const FixedPoint moved = by + half;
     const M_LRect from = M_OffsetLRect(rect, -(moved.x >> 16), -(moved.y >> 16));
@@ -89,10 +101,11 @@ template <class Pixel> int draw(const TransformCall& call) {
         return clears_alpha_outside(call.mode->xfer) ? clear_alpha_around({}, call.dst) : kQX_NoError;
     }
     const M_LRect wanted = wanted_rect(*call.dst, call.dest_rect);
-    const CompositeRun<Pixel> run(call, wanted.right - wanted.left);
+    const int width = wanted.right - wanted.left;
     if (!motion.moving && is_pixel_shift(motion.start.to_dst, footprint.translation, call.quality)) {
-        return shift_pixels(run, rect, footprint.translation);
+        return shift_pixels<Pixel>(call, rect, footprint.translation, width);
     }
+    const CompositeRun<Pixel> run(call, width);
     return draw_rows(call, run, rect, motion, footprint);
 }
 

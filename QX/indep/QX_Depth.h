@@ -16,6 +16,7 @@ namespace qx {
 ///   comp    full - x                           div      v divided by an alpha, limited to full at integer depths
 ///   lerp    signed difference times a weight   smul     the same with mul's rounding
 ///   luma    weighted sum of a pixel's colours  wrap     low bits that a stored channel keeps
+///   reduced a product of two channels at integer depths, divided by full to the nearest
 /// The single-channel steps between depths for colours and arguments are in QX_DepthSteps.h.
 struct Depth8 {
     using Pixel = QX_Pixel8;
@@ -24,10 +25,11 @@ struct Depth8 {
     static constexpr int number = 8;
     static constexpr Lane full = 255, half = 128;
 
-    template <class V> QX_LANE V mul(V x, V y) {
-        const V t = x * y + 128;
+    template <class V> QX_LANE V reduced(V product) {
+        const V t = product + 128;
         return (t + (t >> 8)) >> 8;
     }
+    template <class V> QX_LANE V mul(V x, V y) { return reduced<V>(x * y); }
     template <class V> QX_LANE V comp(V x) { return full - x; }
     template <class V> QX_LANE V combine(V s, V d) { return comp(mul(comp(s), comp(d))); }
     template <class V> QX_LANE V lerp(V x, V w) { return mul(x, w); }
@@ -53,6 +55,7 @@ struct Depth16 {
     static constexpr int number = 16;
     static constexpr Lane full = 32768, half = 16384;
 
+    template <class V> QX_LANE V reduced(V product) { return (product + half) >> 15; }
     /// 16383: full * y stays y.
     template <class V> QX_LANE V mul(V x, V y) { return (x * y + 16383) >> 15; }
     template <class V> QX_LANE V comp(V x) { return full - x; }

@@ -12,27 +12,32 @@ namespace qx {
 constexpr std::uint16_t widen_8_to_16(std::uint32_t v) {
     return static_cast<std::uint16_t>((v * 0x808080u + 33200u) >> 16);
 }
-constexpr std::uint8_t narrow_16_to_8(std::uint32_t v) { return static_cast<std::uint8_t>((v * 255u + 16384u) >> 15); }
+template <class V> QX_INLINE constexpr V narrowed_16_to_8(V v) { return (v * 255 + 16384) >> 15; }
+constexpr std::uint8_t narrow_16_to_8(std::uint32_t v) { return static_cast<std::uint8_t>(narrowed_16_to_8(v)); }
 
-/// Factors of rows, in 32-bit float. Single colours and arguments use the double factor, which differs in
+/// Factors of rows to float, in 32-bit float. Single colours and arguments use the double factor, which differs in
 /// the last bit for half of the 8-bit codes.
 inline constexpr float kRow8ToFloat = 0.003921569f;
 inline constexpr float kRow16ToFloat = 3.0517578e-5f;
 inline constexpr double kColour8ToFloat = 1.0 / 255;
 inline constexpr double kColour16ToFloat = 1.0 / 32768;
 
-/// Float to an integer channel of full scale `Full`. Colours are clamped; alpha is not, and keeps its low bits.
-template <int Full, class Channel, class T> inline Channel alpha_from_float(float c) {
-    return static_cast<Channel>(truncate_to_int(static_cast<T>(c) * T(Full) + T(0.5)));
+/// Float to an integer channel of a pixel, in float: rows, single colours and arguments meet in one value. Colours are
+/// clamped; alpha is not, and keeps its low bits.
+template <class To> inline QX_ChannelOf<To> alpha_from_float(float c) {
+    constexpr auto full = static_cast<float>(DepthOf<To>::full);
+    return static_cast<QX_ChannelOf<To>>(truncate_to_int(c * full + 0.5f));
 }
-template <int Full, class Channel, class T> inline Channel colour_from_float(float c) {
-    const T v = static_cast<T>(c) * T(Full);
-    if (v < T(0)) return 0;
-    if (v > T(Full)) return static_cast<Channel>(Full);
-    return static_cast<Channel>(truncate_to_int(v + T(0.5)));
+template <class To> inline QX_ChannelOf<To> colour_from_float(float c) {
+    constexpr auto full = static_cast<float>(DepthOf<To>::full);
+    const float v = c * full;
+    if (v < 0) return 0;
+    if (v > full) return static_cast<QX_ChannelOf<To>>(DepthOf<To>::full);
+    return static_cast<QX_ChannelOf<To>>(truncate_to_int(v + 0.5f));
 }
 
-/// One channel between depths, where all four channels go by one rule (all pairs but those from float).
+/// One channel between depths, where all four channels go by one rule (all pairs but those from float). `T` is float in
+/// rows and double for single colours and arguments.
 template <class To, class T, class From> constexpr QX_ChannelOf<To> convert_channel(QX_ChannelOf<From> c) {
     constexpr bool from8 = std::is_same_v<From, QX_Pixel8>;
     if constexpr (std::is_same_v<To, QX_Pixel8>) {
@@ -46,15 +51,13 @@ template <class To, class T, class From> constexpr QX_ChannelOf<To> convert_chan
     }
 }
 
-/// One pixel from one depth to another. `T` is float in rows and double for single colours and arguments.
+/// One pixel from one depth to another; `T` as above.
 template <class To, class T, class From> inline To convert_pixel(const From& p) {
     if constexpr (std::is_same_v<To, From>) {
         return p;
     } else if constexpr (std::is_same_v<From, QX_PixelFloat>) {
-        constexpr int full = DepthOf<To>::full;
-        using C = typename DepthOf<To>::Channel;
-        return {alpha_from_float<full, C, T>(p.alpha), colour_from_float<full, C, T>(p.red),
-                colour_from_float<full, C, T>(p.green), colour_from_float<full, C, T>(p.blue)};
+        return {alpha_from_float<To>(p.alpha), colour_from_float<To>(p.red), colour_from_float<To>(p.green),
+                colour_from_float<To>(p.blue)};
     } else {
         return {convert_channel<To, T, From>(p.alpha), convert_channel<To, T, From>(p.red),
                 convert_channel<To, T, From>(p.green), convert_channel<To, T, From>(p.blue)};

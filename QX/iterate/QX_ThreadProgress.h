@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "QX/indep/QX_Progress.h"
 #include "QX/indep/QX_Records.h"
 #include "platform/tesselcore_Threads.h"
 
@@ -43,7 +44,6 @@ template <class Info> struct ThreadProgress : ThreadInfoField<Info> {
     Info info_copy{};
     Info* source_info;
     SharedCode error{0};
-    std::uint8_t active = 1;
     SharedCode pending_index{-1};
 
     explicit ThreadProgress(const Info* source) : source_info(const_cast<Info*>(source)) {
@@ -77,43 +77,44 @@ private:
     static int ask_abort(const QX_ProgressInfo& host) {
         return host.abort_func != nullptr ? host.abort_func(host.refcon) : 0;
     }
-    static int ask_progress(const QX_ProgressInfo& host, std::int32_t count, std::int32_t total) {
-        return host.progress_func != nullptr ? host.progress_func(host.refcon, count, total) : 0;
-    }
     static const QX_ProgressInfo& host_record(const QX_InData& source) {
         return *static_cast<const QX_ProgressInfo*>(source.effect_ref);
     }
 };
 
-template <> inline void ThreadProgress<QX_ProgressInfo>::redirect() {
-    info_copy.refcon = this;
-    info_copy.abort_func = [](void* refcon) { return forward(refcon, &ask_abort); };
-    info_copy.progress_func = [](void* refcon, std::int32_t count, std::int32_t total) {
-        return forward(refcon, [&](const QX_ProgressInfo& host) { return ask_progress(host, count, total); });
-    };
+/// A callback that the caller does not have stays null: who asks then asks the other one.
+template <class Callback> void replace_unless_null(Callback& callback, Callback by) {
+    if (callback != nullptr) callback = by;
 }
 
-/// Kept: without an `effect_ref` the copy keeps the caller's callbacks, and every thread calls them directly.
+template <> inline void ThreadProgress<QX_ProgressInfo>::redirect() {
+    info_copy.refcon = this;
+    replace_unless_null<QX_AbortFunc>(info_copy.abort_func, [](void* refcon) { return forward(refcon, &ask_abort); });
+    replace_unless_null<QX_ProgressFunc>(
+        info_copy.progress_func, [](void* refcon, std::int32_t count, std::int32_t total) {
+            return forward(refcon, [&](const QX_ProgressInfo& host) { return ask_progress(&host, count, total); });
+        });
+}
+
+/// What stands behind `effect_ref` is read when somebody asks, not before. Kept: without an `effect_ref` the copy keeps
+/// the caller's callbacks, and every thread calls them directly.
 template <> inline void ThreadProgress<QX_InData>::redirect() {
     if (info_copy.effect_ref == nullptr) return;
     info_copy.effect_ref = this;
-    info_copy.abort = [](void* refcon) {
-        return forward(refcon, [](const QX_InData& source) {
-            return source.abort != nullptr ? source.abort(source.effect_ref) : 0;
-        });
-    };
-    info_copy.progress = [](void* refcon, std::int32_t count, std::int32_t total) {
-        return forward(refcon, [&](const QX_InData& source) {
-            return source.progress != nullptr ? source.progress(source.effect_ref, count, total) : 0;
-        });
-    };
+    replace_unless_null<QX_AbortFunc>(info_copy.abort, [](void* refcon) {
+        return forward(refcon, [](const QX_InData& source) { return source.abort(source.effect_ref); });
+    });
+    replace_unless_null<QX_ProgressFunc>(info_copy.progress, [](void* refcon, std::int32_t count, std::int32_t total) {
+        return forward(refcon,
+                       [&](const QX_InData& source) { return source.progress(source.effect_ref, count, total); });
+    });
     thread_info.refcon = this;
     thread_info.abort_func = [](void* refcon) {
         return forward(refcon, [](const QX_InData& source) { return ask_abort(host_record(source)); });
     };
     thread_info.progress_func = [](void* refcon, std::int32_t count, std::int32_t total) {
         return forward(refcon,
-                       [&](const QX_InData& source) { return ask_progress(host_record(source), count, total); });
+                       [&](const QX_InData& source) { return ask_progress(&host_record(source), count, total); });
     };
 }
 

@@ -14,7 +14,7 @@
 #include "QX/library/QX_FillSlots.h"
 #include "QX/pixelops/QX_Noise.h"
 #include "QX/suites/QX_CallbackRoutines.h"
-#include "QX/world/QX_World.h"
+#include "QX/world/QX_WorldX.h"
 #include "platform/ALOG.h"
 #include "platform/HCL_Registry.h"
 #include "platform/M_Tables.h"

@@ -60,8 +60,7 @@ void PixelRun::store(std::byte* to, std::size_t bytes) const {
     } else {
         store_vectors<store_any>(to + head, count, v);
     }
-    const std::size_t tail = bytes - kPeriod;
-    store_any(to + tail, load(pattern_ + (tail & (kPeriod - 1))));
+    store_any(to + bytes - kPeriod, load(pattern_));  // the end of a pixel ends the run: it repeats from its start
 }
 
 }  // namespace qx

@@ -13,8 +13,10 @@
 
 /// @param forward  true multiplies by alpha, false divides. Kept: at alpha 0 the division turns colour full.
 QX_EXPORT int QX_Premul(void* effect_ref, bool forward, QX_LayerDef* world);
-QX_EXPORT qx::PremulRectFn QX_PremulRect;    ///< through the table of slots
-QX_EXPORT qx::PremulRectFn QX_PremulRect_S;  ///< the routine of one thread that stands there
+QX_EXPORT int QX_PremulRect(void* effect_ref, bool forward, const M_LRect* rect,
+                            QX_LayerDef* world);  ///< through the table of slots
+QX_EXPORT int QX_PremulRect_S(void* effect_ref, bool forward, const M_LRect* rect,
+                              QX_LayerDef* world);  ///< the routine of one thread that stands there
 
 /// Between straight colour and colour mixed with that of a matte. Both worlds have one depth, and may be the same one;
 /// they lie corner on corner. Forward, a transparent pixel takes the matte's colour; back, transparent and opaque

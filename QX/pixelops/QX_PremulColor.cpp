@@ -27,7 +27,7 @@ template <class D, bool Forward, class Pixel = typename D::Pixel> Pixel matted(c
     using Lane = typename D::Lane;
     using Channel = typename D::Channel;
     const Lane a = p.alpha;
-    if (a >= D::full || (!Forward && a == 0)) return p;
+    if (a >= D::full || (!Forward && !(a > 0))) return p;  // nor where alpha is no number
     const auto apply = [&](Lane c, Lane m) {
         return static_cast<Channel>(Forward ? mixed<D>(c, m, a) : separated<D>(c, m, a));
     };

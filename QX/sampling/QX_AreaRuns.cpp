@@ -12,21 +12,17 @@ namespace qx {
 
 namespace {
 
-bool has_vectors = false;
-
 /// All forms that finish a box alike; they differ for thin footprints only.
 bool has_run_form(QX_PointSampler<QX_Pixel8> area) {
-    return area == &avx2::area_template8 || area == &QX_AreaSample_CPlusPlus<QX_Pixel8, 2>;
+    return area == samp_forms->area8 || area == &QX_AreaSample_CPlusPlus<QX_Pixel8, 2>;
 }
 
 }  // namespace
 
-void choose_area_runs(bool vectors) { has_vectors = vectors; }
-
 template <> AreaRun<QX_Pixel8> area_run_form(QX_PointSampler<QX_Pixel8> area, const QX_SampPB& block, FixedPoint step) {
     const bool fits = step.y == 0 && sampling::branch_of(block) == sampling::Branch::box &&
                       block.x_radius <= kWidestBox / 2 * kFixedOne && !is_gpu_world(block.src);
-    return has_vectors && fits && has_run_form(area) ? &avx2::area_run : nullptr;
+    return fits && has_run_form(area) ? samp_forms->area_run8 : nullptr;
 }
 template <> AreaRun<QX_Pixel16> area_run_form(QX_PointSampler<QX_Pixel16>, const QX_SampPB&, FixedPoint) {
     return nullptr;

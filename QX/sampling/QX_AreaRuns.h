@@ -26,14 +26,6 @@ bool area_run_holds(const QX_SampPB& block, FixedPoint at, std::int32_t step);
 /// True for a box that the world's left and right edges do not cut.
 bool box_is_inside(const QX_SampPB& block, std::int32_t x);
 
-/// Says whether the processor has the vectors, at the library's start.
-void choose_area_runs(bool vectors);
-
 inline constexpr std::int32_t kWidestBox = 256;  ///< in pixels
-
-namespace avx2 {
-/// Of area_template8.
-std::uint32_t area_run(std::int32_t count, FixedPoint at, std::int32_t step, const QX_SampPB& block, QX_Pixel8* out);
-}  // namespace avx2
 
 }  // namespace qx

@@ -6,6 +6,7 @@
 
 #include "QX/sampling/QX_AreaRuns.h"
 #include "QX/sampling/QX_AreaSums8.h"
+#include "QX/sampling/QX_SampForms.h"
 
 #pragma GCC diagnostic ignored "-Wpsabi"  // vectors stay inside this file
 

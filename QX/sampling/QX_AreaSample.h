@@ -9,8 +9,10 @@
 /// point sampler of the quality reads. Forms, threads and results as in QX_Samp.h.
 
 /// 8 and 16 bits, quality 1, through the form that the library chose at its start.
-QX_EXPORT qx::PointSamplerFn<QX_Pixel8> QX_AreaSample_Straight;
-QX_EXPORT qx::PointSamplerFn<QX_Pixel16> QX_AreaSample_Straight16;
+QX_EXPORT int QX_AreaSample_Straight(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params,
+                                     QX_Pixel8* out);
+QX_EXPORT int QX_AreaSample_Straight16(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params,
+                                       QX_Pixel16* out);
 
 /// @tparam Quality  1 takes the bilinear, 2 the bicubic clipped sampler for thin footprints. Refuses a GPU world.
 template <class Pixel, int Quality>
@@ -32,4 +34,5 @@ extern template int QX_AreaSample_CPlusPlus<QX_PixelFloat, 2>(void*, std::int32_
 
 /// Premultiplied 8-bit pixels in integers. `params->area` must be filled in and at least 128; an `area` that rounds to
 /// 0 gives the zero pixel. Refuses a GPU world.
-QX_EXPORT qx::PointSamplerFn<QX_Pixel8> QX_AreaSample_Premul;
+QX_EXPORT int QX_AreaSample_Premul(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params,
+                                   QX_Pixel8* out);

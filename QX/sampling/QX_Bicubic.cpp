@@ -8,8 +8,6 @@ std::uint32_t cubic8_plain(const TapRows<4>& rows, const CubicWeights& weights) 
     return finish<QX_Pixel8>(cubic_sum<QX_Pixel8>(rows, weights));
 }
 
-constinit Cubic8* cubic8 = &cubic8_plain;
-
 }  // namespace qx::sampling
 
 using namespace qx::sampling;

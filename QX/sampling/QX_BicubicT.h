@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "QX/indep/QX_RoutineTypes.h"
-#include "QX/sampling/QX_BicubicForms.h"
+#include "QX/sampling/QX_SampForms.h"
 #include "QX/sampling/QX_SampleMixT.h"
 
 /// Bicubic samples: Keys' cubic convolution with a = -0.75, across four rows, then down. All in float, at every depth.
@@ -91,7 +91,7 @@ template <class Pixel> QX_INLINE auto finish(Float4 sum) {
 
 template <class Pixel> QX_INLINE auto cubic_sample(const TapRows<4>& rows, const CubicWeights& weights) {
     if constexpr (sizeof(Pixel) == 4) {
-        return cubic8(rows, weights);
+        return samp_forms->cubic8(rows, weights);
     } else {
         return finish<Pixel>(cubic_sum<Pixel>(rows, weights));
     }

@@ -2,7 +2,6 @@
 // Two rows of taps at a time. What stands here beside the kernel is inlined always, so that no other level shares it.
 #include <immintrin.h>
 
-#include "QX/sampling/QX_BicubicForms.h"
 #include "QX/sampling/QX_BicubicT.h"
 
 namespace qx::avx2 {

@@ -18,6 +18,10 @@ using RunSampler = std::uint32_t (*)(std::int32_t count, FixedPoint at, FixedPoi
 /// for other depths, and on processors without the vectors for it.
 template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipped);
 
+/// A routine with the arguments of nearest_run.
+using NearestRun = std::int32_t(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,
+                                std::int32_t width, std::uint32_t* sum, QX_Pixel8* out);
+
 /// Nearest 8-bit pixels of one row that grows, as far as eight of them can be taken from eight neighbours.
 /// @param x, step  in 16.16, half a pixel added; 0 <= step <= 1.0
 /// @param sum      alphas written are added
@@ -26,16 +30,5 @@ std::int32_t nearest_run(std::int32_t count, std::int64_t x, std::int32_t step, 
                          std::int32_t width, std::uint32_t* sum, QX_Pixel8* out);
 
 inline constexpr int kRunLanes = 8;
-namespace avx2 {
-/// Of qx::nearest_run.
-std::int32_t nearest_run(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,
-                         std::int32_t width, std::uint32_t* sum, QX_Pixel8* out);
-/// Of noclip_two_stage, for a multiple of kRunLanes.
-std::uint32_t two_stage_run(std::int32_t count, FixedPoint at, FixedPoint step, const QX_LayerDef& world,
-                            QX_Pixel8* out);
-}  // namespace avx2
-
-/// Says whether the processor has the vectors, at the library's start.
-void choose_run_forms(bool vectors);
 
 }  // namespace qx

@@ -2,31 +2,66 @@
 #pragma once
 
 #include "QX/indep/QX_RoutineTypes.h"
+#include "QX/sampling/QX_AreaRuns.h"
+#include "QX/sampling/QX_Runs.h"
+#include "QX/sampling/QX_SampleTapsT.h"
 
-/// The forms of the three routines of which one stands in the slot, by the processor's vector unit.
-namespace qx::sampling {
+/// The routines of the family that have more than one form, and what a processor takes of them.
+namespace qx {
+
+namespace sampling {
 
 PointSamplerFn<QX_Pixel8> noclip_plain;
-/// With the unit. Where the alphas alone are equal it mixes in two stages, down then across, and so may differ from the
-/// plain form by a step.
+/// With the vector unit. Where the alphas alone are equal it mixes in two stages, down then across, and so may differ
+/// from the plain form by a step.
 PointSamplerFn<QX_Pixel8> noclip_two_stage;
-
-}  // namespace qx::sampling
-
-namespace qx::avx2 {
-/// The pixels of sampling::noclip_two_stage, with both columns of the taps in one register.
-PointSamplerFn<QX_Pixel8> noclip_two_stage;
-/// The pixels of area_template8; boxes of whole pixels are summed two rows at a time.
-PointSamplerFn<QX_Pixel8> area_template8;
-}  // namespace qx::avx2
-
-namespace qx::sampling {
 
 /// Channels limited to full scale, then rounded to the nearest. No area form here asks for a GPU world.
 PointSamplerFn<QX_Pixel8> area_plain8;
 PointSamplerFn<QX_Pixel16> area_plain16;
-/// With the unit: the last step of QX_AreaSample_CPlusPlus.
+/// With the vector unit: the last step of QX_AreaSample_CPlusPlus.
 PointSamplerFn<QX_Pixel8> area_template8;
 PointSamplerFn<QX_Pixel16> area_template16;
 
-}  // namespace qx::sampling
+struct CubicWeights;
+/// The kernel of all bicubic samples at 8 bits: the pixel of sixteen taps, as its bits.
+using Cubic8 = std::uint32_t(const TapRows<4>& rows, const CubicWeights& weights);
+Cubic8 cubic8_plain;
+
+}  // namespace sampling
+
+namespace avx2 {
+
+/// The pixels of sampling::noclip_two_stage, with both columns of the taps in one register.
+PointSamplerFn<QX_Pixel8> noclip_two_stage;
+/// The pixels of area_template8; boxes of whole pixels are summed two rows at a time.
+PointSamplerFn<QX_Pixel8> area_template8;
+/// The pixels of cubic8_plain.
+sampling::Cubic8 cubic8;
+/// Of noclip_two_stage, for a multiple of kRunLanes.
+std::uint32_t two_stage_run(std::int32_t count, FixedPoint at, FixedPoint step, const QX_LayerDef& world,
+                            QX_Pixel8* out);
+/// Of area_template8.
+std::uint32_t area_run(std::int32_t count, FixedPoint at, std::int32_t step, const QX_SampPB& block, QX_Pixel8* out);
+/// Of qx::nearest_run.
+NearestRun nearest_run;
+
+}  // namespace avx2
+
+/// What one kind of processor uses. Runs are null where it has none.
+struct SampForms {
+    QX_PointSampler<QX_Pixel8> unclipped8;
+    QX_PointSampler<QX_Pixel8> area8;
+    QX_PointSampler<QX_Pixel16> area16;
+    sampling::Cubic8* cubic8;
+    RunSampler<QX_Pixel8> run8;    ///< of `unclipped8`
+    AreaRun<QX_Pixel8> area_run8;  ///< of `area8`, and of the bicubic quality, which finishes boxes alike
+    NearestRun* nearest_run8;
+};
+
+/// Chosen once, at the library's start.
+extern const SampForms* samp_forms;
+/// @param vector  the processor has the vector unit @param faster  the faster rows are to be used
+void choose_samp_forms(bool vector, bool faster);
+
+}  // namespace qx

@@ -3,11 +3,12 @@
 
 #include <optional>
 
+#include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_Slots.h"
-#include "QX/world/QX_Frame.h"
+#include "QX/world/QX_EffectWorld.h"
 
 namespace qx {
 
@@ -21,8 +22,7 @@ int report_null_world() {
 /// The 8-bit opacity counts from one step up; a record without it has the 16-bit one.
 float opacity_of(const QX_CompositeMode& mode) {
     const double coarse = mode.opacity / 255.0;
-    return coarse >= 0.00392156862745098 ? static_cast<float>(coarse)
-                                         : static_cast<float>(mode.opacity16) * 3.0517578e-5f;
+    return coarse >= kOpacityStep ? static_cast<float>(coarse) : static_cast<float>(mode.opacity16) * kRow16ToFloat;
 }
 
 /// A missing record stays missing: the routine behind the slot tells that.

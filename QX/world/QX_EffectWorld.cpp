@@ -4,7 +4,7 @@
 
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
-#include "QX/world/QX_Frame.h"
+#include "QX/world/QX_EffectWorld.h"
 #include "QX/world/QX_World.h"
 #include "platform/FK_Frames.h"
 

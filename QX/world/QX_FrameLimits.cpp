@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Could a frame be allocated at all? The host asks before it plans to render one.
+#include "QX/world/QX_FrameLimits.h"
 #include "QX/indep/QX_Area.h"
-#include "QX/world/QX_Frame.h"
 #include "QX/world/QX_FrameTexts.h"
 #include "platform/tesselmediatypes.h"
 
@@ -14,13 +14,6 @@ constexpr auto kGpuFormat = GK::kPixelFormat_GPU_BGRA_4444_32f;
 
 std::uint64_t round_up(std::uint64_t bytes, std::size_t alignment) {
     return (bytes + alignment - 1) & ~(std::uint64_t{alignment} - 1);
-}
-
-/// Bits of a component: told for plain samples alone.
-int component_precision(tesselmediatypes::PixelFormat format) {
-    constexpr int bits[8] = {8, 10, 16, 16, 24, 32, 0, 0};
-    const bool plain = (format.properties() >> 19 & 3) == 1;
-    return plain ? bits[format.properties() >> 1 & 7] : 0;
 }
 
 }  // namespace
@@ -41,7 +34,7 @@ Answer CanAllocateGPUFrame(int width, int height, short, std::size_t alignment) 
     const std::uint64_t bytes = row != 0 ? static_cast<std::uint64_t>(height) * row
                                          : tesselmediatypes::PixelFormatSize(kGpuFormat, width, height);
     if (bytes > kGpuFrameLimit)
-        return {false, memory_limit_text({width, height, component_precision(kGpuFormat), bytes})};
+        return {false, memory_limit_text({width, height, tesselmediatypes::ComponentBits(kGpuFormat), bytes})};
     return {true, {}};
 }
 

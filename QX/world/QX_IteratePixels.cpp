@@ -4,7 +4,7 @@
 
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_WithDepth.h"
-#include "QX/world/QX_World.h"
+#include "QX/world/QX_IteratePixels.h"
 
 namespace {
 

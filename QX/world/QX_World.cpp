@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What all worlds share whatever their pixel: the ways to make one, and the operations on the record alone.
-#include "QX/world/QX_World.h"
+#include "QX/world/QX_IteratePixels.h"
+#include "QX/world/QX_WorldX.h"
 
 #include <algorithm>
 #include <limits>

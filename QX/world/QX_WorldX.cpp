@@ -12,10 +12,11 @@
 #include "QX/pixelops/QX_PixelRun.h"
 #include "QX/pixelops/QX_Premul.h"
 #include "QX/world/QX_Frame.h"
+#include "QX/world/QX_FrameLimits.h"
 #include "QX/world/QX_FrameTexts.h"
 #include "QX/world/QX_SubRecord.h"
-#include "QX/world/QX_World.h"
 #include "QX/world/QX_WorldCopy.h"
+#include "QX/world/QX_WorldX.h"
 #include "platform/TK_Report.h"
 
 namespace {

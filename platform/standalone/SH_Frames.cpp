@@ -32,16 +32,9 @@ bool LivesOnGPU(tesselmediatypes::PixelFormat format) {
              format == kPixelFormat_ARGB_4444_32f);
 }
 
-/// Bits per component of a format of plain samples, else 0.
-std::uint64_t Precision(std::uint32_t properties) {
-    constexpr std::uint64_t bits[8] = {8, 10, 16, 16, 24, 32, 0, 0};
-    const bool plain = (properties >> 19 & 3) == 1;
-    return plain ? bits[properties >> 1 & 7] : 0;
-}
-
-std::uint64_t BytesPerPixel(std::uint32_t properties) {
-    const std::uint64_t bits = Precision(properties);
-    const std::uint32_t layout = properties >> 8 & 7, packing = properties >> 11 & 3;
+std::uint64_t BytesPerPixel(tesselmediatypes::PixelFormat format) {
+    const auto bits = static_cast<std::uint64_t>(tesselmediatypes::ComponentBits(format));
+    const std::uint32_t properties = format.properties(), layout = properties >> 8 & 7, packing = properties >> 11 & 3;
     if (packing == 0 && layout != 0) return bits * 4 / 8;
     if (packing == 1) return (bits == 10 ? 0 : bits) * 2 / 8;
     if (bits == 10) return 4;
@@ -96,7 +89,7 @@ namespace tesselmediatypes {
 std::uint64_t PixelFormatSize(PixelFormat format, int width, int height) {
     if (width <= 0 || height <= 0) return 0;
     const auto pixels = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
-    return standalone::BytesPerPixel(format.properties()) * pixels;
+    return standalone::BytesPerPixel(format) * pixels;
 }
 
 }  // namespace tesselmediatypes

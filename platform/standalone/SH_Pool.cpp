@@ -1,69 +1,126 @@
 // SPDX-License-Identifier: Apache-2.0
-// The thread pool, oneTBB's. This file alone calls it and is built without ThreadSanitizer, which does not see into
-// that library: the hand-over of memory between threads is spelt out where the tasks are run.
-#include <oneapi/tbb/blocked_range.h>
-#include <oneapi/tbb/global_control.h>
-#include <oneapi/tbb/info.h>
-#include <oneapi/tbb/parallel_for.h>
-#include <oneapi/tbb/partitioner.h>
-#include <oneapi/tbb/task_arena.h>
+// The thread pool. A thread that the system does not give is done without: the caller of a run takes every index that
+// no other thread takes, so that work ends wherever its caller can go on.
+#include <unistd.h>
 
 #include <algorithm>
-#include <memory>
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
 #include <mutex>
 #include <new>
+#include <thread>
+#include <vector>
 
 #include "platform/standalone/SH_Internal.h"
 
 namespace standalone {
 namespace {
 
-/// Threads that work at once. The control lets more run than there are cores when that is asked for.
-struct Pool {
-    explicit Pool(int threads)
-        : limit(threads),
-          control(tbb::global_control::max_allowed_parallelism,
-                  static_cast<std::size_t>(std::max(threads, CoreCount()))),
-          arena(std::make_unique<tbb::task_arena>(threads)) {}
-    int limit;
-    tbb::global_control control;
-    std::unique_ptr<tbb::task_arena> arena;
-};
+/// One call of RunOnPool, on its caller's stack.
+struct Job {
+    const int count, most_helpers;
+    void (*const body)(void*, int);
+    void* const context;
+    std::atomic<std::int64_t> next{0};  ///< wider than an index, since every thread counts once beyond the end
+    int helpers = 0;                    ///< threads of the pool at work on it; guarded by the pool's mutex
+    std::condition_variable alone{};    ///< told when the last helper leaves
+    Job* below = nullptr;
 
-/// Ends the pool's threads before the program ends, so that none of them outlives what it works on.
-struct Scheduler {
-    std::mutex mutex;
-    tbb::task_scheduler_handle handle{tbb::attach{}};
-    std::unique_ptr<Pool> pool;
-    ~Scheduler() {
-        // The control goes last: without it threads beyond the cores sleep for good, and their end is waited for.
-        if (pool) pool->arena.reset();
-        tbb::finalize(handle, std::nothrow);
+    bool wants_help() const { return helpers < most_helpers && next.load(std::memory_order_relaxed) < count; }
+    void work() {
+        for (std::int64_t i; (i = next.fetch_add(1, std::memory_order_relaxed)) < count;) {
+            body(context, static_cast<int>(i));
+        }
     }
 };
 
-/// Made on first use and again after the limit has changed, which happens only while nothing runs.
-tbb::task_arena& Arena(int threads) {
-    static Scheduler scheduler;
-    const std::lock_guard lock(scheduler.mutex);
-    if (!scheduler.pool || scheduler.pool->limit != threads) {
-        scheduler.pool.reset();
-        scheduler.pool = std::make_unique<Pool>(threads);
+class Pool {
+public:
+    /// At the end of the process: nothing runs any more, so the threads sleep and end at once. In a process that was
+    /// forked off there are none of them, and who joined one would wait for ever.
+    void end() {
+        if (::getpid() != process_) return;
+        {
+            const std::lock_guard lock(mutex_);
+            ending_ = true;
+        }
+        work_.notify_all();
+        for (std::thread& thread : threads_) thread.join();
     }
-    return *scheduler.pool->arena;
-}
+
+    void run(Job& job) {
+        {
+            const std::lock_guard lock(mutex_);
+            start_threads(std::min(job.most_helpers, job.count - 1));
+            job.below = newest_;
+            newest_ = &job;
+        }
+        if (job.count > 1) work_.notify_all();
+        job.work();
+        std::unique_lock lock(mutex_);
+        take_out(job);
+        // A thread that waits here takes up no index of another run, whose locks it may hold.
+        job.alone.wait(lock, [&] { return job.helpers == 0; });
+    }
+
+private:
+    void start_threads(int wanted) {
+        try {
+            while (static_cast<int>(threads_.size()) < wanted) threads_.emplace_back([this] { help(); });
+        } catch (const std::exception&) {  // no memory or no thread: those that are there do the work
+        }
+    }
+    void help() {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            Job* job = nullptr;
+            work_.wait(lock, [&] { return ending_ || (job = unfinished()) != nullptr; });
+            if (job == nullptr) return;
+            ++job->helpers;
+            lock.unlock();
+            job->work();
+            lock.lock();
+            if (--job->helpers == 0) job->alone.notify_one();
+        }
+    }
+    Job* unfinished() const {
+        Job* job = newest_;
+        while (job != nullptr && !job->wants_help()) job = job->below;
+        return job;
+    }
+    void take_out(const Job& job) {
+        Job** link = &newest_;
+        while (*link != &job) link = &(*link)->below;
+        *link = job.below;
+    }
+
+    const pid_t process_ = ::getpid();
+    std::mutex mutex_;
+    std::condition_variable work_;
+    std::vector<std::thread> threads_;
+    Job* newest_ = nullptr;
+    bool ending_ = false;
+};
 
 }  // namespace
 
-int CoreCount() { return tbb::info::default_concurrency(); }
+int CoreCount() {
+    static const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    return cores;
+}
 
 void RunOnPool(int limit, int count, void (*body)(void*, int), void* context) {
-    const auto range = [=](const tbb::blocked_range<int>& part) {
-        for (int i = part.begin(); i != part.end(); ++i) body(context, i);
-    };
-    const auto run = [&] { tbb::parallel_for(tbb::blocked_range<int>(0, count, 1), range, tbb::simple_partitioner()); };
-    // Isolated: a thread that waits for this run takes up no task of another one, whose locks it may hold.
-    Arena(limit == 0 ? CoreCount() : limit).execute([&] { tbb::this_task_arena::isolate(run); });
+    // Never destroyed, since its parts would wait for threads that a forked process does not have.
+    alignas(Pool) static std::byte place[sizeof(Pool)];
+    static Pool& pool = *new (place) Pool;
+    static const struct AtExit {
+        ~AtExit() { pool.end(); }
+    } at_exit;
+    Job job{count, (limit == 0 ? CoreCount() : limit) - 1, body, context};
+    pool.run(job);
 }
 
 }  // namespace standalone

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Localised strings; the stand-alone host speaks English, which every key brings along.
 #include <algorithm>
-#include <cstdint>
+#include <boost/locale/utf.hpp>
 #include <cstring>
+#include <iterator>
 
 #include "platform/TK_Strings.h"
 #include "platform/standalone/SH_Internal.h"
@@ -10,57 +11,32 @@
 namespace standalone {
 namespace {
 
-constexpr std::uint32_t kReplacement = 0xFFFD;
+namespace utf = boost::locale::utf;
+using Utf8 = utf::utf_traits<char>;
 
-/// Length of the sequence that a first byte announces; 0 for one that begins none.
-int SequenceLength(unsigned char first) {
-    if (first < 0x80) return 1;
-    if (first >= 0xC2 && first < 0xE0) return 2;
-    if (first >= 0xE0 && first < 0xF0) return 3;
-    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
-}
-
-/// Reads a code point and moves on; a broken sequence counts as one byte.
-std::uint32_t NextCodePoint(const char*& text) {
-    const auto first = static_cast<unsigned char>(*text++);
-    const int length = SequenceLength(first);
-    if (length == 1) return first;
-    if (length == 0) return kReplacement;
-    std::uint32_t code = first & (0xFFu >> (length + 1));
-    for (int i = 0; i < length - 1; ++i) {
-        const auto next = static_cast<unsigned char>(text[i]);
-        if ((next & 0xC0) != 0x80) return kReplacement;
-        code = code << 6 | (next & 0x3Fu);
-    }
-    const bool too_long = length > 2 && code < (length == 3 ? 0x800u : 0x10000u);
-    if (too_long || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) return kReplacement;
-    text += length - 1;
-    return code;
-}
-
-void Append(std::string& out, std::uint32_t code) {
-    const auto put = [&](std::uint32_t byte) { out.push_back(static_cast<char>(byte)); };
-    const auto tail = [&](int shift) { put(0x80 | (code >> shift & 0x3F)); };
-    if (code < 0x80) return put(code);
-    if (code < 0x800) return put(0xC0 | code >> 6), tail(0);
-    if (code < 0x10000) return put(0xE0 | code >> 12), tail(6), tail(0);
-    put(0xF0 | code >> 18), tail(12), tail(6), tail(0);
-}
+constexpr utf::code_point kReplacement = 0xFFFD;
 
 }  // namespace
 
 std::string ToUtf8(const std::wstring& text) {
     std::string out;
     for (const wchar_t c : text) {
-        const auto code = static_cast<std::uint32_t>(static_cast<char32_t>(c));
-        Append(out, code > 0x10FFFF || (code >= 0xD800 && code < 0xE000) ? kReplacement : code);
+        const auto code = static_cast<utf::code_point>(c);
+        Utf8::encode(utf::is_valid_codepoint(code) ? code : kReplacement, std::back_inserter(out));
     }
     return out;
 }
 
+/// A broken sequence counts as one byte.
 std::wstring FromUtf8(const char* text) {
     std::wstring out;
-    while (*text != '\0') out.push_back(static_cast<wchar_t>(NextCodePoint(text)));
+    for (const char *at = text, *const end = text + std::strlen(text); at != end;) {
+        const char* const begin = at;
+        const utf::code_point code = Utf8::decode(at, end);
+        const bool valid = utf::is_valid_codepoint(code);
+        out.push_back(static_cast<wchar_t>(valid ? code : kReplacement));
+        if (!valid) at = begin + 1;
+    }
     return out;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Parallel work: bands, the executor's contract, and the hand-over of memory between threads.
+// Parallel work: bands, the executor's contract, and exceptions of tasks.
 #include <atomic>
 #include <exception>
 
@@ -16,23 +16,19 @@ int pool_limit = 0;
 int thread_count_error = 0;
 Executor executor;
 
-/// One run of tasks. `gate` carries what one thread wrote to the next: the caller opens it, each task passes it when
-/// it begins and again when it ends, the caller passes it last. The pool itself is no part of this hand-over.
+/// One run of tasks.
 struct Run {
     const boost::function<void(int)>& task;
-    std::atomic<int> gate{0};
     std::atomic<bool> failed{false};
     std::exception_ptr fault{};  ///< written by the task that set `failed`
 
     static void Task(void* context, int index) {
         auto& run = *static_cast<Run*>(context);
-        static_cast<void>(run.gate.load(std::memory_order_acquire));
         try {
             if (!run.failed.load(std::memory_order_relaxed)) run.task(index);
         } catch (...) {
             if (!run.failed.exchange(true)) run.fault = std::current_exception();
         }
-        run.gate.fetch_add(1, std::memory_order_release);
     }
 };
 
@@ -60,9 +56,7 @@ void ExecuteCPUBoundTaskOnAllProcessors(const boost::function<void(int)>& task, 
     if (count <= 0) return;
     if (standalone::executor) return standalone::executor(task, count);
     standalone::Run run{task};
-    run.gate.store(1, std::memory_order_release);
     standalone::RunOnPool(standalone::pool_limit, count, &standalone::Run::Task, &run);
-    static_cast<void>(run.gate.load(std::memory_order_acquire));
     if (run.fault) std::rethrow_exception(run.fault);
 }
 

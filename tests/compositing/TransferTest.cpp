@@ -107,8 +107,8 @@ TEST(Transfer, ProgressIsCalledOnMultiplesOf128AndEndsTheWork) {
         start(3, 400, FillKind::clear, 2);
     Polls polls;
     const QX_ProgressInfo info{&polls, nullptr, &Polls::progress};
-    // Row 257 is odd: skipped rows report too.
-    TransferCall call{.src_rect = {0, 0, 3, 300}, .progress = &info, .field = 1, .dest_y = 1};
+    // Rows 128 and 256 are even: skipped rows report too.
+    TransferCall call{.src_rect = {0, 0, 3, 300}, .progress = &info, .field = 2, .dest_y = 1};
     ASSERT_EQ(call(src.record(), dst.record()), 0);
     EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{127, 300}, {255, 300}}));
     polls = {.stop_at = 0};
@@ -204,6 +204,8 @@ TEST(CompositeMode, OpacityIsThatOfTheFinerFieldThatCanBeBelieved) {
     EXPECT_EQ(opacity(128, 0), 128 / 255.0f);
     EXPECT_EQ(opacity(128, 16448), 16448 * 3.0517578e-5f);
     EXPECT_EQ(opacity(255, 32768), 32768 * 3.0517578e-5f);
+    EXPECT_EQ(opacity(128, 16448 + 120), 16568 * 3.0517578e-5f);  // within a step of 8 bits, which is 128.5
+    EXPECT_EQ(opacity(128, 16448 + 190), 128 / 255.0f);
     EXPECT_EQ(opacity(0, 0), 0.0f);
     const QX_CompositeModePlus mode(QX_CompositeMode{7, -3, 255, 3, 32768});
     EXPECT_TRUE(mode.rgb_only);

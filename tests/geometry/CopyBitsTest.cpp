@@ -268,7 +268,7 @@ TEST(CopyBitsMatrix, TakesTheNearestPixelAtAllDepths) {
     std::mt19937 random(8);
     std::uniform_real_distribution<double> part(-1.5, 1.5), shift(-6, 12);
     for (unsigned i = 0; i < 900; ++i) {
-        const int from = kDepths[i % 3], to = kDepths[i / 3 % 3], field = static_cast<int>(i / 9 % 3);
+        const int from = kDepths[i % 3], to = kDepths[i / 3 % 3], field = static_cast<int>(i / 9 % 4);
         const World src = made(13, 10, from, i), dst = made(12, 11, to, i + 1), before = made(12, 11, to, i + 1);
         M_Matrix3 m{
             {{part(random), part(random), 0}, {part(random), part(random), 0}, {shift(random), shift(random), 1}}};
@@ -282,7 +282,7 @@ TEST(CopyBitsMatrix, TakesTheNearestPixelAtAllDepths) {
             const double sx = (u * m.m[1][1] - v * m.m[1][0]) / det, sy = (v * m.m[0][0] - u * m.m[0][1]) / det;
             const bool doubtful = std::abs(sx - std::round(sx)) < 0.01 || std::abs(sy - std::round(sy)) < 0.01;
             if (doubtful && i % 4 != 0) return kDoubtful;  // a rounding of steps away from the next pixel
-            if (field != 0 && y % 2 == field % 2) return kKept;
+            if ((field == 1 && y % 2 == 1) || (field == 2 && y % 2 == 0)) return kKept;
             const std::pair place(static_cast<int>(std::floor(sx)), static_cast<int>(std::floor(sy)));
             return holds({0, 0, 13, 10}, place.first, place.second) ? place : kCleared;
         });

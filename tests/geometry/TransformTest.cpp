@@ -217,5 +217,18 @@ TYPED_TEST(TransformAtDepth, OpacityHoldsForOpaqueRows) {
     }
 }
 
+TEST(Transform, AsksToAbortWhereThereIsNoProgress) {
+    Born born;
+    TestWorld<QX_Pixel8> src(20, 300, FillKind::opaque, 1), dst(20, 300, FillKind::opaque, 2);
+    for (const auto& [quality, matrix] : each(std::array{0, 1}, std::array{moved(0, 0), scaled(1.5, 1)})) {
+        Polls polls{.stop_at = 0};
+        const QX_ProgressInfo abort{&polls, &Polls::abort, nullptr};
+        EXPECT_EQ(
+            (TransformCall{.matrices = {matrix}, .quality = quality, .progress = &abort}(src.record(), dst.record())),
+            517);
+        EXPECT_EQ(polls.calls.size(), 1u);
+    }
+}
+
 }  // namespace
 }  // namespace qx::test

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/iterate/QX_ThreadProgress.h"
 #include "QX/library/QX_Acceleration.h"
+
+#include "QX/indep/QX_Progress.h"
 #include "tests/iterate/IterateSupport.h"
 
 namespace {
@@ -25,8 +27,8 @@ struct Stage {
         calls.push_back(r);
         if (throws_fault) throw std::runtime_error("a fault of the test");
         if (r.top == fail_at_top) return code;
-        if (polls && info != nullptr) return info->progress_func(info->refcon, r.top, 100);
-        return aborts && info != nullptr ? info->abort_func(info->refcon) : 0;
+        if (polls) return qx::ask_progress(info, r.top, 100);
+        return aborts && info != nullptr && info->abort_func != nullptr ? info->abort_func(info->refcon) : 0;
     }
     int rows() {
         int sum = 0;
@@ -254,7 +256,9 @@ TEST_F(Layer, CallbacksRunOnTheCallersThreadAndTheirAnswerReachesAll) {
         const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {3}});
         EXPECT_EQ(premul(nullptr, &info), 517);
         EXPECT_EQ(stage_.calls.size(), 4u);
-        info.progress_func = nullptr, info.abort_func = nullptr;
+        info.progress_func = nullptr;
+        EXPECT_EQ(premul(nullptr, &info), 517) << "to abort is asked where there is no progress";
+        info.abort_func = nullptr;
         EXPECT_EQ(premul(nullptr, &info), 0) << "callbacks that are not there";
     }
 }
@@ -314,7 +318,7 @@ int polls_behind_effect_ref(QX_InData* data, std::int32_t, std::int32_t, QX_Laye
     const auto* info = static_cast<const QX_ProgressInfo*>(data->effect_ref);
     if (const int code = info->abort_func(info->refcon)) return code;
     if (const int code = info->progress_func(info->refcon, 1, 9)) return code;
-    return data->abort(data->effect_ref);
+    return data->abort != nullptr ? data->abort(data->effect_ref) : 0;
 }
 
 TEST_F(Layer, TheRecordBehindEffectRefIsThreadSafeToo) {

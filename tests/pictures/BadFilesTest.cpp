@@ -11,6 +11,7 @@
 
 #include <filesystem>
 
+#include "pictures/Files.h"
 #include "pictures/Tiff.h"
 #include "tests/pictures/Support.h"
 
@@ -209,6 +210,17 @@ TEST(BadOutput, LeavesNothingAndKeepsWhatWasThere) {
     std::filesystem::create_directory(folder / "dir.png");
     EXPECT_THROW(write_picture(folder / "dir.png", picture, 8), Failure);
     EXPECT_EQ(folder.names(), std::vector<std::string>{"dir.png"});
+}
+
+TEST(BadOutput, WhatIsUnfinishedCanBeRemovedFromOutside) {
+    const Folder folder;
+    put_contents(folder / "b.png", "old");
+    OutputFile done(folder / "a.png"), left(folder / "b.png");
+    EXPECT_EQ(folder.names().size(), 3u);
+    done.commit();
+    remove_unfinished();
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.png", "b.png"}));
+    EXPECT_EQ(contents(folder / "b.png"), "old");
 }
 
 TEST(BadOutput, ALinkStaysAndItsFileIsReplaced) {

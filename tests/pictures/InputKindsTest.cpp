@@ -181,7 +181,11 @@ TEST(TiffKinds, LayoutsGiveTheSamePicture) {
          false},
         {"grey alpha", 2, 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISBLACK, PLANARCONFIG_CONTIG, EXTRASAMPLE_UNASSALPHA,
          false},
-        {"inverse grey", 1, 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISWHITE, PLANARCONFIG_CONTIG, -1, true}};
+        {"inverse grey", 1, 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISWHITE, PLANARCONFIG_CONTIG, -1, true},
+        {"inverse grey alpha", 2, 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISWHITE, PLANARCONFIG_CONTIG,
+         EXTRASAMPLE_UNASSALPHA, false},
+        {"inverse grey alpha planes", 2, 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISWHITE, PLANARCONFIG_SEPARATE,
+         EXTRASAMPLE_UNASSALPHA, true}};
     for (const TiffKind& kind : kinds) {
         SCOPED_TRACE(kind.name);
         write_tiff<std::uint8_t>(folder / "k.tif", kind,

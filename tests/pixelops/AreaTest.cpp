@@ -123,6 +123,27 @@ TEST(Fill, EdgesInAnyOrderAreClippedAndPaddingStays) {
     });
 }
 
+/// A colour and a picture of one float value meet: 0.9 is 229.5 in float, and rounds up.
+TEST(Fill, FloatColoursRoundAsRowsDo) {
+    const Born born;
+    const World from(QX_World::New(1, 1, 32, 0));
+    for (const int depth : {8, 16}) {
+        const World filled(QX_World::New(1, 1, static_cast<short>(depth), 0)),
+            copied(QX_World::New(1, 1, static_cast<short>(depth), 0));
+        for (int i = 0; i <= 100000; ++i) {
+            const float v = static_cast<float>(i) / 100000.0f;
+            const QX_PixelFloat colour{v, v, 1 - v, v / 2};
+            from->Fill(colour, nullptr);
+            ASSERT_EQ(QX_FillFloat(nullptr, &colour, nullptr, filled.get()), 0);
+            ASSERT_EQ(QX_CopyBits_Draft(nullptr, from.get(), copied.get(), nullptr, nullptr), 0);
+            ASSERT_EQ(std::memcmp(filled->data, copied->data, filled->PixelSize()), 0) << v;
+        }
+    }
+    const World eight(QX_World::New(1, 1, 8, 0));
+    eight->Fill(QX_PixelFloat{0.9f, 0.9f, 0.9f, 0.9f}, nullptr);
+    EXPECT_EQ(*static_cast<QX_Pixel8*>(eight->data), (QX_Pixel8{230, 230, 230, 230}));
+}
+
 TEST(Fill, NullColourIsClearAndNegativeZeroIsNot) {
     for (const int depth : kDepths) {
         Canvas canvas{depth, kWidth, kHeight, 4};

@@ -13,7 +13,7 @@ template <class Pixel> struct Law {
     using N = typename K::N;
     static N black(bool forward, N c, N a) { return forward ? K::mul(c, a) : K::div(c, a); }
     static N matte(bool forward, N c, N m, N a) {
-        if (a >= K::full || (!forward && a == 0)) return c;
+        if (a >= K::full || (!forward && !(a > 0))) return c;
         return forward ? m + K::mul(c - m, a) : K::div(std::max<N>(c - K::mul(m, K::full - a), 0), a);
     }
 };

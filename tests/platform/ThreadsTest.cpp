@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <pthread.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <numeric>
+#include <system_error>
 
 #include "platform/TK_CPU.h"
 #include "platform/tesselcore_Threads.h"
@@ -89,6 +93,56 @@ TEST(Threads, TasksMayRunTasks) {
     };
     ExecuteCPUBoundTaskOnAllProcessors(outer, 8);
     for (const auto& row : runs) EXPECT_EQ(row, std::vector<int>(8, 1));
+}
+
+/// No address space holds a stack of this size, so that no thread can be started; those that run do all.
+TEST(Threads, WorkEndsWithoutThreads) {
+    pthread_attr_t usual, huge;
+    ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
+    pthread_attr_init(&huge);
+    pthread_attr_setstacksize(&huge, std::size_t{1} << 50);
+    ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
+    EXPECT_THROW(std::thread([] {}).join(), std::system_error);
+    standalone::SetPoolLimit(20);  // more than there were threads before
+    std::vector<int> runs(32);
+    ExecuteCPUBoundTaskOnAllProcessors([&](int i) { ++runs[static_cast<std::size_t>(i)]; }, 32);
+    pthread_setattr_default_np(&usual);
+    EXPECT_EQ(runs, std::vector<int>(32, 1));
+    ExecuteCPUBoundTaskOnAllProcessors([](int) {}, 9);  // threads are there again, and are asked for
+    standalone::SetPoolLimit(0);
+}
+
+/// A forked process has none of the pool's threads; it does its work alone and ends.
+TEST(ThreadsDeathTest, ForkedProcessesWorkAndEnd) {
+    GTEST_FLAG_SET(death_test_style, "fast");
+    standalone::SetPoolLimit(3);
+    ExecuteCPUBoundTaskOnAllProcessors([](int) {}, 8);
+    const auto work_and_end = [] {
+        std::atomic<int> sum{0};
+        ::alarm(20);
+        ExecuteCPUBoundTaskOnAllProcessors([&](int i) { sum += i; }, 8);
+        std::exit(sum);
+    };
+    EXPECT_EXIT(work_and_end(), testing::ExitedWithCode(28), "");
+    standalone::SetPoolLimit(0);
+}
+
+/// Several callers share the pool's threads, each with runs of its own.
+TEST(Threads, CallersAtOnceEachGetTheirOwnWork) {
+    const auto call = [](int& sum) {
+        for (int round = 0; round < 200; ++round) {
+            std::vector<int> seen(17);
+            ExecuteCPUBoundTaskOnAllProcessors([&](int i) { seen[static_cast<std::size_t>(i)] += i; }, 17);
+            sum += std::accumulate(seen.begin(), seen.end(), 0);
+        }
+    };
+    standalone::SetPoolLimit(4);
+    std::vector<int> sums(4);
+    std::vector<std::thread> callers;
+    for (int& sum : sums) callers.emplace_back([&] { call(sum); });
+    for (auto& caller : callers) caller.join();
+    EXPECT_EQ(sums, std::vector<int>(4, 200 * 136));
+    standalone::SetPoolLimit(0);
 }
 
 TEST(Threads, ExecutorTakesThePoolsPlace) {

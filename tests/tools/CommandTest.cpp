@@ -224,25 +224,33 @@ TEST(Command, SheetOfModesIsDrawn) {
     EXPECT_GT(sheet.world->height, 7 * 200);
 }
 
-/// The signal comes while bands run: the file that was there stays, nothing is left, and the status tells.
+/// The signal comes while bands run: the file that was there stays, nothing is left, and the status tells. A second
+/// one, or the alarm that comes when nobody has heard of the first, ends the process where it is.
 TEST(CommandDeathTest, InterruptLeavesNoFile) {
     GTEST_FLAG_SET(death_test_style, "fast");  // the child works in this folder, not in one of its own
     const Folder folder;
     write_gradient(folder / "a.png", 64, 64, 255);
     qx::test::put_contents(folder / "o.png", "old");
     const std::string a = folder / "a.png", out = folder / "o.png";
-    const auto interrupted_run = [&](int signal) {
-        standalone::SetExecutor([signal](const boost::function<void(int)>& task, int count) {
+    const auto interrupted_run = [&](const std::vector<int>& signals) {
+        standalone::SetExecutor([signals](const boost::function<void(int)>& task, int count) {
             for (int i = 0; i < count; ++i) {
-                if (i == 2) std::raise(signal);
+                for (const int signal : signals) {
+                    if (i == 2) std::raise(signal);
+                }
                 task(i);
             }
         });
         const char* const arguments[] = {"qx", "comp", a.c_str(), a.c_str(), "-o", out.c_str()};
         std::exit(run_command(6, arguments));
     };
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        EXPECT_EXIT(interrupted_run(signal), testing::ExitedWithCode(130), "^qx: interrupted\n$");
+    const std::pair<std::vector<int>, const char*> cases[] = {{{SIGINT}, "^qx: interrupted\n$"},
+                                                              {{SIGTERM}, "^qx: interrupted\n$"},
+                                                              {{SIGHUP}, "^qx: interrupted\n$"},
+                                                              {{SIGINT, SIGTERM}, "^$"},
+                                                              {{SIGTERM, SIGALRM}, "^$"}};
+    for (const auto& [signals, words] : cases) {
+        EXPECT_EXIT(interrupted_run(signals), testing::ExitedWithCode(130), words);
         EXPECT_EQ(qx::test::contents(out), "old");
         EXPECT_EQ(folder.names().size(), 2u);
     }

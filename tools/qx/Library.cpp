@@ -2,9 +2,11 @@
 #include "tools/qx/Library.h"
 
 #include <mutex>
+#include <new>
 
+#include "QX/indep/QX_Errors.h"
 #include "QX/library/QX_Library.h"
-#include "platform/standalone/Standalone.h"
+#include "platform/standalone/Host.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
@@ -21,6 +23,7 @@ Library::Library() {
         report_text = report.text;
     });
     const int code = QX_Birth();
+    if (code == kQX_OutOfMemory) throw std::bad_alloc();
     if (code != 0) throw WorkFailed("the library does not start (code " + std::to_string(code) + ")");
 }
 

@@ -6,7 +6,7 @@
 namespace qx::tool {
 
 /// The library, born for a scope, whose reports are kept for the message of a failure and from standard error. Throws
-/// WorkFailed when it does not start.
+/// WorkFailed when it does not start, std::bad_alloc when that is for want of memory.
 class Library {
 public:
     Library();

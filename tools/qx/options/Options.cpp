@@ -7,7 +7,7 @@
 
 #include "QX/iterate/QX_Bands.h"
 #include "pictures/Picture.h"
-#include "platform/standalone/Standalone.h"
+#include "platform/standalone/Host.h"
 #include "scene/LayerWords.h"
 #include "scene/Placing.h"
 

@@ -3,13 +3,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <sstream>
 
 #include "pictures/Light.h"
 #include "pictures/Picture.h"
 #include "scene/Composite.h"
 #include "scene/Faults.h"
+#include "scene/LayerWords.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/subcommands/CompOptions.h"
@@ -21,7 +21,7 @@ namespace qx::tool {
 namespace {
 
 /// The pictures of one job, all of one depth after `unify`.
-struct Pictures {
+struct Inputs {
     pictures::Picture background;
     struct Layer {
         pictures::Picture picture, mask;
@@ -38,28 +38,28 @@ pictures::Picture read(const std::string& file) {
     pictures::Picture picture = read_with_bar(file);
     const QX_World& world = *picture.world;
     std::ostringstream words;
-    words << file << ": " << world.width << " x " << world.height << ", " << world.Depth() << " bits"
+    words << world.width << " x " << world.height << ", " << world.Depth() << " bits"
           << (picture.has_alpha ? ", alpha" : "");
-    say_detail(words.str());
+    say_detail(file, words.str());
     for (const auto& note : picture.notes) say_note(std::string(file).append(": ").append(note));
     return picture;
 }
 
-Pictures read_all(const CompOptions& options) {
-    Pictures pictures;
-    pictures.background = read(options.background);
+Inputs read_all(const CompOptions& options) {
+    Inputs inputs;
+    inputs.background = read(options.background);
     for (const LayerOptions& layer : options.layers) {
-        pictures.layers.push_back(
+        inputs.layers.push_back(
             {read(layer.file), layer.mask_file.empty() ? pictures::Picture{} : read(layer.mask_file)});
     }
-    return pictures;
+    return inputs;
 }
 
 /// Brings all pictures to one depth. @return it
-int unify(const CompOptions& options, Pictures& pictures) {
-    std::vector<std::pair<const std::string*, pictures::Picture*>> all = {{&options.background, &pictures.background}};
-    for (std::size_t i = 0; i < pictures.layers.size(); ++i) {
-        auto& layer = pictures.layers[i];
+int unify(const CompOptions& options, Inputs& inputs) {
+    std::vector<std::pair<const std::string*, pictures::Picture*>> all = {{&options.background, &inputs.background}};
+    for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
+        auto& layer = inputs.layers[i];
         all.emplace_back(&options.layers[i].file, &layer.picture);
         if (layer.mask.world) all.emplace_back(&options.layers[i].mask_file, &layer.mask);
     }
@@ -73,25 +73,25 @@ int unify(const CompOptions& options, Pictures& pictures) {
     return depth;
 }
 
-void note_mixed_light(const CompOptions& options, const Pictures& pictures) {
-    const bool linear = pictures.background.linear;
-    const auto differs = [=](const Pictures::Layer& layer) { return layer.picture.linear != linear; };
-    const bool mixed = std::any_of(pictures.layers.begin(), pictures.layers.end(), differs) ||
+void note_mixed_light(const CompOptions& options, const Inputs& inputs) {
+    const bool linear = inputs.background.linear;
+    const auto differs = [=](const Inputs::Layer& layer) { return layer.picture.linear != linear; };
+    const bool mixed = std::any_of(inputs.layers.begin(), inputs.layers.end(), differs) ||
                        pictures::is_linear_format(options.output) != linear;
-    if (mixed) say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
+    if (mixed) say_note(pictures::kLightIsMixed);
 }
 
 /// What the layers and the result lose on the way.
-void note_losses(const CompOptions& options, const Pictures& pictures) {
-    for (std::size_t i = 0; i < pictures.layers.size(); ++i) {
-        if (!pictures.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + pictures::kLightIsLost);
+void note_losses(const CompOptions& options, const Inputs& inputs) {
+    for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
+        if (!inputs.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + pictures::kLightIsLost);
     }
-    for (const auto& note : pictures::left_out(options.output, pictures.background)) {
+    for (const auto& note : pictures::left_out(options.output, inputs.background)) {
         say_note(options.background + ": " + note);
     }
 }
 
-scene::Transfer transfer_of(const LayerOptions& options, const Pictures::Layer& layer,
+scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& layer,
                             const QX_LinearBlendingTables* tables) {
     scene::Transfer transfer;
     transfer.layer = layer.picture.world.get();
@@ -130,10 +130,9 @@ private:
     const std::int64_t first_;
 };
 
-void composite_layer(const LayerOptions& options, const Pictures::Layer& layer, QX_World& background,
-                     LayerWatch& watch) {
+void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background, LayerWatch& watch) {
     if (options.mode == xfer_dissolve && background.Depth() == 32) {
-        say_note(options.file + ": mode dissolve changes nothing at depth 32");
+        say_note(options.file + ": " + scene::kDissolveIsIdle);
     }
     std::unique_ptr<QX_LinearBlendingTables> tables;
     if (options.gamma > 0) {
@@ -148,23 +147,23 @@ void run(const CompOptions& options) {
     check_output_option(options.output);
     if (options.half && !pictures::is_linear_format(options.output)) throw WrongUsage("--half is for OpenEXR");
     const Library library;
-    Pictures pictures = read_all(options);
-    note_mixed_light(options, pictures);
-    const int depth = unify(options, pictures);
-    QX_World& background = *pictures.background.world;
+    Inputs inputs = read_all(options);
+    note_mixed_light(options, inputs);
+    const int depth = unify(options, inputs);
+    QX_World& background = *inputs.background.world;
     {
         Progress progress("compositing", LayerWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
         for (std::size_t i = 0; i < options.layers.size(); ++i) {
             LayerWatch watch(progress, i);
-            composite_layer(options.layers[i], pictures.layers[i], background, watch);
+            composite_layer(options.layers[i], inputs.layers[i], background, watch);
         }
     }
-    note_losses(options, pictures);
+    note_losses(options, inputs);
     {
         FileProgress progress("writing");
-        pictures::write_picture(options.output, pictures.background, depth, {options.half}, progress);
+        pictures::write_picture(options.output, inputs.background, depth, {options.half}, progress);
     }
-    say_detail(options.output + ": written");
+    say_detail(options.output, "written");
 }
 
 }  // namespace

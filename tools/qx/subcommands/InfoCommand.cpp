@@ -8,7 +8,7 @@
 
 #include "QX/indep/QX_Slots.h"
 #include "platform/TK_CPU.h"
-#include "platform/standalone/Standalone.h"
+#include "platform/standalone/Host.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"

@@ -112,7 +112,7 @@ void run(const ModesOptions& options) {
         FileProgress progress("writing");
         pictures::write_picture(options.output, sheet, 8, {}, progress);
     }
-    say_detail(options.output + ": written");
+    say_detail(options.output, "written");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "pictures/Light.h"
 #include "pictures/Movie.h"
 #include "scene/Faults.h"
 #include "scene/LayerWords.h"
@@ -54,7 +55,7 @@ bool is_whole(const std::string& path, int width, int height, pictures::Watch& w
 
 void note_light(const scene::Scene& scene, const std::string& output, const pictures::Picture& frame) {
     if (scene.background && frame.linear != pictures::is_linear_format(output)) {
-        say_note("OpenEXR is meant for linear light, the other formats are not; values are taken as they are");
+        say_note(pictures::kLightIsMixed);
     }
 }
 
@@ -73,7 +74,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
     FrameProgress progress(frames.count());
     bool told = false;
     for (int i = 0; i < frames.count(); ++i) {
-        check_interrupt();
+        watch.must_go_on();
         const int number = frames.frame(i);
         const std::string file = names.name(number);
         int width = 0, height = 0;
@@ -85,20 +86,19 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
             told = true;
             pictures::write_picture(file, frame, scene.depth, {}, watch);
         }
-        say_detail(file + (skipped ? ": is there" : ": written"));
+        say_detail(file, skipped ? "is there" : "written");
         progress.done(number, skipped);
     }
 }
 
 /// What is transparent becomes black.
-std::unique_ptr<QX_World> opaque(const std::string& path, const QX_World& frame) {
+std::unique_ptr<QX_World> opaque(const std::string& path, const QX_World& frame, pictures::Watch& watch) {
     auto eight = pictures::at_depth(path, frame, 8);
     if (!pictures::any_transparency(*eight)) return eight;
     auto black = pictures::new_world(path, frame.width, frame.height, 8);
     black->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
     scene::Transfer transfer;
     transfer.layer = eight.get();
-    SignalWatch watch;
     scene::must(scene::composite(transfer, *black, watch), path);
     return black;
 }
@@ -119,12 +119,12 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
             throw pictures::Failure(options.output,
                                     "frame " + std::to_string(number) + " has another size than the first");
         }
-        movie.add(*opaque(options.output, *frame.world));
+        movie.add(*opaque(options.output, *frame.world, watch));
         progress.done(number, false);
     }
-    check_interrupt();
+    watch.must_go_on();
     movie.commit();
-    say_detail(options.output + ": written");
+    say_detail(options.output, "written");
 }
 
 void run(const RenderOptions& options) {

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qx/terminal/Interrupt.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <csignal>
+
+#include "pictures/Files.h"
+#include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
 namespace {
@@ -10,7 +15,19 @@ namespace {
 std::atomic<bool> noted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
 
-void note(int) { noted.store(true, std::memory_order_relaxed); }
+constexpr unsigned kPatience = 5;  // seconds
+
+/// The wish may not be heard, in a library that waits for something: a second signal ends the process by itself, and so
+/// does the alarm after a while.
+void give_up(int) {
+    pictures::remove_unfinished();
+    ::_exit(kInterruptedStatus);
+}
+void note(int signal) {
+    if (noted.exchange(true)) give_up(signal);
+    std::signal(SIGALRM, give_up);
+    ::alarm(kPatience);
+}
 
 }  // namespace
 
@@ -21,9 +38,5 @@ void install_signal_handlers() {
 }
 
 bool interrupted() noexcept { return noted.load(std::memory_order_relaxed); }
-
-void check_interrupt() {
-    if (interrupted()) throw pictures::Stopped{};
-}
 
 }  // namespace qx::tool

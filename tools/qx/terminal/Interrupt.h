@@ -5,12 +5,11 @@
 
 namespace qx::tool {
 
-/// From now on SIGINT, SIGTERM and SIGHUP are only noted; a file that grows too large and a pipe that nobody reads
-/// are errors of their writes.
+/// From now on the first of SIGINT, SIGTERM and SIGHUP is only noted. A second one, or five seconds in which nobody
+/// heard of the first, end the process with the status of an interruption; what was being written is removed. A file
+/// that grows too large and a pipe that nobody reads are errors of their writes.
 void install_signal_handlers();
 bool interrupted() noexcept;
-/// Throws pictures::Stopped once a signal has come.
-void check_interrupt();
 
 /// Stops work once a signal has come.
 class SignalWatch : public pictures::Watch {

@@ -5,8 +5,9 @@
 
 #include <cstdio>
 #include <exception>
+#include <initializer_list>
 
-#include "pictures/Failure.h"
+#include "pictures/Files.h"
 
 namespace qx::tool {
 namespace {
@@ -14,9 +15,14 @@ namespace {
 Talk level = Talk::normal;
 bool line_shown = false;
 
-void say(const std::string& words) {
+/// A message is one line whatever a file's name or a library's text contains.
+void say(std::initializer_list<std::string_view> parts) {
     show_line("");
-    std::fprintf(stderr, "qx: %s\n", pictures::one_line(words).c_str());
+    std::fputs("qx: ", stderr);
+    for (const std::string_view part : parts) {
+        for (const unsigned char c : part) std::fputc(c < ' ' || c == 127 ? ' ' : c, stderr);
+    }
+    std::fputc('\n', stderr);
 }
 
 }  // namespace
@@ -24,12 +30,12 @@ void say(const std::string& words) {
 void set_talk(Talk talk) { level = talk; }
 Talk talk() { return level; }
 
-void say_error(const std::string& words) { say(words); }
-void say_note(const std::string& words) {
-    if (level != Talk::quiet) say("note: " + words);
+void say_error(std::string_view words) { say({words}); }
+void say_note(std::string_view words) {
+    if (level != Talk::quiet) say({"note: ", words});
 }
-void say_detail(const std::string& words) {
-    if (level == Talk::verbose) say(words);
+void say_detail(std::string_view file, std::string_view words) {
+    if (level == Talk::verbose) say({file, ": ", words});
 }
 
 void show_line(const std::string& words) {
@@ -43,6 +49,7 @@ void show_line(const std::string& words) {
 void install_terminate_handler() noexcept {
     std::set_terminate([] {
         constexpr char words[] = "qx: the work failed, most likely for want of memory\n";
+        pictures::remove_unfinished();
         static_cast<void>(!::write(STDERR_FILENO, words, sizeof words - 1));
         ::_exit(kWorkFailed);
     });

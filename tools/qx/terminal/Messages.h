@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace qx::tool {
 
@@ -23,10 +24,11 @@ enum class Talk { quiet, normal, verbose };
 void set_talk(Talk talk);
 Talk talk();
 
-/// One line `qx: words` on standard error. Notes are kept back when quiet, details unless verbose.
-void say_error(const std::string& words);
-void say_note(const std::string& words);
-void say_detail(const std::string& words);
+/// One line `qx: words` on standard error. Notes are kept back when quiet, details of a file unless verbose. They take
+/// no memory: what has been done is told where there is none left.
+void say_error(std::string_view words);
+void say_note(std::string_view words);
+void say_detail(std::string_view file, std::string_view words);
 
 /// Shows a line on the terminal that the next one, or a message, takes the place of. An empty one takes it away.
 void show_line(const std::string& words);

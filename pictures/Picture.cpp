@@ -35,7 +35,7 @@ const Format* format_named(const std::string& path) {
 
 const Format& format_to_write(const std::string& path) {
     const Format* format = format_named(path);
-    if (format == nullptr) throw Failure(path, "the name's ending tells no format; known are png, jpg, tif and exr");
+    if (format == nullptr) throw Failure(path, "the name's ending tells no format; known are " + known_endings());
     return *format;
 }
 
@@ -170,6 +170,12 @@ std::vector<std::string> left_out(const std::string& path, const Picture& pictur
     if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
     if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
     return notes;
+}
+
+std::string known_endings() {
+    std::string endings;
+    for (const auto format : kFormats) endings += (endings.empty() ? "" : ", ") + format().extensions.front();
+    return endings;
 }
 
 bool known_format(const std::string& path) { return format_named(path) != nullptr; }

@@ -59,6 +59,8 @@ void check_output(const std::string& path);
 
 /// What follows the last dot of a file's name, in small letters; empty without a dot.
 std::string extension_of(const std::string& path);
+/// The usual ending of each format, with commas between.
+std::string known_endings();
 /// True for a name that tells a format to write.
 bool known_format(const std::string& path);
 /// True for a name whose format is meant for linear light.

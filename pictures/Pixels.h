@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
-
-#include "QX/indep/QX_Pixel.h"
+#include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_WithDepth.h"
 #include "QX/world/QX_World.h"
 
 namespace qx::pictures {
 
-/// First pixel of a row that lies in the world.
-template <class Pixel> Pixel* row_of(const QX_World& world, int y) {
-    return reinterpret_cast<Pixel*>(static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes);
-}
+using qx::row_of;
 
 /// `work.operator()<Pixel>()` for the type of the world's pixels.
 template <class Work> decltype(auto) with_pixel_of(const QX_World& world, const Work& work) {

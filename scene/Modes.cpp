@@ -36,7 +36,7 @@ int mode_number(const std::string& text) {
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
     if (parsed.ec == std::errc() && parsed.ptr == text.data() + text.size()) {
         if (QX_IsTransferMode(number)) return number;
-        throw BadText(text, "mode numbers are -3, -2 and 0 to 40");
+        throw BadText(text, "mode numbers are -3, -2 and 0 to " + std::to_string(kQX_LastMode));
     }
     const std::string name = plain_name(text);
     for (const ModeName& mode : all_modes()) {

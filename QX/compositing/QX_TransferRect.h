@@ -18,12 +18,12 @@ struct QX_ScratchBlock {
 
 /// Composites a rectangle of one world onto another of the same depth.
 /// @param progress  may be null; its progress function is called on rows whose number is a multiple of 128
-/// @param quality, flags  accepted and never read
+/// @param quality   accepted and never read, as `flags` is
 /// @param field     1 keeps even rows of the destination, 2 odd rows, anything else all
 /// @param src_rect  in source coordinates; clipped to both worlds and to a mask of kind 0 or 2
 /// @param tables    null blends the stored values, else in linear light. `mode->tables` is not read.
 /// @param mask      may be null, except for xfer_mask_crossfade
-/// @param dest_x, dest_y  where the corner of `src_rect` lands
+/// @param dest_x    where the corner of `src_rect` lands, with `dest_y`
 /// @return 0 (also when the clip is empty); 3 for a GPU world, different or unknown depths, 4 for missing scratch,
 ///         5 for an unknown mode: nothing is written then. A code of the progress function ends after whole rows.
 /// Uses the scratch block that the library shares: only one call at a time.

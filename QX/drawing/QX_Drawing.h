@@ -16,7 +16,8 @@ QX_EXPORT bool QX_SetPixelFloat(std::int32_t x, std::int32_t y, const QX_PixelFl
 
 /// Stores a pixel for each column, or row where the line is steep, from end to end. Kept: positions wrap at 16 bits,
 /// and channels outside 0 to 1 keep their low bits.
-/// @param from, to  x before y; integers lie on pixels
+/// @param from  x before y; integers lie on pixels
+/// @param to    the same
 /// @return 0, or 3 after a report for null arguments and pixels
 QX_EXPORT int QX_DrawLine(const double from[2], const double to[2], const QX_PixelFloat* colour, QX_World* world);
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/indep/QX_Errors.h"
-#include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_Slots.h"
 
 void* QXp_G_OverFuncs[kQX_SlotCount];
@@ -9,9 +8,4 @@ int QX_SetOverrideFunc(int index, void* routine) {
     if (index < 1 || index >= kQX_SlotCount) return kQX_FailedVerification;
     QXp_G_OverFuncs[index] = routine;
     return kQX_NoError;
-}
-
-int qx::report_empty_slot() {
-    return report_failed_verification(Place::empty_slot,
-                                      "No routine stands in this slot of QXp_G_OverFuncs; QX_Birth fills it");
 }

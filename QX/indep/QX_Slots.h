@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "QX/indep/QX_Errors.h"
 #include "QX/indep/QX_Export.h"
+#include "QX/indep/QX_Places.h"
 #include "QX/indep/QX_RoutineTypes.h"
+#include "platform/TK_Report.h"
 
 /// The table of routines. Forwarders, the callback block and the acceleration layer read a slot at the moment of
 /// the call, so a change takes effect at once. Filled by QX_Birth; a slot without a routine is null.
@@ -160,13 +163,15 @@ constexpr Slot operator+(Slot slot, int n) { return static_cast<Slot>(static_cas
 /// What stands in a slot now; null where nothing does.
 inline void*& slot_address(Slot slot, void** table = QXp_G_OverFuncs) { return table[static_cast<int>(slot)]; }
 
-/// Tells that a routine was called through a slot without one. @return 3
-QX_EXPORT int report_empty_slot();
-
 /// Stands in for a routine that is not there: a host has put null into its slot, or has not called QX_Birth.
 template <class Fn> struct EmptySlot;
 template <class... Arguments> struct EmptySlot<int(Arguments...)> {
-    static int call(Arguments...) { return report_empty_slot(); }
+    static int call(Arguments...) {
+        constexpr int place = static_cast<int>(Place::empty_slot);
+        TK_ReportFailedVerification(site(place), place, 0,
+                                    "No routine stands in this slot of QXp_G_OverFuncs; QX_Birth fills it");
+        return kQX_FailedVerification;
+    }
 };
 
 /// The routine of a slot as it stands in a table of slots now; one that reports and returns 3 where none stands there.

@@ -93,7 +93,9 @@ Place place(const std::string& option, const std::string& text) {
 }
 
 void check_output_option(const std::string& path) {
-    if (!pictures::known_format(path)) throw WrongUsage("-o " + path + ": its ending is none of png, jpg, tif, exr");
+    if (!pictures::known_format(path)) {
+        throw WrongUsage("-o " + path + ": its ending is none of " + pictures::known_endings());
+    }
     pictures::check_output(path);
 }
 

@@ -7,6 +7,7 @@
 #include <climits>
 #include <map>
 
+#include "pictures/Picture.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
 
@@ -128,7 +129,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
     command.add_option("--depth", common_.depth_text, "bits to work with (default: the inputs' deepest)")
         ->type_name("8|16|32");
     command.add_flag("--half", common_.half, "OpenEXR with half floats")->disable_flag_override();
-    command.add_option("-o,--output", common_.output, "file to write: png, jpg, tif or exr")
+    command.add_option("-o,--output", common_.output, "file to write: " + pictures::known_endings())
         ->required()
         ->type_name("FILE");
     add_common_options(command, common_.common);

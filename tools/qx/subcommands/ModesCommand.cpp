@@ -124,7 +124,7 @@ void add_modes(CLI::App& app) {
     command->add_option("B", options->layer, "layer, at full opacity; without alpha of its own it gets soft edges")
         ->required()
         ->type_name("FILE");
-    command->add_option("-o,--output", options->output, "file to write: png, jpg, tif or exr")
+    command->add_option("-o,--output", options->output, "file to write: " + pictures::known_endings())
         ->required()
         ->type_name("FILE");
     add_common_options(*command, options->common);

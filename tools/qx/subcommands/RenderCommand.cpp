@@ -144,7 +144,7 @@ void add_render(CLI::App& app) {
     auto* command = app.add_subcommand("render", "Render the frames of a scene, as pictures or as a movie");
     const auto options = std::make_shared<RenderOptions>();
     command->add_option("SCENE", options->scene, "scene file")->required()->type_name("FILE");
-    command->add_option("-o,--output", options->output, "files to write: png, jpg, tif, exr, or a movie")
+    command->add_option("-o,--output", options->output, "files to write: " + pictures::known_endings() + ", or a movie")
         ->required()
         ->type_name("OUT");
     command->add_option("--frames", options->frames, "frames, every STEPth (default: those of the scene)")

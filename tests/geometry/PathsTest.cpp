@@ -108,6 +108,29 @@ TEST(MovingDraft, SumsAreTakenInTheOrderOfTheSamples) {
     EXPECT_TRUE(wrapped > 1000 && covered > 20000) << wrapped << " of " << covered;
 }
 
+/// Steps of a third of all numbers, or less, come back into the world again and again.
+TEST(StillDraft, RowsThatWrapAreTestedPixelByPixel) {
+    Picture<QX_Pixel16> world(24, 16);
+    fill_pixels(std::span(world.pixels), FillKind::random, 3);
+    Numbers any(8);
+    for (int n = 0; n < 5000; ++n) {
+        constexpr std::int32_t count = 40;
+        RowGeometry row{};
+        row.dx = {static_cast<std::int32_t>(0x100000000 / any(3, 14)) + any(-9999, 9999), any(-9999, 9999)};
+        row.start = FixedPoint{any(0, 24 * 65536), any(0, 16 * 65536)} + -(row.dx * any(0, count));
+        std::vector<QX_Pixel16> got(count), want(count);
+        std::uint32_t sum = 0;
+        for (int i = 0; i < count; ++i) {
+            const FixedPoint p = row.start + FixedPoint{32768, 32768} + row.dx * i;
+            if (!holds({0, 0, 24, 16}, p.x >> 16, p.y >> 16)) continue;
+            want[static_cast<std::size_t>(i)] = world.at(p.x >> 16, p.y >> 16);
+            sum += want[static_cast<std::size_t>(i)].alpha;
+        }
+        EXPECT_EQ(StillDraftRows<QX_Pixel16>(world.record, row).sample(count, got.data()), sum);
+        ASSERT_EQ(got, want) << "case " << n;
+    }
+}
+
 /// Sub-frames of uneven motion are summed from the last to the first; the last matrix is only where they lead. Opaque
 /// pixels are sampled without rounding.
 TEST(UnevenMotion, SumsAreTakenFromTheLastSubFrame) {

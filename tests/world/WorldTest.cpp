@@ -118,4 +118,14 @@ TEST(World, RefersToRowsOfItsOwnOnly) {
     EXPECT_FALSE(rows(1, 3)->RefersTo(middle.get())) << "taller than the world";
 }
 
+/// What of the hint lies in a part is the part's, in its own coordinates.
+TEST(World, PartsTakeTheirPartOfTheHint) {
+    const World w = make(20, 20, 8);
+    w->extent_hint = {3, 4, 9, 12};
+    const World part(QX_World::NewReference(w.get(), M_LRect{2, 3, 8, 9}));
+    EXPECT_EQ(part->extent_hint, (M_LRect{1, 1, 6, 6}));
+    w->ShrinkToSubRect({4, 5, 20, 20});
+    EXPECT_EQ(w->extent_hint, (M_LRect{0, 0, 5, 7}));
+}
+
 }  // namespace

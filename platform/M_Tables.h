@@ -8,8 +8,8 @@
 /// Gives the process-wide 8-bit colour tables, building them on first use; each 65536 bytes, entry
 /// (alpha * 256 + channel). The multiply table holds channel * alpha / 255 rounded; the divide table
 /// min(255, (channel * 255 + alpha / 2) / alpha), and 255 throughout row 0.
-/// @param make      asks for the tables; @param again and @param flags are accepted and not used
-/// @param multiply, divide  either may be null
+/// @param make      asks for the tables; `again` and `flags` are accepted and not used
+/// @param multiply  may be null, as `divide` may
 /// @return 0, or 4 when memory is short. Every call is paired with one of M_UnprepareFCMD.
 PLATFORM_EXPORT int M_PrepareFCMD(bool make, bool again, int flags, const std::uint8_t** multiply,
                                   const std::uint8_t** divide);

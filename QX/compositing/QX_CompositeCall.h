@@ -22,7 +22,7 @@ struct CompositeCall {
 };
 
 /// What can be wrong with the records, in a fixed order. @param has_geometry  what else the call may not lack is there
-/// @param depths_differ, mask_differs  the routine's own words
+/// @param depths_differ  the routine's own words, as `mask_differs` are
 /// @return 0, or 3 after a report
 int check_composite(Place place, const CompositeCall& call, bool has_geometry, const char* depths_differ,
                     const char* mask_differs);

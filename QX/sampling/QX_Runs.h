@@ -23,7 +23,8 @@ using NearestRun = std::int32_t(std::int32_t count, std::int64_t x, std::int32_t
                                 std::int32_t width, std::uint32_t* sum, QX_Pixel8* out);
 
 /// Nearest 8-bit pixels of one row that grows, as far as eight of them can be taken from eight neighbours.
-/// @param x, step  in 16.16, half a pixel added; 0 <= step <= 1.0
+/// @param x     in 16.16, half a pixel added
+/// @param step  in 16.16, from 0 to 1.0
 /// @param sum      alphas written are added
 /// @return the pixels written, from the first on; the caller takes the rest
 std::int32_t nearest_run(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,

@@ -61,7 +61,8 @@ struct SampForms {
 
 /// Chosen once, at the library's start.
 extern const SampForms* samp_forms;
-/// @param vector  the processor has the vector unit @param faster  the faster rows are to be used
+/// @param vector  the processor has the vector unit
+/// @param faster  the faster rows are to be used
 void choose_samp_forms(bool vector, bool faster);
 
 }  // namespace qx

@@ -12,7 +12,8 @@ namespace qx::tool {
 inline constexpr int kGlyphHeight = 7;
 
 /// Draws ASCII text in the library's own font into an 8-bit world; other characters are blanks.
-/// @param x, y  left top corner; what does not fit is left out
+/// @param x  left edge; what does not fit is left out
+/// @param y  top
 void draw_text(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const std::string& text);
 
 }  // namespace qx::tool

@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads renders failures bench tidy install clean
+.PHONY: all setup build run test test-release test-dev test-threads renders failures mutants bench tidy install clean
 
 all: build
 
@@ -41,6 +41,10 @@ renders: build
 # make failures: every allocation of some command lines fails once; takes minutes
 failures: build
 	build/$(PRESET)/bin/qx_failures build/$(PRESET)/bin/qx build/$(PRESET)/lib/libqx_fail_allocation.so
+
+# make mutants: whether the tests see each of the faults of tests/mutants, planted in a copy; takes half an hour
+mutants: setup
+	sh scripts/mutants.sh build/mutants
 
 tidy: build
 	sh scripts/tidy.sh build/$(PRESET)

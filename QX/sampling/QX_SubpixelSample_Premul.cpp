@@ -7,14 +7,6 @@
 namespace qx::sampling {
 namespace {
 
-/// Which of the two pixels around a coordinate count: bit 0 the near one, bit 1 the far one; 0 when neither does.
-int usable(std::int32_t coordinate, std::int32_t size) {
-    const std::int64_t at = coordinate, last = (std::int64_t{size} - 1) * 0x10000;
-    if (at > 0) return at < last ? 3 : at - 0x10000 >= last ? 0 : 1;
-    if (at + 0x10000 < 1) return 0;
-    return (coordinate & 0xFFFF) != 0 ? 2 : 1;
-}
-
 QX_Pixel8 mix(const QX_Pixel8 (&p)[4], const Position& at) {
     const auto fx = static_cast<std::uint32_t>(at.fx), fy = static_cast<std::uint32_t>(at.fy);
     const std::uint32_t w3 = fx * fy >> 16, w1 = (65536 - fy) * fx >> 16, w2 = (65536 - fx) * fy >> 16;
@@ -32,11 +24,9 @@ QX_Pixel8 premul_sample(const QX_EffectWorld& world, std::int32_t x, std::int32_
         return load_at<QX_Pixel8>(pixel_address(world, at.column + (i & 1), at.row + (i >> 1), sizeof(QX_Pixel8)));
     };
     if (at.on_a_pixel()) return contains(world, at.column, at.row) ? pixel(0) : QX_Pixel8{};
-    const int columns = usable(x, world.width), rows = usable(y, world.height);
     QX_Pixel8 p[4] = {};
     for (int i = 0; i < 4; ++i) {
-        const bool counts = (columns >> (i & 1) & 1) != 0 && (rows >> (i >> 1) & 1) != 0;
-        if (counts && contains(world, at.column + (i & 1), at.row + (i >> 1))) p[i] = pixel(i);
+        if (contains(world, at.column + (i & 1), at.row + (i >> 1))) p[i] = pixel(i);
     }
     return mix(p, at);  // gives four equal pixels back: the weights sum to one
 }

@@ -19,6 +19,7 @@ namespace standalone {
 namespace {
 std::atomic<std::int64_t> allocation_count{0};
 std::atomic<std::int64_t> block_count{0};
+std::atomic<std::int64_t> lock_count{0};
 std::atomic<std::int64_t> fail_in{0};
 }  // namespace
 
@@ -38,6 +39,7 @@ MemoryCounts Memory() {
     MemoryCounts counts{};
     counts.allocations = allocation_count.load(std::memory_order_relaxed);
     counts.blocks_in_use = block_count.load(std::memory_order_relaxed);
+    counts.handle_locks = lock_count.load(std::memory_order_relaxed);
     RecycledCounts(&counts);
     return counts;
 }
@@ -53,6 +55,11 @@ struct Movable {
     int locks;
 };
 Movable* MovableOf(TK_Handle handle) { return reinterpret_cast<Movable*>(handle); }
+
+void CountLock(Movable* movable, int difference) {
+    movable->locks += difference;
+    standalone::lock_count.fetch_add(difference, std::memory_order_relaxed);
+}
 
 std::size_t AtLeastOne(std::size_t bytes) { return std::max<std::size_t>(bytes, 1); }
 
@@ -120,12 +127,12 @@ void TK_FreeHandle(TK_Handle handle) {
 
 void* TK_LockHandle(TK_Handle handle) {
     if (handle == nullptr) return nullptr;
-    ++MovableOf(handle)->locks;
+    CountLock(MovableOf(handle), 1);
     return *handle;
 }
 
 void TK_UnlockHandle(TK_Handle handle) {
-    if (handle != nullptr && MovableOf(handle)->locks > 0) --MovableOf(handle)->locks;
+    if (handle != nullptr && MovableOf(handle)->locks > 0) CountLock(MovableOf(handle), -1);
 }
 
 std::size_t TK_GetHandleSize(TK_Handle handle) { return handle == nullptr ? 0 : MovableOf(handle)->bytes; }

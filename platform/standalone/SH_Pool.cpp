@@ -24,7 +24,7 @@ struct Job {
     const int count, most_helpers;
     void (*const body)(void*, int);
     void* const context;
-    std::atomic<std::int64_t> next{0};  ///< wider than an index, since every thread counts once beyond the end
+    std::atomic<std::int64_t> next{1};  ///< wider than an index, since every thread counts once beyond the end
     int helpers = 0;                    ///< threads of the pool at work on it; guarded by the pool's mutex
     std::condition_variable alone{};    ///< told when the last helper leaves
     Job* below = nullptr;
@@ -59,6 +59,7 @@ public:
             newest_ = &job;
         }
         if (job.count > 1) work_.notify_all();
+        job.body(job.context, 0);  // the caller's own, for whose thread callbacks and their answers may wait
         job.work();
         std::unique_lock lock(mutex_);
         take_out(job);

@@ -31,6 +31,7 @@ struct MemoryCounts {
     std::int64_t blocks_in_use;   ///< not yet freed; a block that waits in the recycled pool is free
     std::int64_t recycled_bytes;  ///< bytes that wait in the recycled pool
     std::int64_t recycled_hits;   ///< requests that the pool answered
+    std::int64_t handle_locks;    ///< of all handles, not yet given back
 };
 PLATFORM_EXPORT MemoryCounts Memory();
 /// The n-th allocation from now on fails (1 is the next one), once; 0 ends that. Counts all threads.

@@ -95,5 +95,28 @@ TYPED_TEST(Filters, MergesAreTheModels) {
     }
 }
 
+/// A pass that fails ends the row: what it left is not touched any more, its alpha too.
+TYPED_TEST(Filters, AFailedPassEndsTheRow) {
+    using Pixel = TypeParam;
+    const Born born;
+    static constexpr Pixel kLeft{1, 0, 1, 0};
+    using Passes = QX_BlendModeDescriptor<Pixel>;
+    const auto fails = [](std::int32_t, const QX_BlendingMode<Pixel>*, const QX_LinearBlendingTables*, const Pixel*,
+                          const Pixel*, Pixel* dst) {
+        *dst = kLeft;
+        return 9;
+    };
+    for (const int xfer : {xfer_over, xfer_multiply, xfer_linear_dodge}) {
+        Passes passes(QX_BlendingMode<Pixel>(mode_of(xfer, 1.0f, true)), false, nullptr);
+        ASSERT_NE(passes.keeps_alpha, 0);
+        passes.row = fails;
+        const Pixel src{};
+        Pixel dst{};
+        QX_ChannelOf<Pixel> alpha{};
+        EXPECT_EQ(slot<SlotsOf<Pixel>.driver>()(1, &passes, &src, nullptr, &dst, &alpha), 9);
+        EXPECT_EQ(dst, kLeft) << name_of(xfer);
+    }
+}
+
 }  // namespace
 }  // namespace qx::test

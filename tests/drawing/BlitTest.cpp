@@ -120,5 +120,19 @@ TEST(Blit16, TakesAnyCoordinates) {
     for (const auto& [point, rect] : nowhere) EXPECT_EQ(blit(point, {0, 0}, rect), untouched) << name(rect);
 }
 
+/// Heights that the number of bands does not divide, and fewer rows than bands.
+TEST(Blit16, DrawsEveryRowInAnyNumberOfBands) {
+    TestWorld<QX_Pixel16> src(5, 40, FillKind::opaque, 1);
+    for (const auto& [bands, height] : each(std::array{2, 3, 7, 32}, std::array{1, 6, 31, 39})) {
+        const Born born(bands);
+        TestWorld<QX_Pixel8> dst(5, 40, FillKind::clear, 1);
+        QX_SpecialCasePixelBlit(&src.world(), {0, 0}, kQX_BlitPlain, false, {0, 0}, kA, kB, 1, {0, 0, 5, height},
+                                &dst.world());
+        for (const auto& [x, y] : places(5, height)) {
+            ASSERT_EQ(dst.at(x, y).green, (src.at(x, y).green * 255 + 16384) >> 15) << "row " << y << " of " << height;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace qx::test

@@ -373,5 +373,32 @@ TEST(ChannelCopy, Refusals) {
     EXPECT_EQ(b.bytes, before);
 }
 
+/// The first row that is drawn asks, wherever it lies.
+TEST_F(CopyBitsHQ, AbortIsAskedFromTheTopOfTheCopy) {
+    const World src = made(2, 2, 8, 1), dst = made(1, 300, 8, 2);
+    for (const int top : {1, 10, 63, 64, 200}) {
+        Polls polls;
+        const QX_ProgressInfo info{&polls, &Polls::abort, nullptr};
+        const M_LRect d{0, top, 1, 300};
+        ASSERT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), 0);
+        EXPECT_EQ(polls.calls.size(), static_cast<std::size_t>((300 - top + 63) / 64)) << "top " << top;
+        polls = {.stop_at = 0, .code = 77};
+        std::memset(dst->data, 0, static_cast<std::size_t>(300 * dst->rowbytes));
+        EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), 77);
+        for (int y = 0; y < 300; ++y) ASSERT_EQ(channel(*dst, 0, y, 0) != 0, y == top) << "top " << top << " row " << y;
+    }
+}
+
+/// Premultiplied colour is not weighed by its alpha again: the mean of two clear and two opaque pixels is half of all.
+TEST(CopyBitsHQPremul, MeansAreThoseOfTheChannels) {
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        const World src = make(2, 2, 8), dst = make(1, 1, 8);
+        pixel_of<QX_Pixel8>(*src, 0, 0) = pixel_of<QX_Pixel8>(*src, 1, 1) = {254, 200, 100, 50};
+        ASSERT_EQ(QX_CopyBits_HQ_Premul(nullptr, src.get(), dst.get(), nullptr, nullptr), 0);
+        EXPECT_EQ(pixel_of<QX_Pixel8>(*dst, 0, 0), (QX_Pixel8{127, 100, 50, 25}));
+    }
+}
+
 }  // namespace
 }  // namespace qx::test

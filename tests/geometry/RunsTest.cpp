@@ -105,5 +105,29 @@ TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {
     EXPECT_TRUE(made[0] == made[1]);
 }
 
+/// Between an alpha of 1 and one of 0 lies exactly one half, which rounds to 1 and shows its colour.
+TEST(Runs, AnAlphaOfOneHalfIsVisible) {
+    const Born born;
+    TestWorld<QX_Pixel8> src(41, 20, FillKind::clear, 1);
+    for (const auto& [x, y] : places(41, 20)) src.at(x, y) = {static_cast<std::uint8_t>(x % 2), 90, 80, 70};
+    const TransformCall mirrored{.matrices = {{{{-1, 0, 0}, {0, 1, 0}, {40.5, 0, 1}}}}, .mode = mode_of(xfer_replace)};
+    const auto got = drawn(mirrored, src, 39, 20);
+    EXPECT_EQ(got, std::vector(got.size(), QX_Pixel8{1, 90, 80, 70}));
+}
+
+/// Perspective can make boxes wider than the step between them; then several in a row pass a side of the layer by less
+/// than a pixel.
+TEST(Runs, AreasThatOverhangByLessThanAPixelEqualSingleSamples) {
+    const Born born;
+    for (const int k : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}) {
+        TestWorld<QX_Pixel8> src(64, 40, FillKind::random, static_cast<std::uint64_t>(k) + 1);
+        const TransformCall call{.matrices = {{{{0.25, 0, -0.01}, {0, 0.25, 0}, {100 + k / 7.0, 0, 1}}}},
+                                 .mode = mode_of(xfer_replace)};
+        const auto in_runs = drawn(call, src, 331, 12);
+        const SingleSamples single(5);
+        ASSERT_TRUE(in_runs == drawn(call, src, 331, 12)) << "case " << k;
+    }
+}
+
 }  // namespace
 }  // namespace qx::test

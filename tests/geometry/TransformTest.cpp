@@ -202,6 +202,21 @@ TEST(Transform, AsksAfterRowsWhoseIndexIsDue) {
     }
 }
 
+/// An opaque row over another is a copy only at full opacity.
+TYPED_TEST(TransformAtDepth, OpacityHoldsForOpaqueRows) {
+    using Pixel = TypeParam;
+    const auto full = kFull<Pixel>;
+    TestWorld<Pixel> src(20, 20, FillKind::clear, 1), dst(8, 8, FillKind::clear, 1);
+    for (const auto& [x, y] : places(20, 20)) src.at(x, y) = {full, full, full, full};
+    for (const int quality : {0, 1}) {
+        for (const auto& [x, y] : places(8, 8)) dst.at(x, y) = {full, 0, 0, 0};
+        const TransformCall call{
+            .matrices = {scaled(2, 2) * moved(-9, -9)}, .quality = quality, .mode = mode_of(xfer_over, 0.5f)};
+        ASSERT_EQ(call(src.record(), dst.record()), 0);
+        for (const Pixel& p : dst.pixels()) ASSERT_NEAR(p.green, full / 2.0, 0.51) << p;
+    }
+}
+
 TEST(Transform, AsksToAbortWhereThereIsNoProgress) {
     Born born;
     TestWorld<QX_Pixel8> src(20, 300, FillKind::opaque, 1), dst(20, 300, FillKind::opaque, 2);

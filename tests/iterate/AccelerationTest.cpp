@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "QX/iterate/QX_ThreadProgress.h"
 #include "QX/library/QX_Acceleration.h"
 
 #include "QX/indep/QX_Progress.h"
@@ -332,6 +333,25 @@ TEST_F(Layer, TheRecordBehindEffectRefIsThreadSafeToo) {
     EXPECT_TRUE(effect.caller.elsewhere == 0 && effect.caller.total == 9);
     effect.caller.answer = 8;
     EXPECT_EQ(iterate(&effect.data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 8);
+}
+
+/// Threads that fail at once: one code is kept, and all are told that one.
+TEST(ThreadProgress, OneOfManyCodesReachesAll) {
+    for (int round = 0; round < 50; ++round) {
+        qx::ThreadProgress<QX_ProgressInfo> progress(nullptr);
+        std::atomic<int> waiting{4};
+        std::vector<int> told(4);
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&, i] {
+                for (--waiting; waiting != 0;) std::this_thread::yield();
+                told[static_cast<std::size_t>(i)] = progress.keep_error(i + 1);
+            });
+        }
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(told, std::vector(4, progress.first_error()));
+        EXPECT_GT(progress.first_error(), 0);
+    }
 }
 
 }  // namespace

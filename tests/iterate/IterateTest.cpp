@@ -196,6 +196,20 @@ TEST(IterateOrigin, OutsideIsTransparentAndNoSourceIsNull) {
     }
 }
 
+/// A source that is a part of a larger picture ends where it ends.
+TEST(IterateOrigin, WhatLiesAroundAPartIsNotSeen) {
+    const Born born(1);
+    Picture<QX_PixelFloat> dst(6, 6), around(6, 6);
+    for (auto& p : around.pixels) p = {1, 1, 1, 1};
+    QX_LayerDef part = around.record;
+    part.data = &around.at(2, 2), part.width = 2, part.height = 2;
+    for (const M_LPoint& origin : places(5, 5)) {
+        int set = 0;
+        EXPECT_EQ(no_clip()(nullptr, 0, 0, &part, nullptr, &origin, &set, &expect_clear, &dst.record), 0);
+        EXPECT_EQ(set, 4) << "origin " << origin.x << ", " << origin.y;
+    }
+}
+
 TEST(Iterate, BadArguments) {
     const Born born(1);
     Picture<QX_Pixel8> dst(4, 4), src(4, 4);

@@ -270,4 +270,37 @@ TEST(Overlap, WorldsWithoutPixelsMoveNothing) {
     }
 }
 
+/// The cursor of the noise is shared by all threads; what they draw need not be exact, but is noise.
+TEST(DitherThreads, ShareTheNoise) {
+    { const Noise started; }
+    const World deep = make(64, 40, 16);
+    deep->Fill(QX_Pixel16{16001, 16001, 16001, 16001}, nullptr);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            const World narrow = make(64, 40, 8);
+            for (int n = 0; n < 20; ++n) convert(*narrow, *deep, true);
+            for (const auto& [c, y] : places(256, 40)) ASSERT_NEAR(row<std::uint8_t>(*narrow, y)[c], 124.5, 0.5);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+/// Worlds that are alike and have padding: only pixels are copied.
+TEST(Copy, PaddingOfEqualWorldsStays) {
+    Canvas from{8, 13, 5, 8}, to{8, 13, 5, 8};
+    for (std::size_t i = 0; i < from.memory.size(); ++i) from.memory[i] = static_cast<std::uint8_t>(i * 37 + 5);
+    to.world->CopyWorld(from.world.get());
+    to.expect([&](int x, int y, int byte) { return from.first()[y * from.rowbytes + 4 * x + byte]; });
+}
+
+/// Rows are counted from the first one that is copied.
+TEST(Copy, PollsCountFromTheTopOfTheCopy) {
+    const World src = make(2, 200, 8), dst = make(2, 200, 16);
+    Polls polls;
+    QX_ProgressInfo info{&polls, nullptr, &Polls::progress};
+    dst->CopyRectPossiblyDifferentBitdepth(src.get(), {0, 0, 2, 200}, false, 0, 10, &info);
+    EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{63, 190}, {127, 190}}));
+}
+
 }  // namespace

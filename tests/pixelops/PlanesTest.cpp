@@ -137,5 +137,17 @@ TEST(PixelData, OfFramesOnAGpu) {
     EXPECT_EQ(QX_GetPixelDataFloatGPU(World(QX_World::New(1, 1, 32, 1)).get(), &out), 516);
 }
 
+TEST(Planes, LocksAreGivenBack) {
+    const World world = make(4, 4, 8);
+    const auto locks = standalone::Memory().handle_locks;
+    TK_Handle handle = nullptr;
+    std::int32_t rowbytes = 0;
+    ASSERT_EQ(QX_ExtractPlanes(nullptr, world.get(), 5, &handle, &rowbytes), 0);
+    EXPECT_EQ(standalone::Memory().handle_locks, locks);
+    ASSERT_EQ(QX_InsertPlanes(nullptr, handle, rowbytes, 5, world.get()), 0);
+    EXPECT_EQ(standalone::Memory().handle_locks, locks);
+    TK_FreeHandle(handle);
+}
+
 }  // namespace
 }  // namespace qx::test

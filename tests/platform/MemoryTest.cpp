@@ -179,4 +179,38 @@ TEST(PurgeLoop, TriesAgainWhileThereIsSomethingToPurge) {
     standalone::PurgeRecycled();
 }
 
+TEST(Memory, LocksOfHandlesAreCounted) {
+    const auto locks = [before = standalone::Memory().handle_locks] {
+        return standalone::Memory().handle_locks - before;
+    };
+    TK_Handle a = TK_AllocateHandleQuiet(4), b = TK_AllocateHandleQuiet(4);
+    for (const TK_Handle handle : {a, b, a, TK_Handle{}}) TK_LockHandle(handle);
+    EXPECT_EQ(locks(), 3);
+    for (const TK_Handle handle : {b, b, TK_Handle{}}) TK_UnlockHandle(handle);  // one more than b has
+    EXPECT_EQ(locks(), 2);
+    for (const TK_Handle handle : {a, a}) TK_UnlockHandle(handle);
+    EXPECT_EQ(locks(), 0);
+    for (const TK_Handle handle : {a, b}) TK_FreeHandle(handle);
+}
+
+/// Each thread writes into blocks that another one may have had.
+TEST(Recycled, ThreadsShareThePool) {
+    const auto blocks = standalone::Memory().blocks_in_use;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([i] {
+            for (int n = 0; n < 2000; ++n) {
+                const std::size_t bytes = 64 + static_cast<std::size_t>(n % 3);
+                auto* block = static_cast<char*>(Recycled(bytes));
+                std::memset(block, i, bytes);
+                ASSERT_EQ(std::count(block, block + bytes, i), static_cast<std::ptrdiff_t>(bytes));
+                TK_FreeRecycledPtr(block, bytes);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+    standalone::PurgeRecycled();
+}
+
 }  // namespace

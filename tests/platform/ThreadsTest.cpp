@@ -64,6 +64,16 @@ TEST(Threads, LimitHoldsAndIsReached) {
     EXPECT_GE(standalone::PoolThreads(), 1);
 }
 
+/// However fast the others are: a host's callbacks are asked on the thread of the call alone.
+TEST(Threads, TheCallerTakesPart) {
+    const auto caller = std::this_thread::get_id();
+    for (int round = 0; round < 2000; ++round) {
+        std::atomic<int> own{0};
+        ExecuteCPUBoundTaskOnAllProcessors([&](int) { own += std::this_thread::get_id() == caller ? 1 : 0; }, 3);
+        ASSERT_GT(own, 0) << "round " << round;
+    }
+}
+
 TEST(Threads, OneOfTheExceptionsReachesTheCaller) {
     for (int round = 0; round < 20; ++round) {
         std::atomic<int> begun{0};

@@ -198,4 +198,37 @@ TEST_F(Premul, AreaIsExact) {
     EXPECT_EQ(out, QX_Pixel8{}) << "an area of 0 divides nothing";
 }
 
+/// 32 bits hold the squares of 66,051 channels; larger boxes are summed in parts.
+TEST(AreaSample8, WhiteBoxesOfAnySizeAreWhite) {
+    constexpr std::pair<int, int> kParts[] = {{0, 0}, {0, 4321}, {4321, 0}, {99, 77}};
+    Source<QX_Pixel8> picture(520, 520, FillKind::opaque, 1);
+    std::fill(picture.pixels.begin(), picture.pixels.end(), QX_Pixel8{255, 255, 255, 255});
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        for (const auto& [width, height, part] :
+             each(std::array{1, 66, 257, 500}, std::array{257, 258, 400, 511}, kParts)) {
+            picture.radii(width * 32768 + part.first, height * 32768 + part.second);
+            QX_Pixel8 out{};
+            ASSERT_EQ(QX_AreaSample_Straight(nullptr, 258 * 65536 + (width % 2 == 0 ? 32768 : 0),
+                                             258 * 65536 + (height % 2 == 0 ? 32768 : 0), &picture.params, &out),
+                      0);
+            ASSERT_EQ(out, (QX_Pixel8{255, 255, 255, 255})) << width << " by " << height;
+        }
+    }
+}
+
+/// On the last column and the last row, between two pixels of the other direction: nothing lies beyond, and nothing of
+/// that counts.
+TEST_F(Premul, TheLastPixelsCountWhole) {
+    Source<QX_Pixel8> picture(9, 7, FillKind::opaque, 1);
+    std::fill(picture.pixels.begin(), picture.pixels.end(), QX_Pixel8{200, 90, 80, 70});
+    for (int fraction = 1; fraction < 65536; fraction += 771) {
+        for (const auto& [x, y] : {std::pair{8 * 65536, 3 * 65536 + fraction}, {5 * 65536 + fraction, 6 * 65536}}) {
+            QX_Pixel8 out;
+            ASSERT_EQ(QX_SubpixelSample_Premul(nullptr, x, y, &picture.params, &out), 0);
+            ASSERT_EQ(out, (QX_Pixel8{200, 90, 80, 70})) << x << ", " << y;
+        }
+    }
+}
+
 }  // namespace

@@ -176,4 +176,23 @@ TEST(SamplerForms, TheTableRules) {
                 QX_GetSampleQualityPixelSupport(3) == 2);
 }
 
+/// Half way between alphas of 1 and 0 lies exactly one half, which rounds to 1 and shows its colour.
+template <class Pixel> void expect_half_visible() {
+    Source<Pixel> picture(2, 2, FillKind::clear, 1);
+    for (const auto& [x, y] : places(2, 2)) picture.at(x, y) = {static_cast<QX_ChannelOf<Pixel>>(x), 90, 80, 70};
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        const auto set = QXp_GetSamplerSet<Pixel>(1);
+        for (const auto sampler : {set.clipped, set.unclipped}) {
+            Pixel out{};
+            ASSERT_EQ(sampler(nullptr, 32768, 4321, &picture.params, &out), 0);
+            EXPECT_EQ(out, (Pixel{1, 90, 80, 70}));
+        }
+    }
+}
+TEST(SamplerForms, AnAlphaOfOneHalfIsVisible) {
+    expect_half_visible<QX_Pixel8>();
+    expect_half_visible<QX_Pixel16>();
+}
+
 }  // namespace

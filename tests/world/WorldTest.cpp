@@ -107,4 +107,25 @@ TEST(Fill, FaultsHaveTheirCodes) {
                     {[&] { return QX_Fill(nullptr, nullptr, nullptr, &bad.empty); }, kBadParameter}});
 }
 
+/// A reference lies in the world whose rows its first pixel lies in.
+TEST(World, RefersToRowsOfItsOwnOnly) {
+    const World whole = make(8, 4, 8);
+    const auto rows = [&](int top, int height) {
+        return World(QX_World::NewReference(row<char>(*whole, top), 8, height, 8, whole->rowbytes));
+    };
+    const World middle = rows(1, 2);
+    for (int y = 0; y < 4; ++y) EXPECT_EQ(rows(y, 1)->RefersTo(middle.get()), y == 1 || y == 2) << "row " << y;
+    EXPECT_FALSE(rows(1, 3)->RefersTo(middle.get())) << "taller than the world";
+}
+
+/// What of the hint lies in a part is the part's, in its own coordinates.
+TEST(World, PartsTakeTheirPartOfTheHint) {
+    const World w = make(20, 20, 8);
+    w->extent_hint = {3, 4, 9, 12};
+    const World part(QX_World::NewReference(w.get(), M_LRect{2, 3, 8, 9}));
+    EXPECT_EQ(part->extent_hint, (M_LRect{1, 1, 6, 6}));
+    w->ShrinkToSubRect({4, 5, 20, 20});
+    EXPECT_EQ(w->extent_hint, (M_LRect{0, 0, 5, 7}));
+}
+
 }  // namespace

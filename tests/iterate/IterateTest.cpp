@@ -27,8 +27,7 @@ struct Trace {
     QX_InData data{};
 
     Trace() { data.effect_ref = this, data.progress = &progress; }
-    Trace(const Trace&) = delete;
-    Trace& operator=(const Trace&) = delete;
+    Trace(Trace&&) = delete;
 
     static int pixel(void* refcon, std::int32_t x, std::int32_t y, void* in, void*) {
         auto& self = *static_cast<Trace*>(refcon);

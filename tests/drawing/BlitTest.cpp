@@ -14,14 +14,11 @@ TYPED_TEST_SUITE(Blit, AllDepths);
 double flattened(double c, double alpha, double backdrop) { return 255 * (backdrop + (c - backdrop) * alpha); }
 
 TYPED_TEST(Blit, FlattensOverItsBackdrop) {
-    using Pixel = TypeParam;
-    const double full = static_cast<double>(DepthOf<Pixel>::full);
-    TestWorld<Pixel> src(40, 30, FillKind::layer, 4);
-    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {  // keep to the nominal range
-        for (const auto& [x, y] : places(40, 30)) {
-            Pixel& p = src.at(x, y);
-            for (float* c : {&p.alpha, &p.red, &p.green, &p.blue}) *c = std::fmin(std::fmax(*c, 0.0f), 1.0f);
-        }
+    const double full = static_cast<double>(DepthOf<TypeParam>::full);
+    TestWorld<TypeParam> src(40, 30, FillKind::layer, 4);
+    for (const auto& [x, y] : places(40, 30)) {  // keep to the nominal range
+        TypeParam& p = src.at(x, y);
+        for (auto* c : {&p.alpha, &p.red, &p.green, &p.blue}) *c = std::clamp(*c, {}, kFull<TypeParam>);
     }
     for (const auto& [swapped, style, first] :
          each(std::array{false, true}, std::array{kQX_BlitPlain, kQX_BlitCheckerboard}, std::array{kA, kBlack})) {
@@ -34,7 +31,7 @@ TYPED_TEST(Blit, FlattensOverItsBackdrop) {
                 ASSERT_EQ(old, now) << x << ", " << y;
                 continue;
             }
-            const Pixel s = src.at(x - 5 + 3, y - 6 + 2);
+            const TypeParam s = src.at(x - 5 + 3, y - 6 + 2);
             const bool checker = style == kQX_BlitCheckerboard;
             const QX_PixelFloat& b = checker && (((x - 1) ^ y) & 4) == 0 ? kB : first;
             const double alpha = s.alpha / full;
@@ -109,15 +106,16 @@ TEST(Blit16, TakesAnyCoordinates) {
     EXPECT_NE(usual, untouched);
     EXPECT_EQ(blit({0, 0}, {kLeast, kLeast}, {0, 0, 4, 4}), usual);  // a multiple of the squares
     const M_LRect all{0, 0, 4, 4};
-    const std::pair<M_LPoint, M_LRect> nowhere[] = {{{-1, 0}, all},
-                                                    {{0, -1}, all},
-                                                    {{9, 9}, all},
-                                                    {{0, 0}, {2, 2, 2, 4}},
-                                                    {{kMost, 0}, {-kMost, 0, 4, 4}},
-                                                    {{0, kMost}, {0, kLeast, 4, 4}},
-                                                    {{0, 0}, {kLeast, kLeast, kMost, kMost}},
-                                                    {{7, 9}, {7, 9, kMost, kMost}}};
-    for (const auto& [point, rect] : nowhere) EXPECT_EQ(blit(point, {0, 0}, rect), untouched) << name(rect);
+    // Columns: point, rectangle
+    const Cases<int, int, M_LRect> nowhere = {{-1, 0, all},
+                                              {0, -1, all},
+                                              {9, 9, all},
+                                              {0, 0, {2, 2, 2, 4}},
+                                              {kMost, 0, {-kMost, 0, 4, 4}},
+                                              {0, kMost, {0, kLeast, 4, 4}},
+                                              {0, 0, {kLeast, kLeast, kMost, kMost}},
+                                              {7, 9, {7, 9, kMost, kMost}}};
+    for (const auto& [x, y, rect] : nowhere) EXPECT_EQ(blit({x, y}, {0, 0}, rect), untouched) << name(rect);
 }
 
 }  // namespace

@@ -17,9 +17,8 @@ template <class Pixel> class BandedAtDepth : public testing::Test {};
 TYPED_TEST_SUITE(BandedAtDepth, AllDepths);
 
 TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
-    using Pixel = TypeParam;
     standalone::SetPoolLimit(4);
-    TestWorld<Pixel> mask(200, 80, FillKind::random, 3);
+    TestWorld<TypeParam> mask(200, 80, FillKind::random, 3);
     const QX_MaskWorld record = mask_at(*mask.record(), 40, 5, kQX_MaskInverseAlpha);
     const std::vector<std::vector<M_Matrix3>> motions = {{moved(4.5, 7.25)},
                                                          {moved(-7, 9)},
@@ -29,17 +28,16 @@ TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
     for (const auto& [matrices, quality] : each(motions, std::array{0, 1, 2})) {
         TransformCall call{.matrices = matrices, .quality = quality, .mode = mode_of(xfer_over, 0.8f)};
         call.mask = quality == 1 ? &record : nullptr;
-        const auto one = drawn_in<Pixel>(1, call);
-        for (const int bands : {2, 7, 32}) EXPECT_TRUE(drawn_in<Pixel>(bands, call) == one) << bands;
+        const auto one = drawn_in<TypeParam>(1, call);
+        for (const int bands : {2, 7, 32}) EXPECT_TRUE(drawn_in<TypeParam>(bands, call) == one) << bands;
     }
     standalone::SetPoolLimit(0);
 }
 
 TYPED_TEST(BandedAtDepth, ModesThatClearOutsideAreNotCut) {
-    using Pixel = TypeParam;
     for (const int xfer : {xfer_alpha_multiply, xfer_alpha_multiply_luma}) {
         const TransformCall call{.matrices = {placed(100, 25, 0.7, 30, 10)}, .mode = mode_of(xfer)};
-        EXPECT_EQ(drawn_in<Pixel>(32, call), drawn_in<Pixel>(1, call));
+        EXPECT_EQ(drawn_in<TypeParam>(32, call), drawn_in<TypeParam>(1, call));
     }
 }
 

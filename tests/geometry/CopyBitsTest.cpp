@@ -158,24 +158,24 @@ template <class Pixel> void expect_hq(CopyBitsFn* copy, QX_PointSampler<Pixel> s
     }
 }
 
+template <int Mark> constexpr auto kMarks = &marking_sampler<QX_Pixel8, Mark>;
+template <int Mark> constexpr auto kMarks16 = &marking_sampler<QX_Pixel16, Mark>;
+
 /// Samplers that mark their pixels stand in the slots.
 class CopyBitsHQ : public testing::Test {
 protected:
     Born born_;
     CopyBitsHQ() {
-        set_slot<Slot::SubpixelSample>(&marking_sampler<QX_Pixel8, 3>);
-        set_slot<Slot::SubpixelSamplePremul>(&marking_sampler<QX_Pixel8, 4>);
-        set_slot<Slot::AreaSample>(&marking_sampler<QX_Pixel8, 5>);
-        set_slot<Slot::AreaSamplePremul>(&marking_sampler<QX_Pixel8, 6>);
-        set_slot<Slot::SubpixelSample16>(&marking_sampler<QX_Pixel16, 64>);
-        set_slot<Slot::AreaSample16>(&marking_sampler<QX_Pixel16, 65>);
+        set_slot<Slot::SubpixelSample>(kMarks<3>), set_slot<Slot::SubpixelSamplePremul>(kMarks<4>);
+        set_slot<Slot::AreaSample>(kMarks<5>), set_slot<Slot::AreaSamplePremul>(kMarks<6>);
+        set_slot<Slot::SubpixelSample16>(kMarks16<64>), set_slot<Slot::AreaSample16>(kMarks16<65>);
     }
 };
 
 TEST_F(CopyBitsHQ, AsksTheSamplersOfTheSlots) {
-    expect_hq<QX_Pixel8>(&QX_CopyBits_HQ_Straight, &marking_sampler<QX_Pixel8, 3>, &marking_sampler<QX_Pixel8, 5>);
-    expect_hq<QX_Pixel8>(&QX_CopyBits_HQ_Premul, &marking_sampler<QX_Pixel8, 4>, &marking_sampler<QX_Pixel8, 6>);
-    expect_hq<QX_Pixel16>(&QX_CopyBits_HQ_Straight, &marking_sampler<QX_Pixel16, 64>, &marking_sampler<QX_Pixel16, 65>);
+    expect_hq<QX_Pixel8>(&QX_CopyBits_HQ_Straight, kMarks<3>, kMarks<5>);
+    expect_hq<QX_Pixel8>(&QX_CopyBits_HQ_Premul, kMarks<4>, kMarks<6>);
+    expect_hq<QX_Pixel16>(&QX_CopyBits_HQ_Straight, kMarks16<64>, kMarks16<65>);
     expect_hq<QX_PixelFloat>(&QX_CopyBits_HQ_Straight, &QX_SubpixelBilinearFloat,
                              &QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>);
 }

@@ -169,8 +169,7 @@ template <class Pixel> using ModelAtDepth = BornAtDepth<Pixel, 1, standalone::Pr
 TYPED_TEST_SUITE(ModelAtDepth, AllDepths);
 
 TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {
-    using Pixel = TypeParam;
-    TestWorld<Pixel> src(37, 29, FillKind::opaque, 1), soft(37, 29, FillKind::layer, 1),
+    TestWorld<TypeParam> src(37, 29, FillKind::opaque, 1), soft(37, 29, FillKind::layer, 1),
         mask(30, 30, FillKind::random, 2);
     const QX_MaskWorld record = mask_at(*mask.record(), 9, 11, kQX_MaskAlpha);
     std::mt19937 random(5);
@@ -196,17 +195,17 @@ TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {
         call.mask = run % 9 == 0 ? &record : nullptr;
         const M_LRect limit{2, 3, 45, 41};
         call.rect = run % 3 == 1 ? &limit : nullptr;
-        TestWorld<Pixel>& layer = run % 2 == 0 ? src : soft;
-        TestWorld<Pixel> got(50, 44, FillKind::layer, 7), expected(50, 44, FillKind::layer, 7);
+        TestWorld<TypeParam>& layer = run % 2 == 0 ? src : soft;
+        TestWorld<TypeParam> got(50, 44, FillKind::layer, 7), expected(50, 44, FillKind::layer, 7);
         SCOPED_TRACE(testing::Message() << "run " << run << ", " << n << " matrices, quality " << call.quality);
         ASSERT_EQ(call(layer.record(), got.record()), 0);
 
         M_LRect clipped = call.rect != nullptr ? limit : M_LRect{0, 0, 50, 44};
         if (call.mask != nullptr) clipped = sect(clipped, {9, 11, 39, 41});
-        const Model<Pixel> model(call, layer, clipped);
+        const Model<TypeParam> model(call, layer, clipped);
         if (!M_EmptyLRect(model.rect)) {
             const int w = model.rect.right - model.rect.left, h = model.rect.bottom - model.rect.top;
-            TestWorld<Pixel> picture(w, h, FillKind::clear, 1);
+            TestWorld<TypeParam> picture(w, h, FillKind::clear, 1);
             for (const auto& [i, j] : places(w, h)) picture.at(i, j) = model.at(i, j);
             const M_LRect all{0, 0, w, h};
             ASSERT_EQ(QX_TransferRect(nullptr, 1, 0, call.field, &all, picture.record(), &call.mode, nullptr, call.mask,

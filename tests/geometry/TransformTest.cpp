@@ -19,8 +19,7 @@ template <class Pixel> std::vector<Pixel> transferred(TestWorld<Pixel>& src, con
 }
 
 TYPED_TEST(TransformAtDepth, WholeTranslationsAreTransfers) {
-    using Pixel = TypeParam;
-    TestWorld<Pixel> src(31, 25, FillKind::random, 1), mask(20, 20, FillKind::random, 2);
+    TestWorld<TypeParam> src(31, 25, FillKind::random, 1), mask(20, 20, FillKind::random, 2);
     const QX_MaskWorld record = mask_at(*mask.record(), 7, 3, kQX_MaskLuma);
     // Columns: move, quality, and where the source comes to lie
     const Cases<double, double, int, int, int> cases = {{0, 0, 0, 0, 0},      {0, 0, 1, 0, 0},      {0, 0, 2, 0, 0},
@@ -33,7 +32,7 @@ TYPED_TEST(TransformAtDepth, WholeTranslationsAreTransfers) {
         TransformCall call{
             .matrices = {moved(move_x, move_y)}, .quality = quality, .field = quality % 3, .mode = mode_of(xfer)};
         call.mask = xfer == xfer_soft_light ? &record : nullptr;
-        TestWorld<Pixel> dst(40, 30, FillKind::random, 9), start(40, 30, FillKind::random, 9);
+        TestWorld<TypeParam> dst(40, 30, FillKind::random, 9), start(40, 30, FillKind::random, 9);
         EXPECT_EQ(call(src.record(), dst.record()), 0);
         EXPECT_EQ(dst.pixels(), move_x == -90 ? start.pixels() : transferred(src, call, x, y));
     }
@@ -78,10 +77,9 @@ TYPED_TEST(TransformAtDepth, AConstantPictureStaysConstantInside) {
 }
 
 TYPED_TEST(TransformAtDepth, ALayerWithoutSizeDrawsNothingButClears) {
-    using Pixel = TypeParam;
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     constexpr double inf = std::numeric_limits<double>::infinity();
-    TestWorld<Pixel> src(20, 20, FillKind::random, 1), start(30, 30, FillKind::opaque, 3);
+    TestWorld<TypeParam> src(20, 20, FillKind::random, 1), start(30, 30, FillKind::opaque, 3);
     // Columns: matrix, src2dst, whether alpha is cleared
     const Cases<M_Matrix3, bool, bool> cases = {
         {moved(10, 10) * scaled(0, 1), true, true},
@@ -94,10 +92,10 @@ TYPED_TEST(TransformAtDepth, ALayerWithoutSizeDrawsNothingButClears) {
     for (const auto& [c, xfer] : each(cases, std::array<int, 2>{xfer_over, xfer_alpha_multiply})) {
         const auto& [matrix, src2dst, clears] = c;
         const TransformCall call{.matrices = {matrix}, .src2dst = src2dst, .mode = mode_of(xfer)};
-        TestWorld<Pixel> dst(30, 30, FillKind::opaque, 3);
+        TestWorld<TypeParam> dst(30, 30, FillKind::opaque, 3);
         EXPECT_EQ(call(src.record(), dst.record()), 0);
         for (const auto& [x, y] : places(30, 30)) {
-            Pixel want = start.at(x, y);
+            TypeParam want = start.at(x, y);
             if (clears && xfer == xfer_alpha_multiply) want.alpha = 0;
             ASSERT_EQ(dst.at(x, y), want) << x << "," << y;
         }

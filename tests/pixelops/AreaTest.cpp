@@ -75,15 +75,12 @@ TEST(Clear, EndsAtTheBlocksEndInAnOwningWorld) {
 
 TEST(ClearAlphaExceptRect, MissesPixelsOnlyWhereItWouldWrite) {
     Reports reports;
-    // Columns: size, rectangle, code
-    const std::tuple<int, int, M_LRect, int> cases[] = {{4, 3, {0, 0, 4, 3}, 0},
-                                                        {4, 3, {-1, -1, 9, 9}, 0},
-                                                        {4, 3, {1, 1, 2, 2}, 3},
-                                                        {4, 3, {}, 3},
-                                                        {0, 0, {}, 0},
-                                                        {-2, -2, {1, 1, 0, 0}, 0},
-                                                        {0, 3, {}, 3}};
-    for (const auto& [width, height, rect, code] : cases) {
+    // Columns: size, edges of the rectangle, code
+    const Cases<int, int, int, int, int, int, int> cases = {
+        {4, 3, 0, 0, 4, 3, 0}, {4, 3, -1, -1, 9, 9, 0}, {4, 3, 1, 1, 2, 2, 3}, {4, 3, 0, 0, 0, 0, 3},
+        {0, 0, 0, 0, 0, 0, 0}, {-2, -2, 1, 1, 0, 0, 0}, {0, 3, 0, 0, 0, 0, 3}};
+    for (const auto& [width, height, left, top, right, bottom, code] : cases) {
+        const M_LRect rect{left, top, right, bottom};
         QX_LayerDef record{};
         record.width = width, record.height = height;
         reports.clear();

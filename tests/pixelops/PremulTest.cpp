@@ -79,20 +79,18 @@ TYPED_TEST(Premul, BlackIsTheLawInTheRectangle) {
 
 /// Colours of every depth reach a world of this one; source and destination apart and the same.
 TYPED_TEST(Premul, ColourIsTheLawInTheRectangle) {
-    using Pixel = TypeParam;
     const Born born(7);
-    const World from = picture<Pixel>();
-    const Pixel at_depth[] = {{},
-                              {0, static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::full), 0,
-                               static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::half)}};
+    const World from = picture<TypeParam>();
+    const TypeParam at_depth[] = {
+        {}, {0, kFull<TypeParam>, 0, static_cast<QX_ChannelOf<TypeParam>>(DepthOf<TypeParam>::half)}};
     const QX_Pixel8 as8{9, 255, 0, 128};
     const QX_Pixel16 as16{9, 32768, 0, 16384};
     const QX_PixelFloat as_float{9, 1.0f, 0, 0.5f};
     const float half8 = static_cast<float>(128 * (1.0 / 255));
     for (int way = 0; way < 4; ++way) {
-        Pixel colour = at_depth[way > 0];
-        if (way == 1 && DepthOf<Pixel>::number == 16) colour.blue = static_cast<QX_ChannelOf<Pixel>>(16448);
-        if (way == 1 && DepthOf<Pixel>::number == 32) colour.blue = static_cast<QX_ChannelOf<Pixel>>(half8);
+        TypeParam colour = at_depth[way > 0];
+        if (way == 1 && DepthOf<TypeParam>::number == 16) colour.blue = static_cast<QX_ChannelOf<TypeParam>>(16448);
+        if (way == 1 && DepthOf<TypeParam>::number == 32) colour.blue = static_cast<QX_ChannelOf<TypeParam>>(half8);
         for (int i = 0; i < 4; ++i) {
             const bool forward = i % 2 == 0, in_place = i < 2;
             SCOPED_TRACE(testing::Message() << "way " << way << (forward ? " forward" : " reverse"));
@@ -106,8 +104,8 @@ TYPED_TEST(Premul, ColourIsTheLawInTheRectangle) {
                              : way == 2 ? QX_PremulColorRect16(nullptr, src, &as16, forward, &r, got.get())
                                         : QX_PremulColorRectFloat(nullptr, src, &as_float, forward, &r, got.get());
             ASSERT_EQ(code, 0);
-            expect_made<Pixel>(*got, *from, *before, r, [&](auto c, auto a, auto place) {
-                return Law<Pixel>::matte(forward, c, colour.*place, a);
+            expect_made<TypeParam>(*got, *from, *before, r, [&](auto c, auto a, auto place) {
+                return Law<TypeParam>::matte(forward, c, colour.*place, a);
             });
         }
     }
@@ -115,11 +113,10 @@ TYPED_TEST(Premul, ColourIsTheLawInTheRectangle) {
 
 /// The operations of the world classes are these routines; float worlds have none.
 TYPED_TEST(Premul, WorldClassesCallThem) {
-    using Pixel = TypeParam;
     const Born born;
-    const World from = picture<Pixel>();
+    const World from = picture<TypeParam>();
     const QX_Pixel16 colour{0, 32768, 0, 0};
-    const Pixel m{0, static_cast<QX_ChannelOf<Pixel>>(DepthOf<Pixel>::full), 0, 0};
+    const TypeParam m{0, kFull<TypeParam>, 0, 0};
     for (int i = 0; i < 4; ++i) {
         const World got = copy_of(*from);
         const bool forward = i % 2 == 0;
@@ -127,13 +124,13 @@ TYPED_TEST(Premul, WorldClassesCallThem) {
             if (i < 2) return forward ? got->Premultiply() : got->Unmultiply();
             forward ? got->PremulColor(colour) : got->UnmulColor(colour);
         });
-        if (DepthOf<Pixel>::number == 32) {
+        if (DepthOf<TypeParam>::number == 32) {
             EXPECT_EQ(code, 3);
             continue;
         }
         ASSERT_EQ(code, 0);
-        expect_made<Pixel>(*got, *from, *from, kRects[0], [&](auto c, auto a, auto place) {
-            return i < 2 ? Law<Pixel>::black(forward, c, a) : Law<Pixel>::matte(forward, c, m.*place, a);
+        expect_made<TypeParam>(*got, *from, *from, kRects[0], [&](auto c, auto a, auto place) {
+            return i < 2 ? Law<TypeParam>::black(forward, c, a) : Law<TypeParam>::matte(forward, c, m.*place, a);
         });
     }
 }

@@ -50,17 +50,13 @@ int transform_of_test(const QX_ProgressInfo* info, int quality, int flags, int f
     return stage->enter(rect, info);
 }
 
-struct Refusal {
-    static inline std::string text;
-    static void message(const char* words) { text = words; }
-};
-
 /// The library born with one band, and the layer installed over a table of the test's.
 class Layer : public testing::Test {
 protected:
     Born born{1};
     Stage stage_;
     Reports reports;
+    static inline std::string refusal;
     Picture<QX_Pixel8> world{6, 70};
     void *table[kQX_SlotCount] = {}, *before[kQX_SlotCount] = {};
 
@@ -75,7 +71,7 @@ protected:
         standalone::SetBandCount(bands);
         qx::AccelerationRecord record{};
         record.interface_number = interface_number, record.major = major, record.minor = 1;
-        record.routines = table, record.message = &Refusal::message;
+        record.routines = table, record.message = [](const char* words) { refusal = words; };
         return qx::acceleration_entry(record);
     }
     bool changed() const { return !std::equal(table, table + kQX_SlotCount, before); }
@@ -93,10 +89,10 @@ TEST_F(Layer, InstallDeclines) {
     EXPECT_EQ(install(1), 0);
     EXPECT_FALSE(changed());
     for (const auto& [number, major] : {std::pair<int, std::int16_t>{3, 2}, {2, 1}, {2, 3}}) {
-        Refusal::text.clear();
+        refusal.clear();
         EXPECT_EQ(install(8, number, major), 0);
         EXPECT_FALSE(changed());
-        EXPECT_EQ(Refusal::text, "The generic acceleration module does not work with this version of Vanteon");
+        EXPECT_EQ(refusal, "The generic acceleration module does not work with this version of Vanteon");
     }
     standalone::SetThreadCountError(44);
     EXPECT_EQ(install(8), 44);
@@ -169,9 +165,9 @@ TEST_F(Layer, GpuWorldsAreRefusedFirst) {
         return [=] { return iterate(nullptr, 0, 0, src, nullptr, nullptr, nullptr, dst); };
     };
     world.record = bad.gpu;
-    const std::string text = "gpu effect world is not supported.";
-    expect_refused(text, {[&] { return premul(nullptr); }, [&] { return transform(nullptr); }, call(nullptr, &bad.gpu),
-                          call(&bad.gpu, &other.record)});
+    expect_refused("gpu effect world is not supported.",
+                   {[&] { return premul(nullptr); }, [&] { return transform(nullptr); }, call(nullptr, &bad.gpu),
+                    call(&bad.gpu, &other.record)});
 }
 
 TEST_F(Layer, FirstFailureWinsAndBandsNotBegunStayOut) {

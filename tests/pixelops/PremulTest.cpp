@@ -62,18 +62,14 @@ template <class Pixel> class Premul : public testing::Test {};
 TYPED_TEST_SUITE(Premul, AllDepths);
 
 TYPED_TEST(Premul, BlackIsTheLawInTheRectangle) {
-    for (const int bands : {1, 7}) {
+    const World from = picture<TypeParam>();
+    for (const auto& [bands, r, forward] : each(std::array{1, 7}, kRects, std::array{true, false})) {
         const Born born(bands);
-        const World from = picture<TypeParam>();
-        for (int i = 0; i < 8; ++i) {
-            const M_LRect& r = kRects[i / 2];
-            const bool forward = i % 2 == 0;
-            SCOPED_TRACE(name(r) + (forward ? " forward" : " reverse"));
-            const World got = copy_of(*from);
-            ASSERT_EQ(QX_PremulRect(nullptr, forward, &r, got.get()), 0);
-            expect_made<TypeParam>(*got, *from, *from, r,
-                                   [&](auto c, auto a, auto) { return Law<TypeParam>::black(forward, c, a); });
-        }
+        SCOPED_TRACE(name(r) + (forward ? " forward" : " reverse"));
+        const World got = copy_of(*from);
+        ASSERT_EQ(QX_PremulRect(nullptr, forward, &r, got.get()), 0);
+        expect_made<TypeParam>(*got, *from, *from, r,
+                               [on = forward](auto c, auto a, auto) { return Law<TypeParam>::black(on, c, a); });
     }
 }
 
@@ -81,16 +77,15 @@ TYPED_TEST(Premul, BlackIsTheLawInTheRectangle) {
 TYPED_TEST(Premul, ColourIsTheLawInTheRectangle) {
     const Born born(7);
     const World from = picture<TypeParam>();
-    const TypeParam at_depth[] = {
-        {}, {0, kFull<TypeParam>, 0, static_cast<QX_ChannelOf<TypeParam>>(DepthOf<TypeParam>::half)}};
+    using Channel = QX_ChannelOf<TypeParam>;
+    constexpr int depth = DepthOf<TypeParam>::number;
     const QX_Pixel8 as8{9, 255, 0, 128};
     const QX_Pixel16 as16{9, 32768, 0, 16384};
     const QX_PixelFloat as_float{9, 1.0f, 0, 0.5f};
-    const float half8 = static_cast<float>(128 * (1.0 / 255));
+    const double blue8 = depth == 8 ? 128 : depth == 16 ? 16448 : 128 * (1.0 / 255);
     for (int way = 0; way < 4; ++way) {
-        TypeParam colour = at_depth[way > 0];
-        if (way == 1 && DepthOf<TypeParam>::number == 16) colour.blue = static_cast<QX_ChannelOf<TypeParam>>(16448);
-        if (way == 1 && DepthOf<TypeParam>::number == 32) colour.blue = static_cast<QX_ChannelOf<TypeParam>>(half8);
+        TypeParam colour{0, kFull<TypeParam>, 0, static_cast<Channel>(way == 1 ? blue8 : DepthOf<TypeParam>::half)};
+        if (way == 0) colour = {};
         for (int i = 0; i < 4; ++i) {
             const bool forward = i % 2 == 0, in_place = i < 2;
             SCOPED_TRACE(testing::Message() << "way " << way << (forward ? " forward" : " reverse"));
@@ -177,6 +172,10 @@ TEST(PremulCalls, AbortStopsRows) {
     Polls polls;
     QX_ProgressInfo info{&polls, &Polls::abort, [](void*, std::int32_t, std::int32_t) { return 99; }};
     const QX_Pixel8 green{0, 0, 255, 0};
+    // Every band on the calling thread: how many rows it would take from the pool is not known.
+    standalone::SetExecutor([](const boost::function<void(int)>& task, int n) {
+        while (n-- > 0) task(n);
+    });
     for (const int bands : {1, 5}) {
         const Born born(bands);
         for (const bool matte : {false, true}) {
@@ -193,10 +192,10 @@ TEST(PremulCalls, AbortStopsRows) {
                 ASSERT_EQ(p.red, y < 40 ? 0 : 255) << y;
             }
             EXPECT_EQ(run(1000), 0);
-            EXPECT_LE(polls.calls.size(), 100u);
-            EXPECT_GE(polls.calls.size(), 100u / static_cast<unsigned>(bands));
+            EXPECT_EQ(polls.calls.size(), 100u);
         }
     }
+    standalone::SetExecutor({});
 }
 
 TEST(PremulCalls, RefusalsAndTheirTexts) {

@@ -143,11 +143,6 @@ TYPED_TEST(OriginForms, VisitWhatLiesUnderTheSource) {
     }
 }
 
-int expect_clear(void* refcon, std::int32_t, std::int32_t, void* in, void*) {
-    *static_cast<int*>(refcon) += *static_cast<QX_PixelFloat*>(in) == QX_PixelFloat{} ? 0 : 1;
-    return 0;
-}
-
 TEST(IterateOrigin, RowsWithoutColumnsMakeNoPolls) {
     const Born born(1);
     Picture<QX_Pixel8> dst(6, 4);
@@ -166,9 +161,10 @@ TEST(IterateOrigin, OutsideIsTransparentAndNoSourceIsNull) {
     Picture<QX_PixelFloat> dst(4, 4), src(4, 4);
     for (auto& p : src.pixels) p = {1, 1, 1, 1};
     const M_LPoint beside{4, 0};
-    int set = 0;
-    EXPECT_EQ(no_clip()(nullptr, 0, 0, &src.record, nullptr, &beside, &set, &expect_clear, &dst.record), 0);
-    EXPECT_EQ(set, 0);
+    const auto is_clear = [](void*, std::int32_t, std::int32_t, void* in, void*) {
+        return *static_cast<QX_PixelFloat*>(in) == QX_PixelFloat{} ? 0 : 1;
+    };
+    EXPECT_EQ(no_clip()(nullptr, 0, 0, &src.record, nullptr, &beside, nullptr, is_clear, &dst.record), 0);
     for (const OriginFn form : {&QX_IterateOrigin, no_clip()}) {
         Trace trace;
         EXPECT_EQ(trace.run(form, 0, 0, nullptr, nullptr, &dst.record, {1, 1}), 0);
@@ -257,20 +253,19 @@ TEST(Iterate, EveryPixelOnceAtAnyBandCount) {
     }
 }
 
-int throw_code(void* refcon, std::int32_t, std::int32_t, void*, void*) { throw *static_cast<int*>(refcon); }
-int throw_fault(void*, std::int32_t, std::int32_t, void*, void*) { throw std::bad_alloc(); }
-
 TEST(Iterate, ExceptionsEndAtTheBoundary) {
     for (const int bands : {1, 32}) {
         SCOPED_TRACE(bands);
         const Born born(bands);
         Reports reports;
         Picture<QX_Pixel8> dst(5, 40);
-        int code = 514;
-        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, &throw_code, &dst.record), 514);
-        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, &throw_fault, &dst.record), 4);
-        code = 0;
-        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, &throw_code, &dst.record), 0);
+        const auto pixel = [](void* refcon, std::int32_t, std::int32_t, void*, void*) -> int {
+            if (refcon == nullptr) throw std::bad_alloc();
+            throw *static_cast<int*>(refcon);
+        };
+        for (int code : {514, 0})
+            EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, pixel, &dst.record), code);
+        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, pixel, &dst.record), 4);
     }
 }
 

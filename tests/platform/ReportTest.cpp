@@ -33,7 +33,7 @@ TEST(Report, QuietSectionsNestAndEndWithTheirScope) {
         }
         report();
     }
-    EXPECT_EQ(reports.all().size(), 0u);
+    EXPECT_TRUE(reports.all().empty());
     try {
         const TK_QuietErrors section;
         throw std::runtime_error("ends the section");

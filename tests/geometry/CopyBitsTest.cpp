@@ -100,7 +100,6 @@ TEST(CopyBitsDraft, PaddingAndCopiesInPlaceStay) {
 }
 
 TEST(CopyBitsDraft, NumbersBeyond32BitsAreTold) {
-    Reports reports;
     const World src = made(4, 4, 8, 1), dst = made(4, 4, 16, 2), before = made(4, 4, 16, 2);
     const M_LRect huge_x{INT_MIN, 0, INT_MAX, 4}, huge_y{0, -1, 4, INT_MAX}, wide{-70000, 0, 70000, 4},
         tall{0, -70000, 4, 70000};
@@ -133,8 +132,8 @@ template <class Pixel> void expect_hq(CopyBitsFn* copy, QX_PointSampler<Pixel> s
         const World src = made(number(1, 14), number(1, 12), depth, i), dst = made(11, 9, depth, i + 1),
                     before = made(11, 9, depth, i + 1);
         const int left = number(-6, 12), top = number(-6, 9), u = number(-3, 5), v = number(-3, 5);
-        const M_LRect s{u, v, u + number(4, 20), v + number(4, 20)},
-            d{left, top, left + number(1, 20), top + number(1, 20)};
+        const M_LRect s{u, v, u + number(4, 20), v + number(4, 20)};
+        const M_LRect d{left, top, left + number(1, 20), top + number(1, 20)};
         const std::int64_t sw = s.right - s.left, sh = s.bottom - s.top, dw = d.right - d.left, dh = d.bottom - d.top;
         if (sw == dw && sh == dh) continue;
         SCOPED_TRACE(testing::Message() << "case " << i << " " << name(s) << " to " << name(d));

@@ -29,22 +29,18 @@ template <class Pixel> using BandsAtDepth = BornAtDepth<Pixel, 32>;
 TYPED_TEST_SUITE(BandsAtDepth, AllDepths);
 
 TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
-    using Pixel = TypeParam;
     const auto tables = tables_of_gamma(2.2f);
     standalone::SetPoolLimit(4);
-    TestWorld<Pixel> src(61, 70, FillKind::layer, 1), mask(50, 60, FillKind::random, 2);
+    TestWorld<TypeParam> src(61, 70, FillKind::layer, 1), mask(50, 60, FillKind::random, 2);
     const QX_MaskWorld record = mask_at(*mask.record(), 3, 4, kQX_MaskInverseLuma);
     for (const int xfer : modes_from(kQX_FirstMode)) {
         if (xfer == xfer_dissolve || xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma) continue;
-        const TransferCall call{.mode = {xfer, 0.9f, nullptr, xfer % 2 == 0, 3},
-                                .tables = xfer % 3 == 0 ? &tables : nullptr,
-                                .mask = &record,
-                                .dest_x = 2,
-                                .dest_y = 5};
-        TestWorld<Pixel> whole(66, 80, FillKind::random, 3);
+        TransferCall call{.mode = {xfer, 0.9f, nullptr, xfer % 2 == 0, 3}, .mask = &record, .dest_x = 2, .dest_y = 5};
+        call.tables = xfer % 3 == 0 ? &tables : nullptr;
+        TestWorld<TypeParam> whole(66, 80, FillKind::random, 3);
         ASSERT_EQ(call(src.record(), whole.record()), 0);
         for (const int bands : {1, 2, 7, 32}) {
-            TestWorld<Pixel> dst(66, 80, FillKind::random, 3);
+            TestWorld<TypeParam> dst(66, 80, FillKind::random, 3);
             ASSERT_EQ(transfer_in_bands(call, src, dst, bands), 0);
             ASSERT_EQ(whole.pixels(), dst.pixels()) << "mode " << xfer << " in " << bands << " bands";
         }
@@ -54,28 +50,25 @@ TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
 
 /// What a transfer allocates does not depend on its size: nothing is allocated by row or by pixel.
 TYPED_TEST(BandsAtDepth, NothingIsAllocatedByRowOrPixel) {
-    using Pixel = TypeParam;
     const auto tables = tables_of_gamma(2.2f);
-    TestWorld<Pixel> src(600, 320, FillKind::layer, 1), dst(600, 320, FillKind::random, 2),
+    TestWorld<TypeParam> src(600, 320, FillKind::layer, 1), dst(600, 320, FillKind::random, 2),
         mask(600, 320, FillKind::random, 3);
     const QX_MaskWorld record = mask_at(*mask.record(), 0, 0, kQX_MaskLuma);
-    const auto allocations = [&](int width, int height, int xfer, bool linear) {
-        const TransferCall call{.mode = mode_of(xfer, 1.0f, true),
-                                .src_rect = {0, 0, width, height},
-                                .tables = linear ? &tables : nullptr,
-                                .mask = &record};
+    const auto allocations = [&](int xfer, bool linear) {
+        TransferCall call{.mode = mode_of(xfer, 1.0f, true), .mask = &record};
+        call.tables = linear ? &tables : nullptr;
         OwnScratch scratch;
-        EXPECT_EQ(scratch.allocate(600, sizeof(QX_ChannelOf<Pixel>), false), 0);
+        EXPECT_EQ(scratch.allocate(600, sizeof(QX_ChannelOf<TypeParam>), false), 0);
         const std::int64_t before = NewCounter::count() + standalone::Memory().allocations;
         EXPECT_EQ(call.with_scratch(src.record(), dst.record(), scratch.get()), 0);
         return NewCounter::count() + standalone::Memory().allocations - before;
     };
     for (const int xfer : {xfer_over, xfer_soft_light, xfer_add, xfer_hue}) {
-        for (const bool linear : {false, true}) EXPECT_EQ(allocations(600, 320, xfer, linear), 0) << xfer;
+        for (const bool linear : {false, true}) EXPECT_EQ(allocations(xfer, linear), 0) << xfer;
     }
     transfer_in_bands(TransferCall{}, src, dst, 32);  // the pool's threads are up
     const auto in_bands = [&](int height) {
-        TestWorld<Pixel> part(600, height, FillKind::layer, 4);
+        TestWorld<TypeParam> part(600, height, FillKind::layer, 4);
         const std::int64_t before = standalone::Memory().allocations;
         transfer_in_bands(TransferCall{}, part, dst, 32);
         return standalone::Memory().allocations - before;

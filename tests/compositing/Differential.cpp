@@ -66,8 +66,6 @@ template <class Pixel> std::optional<std::string> run_at_depth(const Case& c) {
     return std::nullopt;
 }
 
-constexpr const char* kFillNames[] = {"random", "opaque", "clear", "extremes", "layer", "edges"};
-
 }  // namespace
 
 const std::vector<LevelKernels>& levels() {
@@ -87,32 +85,27 @@ const std::vector<LevelKernels>& levels() {
 Case random_case(std::uint64_t seed) {
     std::mt19937_64 random(seed);
     const auto below = [&](std::uint64_t n) { return static_cast<int>(random() % n); };
-    constexpr FillKind kinds[] = {FillKind::random, FillKind::opaque, FillKind::clear, FillKind::extremes,
-                                  FillKind::layer};
     constexpr double opacities[] = {1, 0, 0.5, 0.999, 0.004};
-    Case c;
-    c.seed = seed;
-    c.depth = 8 << below(3);
+    Case c{.seed = seed, .depth = 8 << below(3)};
     c.kernel = below(4) != 0 ? Kernel::row : below(2) != 0 ? Kernel::filter : Kernel::merge;
     c.masked = below(2) != 0;
     c.number = c.kernel == Kernel::row ? below(42) - 1 : below(6);
     if (c.kernel == Kernel::row && c.number == -1) c.number = c.masked ? -2 : -3;
     c.rgb_only = below(4) == 0;
     c.opacity = opacities[below(5)];
-    c.src = kinds[below(5)];
-    c.dst = kinds[below(5)];
+    c.src = kAllFills[below(6)], c.dst = kAllFills[below(6)];
     c.count = below(3) != 0 ? below(68) : below(5000);
-    c.src_offset = below(8);
-    c.dst_offset = below(8);
+    c.src_offset = below(8), c.dst_offset = below(8);
     return c;
 }
 
 std::string describe(const Case& c) {
     std::ostringstream text;
     constexpr const char* kernels[] = {"row", "filter", "merge"};
+    constexpr const char* fills[] = {"random", "opaque", "clear", "extremes", "layer", "edges"};
     text << kernels[static_cast<int>(c.kernel)] << " " << c.number << " depth " << c.depth
          << (c.masked ? " masked" : "") << (c.rgb_only ? " rgb-only" : "") << " opacity " << c.opacity << " "
-         << kFillNames[static_cast<int>(c.src)] << " on " << kFillNames[static_cast<int>(c.dst)] << " count " << c.count
+         << fills[static_cast<int>(c.src)] << " on " << fills[static_cast<int>(c.dst)] << " count " << c.count
          << " offsets " << c.src_offset << ", " << c.dst_offset << " seed " << c.seed;
     return text.str();
 }

@@ -57,16 +57,12 @@ TEST(LinearRows, CopiesIgnoreTablesAndNullTablesAreRefused) {
 TEST(DepthConvert, FloatSideIsLinear) {
     const Born born(1);
     const auto tables = tables_of_gamma(2.0f);
-    TestWorld<QX_Pixel8> eight(256, 1, FillKind::opaque, 1);
-    for (int i = 0; i < 256; ++i) {
-        const auto c = static_cast<std::uint8_t>(i);
-        eight.at(i, 0) = {c, c, c, c};
-    }
-    TestWorld<QX_PixelFloat> linear(256, 1, FillKind::clear, 2);
-    QX_DepthConvertWorld(&tables, &eight.world(), &linear.world());
+    TestWorld<QX_Pixel8> eight(256, 1, FillKind::opaque, 1), back(256, 1, FillKind::clear, 4);
     TestWorld<QX_Pixel16> deep(256, 1, FillKind::clear, 3);
+    TestWorld<QX_PixelFloat> linear(256, 1, FillKind::clear, 2);
+    for (int i = 0; i < 256; ++i) std::memset(&eight.at(i, 0), i, 4);
+    QX_DepthConvertWorld(&tables, &eight.world(), &linear.world());
     QX_DepthConvertWorld(&tables, &linear.world(), &deep.world());
-    TestWorld<QX_Pixel8> back(256, 1, FillKind::clear, 4);
     QX_DepthConvertWorld(&tables, &linear.world(), &back.world());
     for (int i = 0; i < 256; ++i) {
         EXPECT_NEAR(linear.at(i, 0).red, i * i / 65025.0, 0.5 / 32768 + 1e-7);
@@ -93,7 +89,7 @@ TEST(DepthConvert, IntegerPairsAreStepsAndSizesMustAgree) {
     EXPECT_EQ(eight.pixels(), other.pixels());
     const auto before = wide.pixels();
     QX_DepthConvertWorld(&tables, &eight.world(), &wide.world());
-    EXPECT_EQ(before, wide.pixels());
+    EXPECT_EQ(before, wide.pixels()) << "sizes must agree";
 }
 
 TEST(DepthConvert, RefusesDepthsThatAreNoneAndMissingTables) {

@@ -50,9 +50,8 @@ public:
           mask_(kWidth, kHeight, c.seed % 3 == 0 ? FillKind::layer : FillKind::random, c.seed + 900) {}
 
     std::vector<Pixel> modelled() {
-        using Channel = QX_ChannelOf<Pixel>;
-        constexpr float full = sizeof(Channel) == 1 ? 255.0f : sizeof(Channel) == 2 ? 32768.0f : 1.0f;
-        const auto opacity = static_cast<Channel>(case_.opacity * full + (full > 1 ? 0.5f : 0.0f));
+        constexpr float full = kFull<Pixel>;
+        const auto opacity = static_cast<QX_ChannelOf<Pixel>>(case_.opacity * full + (full > 1 ? 0.5f : 0.0f));
         model::RowCall<Pixel> call{case_.xfer, opacity, {}, case_.rgb_only, case_.tables, nullptr};
         std::vector<Pixel> out = dst_.pixels();
         std::uint32_t row_seed = kSeed + kRect.left, increment = kRect.top * 12281;
@@ -93,15 +92,13 @@ public:
 
     /// The first pixel that differs, in words; empty when all agree.
     std::string difference(const std::vector<Pixel>& expected, const std::vector<Pixel>& got) {
-        std::ostringstream first;
-        int count = 0;
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            if (same_pixel(expected[i], got[i]) || count++ > 0) continue;
-            const int x = static_cast<int>(i) % kWidth, y = static_cast<int>(i) / kWidth;
-            first << "at " << x << ", " << y << ": source " << src_.at(x, y) << " on " << dst_.at(x, y) << " under "
-                  << +mask_.at(x, y).alpha << " gives " << got[i] << ", not " << expected[i];
-        }
-        return count == 0 ? "" : std::to_string(count) + " pixels, the first " + first.str();
+        const auto [want, made] = std::mismatch(expected.begin(), expected.end(), got.begin(), same_pixel<Pixel>);
+        if (want == expected.end()) return "";
+        const int i = static_cast<int>(want - expected.begin()), x = i % kWidth, y = i / kWidth;
+        std::ostringstream text;
+        text << "at " << x << ", " << y << ": source " << src_.at(x, y) << " on " << dst_.at(x, y) << " under "
+             << +mask_.at(x, y).alpha << " gives " << *made << ", not " << *want;
+        return text.str();
     }
 
 private:
@@ -129,26 +126,23 @@ template <class Pixel> void hold_to_model(int xfer, const QX_LinearBlendingTable
     }
 }
 
-template <class Pixel> class ModesAgainstModel : public testing::Test {
-protected:
-    static void run(const QX_LinearBlendingTables* tables, bool brief) {
-        for (const int xfer : modes_from(kQX_FirstMode)) hold_to_model<Pixel>(xfer, tables, brief);
-    }
-};
+template <class Pixel> class ModesAgainstModel : public testing::Test {};
 TYPED_TEST_SUITE(ModesAgainstModel, AllDepths);
 
 /// More than 200,000 pixels of each mode.
-TYPED_TEST(ModesAgainstModel, RowsOfStoredValues) { this->run(nullptr, false); }
+TYPED_TEST(ModesAgainstModel, RowsOfStoredValues) {
+    for (const int xfer : modes_from(kQX_FirstMode)) hold_to_model<TypeParam>(xfer, nullptr, false);
+}
 
 TYPED_TEST(ModesAgainstModel, RowsInLinearLight) {
     const QX_LinearBlendingTables tables = tables_of_gamma(2.2f);
-    this->run(&tables, true);
+    for (const int xfer : modes_from(kQX_FirstMode)) hold_to_model<TypeParam>(xfer, &tables, true);
 }
 
 /// The model's own anchors: values that are known without it.
 TEST(Model, GivesKnownPixels) {
     // Columns: mode, source, destination, result
-    const std::tuple<int, QX_Pixel8, QX_Pixel8, QX_Pixel8> at8[] = {
+    const Cases<int, QX_Pixel8, QX_Pixel8, QX_Pixel8> at8 = {
         {xfer_over, {255, 1, 2, 3}, {255, 9, 9, 9}, {255, 1, 2, 3}},
         {xfer_over, {128, 1, 2, 3}, {0, 9, 9, 9}, {128, 1, 2, 3}},
         {xfer_over, {51, 255, 0, 100}, {255, 0, 255, 100}, {255, 51, 204, 100}},  // a fifth of the way
@@ -175,42 +169,26 @@ TEST(Model, GivesKnownPixels) {
 }
 
 /// All pairs of a source and a destination channel at 8 bits, under alphas at the edges and between.
-class AllPairs : public testing::TestWithParam<std::pair<int, int>> {
-protected:
-    static constexpr int n = 256;
-    using World = TestWorld<QX_Pixel8>;
-    static void fill(World& world, int alpha, bool by_column) {
-        for (const auto& [x, y] : places(n, n)) {
-            const auto c = static_cast<std::uint8_t>(by_column ? x : y);
-            const auto turned = static_cast<std::uint8_t>(by_column ? 255 - c : c * 7 + 3);
-            world.at(x, y) = {static_cast<std::uint8_t>(alpha), c, turned, static_cast<std::uint8_t>(c ^ 0x55)};
-        }
-    }
-};
-
-TEST_P(AllPairs, AreTheModels) {
+TEST(AllPairs, AreTheModels) {
     const Born born(1);
-    const auto [s, d] = GetParam();
-    World src(n, n, FillKind::clear, 0), start(n, n, FillKind::clear, 0), dst(n, n, FillKind::clear, 0);
-    fill(src, s, true);
-    fill(start, d, false);
-    for (const int xfer : modes_from(kQX_FirstMode)) {
+    constexpr int n = 256;
+    TestWorld<QX_Pixel8> src(n, n, FillKind::clear, 0), start(n, n, FillKind::clear, 0), dst(n, n, FillKind::clear, 0);
+    const auto byte = [](int v) { return static_cast<std::uint8_t>(v); };
+    const Cases<int, int> alphas = {{255, 255}, {128, 255}, {255, 128}, {77, 200}, {1, 1}, {254, 1}};
+    for (const auto& [under, xfer] : each(alphas, modes_from(kQX_FirstMode))) {
         if (xfer == xfer_mask_crossfade || xfer == xfer_dissolve) continue;  // another mask, and seeds
-        fill(dst, d, false);
+        for (const auto& [x, y] : places(n, n)) {
+            src.at(x, y) = {byte(std::get<0>(under)), byte(x), byte(255 - x), byte(x ^ 0x55)};
+            start.at(x, y) = dst.at(x, y) = {byte(std::get<1>(under)), byte(y), byte(y * 7 + 3), byte(y ^ 0x55)};
+        }
         ASSERT_EQ((TransferCall{.mode = mode_of(xfer)}(src.record(), dst.record())), 0);
-        for (int i = 0, faults = 0; i < n * n && faults < 3; ++i) {
-            const int x = i % n, y = i / n;
-            const QX_Pixel8 expected = model::row_pixel({xfer, 255, {}}, src.at(x, y), start.at(x, y));
-            if (expected == dst.at(x, y)) continue;
-            ++faults;
-            ADD_FAILURE() << name_of(xfer) << ": " << src.at(x, y) << " on " << start.at(x, y) << " gives "
-                          << dst.at(x, y) << ", not " << expected;
+        for (const auto& [x, y] : places(n, n)) {
+            const QX_Pixel8& s = src.at(x, y);
+            ASSERT_EQ(model::row_pixel({xfer, 255, {}}, s, start.at(x, y)), dst.at(x, y))
+                << name_of(xfer) << ": " << s << " on " << start.at(x, y);
         }
     }
 }
-INSTANTIATE_TEST_SUITE_P(Alphas, AllPairs,
-                         testing::Values(std::pair(255, 255), std::pair(128, 255), std::pair(255, 128),
-                                         std::pair(77, 200), std::pair(1, 1), std::pair(254, 1)));
 
 }  // namespace
 }  // namespace qx::test

@@ -14,14 +14,11 @@ TYPED_TEST_SUITE(Blit, AllDepths);
 double flattened(double c, double alpha, double backdrop) { return 255 * (backdrop + (c - backdrop) * alpha); }
 
 TYPED_TEST(Blit, FlattensOverItsBackdrop) {
-    using Pixel = TypeParam;
-    const double full = static_cast<double>(DepthOf<Pixel>::full);
-    TestWorld<Pixel> src(40, 30, FillKind::layer, 4);
-    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {  // keep to the nominal range
-        for (const auto& [x, y] : places(40, 30)) {
-            Pixel& p = src.at(x, y);
-            for (float* c : {&p.alpha, &p.red, &p.green, &p.blue}) *c = std::fmin(std::fmax(*c, 0.0f), 1.0f);
-        }
+    const double full = static_cast<double>(DepthOf<TypeParam>::full);
+    TestWorld<TypeParam> src(40, 30, FillKind::layer, 4);
+    for (const auto& [x, y] : places(40, 30)) {  // keep to the nominal range
+        TypeParam& p = src.at(x, y);
+        for (auto* c : {&p.alpha, &p.red, &p.green, &p.blue}) *c = std::clamp(*c, {}, kFull<TypeParam>);
     }
     for (const auto& [swapped, style, first] :
          each(std::array{false, true}, std::array{kQX_BlitPlain, kQX_BlitCheckerboard}, std::array{kA, kBlack})) {
@@ -30,20 +27,17 @@ TYPED_TEST(Blit, FlattensOverItsBackdrop) {
         QX_SpecialCasePixelBlit(&src.world(), {3, 2}, style, swapped, {1, 0}, first, kB, 4, rect, &dst.world());
         for (const auto& [x, y] : places(50, 40)) {
             const QX_Pixel8 old = before.at(x, y), now = dst.at(x, y);
-            if (!holds(rect, x, y)) {
-                ASSERT_EQ(old, now) << x << ", " << y;
-                continue;
-            }
-            const Pixel s = src.at(x - 5 + 3, y - 6 + 2);
+            ASSERT_TRUE(holds(rect, x, y) || old == now) << x << ", " << y;
+            if (!holds(rect, x, y)) continue;
+            const TypeParam s = src.at(x - 5 + 3, y - 6 + 2);
             const bool checker = style == kQX_BlitCheckerboard;
             const QX_PixelFloat& b = checker && (((x - 1) ^ y) & 4) == 0 ? kB : first;
             const double alpha = s.alpha / full;
             const bool shorter = !checker && first.red == 0;
             EXPECT_EQ(now.alpha, alpha == 0 && !shorter ? std::floor(b.alpha * 255 + 0.5) : old.alpha);
-            const int red = swapped ? now.blue : now.red, blue = swapped ? now.red : now.blue;
-            EXPECT_NEAR(red, flattened(s.red / full, alpha, b.red), 1.51);
+            EXPECT_NEAR(swapped ? now.blue : now.red, flattened(s.red / full, alpha, b.red), 1.51);
             EXPECT_NEAR(now.green, flattened(s.green / full, alpha, b.green), 1.51);
-            EXPECT_NEAR(blue, flattened(s.blue / full, alpha, b.blue), 1.51);
+            EXPECT_NEAR(swapped ? now.red : now.blue, flattened(s.blue / full, alpha, b.blue), 1.51);
         }
     }
 }
@@ -109,15 +103,16 @@ TEST(Blit16, TakesAnyCoordinates) {
     EXPECT_NE(usual, untouched);
     EXPECT_EQ(blit({0, 0}, {kLeast, kLeast}, {0, 0, 4, 4}), usual);  // a multiple of the squares
     const M_LRect all{0, 0, 4, 4};
-    const std::pair<M_LPoint, M_LRect> nowhere[] = {{{-1, 0}, all},
-                                                    {{0, -1}, all},
-                                                    {{9, 9}, all},
-                                                    {{0, 0}, {2, 2, 2, 4}},
-                                                    {{kMost, 0}, {-kMost, 0, 4, 4}},
-                                                    {{0, kMost}, {0, kLeast, 4, 4}},
-                                                    {{0, 0}, {kLeast, kLeast, kMost, kMost}},
-                                                    {{7, 9}, {7, 9, kMost, kMost}}};
-    for (const auto& [point, rect] : nowhere) EXPECT_EQ(blit(point, {0, 0}, rect), untouched) << name(rect);
+    // Columns: point, rectangle
+    const Cases<int, int, M_LRect> nowhere = {{-1, 0, all},
+                                              {0, -1, all},
+                                              {9, 9, all},
+                                              {0, 0, {2, 2, 2, 4}},
+                                              {kMost, 0, {-kMost, 0, 4, 4}},
+                                              {0, kMost, {0, kLeast, 4, 4}},
+                                              {0, 0, {kLeast, kLeast, kMost, kMost}},
+                                              {7, 9, {7, 9, kMost, kMost}}};
+    for (const auto& [x, y, rect] : nowhere) EXPECT_EQ(blit({x, y}, {0, 0}, rect), untouched) << name(rect);
 }
 
 /// Heights that the number of bands does not divide, and fewer rows than bands.

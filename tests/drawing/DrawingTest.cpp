@@ -24,7 +24,7 @@ Places drawn(double x0, double y0, double x1, double y1, int width, int height) 
 
 /// Every step of the walk, one after the other, in numbers of 64 bits that are brought back to 32.
 Places walked(double x0, double y0, double x1, double y1, int width, int height) {
-    const auto low = [](std::int64_t v) { return static_cast<std::int32_t>(static_cast<std::uint32_t>(v)); };
+    const auto low = [](std::int64_t v) { return static_cast<std::int32_t>(static_cast<std::uint32_t>(v)) >> 16; };
     const auto fixed = [](double v) { return static_cast<std::int64_t>(v * 65536 + (v < 0 ? -0.5 : 0.5)); };
     const bool steep = std::abs(x1 - x0) <= std::abs(y1 - y0);
     if (steep) std::swap(x0, y0), std::swap(x1, y1);
@@ -35,9 +35,8 @@ Places walked(double x0, double y0, double x1, double y1, int width, int height)
     if (n < 0) step = -step, minor_step = -minor_step, n = -n;
     Places places;
     for (; n >= 0; --n, x += step, y += minor_step) {
-        const int px = low(x) >> 16, py = low(y) >> 16;
-        const std::pair<int, int> at = steep ? std::pair(py, px) : std::pair(px, py);
-        if (holds({0, 0, width, height}, at.first, at.second)) places.insert(at);
+        const auto [px, py] = steep ? std::pair(low(y), low(x)) : std::pair(low(x), low(y));
+        if (holds({0, 0, width, height}, px, py)) places.emplace(px, py);
     }
     return places;
 }
@@ -60,10 +59,7 @@ TEST(DrawLine, KnownLinesAndNoNumbers) {
     EXPECT_EQ(drawn(9, 2, 9, 2, 8, 8), Places{});
     EXPECT_EQ(drawn(4, -1e5, 4, 1e5, 8, 2), (Places{{4, 0}, {4, 1}}));
     for (const double odd : {double(NAN), double(INFINITY), -double(INFINITY), 1e300, 2147483647.0, -2147483648.0}) {
-        for (int i = 0; i < 4; ++i) {
-            const double e[] = {i == 0 ? odd : 3, i == 1 ? odd : 3, i == 2 ? odd : 5, i == 3 ? odd : 4};
-            drawn(e[0], e[1], e[2], e[3], 8, 8);
-        }
+        drawn(odd, 3, 5, 4, 8, 8), drawn(3, odd, 5, 4, 8, 8), drawn(3, 3, odd, 4, 8, 8), drawn(3, 3, 5, odd, 8, 8);
     }
 }
 

@@ -17,9 +17,8 @@ template <class Pixel> class BandedAtDepth : public testing::Test {};
 TYPED_TEST_SUITE(BandedAtDepth, AllDepths);
 
 TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
-    using Pixel = TypeParam;
     standalone::SetPoolLimit(4);
-    TestWorld<Pixel> mask(200, 80, FillKind::random, 3);
+    TestWorld<TypeParam> mask(200, 80, FillKind::random, 3);
     const QX_MaskWorld record = mask_at(*mask.record(), 40, 5, kQX_MaskInverseAlpha);
     const std::vector<std::vector<M_Matrix3>> motions = {{moved(4.5, 7.25)},
                                                          {moved(-7, 9)},
@@ -27,21 +26,18 @@ TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
                                                          {moved(2.5, 2), moved(18.5, 34)},
                                                          {moved(0.5, 2), moved(4.5, 6), moved(20.5, 4)}};
     for (const auto& [matrices, quality] : each(motions, std::array{0, 1, 2})) {
-        const TransformCall call{.matrices = matrices,
-                                 .quality = quality,
-                                 .mode = mode_of(xfer_over, 0.8f),
-                                 .mask = quality == 1 ? &record : nullptr};
-        const auto one = drawn_in<Pixel>(1, call);
-        for (const int bands : {2, 7, 32}) EXPECT_TRUE(drawn_in<Pixel>(bands, call) == one) << bands;
+        TransformCall call{.matrices = matrices, .quality = quality, .mode = mode_of(xfer_over, 0.8f)};
+        call.mask = quality == 1 ? &record : nullptr;
+        const auto one = drawn_in<TypeParam>(1, call);
+        for (const int bands : {2, 7, 32}) EXPECT_TRUE(drawn_in<TypeParam>(bands, call) == one) << bands;
     }
     standalone::SetPoolLimit(0);
 }
 
 TYPED_TEST(BandedAtDepth, ModesThatClearOutsideAreNotCut) {
-    using Pixel = TypeParam;
     for (const int xfer : {xfer_alpha_multiply, xfer_alpha_multiply_luma}) {
         const TransformCall call{.matrices = {placed(100, 25, 0.7, 30, 10)}, .mode = mode_of(xfer)};
-        EXPECT_EQ(drawn_in<Pixel>(32, call), drawn_in<Pixel>(1, call));
+        EXPECT_EQ(drawn_in<TypeParam>(32, call), drawn_in<TypeParam>(1, call));
     }
 }
 
@@ -61,10 +57,9 @@ TEST(BandedTransform, ThreadsDrawPathsAndTurns) {
 
 /// Every row is either as it was or as it becomes in the end.
 template <class Pixel> bool whole_rows(TestWorld<Pixel>& now, TestWorld<Pixel>& before, TestWorld<Pixel>& after) {
-    const std::size_t bytes = static_cast<std::size_t>(now.world().width) * sizeof(Pixel);
     for (int y = 0; y < now.world().height; ++y) {
-        const auto same = [&](TestWorld<Pixel>& other) {
-            return std::memcmp(&now.at(0, y), &other.at(0, y), bytes) == 0;
+        const auto same = [&](TestWorld<Pixel>& w) {
+            return std::equal(&now.at(0, y), &now.at(0, y) + now.world().width, &w.at(0, y));
         };
         if (!same(before) && !same(after)) return false;
     }
@@ -86,15 +81,12 @@ TEST(BandedTransform, EveryAllocationMayFail) {
             const TransformCall call{.matrices = {moved(0.5, 1), moved(3.5, 2), moved(9, 2)}};
             ASSERT_EQ(call(src.record(), after.record()), 0);
             QX_FreeUpSomeMemory();
-            const auto blocks = standalone::Memory().blocks_in_use;
-            standalone::FailAllocation(nth);
-            const int code = call(src.record(), dst.record());
-            const bool failed = code != 0;
-            standalone::FailAllocation(0);
+            const auto blocks = blocks_in_use();
+            const int code = short_of_memory(nth, [&] { return call(src.record(), dst.record()); });
             QX_FreeUpSomeMemory();
-            EXPECT_EQ(standalone::Memory().blocks_in_use, blocks) << nth;
+            EXPECT_EQ(blocks_in_use(), blocks) << nth;
             EXPECT_TRUE(whole_rows(dst, before, after)) << nth;
-            if (!failed) break;
+            if (code == 0) break;
             EXPECT_EQ(code, 4);
             ++failures;
         }

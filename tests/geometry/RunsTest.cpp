@@ -15,8 +15,7 @@ public:
         QX_SetOverrideFunc(slot, reinterpret_cast<void*>(&routine));
     }
     ~SingleSamples() { QX_SetOverrideFunc(slot_, own); }
-    SingleSamples(const SingleSamples&) = delete;
-    SingleSamples& operator=(const SingleSamples&) = delete;
+    SingleSamples(SingleSamples&&) = delete;
 
 private:
     static inline void* own;
@@ -35,7 +34,6 @@ std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& sr
 TEST(Runs, EqualSingleSamplesEverywhere) {
     const Born born;
     std::mt19937_64 random(3);
-    std::int64_t pixels = 0;
     for (int run = 0; run < 240; ++run) {
         const auto kind = static_cast<FillKind>(run % 6);
         TestWorld<QX_Pixel8> src(200, 160, kind, static_cast<std::uint64_t>(run) + 1);
@@ -49,9 +47,7 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
         const auto in_runs = drawn(call, src, 180, 181);
         const SingleSamples single(61);
         ASSERT_TRUE(in_runs == drawn(call, src, 180, 181)) << "run " << run;
-        pixels += 180 * 181;
     }
-    EXPECT_GT(pixels, 7000000);
 }
 
 /// Whole boxes, partial rows or columns, mirrored and sheared rows, boxes that sums in integers do not fit, layers
@@ -65,7 +61,6 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
                         {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
                         {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
                         {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2}};
-    std::int64_t pixels = 0;
     for (int run = 0; run < 90; ++run) {
         TestWorld<QX_Pixel8> src(run % 7 == 0 ? 16 : 1187, 401, static_cast<FillKind>(run % 6),
                                  static_cast<std::uint64_t>(run) + 1);
@@ -79,9 +74,7 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
         const SingleSamples single(5);
         const auto one_by_one = drawn(call, src, 331, 207);
         ASSERT_TRUE(bilinear == one_by_one && bicubic == one_by_one) << "run " << run;
-        pixels += 331 * 207;
     }
-    EXPECT_GT(pixels, 6000000);
 }
 
 TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {

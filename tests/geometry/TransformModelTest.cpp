@@ -7,9 +7,7 @@
 namespace qx::test {
 namespace {
 
-struct Place {
-    std::uint32_t x, y;  // 16.16, wrapping
-};
+using Place = M_Vector2T<std::uint32_t>;  // 16.16, wrapping
 std::uint32_t fixed(double v) {
     v = std::clamp(v, -32767.0, 32766.0) * 65536;
     return static_cast<std::uint32_t>(static_cast<std::int64_t>(v < 0 ? v - 0.5 : v + 0.5));
@@ -84,18 +82,19 @@ public:
     }
 
     Pixel at(int i, int j) const {
-        if (!moving_) return sample(ways_[0], ways_[0].at(rect.left, rect.top, i, j), area(ways_[0]));
+        const auto at = [&](const Way& way) { return way.at(rect.left, rect.top, i, j); };
+        if (!moving_) return sample(ways_[0], at(ways_[0]), area(ways_[0]));
         const int n = static_cast<int>(ways_.size());
         std::vector<Pixel> samples;
         if (call_.quality > 0 && n != 2 && uneven()) {
             const bool averages = std::any_of(ways_.begin(), ways_.end() - 1, [&](const Way& w) { return area(w); });
             for (int k = n - 2; k >= 0; --k) {
                 const Way& way = ways_[static_cast<std::size_t>(k)];
-                samples.push_back(sample(way, way.at(rect.left, rect.top, i, j), averages));
+                samples.push_back(sample(way, at(way), averages));
             }
         } else {
             const int steps = n != 2 ? n - 1 : call_.quality > 0 ? 16 : 8;
-            const Place a = ways_.front().at(rect.left, rect.top, i, j), b = ways_.back().at(rect.left, rect.top, i, j);
+            const Place a = at(ways_.front()), b = at(ways_.back());
             for (int k = 0; k < steps; ++k) {
                 const auto along = [&](std::uint32_t from, std::uint32_t to) {
                     return from + static_cast<std::uint32_t>(k * (as_int(to - from) / steps));
@@ -126,8 +125,8 @@ private:
     Pixel sample(const Way& way, Place p, bool averages) const {
         Pixel out{};
         if (call_.quality == 0) {
-            const int x = static_cast<std::int16_t>((p.x + 32768) >> 16),
-                      y = static_cast<std::int16_t>((p.y + 32768) >> 16);
+            const auto nearest = [](std::uint32_t v) { return static_cast<std::int16_t>((v + 32768) >> 16); };
+            const int x = nearest(p.x), y = nearest(p.y);
             return src_.has(x, y) ? src_.at(x, y) : out;
         }
         const QX_SampPB block = way.block(src_.record());
@@ -137,21 +136,19 @@ private:
     }
     Pixel mean(const std::vector<Pixel>& samples) const {
         const double n = static_cast<double>(samples.size());
-        double a = 0, c[3] = {};
-        for (const Pixel& p : samples) {
-            a += p.alpha;
-            c[0] += static_cast<double>(p.alpha) * p.red;
-            c[1] += static_cast<double>(p.alpha) * p.green;
-            c[2] += static_cast<double>(p.alpha) * p.blue;
-        }
+        double a = 0;
+        for (const Pixel& p : samples) a += p.alpha;
         if (a == 0) return {};
         const bool covered = a == n * D::full;
-        const auto colour = [&](double sum) {
+        const auto colour = [&](auto channel) {
+            double sum = 0;
+            for (const Pixel& p : samples) sum += static_cast<double>(p.alpha) * p.*channel;
             if (D::number == 32) return static_cast<QX_ChannelOf<Pixel>>(sum / a);
             const float v = static_cast<float>(sum) / static_cast<float>(n);
             return static_cast<QX_ChannelOf<Pixel>>(covered ? std::trunc(v) / D::full + 0.5 : sum / a);
         };
-        return {static_cast<QX_ChannelOf<Pixel>>(a / n), colour(c[0]), colour(c[1]), colour(c[2])};
+        return {static_cast<QX_ChannelOf<Pixel>>(a / n), colour(&Pixel::red), colour(&Pixel::green),
+                colour(&Pixel::blue)};
     }
 
     const TransformCall& call_;
@@ -172,8 +169,7 @@ template <class Pixel> using ModelAtDepth = BornAtDepth<Pixel, 1, standalone::Pr
 TYPED_TEST_SUITE(ModelAtDepth, AllDepths);
 
 TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {
-    using Pixel = TypeParam;
-    TestWorld<Pixel> src(37, 29, FillKind::opaque, 1), soft(37, 29, FillKind::layer, 1),
+    TestWorld<TypeParam> src(37, 29, FillKind::opaque, 1), soft(37, 29, FillKind::layer, 1),
         mask(30, 30, FillKind::random, 2);
     const QX_MaskWorld record = mask_at(*mask.record(), 9, 11, kQX_MaskAlpha);
     std::mt19937 random(5);
@@ -193,25 +189,26 @@ TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {
             call.matrices.push_back(m);
         }
         call.src2dst = run % 2 == 0;
+        call.field = run % 7 == 3 ? 1 + run % 2 : 0;
         call.quality = run % 4 % 3;
         call.mode.xfer = run % 8 == 1 ? int{xfer_replace} : run % 8 == 3 ? int{xfer_behind} : int{xfer_over};
         call.mask = run % 9 == 0 ? &record : nullptr;
         const M_LRect limit{2, 3, 45, 41};
         call.rect = run % 3 == 1 ? &limit : nullptr;
-        TestWorld<Pixel>& layer = run % 2 == 0 ? src : soft;
-        TestWorld<Pixel> got(50, 44, FillKind::layer, 7), expected(50, 44, FillKind::layer, 7);
+        TestWorld<TypeParam>& layer = run % 2 == 0 ? src : soft;
+        TestWorld<TypeParam> got(50, 44, FillKind::layer, 7), expected(50, 44, FillKind::layer, 7);
         SCOPED_TRACE(testing::Message() << "run " << run << ", " << n << " matrices, quality " << call.quality);
         ASSERT_EQ(call(layer.record(), got.record()), 0);
 
         M_LRect clipped = call.rect != nullptr ? limit : M_LRect{0, 0, 50, 44};
         if (call.mask != nullptr) clipped = sect(clipped, {9, 11, 39, 41});
-        const Model<Pixel> model(call, layer, clipped);
+        const Model<TypeParam> model(call, layer, clipped);
         if (!M_EmptyLRect(model.rect)) {
             const int w = model.rect.right - model.rect.left, h = model.rect.bottom - model.rect.top;
-            TestWorld<Pixel> picture(w, h, FillKind::clear, 1);
+            TestWorld<TypeParam> picture(w, h, FillKind::clear, 1);
             for (const auto& [i, j] : places(w, h)) picture.at(i, j) = model.at(i, j);
             const M_LRect all{0, 0, w, h};
-            ASSERT_EQ(QX_TransferRect(nullptr, 1, 0, 0, &all, picture.record(), &call.mode, nullptr, call.mask,
+            ASSERT_EQ(QX_TransferRect(nullptr, 1, 0, call.field, &all, picture.record(), &call.mode, nullptr, call.mask,
                                       model.rect.left, model.rect.top, expected.record()),
                       0);
             drawn += w * h;

@@ -8,9 +8,8 @@ using namespace qx::test;
 
 TEST(Depth, OfARecordIsToldByTheHighByteAlone) {
     Reports reports;
-    const std::pair<std::uint32_t, int> cases[] = {{0x00000000, 8},  {0x00000001, 8},  {0x01000001, 16},
-                                                   {0x01000000, 16}, {0x01FFFFFE, 16}, {0x02000000, 32},
-                                                   {0x02000001, 32}};
+    const Cases<std::uint32_t, int> cases = {{0, 8},           {1, 8},           {0x01000001, 16}, {0x01000000, 16},
+                                             {0x01FFFFFE, 16}, {0x02000000, 32}, {0x02000001, 32}};
     QX_LayerDef record{};
     int depth = 0;
     for (const auto& [flags, expected] : cases) {
@@ -32,7 +31,7 @@ TEST(Depth, OfARecordIsToldByTheHighByteAlone) {
 
 TEST(Depth, OfAGpuWorldIsThatOfItsFrame) {
     Reports reports;
-    const std::tuple<tesselmediatypes::PixelFormat, int, const char*> cases[] = {
+    const Cases<tesselmediatypes::PixelFormat, int, Text> cases = {
         {GK::kPixelFormat_GPU_BGRA_4444_16f, 16, ""},
         {GK::kPixelFormat_GPU_BGRA_4444_32f, 32, ""},
         {tesselmediatypes::kPixelFormat_ARGB_4444_8u, 8, ""},
@@ -64,12 +63,12 @@ TEST(Depth, OfAGpuWorldIsThatOfItsFrame) {
 TEST(Depth, IsWrittenIntoTheHighByteAndBit0) {
     Reports reports;
     // Columns: before, depth, after, code
-    const std::tuple<std::uint32_t, int, std::uint32_t, int> cases[] = {{0, 8, 0, 0},
-                                                                        {0, 16, 0x01000001, 0},
-                                                                        {0, 32, 0x02000000, 0},
-                                                                        {0xFFABCDE0, 16, 0x01ABCDE1, 0},
-                                                                        {0x01ABCDE1, 32, 0x02ABCDE1, 0},
-                                                                        {0x12345678, 24, 0x12345678, 3}};
+    const Cases<std::uint32_t, int, std::uint32_t, int> cases = {{0, 8, 0x0, 0},
+                                                                 {0, 16, 0x01000001, 0},
+                                                                 {0, 32, 0x02000000, 0},
+                                                                 {0xFFABCDE0, 16, 0x01ABCDE1, 0},
+                                                                 {0x01ABCDE1, 32, 0x02ABCDE1, 0},
+                                                                 {0x12345678, 24, 0x12345678, 3}};
     for (const auto& [before, depth, after, code] : cases) {
         QX_LayerDef record{};
         record.world_flags = before;
@@ -82,16 +81,13 @@ TEST(Depth, IsWrittenIntoTheHighByteAndBit0) {
 TEST(PixelFormats, CodesAndDepths) {
     Reports reports;
     // Columns: depth, of a GPU, code, report
-    const std::tuple<int, bool, const char*, std::string> cases[] = {
-        {8, false, "argb", ""},
-        {16, false, "vn16", ""},
-        {32, false, "vn32", ""},
-        {16, true, "@CDa", ""},
-        {32, true, "@CDA", ""},
-        {8, true, "badf", "Unsupported gpu pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
-        {24, false, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"},
-        {0, true, "badf", "Unsupported pixel depth in QXp_EffectWorldDepthToPixelFormat()"}};
-    for (const auto& [of_world, gpu, bytes, report] : cases) {
+    const Cases<int, bool, Text, std::string> cases = {{8, false, "argb", ""},       {16, false, "vn16", ""},
+                                                       {32, false, "vn32", ""},      {16, true, "@CDa", ""},
+                                                       {32, true, "@CDA", ""},       {8, true, "badf", "gpu pixel"},
+                                                       {24, false, "badf", "pixel"}, {0, true, "badf", "pixel"}};
+    for (const auto& [of_world, gpu, bytes, depth_of] : cases) {
+        const std::string wrong = "Unsupported " + depth_of + " depth in QXp_EffectWorldDepthToPixelFormat()";
+        const std::string report = depth_of.empty() ? "" : wrong;
         reports.clear();
         std::uint32_t code = 0;
         const int result = report.empty() ? 0 : 3;

@@ -4,22 +4,19 @@
 namespace {
 
 TEST(Bands, EveryRowLiesInOneBandOfEqualHeights) {
-    for (int n = 1; n <= 32; ++n) {
-        for (int rows = 1; rows <= 200; ++rows) {
-            SCOPED_TRACE(testing::Message() << rows << " rows in " << n);
-            const qx::Bands bands({3, 10, 5, 10 + rows}, n);
-            ASSERT_EQ(bands.count(), rows < n ? rows : n);
-            int next = 10;
-            for (int i = 0; i < bands.count(); ++i) {
-                const M_LRect band = bands[i];
-                ASSERT_EQ(band.top, next);
-                ASSERT_TRUE(band.left == 3 && band.right == 5);
-                ASSERT_GT(band.bottom, band.top);
-                ASSERT_TRUE(i + 1 == n || band.bottom - band.top == (rows < n ? 1 : rows / n));
-                next = band.bottom;
-            }
-            ASSERT_EQ(next, 10 + rows);
+    for (const auto& [n0, rows0] : qx::test::places(32, 200)) {
+        const int n = n0 + 1, rows = rows0 + 1;
+        SCOPED_TRACE(testing::Message() << rows << " rows in " << n);
+        const qx::Bands bands({3, 10, 5, 10 + rows}, n);
+        ASSERT_EQ(bands.count(), rows < n ? rows : n);
+        int next = 10;
+        for (int i = 0; i < bands.count(); ++i) {
+            const M_LRect band = bands[i];
+            ASSERT_TRUE(band.left == 3 && band.right == 5 && band.top == next && band.bottom > next);
+            ASSERT_TRUE(i + 1 == n || band.bottom - band.top == (rows < n ? 1 : rows / n));
+            next = band.bottom;
         }
+        ASSERT_EQ(next, 10 + rows);
     }
 }
 

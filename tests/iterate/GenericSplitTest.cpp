@@ -5,6 +5,7 @@ namespace {
 
 using namespace qx::test;
 
+using Parts = std::vector<std::pair<int, int>>;  // start and count
 struct Call {
     int thread_index, i, total;
     std::thread::id on;
@@ -24,10 +25,10 @@ struct Recorder {
         if (i == self.fail_at && self.throws) throw self.code;
         return i == self.fail_at ? self.code : 0;
     }
-    /// (start, count) by part, once each index was seen to be called once.
-    std::vector<std::pair<int, int>> parts() {
+    /// Once each index was seen to be called once.
+    Parts parts() {
         std::sort(calls.begin(), calls.end(), [](const Call& a, const Call& b) { return a.i < b.i; });
-        std::vector<std::pair<int, int>> result;
+        Parts result;
         for (std::size_t k = 0; k < calls.size(); ++k) {
             EXPECT_EQ(calls[k].i, static_cast<int>(k));
             if (k == 0 || calls[k].thread_index != calls[k - 1].thread_index) {
@@ -40,12 +41,8 @@ struct Recorder {
     }
 };
 
-struct Shape {
-    int iterations;
-    std::vector<std::pair<int, int>> parts;
-    int total;
-};
-const Shape kShapesOfFour[] = {
+/// Columns: iterations, parts, total
+const Cases<int, Parts, int> kShapesOfFour = {
     {-1, {{0, 1}, {1, 1}, {2, 1}, {3, 1}}, 4}, {10, {{0, 2}, {2, 2}, {4, 2}, {6, 4}}, 10}, {2, {{0, 1}, {1, 1}}, 2},
     {4, {{0, 1}, {1, 1}, {2, 1}, {3, 1}}, 4},  {7, {{0, 1}, {1, 1}, {2, 1}, {3, 4}}, 7},   {1, {{0, 1}}, 1},
 };
@@ -67,13 +64,14 @@ TEST(GenericSplit, EveryPartOnceAndPartZeroOnTheCallingThread) {
     };
     const Born born(4);
     for (const auto& [named, shape] : each(orders, kShapesOfFour)) {
-        SCOPED_TRACE(testing::Message() << named.first << ", " << shape.iterations << " iterations");
+        const auto& [iterations, parts, total] = shape;
+        SCOPED_TRACE(testing::Message() << named.first << ", " << iterations << " iterations");
         const WithExecutor executor(named.second);
         Recorder recorder;
-        EXPECT_EQ(QX_IterateGeneric(shape.iterations, &recorder, &Recorder::note), 0);
-        EXPECT_EQ(recorder.parts(), shape.parts);
+        EXPECT_EQ(QX_IterateGeneric(iterations, &recorder, &Recorder::note), 0);
+        EXPECT_EQ(recorder.parts(), parts);
         for (const Call& call : recorder.calls) {
-            EXPECT_EQ(call.total, shape.total);
+            EXPECT_EQ(call.total, total);
             EXPECT_TRUE(call.thread_index != 0 || call.on == std::this_thread::get_id());
         }
     }
@@ -110,10 +108,8 @@ TEST(GenericSplit, AFailureEndsItAndNothingRemainingRuns) {
         Recorder recorder;
         recorder.fail_at = 5, recorder.code = 517, recorder.throws = throws;
         EXPECT_EQ(QX_IterateGeneric(12, &recorder, &Recorder::note), 517);
-        std::vector<int> seen;
-        for (const Call& call : recorder.calls) seen.push_back(call.i);
-        EXPECT_EQ(seen, (std::vector<int>{3, 4, 5}))
-            << "one share fails at its last; later ones and the remainder stay out";
+        const auto& calls = recorder.calls;  // one share fails at its last; later ones and the remainder stay out
+        EXPECT_TRUE(calls.size() == 3 && calls[0].i == 3 && calls[1].i == 4 && calls[2].i == 5);
     }
 }
 
@@ -141,7 +137,7 @@ TEST(Generic, PlainRunsInOrderOnThisThread) {
     Recorder recorder;
     recorder.fail_at = 3, recorder.code = 9;
     EXPECT_EQ(QX_IterateGeneric_Static(6, &recorder, &Recorder::note), 9);
-    EXPECT_EQ(recorder.parts(), (std::vector<std::pair<int, int>>{{0, 4}}));
+    EXPECT_EQ(recorder.parts(), (Parts{{0, 4}}));
     Recorder once;
     EXPECT_EQ(QX_IterateGeneric_Static(-1, &once, &Recorder::note), 0);
     ASSERT_EQ(once.calls.size(), 1u);

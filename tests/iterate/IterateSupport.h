@@ -43,8 +43,7 @@ class WithExecutor {
 public:
     explicit WithExecutor(const standalone::Executor& executor) { standalone::SetExecutor(executor); }
     ~WithExecutor() { standalone::SetExecutor({}); }
-    WithExecutor(const WithExecutor&) = delete;
-    WithExecutor& operator=(const WithExecutor&) = delete;
+    WithExecutor(WithExecutor&&) = delete;
 };
 
 }  // namespace qx::test

@@ -27,8 +27,7 @@ struct Trace {
     QX_InData data{};
 
     Trace() { data.effect_ref = this, data.progress = &progress; }
-    Trace(const Trace&) = delete;
-    Trace& operator=(const Trace&) = delete;
+    Trace(Trace&&) = delete;
 
     static int pixel(void* refcon, std::int32_t x, std::int32_t y, void* in, void*) {
         auto& self = *static_cast<Trace*>(refcon);
@@ -48,46 +47,34 @@ struct Trace {
 };
 
 TEST(Iterate, ClipsToAreaAndBothWorlds) {
-    const struct {
-        const char* name;
-        M_LRect area;
-        int src_width, src_height;       // 0: no source
-        int columns, rows, rows_polled;  // what is visited, and how many rows are polled
-    } cases[] = {
-        {"inside", {1, 1, 3, 2}, 0, 0, 2, 1, 1},
-        {"over all edges", {-9, -9, 90, 90}, 0, 0, 6, 4, 4},
-        {"source is smaller", {0, 0, 6, 4}, 3, 2, 3, 2, 2},
-        {"left at the width keeps its polls", {6, 0, 9, 3}, 0, 0, 0, 0, 3},
-        {"left past the width", {7, 0, 9, 3}, 0, 0, 0, 0, 0},
-        {"right below 1", {-5, 0, 0, 3}, 0, 0, 0, 0, 0},
-        {"bottom below 1", {0, -5, 3, 0}, 0, 0, 0, 0, 0},
-        {"top past the height", {0, 5, 3, 9}, 0, 0, 0, 0, 0},
-        {"left at the source's width", {3, 0, 6, 4}, 3, 4, 0, 0, 4},
-        {"left past the source's width", {4, 0, 6, 4}, 3, 4, 0, 0, 0},
-        {"top past the source's height", {0, 3, 6, 4}, 6, 2, 0, 0, 0},
-        {"inverted", {4, 3, 2, 1}, 0, 0, 0, 0, 0},
-    };
+    // Columns: name, area, size of the source or 0 for none, how many pixels are visited and how many rows polled
+    const Cases<Text, M_LRect, int, int, std::size_t, std::size_t> cases = {
+        {"inside", {1, 1, 3, 2}, 0, 0, 2, 1},
+        {"over edges", {-9, -9, 90, 90}, 0, 0, 24, 4},
+        {"small source", {0, 0, 6, 4}, 3, 2, 6, 2},
+        {"left at the width", {6, 0, 9, 3}, 0, 0, 0, 3},
+        {"left past the width", {7, 0, 9, 3}, 0, 0, 0, 0},
+        {"right below 1", {-5, 0, 0, 3}, 0, 0, 0, 0},
+        {"bottom below 1", {0, -5, 3, 0}, 0, 0, 0, 0},
+        {"top past the height", {0, 5, 3, 9}, 0, 0, 0, 0},
+        {"left at the source's", {3, 0, 6, 4}, 3, 4, 0, 4},
+        {"left past the source's", {4, 0, 6, 4}, 3, 4, 0, 0},
+        {"top past the source's", {0, 3, 6, 4}, 6, 2, 0, 0},
+        {"inverted", {4, 3, 2, 1}, 0, 0, 0, 0}};
     const Born born(1);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        Picture<QX_Pixel8> dst(6, 4), src(c.src_width, c.src_height);
+    for (const auto& [name, area, width, height, pixels, rows] : cases) {
+        SCOPED_TRACE(name);
+        Picture<QX_Pixel8> dst(6, 4), src(width, height);
         Trace trace;
-        EXPECT_EQ(trace.run(&without_origin, 0, 9, c.src_width != 0 ? &src.record : nullptr, &c.area, &dst.record), 0);
-        EXPECT_EQ(trace.visits.size(), static_cast<std::size_t>(c.columns * c.rows));
-        EXPECT_EQ(trace.polls.size(), static_cast<std::size_t>(c.rows_polled));
-        EXPECT_TRUE(c.rows == 0 ||
-                    trace.visits.front() == std::pair(std::max(c.area.left, 0), std::max(c.area.top, 0)));
+        EXPECT_EQ(trace.run(&without_origin, 0, 9, width != 0 ? &src.record : nullptr, &area, &dst.record), 0);
+        EXPECT_TRUE(trace.visits.size() == pixels && trace.polls.size() == rows);
+        EXPECT_TRUE(pixels == 0 || trace.visits.front() == std::pair(std::max(area.left, 0), std::max(area.top, 0)));
     }
 }
 
 TEST(Iterate, CodesOfPixelsAndPolls) {
-    const struct {
-        const char* name;
-        std::map<int, int> answers;
-        std::pair<int, int> stop_at;
-        int code;
-        std::size_t visits;
-    } cases[] = {
+    // Columns: name, answers, where a pixel stops, code, visits
+    const Cases<Text, std::map<int, int>, std::pair<int, int>, int, std::size_t> cases = {
         {"a pixel stops", {}, {1, 0}, 77, 2},
         {"interrupted", {{2, 517}}, {-1, -1}, 517, 6},
         {"an answer that is not the last row's is lost", {{1, 1}, {2, 9}, {3, 0}}, {-1, -1}, 0, 9},
@@ -102,16 +89,16 @@ TEST(Iterate, CodesOfPixelsAndPolls) {
     EXPECT_EQ(based.polls, (Pairs{{11, 100}, {12, 100}, {13, 100}}));
     based.data.progress = nullptr;
     EXPECT_EQ(based.run(&without_origin, 10, 100, nullptr, nullptr, &dst.record), 0);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, answers, stop_at, code, visits] : cases) {
+        SCOPED_TRACE(name);
         Trace trace;
-        trace.answers = c.answers, trace.stop_at = c.stop_at;
+        trace.answers = answers, trace.stop_at = stop_at;
         for (const OriginFn form : {&without_origin, &QX_IterateOrigin}) {
             trace.visits.clear();
-            EXPECT_EQ(trace.run(form, 0, 3, &src.record, nullptr, &dst.record), c.code);
-            EXPECT_EQ(trace.visits.size(), c.visits);
+            EXPECT_EQ(trace.run(form, 0, 3, &src.record, nullptr, &dst.record), code);
+            EXPECT_EQ(trace.visits.size(), visits);
         }
-        EXPECT_TRUE(c.stop_at.first >= 0 || mapped(&trace.data, 3, nullptr, nullptr, &dst.record) == c.code);
+        EXPECT_TRUE(stop_at.first >= 0 || mapped(&trace.data, 3, nullptr, nullptr, &dst.record) == code);
     }
 }
 
@@ -120,22 +107,15 @@ TYPED_TEST_SUITE(OriginForms, AllDepths);
 
 TYPED_TEST(OriginForms, VisitWhatLiesUnderTheSource) {
     Picture<TypeParam> dst(6, 4), src(3, 2);
-    // Of the origin, and the size that the source tells.
-    const std::pair<M_LPoint, M_LPoint> cases[] = {{{0, 0}, {3, 2}},
-                                                   {{-1, -1}, {3, 2}},
-                                                   {{2, 3}, {3, 2}},
-                                                   {{5, 0}, {3, 2}},
-                                                   {{-5, 0}, {3, 2}},
-                                                   {{6, 4}, {3, 2}},
-                                                   {{2, 2}, {-3, -3}},
-                                                   {{-1, -1}, {-3, 2}},
-                                                   {{2, 0}, {3, -2}},
-                                                   {{0, 0}, {0, 2}},
-                                                   {{INT32_MAX, INT32_MIN}, {3, 2}},
-                                                   {{INT32_MIN, INT32_MIN}, {-3, -3}},
-                                                   {{INT32_MAX, INT32_MAX}, {-3, -3}}};
+    constexpr int least = INT32_MIN, most = INT32_MAX;
+    // Columns: the origin, and the size that the source tells
+    const Cases<int, int, int, int> cases = {
+        {0, 0, 3, 2},        {-1, -1, 3, 2},         {2, 3, 3, 2},        {5, 0, 3, 2},  {-5, 0, 3, 2},
+        {6, 4, 3, 2},        {2, 2, -3, -3},         {-1, -1, -3, 2},     {2, 0, 3, -2}, {0, 0, 0, 2},
+        {most, least, 3, 2}, {least, least, -3, -3}, {most, most, -3, -3}};
     for (const auto& [c, area] : each(cases, std::array{M_LRect{0, 0, 6, 4}, M_LRect{-3, 1, 4, 9}})) {
-        const auto& [origin, size] = c;
+        const auto& [left, top, width, height] = c;
+        const M_LPoint origin{left, top}, size{width, height};
         src.record.width = size.x, src.record.height = size.y;
         SCOPED_TRACE(testing::Message() << "origin " << origin.x << "," << origin.y);
         Trace clipped, all;
@@ -163,11 +143,6 @@ TYPED_TEST(OriginForms, VisitWhatLiesUnderTheSource) {
     }
 }
 
-int expect_clear(void* refcon, std::int32_t, std::int32_t, void* in, void*) {
-    *static_cast<int*>(refcon) += *static_cast<QX_PixelFloat*>(in) == QX_PixelFloat{} ? 0 : 1;
-    return 0;
-}
-
 TEST(IterateOrigin, RowsWithoutColumnsMakeNoPolls) {
     const Born born(1);
     Picture<QX_Pixel8> dst(6, 4);
@@ -186,9 +161,10 @@ TEST(IterateOrigin, OutsideIsTransparentAndNoSourceIsNull) {
     Picture<QX_PixelFloat> dst(4, 4), src(4, 4);
     for (auto& p : src.pixels) p = {1, 1, 1, 1};
     const M_LPoint beside{4, 0};
-    int set = 0;
-    EXPECT_EQ(no_clip()(nullptr, 0, 0, &src.record, nullptr, &beside, &set, &expect_clear, &dst.record), 0);
-    EXPECT_EQ(set, 0);
+    const auto is_clear = [](void*, std::int32_t, std::int32_t, void* in, void*) {
+        return *static_cast<QX_PixelFloat*>(in) == QX_PixelFloat{} ? 0 : 1;
+    };
+    EXPECT_EQ(no_clip()(nullptr, 0, 0, &src.record, nullptr, &beside, nullptr, is_clear, &dst.record), 0);
     for (const OriginFn form : {&QX_IterateOrigin, no_clip()}) {
         Trace trace;
         EXPECT_EQ(trace.run(form, 0, 0, nullptr, nullptr, &dst.record, {1, 1}), 0);
@@ -218,13 +194,11 @@ TEST(Iterate, BadArguments) {
     QX_LayerDef *const s = &src.record, *const d = &dst.record;
     Trace trace;
     const auto pixel = &Trace::pixel;
+    static constexpr M_LPoint origin{0, 0};
     const std::string depths = "QX_Iterate requires source and dst worlds to be same depth";
     for (const OriginFn form : {&QX_IterateOrigin, no_clip(), &without_origin}) {
         const auto call = [&](QX_LayerDef* from, QX_LayerDef* to, QX_IteratePixelFunc fn) {
-            return [=, &trace] {
-                const M_LPoint origin{0, 0};
-                return form(nullptr, 0, 0, from, nullptr, &origin, &trace, fn, to);
-            };
+            return [=, &trace] { return form(nullptr, 0, 0, from, nullptr, &origin, &trace, fn, to); };
         };
         expect_refused(kOnGpu, {call(&bad.gpu, d, pixel), call(&bad.empty, &bad.gpu, nullptr)});
         expect_refused(kBadParameter, {call(&bad.empty, d, pixel), call(s, nullptr, pixel),
@@ -293,20 +267,19 @@ TEST(Iterate, EveryPixelOnceAtAnyBandCount) {
     }
 }
 
-int throw_code(void* refcon, std::int32_t, std::int32_t, void*, void*) { throw *static_cast<int*>(refcon); }
-int throw_fault(void*, std::int32_t, std::int32_t, void*, void*) { throw std::bad_alloc(); }
-
 TEST(Iterate, ExceptionsEndAtTheBoundary) {
     for (const int bands : {1, 32}) {
         SCOPED_TRACE(bands);
         const Born born(bands);
         Reports reports;
         Picture<QX_Pixel8> dst(5, 40);
-        int code = 514;
-        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, &throw_code, &dst.record), 514);
-        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, &throw_fault, &dst.record), 4);
-        code = 0;
-        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, &throw_code, &dst.record), 0);
+        const auto pixel = [](void* refcon, std::int32_t, std::int32_t, void*, void*) -> int {
+            if (refcon == nullptr) throw std::bad_alloc();
+            throw *static_cast<int*>(refcon);
+        };
+        for (int code : {514, 0})
+            EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, &code, pixel, &dst.record), code);
+        EXPECT_EQ(QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, pixel, &dst.record), 4);
     }
 }
 

@@ -8,25 +8,23 @@ namespace {
 
 using namespace qx::test;
 
-/// Exported names that go through a slot.
-const std::pair<const char*, std::function<int()>> kForwarders[] = {
-    {"transfer",
-     [] { return QX_TransferRect(nullptr, 0, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr); }},
-    {"premultiply", [] { return QX_PremulRect(nullptr, true, nullptr, nullptr); }},
-    {"iterate", [] { return QX_Iterate(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr); }},
-    {"iterate from an origin",
-     [] { return QX_IterateOrigin(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr); }},
-    {"iterate a table",
-     [] { return QX_IterateLUT(nullptr, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr); }},
-    {"iterate anything", [] { return QX_IterateGeneric(1, nullptr, nullptr); }},
-    {"draft copy", [] { return QX_CopyBits_Draft(nullptr, nullptr, nullptr, nullptr, nullptr); }},
-    {"copy", [] { return QX_CopyBits_HQ_Straight(nullptr, nullptr, nullptr, nullptr, nullptr); }},
-    {"premultiplied copy", [] { return QX_CopyBits_HQ_Premul(nullptr, nullptr, nullptr, nullptr, nullptr); }},
-    {"sample", [] { return QX_SubpixelSampleNoClip_Straight(nullptr, 0, 0, nullptr, nullptr); }},
-    {"area", [] { return QX_AreaSample_Straight(nullptr, 0, 0, nullptr, nullptr); }},
-    {"deep area", [] { return QX_AreaSample_Straight16(nullptr, 0, 0, nullptr, nullptr); }},
-    {"row matte", [] { return QX_BlackMatte(nullptr, 0, nullptr, nullptr); }},
-};
+/// Exported names that go through a slot, called with nothing.
+template <auto Routine>
+constexpr auto kWithNothing =
+    []<class R, class... Args>(R (*)(Args...)) { return +[] { return int{Routine(Args{}...)}; }; }(Routine);
+const Cases<Text, int (*)()> kForwarders = {{"transfer", kWithNothing<&QX_TransferRect>},
+                                            {"premultiply", kWithNothing<&QX_PremulRect>},
+                                            {"iterate", kWithNothing<&QX_Iterate>},
+                                            {"iterate from an origin", kWithNothing<&QX_IterateOrigin>},
+                                            {"iterate a table", kWithNothing<&QX_IterateLUT>},
+                                            {"iterate anything", kWithNothing<&QX_IterateGeneric>},
+                                            {"draft copy", kWithNothing<&QX_CopyBits_Draft>},
+                                            {"copy", kWithNothing<&QX_CopyBits_HQ_Straight>},
+                                            {"premultiplied copy", kWithNothing<&QX_CopyBits_HQ_Premul>},
+                                            {"sample", kWithNothing<&QX_SubpixelSampleNoClip_Straight>},
+                                            {"area", kWithNothing<&QX_AreaSample_Straight>},
+                                            {"deep area", kWithNothing<&QX_AreaSample_Straight16>},
+                                            {"row matte", kWithNothing<&QX_BlackMatte>}};
 
 TEST(EmptySlots, AreToldAndNotCalled) {
     for (const bool born : {false, true}) {  // a table that nobody has filled, and one that a host has emptied

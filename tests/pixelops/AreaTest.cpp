@@ -7,14 +7,10 @@ namespace {
 using namespace qx::test;
 
 constexpr int kWidth = 7, kHeight = 5;
-constexpr M_LRect kWhole{0, 0, kWidth, kHeight};
-constexpr M_LRect kRects[] = {{2, 1, 5, 3},   {0, 1, 7, 3},
-                              {6, 0, 7, 5},   {-4, 2, 3, 9},
-                              {3, -8, 90, 1}, {-9, -9, 9, 9},
-                              {0, 0, 7, 5},   {2, 2, 2, 4},
-                              {5, 4, 2, 1},   {7, 0, 9, 5},
-                              {0, 5, 7, 8},   {-5, 0, -1, 5},
-                              {0, 0, 0, 0},   {INT_MIN, INT_MIN, INT_MAX, INT_MAX}};
+constexpr M_LRect kWhole{0, 0, kWidth, kHeight}, kAnywhere{INT_MIN, INT_MIN, INT_MAX, INT_MAX};
+constexpr M_LRect kRects[] = {{2, 1, 5, 3},   {0, 1, 7, 3},   {6, 0, 7, 5}, {-4, 2, 3, 9}, {3, -8, 90, 1},
+                              {-9, -9, 9, 9}, {0, 0, 7, 5},   {2, 2, 2, 4}, {5, 4, 2, 1},  {7, 0, 9, 5},
+                              {0, 5, 7, 8},   {-5, 0, -1, 5}, {},           kAnywhere};
 
 /// Runs body(canvas, rect) for every rectangle, depth and padding. A padding that aligns no row is among them.
 template <class Body> void on_every_canvas(const Body& body) {
@@ -51,8 +47,7 @@ TEST(Clear, OnATightlyPackedReferenceCountsTheWholeWorldFromItsTop) {
         const M_LRect rect{-1, 2, kWidth, 3};
         canvas.world->Clear(&rect);
         auto wanted = Canvas::made(canvas.memory.size());
-        std::memset(wanted.data() + (kHeight + 2) * canvas.rowbytes, 0,
-                    static_cast<std::size_t>(kHeight * canvas.rowbytes));
+        std::fill_n(wanted.begin() + (kHeight + 2) * canvas.rowbytes, kHeight * canvas.rowbytes, std::uint8_t{});
         EXPECT_TRUE(canvas.memory == wanted) << depth;
     }
 }
@@ -75,15 +70,12 @@ TEST(Clear, EndsAtTheBlocksEndInAnOwningWorld) {
 
 TEST(ClearAlphaExceptRect, MissesPixelsOnlyWhereItWouldWrite) {
     Reports reports;
-    // Columns: size, rectangle, code
-    const std::tuple<int, int, M_LRect, int> cases[] = {{4, 3, {0, 0, 4, 3}, 0},
-                                                        {4, 3, {-1, -1, 9, 9}, 0},
-                                                        {4, 3, {1, 1, 2, 2}, 3},
-                                                        {4, 3, {}, 3},
-                                                        {0, 0, {}, 0},
-                                                        {-2, -2, {1, 1, 0, 0}, 0},
-                                                        {0, 3, {}, 3}};
-    for (const auto& [width, height, rect, code] : cases) {
+    // Columns: size, edges of the rectangle, code
+    const Cases<int, int, int, int, int, int, int> cases = {
+        {4, 3, 0, 0, 4, 3, 0}, {4, 3, -1, -1, 9, 9, 0}, {4, 3, 1, 1, 2, 2, 3}, {4, 3, 0, 0, 0, 0, 3},
+        {0, 0, 0, 0, 0, 0, 0}, {-2, -2, 1, 1, 0, 0, 0}, {0, 3, 0, 0, 0, 0, 3}};
+    for (const auto& [width, height, left, top, right, bottom, code] : cases) {
+        const M_LRect rect{left, top, right, bottom};
         QX_LayerDef record{};
         record.width = width, record.height = height;
         reports.clear();
@@ -109,9 +101,10 @@ TEST(Fill, EdgesInAnyOrderAreClippedAndPaddingStays) {
                                                 bytes_of<std::uint16_t>({deep(255), deep(129), deep(1), 0}),
                                                 bytes_of<float>({real(255), real(129), real(1), 0.0f})};
     on_every_canvas([&](Canvas& canvas, const M_LRect& rect) {
+        const auto [left, right] = std::minmax({rect.left, rect.right});
+        const auto [top, bottom] = std::minmax({rect.top, rect.bottom});
         const M_LRect turned[] = {rect, {rect.right, rect.top, rect.left, rect.bottom}};
-        const M_LRect ordered{std::min(rect.left, rect.right), std::min(rect.top, rect.bottom),
-                              std::max(rect.left, rect.right), std::max(rect.top, rect.bottom)};
+        const M_LRect ordered{left, top, right, bottom};
         const auto& bytes = wanted[canvas.depth / 16];
         canvas.world->extent_hint = {};  // plays no part
         for (const M_LRect& given : turned) {
@@ -128,8 +121,7 @@ TEST(Fill, FloatColoursRoundAsRowsDo) {
     const Born born;
     const World from(QX_World::New(1, 1, 32, 0));
     for (const int depth : {8, 16}) {
-        const World filled(QX_World::New(1, 1, static_cast<short>(depth), 0)),
-            copied(QX_World::New(1, 1, static_cast<short>(depth), 0));
+        const World filled = make(1, 1, depth), copied = make(1, 1, depth);
         for (int i = 0; i <= 100000; ++i) {
             const float v = static_cast<float>(i) / 100000.0f;
             const QX_PixelFloat colour{v, v, 1 - v, v / 2};
@@ -160,10 +152,9 @@ TEST(Fill, LargeAreasOfEveryPeriod) {
     for (const QX_Pixel16 colour : {QX_Pixel16{1, 2, 3, 4}, {7, 7, 7, 7}, {}}) {
         const World w(QX_World::New(2901, 1500, 16, 0));  // past the caches, with rows of odd length
         w->Fill(colour, nullptr);
-        std::int64_t wrong = 0;
-        for (const auto& [x, y] : places(w->width, w->height))
-            wrong += pixel_of<QX_Pixel16>(*w, x, y) == colour ? 0 : 1;
-        EXPECT_EQ(wrong, 0) << colour.red;
+        for (const auto& [x, y] : places(w->width, w->height)) {
+            ASSERT_EQ(pixel_of<QX_Pixel16>(*w, x, y), colour) << x << "," << y;
+        }
         EXPECT_FALSE(w->SubWorldSafetyGutterHasBeenOverWritten());
     }
 }

@@ -28,10 +28,9 @@ TEST(Copy, AllPairsClipped) {
         for (const auto& [i, y] : qx::test::places(19 * 4, 12)) {
             const int x = i / 4, c = i % 4, sx = x - p.x + r.left, sy = y - p.y + r.top;
             const double got = channel(*dst, x, y, c);
-            if (!holds(r, sx, sy) || !holds({0, 0, 23, 9}, sx, sy)) {
-                ASSERT_EQ(got, channel(*before, x, y, c)) << x << "," << y;
-            } else if (from == to) {
-                ASSERT_EQ(got, channel(*src, sx, sy, c)) << x << "," << y;
+            const bool inside = holds(r, sx, sy) && holds({0, 0, 23, 9}, sx, sy);
+            if (!inside || from == to) {
+                ASSERT_EQ(got, inside ? channel(*src, sx, sy, c) : channel(*before, x, y, c)) << x << "," << y;
             } else {
                 double want = scaled(channel(*src, sx, sy, c), from, to);
                 const bool clamped = to != 32 && (c != 0 || to == 8);
@@ -100,20 +99,18 @@ TEST(CopyRows, All16BitValuesGoToTheNearest8BitOneAndBackFromFloat) {
 }
 
 TEST(CopyRows, FloatTo16KeepsLowBitsOfAlphaAndClampsColour) {
-    const struct {
-        float from;
-        int alpha, colour;
-    } cases[] = {
+    const Cases<float, int, int> cases = {
+        // from, alpha, colour
         {1.5f, 49152, 32768}, {2.0f, 0, 32768},     {-0.25f, 65536 - 8191, 0},  // -8192 + 0.5 is truncated towards zero
         {-1e-6f, 0, 0},       {1e30f, 0, 32768},    {-1e30f, 0, 0},
         {NAN, 0, 0},          {INFINITY, 0, 32768}, {0.5f, 16384, 16384},
         {1.0f / 65536, 1, 1}};
     const World real = make(1, 1, 32), deep = make(1, 1, 16);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.from);
-        set_channels<float>(*real, [&](int, int) { return c.from; });
+    for (const auto& [from, alpha, colour] : cases) {
+        SCOPED_TRACE(from);
+        set_channels<float>(*real, [v = from](int, int) { return v; });
         convert(*deep, *real, true);  // no noise in this pair
-        expect_channels<std::uint16_t>(*deep, [&](int i, int) { return i == 0 ? c.alpha : c.colour; });
+        expect_channels<std::uint16_t>(*deep, [a = alpha, c = colour](int i, int) { return i == 0 ? a : c; });
     }
 }
 
@@ -218,26 +215,19 @@ TEST(Fields, OneIsEvenTwoIsOddOthersAll) {
     }
 }
 
-/// Rows of pixels that name their place.
-World numbered(int width, int height) {
-    World w = make(width, height, 32);
-    set_channels<float>(*w, [](int i, int y) { return 100 * y + i / 4; });
-    return w;
-}
-
 TEST(Overlap, WithinARowNothingIsLostAndRowsGoFromTheTop) {
-    const struct {
-        M_LRect rect;
-        int x, y;
-    } cases[] = {{{0, 0, 9, 3}, 2, 0}, {{3, 0, 9, 3}, 0, 0}, {{0, 0, 8, 2}, 1, 1}, {{0, 1, 9, 3}, 0, 0}};
+    const std::pair<M_LRect, M_LPoint> cases[] = {
+        {{0, 0, 9, 3}, {2, 0}}, {{3, 0, 9, 3}, {0, 0}}, {{0, 0, 8, 2}, {1, 1}}, {{0, 1, 9, 3}, {0, 0}}};
     for (const auto& c : cases) {
-        const World w = numbered(9, 3);
-        w->CopyRect(w.get(), c.rect, c.x, c.y);
-        const int dx = c.x - c.rect.left, dy = c.y - c.rect.top;
+        const auto& [rect, to] = c;
+        const World w = make(9, 3, 32);  // of pixels that name their place
+        set_channels<float>(*w, [](int i, int y) { return 100 * y + i / 4; });
+        w->CopyRect(w.get(), rect, to.x, to.y);
+        const int dx = to.x - rect.left, dy = to.y - rect.top;
         expect_channels<float>(*w, [&](int i, int y) {
             int from_x = i / 4, from_y = y;
             // Towards the bottom a row is taken that has been written before: it comes from further up.
-            while (holds(c.rect, from_x - dx, from_y - dy)) {
+            while (holds(c.first, from_x - dx, from_y - dy)) {
                 from_x -= dx, from_y -= dy;
                 if (dy <= 0) break;
             }

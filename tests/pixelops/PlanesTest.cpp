@@ -52,9 +52,8 @@ TEST(Planes, RefusalsAndShortMemory) {
     expect_refused(kBadParameter,
                    {extract(&bad.empty, 1, &handle, &row), extract(w, 16, &handle, &row), extract(w, 1, nullptr, &row),
                     extract(w, 1, &handle, nullptr), insert(&block, ~0u, w), insert(&block, 1, &bad.empty)});
-    standalone::FailAllocation(1);
-    expect_refused({{extract(world.get(), 1, &handle, &row), "out of memory: image plane buffer", 4}});
-    standalone::FailAllocation(0);
+    const auto short_one = [&] { return short_of_memory(1, extract(w, 1, &handle, &row)); };
+    expect_refused({{short_one, "out of memory: image plane buffer", 4}});
     EXPECT_EQ(handle, nullptr);
 }
 
@@ -92,7 +91,7 @@ TEST(PixelData, AnswersForItsDepthAlone) {
     int depth = 8, other = 0;
     for (const auto getter : getters) {
         for (const int of_world : kDepths) {
-            const World world(QX_World::New(2, 2, static_cast<short>(of_world), 1));
+            const World world = make(2, 2, of_world);
             void *own = &other, *given = &other;
             EXPECT_EQ(getter(world.get(), nullptr, &own), 0);
             EXPECT_EQ(getter(world.get(), &depth, &given), 0);
@@ -114,8 +113,8 @@ TEST(PixelData, AnswersForItsDepthAlone) {
 TEST(PixelData, OfFramesOnAGpu) {
     Reports reports;
     using tesselmediatypes::PixelFormat;
-    // Columns: code, whether pixels are found, report
-    const std::tuple<PixelFormat, int, bool, const char*> cases[] = {
+    // Columns: format, code, whether pixels are found, report
+    const Cases<PixelFormat, int, bool, Text> cases = {
         {GK::kPixelFormat_GPU_BGRA_4444_32f, 0, true, ""},
         {GK::kPixelFormat_GPU_BGRA_4444_16f, 0, false,
          "unsupported gpu pixel format passed to QX_GetPixelDataFloatGPU"},

@@ -5,30 +5,25 @@
 
 namespace {
 
+using namespace qx::test;
+
 TEST(Matrix, AnInverseUndoesItsMatrixAndSingularOnesHaveNone) {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> any(-2, 2);
     for (int run = 0; run < 1000; ++run) {
         M_Matrix3 matrix, inverse;
-        for (auto& row : matrix.m) {
-            for (double& element : row) element = any(random);
-        }
+        for (const auto& [i, k] : places(3, 3)) matrix.m[i][k] = any(random);
         if (!M_InverseMatrixQuiet(matrix, &inverse)) continue;
         double largest = 1;
-        for (const auto& row : inverse.m) {
-            for (const double element : row) largest = std::max(largest, std::fabs(element));
-        }
+        for (const auto& [i, k] : places(3, 3)) largest = std::max(largest, std::fabs(inverse.m[i][k]));
         EXPECT_TRUE(M_EqualMatrixWithinEpsilon(M_MultiplyMatrix(matrix, inverse), kM_IdentityMatrix, 1e-13 * largest));
     }
     constexpr double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
-    const M_Matrix3 bad[] = {{{{1, 2, 0}, {2, 4, 0}, {0, 0, 1}}},
-                             {{{0, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
-                             {{{nan, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
-                             {{{inf, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
-                             {{{1e-200, 0, 0}, {0, 1e-200, 0}, {5, 5, 1}}}};
-    for (const M_Matrix3& matrix : bad) {
+    const Cases<double, double, double, double> bad = {
+        {1, 2, 2, 4}, {0, 0, 0, 1}, {nan, 0, 0, 1}, {inf, 0, 0, 1}, {1e-200, 0, 0, 1e-200}};
+    for (const auto& [a, b, c, d] : bad) {
         M_Matrix3 untouched = kM_IdentityMatrix;
-        EXPECT_FALSE(M_InverseMatrixQuiet(matrix, &untouched));
+        EXPECT_FALSE(M_InverseMatrixQuiet({{{a, b, 0}, {c, d, 0}, {5, 5, 1}}}, &untouched)) << a << " " << d;
         EXPECT_EQ(M_GetMatrixType(untouched), 0);
     }
 }

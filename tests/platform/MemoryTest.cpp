@@ -4,6 +4,8 @@
 
 namespace {
 
+using namespace qx::test;
+
 constexpr std::size_t kMiB = 1u << 20;
 
 struct Tracked : TK_MemTrackedObject {
@@ -50,24 +52,20 @@ TEST(Memory, EveryAllocatorCountsOnceAndAligns) {
         const void* address = is_handle ? *static_cast<TK_Handle>(block) : block;
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(address) % 16, 0u);
         a.free(block);
-        EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use);
+        EXPECT_EQ(blocks_in_use(), before.blocks_in_use);
     }
 }
 
 TEST(Memory, ChosenAllocationFailsOnce) {
     for (const Allocator& a : kAllocators) {
         SCOPED_TRACE(a.name);
-        qx::test::Reports reports;
-        const auto blocks = standalone::Memory().blocks_in_use;
+        Reports reports;
+        const auto blocks = blocks_in_use();
         standalone::FailAllocation(2);
-        void* first = a.get();
-        EXPECT_NE(first, nullptr);
-        EXPECT_EQ(a.get(), nullptr);
-        void* third = a.get();
-        EXPECT_NE(third, nullptr);
-        a.free(first);
-        a.free(third);
-        EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+        void* const got[] = {a.get(), a.get(), a.get()};
+        EXPECT_TRUE(got[0] != nullptr && got[1] == nullptr && got[2] != nullptr);
+        a.free(got[0]), a.free(got[2]);
+        EXPECT_EQ(blocks_in_use(), blocks);
         ASSERT_EQ(reports.all().size(), a.reports ? 1u : 0u);
         if (!a.reports) continue;
         EXPECT_EQ(reports.last_text(), "out of memory: rows");
@@ -81,7 +79,7 @@ TEST(Memory, ChosenAllocationFailsOnce) {
 }
 
 TEST(Memory, HopelessSizesGiveNull) {
-    const qx::test::Reports quiet;
+    const Reports quiet;
     constexpr std::size_t huge = SIZE_MAX - 4;
     EXPECT_TRUE(TK_AllocatePtr(0, "rows", huge) == nullptr && TK_AllocateHandleQuiet(huge) == nullptr);
     EXPECT_TRUE(TK_RuntimeMalloc(huge) == nullptr && TK_AllocateRecycledPtr(0, "frame", huge) == nullptr);
@@ -101,8 +99,7 @@ TEST(Memory, HandlesKeepContentsWhenResized) {
     EXPECT_EQ(std::memcmp(*handle, "abcd", 4), 0);
     EXPECT_EQ(TK_GetHandleSize(handle), kMiB);
 
-    standalone::FailAllocation(1);
-    EXPECT_EQ(TK_ResizeHandle(2 * kMiB, &handle), 4);
+    EXPECT_EQ(short_of_memory(1, [&] { return TK_ResizeHandle(2 * kMiB, &handle); }), 4);
     EXPECT_EQ(TK_GetHandleSize(handle), kMiB);
 
     const void* locked = TK_LockHandle(handle);
@@ -138,7 +135,7 @@ TEST(Recycled, WaitingBlockAnswersRequestOfItsSize) {
 
 TEST(Recycled, TakesAnySizeBackAndBothPoolsTakeBothKinds) {
     standalone::PurgeRecycled();
-    const auto blocks = standalone::Memory().blocks_in_use;
+    const auto blocks = blocks_in_use();
     for (const std::size_t said : {std::size_t{0}, std::size_t{1}, kMiB, 64 * kMiB, SIZE_MAX}) {
         void* block = Recycled(kMiB);
         std::memset(block, 0x5A, kMiB);
@@ -149,31 +146,27 @@ TEST(Recycled, TakesAnySizeBackAndBothPoolsTakeBothKinds) {
     EXPECT_EQ(standalone::Memory().recycled_bytes, static_cast<std::int64_t>(kMiB));
     TK_FreeRecycledPtr(TK_RuntimeMalloc(kMiB), kMiB);
     EXPECT_EQ(standalone::Memory().recycled_bytes, static_cast<std::int64_t>(kMiB)) << "heap blocks do not wait";
-    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+    EXPECT_EQ(blocks_in_use(), blocks);
     standalone::PurgeRecycled();
 }
 
-struct Attempts {
-    int made = 0, needed = 0;
-};
-void Attempt(void* context, bool* success) {
-    auto& attempts = *static_cast<Attempts*>(context);
-    *success = ++attempts.made >= attempts.needed;
-}
-
 TEST(PurgeLoop, TriesAgainWhileThereIsSomethingToPurge) {
-    // Columns: waiting, needed, code, made
-    const std::tuple<const char*, bool, int, int, int> cases[] = {{"at once", true, 1, 0, 1},
-                                                                  {"after a purge", true, 2, 0, 2},
-                                                                  {"nothing left", true, 3, 4, 2},
-                                                                  {"nothing to purge", false, 2, 4, 1}};
+    // Columns: name, waiting, needed, code, made
+    const Cases<Text, bool, int, int, int> cases = {{"at once", true, 1, 0, 1},
+                                                    {"after a purge", true, 2, 0, 2},
+                                                    {"nothing left", true, 3, 4, 2},
+                                                    {"nothing to purge", false, 2, 4, 1}};
     for (const auto& [name, waiting, needed, code, made] : cases) {
         SCOPED_TRACE(name);
         standalone::PurgeRecycled();
         if (waiting) TK_FreeRecycledPtr(Recycled(kMiB), kMiB);
-        Attempts attempts{0, needed};
-        EXPECT_EQ(TK_PurgeLoop(kMiB, Attempt, &attempts, 1), code);
-        EXPECT_EQ(attempts.made, made);
+        std::pair attempts(0, needed);
+        const auto attempt = [](void* context, bool* success) {
+            auto& [tried, enough] = *static_cast<std::pair<int, int>*>(context);
+            *success = ++tried >= enough;
+        };
+        EXPECT_EQ(TK_PurgeLoop(kMiB, attempt, &attempts, 1), code);
+        EXPECT_EQ(attempts.first, made);
         EXPECT_EQ(standalone::Memory().recycled_bytes > 0, waiting && made == 1);
     }
     standalone::PurgeRecycled();

@@ -7,8 +7,10 @@
 
 namespace {
 
+using namespace qx::test;
+
 TEST(Report, CarriesKindSiteSeverityAndText) {
-    qx::test::Reports reports;
+    Reports reports;
     TK_ReportError(0x250042, 8, L"gr\u00fc\u00df \U0001F600");
     TKp_ReportErrString(0x250001, 4, "plain");
     TK_ReportFailedVerification(0x250002, 120, 0, "world is null");
@@ -21,7 +23,7 @@ TEST(Report, CarriesKindSiteSeverityAndText) {
 }
 
 TEST(Report, QuietSectionsNestAndEndWithTheirScope) {
-    qx::test::Reports reports;
+    Reports reports;
     const auto report = [] { TKp_ReportErrString(1, 8, "x"); };
     {
         const TK_QuietErrors outer;
@@ -31,7 +33,7 @@ TEST(Report, QuietSectionsNestAndEndWithTheirScope) {
         }
         report();
     }
-    EXPECT_EQ(reports.all().size(), 0u);
+    EXPECT_TRUE(reports.all().empty());
     try {
         const TK_QuietErrors section;
         throw std::runtime_error("ends the section");
@@ -46,14 +48,14 @@ TEST(Report, QuietSectionsNestAndEndWithTheirScope) {
 }
 
 TEST(Report, QuietSectionOfOneThreadLeavesOthersLoud) {
-    qx::test::Reports reports;
+    Reports reports;
     const TK_QuietErrors section;
     std::thread([] { TKp_ReportErrString(1, 8, "other thread"); }).join();
     EXPECT_EQ(reports.last_text(), "other thread");
 }
 
 TEST(Report, ExceptionsBecomeCodes) {
-    qx::test::Reports reports;
+    Reports reports;
     EXPECT_EQ(TK_TranslateAndReportException(std::bad_alloc()), 4);
     EXPECT_EQ(reports.last_text(), "out of memory");
     EXPECT_EQ(TK_TranslateAndReportException(std::runtime_error("bad row")), 3);
@@ -87,9 +89,8 @@ TEST(Strings, KeysGiveTheirEnglish) {
 }
 
 TEST(Strings, SubStringReplacesWithinTheBuffer) {
-    using Text = const char*;
-    // Columns: start, placeholder, text, room, result
-    const std::tuple<Text, Text, Text, std::size_t, int, Text> cases[] = {
+    // Columns: start, placeholder, text, room, code, result
+    const Cases<Text, Text, Text, std::size_t, int, Text> cases = {
         {"size ^L1x^L2", "^L1", "640", 32, 0, "size 640x^L2"},
         {"^L1 ^L1", "^L1", "7", 32, 0, "7 ^L1"},
         {"a^L1", "^L1", "12345", 7, 0, "a12345"},

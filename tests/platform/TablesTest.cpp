@@ -8,7 +8,7 @@
 
 namespace {
 
-using qx::test::places;
+using namespace qx::test;
 
 TEST(ColourTables, EveryEntryFollowsItsLaw) {
     const std::uint8_t *multiply = nullptr, *divide = nullptr;
@@ -23,21 +23,20 @@ TEST(ColourTables, EveryEntryFollowsItsLaw) {
 }
 
 TEST(ColourTables, LiveFromFirstRequestToLastRelease) {
-    const auto blocks = standalone::Memory().blocks_in_use;
+    const auto blocks = blocks_in_use();
     const std::uint8_t *first = nullptr, *second = nullptr;
     ASSERT_EQ(M_PrepareFCMD(true, false, 0, &first, nullptr), 0);
     ASSERT_EQ(M_PrepareFCMD(true, false, 0, &second, nullptr), 0);
     EXPECT_EQ(first, second);
-    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks + 1);
+    EXPECT_EQ(blocks_in_use(), blocks + 1);
     EXPECT_EQ(M_UnprepareFCMD(), 0);
     EXPECT_EQ(first[255 * 256 + 77], 77);
     EXPECT_EQ(M_UnprepareFCMD(), 0);
-    EXPECT_EQ(standalone::Memory().blocks_in_use, blocks);
+    EXPECT_EQ(blocks_in_use(), blocks);
     EXPECT_EQ(M_UnprepareFCMD(), 3);
 
-    const qx::test::Reports quiet;
-    standalone::FailAllocation(1);
-    EXPECT_EQ(M_PrepareFCMD(true, false, 0, &first, &second), 4);
+    const Reports quiet;
+    EXPECT_EQ(short_of_memory(1, [&] { return M_PrepareFCMD(true, false, 0, &first, &second); }), 4);
     EXPECT_EQ(first, nullptr);
     EXPECT_EQ(M_UnprepareFCMD(), 3);
 }
@@ -92,7 +91,7 @@ TEST(Maths, RemainderOfFloats) {
 TEST(Processor, LevelsSetFlagsButNeverAboveTheProcessor) {
     using standalone::ProcessorLevel;
     const ProcessorLevel there = standalone::DetectedProcessorLevel();
-    for (const auto level : {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster}) {
+    for (const auto level : kLevels) {
         standalone::SetProcessorLevel(level);
         const auto expected = std::min(level, there);
         EXPECT_EQ(TK_G_CPU_DataP->flags[2] != 0, expected >= ProcessorLevel::vector);
@@ -118,25 +117,18 @@ TEST(Frames, BytesOfAPixelFollowFromTheProperties) {
         const std::uint32_t properties = kind << 19 | packing << 11 | layout << 8 | precision << 1;
         return tesselmediatypes::PixelFormat{std::uint64_t{properties} << 32};
     };
-    // Columns: of word(), and the bytes
-    const std::pair<const char*, std::array<std::uint32_t, 5>> cases[] = {{"four of 8", {1, 0, 1, 0, 4}},
-                                                                          {"four of 16", {1, 0, 1, 2, 8}},
-                                                                          {"four of 16, other code", {1, 0, 7, 3, 8}},
-                                                                          {"four of 24", {1, 0, 1, 4, 12}},
-                                                                          {"four of 32", {1, 0, 1, 5, 16}},
-                                                                          {"no precision", {1, 0, 1, 6, 0}},
-                                                                          {"two of 8", {1, 1, 0, 0, 2}},
-                                                                          {"two of 32", {1, 1, 3, 5, 8}},
-                                                                          {"two of 10", {1, 1, 0, 1, 0}},
-                                                                          {"packed 10", {1, 0, 0, 1, 4}},
-                                                                          {"three of 8", {1, 0, 0, 0, 3}},
-                                                                          {"three of 16", {1, 0, 0, 2, 6}},
-                                                                          {"packed 10, other", {1, 2, 1, 1, 4}},
-                                                                          {"other packing", {1, 3, 1, 0, 0}},
-                                                                          {"no plain samples", {0, 0, 1, 0, 0}},
-                                                                          {"no plain samples", {2, 0, 0, 5, 0}}};
-    for (const auto& [name, c] : cases) {
-        EXPECT_EQ(tesselmediatypes::PixelFormatSize(word(c[0], c[1], c[2], c[3]), 7, 3), c[4] * 21) << name;
+    using N = std::uint32_t;
+    // Columns: name, four of word(), and the bytes
+    const Cases<Text, N, N, N, N, N> cases = {
+        {"four of 8", 1, 0, 1, 0, 4},        {"four of 16", 1, 0, 1, 2, 8},    {"of 16, other code", 1, 0, 7, 3, 8},
+        {"four of 24", 1, 0, 1, 4, 12},      {"four of 32", 1, 0, 1, 5, 16},   {"no precision", 1, 0, 1, 6, 0},
+        {"two of 8", 1, 1, 0, 0, 2},         {"two of 32", 1, 1, 3, 5, 8},     {"two of 10", 1, 1, 0, 1, 0},
+        {"packed 10", 1, 0, 0, 1, 4},        {"three of 8", 1, 0, 0, 0, 3},    {"three of 16", 1, 0, 0, 2, 6},
+        {"packed 10, other", 1, 2, 1, 1, 4}, {"other packing", 1, 3, 1, 0, 0}, {"no samples", 0, 0, 1, 0, 0},
+        {"no samples, 2", 2, 0, 0, 5, 0}};
+    for (const auto& [name, kind, packing, layout, precision, bytes] : cases) {
+        const auto format = word(kind, packing, layout, precision);
+        EXPECT_EQ(tesselmediatypes::PixelFormatSize(format, 7, 3), bytes * 21) << name;
     }
     EXPECT_EQ(tesselmediatypes::PixelFormatSize(GK::kPixelFormat_GPU_BGRA_4444_32f, 30000, 30000), 14400000000u);
     EXPECT_EQ(tesselmediatypes::PixelFormatSize(GK::kPixelFormat_GPU_BGRA_4444_32f, -1, 5), 0u);

@@ -12,6 +12,7 @@
 
 namespace {
 
+using namespace qx::test;
 using tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors;
 
 TEST(Threads, BandsAreFixedAndCanBeSet) {
@@ -32,14 +33,11 @@ TEST(Threads, BandsAreFixedAndCanBeSet) {
 
 /// Plain memory, so that a missing hand-over between threads shows under ThreadSanitizer.
 TEST(Threads, EveryIndexRunsOnceAndItsWritesAreSeen) {
-    for (const int limit : {1, 2, 7, 0}) {
+    for (const auto& [limit, count] : each(std::array{1, 2, 7, 0}, std::array{0, 1, 2, 32, 1000})) {
         standalone::SetPoolLimit(limit);
-        for (const int count : {0, 1, 2, 32, 1000}) {
-            std::vector<int> runs(static_cast<std::size_t>(count)), before(runs.size(), 1);
-            ExecuteCPUBoundTaskOnAllProcessors(
-                [&](int i) { runs[static_cast<std::size_t>(i)] += before[static_cast<std::size_t>(i)]; }, count);
-            EXPECT_EQ(runs, before) << limit << " threads, " << count << " tasks";
-        }
+        std::vector<int> runs(static_cast<std::size_t>(count)), before(runs.size(), 1);
+        ExecuteCPUBoundTaskOnAllProcessors([&](int i) { runs.data()[i] += before.data()[i]; }, count);
+        EXPECT_EQ(runs, before) << limit << " threads, " << count << " tasks";
     }
     ExecuteCPUBoundTaskOnAllProcessors([](int) { FAIL(); }, -1);
 }
@@ -49,15 +47,13 @@ TEST(Threads, LimitHoldsAndIsReached) {
         standalone::SetPoolLimit(limit);
         EXPECT_EQ(standalone::PoolThreads(), limit);
         std::atomic<int> inside{0}, most{0};
-        ExecuteCPUBoundTaskOnAllProcessors(
-            [&](int) {
-                const int now = ++inside;
-                for (int seen = most; seen < now && !most.compare_exchange_weak(seen, now);) {
-                }
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-                --inside;
-            },
-            24);
+        const auto task = [&](int) {
+            const int now = ++inside;
+            for (int seen = most; seen < now && !most.compare_exchange_weak(seen, now);) continue;
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            --inside;
+        };
+        ExecuteCPUBoundTaskOnAllProcessors(task, 24);
         EXPECT_EQ(most, limit);
     }
     standalone::SetPoolLimit(0);
@@ -76,33 +72,22 @@ TEST(Threads, TheCallerTakesPart) {
 
 TEST(Threads, OneOfTheExceptionsReachesTheCaller) {
     for (int round = 0; round < 20; ++round) {
-        std::atomic<int> begun{0};
-        int caught = 0;
-        try {
-            ExecuteCPUBoundTaskOnAllProcessors(
-                [&](int i) {
-                    ++begun;
-                    if (i % 2 == 1) throw i;
-                },
-                32);
-        } catch (int code) {
-            caught = code;
-        }
-        EXPECT_EQ(caught % 2, 1);
-        EXPECT_GE(begun, 1);
+        const auto throws_odd = [](int i) {
+            if (i % 2 == 1) throw i;
+        };
+        EXPECT_EQ(code_of([&] { ExecuteCPUBoundTaskOnAllProcessors(throws_odd, 32); }) % 2, 1);
     }
     EXPECT_THROW(ExecuteCPUBoundTaskOnAllProcessors([](int) { throw std::runtime_error("row"); }, 1),
                  std::runtime_error);
 }
 
 TEST(Threads, TasksMayRunTasks) {
-    std::vector<std::vector<int>> runs(8, std::vector<int>(8));
+    std::vector<int> runs(64);
     const auto outer = [&](int i) {
-        ExecuteCPUBoundTaskOnAllProcessors(
-            [&](int j) { ++runs[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]; }, 8);
+        ExecuteCPUBoundTaskOnAllProcessors([&, i](int j) { ++runs.data()[8 * i + j]; }, 8);
     };
     ExecuteCPUBoundTaskOnAllProcessors(outer, 8);
-    for (const auto& row : runs) EXPECT_EQ(row, std::vector<int>(8, 1));
+    EXPECT_EQ(runs, std::vector<int>(64, 1));
 }
 
 /// No address space holds a stack of this size, so that no thread can be started; those that run do all.
@@ -115,7 +100,7 @@ TEST(Threads, WorkEndsWithoutThreads) {
     EXPECT_THROW(std::thread([] {}).join(), std::system_error);
     standalone::SetPoolLimit(20);  // more than there were threads before
     std::vector<int> runs(32);
-    ExecuteCPUBoundTaskOnAllProcessors([&](int i) { ++runs[static_cast<std::size_t>(i)]; }, 32);
+    ExecuteCPUBoundTaskOnAllProcessors([&](int i) { ++runs.data()[i]; }, 32);
     pthread_setattr_default_np(&usual);
     EXPECT_EQ(runs, std::vector<int>(32, 1));
     ExecuteCPUBoundTaskOnAllProcessors([](int) {}, 9);  // threads are there again, and are asked for
@@ -141,9 +126,9 @@ TEST(ThreadsDeathTest, ForkedProcessesWorkAndEnd) {
 TEST(Threads, CallersAtOnceEachGetTheirOwnWork) {
     const auto call = [](int& sum) {
         for (int round = 0; round < 200; ++round) {
-            std::vector<int> seen(17);
-            ExecuteCPUBoundTaskOnAllProcessors([&](int i) { seen[static_cast<std::size_t>(i)] += i; }, 17);
-            sum += std::accumulate(seen.begin(), seen.end(), 0);
+            int seen[17] = {};
+            ExecuteCPUBoundTaskOnAllProcessors([&](int i) { seen[i] += i; }, 17);
+            sum += std::accumulate(seen, seen + 17, 0);
         }
     };
     standalone::SetPoolLimit(4);

@@ -13,33 +13,32 @@ std::int64_t coverage(std::int64_t i, std::int64_t low, std::int64_t high) {
     return std::max<std::int64_t>(0, std::min(high, (i + 1) * 65536) - std::max(low, i * 65536));
 }
 
+/// A footprint in one direction, between two edges: its pixels where it is wide, else one sample in its middle.
+struct Part {
+    std::int64_t at, covered;
+};
+std::vector<Part> parts(std::int64_t low, std::int64_t high, bool wide) {
+    if (!wide) return {{low - 32768 + (high - low) / 2, high - low}};
+    std::vector<Part> all;
+    for (auto i = low >> 16; i < (high + 65535) >> 16; ++i) all.push_back({i * 65536, coverage(i, low, high)});
+    return all;
+}
+
 /// The footprint's mean, before rounding, from sums in double in the order of rows.
 template <class Pixel>
 std::vector<double> area_model(Source<Pixel>& picture, std::int32_t x, std::int32_t y, QX_PointSampler<Pixel> thin) {
     const std::int64_t rx = picture.params.x_radius, ry = picture.params.y_radius;
-    const std::int64_t left = x - rx + 32768, right = x + rx + 32768, top = y - ry + 32768, bottom = y + ry + 32768;
-    double sum[4] = {};
-    const auto add = [&](std::vector<double> p, double weight) {
-        const double share = weight * p[0];
-        sum[0] += share;
-        for (std::size_t c = 1; c < 4; ++c) sum[c] += share * p[c];
-    };
-    const auto sampled = [&](std::int64_t sx, std::int64_t sy) {
-        Pixel p;
-        thin(nullptr, static_cast<std::int32_t>(sx), static_cast<std::int32_t>(sy), &picture.params, &p);
-        return channels(p);
-    };
     const bool wide = rx > 32768, high = ry > 32768;
-    if (!wide && !high) add(sampled(x, y), double(4 * rx * ry) * 0x1p-32);
-    for (std::int64_t j = top >> 16; high && j < (bottom + 65535) >> 16; ++j) {
-        const double down = double(coverage(j, top, bottom));
-        if (!wide) add(sampled(x, j * 65536), down * double(2 * rx) * 0x1p-32);
-        for (std::int64_t i = left >> 16; wide && i < (right + 65535) >> 16; ++i) {
-            add(picture.tap(int(i), int(j)), down * double(coverage(i, left, right)) * 0x1p-32);
+    double sum[4] = {};
+    for (const Part& row : parts(y - ry + 32768, y + ry + 32768, high)) {
+        for (const Part& column : parts(x - rx + 32768, x + rx + 32768, wide)) {
+            Pixel sample{};
+            if (!wide || !high) thin(nullptr, int(column.at), int(row.at), &picture.params, &sample);
+            const auto p = wide && high ? picture.tap(int(column.at >> 16), int(row.at >> 16)) : channels(sample);
+            const double share = double(row.covered) * double(column.covered) * 0x1p-32 * p[0];
+            sum[0] += share;
+            for (std::size_t c = 1; c < 4; ++c) sum[c] += share * p[c];
         }
-    }
-    for (std::int64_t i = left >> 16; wide && !high && i < (right + 65535) >> 16; ++i) {
-        add(sampled(i * 65536, y), double(coverage(i, left, right)) * double(2 * ry) * 0x1p-32);
     }
     const double alpha = std::min(kScale<Pixel>, sum[0] * (0.25 / (double(rx) * 0x1p-16 * (double(ry) * 0x1p-16))));
     if (sum[0] == 0 || alpha == 0) return {0, 0, 0, 0};
@@ -88,10 +87,10 @@ TYPED_TEST_SUITE(AreaSample, AllDepths);
 
 TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
     const Born born(1, ProcessorLevel::vector);
-    const double full = kScale<TypeParam>;
-    const auto up = [full](double v) { return std::floor(std::min(v + 0.5, full + 0.5)); };
-    const auto narrow = [](double v) { return double(float(v)); };
-    const std::function<double(double)> round = sizeof(TypeParam) == 16 ? std::function<double(double)>(narrow) : up;
+    constexpr double full = kScale<TypeParam>;
+    const auto round = [=](double v) {
+        return sizeof(TypeParam) == 16 ? float(v) : std::floor(std::min(v, full) + 0.5);
+    };
     this->compare(1, &QX_AreaSample_CPlusPlus<TypeParam, 1>, round);
     this->compare(2, &QX_AreaSample_CPlusPlus<TypeParam, 2>, round);
     if constexpr (sizeof(TypeParam) != 16) {
@@ -101,7 +100,7 @@ TYPED_TEST(AreaSample, IsTheSumOfItsContributions) {
             this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, round);
         }
         const Born plain(1, ProcessorLevel::plain);
-        const auto nearest = [full](double v) { return std::round(std::min(v, full)); };
+        const auto nearest = [=](double v) { return std::round(std::min(v, full)); };
         this->compare(1, QXp_GetSamplerSet<TypeParam>(1).area, nearest);
     }
 }
@@ -163,23 +162,16 @@ TEST_F(Premul, AreaIsExact) {
         const auto cut = [](std::int64_t v, int size) { return std::clamp<std::int64_t>(v, 0, size * 65536); };
         const std::int64_t left = cut(x - rx + 32768, 21), right = cut(x + rx + 32768, 21);
         const std::int64_t top = cut(y - ry + 32768, 17), bottom = cut(y + ry + 32768, 17);
-        const std::int64_t width = right - left, height = bottom - top;
-        std::int64_t sum[4] = {};
-        const auto add = [&](const std::vector<double>& p, std::int64_t a, std::int64_t b) {
-            const std::int64_t covered = a * b / 65536;
-            for (std::size_t c = 0; c < 4; ++c) sum[c] += static_cast<std::int64_t>(p[c]) * (covered * 256) / 65536;
-        };
         const bool wide = rx > 32768, high = ry > 32768;
-        if (!wide && !high && width * height > 0) add(premul_point(picture, x, y), width, height);
-        for (int i = 0; i < 21 && wide && !high && height > 0; ++i) {
-            if (const auto c = coverage(i, left, right))
-                add(premul_point(picture, i * 65536, top - 32768 + height / 2), c, height);
-        }
-        for (int j = 0; j < 17 && high; ++j) {
-            const auto down = coverage(j, top, bottom);
-            if (!wide && width > 0 && down > 0)
-                add(premul_point(picture, left - 32768 + width / 2, j * 65536), down, width);
-            for (int i = 0; i < 21 && wide; ++i) add(picture.tap(i, j), coverage(i, left, right), down);
+        std::int64_t sum[4] = {};
+        for (const Part& row : parts(top, bottom, high)) {
+            for (const Part& column : parts(left, right, wide)) {
+                const auto p = wide && high   ? picture.tap(int(column.at >> 16), int(row.at >> 16))
+                               : wide || high ? premul_point(picture, column.at, row.at)
+                                              : premul_point(picture, x, y);  // whatever was cut off
+                const std::int64_t covered = row.covered * column.covered / 65536;
+                for (std::size_t c = 0; c < 4; ++c) sum[c] += static_cast<std::int64_t>(p[c]) * (covered * 256) / 65536;
+            }
         }
         const std::int64_t divisor = (picture.params.area + 128) / 256;
         std::vector<double> want(4);
@@ -190,7 +182,8 @@ TEST_F(Premul, AreaIsExact) {
         ASSERT_EQ(QX_AreaSample_Premul(nullptr, static_cast<std::int32_t>(x), static_cast<std::int32_t>(y),
                                        &picture.params, &out),
                   0);
-        ASSERT_EQ(channels(out), want) << x << ", " << y << " radii " << rx << ", " << ry;
+        ASSERT_EQ(channels(out), want) << x << ", " << y << " radii " << picture.params.x_radius << ", "
+                                       << picture.params.y_radius;
     }
     picture.radii(4 * 65536, 4 * 65536).area = 0;
     QX_Pixel8 out{1, 2, 3, 4};

@@ -18,8 +18,7 @@ template <class Pixel> struct Source : Picture<Pixel> {
         params.src = &this->record;
         fill_pixels(std::span(this->pixels), kind, seed);
     }
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
+    Source(Source&&) = delete;
 
     /// A pixel as four doubles; zeros outside.
     std::vector<double> tap(int x, int y) {

@@ -9,37 +9,33 @@ using standalone::ProcessorLevel;
 
 /// Between pixels whose alphas agree the vector form mixes down, then across; elsewhere it is the plain one.
 TEST(SamplerForms, UncheckedEightBits) {
-    std::mt19937_64 random(3);
     int different = 0;
-    for (const FillKind fill : {FillKind::opaque, FillKind::random, FillKind::layer, FillKind::clear}) {
+    const std::array fills = {FillKind::opaque, FillKind::random, FillKind::layer, FillKind::clear};
+    for (const auto& [fill, level] : each(fills, kLevels)) {
         Source<QX_Pixel8> picture(33, 9, fill, 5);
-        for (const auto level : {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster}) {
-            const Born born(1, level);
-            random.seed(3);
-            for (int n = 0; n < (fill == FillKind::opaque ? 1000000 : 100000); ++n) {
-                const auto x = static_cast<std::int32_t>(random() % (32 * 65536)),
-                           y = static_cast<std::int32_t>(random() % (8 * 65536));
-                QX_Pixel8 out, clipped;
-                QX_SubpixelSampleNoClip_Straight(nullptr, x, y, &picture.params, &out);
-                QX_SubpixelSample_Straight(nullptr, x, y, &picture.params, &clipped);
-                const auto p = [&](int i, int j) { return picture.at((x >> 16) + i, (y >> 16) + j); };
-                const bool two_stages = level != ProcessorLevel::plain && p(0, 0).alpha == p(1, 0).alpha &&
-                                        p(0, 0).alpha == p(0, 1).alpha && p(0, 0).alpha == p(1, 1).alpha;
-                if (!two_stages || p(0, 0).alpha == 0) {  // clear, whatever the colours
-                    ASSERT_EQ(out, clipped);
-                } else {
-                    const float fx = float(x & 0xFFFF) / 65536, fy = float(y & 0xFFFF) / 65536;
-                    const auto mix = [&](auto c) {
-                        const float left = p(0, 0).*c + float(p(0, 1).*c - p(0, 0).*c) * fy;
-                        const float right = p(1, 0).*c + float(p(1, 1).*c - p(1, 0).*c) * fy;
-                        return static_cast<std::uint8_t>((right - left) * fx + left + 0.5f);
-                    };
-                    const QX_Pixel8 want{p(0, 0).alpha, mix(&QX_Pixel8::red), mix(&QX_Pixel8::green),
-                                         mix(&QX_Pixel8::blue)};
-                    ASSERT_EQ(out, want) << x << ", " << y;
-                    different += out == clipped ? 0 : 1;
-                }
+        const Born born(1, level);
+        Numbers number(3);
+        for (int n = 0; n < (fill == FillKind::opaque ? 1000000 : 100000); ++n) {
+            const int x = number(0, 32 * 65536), y = number(0, 8 * 65536);
+            QX_Pixel8 out, clipped;
+            QX_SubpixelSampleNoClip_Straight(nullptr, x, y, &picture.params, &out);
+            QX_SubpixelSample_Straight(nullptr, x, y, &picture.params, &clipped);
+            const auto p = [&](int i, int j) { return picture.at((x >> 16) + i, (y >> 16) + j); };
+            const auto alpha = p(0, 0).alpha;
+            const bool one_alpha = p(1, 0).alpha == alpha && p(0, 1).alpha == alpha && p(1, 1).alpha == alpha;
+            if (level == ProcessorLevel::plain || !one_alpha || alpha == 0) {  // clear, whatever the colours
+                ASSERT_EQ(out, clipped);
+                continue;
             }
+            const float fx = float(x & 0xFFFF) / 65536, fy = float(y & 0xFFFF) / 65536;
+            const auto mix = [&](auto c) {
+                const float left = p(0, 0).*c + float(p(0, 1).*c - p(0, 0).*c) * fy;
+                const float right = p(1, 0).*c + float(p(1, 1).*c - p(1, 0).*c) * fy;
+                return static_cast<std::uint8_t>((right - left) * fx + left + 0.5f);
+            };
+            const QX_Pixel8 want{alpha, mix(&QX_Pixel8::red), mix(&QX_Pixel8::green), mix(&QX_Pixel8::blue)};
+            ASSERT_EQ(out, want) << x << ", " << y;
+            different += out == clipped ? 0 : 1;
         }
     }
     EXPECT_GT(different, 0) << "the two forms are to be told apart";
@@ -50,15 +46,13 @@ TEST(SamplerForms, BicubicEightBits) {
     std::vector<QX_Pixel8> seen[2];
     for (const auto level : {ProcessorLevel::plain, ProcessorLevel::faster}) {
         const Born born(1, level);
-        std::mt19937_64 random(7);
+        Numbers number(7);
         for (const FillKind fill : kAllFills) {
             Source<QX_Pixel8> picture(90, 40, fill, 5);
             for (int n = 0; n < 500000; ++n) {
-                const auto x = static_cast<std::int32_t>(random() % (90 * 65536)),
-                           y = static_cast<std::int32_t>(random() % (40 * 65536));
-                QX_Pixel8 out;
-                QX_SubpixelBicubic8(nullptr, x, y, &picture.params, &out);
-                seen[level == ProcessorLevel::faster].push_back(out);
+                const int x = number(0, 90 * 65536), y = number(0, 40 * 65536);
+                QX_SubpixelBicubic8(nullptr, x, y, &picture.params,
+                                    &seen[level == ProcessorLevel::faster].emplace_back());
             }
         }
     }
@@ -68,12 +62,12 @@ TEST(SamplerForms, BicubicEightBits) {
 /// Kept: four at once have no threshold and no exits, so a faint alpha keeps its place in the colours.
 TEST(SamplerForms, FourAtOnce) {
     const Born born;
-    std::mt19937_64 random(3);
+    Numbers number(3);
     for (const FillKind fill : {FillKind::random, FillKind::extremes, FillKind::clear}) {
         Source<QX_Pixel8> picture(33, 9, fill, 5);
         for (int n = 0; n < 50000; ++n) {
             std::int32_t coords[8];
-            for (int i = 0; i < 8; ++i) coords[i] = static_cast<std::int32_t>(random() % ((i % 2 ? 8 : 32) * 65536));
+            for (int i = 0; i < 8; ++i) coords[i] = number(0, (i % 2 ? 8 : 32) * 65536);
             QX_Pixel8 out[4], one;
             double weights[4];
             ASSERT_EQ(QX_SubpixelSampleNoClip_Straight_4(nullptr, coords, &picture.params, out), 0);
@@ -104,18 +98,15 @@ TEST(SamplerForms, FourAtOnce) {
 TEST(SamplerForms, TranslationsUnderTheBicubicName) {
     const Born born;
     const double weights[4] = {0.001, 0.999, 0, 0};
-    Source<QX_Pixel8> picture8(2, 2, FillKind::clear, 1);
-    Source<QX_Pixel16> picture16(2, 2, FillKind::clear, 1);
-    picture8.at(0, 0) = {1, 200, 100, 50};
-    picture16.at(0, 0) = {1, 200, 100, 50};
-    QX_Pixel8 out8;
-    QX_Pixel16 out16;
-    for (const int quality : {1, 2}) {
-        QXp_GetSamplerSet<QX_Pixel8>(quality).translate(nullptr, 1, 0, weights, &picture8.params, &out8);
-        QXp_GetSamplerSet<QX_Pixel16>(quality).translate(nullptr, 1, 0, weights, &picture16.params, &out16);
-        EXPECT_EQ(out8, quality == 1 ? QX_Pixel8{} : (QX_Pixel8{0, 200, 100, 50}));
-        EXPECT_EQ(out16, quality == 1 ? QX_Pixel16{} : (QX_Pixel16{0, 200, 100, 50}));
-    }
+    const auto expect = [&]<class Pixel>(int quality, const Pixel& want) {
+        Source<Pixel> picture(2, 2, FillKind::clear, 1);
+        picture.at(0, 0) = {1, 200, 100, 50};
+        Pixel out;
+        QXp_GetSamplerSet<Pixel>(quality).translate(nullptr, 1, 0, weights, &picture.params, &out);
+        EXPECT_EQ(out, want) << quality;
+    };
+    expect(1, QX_Pixel8{}), expect(2, QX_Pixel8{0, 200, 100, 50});
+    expect(1, QX_Pixel16{}), expect(2, QX_Pixel16{0, 200, 100, 50});
 }
 
 TEST(SamplerForms, GpuWorldsAreRefused) {

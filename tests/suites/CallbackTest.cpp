@@ -41,20 +41,12 @@ protected:
 };
 
 /// Fields that are null: for good, and those whose routines are still to come.
-constexpr int kMissing[] = {kQX_CB_reserved0,
-                            kQX_CB_reserved1,
-                            kQX_CB_ansi + 19,
-                            kQX_CB_reserved2,
-                            kQX_CB_composite_rect,
-                            kQX_CB_blend,
-                            kQX_CB_convolve,
-                            kQX_CB_gaussian_kernel,
-                            kQX_CB_host_new_handle,
-                            kQX_CB_host_lock_handle,
-                            kQX_CB_host_unlock_handle,
-                            kQX_CB_host_dispose_handle,
-                            kQX_CB_host_get_handle_size,
-                            kQX_CB_host_resize_handle};
+bool is_missing(int i) {
+    return i == kQX_CB_reserved0 || i == kQX_CB_reserved1 || i == kQX_CB_reserved2 || i == kQX_CB_ansi + 19 ||
+           i == kQX_CB_composite_rect || i == kQX_CB_blend || i == kQX_CB_convolve || i == kQX_CB_gaussian_kernel ||
+           i == kQX_CB_host_new_handle || i == kQX_CB_host_lock_handle || i == kQX_CB_host_unlock_handle ||
+           i == kQX_CB_host_dispose_handle || i == kQX_CB_host_get_handle_size || i == kQX_CB_host_resize_handle;
+}
 
 TEST(CallbackBlock, AllOtherFieldsAreFilled) {
     const Born born(4);
@@ -64,15 +56,14 @@ TEST(CallbackBlock, AllOtherFieldsAreFilled) {
             const bool no_premul16 =
                 quality == kBest && flags == kPremul && (i == kQX_CB_subpixel_sample16 || i == kQX_CB_area_sample16);
             const bool colour = i >= kQX_CB_colorCB && i < kQX_CB_colorCB + 8;
-            EXPECT_EQ(block.fields[i] == nullptr, listed(kMissing, i) || colour || no_premul16) << "field " << i;
+            EXPECT_EQ(block.fields[i] == nullptr, is_missing(i) || colour || no_premul16) << "field " << i;
         }
     }
 }
 
 /// Fields and selectors that lead to slots. A selector of 0 is none of the field, a field of 0 none of the selector.
-const struct {
-    int field, selector, straight_best, premul_best, straight_draft, premul_draft;
-} kReached[] = {
+/// Columns: field, selector, and the slots of straight best, premultiplied best, straight draft, premultiplied draft
+const Cases<int, int, int, int, int, int> kReached = {
     {1, 2, 3, 4, 2, 2},       {2, 3, 5, 6, 2, 2},       {5, 6, 9, 10, 7, 8},      {8, 9, 24, 25, 23, 23},
     {59, 31, 64, 64, 63, 63}, {60, 32, 65, 65, 63, 63}, {0, -2, 26, 27, 26, 27},  {7, 8, 28, 28, 28, 28},
     {11, 12, 42, 42, 42, 42}, {63, 35, 42, 42, 42, 42}, {16, 25, 43, 43, 43, 43}, {64, 36, 43, 43, 43, 43},
@@ -82,18 +73,18 @@ const struct {
 };
 
 TEST_F(Marked, FieldsAndSelectorsReachTheirSlots) {
-    for (const auto& c : kReached) {
-        SCOPED_TRACE(testing::Message() << "field " << c.field << " selector " << c.selector);
-        const std::tuple<int, unsigned char, int> ways[] = {
-            {kBest, kStraight, c.straight_best},
-            {kBest, 0xFE, c.premul_best},  // bit 0 alone is read
-            {kDraft, kStraight, c.straight_draft},
-            {kDraft, kPremul, c.premul_draft},
-            {-7, kStraight, c.straight_best}};  // anything but 0 is best
+    for (const auto& [at, selector, straight_best, premul_best, straight_draft, premul_draft] : kReached) {
+        SCOPED_TRACE(testing::Message() << "field " << at << " selector " << selector);
+        const Cases<int, unsigned char, int> ways = {// bit 0 of the flags alone is read; anything but 0 is best
+                                                     {kBest, kStraight, straight_best},
+                                                     {kBest, 0xFE, premul_best},
+                                                     {kDraft, kStraight, straight_draft},
+                                                     {kDraft, kPremul, premul_draft},
+                                                     {-7, kStraight, straight_best}};
         for (const auto& [quality, flags, slot] : ways) {
-            EXPECT_EQ(lookup(c.selector, quality, flags), slot);
-            const bool none = flags == 0xFE && (c.field == 59 || c.field == 60);  // no premultiplied 16 bits
-            EXPECT_TRUE(c.field == 0 || slot_of(block_of(quality, flags).fields[c.field]) == (none ? -1 : slot));
+            EXPECT_EQ(lookup(selector, quality, flags), slot);
+            const bool none = flags == 0xFE && (at == 59 || at == 60);  // no premultiplied 16 bits
+            EXPECT_TRUE(at == 0 || slot_of(block_of(quality, flags).fields[at]) == (none ? -1 : slot));
         }
     }
 }
@@ -160,22 +151,20 @@ TEST(CallbackBlock, RoutinesOfItsOwn) {
 TEST(CallbackBlock, Mathematics) {
     const Born born;
     const QX_CallbackBlock block = block_of();
-    using Unary = double(double);
-    using Binary = double(double, double);
-    const auto at = [&](int i) { return kQX_CB_ansi + i; };
     const double x = 0.3;
-    const std::pair<int, double> unary[] = {
+    const Cases<int, double> unary = {
         {0, std::atan(x)}, {2, 1.0},           {3, std::cos(x)},    {4, std::exp(x)},  {5, x},
         {6, 0.0},          {9, std::log(x)},   {10, std::log10(x)}, {12, std::sin(x)}, {13, std::sqrt(x)},
         {14, std::tan(x)}, {17, std::asin(x)}, {18, std::acos(x)}};
-    for (const auto& [i, expected] : unary) EXPECT_EQ(field<Unary>(block, at(i))(x), expected) << i;
-    const std::tuple<int, double, double, double> binary[] = {
+    for (const auto& [i, expected] : unary) EXPECT_EQ(field<double(double)>(block, kQX_CB_ansi + i)(x), expected) << i;
+    const Cases<int, double, double, double> binary = {
         {1, 1, 2, std::atan2(1, 2)}, {7, -7, 4, -3.0}, {8, 3, 4, 5.0}, {11, 2, 10, 1024.0}};
-    for (const auto& [i, a, b, expected] : binary) EXPECT_EQ(field<Binary>(block, at(i))(a, b), expected) << i;
+    for (const auto& [i, a, b, expected] : binary)
+        EXPECT_EQ(field<double(double, double)>(block, kQX_CB_ansi + i)(a, b), expected) << i;
     char text[16];
-    field<int(char*, const char*, ...)>(block, at(15))(text, "%d-%s", 7, "x");
+    field<int(char*, const char*, ...)>(block, kQX_CB_ansi + 15)(text, "%d-%s", 7, "x");
     EXPECT_STREQ(text, "7-x");
-    field<char*(char*, const char*)>(block, at(16))(text, "copied");
+    field<char*(char*, const char*)>(block, kQX_CB_ansi + 16)(text, "copied");
     EXPECT_STREQ(text, "copied");
 }
 
@@ -251,13 +240,12 @@ TEST(CallbackBlock, TransfersUnpackTheRecord) {
         return [=, &info, &mode] { return transfer(&info, 0, 0, 0, nullptr, src, &mode, nullptr, 3, 7, dst); };
     };
     Given::calls = 0;
-    const std::tuple<int, int, float> opacities[] = {{255, 0, 1.0f},   {128, 32768, static_cast<float>(128 / 255.0)},
-                                                     {0, 32768, 1.0f}, {1, 32768, static_cast<float>(1 / 255.0)},
-                                                     {0, 8192, 0.25f}, {0, 0, 0.0f}};
+    const Cases<int, int, double> opacities = {{255, 0, 1.0},         {128, 32768, 128 / 255.0}, {0, 32768, 1.0},
+                                               {1, 32768, 1 / 255.0}, {0, 8192, 0.25},           {0, 0, 0.0}};
     for (const auto& [coarse, fine, opacity] : opacities) {
         mode.opacity = static_cast<std::uint8_t>(coarse), mode.opacity16 = static_cast<std::uint16_t>(fine);
         EXPECT_EQ(call(one.record(), one.record())(), 307);
-        EXPECT_EQ(Given::opacity, opacity) << coarse << " " << fine;
+        EXPECT_EQ(Given::opacity, static_cast<float>(opacity)) << coarse << " " << fine;
         EXPECT_TRUE(Given::xfer == 5 && Given::info == &info && Given::tables == nullptr);
     }
     expect_refused({{call(one.record(), &bad.gpu), kOnGpu}, {call(&bad.gpu, one.record()), kOnGpu}});
@@ -268,13 +256,11 @@ TEST(CallbackBlock, TransformsGoThroughTheTable) {
     const Born born;
     void* out = nullptr;
     QX_SetOverrideFunc(32, reinterpret_cast<void*>(&transform_of_test));
-    EXPECT_EQ(QX_GetCallbackAddr(nullptr, kBest, kStraight, 28, &out), 0);
-    ASSERT_NE(out, nullptr);
+    ASSERT_EQ(QX_GetCallbackAddr(nullptr, kBest, kStraight, 28, &out), 0);
     QX_LayerDef src{}, dst{};
     const QX_CompositeMode mode{2, 0, 51, 0, 32768};
-    EXPECT_EQ(reinterpret_cast<TransformCallback*>(out)(nullptr, 0, 0, 0, &src, &mode, nullptr, nullptr, 6, true,
-                                                        nullptr, &dst),
-              6);
+    const auto transform = reinterpret_cast<TransformCallback*>(out);
+    EXPECT_EQ(transform(nullptr, 0, 0, 0, &src, &mode, nullptr, nullptr, 6, true, nullptr, &dst), 6);
     EXPECT_EQ(Given::opacity, 0.2f);
 }
 

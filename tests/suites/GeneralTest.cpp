@@ -57,10 +57,8 @@ TEST(General, VectorConstantsLieAligned) {
                                  static_cast<const void*>(&QX_G_AlphaMask32)}) {
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(constant) % 16, 0u);
     }
-    std::uint32_t both[4];
     for (int i = 0; i < 4; ++i) {
-        both[i] = QX_G_AlphaMask32.lane[i] ^ QX_G_BGRMask32.lane[i];
-        EXPECT_EQ(both[i], 0xFFFFFFFF);
+        EXPECT_EQ(QX_G_AlphaMask32.lane[i] ^ QX_G_BGRMask32.lane[i], 0xFFFFFFFF);
         EXPECT_EQ(QX_G_vfHalf.lane[i], 0.5f);
     }
     EXPECT_EQ(QX_G_AlphaMask32.lane[0], 0xFFFFFFFF);

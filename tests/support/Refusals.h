@@ -24,8 +24,7 @@ struct BadWorlds {
 
     BadWorlds() { gpu.platform_ref = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_32f); }
     ~BadWorlds() { FK::DisposeVPixFromVideoFrame(gpu.platform_ref); }
-    BadWorlds(const BadWorlds&) = delete;
-    BadWorlds& operator=(const BadWorlds&) = delete;
+    BadWorlds(BadWorlds&&) = delete;
 };
 
 /// A call that fails with a code and its report.

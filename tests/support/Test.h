@@ -30,6 +30,10 @@
 
 namespace qx::test {
 
+/// A table of cases, whose columns a comment names.
+template <class... Columns> using Cases = std::vector<std::tuple<Columns...>>;
+using Text = const char*;
+
 /// A test at every depth, with the library born.
 template <class Pixel, int Bands, standalone::ProcessorLevel level = standalone::ProcessorLevel::faster>
 class BornAtDepth : public testing::Test {

@@ -22,19 +22,13 @@ void* counted_new(std::size_t bytes, std::size_t alignment) {
 }
 }  // namespace
 
-// They take the runtime's place in the whole program, the shared libraries included.
+// They take the runtime's place in the whole program, the shared libraries included; those of arrays call them.
 void* operator new(std::size_t bytes) { return counted_new(bytes, 0); }
-void* operator new[](std::size_t bytes) { return counted_new(bytes, 0); }
 void* operator new(std::size_t bytes, std::align_val_t a) { return counted_new(bytes, static_cast<std::size_t>(a)); }
-void* operator new[](std::size_t bytes, std::align_val_t a) { return counted_new(bytes, static_cast<std::size_t>(a)); }
 void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
 void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::align_val_t) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t, std::align_val_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { std::free(p); }
 
 namespace qx::test {
 

@@ -14,8 +14,7 @@ class Reports {
 public:
     Reports();
     ~Reports();
-    Reports(const Reports&) = delete;
-    Reports& operator=(const Reports&) = delete;
+    Reports(Reports&&) = delete;
     const std::vector<standalone::Report>& all() const { return reports_; }
     std::string last_text() const { return reports_.empty() ? std::string() : reports_.back().text; }
     void clear() { reports_.clear(); }
@@ -29,8 +28,7 @@ class Born {
 public:
     explicit Born(int bands = 1, standalone::ProcessorLevel level = standalone::ProcessorLevel::faster);
     ~Born();
-    Born(const Born&) = delete;
-    Born& operator=(const Born&) = delete;
+    Born(Born&&) = delete;
     int code() const { return code_; }
 
 private:
@@ -39,6 +37,15 @@ private:
 
 inline constexpr standalone::ProcessorLevel kLevels[] = {
     standalone::ProcessorLevel::plain, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster};
+
+/// What a call gives while the n-th allocation of the host's from now on fails.
+template <class Call> auto short_of_memory(int nth, const Call& call) {
+    standalone::FailAllocation(nth);
+    const auto result = call();
+    standalone::FailAllocation(0);
+    return result;
+}
+inline std::int64_t blocks_in_use() { return standalone::Memory().blocks_in_use; }
 
 /// Counts allocations by operator new in the whole process, and can make one fail.
 struct NewCounter {

@@ -19,28 +19,28 @@ std::string no_memory(const std::string& frame) {
 }
 
 /// Width, height, depth, alignment, and the report: none when the frame is possible.
-using Limit = std::tuple<int, int, short, std::size_t, std::string>;
+using Limits = Cases<int, int, short, std::size_t, std::string>;
 
 TEST(FrameLimits, OfBothProcessors) {
     // A float frame takes 16 * width * (height + 1) - 8 bytes: 2^31 - 8 of them in the first case.
-    const std::vector<Limit> processor{{16384, 8191, 32, 16, ""},
-                                       {16384, 8192, 32, 16, above_limit("16384 x 8192 @ 32 bpc (2.0 GB)")},
-                                       {16384, 16382, 16, 16, ""},  // and 2^31 in the next one
-                                       {16384, 16383, 16, 16, above_limit("16384 x 16383 @ 16 bpc (2.0 GB)")},
-                                       {30000, 30000, 8, 16, above_limit("30000 x 30000 @ 8 bpc (3.4 GB)")},
-                                       {1, 30000, 8, 65536, ""},
-                                       {1, 30000, 8, 131072, above_limit("1 x 30000 @ 8 bpc (3.7 GB)")},
-                                       {30000, 1, 16, 16, ""},
-                                       {30001, 1, 8, 16, "invalid image buffer size (30001x1)."},
-                                       {1, 30001, 8, 16, "invalid image buffer size (1x30001)."},
-                                       {0, -7, 8, 16, "invalid image buffer size (0x-7)."}};
+    const Limits processor{{16384, 8191, 32, 16, ""},
+                           {16384, 8192, 32, 16, above_limit("16384 x 8192 @ 32 bpc (2.0 GB)")},
+                           {16384, 16382, 16, 16, ""},  // and 2^31 in the next one
+                           {16384, 16383, 16, 16, above_limit("16384 x 16383 @ 16 bpc (2.0 GB)")},
+                           {30000, 30000, 8, 16, above_limit("30000 x 30000 @ 8 bpc (3.4 GB)")},
+                           {1, 30000, 8, 65536, ""},
+                           {1, 30000, 8, 131072, above_limit("1 x 30000 @ 8 bpc (3.7 GB)")},
+                           {30000, 1, 16, 16, ""},
+                           {30001, 1, 8, 16, "invalid image buffer size (30001x1)."},
+                           {1, 30001, 8, 16, "invalid image buffer size (1x30001)."},
+                           {0, -7, 8, 16, "invalid image buffer size (0x-7)."}};
     // Of a GPU 16 bytes a pixel whatever the depth asked for; 2^32 bytes in the second case.
-    const std::vector<Limit> gpu{{16384, 16383, 8, 16, ""},
-                                 {16384, 16384, 8, 16, above_limit("16384 x 16384 @ 32 bpc (4.0 GB)")},
-                                 {1, 30000, 16, 131072, ""},
-                                 {1, 30000, 16, 262144, above_limit("1 x 30000 @ 32 bpc (7.3 GB)")},
-                                 {30001, 5, 32, 16, "invalid image buffer size (30001x5)."}};
-    const auto expect = [](const std::vector<Limit>& cases, const auto& can_allocate) {
+    const Limits gpu{{16384, 16383, 8, 16, ""},
+                     {16384, 16384, 8, 16, above_limit("16384 x 16384 @ 32 bpc (4.0 GB)")},
+                     {1, 30000, 16, 131072, ""},
+                     {1, 30000, 16, 262144, above_limit("1 x 30000 @ 32 bpc (7.3 GB)")},
+                     {30001, 5, 32, 16, "invalid image buffer size (30001x5)."}};
+    const auto expect = [](const Limits& cases, const auto& can_allocate) {
         for (const auto& [width, height, depth, alignment, report] : cases) {
             const auto [possible, text] = can_allocate(width, height, depth, alignment);
             EXPECT_EQ(narrow(text), report);
@@ -52,28 +52,23 @@ TEST(FrameLimits, OfBothProcessors) {
 }
 
 TEST(FrameReport, TextsAndSites) {
-    const struct {
-        int error, rowbytes;
-        short width, height, bits;
-        int site;
-        std::string text;
-    } cases[] = {{4, 112, 25, 10, 32, 0x250042, no_memory("25 x 10 @ 8 bpc")},
-                 {-108, 0, 25, 10, 64, 0x250042, no_memory("25 x 10 @ 16 bpc")},
-                 {4, 0, 30000, 30000, 128, 0x250042, above_limit("30000 x 30000 @ 32 bpc (13.4 GB)")},
-                 {4, 100000, 8, 30000, 32, 0x250042, above_limit("8 x 30000 @ 8 bpc (2.8 GB)")},
-                 {4, 65536, 8, 32767, 32, 0x250042, no_memory("8 x 32767 @ 8 bpc")},
-                 {7, 112, 25, 10, 32, 66, "changing pixel buffer."}};
-    for (const auto& c : cases) {
+    // Columns: error, rowbytes, width, height, bits, site, text
+    const Cases<int, int, short, short, short, int, std::string> cases = {
+        {4, 112, 25, 10, 32, 0x250042, no_memory("25 x 10 @ 8 bpc")},
+        {-108, 0, 25, 10, 64, 0x250042, no_memory("25 x 10 @ 16 bpc")},
+        {4, 0, 30000, 30000, 128, 0x250042, above_limit("30000 x 30000 @ 32 bpc (13.4 GB)")},
+        {4, 100000, 8, 30000, 32, 0x250042, above_limit("8 x 30000 @ 8 bpc (2.8 GB)")},
+        {4, 65536, 8, 32767, 32, 0x250042, no_memory("8 x 32767 @ 8 bpc")},
+        {7, 112, 25, 10, 32, 66, "changing pixel buffer."}};
+    for (const auto& [error, rowbytes, width, height, bits, site, text] : cases) {
         const Reports reports;
-        EXPECT_EQ(BM_ReportWorldAllocationFailure(c.error, c.rowbytes, c.width, c.height, c.bits), 0);
+        EXPECT_EQ(BM_ReportWorldAllocationFailure(error, rowbytes, width, height, bits), 0);
         ASSERT_EQ(reports.all().size(), 1u);
-        EXPECT_EQ(reports.last_text(), c.text);
+        EXPECT_EQ(reports.last_text(), text);
         const auto& report = reports.all()[0];
-        EXPECT_TRUE(report.site == c.site && report.severity == 8 && report.kind == standalone::ReportKind::error);
+        EXPECT_TRUE(report.site == site && report.severity == 8 && report.kind == standalone::ReportKind::error);
     }
-    const Reports reports;
-    EXPECT_EQ(BM_ReportWorldAllocationFailure(0, 112, 25, 10, 32), 0);
-    EXPECT_TRUE(reports.all().empty());
+    expect_refused({{[] { return BM_ReportWorldAllocationFailure(0, 112, 25, 10, 32); }, "", 0, 0, 0}});
 }
 
 TEST(FrameReport, OfARectangle) {
@@ -89,7 +84,7 @@ TEST(FrameReport, OfARectangle) {
 }
 
 TEST(FrameReport, AFailureInsideTheReportIsDropped) {
-    Reports reports;
+    const Reports reports;
     NewCounter::fail(1);
     EXPECT_EQ(BM_ReportWorldAllocationFailure(4, 112, 25, 10, 32), 0);
     NewCounter::fail(0);
@@ -106,7 +101,7 @@ TEST(FrameMemory, LargeBlocksAreRecycled) {
         std::memset(block, turn, size);
         EXPECT_EQ(standalone::Memory().recycled_hits - before.recycled_hits, recycled && turn == 2 ? 1 : 0);
         BM_FreeFrame(block, size);
-        EXPECT_EQ(standalone::Memory().blocks_in_use, before.blocks_in_use);
+        EXPECT_EQ(blocks_in_use(), before.blocks_in_use);
         EXPECT_EQ(standalone::Memory().recycled_bytes, recycled ? static_cast<std::int64_t>(size) : 0);
     }
 }
@@ -117,15 +112,13 @@ TEST(FrameMemory, PurgesBeforeItGivesUpQuietly) {
     for (const std::size_t size : {std::size_t{1000}, std::size_t{400} * 1024}) {
         ASSERT_EQ(BM_AllocateFrameQuiet(500u * 1024, 0, &block), 0);
         BM_FreeFrame(block, 500u * 1024);  // waits, and can be purged
-        standalone::FailAllocation(1);
-        EXPECT_EQ(BM_AllocateFrameQuiet(size, 0, &block), 0);
+        const auto allocate = [&] { return BM_AllocateFrameQuiet(size, 0, &block); };
+        EXPECT_EQ(short_of_memory(1, allocate), 0);
         EXPECT_EQ(standalone::Memory().recycled_bytes, 0);
         BM_FreeFrame(block, size);
         standalone::PurgeRecycled();
-        standalone::FailAllocation(1);
-        EXPECT_EQ(BM_AllocateFrameQuiet(size, 0, &block), 4);
+        EXPECT_EQ(short_of_memory(1, allocate), 4);
         EXPECT_EQ(block, nullptr);
-        standalone::FailAllocation(0);
     }
     EXPECT_EQ(BM_AllocateFrameQuiet(~std::size_t{0}, 0, &block), 4);
     EXPECT_TRUE(reports.all().empty());
@@ -133,24 +126,23 @@ TEST(FrameMemory, PurgesBeforeItGivesUpQuietly) {
 
 TEST(WorldMemory, AWorldThatCannotBeHadIsReportedOnce) {
     Reports reports;
-    const auto before = standalone::Memory().blocks_in_use;
+    const auto before = blocks_in_use();
     for (const int depth : kDepths) {
         standalone::PurgeRecycled();
         reports.clear();
         QX_LayerDef record{};
         record.width = 77;
-        standalone::FailAllocation(2);  // the first one is the object
-        EXPECT_EQ(QX_NewEffectWorld(12, 9, depth, 0, 1, &record), 4);
-        standalone::FailAllocation(0);
+        const auto create = [&] { return QX_NewEffectWorld(12, 9, depth, 0, 1, &record); };
+        EXPECT_EQ(short_of_memory(2, create), 4) << "the first one is the object";
         ASSERT_EQ(reports.all().size(), 1u);
         EXPECT_EQ(reports.last_text(), no_memory("12 x 9 @ " + std::to_string(depth) + " bpc"));
         EXPECT_EQ(record.width, 77) << "the record stays as it was";
-        EXPECT_EQ(standalone::Memory().blocks_in_use, before);
+        EXPECT_EQ(blocks_in_use(), before);
     }
 }
 
 TEST(WorldMemory, BlocksGoHomeAfterReReference) {
-    const auto before = standalone::Memory().blocks_in_use;
+    const auto before = blocks_in_use();
     const std::int32_t live = qx::live_world_count();
     for (const auto& [own, other] : {std::pair{1000, 4}, {4, 1000}}) {  // frees by too small and too large a size
         World a(QX_World::New(own, 150, 8, 0));
@@ -161,12 +153,12 @@ TEST(WorldMemory, BlocksGoHomeAfterReReference) {
         EXPECT_TRUE(own > other || !a->SubWorldSafetyGutterHasBeenOverWritten());  // looks at no memory of others
         a.reset();
     }
-    EXPECT_EQ(standalone::Memory().blocks_in_use, before);
+    EXPECT_EQ(blocks_in_use(), before);
     EXPECT_EQ(qx::live_world_count(), live);
 }
 
 TEST(WorldMemory, AGivenUpBlockIsTheTakersToFree) {
-    const auto before = standalone::Memory().blocks_in_use;
+    const auto before = blocks_in_use();
     const std::int32_t live = qx::live_world_count();
     World w(QX_World::New(8, 2, 32, 0));
     void* block = static_cast<std::byte*>(w->data);
@@ -178,7 +170,7 @@ TEST(WorldMemory, AGivenUpBlockIsTheTakersToFree) {
     w.reset();
     EXPECT_EQ(qx::live_world_count(), live);
     BM_FreeFrame(block, 1);  // blocks of this host are aligned, so that pixels begin where the block does
-    EXPECT_EQ(standalone::Memory().blocks_in_use, before);
+    EXPECT_EQ(blocks_in_use(), before);
 }
 
 TEST(WorldMemory, ADestroyedWorldIsMarkedDead) {

@@ -7,7 +7,7 @@ using namespace qx::test;
 
 TEST(World, SizesRowbytesAndGutter) {
     // Columns: depth, width, rowbytes, whether there is a gutter
-    const std::tuple<int, int, int, bool> cases[] = {
+    const Cases<int, int, int, bool> cases = {
         {8, 5, 32, true}, {16, 3, 32, true}, {32, 3, 48, true}, {32, 1, 16, false}, {16, 1, 16, true}};
     for (const auto& [depth, width, rowbytes, gutter] : cases) {
         const World w = make(width, 4, depth);
@@ -37,14 +37,12 @@ TEST(World, InvalidSizesAreReported) {
 
 TEST(World, EveryFailedAllocationLeaksNothing) {
     Reports reports;
-    const auto before = standalone::Memory().blocks_in_use;
+    const auto before = blocks_in_use();
     const std::int32_t live = qx::live_world_count();
     for (const auto& [side, nth] : each(std::array{10, 1000}, std::array{1, 2})) {
-        standalone::FailAllocation(nth);
-        const int code = code_of([side = side] { World(QX_World::New(side, side, 32, 0)); });
-        standalone::FailAllocation(0);
+        const int code = short_of_memory(nth, thrown([side = side] { World(QX_World::New(side, side, 32, 0)); }));
         EXPECT_TRUE(nth == 2 || code == 4);
-        EXPECT_TRUE(standalone::Memory().blocks_in_use == before && qx::live_world_count() == live);
+        EXPECT_TRUE(blocks_in_use() == before && qx::live_world_count() == live);
     }
 }
 

@@ -152,9 +152,8 @@ void QX_SpecialCasePixelBlit(const QX_World* src_world, M_LPoint src_point, QX_S
     if (std::max(dx, dy) > std::numeric_limits<std::int32_t>::max()) return;  // no source reaches the destination
     const M_LPoint offset{static_cast<std::int32_t>(dx), static_cast<std::int32_t>(dy)};
     M_LRect rect;
-    if (!M_SectLRect(dst_rect, {0, 0, dst_world8->width, dst_world8->height}, &rect)) return;
-    if (!M_SectLRect(rect, M_OffsetLRect({0, 0, src_world->width, src_world->height}, -offset.x, -offset.y), &rect))
-        return;
+    if (!M_SectLRect(dst_rect, whole_of(*dst_world8), &rect)) return;
+    if (!M_SectLRect(rect, M_OffsetLRect(whole_of(*src_world), -offset.x, -offset.y), &rect)) return;
     Blit blit{src_world, dst_world8, offset, rect, style, swap_rb, checker_origin, checker_mask, colour_a, colour_b};
     throw_if(QX_IterateGeneric(-1, &blit, part));
 }

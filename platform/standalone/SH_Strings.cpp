@@ -21,7 +21,7 @@ constexpr utf::code_point kReplacement = 0xFFFD;
 std::string ToUtf8(const std::wstring& text) {
     std::string out;
     for (const wchar_t c : text) {
-        const auto code = static_cast<utf::code_point>(c);
+        const auto code = static_cast<utf::code_point>(static_cast<char32_t>(c));
         Utf8::encode(utf::is_valid_codepoint(code) ? code : kReplacement, std::back_inserter(out));
     }
     return out;

@@ -6,12 +6,14 @@
 #include "platform/Platform_Export.h"
 
 /// Flags of the processor, non-zero when the feature is there and to be used.
-/// Index 2 is the vector unit (SSE4.1), index 6 the faster rows (AVX2).
+/// Index 2 is the vector unit (SSE4.1), index 6 the faster rows (AVX2). A host may have more than the first seven:
+/// index 7 of this one's is AVX-512 with the sets F, BW, DQ and VL.
 struct TK_CPU_Data {
     std::int32_t flags[8];
 };
 inline constexpr int kTK_CPU_Vector = 2;
 inline constexpr int kTK_CPU_FasterRows = 6;
+inline constexpr int kTK_CPU_WidestRows = 7;
 
 PLATFORM_EXPORT extern const TK_CPU_Data* TK_G_CPU_DataP;
 

@@ -3,7 +3,7 @@
 # pointer to the exception personality, hold no code of ours.
 set(levels 0)
 foreach(object IN LISTS OBJECTS)
-  if(NOT object MATCHES "_(sse4|avx2)\\.cpp")
+  if(NOT object MATCHES "_(sse4|avx2|avx512)\\.cpp")
     continue()
   endif()
   set(level ${CMAKE_MATCH_1})

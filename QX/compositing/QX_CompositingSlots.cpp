@@ -18,31 +18,22 @@ template <class Pixel> void fill_lookups() {
     }
 }
 
-/// A depth's filters and merge; what the level lacks stays as it was.
 template <class Pixel> void fill_filters(const FilterSet<Pixel>& set) {
-    for (int i = 0; i < kFilters; ++i) {
-        if (set.filter[i] != nullptr) put(nth<SlotsOf<Pixel>.filters, kFilters>(i), set.filter[i]);
-    }
-    if (set.merge != nullptr) put(SlotsOf<Pixel>.merge, set.merge);
-}
-
-void fill_level(const Level& level) {
-    choose_row_levels(&level);
-    for_each_pixel_type([&]<class Pixel>() { fill_filters(level.filters.of<Pixel>()); });
+    for (int i = 0; i < kFilters; ++i) put(nth<SlotsOf<Pixel>.filters, kFilters>(i), set.filter[i]);
+    put(SlotsOf<Pixel>.merge, set.merge);
 }
 
 }  // namespace
 
-void fill_compositing_slots(bool vector, bool faster) {
+void fill_compositing_slots(Level level) {
     set_slot<Slot::TransferRect>(&QX_TransferRect_S);
     set_slot<Slot::TransferRectPlus>(&QX_TransferRectPlus);
-    for_each_pixel_type([]<class Pixel>() {
+    choose_compositing_kernels(level);
+    for_each_pixel_type([=]<class Pixel>() {
         fill_lookups<Pixel>();
+        fill_filters(compositing_kernels_of(level).filters.of<Pixel>());
         set_slot<SlotsOf<Pixel>.driver>(&drive_row<Pixel>);
     });
-    fill_level(plain::level);
-    if (vector) fill_level(sse4::level);
-    if (faster) fill_level(avx2::level);
 }
 
 }  // namespace qx

@@ -1,52 +1,55 @@
 // SPDX-License-Identifier: Apache-2.0
-// Body of the filters and of the alpha merge, for one level named by QX_ISA; bundles as in
-// QX_XferRowsT.h, and `Bundles<Pixel>::Alphas` for the merge (void: one pixel a step).
+// Body of the filters and of the alpha merge, for one level.
+#pragma once
 
-#include "QX/compositing/QX_Levels.h"
 #include "QX/compositing/QX_Pivots.h"
-#include "QX/compositing/QX_PixelAccess.h"
+#include "QX/compositing/QX_XferRowsT.h"
 
 namespace qx::QX_ISA {
 
-template <Pivot Kind, bool Forward, class D, class P, class Pixel>
-QX_INLINE void filter_step(const Pixel* src, Pixel* dst) {
+/// Out of multiplied colour. By a full alpha nothing is divided.
+template <Pivot Kind, class D, class P> QX_INLINE P straightened(const P& p) {
     using V = typename P::Lane;
-    const P p = load_pixels<P>(src);
-    store_pixels(dst, with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA {
-                     return Forward ? premix<Kind, D>(c, p.a) : unmix<Kind, D>(c, p.a);
-                 }));
+    if constexpr (is_wide<V>) {
+        if (all(p.a == D::full)) {
+            return with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA {
+                return unmix<Kind, D>(c, [](V v) QX_LAMBDA { return undivided<D>(v); });
+            });
+        }
+    }
+    return with_colours(
+        p.a, p, p, [&](V c, V) QX_LAMBDA { return unmix<Kind, D>(c, [&](V v) QX_LAMBDA { return D::div(v, p.a); }); });
 }
 
-template <Pivot Kind, bool Forward, class D, class Pixel = typename D::Pixel>
-int filter_row(std::int32_t count, const Pixel* src, Pixel* dst) {
-    using P = typename Bundles<Pixel>::Middle;
-    if (src == nullptr) src = dst;
-    std::int32_t i = 0;
-    for (; i + pixels_in<P> <= count; i += pixels_in<P>) filter_step<Kind, Forward, D, P>(src + i, dst + i);
-    for (; i < count; ++i) filter_step<Kind, Forward, D, typename Bundles<Pixel>::Tail>(src + i, dst + i);
-    return 0;
+template <Pivot Kind, bool Forward, class D, class Pixel> QX_INLINE void filter_step(const Pixel* src, Pixel* dst) {
+    using V = typename Bundle<D>::Lane;
+    const auto p = load_pixels<Bundle<D>>(src);
+    if constexpr (Forward) {
+        store_pixels(dst, with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA { return premix<Kind, D>(c, p.a); }));
+    } else {
+        store_pixels(dst, straightened<Kind, D>(p));
+    }
 }
 
 /// Black forward at 8 bits in lanes of 16 bits, two channels to a lane of 32; alpha takes the factor that keeps it.
 template <class V> QX_INLINE V multiplied8(V v) {
-    typedef std::uint16_t Half [[gnu::vector_size(sizeof(V))]];
+    using Half = Vector<std::uint16_t, sizeof(V)>;
     const V a = v & 255;
     const V even = (V)Depth8::mul<Half>((Half)(v & 0x00FF00FF), (Half)(a << 16 | 255));
     const V odd = (V)Depth8::mul<Half>((Half)(v >> 8 & 0x00FF00FF), (Half)(a << 16 | a));
     return even | odd << 8;
 }
 
-inline int multiply_row8(std::int32_t count, const QX_Pixel8* src, QX_Pixel8* dst) {
-    using P = typename Bundles<QX_Pixel8>::Middle;
+template <Pivot Kind, bool Forward, class D, class Pixel = typename D::Pixel>
+int filter_row(std::int32_t count, const Pixel* src, Pixel* dst) {
     if (src == nullptr) src = dst;
-    std::int32_t i = 0;
-    if constexpr (is_wide<typename P::Lane>) {
-        for (; i + pixels_in<P> <= count; i += pixels_in<P>) {
-            store_lanes(dst + i, multiplied8(load_lanes<typename P::Lane>(src + i)));
+    for_bundles<Bundle<D>, Pixel>(count, src, dst, [](const Pixel* from, Pixel* to) QX_LAMBDA {
+        if constexpr (Kind == Pivot::black && Forward && D::number == 8 && kRegister > 0) {
+            store_lanes(to, multiplied8(load_lanes<Wide<std::int32_t>>(from)));
+        } else {
+            filter_step<Kind, Forward, D>(from, to);
         }
-    }
-    using Tail = typename Bundles<QX_Pixel8>::Tail;
-    for (; i < count; ++i) filter_step<Pivot::black, true, Depth8, Tail>(src + i, dst + i);
+    });
     return 0;
 }
 
@@ -57,13 +60,17 @@ template <class D, bool Masked, class V> QX_INLINE V merged(V a, V opacity, V ma
     return D::combine(e, d);
 }
 
+template <class D, class V> struct AlphasOf { using Type = AlphaLanesFloat<V>; };
+template <class V> struct AlphasOf<Depth8, V> { using Type = AlphaLanes8<V>; };
+template <class V> struct AlphasOf<Depth16, V> { using Type = AlphaLanes16<V>; };
+
 template <class D, bool Masked, class Pixel>
 QX_INLINE void merge_run(std::int32_t count, const Pixel* src, QX_ChannelOf<Pixel> opacity, const Pixel* mask,
                          Pixel* dst) {
     std::int32_t i = 0;
-    using A = typename Bundles<Pixel>::Alphas;
-    if constexpr (!std::is_void_v<A>) {
-        using V = typename A::Lane;
+    if constexpr (kRegister > 0) {
+        using V = Wide<typename D::Lane>;
+        using A = typename AlphasOf<D, V>::Type;
         constexpr int step = sizeof(V) / sizeof(Pixel);
         for (; i + step <= count; i += step) {
             const V d = load_lanes<V>(dst + i);

@@ -6,12 +6,12 @@
 #include "QX/compositing/QX_Modes.h"
 #include "QX/indep/QX_PerDepth.h"
 #include "QX/indep/QX_SlotsOf.h"
+#include "lanes/Levels.h"
 
-/// The levels that the compositing kernels are built for, each in its own namespace from the same text. A level has
-/// null where it brings no form of its own; a lower one serves then. Plain has everything.
+/// The compositing kernels of a level.
 namespace qx {
 
-/// Row routines without tables, by mask state and place of the mode.
+/// Row routines without tables, by mask state and place of the mode; null for a number that is no mode.
 template <class Pixel> struct RowSet { QX_RowFunc<Pixel> at[2][modes::kPlaces]; };
 
 /// Filters in the order of their slots: black, white, grey, each forward and reverse; and the alpha merge.
@@ -20,19 +20,13 @@ template <class Pixel> struct FilterSet {
     QX_MergeFunc<Pixel> merge;
 };
 
-struct Level {
+struct CompositingKernels {
     PerDepth<RowSet> rows;
+    /// Filters, row and merge, or the row of xfer_behind and the mode's own, in one pass; null for modes without these.
+    PerDepth<RowSet> one_pass;
     PerDepth<FilterSet> filters;
 };
 
-namespace plain {
-extern const Level level;
-}
-namespace sse4 {
-extern const Level level;
-}
-namespace avx2 {
-extern const Level level;
-}
+QX_DECLARE_LEVELS(CompositingKernels, compositing_kernels)
 
 }  // namespace qx

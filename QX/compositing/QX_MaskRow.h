@@ -3,8 +3,9 @@
 
 #include <algorithm>
 
-#include "QX/compositing/QX_PixelAccess.h"
 #include "QX/indep/QX_Area.h"
+#include "QX/indep/QX_Depth.h"
+#include "lanes/PixelAccess.h"
 
 namespace qx {
 

@@ -4,7 +4,8 @@
 #include <cstdint>
 
 #include "QX/compositing/QX_CompositeMode.h"
-#include "QX/compositing/QX_Planes.h"
+#include "QX/indep/QX_Depth.h"
+#include "lanes/Planes.h"
 
 /// What every transfer mode states, and the frames that modes of a kind share.
 ///
@@ -34,6 +35,24 @@ enum class Skips : std::uint8_t {
     none                 ///< the mode has a test of its own, or always writes
 };
 
+/// A value that would be divided by a full alpha.
+template <class D, class V> QX_INLINE constexpr V undivided(V v) {
+    if constexpr (D::number == 32) return v;
+    return lesser(v, splat<V>(D::full));
+}
+
+/// A pixel of alpha r with f(colour of s, colour of t) / r as its colours. Most destinations are opaque, and by a full
+/// alpha nothing is divided.
+template <class D, class V, class F>
+QX_INLINE Planes<V> with_quotients(V r, V alpha, const Planes<V>& s, const Planes<V>& t, const F& f) {
+    if constexpr (is_wide<V>) {
+        if (all(r == D::full)) {
+            return with_colours(alpha, s, t, [&](V cs, V cd) QX_LAMBDA { return undivided<D>(f(cs, cd)); });
+        }
+    }
+    return with_colours(alpha, s, t, [&](V cs, V cd) QX_LAMBDA { return D::div(f(cs, cd), r); });
+}
+
 namespace modes {
 
 template <int Number, Skips S = Skips::transparent_source> struct Mode {
@@ -56,13 +75,12 @@ template <class Self, int Number, bool FullShortcut = false> struct General : Mo
         const V d = dst.a;
         const auto partly = [&]() QX_LAMBDA {
             const V p = D::mul(d, s), r = D::combine(s, d);
-            return with_colours(r, src, dst, [&](V cs, V cd) QX_LAMBDA {
+            return with_quotients<D>(r, r, src, dst, [&](V cs, V cd) QX_LAMBDA {
                 const V b = Self::template blend<D>(cs, cd);
                 if constexpr (D::number == 32) {
-                    return D::div((((d * cd - p * cd) + s * cs) - p * cs) + b * p, r);
+                    return (((d * cd - p * cd) + s * cs) - p * cs) + b * p;
                 } else {
-                    const V n = D::mul(cd, d) + D::mul(cs, s) - D::mul(cs, p) - D::mul(cd, p) + D::mul(b, p);
-                    return D::div(D::wrap(n), r);
+                    return D::wrap(D::mul(cd, d) + D::mul(cs, s) - D::mul(cs, p) - D::mul(cd, p) + D::mul(b, p));
                 }
             });
         };

@@ -31,12 +31,12 @@ struct Behind : Mode<1> {
         const V d = dst.a;
         const auto mixed = [&]() QX_LAMBDA {
             const V r = D::combine(s, d);
-            const P sum = with_colours(rgb_only ? d : r, src, dst, [&](V cs, V cd) QX_LAMBDA {
+            const P sum = with_quotients<D>(r, rgb_only ? d : r, src, dst, [&](V cs, V cd) QX_LAMBDA {
                 const V u = D::mul(cs, s);
                 if constexpr (F == Form::pixel || D::number == 32) {
-                    return D::div(u + D::lerp(cd - u, d), r);
+                    return u + D::lerp(cd - u, d);
                 } else {  // Kept: rows take the difference without its sign, which rounds the other way at 16 bits
-                    return D::div(cd < u ? u - D::mul(u - cd, d) : u + D::mul(cd - u, d), r);
+                    return cd < u ? u - D::mul(u - cd, d) : u + D::mul(cd - u, d);
                 }
             });
             if constexpr (D::number == 32) {
@@ -60,9 +60,9 @@ struct Over : Mode<2> {
         };
         const auto mixed = [&]() QX_LAMBDA {
             const V r = D::combine(s, d);
-            return with_colours(r, src, dst, [&](V cs, V cd) QX_LAMBDA {
+            return with_quotients<D>(r, r, src, dst, [&](V cs, V cd) QX_LAMBDA {
                 const V u = D::mul(cd, d);
-                return D::div(u + D::lerp(cs - u, s), r);
+                return u + D::lerp(cs - u, s);
             });
         };
         const auto partly = [&]() QX_LAMBDA {
@@ -82,12 +82,12 @@ struct PremulOver : Mode<21, Skips::nothing_to_add> {
     template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         using V = typename P::Lane;
         const V w = D::mul(D::comp(s), dst.a), r = D::combine(s, dst.a);
-        return with_colours(r, src, dst, [&](V u, V cd) QX_LAMBDA {
+        return with_quotients<D>(r, r, src, dst, [&](V u, V cd) QX_LAMBDA {
             const V sum = D::mul(w, cd) + u;
             if constexpr (D::number == 32) {
-                return D::div(sum, r);
+                return sum;
             } else {
-                return D::div(lesser(sum, splat<V>(D::full)), r);
+                return lesser(sum, splat<V>(D::full));
             }
         });
     }

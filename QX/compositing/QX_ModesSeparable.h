@@ -30,11 +30,13 @@ struct SoftLight : General<SoftLight, 8, true> {
             const V curve = soft_curve8(cs, cd);  // Kept: the upper weight is 2 cs less 256, not less 255
             return cs < D::half ? cd - D::mul(curve, D::full - 2 * cs) : cd + D::mul(curve, 2 * cs & 255);
         } else if constexpr (D::number == 16) {
-            if (cs < D::half) return cd - D::mul(table_value16(soft_light.down16, cd), D::full - 2 * cs);
-            return cd + D::mul(2 * cs - D::full, table_value16(soft_light.up16, cd));
+            const auto lower = cs < D::half;
+            const V curve = soft_curve16(lower, cd);
+            return lower ? cd - D::mul(curve, D::full - 2 * cs) : cd + D::mul(2 * cs - D::full, curve);
         } else {
-            if (cs < D::half) return cd - soft_curve_float(soft_light.down_float, cd) * (1.0f - 2.0f * cs);
-            return cd + (2.0f * cs - 1.0f) * soft_curve_float(soft_light.up_float, cd);
+            const auto lower = cs < D::half;
+            const V curve = soft_curve_float(lower, cd);
+            return lower ? cd - curve * (1.0f - 2.0f * cs) : cd + (2.0f * cs - 1.0f) * curve;
         }
     }
 };

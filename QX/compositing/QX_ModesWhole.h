@@ -19,7 +19,13 @@ template <class D, class V> QX_INLINE constexpr V scaled(V n, V m, V divisor) {
         return n * m / divisor;
     } else {
         // The quotient of a lane that is not used may have any divisor, but not 0.
-        return quotient<V>(n * m, divisor == 0 ? splat<V>(1) : divisor);
+        const V product = n * m, by = divisor == 0 ? splat<V>(1) : divisor;
+        if constexpr (D::number == 16 && is_wide<V>) {
+            const V size = large_quotient<V>(product < 0 ? -product : product, by);
+            return product < 0 ? -size : size;
+        } else {
+            return quotient<V>(product, by);
+        }
     }
 }
 

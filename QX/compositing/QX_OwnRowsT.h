@@ -3,9 +3,9 @@
 #pragma once
 
 #include "QX/compositing/QX_Levels.h"
-#include "QX/compositing/QX_PixelAccess.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/pixelops/QX_Rand.h"
+#include "lanes/PixelAccess.h"
 
 namespace qx::plain {
 

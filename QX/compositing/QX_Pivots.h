@@ -3,7 +3,7 @@
 
 #include "QX/compositing/QX_ModeFrame.h"
 
-/// Into and out of multiplied colour, against black, white and grey; alpha stays. An alpha of 0 divides to full.
+/// Into and out of multiplied colour, against black, white and grey; alpha stays. Division by an alpha of 0 gives full.
 namespace qx {
 
 template <Pivot P, class D, class V> QX_INLINE constexpr V premix(V c, V a) {
@@ -16,18 +16,17 @@ template <Pivot P, class D, class V> QX_INLINE constexpr V premix(V c, V a) {
     }
 }
 
-template <Pivot P, class D, class V> QX_INLINE constexpr V unmix(V c, V a) {
+/// @param divide  what a value is divided by
+template <Pivot P, class D, class V, class Divide> QX_INLINE constexpr V unmix(V c, const Divide& divide) {
     if constexpr (P == Pivot::black) {
-        return D::div(c, a);
+        return divide(c);
     } else if constexpr (P == Pivot::white) {
-        return D::comp(D::div(D::comp(c), a));
+        return D::comp(divide(D::comp(c)));
     } else if constexpr (D::number == 32) {
-        const V upper = D::vanishes(a) ? splat<V>(1.5f) : (c - 0.5f) / a + 0.5f;
-        const V lower = D::vanishes(a) ? splat<V>(-0.5f) : 0.5f - (0.5f - c) / a;
-        return c >= 0.5f ? upper : lower;
+        return c >= 0.5f ? divide(c - 0.5f) + 0.5f : 0.5f - divide(0.5f - c);
     } else {
         const auto is_upper = c >= D::half;
-        const V v = D::div(is_upper ? c - D::half : D::half - c, a);
+        const V v = divide(is_upper ? c - D::half : D::half - c);
         return is_upper ? lesser(D::half + v, splat<V>(D::full)) : greater(D::half - v, splat<V>(0));
     }
 }

@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/compositing/QX_RowLookup.h"
 
+#include <algorithm>
+
 #include "QX/compositing/QX_LinearRowsT.h"
 
 namespace qx {
 
 namespace {
 
-const Level* best_level = &plain::level;
+const CompositingKernels* kernels = &plain::compositing_kernels;
 
-template <class Pixel, bool Masked> QX_RowFunc<Pixel> stored_row(int place) {
-    const QX_RowFunc<Pixel> best = best_level->rows.of<Pixel>().at[Masked][place];
-    return best != nullptr ? best : plain::level.rows.of<Pixel>().at[Masked][place];
+template <class Pixel> QX_RowFunc<Pixel> stored_row(bool masked, int place) {
+    const QX_RowFunc<Pixel> best = kernels->rows.of<Pixel>().at[masked][place];
+    return best != nullptr ? best : plain::compositing_kernels.rows.of<Pixel>().at[masked][place];
 }
 
 /// Rows in linear light by place; null where a mode copies, which is the same in any light.
@@ -31,7 +33,7 @@ template <class D, bool Masked, bool Linear> int lookup(int xfer, QX_RowFunc<typ
     if (!QX_IsTransferMode(xfer)) return report_unimplemented_mode();
     const int place = modes::place_of(xfer);
     QX_RowFunc<typename D::Pixel> found = Linear ? linear_row_at<D, Masked>(place, modes::All{}) : nullptr;
-    *row = found != nullptr ? found : stored_row<typename D::Pixel, Masked>(place);
+    *row = found != nullptr ? found : stored_row<typename D::Pixel>(Masked, place);
     return kQX_NoError;
 }
 
@@ -46,7 +48,24 @@ int report_unimplemented_mode() {
     return kQX_UnimplementedMode;
 }
 
-void choose_row_levels(const Level* best) { best_level = best; }
+void choose_compositing_kernels(Level level) { kernels = &compositing_kernels_of(level); }
+
+template <class Pixel> QX_RowFunc<Pixel> one_pass_row(const QX_BlendModeDescriptor<Pixel>& d, bool masked) {
+    const QX_RowFunc<Pixel> row = kernels->one_pass.of<Pixel>().at[masked][modes::place_of(d.mode.xfer)];
+    if (row == nullptr || d.mode.opacity == 0) return nullptr;
+    const auto own_row = [&](int xfer) { return stored_row<Pixel>(masked, modes::place_of(xfer)); };
+    if (d.row != own_row(d.mode.xfer)) return nullptr;
+    if (d.pre_post == 0) return d.behind_row == own_row(xfer_behind) ? row : nullptr;
+    const FilterSet<Pixel>& own = kernels->filters.of<Pixel>();
+    const auto is_own = [&](QX_FilterFunc<Pixel> filter) {
+        return std::find(std::begin(own.filter), std::end(own.filter), filter) != std::end(own.filter);
+    };
+    return is_own(d.pre_filter) && is_own(d.post_filter) && d.alpha_merge == own.merge ? row : nullptr;
+}
+
+template QX_RowFunc<QX_Pixel8> one_pass_row(const QX_BlendModeDescriptor<QX_Pixel8>&, bool);
+template QX_RowFunc<QX_Pixel16> one_pass_row(const QX_BlendModeDescriptor<QX_Pixel16>&, bool);
+template QX_RowFunc<QX_PixelFloat> one_pass_row(const QX_BlendModeDescriptor<QX_PixelFloat>&, bool);
 
 const PerDepth<RowLookups> row_lookups{lookups<Depth8>, lookups<Depth16>, lookups<DepthFloat>};
 

@@ -5,8 +5,8 @@
 #include "QX/compositing/QX_LinearLookup.h"
 #include "QX/compositing/QX_Modes.h"
 #include "QX/compositing/QX_Pivots.h"
-#include "QX/compositing/QX_PixelAccess.h"
 #include "QX/compositing/QX_XferTables.h"
+#include "lanes/PixelAccess.h"
 
 namespace qx {
 
@@ -27,7 +27,8 @@ template <class M, class D, class P, class L> P blend_pixel(const P& src, L s, c
         const L r = D::combine(s, dst.a);
         const P mixed_in = with_colours(dst.a, dst, dst, [&](L c, L) { return premix<pivot, D>(c, dst.a); });
         const P mixed = M::template apply<Form::pixel, D>(src, s, mixed_in, false);
-        return with_colours(r, mixed, mixed, [&](L c, L) { return unmix<pivot, D>(D::wrap(c), r); });
+        return with_colours(r, mixed, mixed,
+                            [&](L c, L) { return unmix<pivot, D>(D::wrap(c), [&](L v) { return D::div(v, r); }); });
     } else if constexpr (M::switches.behind_first) {
         return after_behind<M, D>(src, s, dst);
     } else {

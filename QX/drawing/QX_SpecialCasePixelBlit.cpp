@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <limits>
 
-#include "QX/compositing/QX_PixelAccess.h"
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_DepthSteps.h"
@@ -13,6 +12,7 @@
 #include "QX/indep/QX_WithDepth.h"
 #include "QX/iterate/QX_Iterate.h"
 #include "QX/world/QX_WorldX.h"
+#include "lanes/PixelAccess.h"
 
 namespace {
 

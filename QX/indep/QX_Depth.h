@@ -6,8 +6,8 @@
 #include <type_traits>
 
 #include "QX/indep/QX_ColourTables.h"
-#include "QX/indep/QX_Lanes.h"
 #include "QX/indep/QX_Pixel.h"
+#include "lanes/Lanes.h"
 
 namespace qx {
 
@@ -40,7 +40,10 @@ struct Depth8 {
     /// The table's law: min(255, (v * 255 + a / 2) / a), and 255 for an alpha of 0.
     template <class V> QX_LANE V div(V v, V a) {
         if constexpr (is_wide<V>) {
-            const V q = quotient<V>(v * 255 + (a >> 1), a);
+            // n / a lies at least 1 / 510 from the next integer when n is an integer and a half, and the rounding of
+            // the reciprocal and of the product moves a quotient up to 256 by less than 2^-14.
+            const auto n = to_float(v * 255 + (a >> 1)) + 0.5f;
+            const V q = truncate_to_int(n * (1.0f / to_float(a)));
             return ((a == 0) | (q > 255)) ? splat<V>(255) : q;
         } else {
             return QXp_G_fcd_table[a * 256 + v];
@@ -64,7 +67,13 @@ struct Depth16 {
     template <class V> QX_LANE V smul(V x, V w) { return mul(x, w); }
     template <class V> QX_LANE V wrap(V x) { return x & 0xFFFF; }
     template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 9798 + g * 19235 + b * 3735 + 16384) >> 15; }
-    template <class V> QX_LANE V div(V v, V a) { return v >= a ? full : (v * 32768 + (a >> 1)) / a; }
+    template <class V> QX_LANE V div(V v, V a) {
+        if constexpr (is_wide<V>) {
+            return v >= a ? splat<V>(full) : large_quotient<V>(v * 32768 + (a >> 1), a);
+        } else {
+            return v >= a ? full : (v * 32768 + (a >> 1)) / a;
+        }
+    }
 };
 
 struct DepthFloat {

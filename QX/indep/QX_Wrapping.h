@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "QX/indep/QX_Lanes.h"
+#include "lanes/Lanes.h"
 
 /// Arithmetic in two's complement: places far outside a world are legal, and positions in 16.16 wrap.
 namespace qx {

@@ -7,10 +7,10 @@
 #include "QX/pixelops/QX_PixelopsSlots.h"
 #include "QX/sampling/QX_SamplingSlots.h"
 
-void qx::fill_slots(bool vector, bool faster) {
+void qx::fill_slots(const Processor& processor) {
     fill_iterate_slots();
     fill_pixelops_slots();
-    fill_sampling_slots(vector, faster);
-    fill_compositing_slots(vector, faster);
+    fill_sampling_slots(processor);
+    fill_compositing_slots(processor.level());
     fill_geometry_slots();
 }

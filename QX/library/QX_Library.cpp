@@ -63,7 +63,9 @@ int QX_Birth() {
         qx::build_soft_light_tables();
         qx::throw_if(scratch_of_start(false));
         const auto& flags = TK_G_CPU_DataP->flags;
-        qx::fill_slots(flags[kTK_CPU_Vector] != 0, flags[kTK_CPU_FasterRows] != 0);
+        qx::fill_slots({.vector = flags[kTK_CPU_Vector] != 0,
+                        .faster = flags[kTK_CPU_FasterRows] != 0,
+                        .widest = flags[kTK_CPU_WidestRows] != 0});
         qx::throw_if(call_acceleration(kStart));
         HCL_XIFAddressProc registry = nullptr;
         qx::throw_if(HCL_GetXIFAddressProc(&registry));

@@ -51,11 +51,11 @@ constexpr SampForms kFasterPlain = widened(kPlain), kFaster = widened(kVector);
 
 constinit const SampForms* samp_forms = &kPlain;
 
-void choose_samp_forms(bool vector, bool faster) {
-    if (faster) {
-        samp_forms = vector ? &kFaster : &kFasterPlain;
+void choose_samp_forms(const Processor& processor) {
+    if (processor.faster) {
+        samp_forms = processor.vector ? &kFaster : &kFasterPlain;
     } else {
-        samp_forms = vector ? &kVector : &kPlain;
+        samp_forms = processor.vector ? &kVector : &kPlain;
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "QX/indep/QX_Processor.h"
 #include "QX/indep/QX_RoutineTypes.h"
 #include "QX/sampling/QX_AreaRuns.h"
 #include "QX/sampling/QX_Runs.h"
@@ -61,8 +62,6 @@ struct SampForms {
 
 /// Chosen once, at the library's start.
 extern const SampForms* samp_forms;
-/// @param vector  the processor has the vector unit
-/// @param faster  the faster rows are to be used
-void choose_samp_forms(bool vector, bool faster);
+void choose_samp_forms(const Processor& processor);
 
 }  // namespace qx

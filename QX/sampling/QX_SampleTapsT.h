@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "QX/indep/QX_Area.h"
-#include "QX/indep/QX_Lanes.h"
 #include "QX/sampling/QX_SampPB.h"
+#include "lanes/Lanes.h"
 
 /// Positions, and where a sampler's taps come from.
 namespace qx::sampling {

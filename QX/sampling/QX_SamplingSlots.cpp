@@ -37,8 +37,8 @@ void fill_samplers16() {
 
 }  // namespace
 
-void fill_sampling_slots(bool vector, bool faster) {
-    choose_samp_forms(vector, faster);
+void fill_sampling_slots(const Processor& processor) {
+    choose_samp_forms(processor);
     fill_samplers8();
     fill_samplers16();
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Flags of the processor: the two levels that the module has routines for.
+// Flags of the processor: the levels that the module has routines for.
 #include <algorithm>
 
 #include "platform/TK_CPU.h"
@@ -13,6 +13,7 @@ TK_CPU_Data data{};
 TK_CPU_Data* Filled(ProcessorLevel level) {
     data.flags[kTK_CPU_Vector] = level >= ProcessorLevel::vector;
     data.flags[kTK_CPU_FasterRows] = level >= ProcessorLevel::faster;
+    data.flags[kTK_CPU_WidestRows] = level >= ProcessorLevel::widest;
     return &data;
 }
 
@@ -21,7 +22,10 @@ TK_CPU_Data* Filled(ProcessorLevel level) {
 ProcessorLevel DetectedProcessorLevel() {
     __builtin_cpu_init();
     if (!__builtin_cpu_supports("sse4.1")) return ProcessorLevel::plain;
-    return __builtin_cpu_supports("avx2") ? ProcessorLevel::faster : ProcessorLevel::vector;
+    if (!__builtin_cpu_supports("avx2")) return ProcessorLevel::vector;
+    const bool widest = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+    return widest ? ProcessorLevel::widest : ProcessorLevel::faster;
 }
 
 void SetProcessorLevel(ProcessorLevel level) { Filled(std::min(level, DetectedProcessorLevel())); }

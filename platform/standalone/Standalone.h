@@ -20,7 +20,7 @@ PLATFORM_EXPORT void SetExecutor(const Executor& executor);  ///< An empty one g
 PLATFORM_EXPORT void SetThreadCountError(int code);
 
 // --- processor -------------------------------------------------------------------------------------
-enum class ProcessorLevel { plain = 0, vector = 1, faster = 2 };
+enum class ProcessorLevel { plain = 0, vector = 1, faster = 2, widest = 3 };
 /// Sets the processor flags as if the processor ended at this level; never above what it has.
 PLATFORM_EXPORT void SetProcessorLevel(ProcessorLevel level);
 PLATFORM_EXPORT ProcessorLevel DetectedProcessorLevel();

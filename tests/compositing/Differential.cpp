@@ -71,7 +71,7 @@ template <class Pixel> std::optional<std::string> run_at_depth(const Case& c) {
 const std::vector<LevelKernels>& levels() {
     static const std::vector<LevelKernels> all = [] {
         std::vector<LevelKernels> found;
-        constexpr const char* names[] = {"plain", "SSE4.1", "AVX2"};
+        constexpr const char* names[] = {"plain", "SSE4.1", "AVX2", "AVX-512"};
         for (int level = 0; level <= static_cast<int>(standalone::DetectedProcessorLevel()); ++level) {
             const Born born(1, static_cast<standalone::ProcessorLevel>(level));
             found.push_back(

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Vector forms equal the plain form in every pixel.
-#include "QX/compositing/QX_PixelAccess.h"
 #include "QX/compositing/QX_SoftLight.h"
+#include "lanes/PixelAccess.h"
 #include "tests/compositing/Differential.h"
 #include "tests/compositing/TransferSupport.h"
 
@@ -25,6 +25,7 @@ TEST(Levels, AgreeOnMillionsOfPixels) {
 
 /// The vector forms compute what the plain one reads from tables: quotients and the soft-light curves.
 TEST(Levels, ArithmeticOfLanesIsThatOfTables) {
+    using Int4 = Vector<std::int32_t, 16>;
     const Born born(1);
     for (const auto& [quarter, a] : places(64, 256)) {
         const int v = 4 * quarter;

@@ -95,7 +95,8 @@ TEST(Processor, LevelsSetFlagsButNeverAboveTheProcessor) {
         standalone::SetProcessorLevel(level);
         const auto expected = std::min(level, there);
         EXPECT_EQ(TK_G_CPU_DataP->flags[2] != 0, expected >= ProcessorLevel::vector);
-        EXPECT_EQ(TK_G_CPU_DataP->flags[6] != 0, expected == ProcessorLevel::faster);
+        EXPECT_EQ(TK_G_CPU_DataP->flags[6] != 0, expected >= ProcessorLevel::faster);
+        EXPECT_EQ(TK_G_CPU_DataP->flags[7] != 0, expected >= ProcessorLevel::widest);
     }
 }
 

@@ -35,7 +35,7 @@ template <class... Columns> using Cases = std::vector<std::tuple<Columns...>>;
 using Text = const char*;
 
 /// A test at every depth, with the library born.
-template <class Pixel, int Bands, standalone::ProcessorLevel level = standalone::ProcessorLevel::faster>
+template <class Pixel, int Bands, standalone::ProcessorLevel level = standalone::ProcessorLevel::widest>
 class BornAtDepth : public testing::Test {
     Born born_{Bands, level};
 };

@@ -26,7 +26,7 @@ private:
 /// The library, born with these settings for a scope and ended with it; the host's defaults come back after.
 class Born {
 public:
-    explicit Born(int bands = 1, standalone::ProcessorLevel level = standalone::ProcessorLevel::faster);
+    explicit Born(int bands = 1, standalone::ProcessorLevel level = standalone::ProcessorLevel::widest);
     ~Born();
     Born(Born&&) = delete;
     int code() const { return code_; }
@@ -36,7 +36,8 @@ private:
 };
 
 inline constexpr standalone::ProcessorLevel kLevels[] = {
-    standalone::ProcessorLevel::plain, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster};
+    standalone::ProcessorLevel::plain, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster,
+    standalone::ProcessorLevel::widest};
 
 /// What a call gives while the n-th allocation of the host's from now on fails.
 template <class Call> auto short_of_memory(int nth, const Call& call) {

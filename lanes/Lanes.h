@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <emmintrin.h>
+#ifdef __AVX2__
+#include <immintrin.h>
+#endif
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+/// A lane type is one number or a compiler vector of numbers. Arithmetic, comparison, shifts and `?:` mean
+/// the same for both, so one text serves every level; a vector's `?:` evaluates both sides. What differs is
+/// here. Everything is inlined always, so that no two levels share a function.
+#define QX_LANE [[gnu::always_inline]] static constexpr
+#define QX_INLINE [[gnu::always_inline]] inline
+/// For lambdas in kernels.
+#define QX_LAMBDA __attribute__((always_inline))
+
+namespace qx {
+
+template <class V> inline constexpr bool is_wide = !std::is_arithmetic_v<V>;
+
+/// A vector of numbers that fills a register of so many bytes; of 0 bytes the number itself.
+template <class T, std::size_t Bytes> struct VectorOf { typedef T Type [[gnu::vector_size(Bytes)]]; };
+template <class T> struct VectorOf<T, 0> { using Type = T; };
+template <class T, std::size_t Bytes> using Vector = typename VectorOf<T, Bytes>::Type;
+
+template <class V> struct LaneTraits { using Number = V; };
+template <class V>
+requires is_wide<V>
+struct LaneTraits<V> {
+    using Number = std::remove_cvref_t<decltype(V{}[0])>;
+};
+template <class V> using NumberOf = typename LaneTraits<V>::Number;
+/// The lanes of V, which are of four bytes, as floats.
+template <class V> using FloatLanes = Vector<float, is_wide<V> ? sizeof(V) : 0>;
+
+/// How many numbers V holds.
+template <class V> inline constexpr int lanes_in = sizeof(V) / sizeof(NumberOf<V>);
+
+/// `V` with every lane equal to `x`.
+template <class V, class T> QX_INLINE constexpr V splat(T x) {
+    if constexpr (is_wide<V>) {
+        return V{} + static_cast<NumberOf<V>>(x);
+    } else {
+        return static_cast<V>(x);
+    }
+}
+
+template <class V> QX_INLINE constexpr V lesser(V a, V b) { return a < b ? a : b; }
+template <class V> QX_INLINE constexpr V greater(V a, V b) { return a > b ? a : b; }
+/// The size of the difference; a difference of a negative zero has a size of 0 without a sign.
+template <class V> QX_INLINE constexpr V distance(V a, V b) {
+    const V x = a - b;
+    return x > V{} ? x : V{} - x;
+}
+
+/// True when the condition holds in every lane.
+template <class M> QX_INLINE constexpr bool all(M mask) {
+    if constexpr (!is_wide<M>) {
+        return static_cast<bool>(mask);
+    } else if constexpr (sizeof(M) == 16) {
+        return _mm_movemask_epi8((__m128i)mask) == 0xFFFF;
+#ifdef __AVX2__
+    } else if constexpr (sizeof(M) == 32) {
+        return _mm256_movemask_epi8((__m256i)mask) == -1;
+#endif
+#ifdef __AVX512DQ__
+    } else if constexpr (sizeof(M) == 64) {
+        return _mm512_movepi32_mask((__m512i)mask) == 0xFFFF;
+#endif
+    } else {
+        static_assert(sizeof(M) == 16, "this level has smaller registers");
+        return false;
+    }
+}
+
+/// Float to a 32-bit integer as the processor does it: truncated, and 0x80000000 for NaN and what does
+/// not fit. Callers that need fewer bits keep the low ones.
+QX_INLINE std::int32_t truncate_to_int(float x) { return _mm_cvttss_si32(_mm_set_ss(x)); }
+QX_INLINE std::int32_t truncate_to_int(double x) { return _mm_cvttsd_si32(_mm_set_sd(x)); }
+/// The same lane by lane.
+template <class F>
+requires is_wide<F> QX_INLINE auto truncate_to_int(F x) {
+    using V = Vector<std::int32_t, sizeof(F)>;
+    if constexpr (sizeof(F) == 16) {
+        return (V)_mm_cvttps_epi32((__m128)x);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(F) == 32) {
+        return (V)_mm256_cvttps_epi32((__m256)x);
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(F) == 64) {
+        return (V)_mm512_cvttps_epi32((__m512)x);
+#endif
+    }
+}
+
+template <class V> QX_INLINE FloatLanes<V> to_float(V x) {
+    if constexpr (is_wide<V>) {
+        return __builtin_convertvector(x, FloatLanes<V>);
+    } else {
+        return static_cast<float>(x);
+    }
+}
+
+/// Correctly rounded square root of every lane.
+template <class F> QX_INLINE F root(F x) {
+    if constexpr (sizeof(F) == 16) {
+        return (F)_mm_sqrt_ps((__m128)x);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(F) == 32) {
+        return (F)_mm256_sqrt_ps((__m256)x);
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(F) == 64) {
+        return (F)_mm512_sqrt_ps((__m512)x);
+#endif
+    }
+}
+
+/// Quotient of integers, truncated towards zero. In a vector |n| stays below 2^24, where the correctly rounded
+/// float quotient never reaches the next integer, and a divisor of 0 gives a value that is not used.
+template <class V> QX_INLINE constexpr V quotient(V n, V divisor) {
+    if constexpr (is_wide<V>) {
+        return truncate_to_int(to_float(n) / to_float(divisor));
+    } else {
+        return n / divisor;
+    }
+}
+
+/// Quotient of integers for 0 <= n < 2^31, a divisor from 1 to 2^16 and a quotient below 2^17. A divisor of 0 gives a
+/// value that is not used; quotients by the same divisor share the one division.
+///
+/// Three roundings (n, 1 / divisor, their product) leave an error below 2^17 * 3.01 * 2^-24 < 1/42, and subtracting
+/// 1/32 rounds by at most 1/256: so the estimate lies below the quotient, by less than 1/16. Truncated, it is the
+/// quotient or one less, which the remainder tells.
+template <class V> QX_INLINE constexpr V large_quotient(V n, V divisor) {
+    if constexpr (is_wide<V>) {
+        const auto reciprocal = 1.0f / to_float(divisor);
+        const V estimate = truncate_to_int(to_float(n) * reciprocal - 0.03125f);
+        const V remainder = n - estimate * divisor;
+        return estimate - (remainder >= divisor);
+    } else {
+        return n / divisor;
+    }
+}
+
+/// Four bytes at `base` and each lane's distance from it in bytes.
+template <class V> QX_INLINE V gather(const void* base, V bytes) {
+    if constexpr (!is_wide<V>) {
+        V v;
+        __builtin_memcpy(&v, static_cast<const std::byte*>(base) + bytes, sizeof v);
+        return v;
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(V) == 64) {
+        return (V)_mm512_i32gather_epi32((__m512i)bytes, base, 1);
+#endif
+#ifdef __AVX2__
+    } else if constexpr (sizeof(V) == 32) {
+        return (V)_mm256_i32gather_epi32(static_cast<const int*>(base), (__m256i)bytes, 1);
+#endif
+    } else {
+        V v;
+        for (int i = 0; i < lanes_in<V>; ++i) {
+            NumberOf<V> lane;
+            __builtin_memcpy(&lane, static_cast<const std::byte*>(base) + bytes[i], sizeof lane);
+            v[i] = lane;
+        }
+        return v;
+    }
+}
+
+}  // namespace qx

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+
+#include "lanes/Planes.h"
+
+/// Pixels between memory, at any alignment, and lanes. A pixel has four channels, alpha first, of 8 bits, of 16 bits
+/// with full scale 32768, or float; lanes have 32 bits. A bundle is what one step of a row works on: its type tells how
+/// many pixels it holds, whose order in the lanes is that of shuffles within 16 bytes, the same for all bundles of one
+/// type.
+namespace qx {
+
+template <class P> inline constexpr int pixels_in = lanes_in<typename P::Lane>;
+
+template <class V, class T> QX_INLINE V load_lanes(const T* from) {
+    V v;
+    __builtin_memcpy(&v, from, sizeof v);
+    return v;
+}
+template <class V, class T> QX_INLINE void store_lanes(T* to, V v) { __builtin_memcpy(to, &v, sizeof v); }
+
+/// A 16-bit channel. Larger values than full do not occur in well-formed pixels; limited, they stay harmless.
+template <class V> QX_INLINE constexpr V limited16(V c) { return lesser(c, splat<V>(32768)); }
+
+/// Shuffles within each 16 bytes of two registers of four-byte lanes: two lanes of `x`, then two of `y`.
+template <int I0, int I1, int I2, int I3, class V> QX_INLINE V shuffle(V x, V y) {
+    constexpr int which = I0 | I1 << 2 | I2 << 4 | I3 << 6;
+    if constexpr (sizeof(V) == 16) {
+        return (V)_mm_shuffle_ps((__m128)x, (__m128)y, which);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(V) == 32) {
+        return (V)_mm256_shuffle_ps((__m256)x, (__m256)y, which);
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(V) == 64) {
+        return (V)_mm512_shuffle_ps((__m512)x, (__m512)y, which);
+#endif
+    }
+}
+/// The lower or the upper two lanes of each 16 bytes of two registers, by turns.
+template <bool Upper, class V> QX_INLINE V interleave(V x, V y) {
+    if constexpr (sizeof(V) == 16) {
+        return (V)(Upper ? _mm_unpackhi_ps((__m128)x, (__m128)y) : _mm_unpacklo_ps((__m128)x, (__m128)y));
+#ifdef __AVX2__
+    } else if constexpr (sizeof(V) == 32) {
+        return (V)(Upper ? _mm256_unpackhi_ps((__m256)x, (__m256)y) : _mm256_unpacklo_ps((__m256)x, (__m256)y));
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(V) == 64) {
+        return (V)(Upper ? _mm512_unpackhi_ps((__m512)x, (__m512)y) : _mm512_unpacklo_ps((__m512)x, (__m512)y));
+#endif
+    }
+}
+
+/// Four by four lanes turned over: float pixels to channels and back.
+template <class V> QX_INLINE Planes<V> transposed(V p0, V p1, V p2, V p3) {
+    const V ar01 = interleave<false>(p0, p1), ar23 = interleave<false>(p2, p3);
+    const V gb01 = interleave<true>(p0, p1), gb23 = interleave<true>(p2, p3);
+    return {shuffle<0, 1, 0, 1>(ar01, ar23), shuffle<2, 3, 2, 3>(ar01, ar23), shuffle<0, 1, 0, 1>(gb01, gb23),
+            shuffle<2, 3, 2, 3>(gb01, gb23)};
+}
+
+template <class P, class Pixel> QX_INLINE P load_pixels(const Pixel* p) {
+    using V = typename P::Lane;
+    using Channel = decltype(p->alpha);
+    if constexpr (!is_wide<V>) {
+        const P read{p->alpha, p->red, p->green, p->blue};
+        if constexpr (sizeof(Channel) != 2) return read;
+        return {limited16(read.a), limited16(read.r), limited16(read.g), limited16(read.b)};
+    } else if constexpr (sizeof(Channel) == 1) {
+        const V v = load_lanes<V>(p);
+        return {v & 255, v >> 8 & 255, v >> 16 & 255, v >> 24 & 255};
+    } else if constexpr (sizeof(Channel) == 2) {
+        using Words = Vector<std::uint16_t, sizeof(V)>;
+        const auto half = [=](int k) QX_LAMBDA {
+            return (V)lesser(load_lanes<Words>(p + k * pixels_in<P> / 2), splat<Words>(32768));
+        };
+        const V low = half(0), high = half(1);
+        const V ar = shuffle<0, 2, 0, 2>(low, high), gb = shuffle<1, 3, 1, 3>(low, high);
+        return {ar & 0xFFFF, ar >> 16 & 0xFFFF, gb & 0xFFFF, gb >> 16 & 0xFFFF};
+    } else {
+        constexpr int quarter = pixels_in<P> / 4;
+        return transposed(load_lanes<V>(p), load_lanes<V>(p + quarter), load_lanes<V>(p + 2 * quarter),
+                          load_lanes<V>(p + 3 * quarter));
+    }
+}
+
+/// Integer channels keep their low bits.
+template <class P, class Pixel> QX_INLINE void store_pixels(Pixel* p, const P& v) {
+    using V = typename P::Lane;
+    using Channel = decltype(p->alpha);
+    if constexpr (!is_wide<V>) {
+        *p = {static_cast<Channel>(v.a), static_cast<Channel>(v.r), static_cast<Channel>(v.g),
+              static_cast<Channel>(v.b)};
+    } else if constexpr (sizeof(Channel) == 1) {
+        store_lanes(p, (v.a & 255) | (v.r & 255) << 8 | (v.g & 255) << 16 | v.b << 24);
+    } else if constexpr (sizeof(Channel) == 2) {
+        const V ar = (v.a & 0xFFFF) | v.r << 16, gb = (v.g & 0xFFFF) | v.b << 16;
+        store_lanes(p, interleave<false>(ar, gb));
+        store_lanes(p + pixels_in<P> / 2, interleave<true>(ar, gb));
+    } else {
+        constexpr int quarter = pixels_in<P> / 4;
+        const Planes<V> rows = transposed(v.a, v.r, v.g, v.b);
+        store_lanes(p, rows.a);
+        store_lanes(p + quarter, rows.r);
+        store_lanes(p + 2 * quarter, rows.g);
+        store_lanes(p + 3 * quarter, rows.b);
+    }
+}
+
+/// The alphas of a bundle's pixels.
+template <class P, class Pixel> QX_INLINE typename P::Lane load_alpha(const Pixel* p) { return load_pixels<P>(p).a; }
+
+/// Alphas where they lie in memory: a register as it is, of which only the lanes that hold an alpha count.
+template <class V> struct AlphaLanes8 {
+    using Lane = V;
+    QX_LANE V alpha(V v) { return v & 255; }
+    QX_LANE V with_alpha(V v, V alpha) { return (v & ~255) | alpha; }
+};
+template <class V> struct AlphaLanes16 {  // a pixel is two lanes; alpha is the low half of the first
+    using Lane = V;
+    QX_LANE V alpha(V v) { return limited16(v & 0xFFFF); }
+    QX_LANE V with_alpha(V v, V alpha) {
+        V first{};
+        for (int i = 0; i < lanes_in<V>; i += 2) first[i] = -1;
+        return first ? ((v & ~0xFFFF) | alpha) : v;
+    }
+};
+template <class V> struct AlphaLanesFloat {  // a pixel is four lanes
+    using Lane = V;
+    QX_LANE V alpha(V v) { return v; }
+    QX_LANE V with_alpha(V v, V alpha) {
+        decltype(v < alpha) first{};
+        for (int i = 0; i < lanes_in<V>; i += 4) first[i] = -1;
+        return first ? alpha : v;
+    }
+};
+
+}  // namespace qx

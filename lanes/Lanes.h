@@ -40,6 +40,10 @@ template <class V> using FloatLanes = Vector<float, is_wide<V> ? sizeof(V) : 0>;
 /// How many numbers V holds.
 template <class V> inline constexpr int lanes_in = sizeof(V) / sizeof(NumberOf<V>);
 
+/// True for lanes of two bytes, which 8-bit arithmetic fits when products count as unsigned.
+template <class V> inline constexpr bool is_short = is_wide<V> && sizeof(NumberOf<V>) == 2;
+template <class V> using UnsignedLanes = Vector<std::uint16_t, sizeof(V)>;
+
 /// `V` with every lane equal to `x`.
 template <class V, class T> QX_INLINE constexpr V splat(T x) {
     if constexpr (is_wide<V>) {
@@ -67,9 +71,9 @@ template <class M> QX_INLINE constexpr bool all(M mask) {
     } else if constexpr (sizeof(M) == 32) {
         return _mm256_movemask_epi8((__m256i)mask) == -1;
 #endif
-#ifdef __AVX512DQ__
+#ifdef __AVX512BW__
     } else if constexpr (sizeof(M) == 64) {
-        return _mm512_movepi32_mask((__m512i)mask) == 0xFFFF;
+        return _mm512_movepi16_mask((__m512i)mask) == 0xFFFFFFFF;
 #endif
     } else {
         static_assert(sizeof(M) == 16, "this level has smaller registers");
@@ -146,6 +150,46 @@ template <class V> QX_INLINE constexpr V large_quotient(V n, V divisor) {
     } else {
         return n / divisor;
     }
+}
+
+/// Quotients of unsigned numbers of 16 bits by divisors from 1 to 510, in lanes of 16 bits. By a divisor of 0 the value
+/// is not used.
+///
+/// n times floor(65536 / d), cut to its upper half, is less than n / d by less than 1 and by the cut: the quotient or
+/// one less, which the remainder tells. The float quotient of 65536 never reaches the next integer. For d = 1 the
+/// factor is 65535, which keeps that error.
+template <class V> QX_INLINE V short_reciprocal(V divisors) {
+    const auto exact = 65536.0f / to_float(divisors);
+    return lesser(truncate_to_int(exact), splat<V>(65535));
+}
+template <class U> QX_INLINE U upper_product(U x, U y) {
+    if constexpr (sizeof(U) == 16) {
+        return (U)_mm_mulhi_epu16((__m128i)x, (__m128i)y);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(U) == 32) {
+        return (U)_mm256_mulhi_epu16((__m256i)x, (__m256i)y);
+#endif
+#ifdef __AVX512BW__
+    } else if constexpr (sizeof(U) == 64) {
+        return (U)_mm512_mulhi_epu16((__m512i)x, (__m512i)y);
+#endif
+    }
+}
+template <class U> QX_INLINE U short_quotient(U n, U divisor, U reciprocal) {
+    const U estimate = upper_product(n, reciprocal);
+    const U remainder = n - estimate * divisor;
+    return estimate - (U)(remainder >= divisor);
+}
+/// Reciprocals of every lane, and of lanes of which both in four bytes are equal.
+template <class V> QX_INLINE UnsignedLanes<V> short_reciprocals(V divisors) {
+    using I = Vector<std::int32_t, sizeof(V)>;
+    const I low = short_reciprocal((I)divisors & 0xFFFF), high = short_reciprocal((I)divisors >> 16 & 0xFFFF);
+    return (UnsignedLanes<V>)((low & 0xFFFF) | high << 16);
+}
+template <class V> QX_INLINE UnsignedLanes<V> short_reciprocals_of_twins(V divisors) {
+    using I = Vector<std::int32_t, sizeof(V)>;
+    const I one = short_reciprocal((I)divisors & 0xFFFF);
+    return (UnsignedLanes<V>)(one | one << 16);
 }
 
 /// Four bytes at `base` and each lane's distance from it in bytes.

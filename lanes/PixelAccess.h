@@ -6,12 +6,15 @@
 #include "lanes/Planes.h"
 
 /// Pixels between memory, at any alignment, and lanes. A pixel has four channels, alpha first, of 8 bits, of 16 bits
-/// with full scale 32768, or float; lanes have 32 bits. A bundle is what one step of a row works on: its type tells how
-/// many pixels it holds, whose order in the lanes is that of shuffles within 16 bytes, the same for all bundles of one
-/// type.
+/// with full scale 32768, or float; lanes have 32 bits, but for pairs. A bundle is what one step of a row works on: its
+/// type tells how many pixels it holds, whose order in the lanes is that of shuffles within 16 bytes, the same for all
+/// bundles of one type.
 namespace qx {
 
 template <class P> inline constexpr int pixels_in = lanes_in<typename P::Lane>;
+template <class V> inline constexpr int pixels_in<Pairs<V>> = lanes_in<V> / 2;
+template <class P> inline constexpr bool is_pairs = false;
+template <class V> inline constexpr bool is_pairs<Pairs<V>> = true;
 
 template <class V, class T> QX_INLINE V load_lanes(const T* from) {
     V v;
@@ -68,6 +71,10 @@ template <class P, class Pixel> QX_INLINE P load_pixels(const Pixel* p) {
         const P read{p->alpha, p->red, p->green, p->blue};
         if constexpr (sizeof(Channel) != 2) return read;
         return {limited16(read.a), limited16(read.r), limited16(read.g), limited16(read.b)};
+    } else if constexpr (is_pairs<P>) {
+        using I = Vector<std::int32_t, sizeof(V)>;
+        const I v = load_lanes<I>(p), a = v & 255;
+        return {(V)(a | a << 16), (V)(v & 0x00FF00FF), (V)(v >> 8 & 0x00FF00FF)};
     } else if constexpr (sizeof(Channel) == 1) {
         const V v = load_lanes<V>(p);
         return {v & 255, v >> 8 & 255, v >> 16 & 255, v >> 24 & 255};
@@ -93,6 +100,9 @@ template <class P, class Pixel> QX_INLINE void store_pixels(Pixel* p, const P& v
     if constexpr (!is_wide<V>) {
         *p = {static_cast<Channel>(v.a), static_cast<Channel>(v.r), static_cast<Channel>(v.g),
               static_cast<Channel>(v.b)};
+    } else if constexpr (is_pairs<P>) {
+        using I = Vector<std::int32_t, sizeof(V)>;
+        store_lanes(p, ((I)v.ag & 0x00FF00FF) | ((I)v.rb & 0x00FF00FF) << 8);
     } else if constexpr (sizeof(Channel) == 1) {
         store_lanes(p, (v.a & 255) | (v.r & 255) << 8 | (v.g & 255) << 16 | v.b << 24);
     } else if constexpr (sizeof(Channel) == 2) {

@@ -11,18 +11,42 @@ template <class V> struct Planes {
     V a, r, g, b;
 };
 
+/// Pixels of 8 bits in lanes of 16: alpha in both lanes of its pixel; alpha and green; red and blue. What mixes the
+/// colours of a pixel needs planes.
+template <class V> struct Pairs {
+    using Lane = V;
+    V a, ag, rb;
+};
+
+/// Puts alphas into the lanes of a pair that hold one.
+template <class V> QX_INLINE V insert_alpha(V ag, V alpha) {
+    using I = Vector<std::int32_t, sizeof(V)>;
+    return (V)(((I)ag & ~0xFFFF) | ((I)alpha & 0xFFFF));
+}
+
 /// A pixel of this alpha, with f(colour of s, colour of t) as its colours.
 template <class V, class F>
 QX_INLINE Planes<V> with_colours(V alpha, const Planes<V>& s, const Planes<V>& t, const F& f) {
     return {alpha, f(s.r, t.r), f(s.g, t.g), f(s.b, t.b)};
 }
 
+template <class V, class F> QX_INLINE Pairs<V> with_colours(V alpha, const Pairs<V>& s, const Pairs<V>& t, const F& f) {
+    return {alpha, insert_alpha(f(s.ag, t.ag), alpha), f(s.rb, t.rb)};
+}
+
 /// The same pixel with another alpha.
 template <class V> QX_INLINE Planes<V> with_alpha(V alpha, const Planes<V>& p) { return {alpha, p.r, p.g, p.b}; }
+template <class V> QX_INLINE Pairs<V> with_alpha(V alpha, const Pairs<V>& p) {
+    return {alpha, insert_alpha(p.ag, alpha), p.rb};
+}
 
 /// `x` where the condition holds, else `y`.
 template <class M, class V> QX_INLINE Planes<V> select(M mask, const Planes<V>& x, const Planes<V>& y) {
     return {mask ? x.a : y.a, mask ? x.r : y.r, mask ? x.g : y.g, mask ? x.b : y.b};
+}
+
+template <class M, class V> QX_INLINE Pairs<V> select(M mask, const Pairs<V>& x, const Pairs<V>& y) {
+    return {mask ? x.a : y.a, mask ? x.ag : y.ag, mask ? x.rb : y.rb};
 }
 
 /// The same without the work where the condition is one number: `y` alone when it is known not to hold.

@@ -7,6 +7,31 @@
 
 namespace qx {
 
+/// What the alphas of a stretch of pixels have in common.
+enum class Stretch { mixed, clear, opaque };
+/// Pixels of four registers.
+template <std::size_t Register, class Pixel>
+inline constexpr int kStretch = static_cast<int>(4 * Register / sizeof(Pixel));
+
+/// Reads a stretch. 16-bit alphas above full count as full; a negative zero is mixed.
+template <std::size_t Register, class Pixel> QX_INLINE Stretch look_ahead(const Pixel* p) {
+    using V = Vector<std::int32_t, Register>;
+    const auto alphas = [](std::int32_t bits) QX_LAMBDA {
+        V v{};
+        for (std::size_t i = 0; i < Register / 4; i += sizeof(Pixel) / 4) v[i] = bits;
+        return v;
+    };
+    const auto at = [=](int k) QX_LAMBDA { return load_lanes<V>(p + k * kStretch<Register, Pixel> / 4); };
+    const V common = at(0) & at(1) & at(2) & at(3), any = at(0) | at(1) | at(2) | at(3);
+    constexpr std::int32_t one = 0x3F800000;  // the bits of a float 1
+    constexpr std::int32_t alpha = sizeof(Pixel) == 4 ? 0xFF : sizeof(Pixel) == 8 ? 0xFFFF : -1;
+    constexpr std::int32_t full = sizeof(Pixel) == 4 ? 0xFF : sizeof(Pixel) == 8 ? 0x8000 : one;
+    constexpr std::int32_t telling = sizeof(Pixel) == 8 ? 0x8000 : alpha;
+    if (all((any & alphas(alpha)) == 0)) return Stretch::clear;
+    const V differs = ((common ^ alphas(full)) | (any ^ alphas(full))) & alphas(telling);
+    return all(differs == 0) ? Stretch::opaque : Stretch::mixed;
+}
+
 /// Walks three rows of pixels in bundles: step(src, mask, dst) works on whole ones. What is left at the end goes
 /// through copies of a bundle's size, of which the pixels behind the end are clear and are not stored. The step stands
 /// once in what is built, for both.

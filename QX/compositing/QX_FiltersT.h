@@ -17,13 +17,14 @@ template <Pivot Kind, class D, class P> QX_INLINE P straightened(const P& p) {
             });
         }
     }
-    return with_colours(
-        p.a, p, p, [&](V c, V) QX_LAMBDA { return unmix<Kind, D>(c, [&](V v) QX_LAMBDA { return D::div(v, p.a); }); });
+    return with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA {
+        return unmix<Kind, D>(c, [&](V v) QX_LAMBDA { return D::div_by_alpha(v, p.a); });
+    });
 }
 
 template <Pivot Kind, bool Forward, class D, class Pixel> QX_INLINE void filter_step(const Pixel* src, Pixel* dst) {
-    using V = typename Bundle<D>::Lane;
-    const auto p = load_pixels<Bundle<D>>(src);
+    using V = typename Colours<D>::Lane;
+    const auto p = load_pixels<Colours<D>>(src);
     if constexpr (Forward) {
         store_pixels(dst, with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA { return premix<Kind, D>(c, p.a); }));
     } else {
@@ -31,25 +32,11 @@ template <Pivot Kind, bool Forward, class D, class Pixel> QX_INLINE void filter_
     }
 }
 
-/// Black forward at 8 bits in lanes of 16 bits, two channels to a lane of 32; alpha takes the factor that keeps it.
-template <class V> QX_INLINE V multiplied8(V v) {
-    using Half = Vector<std::uint16_t, sizeof(V)>;
-    const V a = v & 255;
-    const V even = (V)Depth8::mul<Half>((Half)(v & 0x00FF00FF), (Half)(a << 16 | 255));
-    const V odd = (V)Depth8::mul<Half>((Half)(v >> 8 & 0x00FF00FF), (Half)(a << 16 | a));
-    return even | odd << 8;
-}
-
 template <Pivot Kind, bool Forward, class D, class Pixel = typename D::Pixel>
 int filter_row(std::int32_t count, const Pixel* src, Pixel* dst) {
     if (src == nullptr) src = dst;
-    for_bundles<Bundle<D>, Pixel>(count, src, dst, [](const Pixel* from, Pixel* to) QX_LAMBDA {
-        if constexpr (Kind == Pivot::black && Forward && D::number == 8 && kRegister > 0) {
-            store_lanes(to, multiplied8(load_lanes<Wide<std::int32_t>>(from)));
-        } else {
-            filter_step<Kind, Forward, D>(from, to);
-        }
-    });
+    for_bundles<Colours<D>, Pixel>(
+        count, src, dst, [](const Pixel* from, Pixel* to) QX_LAMBDA { filter_step<Kind, Forward, D>(from, to); });
     return 0;
 }
 

@@ -35,6 +35,15 @@ enum class Skips : std::uint8_t {
     none                 ///< the mode has a test of its own, or always writes
 };
 
+/// True where all alphas are full and that changes integers in no way: products by them, quotients, sums of alphas.
+template <class D, class V> QX_INLINE constexpr bool is_opaque(V alpha) {
+    if constexpr (D::number == 32 || !is_wide<V>) {
+        return false;
+    } else {
+        return all(alpha == D::full);
+    }
+}
+
 /// A value that would be divided by a full alpha.
 template <class D, class V> QX_INLINE constexpr V undivided(V v) {
     if constexpr (D::number == 32) return v;
@@ -43,14 +52,15 @@ template <class D, class V> QX_INLINE constexpr V undivided(V v) {
 
 /// A pixel of alpha r with f(colour of s, colour of t) / r as its colours. Most destinations are opaque, and by a full
 /// alpha nothing is divided.
-template <class D, class V, class F>
-QX_INLINE Planes<V> with_quotients(V r, V alpha, const Planes<V>& s, const Planes<V>& t, const F& f) {
+template <class D, class P, class F>
+QX_INLINE P with_quotients(typename P::Lane r, typename P::Lane alpha, const P& s, const P& t, const F& f) {
+    using V = typename P::Lane;
     if constexpr (is_wide<V>) {
         if (all(r == D::full)) {
             return with_colours(alpha, s, t, [&](V cs, V cd) QX_LAMBDA { return undivided<D>(f(cs, cd)); });
         }
     }
-    return with_colours(alpha, s, t, [&](V cs, V cd) QX_LAMBDA { return D::div(f(cs, cd), r); });
+    return with_colours(alpha, s, t, [&](V cs, V cd) QX_LAMBDA { return D::div_by_alpha(f(cs, cd), r); });
 }
 
 namespace modes {
@@ -62,6 +72,7 @@ template <int Number, Skips S = Skips::transparent_source> struct Mode {
     static constexpr bool scales_colour = false;       ///< source colours too take mask and opacity
     static constexpr bool copies = false;              ///< a copy stays a copy in any light
     static constexpr bool full_source_copies = false;  ///< at full s the result is the source pixel
+    static constexpr bool mixes_colours = false;       ///< looks at more than one colour of a pixel together
 };
 
 /// The general composite of a blend function B(cs, cd) of straight colours:
@@ -74,6 +85,12 @@ template <class Self, int Number, bool FullShortcut = false> struct General : Mo
         using V = typename P::Lane;
         const V d = dst.a;
         const auto partly = [&]() QX_LAMBDA {
+            if (is_opaque<D>(d)) {  // the terms that do not cancel, and nothing to divide by
+                return with_colours(d, src, dst, [&](V cs, V cd) QX_LAMBDA {
+                    const V n = cd - D::mul(cd, s) + D::mul(Self::template blend<D>(cs, cd), s);
+                    return lesser(D::wrap(n), splat<V>(D::full));
+                });
+            }
             const V p = D::mul(d, s), r = D::combine(s, d);
             return with_quotients<D>(r, r, src, dst, [&](V cs, V cd) QX_LAMBDA {
                 const V b = Self::template blend<D>(cs, cd);
@@ -107,6 +124,7 @@ template <class Self, int Number, Pivot P> struct Filtered : Mode<Number> {
 
 /// Modes that change alpha alone: `alpha(s, d, luma of the source)`.
 template <class Self, int Number, Skips S> struct AlphaOnly : Mode<Number, S> {
+    static constexpr bool mixes_colours = true;
     template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         return with_alpha(Self::template alpha<D>(s, dst.a, D::luma(src.r, src.g, src.b)), dst);
     }

@@ -66,9 +66,7 @@ struct Over : Mode<2> {
             });
         };
         const auto partly = [&]() QX_LAMBDA {
-            if constexpr (D::number != 32) {
-                if (all(d == D::full)) return onto_opaque();
-            }
+            if (D::number != 32 && all(d == D::full)) return onto_opaque();
             return unless_all(d == 0, with_alpha(s, src), mixed);
         };
         return unless_all(s == D::full, src, partly);
@@ -79,6 +77,7 @@ struct Over : Mode<2> {
 struct PremulOver : Mode<21, Skips::nothing_to_add> {
     static constexpr Switches switches{.keeps_alpha = true};
     static constexpr bool scales_colour = true;
+    static constexpr bool mixes_colours = true;  // whether all of them are 0
     template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         using V = typename P::Lane;
         const V w = D::mul(D::comp(s), dst.a), r = D::combine(s, dst.a);
@@ -142,6 +141,7 @@ struct AlphaMultiplyInverseLuma : AlphaOnly<AlphaMultiplyInverseLuma, 20, Skips:
 
 /// Blue and a full alpha where the source covers half. Kept: a function of one pixel squares the source's own alpha.
 struct ThresholdBlue : Mode<39, Skips::none> {
+    static constexpr bool mixes_colours = true;
     template <Form F, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         using V = typename P::Lane;
         P marked = dst;
@@ -157,6 +157,7 @@ struct ThresholdBlue : Mode<39, Skips::none> {
 
 /// The whole source pixel, unless the destination is one of four marker colours.
 struct MarkerGuard : Mode<40, Skips::none> {
+    static constexpr bool mixes_colours = true;
     template <Form F, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         const auto kept = is_marker<D>(dst);
         if constexpr (F == Form::pixel && D::number == 32) {

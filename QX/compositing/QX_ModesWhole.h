@@ -64,6 +64,7 @@ template <class D, class P> QX_INLINE P mix_by_alpha(const P& result, typename P
 /// Frame of the four modes of hue, saturation and luma: `colour(S, D)` gives the pixel that is mixed in.
 template <class Self, int Number> struct WholePixel : Mode<Number> {
     static constexpr Switches switches{.behind_first = true, .keeps_alpha = true};
+    static constexpr bool mixes_colours = true;
     template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         return mix_by_alpha<D>(Self::template colour<D>(src, dst), s, dst);
     }
@@ -94,6 +95,7 @@ struct Luminosity : WholePixel<Luminosity, 16> {
 /// Kept: rows compare with the destination after the pass of xfer_behind, functions of one pixel before it.
 template <class Self, int Number> struct LumaChoice : Mode<Number> {
     static constexpr Switches switches{.behind_first = true, .keeps_alpha = true};
+    static constexpr bool mixes_colours = true;
     template <class D, class P> QX_LANE auto chosen(const P& src, const P& dst) {
         return Self::wins(luma_of<D>(src), luma_of<D>(dst));
     }

@@ -14,8 +14,9 @@ template <class D, class V> QX_INLINE V stored(V c) {
     if constexpr (D::number == 16) return limited16(D::wrap(c));
     return D::wrap(c);
 }
-template <class D, class V> QX_INLINE Planes<V> stored(const Planes<V>& p) {
-    return {stored<D>(p.a), stored<D>(p.r), stored<D>(p.g), stored<D>(p.b)};
+template <class D, class P> QX_INLINE P stored_pixels(const P& p) {
+    using V = typename P::Lane;
+    return with_colours(stored<D>(p.a), p, p, [](V c, V) QX_LAMBDA { return stored<D>(c); });
 }
 
 /// A row of mode M on pixels in work.
@@ -24,23 +25,24 @@ QX_INLINE P blended(const P& source, typename P::Lane s, const P& target, bool r
     return unless_skipped<M>(source, s, target, M::template apply<Form::row, D>(source, s, target, rgb_only));
 }
 
-/// An integer colour under a full alpha is its own multiplied form, against any pivot.
-template <Pivot Kind, class D, class P> QX_INLINE P multiplied(const P& p) {
-    using V = typename P::Lane;
-    if (D::number != 32 && all(p.a == D::full)) return p;
-    return with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA { return premix<Kind, D>(c, p.a); });
-}
-
+/// Into multiplied colour, the row, and back to straight colour by the merged alpha. Over opaque integer pixels the
+/// filters and the merge change nothing.
 template <class M, class D, bool Masked, class P>
-QX_INLINE P filtered(const P& source, typename P::Lane s, typename P::Lane merged_alpha, const P& target,
-                     bool rgb_only) {
-    const P row = stored<D>(blended<M, D>(source, s, multiplied<M::switches.pivot, D>(target), rgb_only));
-    return straightened<M::switches.pivot, D>(with_alpha(merged_alpha, row));
+QX_INLINE P filtered(const P& source, typename P::Lane s, typename P::Lane opacity, typename P::Lane coverage,
+                     const P& target, bool rgb_only) {
+    using V = typename P::Lane;
+    constexpr Pivot pivot = M::switches.pivot;
+    if (is_opaque<D>(target.a)) return stored_pixels<D>(blended<M, D>(source, s, target, rgb_only));
+    const P mixed =
+        with_colours(target.a, target, target, [&](V c, V) QX_LAMBDA { return premix<pivot, D>(c, target.a); });
+    const P row = stored_pixels<D>(blended<M, D>(source, s, mixed, rgb_only));
+    const V alpha = stored<D>(merged<D, Masked>(source.a, opacity, coverage, target.a));
+    return straightened<pivot, D>(with_alpha(alpha, row));
 }
 
 template <class M, class D, bool Masked, class Pixel>
 QX_INLINE void one_pass_step(const QX_BlendingMode<Pixel>& mode, const Pixel* src, const Pixel* mask, Pixel* dst) {
-    using P = Bundle<D>;
+    using P = BundleOf<M, D>;
     using V = typename P::Lane;
     const V opacity = splat<V>(mode.opacity);
     const P source = load_pixels<P>(src);
@@ -50,12 +52,11 @@ QX_INLINE void one_pass_step(const QX_BlendingMode<Pixel>& mode, const Pixel* sr
     const bool rgb_only = mode.rgb_only != 0;
     if constexpr (M::switches.behind_first) {
         if (all(s == 0)) return;
-        const P target = stored<D>(blended<modes::Behind, D>(source, s, load_pixels<P>(dst), rgb_only));
+        const P target = stored_pixels<D>(blended<modes::Behind, D>(source, s, load_pixels<P>(dst), rgb_only));
         store_pixels(dst, blended<M, D>(source, s, target, rgb_only));
     } else {
         const P target = load_pixels<P>(dst);
-        const V alpha = stored<D>(merged<D, Masked>(source.a, opacity, coverage, target.a));
-        store_pixels(dst, filtered<M, D, Masked>(source, s, alpha, target, rgb_only));
+        store_pixels(dst, filtered<M, D, Masked>(source, s, opacity, coverage, target, rgb_only));
     }
 }
 
@@ -63,9 +64,9 @@ QX_INLINE void one_pass_step(const QX_BlendingMode<Pixel>& mode, const Pixel* sr
 template <class M, class D, bool Masked, class Pixel = typename D::Pixel>
 int one_pass_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_LinearBlendingTables*,
                  const Pixel* src, const Pixel* mask, Pixel* dst) {
-    for_bundles<Bundle<D>, Pixel>(count, src, Masked ? mask : nullptr, dst,
-                                  [&](const Pixel* from, const Pixel* coverage, Pixel* to)
-                                      QX_LAMBDA { one_pass_step<M, D, Masked>(*mode, from, coverage, to); });
+    for_bundles<BundleOf<M, D>, Pixel>(count, src, Masked ? mask : nullptr, dst,
+                                       [&](const Pixel* from, const Pixel* coverage, Pixel* to)
+                                           QX_LAMBDA { one_pass_step<M, D, Masked>(*mode, from, coverage, to); });
     return kQX_NoError;
 }
 

@@ -2,6 +2,7 @@
 // Body of the row routines, for one level.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 
 #include "QX/compositing/QX_Levels.h"
@@ -11,8 +12,11 @@
 
 namespace qx::QX_ISA {
 
-/// What one step of a row of a depth works on.
+/// What one step of a row of a depth works on: planes, or at 8 bits pairs where each colour is worked on by itself.
 template <class D> using Bundle = Planes<Wide<typename D::Lane>>;
+template <class D>
+using Colours = std::conditional_t<D::number == 8 && (kRegister > 0), Pairs<Wide<std::int16_t>>, Bundle<D>>;
+template <class M, class D> using BundleOf = std::conditional_t<M::mixes_colours, Bundle<D>, Colours<D>>;
 
 /// Source alpha times mask and opacity; a full factor changes nothing.
 template <class D, bool Masked, class V> QX_INLINE V effective(V a, V mask, V opacity) {
@@ -32,19 +36,9 @@ QX_INLINE P unless_skipped(const P& source, typename P::Lane s, const P& target,
     }
 }
 
-/// Stores a source as it was loaded.
-template <class P, class Pixel> QX_INLINE void copy_pixels(const Pixel* src, const P& loaded, Pixel* dst) {
-    if constexpr (sizeof(Pixel) == sizeof(QX_Pixel16)) {
-        store_pixels(dst, loaded);
-    } else {
-        __builtin_memcpy(dst, src, pixels_in<P> * sizeof(Pixel));
-    }
-}
-
-/// Layers are mostly long runs of clear and of opaque pixels, which are passed over or copied.
 template <class M, class D, bool Masked, class Pixel>
 QX_INLINE void blend_step(const QX_BlendingMode<Pixel>& mode, const Pixel* src, const Pixel* mask, Pixel* dst) {
-    using P = Bundle<D>;
+    using P = BundleOf<M, D>;
     using V = typename P::Lane;
     const V opacity = splat<V>(mode.opacity);
     P source = load_pixels<P>(src);
@@ -54,9 +48,6 @@ QX_INLINE void blend_step(const QX_BlendingMode<Pixel>& mode, const Pixel* src, 
     if constexpr (M::skips == Skips::transparent_source) {
         if (all(s == 0)) return;
     }
-    if constexpr (M::full_source_copies) {
-        if (all(s == D::full)) return copy_pixels(src, source, dst);
-    }
     if constexpr (M::scales_colour) {
         source = with_colours(source.a, source, source,
                               [&](V c, V) QX_LAMBDA { return effective<D, Masked>(c, coverage, opacity); });
@@ -64,6 +55,39 @@ QX_INLINE void blend_step(const QX_BlendingMode<Pixel>& mode, const Pixel* src, 
     const P target = load_pixels<P>(dst);
     store_pixels(dst, unless_skipped<M>(source, s, target,
                                         M::template apply<Form::row, D>(source, s, target, mode.rgb_only != 0)));
+}
+
+template <class M, class D, bool Masked, class Pixel>
+QX_INLINE void blend_run(std::int32_t count, const QX_BlendingMode<Pixel>& mode, const Pixel* src, const Pixel* mask,
+                         Pixel* dst) {
+    for_bundles<BundleOf<M, D>, Pixel>(count, src, Masked ? mask : nullptr, dst,
+                                       [&](const Pixel* from, const Pixel* coverage, Pixel* to)
+                                           QX_LAMBDA { blend_step<M, D, Masked>(mode, from, coverage, to); });
+}
+
+/// Stores pixels as rows store them: 16-bit channels limited.
+template <class P, int Count, class Pixel> QX_INLINE void copy_stretch(const Pixel* src, Pixel* dst) {
+    if constexpr (sizeof(Pixel) == sizeof(QX_Pixel16)) {
+        for (int k = 0; k < Count; k += pixels_in<P>) store_pixels(dst + k, load_pixels<P>(src + k));
+    } else {
+        __builtin_memcpy(dst, src, Count * sizeof(Pixel));
+    }
+}
+
+/// Layers are mostly long runs of clear and of opaque pixels: whole stretches of these are passed over or copied.
+template <class M, class D, class Pixel>
+QX_INLINE void blend_stretches(std::int32_t count, const QX_BlendingMode<Pixel>& mode, const Pixel* src, Pixel* dst) {
+    constexpr std::int32_t step = kStretch<kRegister, Pixel>;
+    for (std::int32_t i = 0; i < count; i += step) {
+        const Stretch kind = i + step <= count ? look_ahead<kRegister>(src + i) : Stretch::mixed;
+        if (kind == Stretch::clear) continue;
+        if (kind == Stretch::opaque && mode.opacity == D::full) {
+            copy_stretch<Bundle<D>, step>(src + i, dst + i);
+        } else {
+            blend_run<M, D, false>(std::min(step, count - i), mode, src + i, static_cast<const Pixel*>(nullptr),
+                                   dst + i);
+        }
+    }
 }
 
 template <class M, class D, bool Masked, class Pixel = typename D::Pixel>
@@ -75,9 +99,11 @@ int blend_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_L
             return kQX_NoError;
         }
     }
-    for_bundles<Bundle<D>, Pixel>(count, src, Masked ? mask : nullptr, dst,
-                                  [&](const Pixel* from, const Pixel* coverage, Pixel* to)
-                                      QX_LAMBDA { blend_step<M, D, Masked>(*mode, from, coverage, to); });
+    if constexpr (kRegister > 0 && M::full_source_copies && !Masked) {
+        blend_stretches<M, D>(count, *mode, src, dst);
+    } else {
+        blend_run<M, D, Masked>(count, *mode, src, mask, dst);
+    }
     return kQX_NoError;
 }
 

@@ -29,17 +29,36 @@ struct Depth8 {
         const V t = product + 128;
         return (t + (t >> 8)) >> 8;
     }
-    template <class V> QX_LANE V mul(V x, V y) { return reduced<V>(x * y); }
+    /// Factors are not below 0 in lanes of 16 bits, where products count as unsigned.
+    template <class V> QX_LANE V mul(V x, V y) {
+        if constexpr (is_short<V>) {
+            return (V)reduced((UnsignedLanes<V>)x * (UnsignedLanes<V>)y);
+        } else {
+            return reduced<V>(x * y);
+        }
+    }
     template <class V> QX_LANE V comp(V x) { return full - x; }
     template <class V> QX_LANE V combine(V s, V d) { return comp(mul(comp(s), comp(d))); }
-    template <class V> QX_LANE V lerp(V x, V w) { return mul(x, w); }
-    template <class V> QX_LANE V smul(V x, V w) { return mul(x, w); }
+    /// Lanes of 16 bits multiply the size of x. Below zero, reduced() of -p is -(t + (t >> 8) >> 8) with t = p + 127:
+    /// the floor of both shifts is a ceiling of sizes.
+    template <class V> QX_LANE V lerp(V x, V w) {
+        if constexpr (is_short<V>) {
+            const V sign = x >> 15, size = (x ^ sign) - sign;
+            const auto t = (UnsignedLanes<V>)size * (UnsignedLanes<V>)w + 128 + (UnsignedLanes<V>)sign;
+            return ((V)((t + (t >> 8)) >> 8) ^ sign) - sign;
+        } else {
+            return mul(x, w);
+        }
+    }
+    template <class V> QX_LANE V smul(V x, V w) { return lerp(x, w); }
     template <class V> QX_LANE V wrap(V x) { return x & 255; }
     template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 9798 + g * 19235 + b * 3735 + 16384) >> 15; }
 
     /// The table's law: min(255, (v * 255 + a / 2) / a), and 255 for an alpha of 0.
     template <class V> QX_LANE V div(V v, V a) {
-        if constexpr (is_wide<V>) {
+        if constexpr (is_short<V>) {
+            return short_div(v, a, short_reciprocals(a));
+        } else if constexpr (is_wide<V>) {
             // n / a lies at least 1 / 510 from the next integer when n is an integer and a half, and the rounding of
             // the reciprocal and of the product moves a quotient up to 256 by less than 2^-14.
             const auto n = to_float(v * 255 + (a >> 1)) + 0.5f;
@@ -48,6 +67,18 @@ struct Depth8 {
         } else {
             return QXp_G_fcd_table[a * 256 + v];
         }
+    }
+    /// By the alpha of a bundle's pixels.
+    template <class V> QX_LANE V div_by_alpha(V v, V a) {
+        if constexpr (is_short<V>) return short_div(v, a, short_reciprocals_of_twins(a));
+        return div(v, a);
+    }
+
+private:
+    template <class V> QX_LANE V short_div(V v, V a, UnsignedLanes<V> reciprocal) {
+        using U = UnsignedLanes<V>;
+        const U n = (U)v * 255 + ((U)a >> 1), q = short_quotient(n, (U)a, reciprocal);
+        return (V)(((a == 0) | (V)(q > 255)) ? splat<V>(255) : (V)q);
     }
 };
 
@@ -74,6 +105,7 @@ struct Depth16 {
             return v >= a ? full : (v * 32768 + (a >> 1)) / a;
         }
     }
+    template <class V> QX_LANE V div_by_alpha(V v, V a) { return div(v, a); }
 };
 
 struct DepthFloat {
@@ -94,6 +126,7 @@ struct DepthFloat {
     /// True for zeros and denormals, by which nothing is divided.
     template <class V> QX_LANE auto vanishes(V a) { return (a < FLT_MIN) & (a > -FLT_MIN); }
     template <class V> QX_LANE V div(V x, V a) { return vanishes(a) ? splat<V>(1.0f) : x / a; }
+    template <class V> QX_LANE V div_by_alpha(V x, V a) { return div(x, a); }
 };
 
 /// The laws that the rounding exists for.

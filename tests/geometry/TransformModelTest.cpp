@@ -192,6 +192,7 @@ TYPED_TEST(ModelAtDepth, GivesTheSamePictures) {
         call.field = run % 7 == 3 ? 1 + run % 2 : 0;
         call.quality = run % 4 % 3;
         call.mode.xfer = run % 8 == 1 ? int{xfer_replace} : run % 8 == 3 ? int{xfer_behind} : int{xfer_over};
+        call.mode.opacity = run % 10 < 3 ? 0.5f : 1;
         call.mask = run % 9 == 0 ? &record : nullptr;
         const M_LRect limit{2, 3, 45, 41};
         call.rect = run % 3 == 1 ? &limit : nullptr;

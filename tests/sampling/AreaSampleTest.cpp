@@ -185,10 +185,6 @@ TEST_F(Premul, AreaIsExact) {
         ASSERT_EQ(channels(out), want) << x << ", " << y << " radii " << picture.params.x_radius << ", "
                                        << picture.params.y_radius;
     }
-    picture.radii(4 * 65536, 4 * 65536).area = 0;
-    QX_Pixel8 out{1, 2, 3, 4};
-    QX_AreaSample_Premul(nullptr, 15 * 65536, 9 * 65536, &picture.params, &out);
-    EXPECT_EQ(out, QX_Pixel8{}) << "an area of 0 divides nothing";
 }
 
 /// 32 bits hold the squares of 66,051 channels; larger boxes are summed in parts.
@@ -206,20 +202,6 @@ TEST(AreaSample8, WhiteBoxesOfAnySizeAreWhite) {
                                              258 * 65536 + (height % 2 == 0 ? 32768 : 0), &picture.params, &out),
                       0);
             ASSERT_EQ(out, (QX_Pixel8{255, 255, 255, 255})) << width << " by " << height;
-        }
-    }
-}
-
-/// On the last column and the last row, between two pixels of the other direction: nothing lies beyond, and nothing of
-/// that counts.
-TEST_F(Premul, TheLastPixelsCountWhole) {
-    Source<QX_Pixel8> picture(9, 7, FillKind::opaque, 1);
-    std::fill(picture.pixels.begin(), picture.pixels.end(), QX_Pixel8{200, 90, 80, 70});
-    for (int fraction = 1; fraction < 65536; fraction += 771) {
-        for (const auto& [x, y] : {std::pair{8 * 65536, 3 * 65536 + fraction}, {5 * 65536 + fraction, 6 * 65536}}) {
-            QX_Pixel8 out;
-            ASSERT_EQ(QX_SubpixelSample_Premul(nullptr, x, y, &picture.params, &out), 0);
-            ASSERT_EQ(out, (QX_Pixel8{200, 90, 80, 70})) << x << ", " << y;
         }
     }
 }

@@ -149,7 +149,7 @@ inline double channel(const QX_World& w, int x, int y, int c) {
 inline double converted(double v, int from, int to) {
     if (from == to) return v;
     const auto n = static_cast<std::uint64_t>(from == 32 ? 0 : v);
-    if (from == 8 && to == 16) return static_cast<double>((n * 0x404040408000u + 0x4040404080u) >> 39);
+    if (from == 8 && to == 16) return static_cast<double>((n * 32768 + 128) / 255);
     if (from == 16 && to == 8) return static_cast<double>((n * 255 + 16384) >> 15);
     if (to == 32) return static_cast<float>(v) * (from == 8 ? 0.003921569f : 3.0517578e-5f);
     const float full = to == 8 ? 255.0f : 32768.0f, x = static_cast<float>(v) * full;

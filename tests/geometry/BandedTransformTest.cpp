@@ -38,10 +38,10 @@ TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
 
 TEST(BandedTransform, ThreadsDrawPathsAndTurns) {
     standalone::SetPoolLimit(4);
-    TransformCall call;
-    call.matrices = {placed(100, 0, 1, 0, 0), placed(100, 10, 1.1, 20, 0), placed(100, 25, 1.2, 30, 10)};
-    for (int quality = 0; quality <= 2; ++quality) {
-        call.quality = quality;
+    for (const int quality : {0, 1, 2}) {
+        const TransformCall call{
+            .matrices = {placed(100, 0, 1, 0, 0), placed(100, 10, 1.1, 20, 0), placed(100, 25, 1.2, 30, 10)},
+            .quality = quality};
         EXPECT_EQ(drawn_in<QX_Pixel8>(32, call), drawn_in<QX_Pixel8>(32, call));
     }
     standalone::SetPoolLimit(0);

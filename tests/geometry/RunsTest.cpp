@@ -6,28 +6,20 @@
 namespace qx::test {
 namespace {
 
-/// A still row drawn by a transform takes the run form where there is one. While a slot holds this, which calls the
-/// library's own routine, single samples are taken.
-class SingleSamples {
-public:
-    explicit SingleSamples(int slot) : slot_(slot) {
-        own = QXp_G_OverFuncs[slot];
-        QX_SetOverrideFunc(slot, reinterpret_cast<void*>(&routine));
-    }
-    ~SingleSamples() { QX_SetOverrideFunc(slot_, own); }
-    SingleSamples(SingleSamples&&) = delete;
-
-private:
-    static inline void* own;
-    static int routine(void* in_data, std::int32_t x, std::int32_t y, const QX_SampPB* params, QX_Pixel8* out) {
+/// A row drawn by a transform takes the run form where there is one. While the slot `single` holds a routine of others,
+/// here one that calls the library's own, single samples are taken.
+std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& src, int width, int height,
+                             int single = 0) {
+    static void* own;
+    own = QXp_G_OverFuncs[single];
+    constexpr QX_PointSampler<QX_Pixel8> calls_own = [](void* in_data, std::int32_t x, std::int32_t y,
+                                                        const QX_SampPB* params, QX_Pixel8* out) {
         return reinterpret_cast<QX_PointSampler<QX_Pixel8>>(own)(in_data, x, y, params, out);
-    }
-    int slot_;
-};
-
-std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& src, int width, int height) {
+    };
+    if (single != 0) QX_SetOverrideFunc(single, reinterpret_cast<void*>(calls_own));
     TestWorld<QX_Pixel8> dst(width, height, FillKind::clear, 1);
     EXPECT_EQ(call(src.record(), dst.record()), 0);
+    if (single != 0) QX_SetOverrideFunc(single, own);
     return dst.pixels();
 }
 
@@ -46,9 +38,7 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
         const M_Matrix3 later{{{c, s, 0}, {-s, c, 0}, {97 - 100 * c + 80 * s, 95.75 - 100 * s - 80 * c, 1}}};
         TransformCall call{.matrices = {matrix}, .mode = mode_of(xfer_replace)};
         if (run % 3 == 0) call.matrices.push_back(later);
-        const auto in_runs = drawn(call, src, 180, 181);
-        const SingleSamples single(61);
-        ASSERT_TRUE(in_runs == drawn(call, src, 180, 181)) << "run " << run;
+        ASSERT_TRUE(drawn(call, src, 180, 181) == drawn(call, src, 180, 181, 61)) << "run " << run;
     }
 }
 
@@ -76,8 +66,7 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
         call.quality = 2;  // the bicubic set averages alike
         const auto bicubic = drawn(call, src, 331, 207);
         call.quality = 1;
-        const SingleSamples single(5);
-        const auto one_by_one = drawn(call, src, 331, 207);
+        const auto one_by_one = drawn(call, src, 331, 207, 5);
         ASSERT_TRUE(bilinear == one_by_one && bicubic == one_by_one) << "run " << run;
     }
 }

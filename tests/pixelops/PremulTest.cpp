@@ -72,31 +72,28 @@ TYPED_TEST(Premul, IsTheLawInTheRectangle) {
     const auto colour_of = [](double blue) {
         return TypeParam{0, kFull<TypeParam>, 0, static_cast<QX_ChannelOf<TypeParam>>(blue)};
     };
-    const TypeParam none{},
-        given8 = colour_of(depth == 8    ? 128
-                           : depth == 16 ? 16448
-                                         : 128 * (1.0 / 255)),
-        given = colour_of(DepthOf<TypeParam>::half);
-    using Call = std::function<int(bool forward, const M_LRect* r, QX_World* src, QX_World* dst)>;
+    const double blue8 = depth == 8 ? 128 : depth == 16 ? 16448 : 128 * (1.0 / 255);
+    const TypeParam none{}, given8 = colour_of(blue8), given = colour_of(DepthOf<TypeParam>::half);
+    struct Call {
+        bool on;
+        const M_LRect* r;
+        QX_World *src, *dst;
+    };
     enum Takes { whole_world, rectangle, source_and_rectangle };
     // Columns: routine, what it takes, its colour at this depth where it is not against black
-    const Cases<Call, Takes, const TypeParam*> routines = {
-        {[](bool on, auto* r, auto*, auto* w) { return QX_PremulRect(nullptr, on, r, w); }, rectangle, nullptr},
-        {[](bool on, auto* r, auto* src, auto* w) { return QX_PremulColorRect(nullptr, src, nullptr, on, r, w); },
+    const Cases<std::function<int(const Call&)>, Takes, const TypeParam*> routines = {
+        {[](const Call& c) { return QX_PremulRect(nullptr, c.on, c.r, c.dst); }, rectangle, nullptr},
+        {[](const Call& c) { return QX_PremulColorRect(nullptr, c.src, nullptr, c.on, c.r, c.dst); },
          source_and_rectangle, &none},
-        {[&](bool on, auto* r, auto* src, auto* w) { return QX_PremulColorRect(nullptr, src, &as8, on, r, w); },
+        {[&](const Call& c) { return QX_PremulColorRect(nullptr, c.src, &as8, c.on, c.r, c.dst); },
          source_and_rectangle, &given8},
-        {[&](bool on, auto* r, auto* src, auto* w) { return QX_PremulColorRect16(nullptr, src, &as16, on, r, w); },
+        {[&](const Call& c) { return QX_PremulColorRect16(nullptr, c.src, &as16, c.on, c.r, c.dst); },
          source_and_rectangle, &given},
-        {[&](bool on, auto* r, auto* src, auto* w) {
-             return QX_PremulColorRectFloat(nullptr, src, &as_float, on, r, w);
-         },
+        {[&](const Call& c) { return QX_PremulColorRectFloat(nullptr, c.src, &as_float, c.on, c.r, c.dst); },
          source_and_rectangle, &given},
-        {[](bool on, auto*, auto*, auto* w) { return code_of([&] { on ? w->Premultiply() : w->Unmultiply(); }); },
-         whole_world, nullptr},
-        {[&](bool on, auto*, auto*, auto* w) {
-             return code_of([&] { on ? w->PremulColor(as16) : w->UnmulColor(as16); });
-         },
+        {[](const Call& c) { return code_of([&] { c.on ? c.dst->Premultiply() : c.dst->Unmultiply(); }); }, whole_world,
+         nullptr},
+        {[&](const Call& c) { return code_of([&] { c.on ? c.dst->PremulColor(as16) : c.dst->UnmulColor(as16); }); },
          whole_world, &given}};
     const Cases<M_LRect, int> areas = {
         {kWhole, 1}, {{-5, 17, 131, 300}, 7}, {{40, 3, 41, 9}, 1}, {{40, 3, 41, 9}, 7}, {{9, 9, 3, 20}, 7}};
@@ -110,7 +107,7 @@ TYPED_TEST(Premul, IsTheLawInTheRectangle) {
         const World got = copy_of(*from);
         if (apart) got->Fill(QX_Pixel16{1, 2, 3, 4}, nullptr);
         const World before = copy_of(*got);
-        const int code = call(on, &r, apart ? from.get() : got.get(), got.get());
+        const int code = call({on, &r, apart ? from.get() : got.get(), got.get()});
         ASSERT_EQ(code, takes == whole_world && depth == 32 ? 3 : 0);
         if (code != 0) continue;
         using L = Law<TypeParam>;

@@ -183,7 +183,8 @@ TYPED_TEST(PointSample, AnywhereAtAll) {
     for (int n = 0; n < 60000; ++n) {
         Source<TypeParam> picture(this->number(1, 6), this->number(1, 6), FillKind::opaque, 2);
         const std::int32_t x = anything(), y = anything();
-        picture.radii(anything() & 0x1FFFFF, anything() & 0x1FFFFF);
+        const int mask = n % 40 == 0 ? -1 : 0x1FFFFF;  // few radii of any size or sign: they take long
+        picture.radii(anything() & mask, anything() & mask);
         for (const int quality : {1, 2}) {
             const auto set = QXp_GetSamplerSet<TypeParam>(quality);
             TypeParam out, plus;
@@ -195,14 +196,6 @@ TYPED_TEST(PointSample, AnywhereAtAll) {
             const bool far = column < -2 || row < -2 || column > 6 || row > 6;
             ASSERT_TRUE(!far || out == TypeParam{});
             set.area(nullptr, x, y, &picture.params, &out);
-        }
-    }
-    for (const auto& [rx, ry] : {std::pair{INT32_MAX, INT32_MAX}, {INT32_MIN, 9}, {-70000, 70000}, {40000, -7}}) {
-        Source<TypeParam> picture(3, 3, FillKind::random, 2);
-        picture.radii(rx, ry);
-        for (const std::int32_t x : extremes) {
-            TypeParam out;
-            QXp_GetSamplerSet<TypeParam>(1).area(nullptr, x, -x / 2, &picture.params, &out);
         }
     }
 }

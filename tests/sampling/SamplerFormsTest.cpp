@@ -86,32 +86,30 @@ TEST(SamplerForms, GpuWorldsAreRefused) {
     BadWorlds bad;
     QX_SampPB params{};
     params.src = &bad.gpu;
-    const QX_Pixel8 p8{1, 2, 3, 4};
-    const QX_Pixel16 p16{1, 2, 3, 4};
-    const QX_PixelFloat p{1, 2, 3, 4};
     float sum = 5;
-    bool all_in;
     const std::string never = "gpu effect world is not supported.";
-    const auto point = [&](auto routine, auto pixel) {
+    const auto point = [&]<class Block, class Pixel>(int (*routine)(void*, int, int, Block*, Pixel*)) {
         return [=, &params] {
-            auto out = pixel;
+            const Pixel before{1, 2, 3, 4};
+            Pixel out = before;
             const int code = routine(nullptr, 0, 0, &params, &out);
-            EXPECT_EQ(out, pixel);
+            EXPECT_EQ(out, before);
             return code;
         };
     };
     const auto span = [&](int count) {
         return QX_SubpixelSpanSampleBilinearFloat(nullptr, count, 0, 0, &params, &sum, nullptr);
     };
-    const auto all = [&](void*, int, int, QX_SampPB* block, QX_PixelFloat* out) {
-        return QX_SubpixelSpanSampleAllInBilinearFloat(nullptr, 0, 0, block, &all_in, out);
+    int (*const all)(void*, int, int, QX_SampPB*, QX_PixelFloat*) = [](void*, int x, int y, auto* block, auto* out) {
+        bool all_in;
+        return QX_SubpixelSpanSampleAllInBilinearFloat(nullptr, x, y, block, &all_in, out);
     };
-    expect_refused(kOnGpu, {point(&QX_NNSample, p8), point(&QX_NNSample16, p16), point(&QX_NNSampleFloat, p)});
-    expect_refused(never, {point(&QX_SubpixelSample_Premul, p8), point(&QX_AreaSample_Premul, p8), point(all, p),
-                           point(&QX_SubpixelBilinearFloat, p), point(&QX_SubpixelNoClipBilinearFloat, p),
-                           point(&QX_AreaSample_CPlusPlus<QX_Pixel8, 1>, p8), [&] { return span(1); },
-                           point(&QX_AreaSample_CPlusPlus<QX_Pixel16, 2>, p16),
-                           point(&QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>, p)});
+    expect_refused(kOnGpu, {point(&QX_NNSample), point(&QX_NNSample16), point(&QX_NNSampleFloat)});
+    expect_refused(never,
+                   {point(&QX_SubpixelSample_Premul), point(&QX_AreaSample_Premul), point(all),
+                    point(&QX_SubpixelBilinearFloat), point(&QX_SubpixelNoClipBilinearFloat),
+                    point(&QX_AreaSample_CPlusPlus<QX_Pixel8, 1>), point(&QX_AreaSample_CPlusPlus<QX_Pixel16, 2>),
+                    point(&QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>), [&] { return span(1); }});
     EXPECT_TRUE(span(0) == 0 && span(-3) == 0 && sum == 5);
 }
 

@@ -47,17 +47,7 @@ TEST(BandedTransform, ThreadsDrawPathsAndTurns) {
     standalone::SetPoolLimit(0);
 }
 
-/// Every row is either as it was or as it becomes in the end.
-template <class Pixel> bool whole_rows(TestWorld<Pixel>& now, TestWorld<Pixel>& before, TestWorld<Pixel>& after) {
-    for (int y = 0; y < now.world().height; ++y) {
-        const auto same = [&](TestWorld<Pixel>& w) {
-            return std::equal(&now.at(0, y), &now.at(0, y) + now.world().width, &w.at(0, y));
-        };
-        if (!same(before) && !same(after)) return false;
-    }
-    return true;
-}
-
+/// After a failure every row is either as it was or as it becomes in the end.
 TEST(BandedTransform, EveryAllocationMayFail) {
     Reports reports;
     standalone::SetExecutor([](const boost::function<void(int)>& task, int count) {
@@ -77,7 +67,10 @@ TEST(BandedTransform, EveryAllocationMayFail) {
             const int code = short_of_memory(nth, [&] { return call(src.record(), dst.record()); });
             QX_FreeUpSomeMemory();
             EXPECT_EQ(blocks_in_use(), blocks) << nth;
-            EXPECT_TRUE(whole_rows(dst, before, after)) << nth;
+            for (int y = 0; y < 24; ++y) {
+                const auto as_in = [&](auto& w) { return std::equal(&dst.at(0, y), &dst.at(0, y) + 900, &w.at(0, y)); };
+                ASSERT_TRUE(as_in(before) || as_in(after)) << nth << " row " << y;
+            }
             if (code == 0) break;
             EXPECT_EQ(code, 4);
             ++failures;

@@ -125,21 +125,5 @@ TEST(StillDraft, RowsThatWrapAreTestedPixelByPixel) {
     }
 }
 
-/// Sub-frames of uneven motion are summed from the last to the first; the last matrix is only where they lead. Opaque
-/// pixels are sampled without rounding.
-TEST(UnevenMotion, SumsAreTakenFromTheLastSubFrame) {
-    const Born born;
-    TestWorld<QX_PixelFloat> src(60, 50, FillKind::opaque, 1), dst(30, 30, FillKind::clear, 2);
-    const M_LPoint at[] = {{0, 0}, {-9, -3}, {-4, -8}, {-12, -1}, {-3, -11}, {5, 5}};
-    TransformCall call{.matrices = {}, .mode = mode_of(xfer_replace)};
-    for (const M_LPoint& p : at) call.matrices.push_back(moved(p.x, p.y));
-    ASSERT_EQ(call(src.record(), dst.record()), 0);
-    for (const auto& [x, y] : places(30, 30)) {
-        SumInOrder sum;
-        for (int k = 4; k >= 0; --k) sum.add(src.at(x - at[k].x, y - at[k].y));
-        ASSERT_EQ(dst.at(x, y), sum.mean(5)) << x << ", " << y;
-    }
-}
-
 }  // namespace
 }  // namespace qx::test

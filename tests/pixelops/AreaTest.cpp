@@ -86,32 +86,23 @@ TEST(ClearAlphaExceptRect, MissesPixelsOnlyWhereItWouldWrite) {
     EXPECT_EQ(reports.all().back().site, 0x250000 + 13);
 }
 
-/// A colour of every depth, and its bytes at every depth by the rules for single colours.
-template <class T> std::vector<std::uint8_t> bytes_of(const T (&channels)[4]) {
-    std::vector<std::uint8_t> bytes(sizeof channels);
-    std::memcpy(bytes.data(), channels, sizeof channels);
-    return bytes;
-}
-
 TEST(Fill, EdgesInAnyOrderAreClippedAndPaddingStays) {
-    const QX_Pixel8 colour{255, 129, 1, 0};
     const auto deep = [](int c) { return static_cast<std::uint16_t>((c * 32768 + 128) / 255); };
     const auto real = [](int c) { return static_cast<float>(c * (1.0 / 255)); };
-    const std::vector<std::uint8_t> wanted[] = {bytes_of<std::uint8_t>({255, 129, 1, 0}),
-                                                bytes_of<std::uint16_t>({deep(255), deep(129), deep(1), 0}),
-                                                bytes_of<float>({real(255), real(129), real(1), 0.0f})};
+    const QX_Pixel8 colour{255, 129, 1, 0};
+    const QX_Pixel16 as_deep{deep(255), deep(129), deep(1), 0};
+    const QX_PixelFloat as_real{real(255), real(129), real(1), 0};
+    const void* const wanted[] = {&colour, &as_deep, &as_real};
     on_every_canvas([&](Canvas& canvas, const M_LRect& rect) {
         const auto [left, right] = std::minmax({rect.left, rect.right});
         const auto [top, bottom] = std::minmax({rect.top, rect.bottom});
         const M_LRect turned[] = {rect, {rect.right, rect.top, rect.left, rect.bottom}};
         const M_LRect ordered{left, top, right, bottom};
-        const auto& bytes = wanted[canvas.depth / 16];
+        const auto* bytes = static_cast<const std::uint8_t*>(wanted[canvas.depth / 16]);
         canvas.world->extent_hint = {};  // plays no part
         for (const M_LRect& given : turned) {
             EXPECT_EQ(QX_Fill(nullptr, &colour, &given, canvas.world.get()), 0);
-            canvas.expect([&](int x, int y, int byte) {
-                return holds(ordered, x, y) ? bytes[static_cast<std::size_t>(byte)] : -1;
-            });
+            canvas.expect([&](int x, int y, int byte) { return holds(ordered, x, y) ? bytes[byte] : -1; });
         }
     });
 }

@@ -88,28 +88,27 @@ TEST(Interleave, Words) { expect_interleave<std::uint16_t>(); }
 TEST(Interleave, Floats) { expect_interleave<float>(); }
 
 TEST(PixelData, AnswersForItsDepthAlone) {
-    Reports reports;
-    const auto getters = {&QX_GetPixelData8, &QX_GetPixelData16, &QX_GetPixelDataFloat};
     BadWorlds bad;
-    int depth = 8, other = 0;
-    for (const auto getter : getters) {
+    int other = 0;
+    // Columns: routine, its depth, how it calls itself
+    const Cases<decltype(&QX_GetPixelData8), int, std::string> getters = {
+        {&QX_GetPixelData8, 8, "QX_GetPixelData8"},
+        {&QX_GetPixelData16, 16, "QX_GetPixelData8"},
+        {&QX_GetPixelDataFloat, 32, "QX_GetPixelDataFloat"}};
+    for (const auto& [getter, depth, called] : getters) {
         for (const int of_world : kDepths) {
             const World world = make(2, 2, of_world);
             void *own = &other, *given = &other;
             EXPECT_EQ(getter(world.get(), nullptr, &own), 0);
-            EXPECT_EQ(getter(world.get(), &depth, &given), 0);
+            EXPECT_EQ(getter(world.get(), &other, &given), 0);
             EXPECT_EQ(own, of_world == depth ? world->data : nullptr);
-            EXPECT_EQ(given, of_world == depth ? &depth : nullptr);
+            EXPECT_EQ(given, of_world == depth ? &other : nullptr);
         }
-        void* out = &other;
-        EXPECT_EQ(getter(&bad.gpu, nullptr, &out), 3);
-        EXPECT_EQ(reports.last_text(), kOnGpu);
-        EXPECT_EQ(out, &other);
-        EXPECT_EQ(getter(nullptr, nullptr, &out), 516);
-        EXPECT_EQ(out, nullptr);
-        EXPECT_EQ(reports.last_text(), depth == 32 ? "bad parameter passed to QX_GetPixelDataFloat"
-                                                   : "bad parameter passed to QX_GetPixelData8");
-        depth *= 2;
+        void *kept = &other, *cleared = &other;
+        expect_refused({{[&, get = getter] { return get(&bad.gpu, nullptr, &kept); }, kOnGpu},
+                        {[&, get = getter] { return get(nullptr, nullptr, &cleared); },
+                         "bad parameter passed to " + called, 516}});
+        EXPECT_TRUE(kept == &other && cleared == nullptr);
     }
 }
 

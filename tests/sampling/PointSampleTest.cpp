@@ -201,22 +201,19 @@ TYPED_TEST(PointSample, AnywhereAtAll) {
 }
 
 TYPED_TEST(PointSample, NearestAndWholePositions) {
-    constexpr auto kNearest = sizeof(TypeParam) == 4 ? qx::Slot::NNSample : qx::Slot::NNSample16;
-    const auto nearest = [](int x, int y, QX_SampPB* params, TypeParam* out) {
-        if constexpr (sizeof(TypeParam) == 16) return QX_NNSampleFloat(nullptr, x, y, params, out);
-        return qx::routine_at<qx::PointSamplerFn<TypeParam>>(kNearest)(nullptr, x, y, params, out);
-    };
+    const std::tuple routines(&QX_NNSample, &QX_NNSample16, &QX_NNSampleFloat);
+    const auto nearest = std::get<QX_PointSampler<TypeParam>>(routines);
     Source<TypeParam> picture(5, 4, FillKind::random, 8);
     for (const auto& [i, j] : places(342, 51)) {
         const std::int32_t x = 1357 * i - 70000, y = 7919 * j - 70000;
         TypeParam out;
-        ASSERT_EQ(nearest(x, y, &picture.params, &out), 0);
+        ASSERT_EQ(nearest(nullptr, x, y, &picture.params, &out), 0);
         const auto column = static_cast<int>(std::floor(x / 65536.0 + 0.5));
         const auto row = static_cast<int>(std::floor(y / 65536.0 + 0.5));
         ASSERT_EQ(channels(out), picture.tap(column, row)) << x << ", " << y;
     }
     TypeParam out;
-    nearest(0x7FFFC000, 0, &picture.params, &out);
+    nearest(nullptr, 0x7FFFC000, 0, &picture.params, &out);
     EXPECT_EQ(out, TypeParam{}) << "wraps to the left";
 }
 

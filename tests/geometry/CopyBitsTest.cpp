@@ -24,15 +24,12 @@ std::vector<int> landed(int s0, int s1, int s_end, int d0, int d1, int d_end) {
 }
 
 /// The place of the source for each place of the destination.
-struct Landing {
-    std::vector<int> columns, rows;
-    Landing(const M_LRect& s, const M_LRect& d, int src_w, int src_h, int dst_w, int dst_h)
-        : columns(landed(s.left, s.right, src_w, d.left, d.right, dst_w)),
-          rows(landed(s.top, s.bottom, src_h, d.top, d.bottom, dst_h)) {}
-    std::pair<int, int> operator()(int x, int y) const {
-        return {columns[static_cast<std::size_t>(x)], rows[static_cast<std::size_t>(y)]};
-    }
-};
+auto landing(const M_LRect& s, const M_LRect& d, int src_w, int src_h, int dst_w, int dst_h) {
+    return [columns = landed(s.left, s.right, src_w, d.left, d.right, dst_w),
+            rows = landed(s.top, s.bottom, src_h, d.top, d.bottom, dst_h)](int x, int y) {
+        return std::pair(columns[static_cast<std::size_t>(x)], rows[static_cast<std::size_t>(y)]);
+    };
+}
 
 constexpr std::pair kKept{-1, -1}, kCleared{-2, -2}, kDoubtful{-3, -3};
 
@@ -69,9 +66,8 @@ TEST(CopyBitsDraft, IsTheModelAtAllDepthsAndRectangles) {
             QX_CopyBits_Draft_Static(nullptr, src.get(), dst.get(), all_src ? nullptr : &s, all_dst ? nullptr : &d), 0);
         if (all_src) s = {0, 0, src->width, src->height};
         if (all_dst) d = {0, 0, dst->width, dst->height};
-        const Landing landing(s, d, src->width, src->height, dst->width, dst->height);
         SCOPED_TRACE(testing::Message() << i << ": " << from << "->" << to << " " << name(s) << " to " << name(d));
-        expect_landed(*dst, *before, *src, landing);
+        expect_landed(*dst, *before, *src, landing(s, d, src->width, src->height, dst->width, dst->height));
         if (HasFatalFailure()) return;
     }
 }
@@ -319,9 +315,9 @@ TEST(ChannelCopy, MovesElementsOfAnySize) {
         dst.data = dst.bytes.data();
         ASSERT_EQ(QX_ChannelCopy(nullptr, &src, &dst, whole ? nullptr : &s, whole ? nullptr : &d), 0);
         if (whole) s = d = {0, 0, w, h};
-        const Landing landing(s, d, w, h, dst.width, dst.height);
+        const auto from = landing(s, d, w, h, dst.width, dst.height);
         for (const auto& [k, y] : places(dst.width * size, dst.height)) {
-            const auto [sx, sy] = landing(k / size, y);
+            const auto [sx, sy] = from(k / size, y);
             const bool hit = sx >= 0 && sy >= 0;
             ASSERT_EQ(dst.at(k, y), hit ? src.at(sx * size + k % size, sy) : before.at(k, y)) << "case " << i;
         }

@@ -201,7 +201,7 @@ TYPED_TEST(PointSample, AnywhereAtAll) {
 }
 
 TYPED_TEST(PointSample, NearestAndWholePositions) {
-    const std::tuple routines(&QX_NNSample, &QX_NNSample16, &QX_NNSampleFloat);
+    const std::tuple routines(qx::slot<qx::Slot::NNSample>(), qx::slot<qx::Slot::NNSample16>(), &QX_NNSampleFloat);
     const auto nearest = std::get<QX_PointSampler<TypeParam>>(routines);
     Source<TypeParam> picture(5, 4, FillKind::random, 8);
     for (const auto& [i, j] : places(342, 51)) {

@@ -312,7 +312,6 @@ TEST(ChannelCopy, MovesElementsOfAnySize) {
         M_LRect s{number(-4, w), number(-4, h), 0, 0}, d{number(-4, dst.width), number(-4, dst.height), 0, 0};
         s.right = s.left + number(1, 14), s.bottom = s.top + number(1, 14);
         d.right = d.left + number(1, 14), d.bottom = d.top + number(1, 14);
-        dst.data = dst.bytes.data();
         ASSERT_EQ(QX_ChannelCopy(nullptr, &src, &dst, whole ? nullptr : &s, whole ? nullptr : &d), 0);
         if (whole) s = d = {0, 0, w, h};
         const auto from = landing(s, d, w, h, dst.width, dst.height);

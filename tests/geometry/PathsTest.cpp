@@ -31,23 +31,6 @@ TEST(PathSum, CoveredPixelsRoundToTheNearest) {
     }
 }
 
-/// Alphas and colours times alpha, added one after the other.
-struct SumInOrder {
-    float sum[4] = {};
-
-    void add(const QX_PixelFloat& p) {
-        if (p.alpha == 0) return;
-        const float c[4] = {1, p.red, p.green, p.blue};
-        for (int i = 0; i < 4; ++i) sum[i] += p.alpha * c[i];
-    }
-    QX_PixelFloat mean(int count) const {
-        const auto n = static_cast<float>(count);
-        if (sum[0] == 0) return {};
-        const float by = sum[0] == n ? n : sum[0];
-        return {sum[0] / n, sum[1] / by, sum[2] / by, sum[3] / by};
-    }
-};
-
 /// From the ends inwards where no position wraps, else all in turn: positions beyond 32,768 come back on the other
 /// side.
 TEST(MovingDraft, SumsAreTakenInTheOrderOfTheSamples) {
@@ -82,7 +65,7 @@ TEST(MovingDraft, SumsAreTakenInTheOrderOfTheSamples) {
                 return passes_end(at, std::int64_t{d} * (steps - 1), INT32_MIN, INT32_MAX);
             };
             const bool fits = row_fits && !path_wraps(p.x, by.x) && !path_wraps(p.y, by.y);
-            SumInOrder sum;
+            PathSum<QX_PixelFloat> sum;
             const auto take = [&](int k) {
                 const FixedPoint s = p + by * k;
                 const int x = s.x >> 16, y = s.y >> 16;
@@ -93,9 +76,10 @@ TEST(MovingDraft, SumsAreTakenInTheOrderOfTheSamples) {
             while (first < last && !(take(first++) && fits)) continue;
             while (last > first && !take(--last)) continue;
             while (first < last) take(first++);
-            want[static_cast<std::size_t>(i)] = sum.mean(steps);
-            covered += sum.sum[0] != 0 ? 1 : 0;
-            wrapped += sum.sum[0] != 0 && !row_fits ? 1 : 0;
+            const QX_PixelFloat mean = sum.mean(steps);
+            want[static_cast<std::size_t>(i)] = mean;
+            covered += mean.alpha != 0 ? 1 : 0;
+            wrapped += mean.alpha != 0 && !row_fits ? 1 : 0;
         }
         ASSERT_EQ(got, want) << "case " << n;
     }

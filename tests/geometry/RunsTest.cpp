@@ -33,7 +33,7 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
         const double scale =
             run % 4 == 0 || run % 10 == 5 ? 1 : std::exp2(std::uniform_real_distribution<double>(-0.9, 2)(random));
         const double c = run % 5 == 0 ? scale : scale * std::cos(turn), s = run % 5 == 0 ? 0 : scale * std::sin(turn);
-        // Half a pixel between alphas of 0 and 1 is just visible.
+        // Half way between alphas of 0 and 1 lies exactly one half, which is visible.
         const M_Matrix3 matrix{{{c, s, 0}, {-s, c, 0}, {90.5 - 100 * c + 80 * s, 90.25 - 100 * s - 80 * c, 1}}};
         const M_Matrix3 later{{{c, s, 0}, {-s, c, 0}, {97 - 100 * c + 80 * s, 95.75 - 100 * s - 80 * c, 1}}};
         TransformCall call{.matrices = {matrix}, .mode = mode_of(xfer_replace)};
@@ -76,13 +76,12 @@ TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {
     for (int level = 0; level < 2; ++level) {
         const Born born(1, level == 0 ? standalone::ProcessorLevel::plain : standalone::ProcessorLevel::faster);
         for (int run = 0; run < 300; ++run) {
-            std::mt19937 random(static_cast<unsigned>(run));
-            const auto any = [&](double from, double to) {
-                return std::uniform_real_distribution<double>(from, to)(random);
-            };
+            Numbers number(static_cast<unsigned>(run));
+            const auto any = [&](int from, int to) { return number(from * 1000, to * 1000) / 1000.0; };
             const int width = 1 + run % 90;
             TestWorld<QX_Pixel8> src(width, 9, FillKind::random, static_cast<std::uint64_t>(run) + 1);
-            const M_Matrix3 m{{{run % 9 == 0 ? -1.5 : any(0.8, 4), 0, 0}, {0, any(0.5, 3), 0}, {any(-40, 60), 0.3, 1}}};
+            const M_Matrix3 m{
+                {{run % 9 == 0 ? -1.5 : any(4, 20) / 5, 0, 0}, {0, any(1, 6) / 2, 0}, {any(-40, 60), 0.3, 1}}};
             const TransformCall call{
                 .matrices = {m}, .quality = 0, .mode = mode_of(run % 2 == 0 ? int{xfer_over} : int{xfer_replace})};
             const auto pixels = drawn(call, src, 170, 20);

@@ -16,7 +16,8 @@ std::vector<int> landed(int s0, int s1, int s_end, int d0, int d1, int d_end) {
     if (d0 < 0) s0 += -d0 * sw / dw, d0 = 0;
     if (d1 > d_end) s1 -= (d1 - d_end) * sw / dw, d1 = d_end;
     if (s1 <= s0 || d1 <= d0) return map;
-    // Place n of the source ends after a part of n + 1 of the destination, rounded down: repeats and skips come late.
+    // n places of the source fill n * (length of the destination) / (length of the source) places, rounded down:
+    // repeats and skips come late.
     for (int i = d0; i < d1; ++i) {
         map[static_cast<std::size_t>(i)] = s0 + ((i + 1 - d0) * (s1 - s0) - 1) / (d1 - d0);
     }

@@ -89,10 +89,10 @@ TEST(Copy, PollsEvery64RowsAndThrowsTheAnswer) {
     for (const int top : {0, 10}) {
         Polls polls{.stop_at = 1};
         QX_ProgressInfo info{&polls, nullptr, &Polls::progress};
-        EXPECT_EQ(code_of([&, y = top] {
-                      dst->CopyRectPossiblyDifferentBitdepth(src.get(), {0, 0, 2, 200}, false, 0, y, &info);
-                  }),
-                  517);
+        const auto copy = [&] {
+            dst->CopyRectPossiblyDifferentBitdepth(src.get(), {0, 0, 2, 200}, false, 0, top, &info);
+        };
+        EXPECT_EQ(code_of(copy), 517);
         EXPECT_EQ(polls.calls, (std::vector<std::pair<int, int>>{{63, 200 - top}, {127, 200 - top}}));
         EXPECT_EQ(channel(*dst, 0, top + 127, 0), 32768);
         EXPECT_EQ(channel(*dst, 0, top + 128, 0), 0);

@@ -95,8 +95,8 @@ TYPED_TEST(Premul, IsTheLawInTheRectangle) {
          nullptr},
         {[&](const Call& c) { return code_of([&] { c.on ? c.dst->PremulColor(as16) : c.dst->UnmulColor(as16); }); },
          whole_world, &given}};
-    const Cases<M_LRect, int> areas = {
-        {kWhole, 1}, {{-5, 17, 131, 300}, 7}, {{40, 3, 41, 9}, 1}, {{40, 3, 41, 9}, 7}, {{9, 9, 3, 20}, 7}};
+    const Cases<M_LRect, int> areas = {{kWhole, 1},         {kWhole, 7},         {{-5, 17, 131, 300}, 7},
+                                       {{40, 3, 41, 9}, 1}, {{40, 3, 41, 9}, 7}, {{9, 9, 3, 20}, 7}};
     for (const auto& [area, routine, on, apart] :
          each(areas, routines, std::array{true, false}, std::array{false, true})) {
         const auto& [call, takes, colour] = routine;

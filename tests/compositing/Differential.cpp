@@ -1,11 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/compositing/Differential.h"
+// The long random run of forms against each other: every form of a compositing kernel against its plain form, on cases
+// that a seed remakes.
 #include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/TransferSupport.h"
+#include "tests/support/RandomRun.h"
 
 namespace qx::test {
-
 namespace {
+
+/// The kernels as the table of routines has them at one processor level.
+template <class Pixel> struct Kernels {
+    QX_RowFunc<Pixel> row[44][2];  ///< by mode number + 3 and mask
+    QX_FilterFunc<Pixel> filter[6];
+    QX_MergeFunc<Pixel> merge;
+};
+struct LevelKernels {
+    std::string name;
+    std::tuple<Kernels<QX_Pixel8>, Kernels<QX_Pixel16>, Kernels<QX_PixelFloat>> kernels;
+};
+std::vector<LevelKernels> levels;  ///< all that this processor has, plain first
+
+enum class Kernel { row, filter, merge };
+
+struct Case {
+    std::uint64_t seed = 0;
+    int depth = 8;
+    Kernel kernel = Kernel::row;
+    int number = 0;  ///< mode of a row, place of a filter
+    bool masked = false, rgb_only = false;
+    double opacity = 1;
+    FillKind src = FillKind::random, dst = FillKind::random;
+    int count = 0, src_offset = 0, dst_offset = 0;  ///< offsets in pixels from a 64-byte boundary
+};
 
 constexpr int kGuard = 64;  // pixels before and behind a row; keeps the row's start on a 64-byte boundary
 
@@ -43,12 +69,24 @@ void run_kernel(const Case& c, const Kernels<Pixel>& k, const Rows<Pixel>& rows,
     if (c.kernel == Kernel::merge) k.merge(c.count, src, mode.opacity, c.masked ? mask : nullptr, to);
 }
 
-template <class Pixel> std::optional<std::string> run_at_depth(const Case& c) {
+std::string describe(const Case& c) {
+    std::ostringstream text;
+    constexpr const char* kernels[] = {"row", "filter", "merge"};
+    constexpr const char* fills[] = {"random", "opaque", "clear", "extremes", "layer", "edges"};
+    text << kernels[static_cast<int>(c.kernel)] << " " << c.number << " depth " << c.depth
+         << (c.masked ? " masked" : "") << (c.rgb_only ? " rgb-only" : "") << " opacity " << c.opacity << " "
+         << fills[static_cast<int>(c.src)] << " on " << fills[static_cast<int>(c.dst)] << " count " << c.count
+         << " offsets " << c.src_offset << ", " << c.dst_offset << " seed " << c.seed;
+    return text.str();
+}
+
+/// @return what differs from the plain form, or what was written outside the row
+template <class Pixel> std::string run_at_depth(const Case& c) {
     const Rows<Pixel> rows = make_rows<Pixel>(c);
     const std::size_t begin = static_cast<std::size_t>(kGuard + c.dst_offset);
     const std::size_t end = begin + static_cast<std::size_t>(c.count);
     std::vector<Pixel> expected;
-    for (const LevelKernels& level : levels()) {
+    for (const LevelKernels& level : levels) {
         std::vector<Pixel> dst = rows.dst;
         run_kernel<Pixel>(c, std::get<Kernels<Pixel>>(level.kernels), rows, dst);
         if (expected.empty()) expected = dst;  // the plain level comes first
@@ -63,23 +101,7 @@ template <class Pixel> std::optional<std::string> run_at_depth(const Case& c) {
             return text.str();
         }
     }
-    return std::nullopt;
-}
-
-}  // namespace
-
-const std::vector<LevelKernels>& levels() {
-    static const std::vector<LevelKernels> all = [] {
-        std::vector<LevelKernels> found;
-        constexpr const char* names[] = {"plain", "SSE4.1", "AVX2"};
-        for (int level = 0; level <= static_cast<int>(standalone::DetectedProcessorLevel()); ++level) {
-            const Born born(1, static_cast<standalone::ProcessorLevel>(level));
-            found.push_back(
-                {names[level], {kernels_now<QX_Pixel8>(), kernels_now<QX_Pixel16>(), kernels_now<QX_PixelFloat>()}});
-        }
-        return found;
-    }();
-    return all;
+    return "";
 }
 
 Case random_case(std::uint64_t seed) {
@@ -99,20 +121,24 @@ Case random_case(std::uint64_t seed) {
     return c;
 }
 
-std::string describe(const Case& c) {
-    std::ostringstream text;
-    constexpr const char* kernels[] = {"row", "filter", "merge"};
-    constexpr const char* fills[] = {"random", "opaque", "clear", "extremes", "layer", "edges"};
-    text << kernels[static_cast<int>(c.kernel)] << " " << c.number << " depth " << c.depth
-         << (c.masked ? " masked" : "") << (c.rgb_only ? " rgb-only" : "") << " opacity " << c.opacity << " "
-         << fills[static_cast<int>(c.src)] << " on " << fills[static_cast<int>(c.dst)] << " count " << c.count
-         << " offsets " << c.src_offset << ", " << c.dst_offset << " seed " << c.seed;
-    return text.str();
-}
-
-std::optional<std::string> run_case(const Case& c) {
+std::string run_case(const Case& c) {
     if (c.depth == 8) return run_at_depth<QX_Pixel8>(c);
     return c.depth == 16 ? run_at_depth<QX_Pixel16>(c) : run_at_depth<QX_PixelFloat>(c);
 }
 
+}  // namespace
 }  // namespace qx::test
+
+int main(int argc, char** argv) {
+    using namespace qx::test;
+    constexpr const char* names[] = {"plain", "SSE4.1", "AVX2"};
+    for (int level = 0; level <= static_cast<int>(standalone::DetectedProcessorLevel()); ++level) {
+        const Born born(1, static_cast<standalone::ProcessorLevel>(level));
+        levels.push_back(
+            {names[level], {kernels_now<QX_Pixel8>(), kernels_now<QX_Pixel16>(), kernels_now<QX_PixelFloat>()}});
+    }
+    const Born born(1);  // for the tables that the kernels read
+    return random_run(
+        argc, argv, [](std::uint64_t seed) { return run_case(random_case(seed)); },
+        [](std::uint64_t seed) { return describe(random_case(seed)); });
+}

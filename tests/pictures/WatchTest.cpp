@@ -71,9 +71,7 @@ TEST_F(Watched, PicturesOnSeveralThreadsDoNotMeet) {
             }
         }
     };
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) threads.emplace_back(work, i);
-    for (auto& thread : threads) thread.join();
+    in_threads(8, work);
     EXPECT_EQ(::umask(mask), 027u);
     EXPECT_EQ(folder.names().size(), 6u * 4);
     for (const auto& name : folder.names()) {

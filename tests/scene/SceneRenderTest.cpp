@@ -64,9 +64,7 @@ TEST_F(SceneFrames, SeveralThreadsMakeTheFramesOfOne) {
     Picture expected[8], found[8];
     SceneRender one(scene, unwatched(), nullptr);
     for (int i = 0; i < 8; ++i) expected[i] = one.frame(i);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) threads.emplace_back([&, i] { found[i] = frame(i); });
-    for (auto& thread : threads) thread.join();
+    in_threads(8, [&](int i) { found[i] = frame(i); });
     for (int i = 0; i < 8; ++i) {
         EXPECT_TRUE(same_pixels(found[i], expected[i])) << i;
         EXPECT_TRUE(i == 0 || !same_pixels(found[i], found[i - 1])) << i;

@@ -133,16 +133,6 @@ TEST_F(BadOutput, LeavesNothingAndKeepsWhatWasThere) {
     EXPECT_EQ(folder.names(), Names{"dir.png"});
 }
 
-TEST_F(BadOutput, WhatIsUnfinishedCanBeRemovedFromOutside) {
-    put("b.png", "old");
-    OutputFile done(folder / "a.png"), left(folder / "b.png");
-    EXPECT_EQ(folder.names().size(), 3u);
-    done.commit();
-    remove_unfinished();
-    EXPECT_EQ(folder.names(), (Names{"a.png", "b.png"}));
-    EXPECT_EQ(bytes("b.png"), "old");
-}
-
 TEST_F(BadOutput, ALinkStaysAndItsFileIsReplaced) {
     namespace fs = std::filesystem;
     put("file.png", "old");

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "tests/pictures/Support.h"
+#include "tests/support/TestHost.h"
 
 namespace {
 

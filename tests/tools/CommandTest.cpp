@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nlohmann/json.hpp>
 
-#include "tests/pictures/Ties.h"
 #include "tests/tools/RunQx.h"
 
 namespace {
@@ -114,29 +113,6 @@ TEST_F(Command, DissolveAtDepth32SaysThatItDoesNothing) {
     run(line);
     EXPECT_HOLDS(qx(line + " --depth 32").errors, "changes nothing at depth 32");
     run(line + " --depth 32 -q");
-}
-
-/// Float pictures go to 8 bits in one way, wherever a layer lies and however wide the picture is.
-TEST_F(Command, HalvesBecomeEvenWhereverALayerLies) {
-    const auto ties_of = [](int width, int height) {
-        return picture<QX_PixelFloat>(width, height, false, [=](int x, int y) { return tie_at(x + y * width); });
-    };
-    write("b.exr", ties_of(33, 9), 32);
-    write("l.tif", ties_of(5, 4), 32);
-    put("s.json", R"({"depth": 8, "background": "b.exr", "layers": [
-        {"file": "l.tif", "transform": {"translate": [7, 2]}}]})");
-    for (const std::string line : {"comp -q --depth 8 b.exr l.tif --at 7,2",
-                                   "comp -q --depth 8 --bands 3 b.exr l.tif --at 7,2", "render -q s.json --frames 1"}) {
-        SCOPED_TRACE(line);
-        run(line + " -o o.png");
-        const auto result = read("o.png");
-        ASSERT_EQ(result.world->Depth(), 8);
-        for (int i = 0; i < 33 * 9; ++i) {
-            const int x = i % 33, y = i / 33;
-            const bool layer = x >= 7 && x < 12 && y >= 2 && y < 6;
-            ASSERT_EQ(channels(result, x, y), even_tie(layer ? x - 7 + 5 * (y - 2) : i)) << x << "," << y;
-        }
-    }
 }
 
 TEST_F(Command, SheetOfModesIsDrawn) {

@@ -13,17 +13,13 @@ using namespace qx::test;
 using SceneFile = InFolder;
 
 TEST(Frames, RangesAndWhatIsNone) {
-    const struct {
-        const char* text;
-        int first, last, step, count;
-    } cases[] = {{"7", 7, 7, 1, 1}, {"1-10", 1, 10, 1, 10}, {"1001-1100x2", 1001, 1100, 2, 50}, {"0-9x4", 0, 9, 4, 3}};
-    for (const auto& c : cases) {
-        const FrameRange range = frame_range(c.text);
-        const int last = range.frame(range.count() - 1);
-        EXPECT_EQ(std::tuple(range.first, range.last, range.count(), last),
-                  std::tuple(c.first, c.last, c.count, c.first + (c.count - 1) * c.step))
-            << c.text;
-        EXPECT_LE(last, c.last) << c.text;
+    const std::pair<const char*, std::vector<int>> cases[] = {
+        {"7", {7}}, {"9-11", {9, 10, 11}}, {"1001-1007x3", {1001, 1004, 1007}}, {"0-9x4", {0, 4, 8}}};
+    for (const auto& [text, frames] : cases) {
+        const FrameRange range = frame_range(text);
+        std::vector<int> found;
+        for (int i = 0; i < range.count(); ++i) found.push_back(range.frame(i));
+        EXPECT_EQ(found, frames) << text;
     }
     for (const char* text : {"", "a", "1-", "-3", "5-1", "1-9x0", "1-9x", "1x2", "1-99999999999", "1 - 2"}) {
         EXPECT_THROW(frame_range(text), BadText) << text;

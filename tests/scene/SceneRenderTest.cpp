@@ -13,20 +13,6 @@ using namespace qx::scene;
 using namespace qx::pictures;
 using namespace qx::test;
 
-/// Asks and rows are counted; the wish to stop comes after so many rows told.
-struct CountingWatch : Watch {
-    explicit CountingWatch(int rows = 1 << 30) : most(rows) {}
-    bool stops() const noexcept override { return told >= most; }
-    void rows(std::int64_t done, std::int64_t total) noexcept override {
-        ++told;
-        if (done < 0 || done > total) wrong = true;
-        if (done == total) ++finished;
-    }
-    const int most;
-    std::atomic<int> told{0}, finished{0};
-    std::atomic<bool> wrong{false};
-};
-
 class SceneFrames : public InFolder {
 protected:
     const Born library{32};

@@ -54,17 +54,17 @@ TEST_F(Command, FaultsGiveOneLineAStatusAndNoFile) {
 
 TEST_F(Command, SettingsComeFromFlagThenEnvironmentThenDefault) {
     const std::string none = "env -u QX_THREADS -u QX_BANDS", both = "QX_THREADS=3 QX_BANDS=5";
-    const auto info = [&](const std::string& flags, const std::string& environment, const char* key) -> int {
-        const auto outcome = qx("info --json " + flags, environment);
-        EXPECT_EQ(outcome.status, 0) << outcome.errors;
-        return nlohmann::json::parse(outcome.output)[key];
-    };
-    EXPECT_EQ(info("", none, "bands"), 32);
-    EXPECT_EQ(info("", none, "slots"), 118);
-    EXPECT_EQ(info("", both, "bands"), 5);
-    EXPECT_EQ(info("", both, "threads"), 3);
-    EXPECT_EQ(info("--bands 7 -j 2", both, "bands"), 7);
-    EXPECT_EQ(info("--bands 7 --threads 2", both, "threads"), 2);
+    const std::tuple<const char*, std::string, const char*, int> cases[] = {
+        {"", none, "bands", 32},
+        {"", none, "slots", 118},
+        {"", both, "bands", 5},
+        {"", both, "threads", 3},
+        {"--bands 7 -j 2", both, "bands", 7},
+        {"--bands 7 --threads 2", both, "threads", 2}};
+    for (const auto& [flags, environment, key, value] : cases) {
+        const auto outcome = qx(std::string("info --json ") + flags, environment);
+        EXPECT_EQ(nlohmann::json::parse(outcome.output)[key], value) << flags << outcome.errors;
+    }
     expect_fault("info", 2, "QX_THREADS many", "QX_THREADS=many");
 }
 

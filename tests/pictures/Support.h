@@ -9,11 +9,9 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "pictures/Picture.h"

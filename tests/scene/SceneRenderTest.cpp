@@ -70,13 +70,8 @@ TEST_F(SceneFrames, NotesGoToTheirSinkOnce) {
 TEST_F(SceneFrames, AFaultOfTheWorkNamesTheLayer) {
     const Reports reports;
     scene.layers[1].mode = 99;
-    try {
-        frame(1);
-        FAIL();
-    } catch (const WorkFault& fault) {
-        EXPECT_EQ(fault.subject(), scene.file + ": /layers/1");
-        EXPECT_EQ(fault.what(), fault.subject() + " (code " + std::to_string(fault.code()) + ")");
-    }
+    EXPECT_EQ(fault_of<WorkFault>([&] { frame(1); }),
+              scene.file + ": /layers/1 (code " + std::to_string(kQX_UnimplementedMode) + ")");
 }
 
 }  // namespace

@@ -107,18 +107,19 @@ TEST(ThreadsDeathTest, ForkedProcessesWorkAndEnd) {
     GTEST_FLAG_SET(death_test_style, "fast");
     standalone::SetPoolLimit(3);
     std::atomic<bool> over{false};
-    std::jthread busy([&] {
-        while (!over) ExecuteCPUBoundTaskOnAllProcessors([](int) {}, 8);
-    });
+    const auto work = [&] {
+        while (!over) ExecuteCPUBoundTaskOnAllProcessors([](int) {}, 2);
+    };
+    std::jthread one(work), other(work);
     const auto work_and_end = [] {
         std::atomic<int> sum{0};
         ::alarm(5);
         ExecuteCPUBoundTaskOnAllProcessors([&](int i) { sum += i; }, 8);
         std::exit(sum);
     };
-    for (int round = 0; round < 20; ++round) EXPECT_EXIT(work_and_end(), testing::ExitedWithCode(28), "") << round;
+    for (int round = 0; round < 100; ++round) EXPECT_EXIT(work_and_end(), testing::ExitedWithCode(28), "") << round;
     over = true;
-    busy.join();
+    one.join(), other.join();
     standalone::SetPoolLimit(0);
 }
 

@@ -117,7 +117,7 @@ TEST(ThreadsDeathTest, ForkedProcessesWorkAndEnd) {
         ExecuteCPUBoundTaskOnAllProcessors([&](int i) { sum += i; }, 8);
         std::exit(sum);
     };
-    for (int round = 0; round < 100; ++round) EXPECT_EXIT(work_and_end(), testing::ExitedWithCode(28), "") << round;
+    for (int round = 0; round < 30; ++round) EXPECT_EXIT(work_and_end(), testing::ExitedWithCode(28), "") << round;
     over = true;
     one.join(), other.join();
     standalone::SetPoolLimit(0);

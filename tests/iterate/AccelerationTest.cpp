@@ -273,16 +273,14 @@ TEST(AcceleratedIterate, WithoutAnEffectRefEveryThreadCalls) {
 }
 
 /// A routine below that is handed `effect_ref` alone reaches the host's record behind it.
-int polls_behind_effect_ref(QX_InData* data, std::int32_t, std::int32_t, QX_LayerDef*, const M_LRect*, void*,
-                            QX_IteratePixelFunc, QX_LayerDef*) {
-    const auto* info = static_cast<const QX_ProgressInfo*>(data->effect_ref);
-    if (const int code = info->abort_func(info->refcon)) return code;
-    if (const int code = info->progress_func(info->refcon, 1, 9)) return code;
-    return data->abort != nullptr ? data->abort(data->effect_ref) : 0;
-}
-
 TEST_F(Layer, TheRecordBehindEffectRefIsThreadSafeToo) {
-    qx::set_slot<Slot::Iterate>(&polls_behind_effect_ref, table);
+    const auto polls = [](QX_InData* data, auto, auto, auto, auto, auto, auto, auto) {
+        const auto* info = static_cast<const QX_ProgressInfo*>(data->effect_ref);
+        if (const int code = info->abort_func(info->refcon)) return code;
+        if (const int code = info->progress_func(info->refcon, 1, 9)) return code;
+        return data->abort != nullptr ? data->abort(data->effect_ref) : 0;
+    };
+    qx::set_slot<Slot::Iterate>(polls, table);
     install(5);
     Effect effect;
     effect.data.abort = nullptr, effect.data.progress = nullptr;

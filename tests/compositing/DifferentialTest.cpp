@@ -44,28 +44,15 @@ template <class Pixel> Kernels<Pixel> kernels_now() {
     return kernels;
 }
 
-template <class Pixel> struct Rows { std::vector<Pixel> src, mask, dst; };
-
-template <class Pixel> Rows<Pixel> make_rows(const Case& c) {
-    const auto size = static_cast<std::size_t>(c.count + 2 * kGuard + 16);
-    Rows<Pixel> rows{std::vector<Pixel>(size), std::vector<Pixel>(size), std::vector<Pixel>(size)};
-    fill_pixels<Pixel>(rows.src, c.src, c.seed);
-    fill_pixels<Pixel>(rows.mask, FillKind::layer, c.seed + 1);
-    fill_pixels<Pixel>(rows.dst, c.dst, c.seed + 2);
-    return rows;
-}
-
 template <class Pixel>
-void run_kernel(const Case& c, const Kernels<Pixel>& k, const Rows<Pixel>& rows, std::vector<Pixel>& dst) {
-    const QX_BlendingMode<Pixel> mode(QX_CompositeModePlus(c.number, static_cast<float>(c.opacity), nullptr, c.rgb_only,
-                                                           static_cast<int>(c.seed & 0xFFFF)));
-    const Pixel* src = rows.src.data() + kGuard + c.src_offset;
-    const Pixel* mask = rows.mask.data() + kGuard + (c.src_offset ^ 1);
-    Pixel* to = dst.data() + kGuard + c.dst_offset;
-    if (c.kernel == Kernel::row)
-        k.row[c.number + 3][c.masked](c.count, &mode, nullptr, src, c.masked ? mask : nullptr, to);
-    if (c.kernel == Kernel::filter) k.filter[c.number](c.count, c.masked ? src : nullptr, to);
-    if (c.kernel == Kernel::merge) k.merge(c.count, src, mode.opacity, c.masked ? mask : nullptr, to);
+void run_kernel(const Case& c, const Kernels<Pixel>& k, const Pixel* src, const Pixel* mask, Pixel* dst) {
+    QX_CompositeModePlus record = mode_of(c.number, static_cast<float>(c.opacity), c.rgb_only);
+    record.rand_seed = static_cast<std::int32_t>(c.seed & 0xFFFF);
+    const QX_BlendingMode<Pixel> mode(record);
+    const Pixel* const covers = c.masked ? mask : nullptr;
+    if (c.kernel == Kernel::row) k.row[c.number + 3][c.masked](c.count, &mode, nullptr, src, covers, dst);
+    if (c.kernel == Kernel::filter) k.filter[c.number](c.count, c.masked ? src : nullptr, dst);
+    if (c.kernel == Kernel::merge) k.merge(c.count, src, mode.opacity, covers, dst);
 }
 
 std::string describe(const Case& c) {
@@ -81,24 +68,24 @@ std::string describe(const Case& c) {
 
 /// @return what differs from the plain form, or what was written outside the row
 template <class Pixel> std::string run_at_depth(const Levels& levels, const Case& c) {
-    const Rows<Pixel> rows = make_rows<Pixel>(c);
-    const std::size_t begin = static_cast<std::size_t>(kGuard + c.dst_offset);
-    const std::size_t end = begin + static_cast<std::size_t>(c.count);
-    std::vector<Pixel> expected;
+    std::vector<Pixel> src(static_cast<std::size_t>(c.count + 2 * kGuard + 16)), mask = src, start = src, expected;
+    fill_pixels<Pixel>(src, c.src, c.seed);
+    fill_pixels<Pixel>(mask, FillKind::layer, c.seed + 1);
+    fill_pixels<Pixel>(start, c.dst, c.seed + 2);
+    const int from = kGuard + c.src_offset, begin = kGuard + c.dst_offset;
     for (const LevelKernels& level : levels) {
-        std::vector<Pixel> dst = rows.dst;
-        run_kernel<Pixel>(c, std::get<Kernels<Pixel>>(level.kernels), rows, dst);
-        if (expected.empty()) expected = dst;  // the plain level comes first
-        for (std::size_t i = 0; i < dst.size(); ++i) {
-            const bool outside = i < begin || i >= end;
-            const Pixel& wanted = outside ? rows.dst[i] : expected[i];
-            if (dst[i] == wanted) continue;
-            std::ostringstream text;
-            text << level.name << (outside ? " wrote outside the row at " : " differs at ")
-                 << static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(begin) << ": " << dst[i]
-                 << " instead of " << wanted << " in " << describe(c);
-            return text.str();
+        std::vector<Pixel> dst = start;
+        run_kernel<Pixel>(c, std::get<Kernels<Pixel>>(level.kernels), &src[from], &mask[from ^ 1], &dst[begin]);
+        if (expected.empty()) {  // the plain level comes first
+            expected = start;
+            std::copy_n(dst.begin() + begin, c.count, expected.begin() + begin);
         }
+        const auto [made, wanted] = std::mismatch(dst.begin(), dst.end(), expected.begin());
+        if (made == dst.end()) continue;
+        std::ostringstream text;
+        text << level.name << " makes " << *made << " instead of " << *wanted << " at " << made - dst.begin() - begin
+             << " in " << describe(c);
+        return text.str();
     }
     return "";
 }

@@ -51,8 +51,9 @@ inline bool skips_uncovered(int xfer) {
 template <class N> struct Job {
     int xfer;
     N first, second;
-    bool of_rows, rgb_only = false;
-    std::uint32_t* seed = nullptr;
+    bool rgb_only = false;
+    std::uint32_t* seed = nullptr;  ///< of this pixel in, of the next one out; dissolve alone reads it
+    bool of_rows = true;
     std::optional<N> covered = {};  ///< the effective alpha, where it is made before the mode
 };
 
@@ -368,30 +369,16 @@ template <class Pixel> QX_ChannelOf<Pixel> coverage(const Pixel& mask, std::uint
 }
 
 /// A pixel of a transfer: everything that happens to it in the passes of its row.
-template <class Pixel> struct RowCall {
-    int xfer;
-    QX_ChannelOf<Pixel> opacity;
-    std::optional<QX_ChannelOf<Pixel>> mask;  ///< coverage
-    bool rgb_only = false;
-    const Tables* tables = nullptr;
-    std::uint32_t* seed = nullptr;  ///< of this pixel in, of the next one out; dissolve alone reads it
-};
-template <class Pixel> Pixel row_pixel(const RowCall<Pixel>& c, const Pixel& src, const Pixel& dst) {
-    using M = ModesOf<Pixel>;
-    const typename M::Run job{c.xfer, c.mask ? *c.mask : M::full, c.opacity, true, c.rgb_only, c.seed};
-    return pack<Pixel>(M::row(job, c.tables, unpack(src), unpack(dst)));
+template <class Pixel>
+Pixel row_pixel(const typename ModesOf<Pixel>::Run& job, const Tables* tables, const Pixel& src, const Pixel& dst) {
+    return pack<Pixel>(ModesOf<Pixel>::row(job, tables, unpack(src), unpack(dst)));
 }
 
-/// A function of one pixel, with none, one or two opacities.
-template <class Pixel> struct PixelCall {
-    int xfer;
-    std::optional<QX_ChannelOf<Pixel>> opacity, opacity2;
-    const Tables* tables = nullptr;
-};
-template <class Pixel> Pixel one_pixel(const PixelCall<Pixel>& c, const Pixel& src, const Pixel& dst) {
-    using M = ModesOf<Pixel>;
-    const typename M::Run job{c.xfer, c.opacity ? *c.opacity : M::full, c.opacity2 ? *c.opacity2 : M::full, false};
-    return pack<Pixel>(M::function(job, c.tables, unpack(src), unpack(dst)));
+/// A function of one pixel.
+template <class Pixel>
+Pixel one_pixel(typename ModesOf<Pixel>::Run job, const Tables* tables, const Pixel& src, const Pixel& dst) {
+    job.of_rows = false;
+    return pack<Pixel>(ModesOf<Pixel>::function(job, tables, unpack(src), unpack(dst)));
 }
 
 }  // namespace qx::test::model

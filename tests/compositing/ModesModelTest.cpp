@@ -20,20 +20,21 @@ template <class Pixel> struct Scene {
     std::vector<Pixel> modelled(std::vector<Pixel> out) {
         const int xfer = call.mode.xfer;
         const float opacity = call.mode.opacity * kFull<Pixel>;
-        model::RowCall<Pixel> one{xfer, {}, {}, call.mode.rgb_only, call.tables, nullptr};
-        one.opacity = static_cast<QX_ChannelOf<Pixel>>(kFull<Pixel> > 1 ? std::floor(opacity + 0.5f) : opacity);
+        using M = model::ModesOf<Pixel>;
+        typename M::Run job{xfer, M::full, static_cast<typename M::N>(M::real ? opacity : opacity + 0.5f)};
+        job.second = M::wrap(job.second), job.rgb_only = call.mode.rgb_only;
         std::uint32_t row_seed = kSeed + kRect.left, increment = kRect.top * 12281;
         for (int y = 0; y < kHeight; ++y) {
             std::uint32_t seed = row_seed;
-            one.seed = &seed;
+            job.seed = &seed;
             for (int x = 0; x < kWidth; ++x) {
                 Pixel& pixel = out[static_cast<std::size_t>(y * kWidth + x)];
                 if (!holds(kRect, x, y)) {
                     if (xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma) pixel.alpha = 0;
                     continue;
                 }
-                if (call.mask != nullptr) one.mask = model::coverage(mask.at(x, y), record.flags);
-                const Pixel made = model::row_pixel(one, src.at(x, y), pixel);  // of a skipped row too
+                if (call.mask != nullptr) job.first = model::coverage(mask.at(x, y), record.flags);
+                const Pixel made = model::row_pixel(job, call.tables, src.at(x, y), pixel);  // of a skipped row too
                 if (call.field == 0 || y % 2 == call.field - 1) pixel = made;
             }
             if (y < kRect.top) continue;
@@ -109,7 +110,7 @@ TEST(AllPairs, AreTheModels) {
         ASSERT_EQ((TransferCall{.mode = mode_of(xfer)}(src.record(), dst.record())), 0);
         for (const auto& [x, y] : places(n, n)) {
             const QX_Pixel8& s = src.at(x, y);
-            ASSERT_EQ(model::row_pixel({xfer, 255, {}}, s, start.at(x, y)), dst.at(x, y))
+            ASSERT_EQ(model::row_pixel({xfer, 255, 255}, nullptr, s, start.at(x, y)), dst.at(x, y))
                 << name_of(xfer) << ": " << s << " on " << start.at(x, y);
         }
     }

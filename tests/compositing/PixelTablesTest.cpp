@@ -49,7 +49,8 @@ TYPED_TEST(PixelTables, FunctionsAreTheModels) {
             const auto& [first, second] = by;
             const auto* tables = linear ? &gamma : nullptr;
             for (std::size_t i = 0; i < src.size(); ++i) {
-                const TypeParam expected = model::one_pixel<TypeParam>({xfer, first, second, tables}, src[i], start[i]);
+                const TypeParam expected = model::one_pixel<TypeParam>(
+                    {xfer, first.value_or(full), second.value_or(full)}, tables, src[i], start[i]);
                 TypeParam got = start[i];
                 if (!first) plain(&src[i], tables, &got);
                 if (first && !second) faded(&src[i], tables, *first, &got);

@@ -35,7 +35,8 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
             TypeParam expected = in_src && !kept ? src.at(sx, sy) : before[at];
             if (in_src && !kept && kind < 4 && in_mask) {
                 const auto coverage = model::coverage(mask.at(mx, my), kind);
-                expected = model::row_pixel<TypeParam>({xfer_replace, kFull<TypeParam>, coverage}, expected, {});
+                expected =
+                    model::row_pixel<TypeParam>({xfer_replace, coverage, kFull<TypeParam>}, nullptr, expected, {});
             }
             ASSERT_EQ(dst.at(x, y), expected)
                 << "round " << round << " at " << x << ", " << y << " kind " << kind << " field " << call.field;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <ranges>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -94,12 +95,9 @@ inline std::vector<M_LPoint> places(int width, int height) {
 /// Every combination of one of each list, the last list fastest.
 inline std::vector<std::tuple<>> each() { return {{}}; }
 template <class First, class... Rest> auto each(const First& first, const Rest&... rest) {
-    std::vector<std::tuple<std::decay_t<decltype(*std::begin(first))>, std::decay_t<decltype(*std::begin(rest))>...>>
-        all;
-    const auto tails = each(rest...);
+    std::vector<std::tuple<std::ranges::range_value_t<First>, std::ranges::range_value_t<Rest>...>> all;
     for (const auto& head : first) {
-        for (const auto& tail : tails)
-            all.push_back(std::tuple_cat(std::tuple<std::decay_t<decltype(head)>>(head), tail));
+        for (const auto& tail : each(rest...)) all.push_back(std::tuple_cat(std::make_tuple(head), tail));
     }
     return all;
 }

@@ -38,9 +38,9 @@ bench: build
 renders: build
 	sh scripts/renders.sh build/$(PRESET) $(OTHER) $(SAMPLES)
 
-# make failures: every allocation of some command lines fails once; takes minutes
+# make failures: every allocation of some command lines fails once; takes minutes; fewer of them by WORD=render
 failures: build
-	build/$(PRESET)/bin/qx_failures build/$(PRESET)/bin/qx build/$(PRESET)/lib/libqx_fail_allocation.so
+	python3 scripts/failures.py build/$(PRESET) $(WORD)
 
 # make mutants: whether the tests see each of the faults of tests/mutants, planted in a copy; takes half an hour
 mutants: setup

@@ -4,7 +4,7 @@
 # compiled against the headers and the library of the other one. Says which renders differ, or that all agree.
 set -eu
 [ $# -eq 3 ] || { echo "usage: $0 BUILD OTHER_BUILD SAMPLES" >&2; exit 2; }
-renders=$(cd "$(dirname "$0")/../tests/renders" && pwd)
+renders=$(cd "$(dirname "$0")/../bench/renders" && pwd)
 example=$(cd "$renders/../../examples/moving-layer" && pwd)
 samples=$(cd "$3" && pwd)
 work=$(mktemp -d)

@@ -30,3 +30,9 @@ if(QX_BUILD_MOVIE)
   pkg_check_modules(FFMPEG_TEST REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
   target_link_libraries(test_tools PRIVATE PkgConfig::FFMPEG_TEST)
 endif()
+
+# Loaded before the command by a named run (`make failures`): lets an allocation of it fail.
+if(NOT QX_SANITIZE)
+  add_library(qx_fail_allocation MODULE failures/FailAllocation.cpp)
+  target_link_libraries(qx_fail_allocation PRIVATE qx_warnings ${CMAKE_DL_LIBS})
+endif()

@@ -52,6 +52,10 @@ public:
     }
 
     void run(Job& job) {
+        if (::getpid() != process_) {  // one of the threads may have held the mutex when the process was forked off
+            job.body(job.context, 0);
+            return job.work();
+        }
         {
             const std::lock_guard lock(mutex_);
             start_threads(std::min(job.most_helpers, job.count - 1));

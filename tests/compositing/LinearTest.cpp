@@ -33,22 +33,15 @@ TEST(LinearLookup, GammaOneIsTheIdentity) {
     for (int c = 0; c <= 32768; ++c) ASSERT_NEAR(from_linear16(tables, to_linear16(tables, c)), c, 1);
 }
 
-template <class Pixel> QX_RowFunc<Pixel> row_of(int xfer, bool masked, bool linear) {
-    QX_RowFunc<Pixel> row = nullptr;
-    EXPECT_EQ(lookup_slot<Pixel>(masked, linear)(xfer, &row), 0);
-    return row;
-}
-
-TEST(LinearRows, CopiesIgnoreTablesAndNullTablesAreRefused) {
+TEST(LinearRows, NullTablesAreRefused) {
     const Born born(1);
-    for (const int xfer : {xfer_replace, xfer_copy}) {
-        EXPECT_EQ(row_of<QX_Pixel8>(xfer, true, true), row_of<QX_Pixel8>(xfer, true, false));
-    }
+    QX_RowFunc<QX_PixelFloat> row = nullptr;
+    ASSERT_EQ(lookup_slot<QX_PixelFloat>(false, true)(xfer_over, &row), 0);
     const QX_PixelFloat src{1, 1, 1, 1};
     QX_PixelFloat dst{0.5f, 0.25f, 0, 0};
-    const QX_BlendingMode<QX_PixelFloat> mode(QX_CompositeModePlus(xfer_over, 1, nullptr, false, 0));
+    const QX_BlendingMode<QX_PixelFloat> mode(mode_of(xfer_over));
     Reports reports;
-    EXPECT_EQ(row_of<QX_PixelFloat>(xfer_over, false, true)(1, &mode, nullptr, &src, nullptr, &dst), 3);
+    EXPECT_EQ(row(1, &mode, nullptr, &src, nullptr, &dst), 3);
     EXPECT_EQ(reports.last_text(), "Invalid tables for linearized blending");
     EXPECT_EQ(dst.red, 0.25f);
 }
@@ -78,39 +71,33 @@ TEST(DepthConvert, FloatSideIsLinear) {
     EXPECT_EQ(narrow.at(0, 0), (QX_Pixel16{49152, 0, 32768, 16384}));  // alpha not clamped; square root of a quarter
 }
 
-TEST(DepthConvert, IntegerPairsAreStepsAndSizesMustAgree) {
+/// Depths that are none and missing tables are refused; integer pairs need no tables, and sizes must agree.
+TEST(DepthConvert, WhatItTakes) {
     const Born born(1);
     const auto tables = tables_of_gamma(2.2f);
+    OddWorld odd{64, 3, 1};
     TestWorld<QX_Pixel8> eight(64, 3, FillKind::random, 1), other(64, 3, FillKind::clear, 2),
         wide(65, 3, FillKind::clear, 2);
     TestWorld<QX_Pixel16> deep(64, 3, FillKind::clear, 3);
-    QX_DepthConvertWorld(&tables, &eight.world(), &deep.world());
-    QX_DepthConvertWorld(&tables, &deep.world(), &other.world());
-    EXPECT_EQ(eight.pixels(), other.pixels());
-    const auto before = wide.pixels();
-    QX_DepthConvertWorld(&tables, &eight.world(), &wide.world());
-    EXPECT_EQ(before, wide.pixels()) << "sizes must agree";
-}
-
-TEST(DepthConvert, RefusesDepthsThatAreNoneAndMissingTables) {
-    const Born born(1);
-    const auto tables = tables_of_gamma(2.2f);
-    BadWorlds bad;
-    TestWorld<QX_Pixel8> eight(4, 4, FillKind::random, 1), other(4, 4, FillKind::clear, 2);
-    TestWorld<QX_Pixel16> deep(4, 4, FillKind::clear, 3);
-    TestWorld<QX_PixelFloat> linear(4, 4, FillKind::random, 4);
+    TestWorld<QX_PixelFloat> linear(64, 3, FillKind::random, 4);
     const auto convert = [](const QX_LinearBlendingTables* t, const QX_World& from, QX_World& to) {
         return [=, &from, &to] { return code_of([&] { QX_DepthConvertWorld(t, &from, &to); }); };
     };
     const std::string unknown = "Unknown bit depth attempting to depth convert.";
     const std::string missing = "Invalid tables for linearized blending";
-    expect_refused({{convert(&tables, bad.odd, eight.world()), unknown},
-                    {convert(&tables, eight.world(), bad.odd), unknown},
+    expect_refused({{convert(&tables, odd, eight.world()), unknown},
+                    {convert(&tables, eight.world(), odd), unknown},
                     {convert(nullptr, eight.world(), linear.world()), missing},
                     {convert(nullptr, linear.world(), deep.world()), missing}});
-    EXPECT_EQ(convert(nullptr, eight.world(), deep.world())(), 0);
-    EXPECT_EQ(convert(nullptr, deep.world(), other.world())(), 0);
-    EXPECT_EQ(eight.pixels(), other.pixels());
+    for (const auto* given : {static_cast<const QX_LinearBlendingTables*>(nullptr), &tables}) {
+        other.world().Fill(QX_Pixel16{}, nullptr);
+        EXPECT_EQ(convert(given, eight.world(), deep.world())(), 0);
+        EXPECT_EQ(convert(given, deep.world(), other.world())(), 0);
+        EXPECT_EQ(eight.pixels(), other.pixels());
+    }
+    const auto before = wide.pixels();
+    EXPECT_EQ(convert(&tables, eight.world(), wide.world())(), 0);
+    EXPECT_EQ(before, wide.pixels());
 }
 
 }  // namespace

@@ -1,20 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where a transfer writes, what covers it, and how it fails.
+#include "tests/compositing/ModesModel.h"
 #include "tests/compositing/TransferSupport.h"
-#include "tests/support/DepthModel.h"
 
 namespace qx::test {
 namespace {
 
 template <class Pixel> using TransferAtDepth = BornAtDepth<Pixel, 1>;
 TYPED_TEST_SUITE(TransferAtDepth, AllDepths);
-
-/// Coverage of a mask kind.
-template <class Pixel> auto model_coverage(const Pixel& m, std::uint32_t kind) {
-    using K = model::DepthModel<Pixel>;
-    const auto value = kind >= 2 ? K::mul(K::luma({m.red, m.green, m.blue}), m.alpha) : typename K::N{m.alpha};
-    return kind & 1 ? K::full - value : value;
-}
 
 /// Random rectangles, places, masks and fields, with the mode that shows coverage as it is.
 TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
@@ -41,42 +34,13 @@ TYPED_TEST(TransferAtDepth, WritesWhereAndWhatItShould) {
                               (kind % 2 == 0 && kind < 4 && !in_mask);
             TypeParam expected = in_src && !kept ? src.at(sx, sy) : before[at];
             if (in_src && !kept && kind < 4 && in_mask) {
-                expected.alpha = static_cast<QX_ChannelOf<TypeParam>>(
-                    model::DepthModel<TypeParam>::mul(expected.alpha, model_coverage(mask.at(mx, my), kind)));
+                const auto coverage = model::coverage(mask.at(mx, my), kind);
+                expected =
+                    model::row_pixel<TypeParam>({xfer_replace, coverage, kFull<TypeParam>}, nullptr, expected, {});
             }
             ASSERT_EQ(dst.at(x, y), expected)
                 << "round " << round << " at " << x << ", " << y << " kind " << kind << " field " << call.field;
             ++at;
-        }
-    }
-}
-
-TYPED_TEST(TransferAtDepth, EveryModeRunsWithEveryMaskTableAndSwitch) {
-    constexpr float kOpacities[] = {1.0f, 0.4f, 1.9f};  // a record of 16 bits may hold nearly 2
-    const auto tables = tables_of_gamma(2.2f);
-    TestWorld<TypeParam> src(37, 5, FillKind::layer, 1), start(41, 6, FillKind::random, 2);
-    TestWorld<TypeParam> mask(29, 4, FillKind::random, 3);
-    const std::array both = {false, true};
-    for (const auto& [xfer, kind, linear, rgb_only, opacity] :
-         each(modes_from(kQX_FirstMode), std::array{0, 1, 2, 3, 4}, both, both, kOpacities)) {
-        if (xfer == xfer_mask_crossfade && kind == 4) continue;  // 4: no mask
-        TestWorld<TypeParam> dst(41, 6, FillKind::random, 2);
-        const QX_MaskWorld record = mask_at(*mask.record(), 3, 1, static_cast<std::uint32_t>(kind));
-        TransferCall call{.mode = {xfer, opacity, nullptr, rgb_only, 7}, .dest_x = 2};
-        call.tables = linear ? &tables : nullptr, call.mask = kind == 4 ? nullptr : &record;
-        SCOPED_TRACE(testing::Message() << "mode " << xfer << " mask " << kind << " linear " << linear << " rgb_only "
-                                        << rgb_only << " opacity " << opacity);
-        ASSERT_EQ(call(src.record(), dst.record()), 0);
-        const bool leaves_alpha = rgb_only && xfer >= 0 && xfer != xfer_copy &&
-                                  !(xfer >= xfer_alpha_multiply && xfer <= xfer_alpha_multiply_inverse_luma) &&
-                                  xfer < xfer_threshold_blue && xfer != xfer_behind;
-        const bool clears_around = xfer == xfer_alpha_multiply || xfer == xfer_alpha_multiply_luma;
-        for (const auto& [x, y] : places(41, 6)) {
-            const TypeParam &now = dst.at(x, y), &then = start.at(x, y);
-            ASSERT_TRUE(!leaves_alpha || now.alpha == then.alpha);
-            if (x > 1 && x < 39) continue;  // inside the rectangle
-            ASSERT_EQ(now, (TypeParam{clears_around ? QX_ChannelOf<TypeParam>{} : then.alpha, then.red, then.green,
-                                      then.blue}));
         }
     }
 }

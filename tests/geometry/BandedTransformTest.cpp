@@ -5,11 +5,10 @@
 namespace qx::test {
 namespace {
 
-template <class Pixel> std::vector<Pixel> drawn_in(int bands, const TransformCall& call, int* code = nullptr) {
+template <class Pixel> std::vector<Pixel> drawn_in(int bands, const TransformCall& call) {
     const Born born(bands);
     TestWorld<Pixel> src(300, 70, FillKind::layer, 1), dst(310, 90, FillKind::layer, 2);
-    const int got = call(src.record(), dst.record());
-    if (code != nullptr) *code = got;
+    EXPECT_EQ(call(src.record(), dst.record()), 0);
     return dst.pixels();
 }
 
@@ -20,13 +19,16 @@ TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
     standalone::SetPoolLimit(4);
     TestWorld<TypeParam> mask(200, 80, FillKind::random, 3);
     const QX_MaskWorld record = mask_at(*mask.record(), 40, 5, kQX_MaskInverseAlpha);
-    const std::vector<std::vector<M_Matrix3>> motions = {{moved(4.5, 7.25)},
-                                                         {moved(-7, 9)},
-                                                         {scaled(0.5, 0.25)},
-                                                         {moved(2.5, 2), moved(18.5, 34)},
-                                                         {moved(0.5, 2), moved(4.5, 6), moved(20.5, 4)}};
-    for (const auto& [matrices, quality] : each(motions, std::array{0, 1, 2})) {
-        TransformCall call{.matrices = matrices, .quality = quality, .mode = mode_of(xfer_over, 0.8f)};
+    const Cases<std::vector<M_Matrix3>, int> motions = {{{moved(4.5, 7.25)}, xfer_over},
+                                                        {{moved(-7, 9)}, xfer_over},
+                                                        {{scaled(0.5, 0.25)}, xfer_over},
+                                                        {{moved(2.5, 2), moved(18.5, 34)}, xfer_over},
+                                                        {{moved(0.5, 2), moved(4.5, 6), moved(20.5, 4)}, xfer_over},
+                                                        {{scaled(0.5, 0.25)}, xfer_alpha_multiply},  // clear outside
+                                                        {{moved(4.5, 7.25)}, xfer_alpha_multiply_luma}};
+    for (const auto& [motion, quality] : each(motions, std::array{0, 1, 2})) {
+        const auto& [matrices, xfer] = motion;
+        TransformCall call{.matrices = matrices, .quality = quality, .mode = mode_of(xfer, 0.8f)};
         call.mask = quality == 1 ? &record : nullptr;
         const auto one = drawn_in<TypeParam>(1, call);
         for (const int bands : {2, 7, 32}) EXPECT_TRUE(drawn_in<TypeParam>(bands, call) == one) << bands;
@@ -34,38 +36,18 @@ TYPED_TEST(BandedAtDepth, WholeStepsGiveTheSamePixelsInAnyNumberOfBands) {
     standalone::SetPoolLimit(0);
 }
 
-TYPED_TEST(BandedAtDepth, ModesThatClearOutsideAreNotCut) {
-    for (const int xfer : {xfer_alpha_multiply, xfer_alpha_multiply_luma}) {
-        const TransformCall call{.matrices = {placed(100, 25, 0.7, 30, 10)}, .mode = mode_of(xfer)};
-        EXPECT_EQ(drawn_in<TypeParam>(32, call), drawn_in<TypeParam>(1, call));
-    }
-}
-
 TEST(BandedTransform, ThreadsDrawPathsAndTurns) {
     standalone::SetPoolLimit(4);
-    TransformCall call;
-    call.matrices = {placed(100, 0, 1, 0, 0), placed(100, 10, 1.1, 20, 0), placed(100, 25, 1.2, 30, 10)};
-    for (int quality = 0; quality <= 2; ++quality) {
-        call.quality = quality;
-        int code = -1;
-        const auto once = drawn_in<QX_Pixel8>(32, call, &code);
-        EXPECT_EQ(code, 0);
-        EXPECT_EQ(drawn_in<QX_Pixel8>(32, call), once);
+    for (const int quality : {0, 1, 2}) {
+        const TransformCall call{
+            .matrices = {placed(100, 0, 1, 0, 0), placed(100, 10, 1.1, 20, 0), placed(100, 25, 1.2, 30, 10)},
+            .quality = quality};
+        EXPECT_EQ(drawn_in<QX_Pixel8>(32, call), drawn_in<QX_Pixel8>(32, call));
     }
     standalone::SetPoolLimit(0);
 }
 
-/// Every row is either as it was or as it becomes in the end.
-template <class Pixel> bool whole_rows(TestWorld<Pixel>& now, TestWorld<Pixel>& before, TestWorld<Pixel>& after) {
-    for (int y = 0; y < now.world().height; ++y) {
-        const auto same = [&](TestWorld<Pixel>& w) {
-            return std::equal(&now.at(0, y), &now.at(0, y) + now.world().width, &w.at(0, y));
-        };
-        if (!same(before) && !same(after)) return false;
-    }
-    return true;
-}
-
+/// After a failure every row is either as it was or as it becomes in the end.
 TEST(BandedTransform, EveryAllocationMayFail) {
     Reports reports;
     standalone::SetExecutor([](const boost::function<void(int)>& task, int count) {
@@ -85,7 +67,10 @@ TEST(BandedTransform, EveryAllocationMayFail) {
             const int code = short_of_memory(nth, [&] { return call(src.record(), dst.record()); });
             QX_FreeUpSomeMemory();
             EXPECT_EQ(blocks_in_use(), blocks) << nth;
-            EXPECT_TRUE(whole_rows(dst, before, after)) << nth;
+            for (int y = 0; y < 24; ++y) {
+                const auto as_in = [&](auto& w) { return std::equal(&dst.at(0, y), &dst.at(0, y) + 900, &w.at(0, y)); };
+                ASSERT_TRUE(as_in(before) || as_in(after)) << nth << " row " << y;
+            }
             if (code == 0) break;
             EXPECT_EQ(code, 4);
             ++failures;

@@ -16,25 +16,21 @@ std::vector<int> landed(int s0, int s1, int s_end, int d0, int d1, int d_end) {
     if (d0 < 0) s0 += -d0 * sw / dw, d0 = 0;
     if (d1 > d_end) s1 -= (d1 - d_end) * sw / dw, d1 = d_end;
     if (s1 <= s0 || d1 <= d0) return map;
-    int acc = 0, at = d0;
-    for (int s = s0; s < s1; ++s) {
-        acc += d1 - d0;
-        for (int n = acc / (s1 - s0); n > 0; --n, acc -= s1 - s0) map[static_cast<std::size_t>(at++)] = s;
+    // n places of the source fill n * (length of the destination) / (length of the source) places, rounded down:
+    // repeats and skips come late.
+    for (int i = d0; i < d1; ++i) {
+        map[static_cast<std::size_t>(i)] = s0 + ((i + 1 - d0) * (s1 - s0) - 1) / (d1 - d0);
     }
-    EXPECT_EQ(at, d1);
     return map;
 }
 
 /// The place of the source for each place of the destination.
-struct Landing {
-    std::vector<int> columns, rows;
-    Landing(const M_LRect& s, const M_LRect& d, int src_w, int src_h, int dst_w, int dst_h)
-        : columns(landed(s.left, s.right, src_w, d.left, d.right, dst_w)),
-          rows(landed(s.top, s.bottom, src_h, d.top, d.bottom, dst_h)) {}
-    std::pair<int, int> operator()(int x, int y) const {
-        return {columns[static_cast<std::size_t>(x)], rows[static_cast<std::size_t>(y)]};
-    }
-};
+auto landing(const M_LRect& s, const M_LRect& d, int src_w, int src_h, int dst_w, int dst_h) {
+    return [columns = landed(s.left, s.right, src_w, d.left, d.right, dst_w),
+            rows = landed(s.top, s.bottom, src_h, d.top, d.bottom, dst_h)](int x, int y) {
+        return std::pair(columns[static_cast<std::size_t>(x)], rows[static_cast<std::size_t>(y)]);
+    };
+}
 
 constexpr std::pair kKept{-1, -1}, kCleared{-2, -2}, kDoubtful{-3, -3};
 
@@ -51,13 +47,6 @@ void expect_landed(const QX_World& got, const QX_World& before, const QX_World& 
             ASSERT_EQ(channel(got, x, y, c), want) << "at " << x << "," << y << " from " << sx << "," << sy;
         }
     }
-}
-
-/// Anchors of the model: repeats and skips come late in the sum.
-TEST(CopyBitsDraft, TheModelGivesKnownPlaces) {
-    EXPECT_EQ(landed(0, 3, 3, 0, 4, 4), (std::vector{0, 1, 2, 2}));
-    EXPECT_EQ(landed(0, 4, 4, 0, 3, 3), (std::vector{1, 2, 3}));
-    EXPECT_EQ(landed(0, 6, 6, 0, 1, 1), (std::vector{5}));
 }
 
 TEST(CopyBitsDraft, IsTheModelAtAllDepthsAndRectangles) {
@@ -78,9 +67,8 @@ TEST(CopyBitsDraft, IsTheModelAtAllDepthsAndRectangles) {
             QX_CopyBits_Draft_Static(nullptr, src.get(), dst.get(), all_src ? nullptr : &s, all_dst ? nullptr : &d), 0);
         if (all_src) s = {0, 0, src->width, src->height};
         if (all_dst) d = {0, 0, dst->width, dst->height};
-        const Landing landing(s, d, src->width, src->height, dst->width, dst->height);
         SCOPED_TRACE(testing::Message() << i << ": " << from << "->" << to << " " << name(s) << " to " << name(d));
-        expect_landed(*dst, *before, *src, landing);
+        expect_landed(*dst, *before, *src, landing(s, d, src->width, src->height, dst->width, dst->height));
         if (HasFatalFailure()) return;
     }
 }
@@ -133,23 +121,26 @@ template <class Pixel> void expect_hq(CopyBitsFn* copy, QX_PointSampler<Pixel> s
                     before = made(11, 9, depth, i + 1);
         const int left = number(-6, 12), top = number(-6, 9), u = number(-3, 5), v = number(-3, 5);
         const M_LRect s{u, v, u + number(4, 20), v + number(4, 20)};
-        const M_LRect d{left, top, left + number(1, 20), top + number(1, 20)};
-        const std::int64_t sw = s.right - s.left, sh = s.bottom - s.top, dw = d.right - d.left, dh = d.bottom - d.top;
-        if (sw == dw && sh == dh) continue;
+        M_LRect d{left, top, left + number(1, 20), top + number(1, 20)};
+        if (i % 40 == 7) d.right += 65525;
+        if (i % 40 == 8) d.bottom += 65525;
+        const std::int64_t sw = s.right - s.left, sh = s.bottom - s.top;
+        if (sw == d.right - d.left && sh == d.bottom - d.top) continue;
+        // The low 16 bits of a size divide: none draws nothing, a negative step is legal.
+        const auto dw = static_cast<std::int16_t>(d.right - d.left), dh = static_cast<std::int16_t>(d.bottom - d.top);
         SCOPED_TRACE(testing::Message() << "case " << i << " " << name(s) << " to " << name(d));
         ASSERT_EQ(copy(nullptr, src.get(), dst.get(), &s, &d), 0);
-        const bool nothing = s.left >= src->width || s.top >= src->height || d.left >= 11 || d.top >= 9 ||
-                             s.right < 1 || s.bottom < 1 || d.right < 1 || d.bottom < 1;
-        const std::int64_t sx = sw * 65536 / dw, sy = sh * 65536 / dh;
+        const bool nothing = dw == 0 || dh == 0 || s.left >= src->width || s.top >= src->height || d.left >= 11 ||
+                             d.top >= 9 || s.right < 1 || s.bottom < 1 || d.right < 1 || d.bottom < 1;
+        const std::int64_t sx = nothing ? 0 : sw * 65536 / dw, sy = nothing ? 0 : sh * 65536 / dh;
         QX_SampPB block{};
-        block.src = src.get(), block.x_radius = static_cast<std::int32_t>(sx / 2);
-        block.y_radius = static_cast<std::int32_t>(sy / 2);
-        block.area = static_cast<std::int32_t>(std::floor(static_cast<double>(sx * sy) / 65536));
+        block.src = src.get(), block.area = static_cast<std::int32_t>(sx * sy / 65536);
+        block.x_radius = static_cast<std::int32_t>(sx >> 1), block.y_radius = static_cast<std::int32_t>(sy >> 1);
         for (const auto& [x, y] : places(11, 9)) {
             Pixel want = pixel_of<Pixel>(*before, x, y);
             if (!nothing && holds(d, x, y)) {
-                const auto px = static_cast<std::int32_t>(sx / 2 - 32768 + s.left * 65536 + sx * (x - d.left));
-                const auto py = static_cast<std::int32_t>(sy / 2 - 32768 + s.top * 65536 + sy * (y - d.top));
+                const auto px = static_cast<std::int32_t>((sx >> 1) - 32768 + s.left * 65536 + sx * (x - d.left));
+                const auto py = static_cast<std::int32_t>((sy >> 1) - 32768 + s.top * 65536 + sy * (y - d.top));
                 (sx > 65536 || sy > 65536 ? area : subpixel)(nullptr, px, py, &block, &want);
             }
             ASSERT_EQ(pixel_of<Pixel>(*dst, x, y), want) << x << "," << y;
@@ -177,47 +168,39 @@ TEST_F(CopyBitsHQ, AsksTheSamplersOfTheSlots) {
     expect_hq<QX_Pixel16>(&QX_CopyBits_HQ_Straight, kMarks16<64>, kMarks16<65>);
     expect_hq<QX_PixelFloat>(&QX_CopyBits_HQ_Straight, &QX_SubpixelBilinearFloat,
                              &QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>);
+    const World src = made(4, 4, 8, 1), dst = made(4, 4, 8, 2);
+    const M_LRect endless{INT_MIN, 0, INT_MAX, 4};
+    EXPECT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.get(), dst.get(), nullptr, &endless), 0);
 }
 
-/// A footprint of 40,000 pixels passes a signed 16.16 number.
-TEST(CopyBitsHQPremul, LargeFootprintsKeepTheirMean) {
-    const Born born;
-    const World src = made(200, 200, 8, 1), dst = made(1, 1, 8, 2);
-    const QX_Pixel8 colour{100, 50, 25, 5};
-    QX_Fill(nullptr, &colour, nullptr, src.get());
-    ASSERT_EQ(QX_CopyBits_HQ_Premul(nullptr, src.get(), dst.get(), nullptr, nullptr), 0);
-    EXPECT_EQ(std::memcmp(dst->data, &colour, sizeof colour), 0);
+/// Premultiplied colour is not weighed by its alpha again: the mean of clear and opaque pixels is half of all. A
+/// footprint of 40,000 pixels passes a signed 16.16 number.
+TEST(CopyBitsHQPremul, MeansAreThoseOfTheChannels) {
+    for (const auto& [level, size] : each(kLevels, std::array{2, 200})) {
+        const Born born(1, level);
+        const World src = make(size, size, 8), dst = make(1, 1, 8);
+        for (const auto& [x, y] : places(size, size)) {
+            if (x % 2 == y % 2) pixel_of<QX_Pixel8>(*src, x, y) = {254, 200, 100, 50};
+        }
+        ASSERT_EQ(QX_CopyBits_HQ_Premul(nullptr, src.get(), dst.get(), nullptr, nullptr), 0);
+        EXPECT_EQ(pixel_of<QX_Pixel8>(*dst, 0, 0), (QX_Pixel8{127, 100, 50, 25})) << size;
+    }
 }
 
-/// The low 16 bits of a size divide: none draws nothing, a negative step is legal.
-TEST_F(CopyBitsHQ, SizesBeyond16Bits) {
-    const World src = made(4, 4, 8, 1), dst = made(4, 4, 8, 2), before = made(4, 4, 8, 2);
-    M_LRect d{0, 0, 65536, 4};
-    ASSERT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.get(), dst.get(), nullptr, &d), 0);
-    EXPECT_EQ(std::memcmp(dst->data, before->data, 64), 0);
-    d.right = 65535;  // as a number of 16 bits -1, and a step of -4
-    const M_LRect s{0, 0, 4, 3};
-    ASSERT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.get(), dst.get(), &s, &d), 0);
-    const std::int64_t x = -131072 - 32768 + 3 * -262144, y = 24576 - 32768;
-    EXPECT_EQ(channel(*dst, 3, 0, 1), static_cast<double>((x * 31 + y * 17) & 255));
-    EXPECT_EQ(channel(*dst, 3, 0, 2), static_cast<double>((x * 31 + y * 17) >> 8 & 255));
-    d = {INT_MIN, 0, INT_MAX, 4};
-    EXPECT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.get(), dst.get(), &s, &d), 0);
-}
-
-TEST_F(CopyBitsHQ, AbortIsAskedEvery64Rows) {
+/// Asked every 64 rows from the first one that is drawn, wherever it lies; an answer ends the copy after its row.
+TEST_F(CopyBitsHQ, AbortIsAskedEvery64RowsOfTheCopy) {
     const World src = made(2, 2, 8, 1), dst = made(1, 300, 8, 2);
     Polls polls;
     QX_ProgressInfo info{&polls, &Polls::abort, [](void*, std::int32_t, std::int32_t) { return 5; }};
-    const M_LRect d{0, -10, 1, 300};
-    for (const auto& [limit, code, count] : {std::tuple{100, 0, 5u}, {2, 77, 3u}, {0, 77, 1u}}) {
+    for (const auto& [top, limit] : each(std::array{-10, 0, 1, 63, 64, 200}, std::array{0, 2, 100})) {
+        SCOPED_TRACE(testing::Message() << "top " << top << ", " << limit << " polls let pass");
+        const M_LRect d{0, top, 1, 300};
+        const int first = std::max(top, 0), last = std::min(first + 64 * limit, 299);
         std::memset(dst->data, 0, static_cast<std::size_t>(300 * dst->rowbytes));
         polls = {.stop_at = limit, .code = 77};
-        EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), code);
-        EXPECT_EQ(polls.calls.size(), count);
-        int rows = 0;
-        while (rows < 300 && channel(*dst, 0, rows, 0) == 5) ++rows;
-        EXPECT_EQ(rows, code == 0 ? 300 : limit * 64 + 1);
+        EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), last < 299 ? 77 : 0);
+        EXPECT_EQ(polls.calls.size(), static_cast<std::size_t>((last - first) / 64 + 1));
+        for (int y = 0; y < 300; ++y) ASSERT_EQ(channel(*dst, 0, y, 0) != 0, y >= first && y <= last) << "row " << y;
     }
     info.abort_func = nullptr;
     EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, nullptr), 0);
@@ -313,9 +296,7 @@ struct Chunk : QX_ChannelChunk {
         for (auto& b : bytes) b = static_cast<std::uint8_t>(seed = seed * 75 + 74);
         data = bytes.data();
     }
-    std::uint8_t at(int x, int y, int size, int i) const {
-        return bytes[static_cast<std::size_t>(y * row_bytes + x * size + i)];
-    }
+    std::uint8_t at(int i, int y) const { return bytes[static_cast<std::size_t>(y * row_bytes + i)]; }
 };
 
 TEST(ChannelCopy, MovesElementsOfAnySize) {
@@ -332,14 +313,13 @@ TEST(ChannelCopy, MovesElementsOfAnySize) {
         M_LRect s{number(-4, w), number(-4, h), 0, 0}, d{number(-4, dst.width), number(-4, dst.height), 0, 0};
         s.right = s.left + number(1, 14), s.bottom = s.top + number(1, 14);
         d.right = d.left + number(1, 14), d.bottom = d.top + number(1, 14);
-        dst.data = dst.bytes.data();
         ASSERT_EQ(QX_ChannelCopy(nullptr, &src, &dst, whole ? nullptr : &s, whole ? nullptr : &d), 0);
         if (whole) s = d = {0, 0, w, h};
-        const Landing landing(s, d, w, h, dst.width, dst.height);
+        const auto from = landing(s, d, w, h, dst.width, dst.height);
         for (const auto& [k, y] : places(dst.width * size, dst.height)) {
-            const auto [sx, sy] = landing(k / size, y);
+            const auto [sx, sy] = from(k / size, y);
             const bool hit = sx >= 0 && sy >= 0;
-            ASSERT_EQ(dst.at(0, y, 0, k), hit ? src.at(sx, sy, size, k % size) : before.at(0, y, 0, k)) << "case " << i;
+            ASSERT_EQ(dst.at(k, y), hit ? src.at(sx * size + k % size, sy) : before.at(k, y)) << "case " << i;
         }
     }
 }
@@ -358,33 +338,6 @@ TEST(ChannelCopy, Refusals) {
                     {copy(&a, &b, &wide), "QX_ChannelCopy x overflow detected"},
                     {copy(&a, &b, &tall), "QXp_CopyBitsUniversal y underflow detected"}});
     EXPECT_EQ(b.bytes, before);
-}
-
-/// The first row that is drawn asks, wherever it lies.
-TEST_F(CopyBitsHQ, AbortIsAskedFromTheTopOfTheCopy) {
-    const World src = made(2, 2, 8, 1), dst = made(1, 300, 8, 2);
-    for (const int top : {1, 10, 63, 64, 200}) {
-        Polls polls;
-        const QX_ProgressInfo info{&polls, &Polls::abort, nullptr};
-        const M_LRect d{0, top, 1, 300};
-        ASSERT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), 0);
-        EXPECT_EQ(polls.calls.size(), static_cast<std::size_t>((300 - top + 63) / 64)) << "top " << top;
-        polls = {.stop_at = 0, .code = 77};
-        std::memset(dst->data, 0, static_cast<std::size_t>(300 * dst->rowbytes));
-        EXPECT_EQ(QX_CopyBits_HQ_Straight(&info, src.get(), dst.get(), nullptr, &d), 77);
-        for (int y = 0; y < 300; ++y) ASSERT_EQ(channel(*dst, 0, y, 0) != 0, y == top) << "top " << top << " row " << y;
-    }
-}
-
-/// Premultiplied colour is not weighed by its alpha again: the mean of two clear and two opaque pixels is half of all.
-TEST(CopyBitsHQPremul, MeansAreThoseOfTheChannels) {
-    for (const auto level : kLevels) {
-        const Born born(1, level);
-        const World src = make(2, 2, 8), dst = make(1, 1, 8);
-        pixel_of<QX_Pixel8>(*src, 0, 0) = pixel_of<QX_Pixel8>(*src, 1, 1) = {254, 200, 100, 50};
-        ASSERT_EQ(QX_CopyBits_HQ_Premul(nullptr, src.get(), dst.get(), nullptr, nullptr), 0);
-        EXPECT_EQ(pixel_of<QX_Pixel8>(*dst, 0, 0), (QX_Pixel8{127, 100, 50, 25}));
-    }
 }
 
 }  // namespace

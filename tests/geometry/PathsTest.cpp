@@ -18,41 +18,18 @@ template <class Pixel> QX_ChannelOf<Pixel> mean_of_greys(std::int64_t sum, int c
     return mean.red;
 }
 
-/// Every truncated mean of colour times alpha that there is: the nearest 255th.
-TEST(PathSum, CoveredPixelsOf8BitsRoundToTheNearest) {
-    for (int v = 0; v <= 255 * 255; ++v) ASSERT_EQ(mean_of_greys<QX_Pixel8>(v, 255), (2 * v + 255) / 510) << v;
-    for (const int count : {1, 2, 3, 7, 256}) {
+/// At 8 bits every truncated mean of colour times alpha that there is goes to the nearest 255th. At 16 bits it is the
+/// nearest mean, halves up: the quotient's own rounding is finer than any two means apart.
+TEST(PathSum, CoveredPixelsRoundToTheNearest) {
+    for (const int count : {1, 2, 3, 7, 255, 256}) {
         for (int sum = 0; sum <= 255 * count; ++sum) {
             ASSERT_EQ(mean_of_greys<QX_Pixel8>(sum, count), (2 * (255 * sum / count) + 255) / 510) << sum;
         }
-    }
-}
-
-/// At 16 bits the nearest mean, halves up: the quotient's own rounding is finer than any two means apart.
-TEST(PathSum, CoveredPixelsOf16BitsRoundToTheNearest) {
-    for (const int count : {1, 2, 3, 7, 255, 256}) {
         for (std::int64_t sum = 0; sum <= 32768 * count; sum += 1 + count / 7) {
             ASSERT_EQ(mean_of_greys<QX_Pixel16>(sum, count), (2 * sum + count) / (2 * count)) << sum << " / " << count;
         }
     }
 }
-
-/// Alphas and colours times alpha, added one after the other.
-struct SumInOrder {
-    float sum[4] = {};
-
-    void add(const QX_PixelFloat& p) {
-        if (p.alpha == 0) return;
-        const float c[4] = {1, p.red, p.green, p.blue};
-        for (int i = 0; i < 4; ++i) sum[i] += p.alpha * c[i];
-    }
-    QX_PixelFloat mean(int count) const {
-        const auto n = static_cast<float>(count);
-        if (sum[0] == 0) return {};
-        const float by = sum[0] == n ? n : sum[0];
-        return {sum[0] / n, sum[1] / by, sum[2] / by, sum[3] / by};
-    }
-};
 
 /// From the ends inwards where no position wraps, else all in turn: positions beyond 32,768 come back on the other
 /// side.
@@ -88,7 +65,7 @@ TEST(MovingDraft, SumsAreTakenInTheOrderOfTheSamples) {
                 return passes_end(at, std::int64_t{d} * (steps - 1), INT32_MIN, INT32_MAX);
             };
             const bool fits = row_fits && !path_wraps(p.x, by.x) && !path_wraps(p.y, by.y);
-            SumInOrder sum;
+            PathSum<QX_PixelFloat> sum;
             const auto take = [&](int k) {
                 const FixedPoint s = p + by * k;
                 const int x = s.x >> 16, y = s.y >> 16;
@@ -99,9 +76,10 @@ TEST(MovingDraft, SumsAreTakenInTheOrderOfTheSamples) {
             while (first < last && !(take(first++) && fits)) continue;
             while (last > first && !take(--last)) continue;
             while (first < last) take(first++);
-            want[static_cast<std::size_t>(i)] = sum.mean(steps);
-            covered += sum.sum[0] != 0 ? 1 : 0;
-            wrapped += sum.sum[0] != 0 && !row_fits ? 1 : 0;
+            const QX_PixelFloat mean = sum.mean(steps);
+            want[static_cast<std::size_t>(i)] = mean;
+            covered += mean.alpha != 0 ? 1 : 0;
+            wrapped += mean.alpha != 0 && !row_fits ? 1 : 0;
         }
         ASSERT_EQ(got, want) << "case " << n;
     }
@@ -128,22 +106,6 @@ TEST(StillDraft, RowsThatWrapAreTestedPixelByPixel) {
         }
         EXPECT_EQ(StillDraftRows<QX_Pixel16>(world.record, row).sample(count, got.data()), sum);
         ASSERT_EQ(got, want) << "case " << n;
-    }
-}
-
-/// Sub-frames of uneven motion are summed from the last to the first; the last matrix is only where they lead. Opaque
-/// pixels are sampled without rounding.
-TEST(UnevenMotion, SumsAreTakenFromTheLastSubFrame) {
-    const Born born;
-    TestWorld<QX_PixelFloat> src(60, 50, FillKind::opaque, 1), dst(30, 30, FillKind::clear, 2);
-    const M_LPoint at[] = {{0, 0}, {-9, -3}, {-4, -8}, {-12, -1}, {-3, -11}, {5, 5}};
-    TransformCall call{.matrices = {}, .mode = mode_of(xfer_replace)};
-    for (const M_LPoint& p : at) call.matrices.push_back(moved(p.x, p.y));
-    ASSERT_EQ(call(src.record(), dst.record()), 0);
-    for (const auto& [x, y] : places(30, 30)) {
-        SumInOrder sum;
-        for (int k = 4; k >= 0; --k) sum.add(src.at(x - at[k].x, y - at[k].y));
-        ASSERT_EQ(dst.at(x, y), sum.mean(5)) << x << ", " << y;
     }
 }
 

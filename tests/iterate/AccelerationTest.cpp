@@ -13,27 +13,18 @@ using namespace qx::test;
 /// What the test's own routines see and do; they have no refcon.
 struct Stage {
     std::mutex lock{};
-    std::vector<M_LRect> calls{};  ///< of the routines that the test put in the table
-    std::vector<const M_LRect*> areas{};
-    std::vector<const void*> infos{};
-    int fail_at_top = -1, code = 0;
-    bool throws_fault = false, polls = false, aborts = false;
+    std::vector<M_LRect> calls{};   ///< of the routines that the test put in the table
+    const M_LRect* area = nullptr;  ///< of the last call
+    std::function<int(const M_LRect&, const QX_ProgressInfo*)> answer{};
 
-    int enter(const M_LRect* area, const QX_ProgressInfo* info) {
-        const std::scoped_lock hold(lock);
-        areas.push_back(area);
-        infos.push_back(info);
-        const M_LRect r = area != nullptr ? *area : M_LRect{};
-        calls.push_back(r);
-        if (throws_fault) throw std::runtime_error("a fault of the test");
-        if (r.top == fail_at_top) return code;
-        if (polls) return qx::ask_progress(info, r.top, 100);
-        return aborts && info != nullptr && info->abort_func != nullptr ? info->abort_func(info->refcon) : 0;
-    }
-    int rows() {
-        int sum = 0;
-        for (const M_LRect& c : calls) sum += c.bottom - c.top;
-        return sum;
+    int enter(const M_LRect* rect, const QX_ProgressInfo* info) {
+        const M_LRect r = rect != nullptr ? *rect : M_LRect{};
+        {
+            const std::scoped_lock hold(lock);
+            area = rect;
+            calls.push_back(r);
+        }
+        return answer ? answer(r, info) : 0;
     }
 };
 Stage* stage = nullptr;
@@ -122,37 +113,35 @@ TEST_F(Layer, RectangleRoutinesRunInBandsOrStraight) {
                                                                  {"no row", &flat, 1, 0}};
     install(7);
     const std::int64_t blocks = blocks_in_use();
+    stage_.answer = [](auto&&, const QX_ProgressInfo* info) { return info != nullptr ? 1 : 0; };  // null stays null
     for (const auto& [c, transforms] : each(cases, std::array{false, true})) {
         const auto& [name, rect, calls, rows] = c;
         SCOPED_TRACE(testing::Message() << name << (transforms ? ", transform" : ", premultiply"));
         stage_.calls.clear();
-        stage_.areas.clear();
         EXPECT_EQ(transforms ? transform(rect) : premul(rect), 0);
         EXPECT_EQ(stage_.calls.size(), calls);
-        EXPECT_EQ(stage_.rows(), rows);
-        EXPECT_TRUE(calls != 1 || stage_.areas[0] == rect) << "the caller's own rectangle";
+        int sum = 0;
+        for (const M_LRect& band : stage_.calls) sum += band.bottom - band.top;
+        EXPECT_EQ(sum, rows);
+        EXPECT_TRUE(calls != 1 || stage_.area == rect) << "the caller's own rectangle";
     }
     EXPECT_EQ(blocks_in_use(), blocks) << "scratch is given back";
-}
-
-TEST_F(Layer, TransformsThatReachOutsideTheirRectangleAreNotCut) {
-    install(7);
     for (const int mode : {+xfer_alpha_multiply, +xfer_alpha_multiply_luma, 16, 19}) {
         stage_.calls.clear();
         EXPECT_EQ(transform(nullptr, mode), 0);
-        EXPECT_EQ(stage_.calls.size(), mode == 16 || mode == 19 ? 7u : 1u) << mode;
+        EXPECT_EQ(stage_.calls.size(), mode == 16 || mode == 19 ? 7u : 1u) << "those that reach outside are not cut";
     }
 }
 
 TEST_F(Layer, ScratchThatCannotBeHadIsTheTasksResult) {
     install(4);
-    const WithExecutor executor(ChosenOrder{{0, 1, 2, 3}, {}, true});
+    const WithExecutor executor(&run_in_turn);
     const std::int64_t blocks = blocks_in_use();
     for (int nth = 1; nth <= 10; ++nth) {  // three rows and seven buffers of the first band
         EXPECT_EQ(short_of_memory(nth, [&] { return transform(nullptr); }), 4) << nth;
         EXPECT_TRUE(stage_.calls.empty());
     }
-    stage_.throws_fault = true;
+    stage_.answer = [](auto&&...) -> int { throw std::runtime_error("a fault of the test"); };
     EXPECT_EQ(transform(nullptr), 3);
     EXPECT_EQ(blocks_in_use(), blocks);
 }
@@ -173,35 +162,23 @@ TEST_F(Layer, GpuWorldsAreRefusedFirst) {
 
 TEST_F(Layer, FirstFailureWinsAndBandsNotBegunStayOut) {
     install(7);
+    stage_.answer = [](const M_LRect& r, auto&&) { return r.top == 40 ? 517 : 0; };  // band 4 of seven by ten rows
     const WithExecutor executor(ChosenOrder{{2, 4, 1}, {}});
-    stage_.fail_at_top = 40;  // band 4 of seven by ten rows
-    stage_.code = 517;
     EXPECT_EQ(premul(nullptr), 517);
     EXPECT_EQ(stage_.calls, (std::vector<M_LRect>{{0, 20, 6, 30}, {0, 40, 6, 50}}));
-}
 
-/// Band 0 is still at work when band 1 fails; what band 0 gives later comes second.
-TEST_F(Layer, FirstCodeInTimeWins) {
-    static const boost::function<void(int)>* running;
-    qx::set_slot<Slot::PremulRect>(
-        [](void*, bool, const M_LRect* rect, QX_LayerDef*) {
-            if (rect->top != 0) return 7;
-            std::thread(*running, 1).join();
-            return 9;
-        },
-        table);
-    install(7);
-    const WithExecutor executor([](const boost::function<void(int)>& task, int) {
+    // Band 0 is still at work when band 1 fails; what band 0 gives later comes second.
+    const boost::function<void(int)>* running = nullptr;
+    stage_.answer = [&](const M_LRect& r, auto&&) {
+        if (r.top != 0) return 7;
+        std::thread(*running, 1).join();
+        return 9;
+    };
+    standalone::SetExecutor([&](const boost::function<void(int)>& task, int) {
         running = &task;
         task(0);
     });
     EXPECT_EQ(premul(nullptr), 7);
-}
-
-TEST_F(Layer, ARecordThatIsNullStaysNull) {
-    install(7);
-    EXPECT_EQ(premul(nullptr), 0);
-    EXPECT_EQ(stage_.infos, std::vector<const void*>(7, nullptr));
 }
 
 /// A caller that counts where its callbacks run.
@@ -226,19 +203,19 @@ TEST_F(Layer, CallbacksRunOnTheCallersThreadAndTheirAnswerReachesAll) {
     install(7);
     for (const bool aborts : {false, true}) {
         SCOPED_TRACE(aborts);
-        stage_.polls = !aborts, stage_.aborts = aborts;
+        stage_.answer = [=](const M_LRect& r, const QX_ProgressInfo* info) {
+            if (!aborts) return qx::ask_progress(info, r.top, 100);
+            return info->abort_func != nullptr ? info->abort_func(info->refcon) : 0;
+        };
         Caller caller;
         QX_ProgressInfo info = caller.info();
-        stage_.calls.clear();
-        standalone::SetExecutor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {1, 4}});
-        EXPECT_EQ(premul(nullptr, &info), 0);
-        EXPECT_EQ(stage_.calls.size(), 7u);
-        EXPECT_TRUE(caller.on_main == 2 && caller.elsewhere == 0);
-        caller.answer = 517;
-        stage_.calls.clear();
-        const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {3}});
-        EXPECT_EQ(premul(nullptr, &info), 517);
-        EXPECT_EQ(stage_.calls.size(), 4u);
+        for (const int code : {0, 517}) {
+            stage_.calls.clear(), caller.answer = code;
+            const WithExecutor executor(ChosenOrder{{}, code == 0 ? std::set{1, 4} : std::set{3}});
+            EXPECT_EQ(premul(nullptr, &info), code);
+            EXPECT_EQ(stage_.calls.size(), code == 0 ? 7u : 4u);
+            EXPECT_TRUE(caller.on_main == (code == 0 ? 2 : 3) && caller.elsewhere == 0);
+        }
         info.progress_func = nullptr;
         EXPECT_EQ(premul(nullptr, &info), 517) << "to abort is asked where there is no progress";
         info.abort_func = nullptr;
@@ -267,7 +244,7 @@ TEST(AcceleratedIterate, EffectsFindTheirRecordOnEveryThread) {
     const Born born(7);
     Effect effect;
     Picture<QX_Pixel8> world(3, 70);
-    const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4, 5, 6}, {2}});
+    const WithExecutor executor(ChosenOrder{{}, {2}});
     const auto iterate = [&] {
         return QX_Iterate(&effect.data, 0, 70, nullptr, nullptr, nullptr, &Effect::pixel, &world.record);
     };
@@ -296,20 +273,18 @@ TEST(AcceleratedIterate, WithoutAnEffectRefEveryThreadCalls) {
 }
 
 /// A routine below that is handed `effect_ref` alone reaches the host's record behind it.
-int polls_behind_effect_ref(QX_InData* data, std::int32_t, std::int32_t, QX_LayerDef*, const M_LRect*, void*,
-                            QX_IteratePixelFunc, QX_LayerDef*) {
-    const auto* info = static_cast<const QX_ProgressInfo*>(data->effect_ref);
-    if (const int code = info->abort_func(info->refcon)) return code;
-    if (const int code = info->progress_func(info->refcon, 1, 9)) return code;
-    return data->abort != nullptr ? data->abort(data->effect_ref) : 0;
-}
-
 TEST_F(Layer, TheRecordBehindEffectRefIsThreadSafeToo) {
-    qx::set_slot<Slot::Iterate>(&polls_behind_effect_ref, table);
+    const auto polls = [](QX_InData* data, auto, auto, auto, auto, auto, auto, auto) {
+        const auto* info = static_cast<const QX_ProgressInfo*>(data->effect_ref);
+        if (const int code = info->abort_func(info->refcon)) return code;
+        if (const int code = info->progress_func(info->refcon, 1, 9)) return code;
+        return data->abort != nullptr ? data->abort(data->effect_ref) : 0;
+    };
+    qx::set_slot<Slot::Iterate>(polls, table);
     install(5);
     Effect effect;
     effect.data.abort = nullptr, effect.data.progress = nullptr;
-    const WithExecutor executor(ChosenOrder{{0, 1, 2, 3, 4}, {3}});
+    const WithExecutor executor(ChosenOrder{{}, {3}});
     const auto iterate = qx::slot<Slot::Iterate>(table);
     EXPECT_EQ(iterate(&effect.data, 0, 0, nullptr, nullptr, nullptr, nullptr, &world.record), 0);
     EXPECT_EQ(effect.caller.on_main, 2) << "and no abort of the effect's own";

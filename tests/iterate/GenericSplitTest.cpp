@@ -5,7 +5,6 @@ namespace {
 
 using namespace qx::test;
 
-using Parts = std::vector<std::pair<int, int>>;  // start and count
 struct Call {
     int thread_index, i, total;
     std::thread::id on;
@@ -25,55 +24,38 @@ struct Recorder {
         if (i == self.fail_at && self.throws) throw self.code;
         return i == self.fail_at ? self.code : 0;
     }
-    /// Once each index was seen to be called once.
-    Parts parts() {
+    /// Each index was called once, in parts of equal size, of which the last has the rest too and the first ran here.
+    void expect_parts(int bands, int total) {
+        const int parts = std::min(bands, total), size = std::max(1, total / bands);
         std::sort(calls.begin(), calls.end(), [](const Call& a, const Call& b) { return a.i < b.i; });
-        Parts result;
-        for (std::size_t k = 0; k < calls.size(); ++k) {
-            EXPECT_EQ(calls[k].i, static_cast<int>(k));
-            if (k == 0 || calls[k].thread_index != calls[k - 1].thread_index) {
-                EXPECT_EQ(calls[k].thread_index, static_cast<int>(result.size()));
-                result.emplace_back(calls[k].i, 0);
-            }
-            ++result.back().second;
+        ASSERT_EQ(calls.size(), static_cast<std::size_t>(total));
+        for (int i = 0; i < total; ++i) {
+            const Call& call = calls[static_cast<std::size_t>(i)];
+            EXPECT_TRUE(call.i == i && call.total == total && call.thread_index == std::min(i / size, parts - 1)) << i;
+            EXPECT_TRUE(call.thread_index != 0 || call.on == std::this_thread::get_id());
         }
-        return result;
     }
 };
 
-/// Columns: iterations, parts, total
-const Cases<int, Parts, int> kShapesOfFour = {
-    {-1, {{0, 1}, {1, 1}, {2, 1}, {3, 1}}, 4}, {10, {{0, 2}, {2, 2}, {4, 2}, {6, 4}}, 10}, {2, {{0, 1}, {1, 1}}, 2},
-    {4, {{0, 1}, {1, 1}, {2, 1}, {3, 1}}, 4},  {7, {{0, 1}, {1, 1}, {2, 1}, {3, 4}}, 7},   {1, {{0, 1}}, 1},
-};
-
+/// Any order of the tasks, and any of them on the calling thread.
 TEST(GenericSplit, EveryPartOnceAndPartZeroOnTheCallingThread) {
-    const std::pair<const char*, ChosenOrder> orders[] = {
-        {"all on the caller", {{}, {}, true}},
-        {"all on the caller, backwards", {{4, 3, 2, 1, 0}, {}, true}},
-        {"the caller draws nothing", {}},
-        {"the caller draws nothing, backwards", {{4, 3, 2, 1, 0}, {}}},
-        {"the caller draws only 3", {{0, 1, 2, 3}, {3}}},
-        {"the caller draws 0 first", {{0, 1, 2}, {0, 2}}},
-        {"the caller draws 0 after it parked 2", {{2, 1, 0, 3}, {2, 0}}},
-        {"the caller draws 0 after the parked part was taken", {{2, 4, 0, 3}, {2, 0}}},
-        {"the extra task before the caller draws", {{4, 2, 1, 0}, {1, 2}}},
-        {"the caller parks the extra task", {{4, 1, 0}, {4, 0, 3}}},
-        {"the caller parks the extra task and draws no more", {{4, 3, 2, 1, 0}, {4}}},
-        {"the caller takes back its own", {{1, 4, 2, 0}, {1, 4}}},
-    };
     const Born born(4);
-    for (const auto& [named, shape] : each(orders, kShapesOfFour)) {
-        const auto& [iterations, parts, total] = shape;
-        SCOPED_TRACE(testing::Message() << named.first << ", " << iterations << " iterations");
-        const WithExecutor executor(named.second);
+    std::mt19937 random(3);
+    for (int round = 0; round < 1200; ++round) {
+        const int iterations = std::array{-1, 1, 2, 4, 7, 10}[round % 6];
+        ChosenOrder chosen{{0, 1, 2, 3, 4}, {}};
+        std::shuffle(chosen.order.begin(), chosen.order.end(), random);
+        const auto share = random() % 4;  // from none to all of them
+        for (int i = 0; i < 5; ++i) {
+            if (random() % 3 < share) chosen.on_caller.insert(i);
+        }
+        const WithExecutor executor(chosen);
         Recorder recorder;
         EXPECT_EQ(QX_IterateGeneric(iterations, &recorder, &Recorder::note), 0);
-        EXPECT_EQ(recorder.parts(), parts);
-        for (const Call& call : recorder.calls) {
-            EXPECT_EQ(call.total, total);
-            EXPECT_TRUE(call.thread_index != 0 || call.on == std::this_thread::get_id());
-        }
+        recorder.expect_parts(4, iterations == -1 ? 4 : iterations);
+        if (HasFailure())
+            FAIL() << iterations << " in the order " << testing::PrintToString(chosen.order) << ", on the caller "
+                   << testing::PrintToString(chosen.on_caller);
     }
 }
 
@@ -82,8 +64,7 @@ TEST(GenericSplit, TheExtraTaskTakesTheParkedPartToItsOwnThread) {
     const WithExecutor executor(ChosenOrder{{2, 4, 1, 3}, {2}});
     Recorder recorder;
     EXPECT_EQ(QX_IterateGeneric(4, &recorder, &Recorder::note), 0);
-    ASSERT_EQ(recorder.parts().size(), 4u);
-    EXPECT_EQ(recorder.calls[0].on, std::this_thread::get_id());
+    recorder.expect_parts(4, 4);
     EXPECT_NE(recorder.calls[2].on, std::this_thread::get_id());
 }
 
@@ -94,9 +75,7 @@ TEST(GenericSplit, OnThePool) {
             SCOPED_TRACE(testing::Message() << iterations << " in " << bands);
             Recorder recorder;
             EXPECT_EQ(QX_IterateGeneric(iterations, &recorder, &Recorder::note), 0);
-            EXPECT_EQ(recorder.parts().size(), static_cast<std::size_t>(std::min(bands, iterations)));
-            EXPECT_EQ(recorder.calls.size(), static_cast<std::size_t>(iterations));
-            EXPECT_EQ(recorder.calls.front().on, std::this_thread::get_id());
+            recorder.expect_parts(bands, iterations);
         }
     }
 }
@@ -122,10 +101,10 @@ TEST(Generic, CountsAndCodesOfBothForms) {
             EXPECT_EQ(QX_IterateGeneric(iterations, &recorder, &Recorder::note), 0);
         }
         EXPECT_TRUE(recorder.calls.empty());
-        Reports reports;
-        for (const int iterations : {-1, 0, 1, 9}) EXPECT_EQ(QX_IterateGeneric(iterations, nullptr, nullptr), 3);
-        ASSERT_EQ(reports.all().size(), 4u);
-        EXPECT_EQ(reports.all()[0].site, 0x250000 | 70);
+        for (const int iterations : {-1, 0, 1, 9}) {
+            expect_refused(
+                {{[=] { return QX_IterateGeneric(iterations, nullptr, nullptr); }, kBadParameter, 3, 0x250000 | 70}});
+        }
         recorder.fail_at = 0, recorder.code = 21;
         EXPECT_EQ(QX_IterateGeneric(1, &recorder, &Recorder::note), 21);
         recorder.throws = true;
@@ -137,11 +116,11 @@ TEST(Generic, PlainRunsInOrderOnThisThread) {
     Recorder recorder;
     recorder.fail_at = 3, recorder.code = 9;
     EXPECT_EQ(QX_IterateGeneric_Static(6, &recorder, &Recorder::note), 9);
-    EXPECT_EQ(recorder.parts(), (Parts{{0, 4}}));
+    ASSERT_EQ(recorder.calls.size(), 4u);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(recorder.calls[static_cast<std::size_t>(i)].i, i);
     Recorder once;
     EXPECT_EQ(QX_IterateGeneric_Static(-1, &once, &Recorder::note), 0);
-    ASSERT_EQ(once.calls.size(), 1u);
-    EXPECT_EQ(once.calls[0].total, 1);
+    once.expect_parts(1, 1);
 }
 
 }  // namespace

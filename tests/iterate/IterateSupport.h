@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <exception>
+#include <future>
 
 #include "tests/support/Test.h"
 
@@ -12,22 +12,12 @@ namespace qx::test {
 struct ChosenOrder {
     std::vector<int> order{};
     std::set<int> on_caller{};
-    bool all_on_caller = false;
 
     void operator()(const boost::function<void(int)>& task, int count) const {
         std::set<int> done;
         const auto run = [&](int i) {
             if (i >= count || !done.insert(i).second) return;
-            if (all_on_caller || on_caller.count(i) != 0) return task(i);
-            std::exception_ptr fault;
-            std::thread([&] {
-                try {
-                    task(i);
-                } catch (...) {
-                    fault = std::current_exception();
-                }
-            }).join();
-            if (fault) std::rethrow_exception(fault);
+            on_caller.count(i) != 0 ? task(i) : std::async(std::launch::async, task, i).get();
         };
         for (const int i : order) run(i);
         for (int i = 0; i < count; ++i) run(i);

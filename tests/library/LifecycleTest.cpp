@@ -10,26 +10,48 @@ using namespace qx::test;
 
 std::vector<void*> table() { return std::vector<void*>(QXp_G_OverFuncs, QXp_G_OverFuncs + kQX_SlotCount); }
 
-/// True for the slots that the list gives a routine.
-bool has_routine(int slot) {
-    using namespace qx;
-    switch (slot) {
-#define X(number, name, type) \
-    case number:              \
-        return !std::is_same_v<type, NoRoutine> && !std::is_same_v<type, RoutineToCome>;
-        QX_SLOTS(X)
-#undef X
-        default:
-            return false;
-    }
-}
-
 TEST(Slots, AreFilledAsTheListSays) {
+    bool has_routine[kQX_SlotCount] = {};
+    using namespace qx;
+#define X(number, name, type) \
+    has_routine[number] = !std::is_same_v<type, NoRoutine> && !std::is_same_v<type, RoutineToCome>;
+    QX_SLOTS(X)
+#undef X
     for (const auto& [bands, level] : each(std::array{1, 32}, kLevels)) {
         const Born born(bands, level);
         ASSERT_EQ(born.code(), 0);
         for (int i = 0; i < kQX_SlotCount; ++i) {
-            EXPECT_EQ(QXp_G_OverFuncs[i] != nullptr, has_routine(i)) << "slot " << i << ", " << bands << " bands";
+            EXPECT_EQ(QXp_G_OverFuncs[i] != nullptr, has_routine[i]) << "slot " << i << ", " << bands << " bands";
+        }
+    }
+}
+
+/// Exported names that go through a slot, called with nothing.
+template <auto Routine>
+constexpr auto kWithNothing =
+    []<class R, class... Args>(R (*)(Args...)) { return +[] { return int{Routine(Args{}...)}; }; }(Routine);
+const Cases<Text, int (*)()> kForwarders = {{"transfer", kWithNothing<&QX_TransferRect>},
+                                            {"premultiply", kWithNothing<&QX_PremulRect>},
+                                            {"iterate", kWithNothing<&QX_Iterate>},
+                                            {"iterate from an origin", kWithNothing<&QX_IterateOrigin>},
+                                            {"iterate a table", kWithNothing<&QX_IterateLUT>},
+                                            {"iterate anything", kWithNothing<&QX_IterateGeneric>},
+                                            {"draft copy", kWithNothing<&QX_CopyBits_Draft>},
+                                            {"copy", kWithNothing<&QX_CopyBits_HQ_Straight>},
+                                            {"premultiplied copy", kWithNothing<&QX_CopyBits_HQ_Premul>},
+                                            {"sample", kWithNothing<&QX_SubpixelSampleNoClip_Straight>},
+                                            {"area", kWithNothing<&QX_AreaSample_Straight>},
+                                            {"deep area", kWithNothing<&QX_AreaSample_Straight16>},
+                                            {"row matte", kWithNothing<&QX_BlackMatte>}};
+
+TEST(Slots, AreToldAndNotCalledWhereTheyAreEmpty) {
+    for (const bool born : {false, true}) {  // a table that nobody has filled, and one that a host has emptied
+        const std::optional<Born> library = born ? std::optional<Born>(std::in_place, 4) : std::nullopt;
+        std::fill_n(QXp_G_OverFuncs, kQX_SlotCount, nullptr);
+        for (const auto& [name, call] : kForwarders) {
+            Reports reports;
+            EXPECT_EQ(call(), 3) << name;
+            EXPECT_EQ(reports.all().size(), 1u) << name;
         }
     }
 }
@@ -93,20 +115,18 @@ TEST(Birth, AFailedStartLeaksNothing) {
     EXPECT_GE(failures, 10) << "three rows and seven buffers";
 }
 
-TEST(Life, LogsItsMilestones) {
+TEST(Life, LogsItsMilestonesAndKeepsTheTableOfRoutines) {
     std::string lines;
+    std::vector<void*> born_table;
     standalone::SetLogSink([&](int level, const std::string& line) { lines += level == 10 ? line + '\n' : ""; });
-    { const Born born; }
+    {
+        const Born born(4);
+        born_table = table();
+    }
     standalone::SetLogSink({});
+    EXPECT_EQ(table(), born_table);
     const auto birth = lines.find("QX Birth"), death = lines.find("QX Death");
     EXPECT_TRUE(birth < death && death < lines.size() && std::count(lines.begin(), lines.end(), '\n') == 2) << lines;
-}
-
-TEST(Life, DeathKeepsTheTableOfRoutines) {
-    std::optional<Born> born(std::in_place, 4);
-    const std::vector<void*> born_table = table();
-    born.reset();
-    EXPECT_EQ(table(), born_table);
 }
 
 TEST(Life, FreeUpSomeMemoryShrinksTheScratch) {

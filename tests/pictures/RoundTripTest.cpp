@@ -125,13 +125,36 @@ TEST_F(RoundTrip, JpegIsNearAndKeepsProfileAndResolution) {
 }
 
 TEST(Depths, FloatAlphaIsLimitedOnTheWayToIntegers) {
-    const float alphas[] = {-0.25f, NAN, 0.5f, 1.0f, 1.75f};
-    const std::vector<List> expected = {
-        {0, 255, 0, 64}, {0, 255, 0, 64}, {128, 255, 0, 64}, {255, 255, 0, 64}, {255, 255, 0, 64}};
-    const auto pixel = [&](int x, int) { return QX_PixelFloat{alphas[x], 1.5f, -1, 0.25f}; };
-    auto out = picture<QX_PixelFloat>(5, 1, true, pixel);
-    out.world = at_depth("test", *out.world, 8);
-    EXPECT_EQ(first_row(out), expected);
+    for (const auto& [alpha, limited] : {std::pair{-0.25f, 0.0}, {NAN, 0}, {0.5f, 128}, {1, 255}, {1.75f, 255}}) {
+        const auto pixel = [a = alpha](int, int) { return QX_PixelFloat{a, 1.5f, -1, 0.25f}; };
+        const auto in = picture<QX_PixelFloat>(1, 1, true, pixel);
+        EXPECT_EQ(channels(*at_depth("test", *in.world, 8), 0, 0), (List{limited, 255, 0, 64})) << alpha;
+    }
+}
+
+/// The library rounds float rows to 8 bits by a rule that asks for their address. Here is memory of someone else's, at
+/// every distance from a boundary, of values whose product with 255 is a number and a half exactly.
+TEST(Depths, HalvesBecomeEvenWhereverTheRowsLie) {
+    std::vector<std::pair<float, double>> ties;  // and the even number beside each
+    for (int below = 0; below < 255; ++below) {
+        const auto value = static_cast<float>((below + 0.5) / 255);
+        if (value * 255.0f == static_cast<float>(below) + 0.5f) ties.emplace_back(value, (below + 1) / 2 * 2);
+    }
+    const int width = static_cast<int>(ties.size()), height = 3, rowbytes = width * 16 + 4;
+    for (int shift = 0; shift < 16; shift += 4) {
+        std::vector<float> memory(static_cast<std::size_t>(height * rowbytes + shift) / sizeof(float));
+        auto* first = reinterpret_cast<std::byte*>(memory.data()) + shift;
+        const std::unique_ptr<QX_World> world(QX_World::NewReference(first, width, height, 32, rowbytes));
+        each_pixel<QX_PixelFloat>(*world, [&](QX_PixelFloat& to, int x, int) {
+            const float v = ties[static_cast<std::size_t>(x)].first;
+            to = {1, v, v, v};
+        });
+        const auto rounded = at_depth("test", *world, 8);
+        for (int i = 0; i < width * height; ++i) {
+            const double even = ties[static_cast<std::size_t>(i % width)].second;
+            ASSERT_EQ(channels(*rounded, i % width, i / width), (List{255, even, even, even})) << shift << " " << i;
+        }
+    }
 }
 
 }  // namespace

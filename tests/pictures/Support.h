@@ -9,14 +9,13 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "pictures/Picture.h"
+#include "pictures/Watch.h"
 
 namespace qx::test {
 
@@ -72,6 +71,22 @@ bool same_pixels(const QX_World& a, const QX_World& b);
 inline bool same_pixels(const pictures::Picture& a, const pictures::Picture& b) {
     return same_pixels(*a.world, *b.world);
 }
+
+/// Counts the rows that it hears of, and stops at so many.
+struct CountingWatch : pictures::Watch {
+    explicit CountingWatch(int rows = 1 << 30) : most(rows) {}
+    bool stops() const noexcept override { return told >= most; }
+    void rows(std::int64_t done, std::int64_t total) noexcept override {
+        ++told;
+        last = done;
+        if (done < 0 || done > total) wrong = true;
+        if (done == total) ++finished;
+    }
+    const int most;
+    std::atomic<int> told{0}, finished{0};
+    std::atomic<std::int64_t> last{-1};
+    std::atomic<bool> wrong{false};
+};
 
 /// A small RGB profile, complete enough for the libraries that look at it.
 std::vector<std::uint8_t> small_profile();

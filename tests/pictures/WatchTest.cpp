@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "tests/pictures/Support.h"
+#include "tests/support/TestHost.h"
 
 namespace {
 
@@ -17,38 +18,25 @@ Picture pattern(int seed) {
     return picture<QX_Pixel8>(150, 100, false, [=](int x, int y) { return argb(255, x + seed, y * seed, x ^ y); });
 }
 
-/// Stops once it has heard of some rows. What it hears rises up to the whole.
-struct Limit : Watch {
-    explicit Limit(std::int64_t rows) : most(rows) {}
-    bool stops() const noexcept override { return heard >= most; }
-    void rows(std::int64_t done, std::int64_t total) noexcept override {
-        EXPECT_GE(done, heard);
-        EXPECT_LT(done, total);
-        heard = done;
-    }
-    const std::int64_t most;
-    std::int64_t heard = -1;
-};
-
 using Watched = InFolder;
 
 TEST_F(Watched, WorkStopsAndLeavesNoFile) {
     for (const std::string name : kNames) {
         SCOPED_TRACE(name);
-        for (const std::int64_t most : {-1, 0, 1, 60}) {
-            Limit writing(most), reading(most);
+        for (const int most : {0, 1, 2, 61}) {
+            CountingWatch writing(most), reading(most / 20);  // which is told of blocks of rows
             put(name, "old");
             EXPECT_THROW(write_picture(folder / name, pattern(1), 8, {}, writing), Stopped);
-            EXPECT_EQ(writing.heard, most);
+            EXPECT_TRUE(writing.told == most && writing.last == most - 1) << most;
             EXPECT_EQ(bytes(name), "old");
             write(name, pattern(1));
             EXPECT_THROW(read_picture(folder / name, reading), Stopped);
-            EXPECT_GE(reading.heard, most);
+            EXPECT_TRUE(reading.told == reading.most && !reading.wrong) << most;
             EXPECT_EQ(folder.names(), Names{name});
         }
-        Limit all(100);
+        CountingWatch all;
         write_picture(folder / name, pattern(1), 8, {}, all);
-        EXPECT_EQ(all.heard, 99);
+        EXPECT_TRUE(all.told == 100 && all.last == 99 && all.finished == 0 && !all.wrong);
         std::filesystem::remove(folder / name);
     }
 }
@@ -60,7 +48,7 @@ TEST_F(Watched, PicturesOnSeveralThreadsDoNotMeet) {
         for (int round = 0; round < 8; ++round) {
             const std::string name = std::to_string(number) + kNames[(number + round) % 4];
             const Picture in = pattern(number);
-            Limit watch(number % 4 == 3 ? 50 : 1000);
+            CountingWatch watch(number % 4 == 3 ? 50 : 1000);
             try {
                 write_picture(folder / name, in, 8, {}, watch);
                 EXPECT_TRUE(name.ends_with("jpg") || same_pixels(*at_depth(name, *read(name).world, 8), *in.world))
@@ -71,9 +59,7 @@ TEST_F(Watched, PicturesOnSeveralThreadsDoNotMeet) {
             }
         }
     };
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) threads.emplace_back(work, i);
-    for (auto& thread : threads) thread.join();
+    in_threads(8, work);
     EXPECT_EQ(::umask(mask), 027u);
     EXPECT_EQ(folder.names().size(), 6u * 4);
     for (const auto& name : folder.names()) {

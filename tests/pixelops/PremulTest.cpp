@@ -56,76 +56,63 @@ void expect_made(const QX_World& got, const QX_World& from, const QX_World& outs
     }
 }
 
-const M_LRect kRects[] = {{0, 0, 256, 256}, {-5, 17, 131, 300}, {40, 3, 41, 9}, {9, 9, 3, 20}};
+constexpr M_LRect kWhole{0, 0, 256, 256};
 
 template <class Pixel> class Premul : public testing::Test {};
 TYPED_TEST_SUITE(Premul, AllDepths);
 
-TYPED_TEST(Premul, BlackIsTheLawInTheRectangle) {
+/// Colours of every depth reach a world of this one; source and destination apart and the same. The operations of the
+/// world classes are these routines; float worlds have none.
+TYPED_TEST(Premul, IsTheLawInTheRectangle) {
     const World from = picture<TypeParam>();
-    for (const auto& [bands, r, forward] : each(std::array{1, 7}, kRects, std::array{true, false})) {
-        const Born born(bands);
-        SCOPED_TRACE(name(r) + (forward ? " forward" : " reverse"));
-        const World got = copy_of(*from);
-        ASSERT_EQ(QX_PremulRect(nullptr, forward, &r, got.get()), 0);
-        expect_made<TypeParam>(*got, *from, *from, r,
-                               [on = forward](auto c, auto a, auto) { return Law<TypeParam>::black(on, c, a); });
-    }
-}
-
-/// Colours of every depth reach a world of this one; source and destination apart and the same.
-TYPED_TEST(Premul, ColourIsTheLawInTheRectangle) {
-    const Born born(7);
-    const World from = picture<TypeParam>();
-    using Channel = QX_ChannelOf<TypeParam>;
-    constexpr int depth = DepthOf<TypeParam>::number;
     const QX_Pixel8 as8{9, 255, 0, 128};
     const QX_Pixel16 as16{9, 32768, 0, 16384};
     const QX_PixelFloat as_float{9, 1.0f, 0, 0.5f};
+    constexpr int depth = DepthOf<TypeParam>::number;
+    const auto colour_of = [](double blue) {
+        return TypeParam{0, kFull<TypeParam>, 0, static_cast<QX_ChannelOf<TypeParam>>(blue)};
+    };
     const double blue8 = depth == 8 ? 128 : depth == 16 ? 16448 : 128 * (1.0 / 255);
-    for (int way = 0; way < 4; ++way) {
-        TypeParam colour{0, kFull<TypeParam>, 0, static_cast<Channel>(way == 1 ? blue8 : DepthOf<TypeParam>::half)};
-        if (way == 0) colour = {};
-        for (int i = 0; i < 4; ++i) {
-            const bool forward = i % 2 == 0, in_place = i < 2;
-            SCOPED_TRACE(testing::Message() << "way " << way << (forward ? " forward" : " reverse"));
-            const World got = copy_of(*from);
-            if (!in_place) got->Fill(QX_Pixel16{1, 2, 3, 4}, nullptr);
-            const World before = copy_of(*got);
-            QX_World* src = in_place ? got.get() : from.get();
-            const M_LRect& r = kRects[way];
-            const int code = way < 2
-                                 ? QX_PremulColorRect(nullptr, src, way == 0 ? nullptr : &as8, forward, &r, got.get())
-                             : way == 2 ? QX_PremulColorRect16(nullptr, src, &as16, forward, &r, got.get())
-                                        : QX_PremulColorRectFloat(nullptr, src, &as_float, forward, &r, got.get());
-            ASSERT_EQ(code, 0);
-            expect_made<TypeParam>(*got, *from, *before, r, [&](auto c, auto a, auto place) {
-                return Law<TypeParam>::matte(forward, c, colour.*place, a);
-            });
-        }
-    }
-}
-
-/// The operations of the world classes are these routines; float worlds have none.
-TYPED_TEST(Premul, WorldClassesCallThem) {
-    const Born born;
-    const World from = picture<TypeParam>();
-    const QX_Pixel16 colour{0, 32768, 0, 0};
-    const TypeParam m{0, kFull<TypeParam>, 0, 0};
-    for (int i = 0; i < 4; ++i) {
+    const TypeParam none{}, given8 = colour_of(blue8), given = colour_of(DepthOf<TypeParam>::half);
+    struct Call {
+        bool on;
+        const M_LRect* r;
+        QX_World *src, *dst;
+    };
+    enum Takes { whole_world, rectangle, source_and_rectangle };
+    // Columns: routine, what it takes, its colour at this depth where it is not against black
+    const Cases<std::function<int(const Call&)>, Takes, const TypeParam*> routines = {
+        {[](const Call& c) { return QX_PremulRect(nullptr, c.on, c.r, c.dst); }, rectangle, nullptr},
+        {[](const Call& c) { return QX_PremulColorRect(nullptr, c.src, nullptr, c.on, c.r, c.dst); },
+         source_and_rectangle, &none},
+        {[&](const Call& c) { return QX_PremulColorRect(nullptr, c.src, &as8, c.on, c.r, c.dst); },
+         source_and_rectangle, &given8},
+        {[&](const Call& c) { return QX_PremulColorRect16(nullptr, c.src, &as16, c.on, c.r, c.dst); },
+         source_and_rectangle, &given},
+        {[&](const Call& c) { return QX_PremulColorRectFloat(nullptr, c.src, &as_float, c.on, c.r, c.dst); },
+         source_and_rectangle, &given},
+        {[](const Call& c) { return code_of([&] { c.on ? c.dst->Premultiply() : c.dst->Unmultiply(); }); }, whole_world,
+         nullptr},
+        {[&](const Call& c) { return code_of([&] { c.on ? c.dst->PremulColor(as16) : c.dst->UnmulColor(as16); }); },
+         whole_world, &given}};
+    const Cases<M_LRect, int> areas = {{kWhole, 1},         {kWhole, 7},         {{-5, 17, 131, 300}, 7},
+                                       {{40, 3, 41, 9}, 1}, {{40, 3, 41, 9}, 7}, {{9, 9, 3, 20}, 7}};
+    for (const auto& [area, routine, on, apart] :
+         each(areas, routines, std::array{true, false}, std::array{false, true})) {
+        const auto& [call, takes, colour] = routine;
+        if (apart && takes != source_and_rectangle) continue;
+        const M_LRect r = takes == whole_world ? kWhole : std::get<0>(area);
+        SCOPED_TRACE(name(r) + (on ? " forward" : " reverse"));
+        const Born born(std::get<1>(area));
         const World got = copy_of(*from);
-        const bool forward = i % 2 == 0;
-        const int code = code_of([&] {
-            if (i < 2) return forward ? got->Premultiply() : got->Unmultiply();
-            forward ? got->PremulColor(colour) : got->UnmulColor(colour);
-        });
-        if (DepthOf<TypeParam>::number == 32) {
-            EXPECT_EQ(code, 3);
-            continue;
-        }
-        ASSERT_EQ(code, 0);
-        expect_made<TypeParam>(*got, *from, *from, kRects[0], [&](auto c, auto a, auto place) {
-            return i < 2 ? Law<TypeParam>::black(forward, c, a) : Law<TypeParam>::matte(forward, c, m.*place, a);
+        if (apart) got->Fill(QX_Pixel16{1, 2, 3, 4}, nullptr);
+        const World before = copy_of(*got);
+        const int code = call({on, &r, apart ? from.get() : got.get(), got.get()});
+        ASSERT_EQ(code, takes == whole_world && depth == 32 ? 3 : 0);
+        if (code != 0) continue;
+        using L = Law<TypeParam>;
+        expect_made<TypeParam>(*got, *from, *before, r, [on = on, m = colour](auto c, auto a, auto place) {
+            return m == nullptr ? L::black(on, c, a) : L::matte(on, c, m->*place, a);
         });
     }
 }
@@ -133,24 +120,22 @@ TYPED_TEST(Premul, WorldClassesCallThem) {
 TEST(PremulRows, OldRowRoutines) {
     const Born born;
     const World from = picture<QX_Pixel8>();
-    const auto* all = static_cast<QX_WorldX<QX_Pixel8>&>(*from).Row(0);
-    std::vector<QX_Pixel8> got(65536);
-    const auto expect = [&](int code, const auto& law) {
-        ASSERT_EQ(code, 0);
-        for (std::size_t i = 0; i < got.size(); ++i) {
-            ASSERT_EQ(got[i].alpha, all[i].alpha);
-            ASSERT_EQ(got[i].red, law(all[i].red, all[i].alpha)) << i;
-            ASSERT_EQ(got[i].blue, law(all[i].blue, all[i].alpha)) << i;
-        }
+    const auto* all = static_cast<QX_Pixel8*>(from->data);
+    const auto expect = [&](const World& got, const auto& call, const auto& law) {
+        ASSERT_EQ(call(static_cast<QX_Pixel8*>(got->data)), 0);
+        expect_made<QX_Pixel8>(*got, *from, *from, kWhole, law);
     };
-    const auto forward = [](int c, int a) { return model::Eight::mul(c, a); };
-    const auto reverse = [](int c, int a) { return model::Eight::div(c, a); };
-    expect(QX_BlackMatte(nullptr, 65536, all, got.data()), forward);
-    expect(QX_DeBlackMatte(nullptr, 65536, all, got.data()), reverse);
-    std::copy_n(all, 65536, got.data());
-    expect(QX_BlackMatteARGB(nullptr, 65536, got.data()), forward);
-    std::copy_n(all, 65536, got.data());
-    expect(QX_DeBlackMatteARGB(nullptr, 65536, got.data()), [&](int c, int a) { return a == 0 ? 0 : reverse(c, a); });
+    const auto forward = [](int c, int a, auto) { return model::Eight::mul(c, a); };
+    const auto reverse = [](int c, int a, auto) { return model::Eight::div(c, a); };
+    const auto cleared = [](int c, int a, auto) { return a == 0 ? 0 : model::Eight::div(c, a); };
+    expect(
+        make(256, 256, 8), [&](QX_Pixel8* to) { return QX_BlackMatte(nullptr, 65536, all, to); }, forward);
+    expect(
+        make(256, 256, 8), [&](QX_Pixel8* to) { return QX_DeBlackMatte(nullptr, 65536, all, to); }, reverse);
+    expect(
+        copy_of(*from), [](QX_Pixel8* to) { return QX_BlackMatteARGB(nullptr, 65536, to); }, forward);
+    expect(
+        copy_of(*from), [](QX_Pixel8* to) { return QX_DeBlackMatteARGB(nullptr, 65536, to); }, cleared);
 }
 
 TEST(PremulRows, MattesMoveFromBlackToColourAndBack) {
@@ -158,7 +143,7 @@ TEST(PremulRows, MattesMoveFromBlackToColourAndBack) {
     const QX_Pixel8 colour{77, 200, 0, 31};
     const World from = picture<QX_Pixel8>(), got = copy_of(*from);
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, false), 0);
-    expect_made<QX_Pixel8>(*got, *from, *from, kRects[0],
+    expect_made<QX_Pixel8>(*got, *from, *from, kWhole,
                            [&](int c, int a, auto place) { return c - model::Eight::mul(colour.*place, 255 - a); });
     ASSERT_EQ(QX_MatteBlackToMatteColorARGB(got.get(), &colour, true), 0);
     const QX_Pixel8 black{255, 0, 0, 0};

@@ -18,10 +18,9 @@ TEST(Matrix, AnInverseUndoesItsMatrixAndSingularOnesHaveNone) {
         for (const auto& [i, k] : places(3, 3)) largest = std::max(largest, std::fabs(inverse.m[i][k]));
         EXPECT_TRUE(M_EqualMatrixWithinEpsilon(M_MultiplyMatrix(matrix, inverse), kM_IdentityMatrix, 1e-13 * largest));
     }
-    constexpr double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
-    const Cases<double, double, double, double> bad = {
-        {1, 2, 2, 4}, {0, 0, 0, 1}, {nan, 0, 0, 1}, {inf, 0, 0, 1}, {1e-200, 0, 0, 1e-200}};
-    for (const auto& [a, b, c, d] : bad) {
+    const double singular[][4] = {
+        {1, 2, 2, 4}, {0, 0, 0, 1}, {NAN, 0, 0, 1}, {INFINITY, 0, 0, 1}, {1e-200, 0, 0, 1e-200}};
+    for (const auto& [a, b, c, d] : singular) {
         M_Matrix3 untouched = kM_IdentityMatrix;
         EXPECT_FALSE(M_InverseMatrixQuiet({{{a, b, 0}, {c, d, 0}, {5, 5, 1}}}, &untouched)) << a << " " << d;
         EXPECT_EQ(M_GetMatrixType(untouched), 0);

@@ -13,17 +13,13 @@ using namespace qx::test;
 using SceneFile = InFolder;
 
 TEST(Frames, RangesAndWhatIsNone) {
-    const struct {
-        const char* text;
-        int first, last, step, count;
-    } cases[] = {{"7", 7, 7, 1, 1}, {"1-10", 1, 10, 1, 10}, {"1001-1100x2", 1001, 1100, 2, 50}, {"0-9x4", 0, 9, 4, 3}};
-    for (const auto& c : cases) {
-        const FrameRange range = frame_range(c.text);
-        const int last = range.frame(range.count() - 1);
-        EXPECT_EQ(std::tuple(range.first, range.last, range.count(), last),
-                  std::tuple(c.first, c.last, c.count, c.first + (c.count - 1) * c.step))
-            << c.text;
-        EXPECT_LE(last, c.last) << c.text;
+    const std::pair<const char*, std::vector<int>> cases[] = {
+        {"7", {7}}, {"9-11", {9, 10, 11}}, {"1001-1007x3", {1001, 1004, 1007}}, {"0-9x4", {0, 4, 8}}};
+    for (const auto& [text, frames] : cases) {
+        const FrameRange range = frame_range(text);
+        std::vector<int> found;
+        for (int i = 0; i < range.count(); ++i) found.push_back(range.frame(i));
+        EXPECT_EQ(found, frames) << text;
     }
     for (const char* text : {"", "a", "1-", "-3", "5-1", "1-9x0", "1-9x", "1x2", "1-99999999999", "1 - 2"}) {
         EXPECT_THROW(frame_range(text), BadText) << text;
@@ -125,14 +121,18 @@ TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
     expect(layers, end, "/m.png: ", {"'mask': 'm.png' => no such file"});
     expect(layers, end, "/layers/1/",
            {"'opacity': 1.5 => opacity is not a number from 0 to 1",
-            "'opacity': {'keys': []} => opacity/keys does not have 1 to", "'mode': 'mask-crossfade' => mask is missing",
-            "'mode': -1 => mode -1: mode numbers", "'matte': [0, 0] => matte does not have 3 items",
-            "'quality': 3 => quality is not a text", "'rgb-only': 1 => rgb-only is neither true nor false",
-            "'linear': 0 => linear is not a number", "'seed': 0.5 => seed is not a whole number",
-            "'name': 7 => name is not a text", "'field': 'both' => field both: not one of all, even, odd",
-            "'comment': ['a'] => comment is not a text"});
-    expect(layers, end, "/layers/1/",
-           {"'opacty': 1 => opacty is an unknown key; the nearest is opacity",
+            "'opacity': {'keys': []} => opacity/keys does not have 1 to",
+            "'mode': 'mask-crossfade' => mask is missing",
+            "'mode': -1 => mode -1: mode numbers",
+            "'matte': [0, 0] => matte does not have 3 items",
+            "'quality': 3 => quality is not a text",
+            "'rgb-only': 1 => rgb-only is neither true nor false",
+            "'linear': 0 => linear is not a number",
+            "'seed': 0.5 => seed is not a whole number",
+            "'name': 7 => name is not a text",
+            "'field': 'both' => field both: not one of all, even, odd",
+            "'comment': ['a'] => comment is not a text",
+            "'opacty': 1 => opacty is an unknown key; the nearest is opacity",
             "'opacity': {'keys': [{'frame': 1, 'value': 'x'}]} => opacity/keys/0/value is not a list",
             "'opacity': {'keys': [{'frame': 2, 'value': 1}, {'frame': 2, 'value': 0}]} => opacity/keys/1/frame does "
             "not come after",
@@ -142,9 +142,8 @@ TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
             "'mask': {'file': 'a.png', 'kind': 'red'} => mask/kind red: not one of",
             "'name': 'sky', 'seed': 0.5 => seed (sky) is not a whole number",
             "'name': 'sky', 'mode': 'scren' => mode (sky) scren: no such mode",
-            "'name': 'sky', 'opacity': {'keys': [{'frame': 'x'}]} => opacity/keys/0/frame (sky) is not"});
-    expect(layers, end, "/layers/1/",
-           {"'transform': {'rotate': [1, 2]} => transform/rotate does not have 1 items",
+            "'name': 'sky', 'opacity': {'keys': [{'frame': 'x'}]} => opacity/keys/0/frame (sky) is not",
+            "'transform': {'rotate': [1, 2]} => transform/rotate does not have 1 items",
             "'transform': {'scale': 'big'} => transform/scale is not a list of 1 to 2 numbers",
             "'transform': {'matrix': [1, 0, 0], 'scale': 2} => transform/matrix excludes scale",
             "'transform': {'matrix': [1, 0, 0]} => transform/matrix does not have 9 items",

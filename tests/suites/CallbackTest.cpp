@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "QX/indep/QX_Slots.h"
+#include "QX/suites/QX_CallbackRoutines.h"
 #include "tests/support/Test.h"
 
 namespace {
@@ -40,23 +42,29 @@ protected:
     }
 };
 
-/// Fields that are null: for good, and those whose routines are still to come.
-bool is_missing(int i) {
-    return i == kQX_CB_reserved0 || i == kQX_CB_reserved1 || i == kQX_CB_reserved2 || i == kQX_CB_ansi + 19 ||
-           i == kQX_CB_composite_rect || i == kQX_CB_blend || i == kQX_CB_convolve || i == kQX_CB_gaussian_kernel ||
-           i == kQX_CB_host_new_handle || i == kQX_CB_host_lock_handle || i == kQX_CB_host_unlock_handle ||
-           i == kQX_CB_host_dispose_handle || i == kQX_CB_host_get_handle_size || i == kQX_CB_host_resize_handle;
-}
-
-TEST(CallbackBlock, AllOtherFieldsAreFilled) {
+TEST(CallbackBlock, AllFieldsAreFilledButThoseOfRoutinesToComeAndOfNone) {
     const Born born(4);
+    const std::set<int> missing = {kQX_CB_reserved0,
+                                   kQX_CB_reserved1,
+                                   kQX_CB_reserved2,
+                                   kQX_CB_ansi + 19,
+                                   kQX_CB_composite_rect,
+                                   kQX_CB_blend,
+                                   kQX_CB_convolve,
+                                   kQX_CB_gaussian_kernel,
+                                   kQX_CB_host_new_handle,
+                                   kQX_CB_host_lock_handle,
+                                   kQX_CB_host_unlock_handle,
+                                   kQX_CB_host_dispose_handle,
+                                   kQX_CB_host_get_handle_size,
+                                   kQX_CB_host_resize_handle};
     for (const auto& [quality, flags] : each(std::array{kDraft, kBest}, std::array{kStraight, kPremul})) {
         const QX_CallbackBlock block = block_of(quality, flags);
         for (int i = 0; i < 69; ++i) {
             const bool no_premul16 =
                 quality == kBest && flags == kPremul && (i == kQX_CB_subpixel_sample16 || i == kQX_CB_area_sample16);
             const bool colour = i >= kQX_CB_colorCB && i < kQX_CB_colorCB + 8;
-            EXPECT_EQ(block.fields[i] == nullptr, is_missing(i) || colour || no_premul16) << "field " << i;
+            EXPECT_EQ(block.fields[i] == nullptr, missing.count(i) != 0 || colour || no_premul16) << "field " << i;
         }
     }
 }
@@ -89,21 +97,17 @@ TEST_F(Marked, FieldsAndSelectorsReachTheirSlots) {
     }
 }
 
-/// Kept: there is no premultiplied 16-bit sampling, so these two keep what they had.
-TEST_F(Marked, PremultipliedBestLeaves16BitSampling) {
+/// Kept: there is no premultiplied 16-bit sampling, so these two keep what they had. A block is a copy.
+TEST_F(Marked, QualityChangesItsFieldsAlone) {
     QX_CallbackBlock block = block_of(kDraft, kStraight);
     void* const stranger = block.fields[kQX_CB_fill] = this;
+    QX_SetOverrideFunc(42, nullptr);
     EXPECT_EQ(QX_SetCallbackBlockQuality(kBest, kPremul, &block), 0);
     EXPECT_EQ(slot_of(block.fields[kQX_CB_subpixel_sample16]), 63);
     EXPECT_EQ(slot_of(block.fields[kQX_CB_area_sample16]), 63);
     EXPECT_EQ(slot_of(block.fields[kQX_CB_subpixel_sample]), 4);
-    EXPECT_EQ(block.fields[kQX_CB_fill], stranger) << "no field of quality";
-}
-
-TEST_F(Marked, ABlockIsACopy) {
-    const QX_CallbackBlock block = block_of();
-    QX_SetOverrideFunc(42, nullptr);
     EXPECT_EQ(slot_of(block.fields[kQX_CB_iterate]), 42);
+    EXPECT_EQ(block.fields[kQX_CB_fill], stranger) << "no field of quality";
     EXPECT_EQ(lookup(12), -1);
 }
 
@@ -172,8 +176,8 @@ TEST(CallbackBlock, WorldsAreMadeAndDisposed) {
     const Born born;
     Reports reports;
     const QX_CallbackBlock block = block_of();
-    const auto make = field<int(void*, int, int, int, QX_LayerDef*)>(block, kQX_CB_new_world);
-    const auto dispose = field<int(void*, QX_LayerDef*)>(block, kQX_CB_dispose_world);
+    const auto make = field<decltype(qx::new_world_callback)>(block, kQX_CB_new_world);
+    const auto dispose = field<decltype(qx::dispose_world_callback)>(block, kQX_CB_dispose_world);
     for (const int flags : {1, 3, 0, 2}) {
         QX_LayerDef world{};
         ASSERT_EQ(make(nullptr, 5, 3, flags, &world), 0);
@@ -192,47 +196,30 @@ TEST(CallbackBlock, WorldsAreMadeAndDisposed) {
          {[&] { return make(nullptr, 0, 3, 0, &world); }, "invalid image buffer size (0x3).", 516}});
 }
 
-/// What the routine of the test, put in the slot of transfers or of transforms, was given.
+/// What a routine of the test, put in the slot of transfers or of transforms, was given.
 struct Given {
-    static inline float opacity;
-    static inline int xfer, calls;
+    static inline QX_CompositeModePlus mode;
+    static inline int calls;
     static inline const QX_ProgressInfo* info;
     static inline const QX_LinearBlendingTables* tables;
 };
 
-int transfer_of_test(const QX_ProgressInfo* info, int, int, int, const M_LRect*, QX_LayerDef*,
-                     const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables, const QX_MaskWorld*,
-                     int dest_x, int dest_y, QX_LayerDef*) {
-    Given::opacity = mode->opacity, Given::xfer = mode->xfer, Given::info = info, Given::tables = tables;
-    ++Given::calls;
-    return dest_x * 100 + dest_y;
-}
-int transform_of_test(const QX_ProgressInfo*, int, int, int, QX_LayerDef*, const QX_CompositeModePlus* mode,
-                      const QX_LinearBlendingTables*, const QX_MaskWorld*, const M_Matrix3*, int count, bool,
-                      const M_LRect*, QX_LayerDef*) {
-    Given::opacity = mode->opacity;
-    return count;
-}
-
-using TransferCallback = int(void*, int, int, int, const M_LRect*, QX_LayerDef*, const QX_CompositeMode*,
-                             const QX_MaskWorld*, int, int, QX_LayerDef*);
-using TransformCallback = int(void*, int, int, int, QX_LayerDef*, const QX_CompositeMode*, const QX_MaskWorld*,
-                              const M_Matrix3*, int, bool, const M_LRect*, QX_LayerDef*);
-
 TEST(CallbackBlock, TransfersUnpackTheRecord) {
     const Born born;
-    const QX_CallbackBlock block = block_of();
-    const auto transfer = field<TransferCallback>(block, kQX_CB_transfer_rect);
+    const auto transfer = field<decltype(qx::transfer_rect_callback)>(block_of(), kQX_CB_transfer_rect);
     TestWorld<QX_Pixel8> one(1, 1, FillKind::random, 1);
     const auto before = one.pixels();
     const M_LRect rect{0, 0, 1, 1};
-    const auto without_mode = [&] {
-        return transfer(nullptr, 0, 0, 0, &rect, one.record(), nullptr, nullptr, 0, 0, one.record());
-    };
-    expect_refused({{without_mode, kBadParameter}});
+    QX_LayerDef* const world = one.record();
+    expect_refused(kBadParameter,
+                   {[&] { return transfer(nullptr, 0, 0, 0, &rect, world, nullptr, nullptr, 0, 0, world); }});
     EXPECT_EQ(one.pixels(), before);
 
-    QX_SetOverrideFunc(31, reinterpret_cast<void*>(&transfer_of_test));
+    qx::set_slot<qx::Slot::TransferRect>(
+        [](auto info, auto, auto, auto, auto, auto, auto mode, auto tables, auto, auto dest_x, auto dest_y, auto) {
+            Given::mode = *mode, Given::info = info, Given::tables = tables, ++Given::calls;
+            return static_cast<int>(dest_x * 100 + dest_y);
+        });
     BadWorlds bad;
     QX_ProgressInfo info{};
     QX_CompositeMode mode{5, 0, 51, 0, 32768};
@@ -240,28 +227,28 @@ TEST(CallbackBlock, TransfersUnpackTheRecord) {
         return [=, &info, &mode] { return transfer(&info, 0, 0, 0, nullptr, src, &mode, nullptr, 3, 7, dst); };
     };
     Given::calls = 0;
-    const Cases<int, int, double> opacities = {{255, 0, 1.0},         {128, 32768, 128 / 255.0}, {0, 32768, 1.0},
-                                               {1, 32768, 1 / 255.0}, {0, 8192, 0.25},           {0, 0, 0.0}};
+    const Cases<std::uint8_t, std::uint16_t, double> opacities = {
+        {255, 0, 1.0}, {128, 32768, 128 / 255.0}, {0, 32768, 1.0}, {1, 32768, 1 / 255.0}, {0, 8192, 0.25}, {0, 0, 0.0}};
     for (const auto& [coarse, fine, opacity] : opacities) {
-        mode.opacity = static_cast<std::uint8_t>(coarse), mode.opacity16 = static_cast<std::uint16_t>(fine);
-        EXPECT_EQ(call(one.record(), one.record())(), 307);
-        EXPECT_EQ(Given::opacity, static_cast<float>(opacity)) << coarse << " " << fine;
-        EXPECT_TRUE(Given::xfer == 5 && Given::info == &info && Given::tables == nullptr);
+        mode.opacity = coarse, mode.opacity16 = fine;
+        EXPECT_EQ(call(world, world)(), 307);
+        EXPECT_EQ(Given::mode.opacity, static_cast<float>(opacity)) << +coarse << " " << fine;
+        EXPECT_TRUE(Given::mode.xfer == 5 && Given::info == &info && Given::tables == nullptr);
     }
-    expect_refused({{call(one.record(), &bad.gpu), kOnGpu}, {call(&bad.gpu, one.record()), kOnGpu}});
+    expect_refused(kOnGpu, {call(world, &bad.gpu), call(&bad.gpu, world)});
     EXPECT_EQ(Given::calls, 6);
-}
 
-TEST(CallbackBlock, TransformsGoThroughTheTable) {
-    const Born born;
+    qx::set_slot<qx::Slot::TransformWorld>(
+        [](auto, auto, auto, auto, auto, auto given, auto, auto, auto, auto count, auto, auto, auto) {
+            Given::mode = *given;
+            return static_cast<int>(count);
+        });
     void* out = nullptr;
-    QX_SetOverrideFunc(32, reinterpret_cast<void*>(&transform_of_test));
     ASSERT_EQ(QX_GetCallbackAddr(nullptr, kBest, kStraight, 28, &out), 0);
-    QX_LayerDef src{}, dst{};
-    const QX_CompositeMode mode{2, 0, 51, 0, 32768};
-    const auto transform = reinterpret_cast<TransformCallback*>(out);
-    EXPECT_EQ(transform(nullptr, 0, 0, 0, &src, &mode, nullptr, nullptr, 6, true, nullptr, &dst), 6);
-    EXPECT_EQ(Given::opacity, 0.2f);
+    mode.opacity = 51;
+    const auto transform = reinterpret_cast<decltype(&qx::transform_world_callback)>(out);
+    EXPECT_EQ(transform(nullptr, 0, 0, 0, world, &mode, nullptr, nullptr, 6, true, nullptr, world), 6);
+    EXPECT_EQ(Given::mode.opacity, 0.2f);
 }
 
 }  // namespace

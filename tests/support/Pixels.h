@@ -109,13 +109,11 @@ template <class Pixel> void fill_pixels(std::span<Pixel> pixels, FillKind kind, 
         return;
     }
     for (Pixel& p : pixels) {
-        const auto extreme = [&] { return source.extreme(); };
-        const auto edge = [&] { return source.edge(); };
+        const auto special = [&] { return kind == FillKind::edges ? source.edge() : source.extreme(); };
         if (kind == FillKind::opaque) p = source.with_alpha(kFull<Pixel>);
         if (kind == FillKind::clear) p = source.with_alpha(0);
-        if (kind == FillKind::extremes) p = {extreme(), extreme(), extreme(), extreme()};
-        if (kind == FillKind::edges) p = {edge(), edge(), edge(), edge()};
         if (kind == FillKind::random) p = source.with_alpha(source.channel());
+        if (kind == FillKind::edges || kind == FillKind::extremes) p = {special(), special(), special(), special()};
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/standalone/Standalone.h"
@@ -47,6 +48,12 @@ template <class Call> auto short_of_memory(int nth, const Call& call) {
     return result;
 }
 inline std::int64_t blocks_in_use() { return standalone::Memory().blocks_in_use; }
+
+/// Calls work(0) to work(count - 1), each on a thread of its own, and waits for all.
+template <class Work> void in_threads(int count, const Work& work) {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
+}
 
 /// Counts allocations by operator new in the whole process, and can make one fail.
 struct NewCounter {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <ranges>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -94,12 +95,9 @@ inline std::vector<M_LPoint> places(int width, int height) {
 /// Every combination of one of each list, the last list fastest.
 inline std::vector<std::tuple<>> each() { return {{}}; }
 template <class First, class... Rest> auto each(const First& first, const Rest&... rest) {
-    std::vector<std::tuple<std::decay_t<decltype(*std::begin(first))>, std::decay_t<decltype(*std::begin(rest))>...>>
-        all;
-    const auto tails = each(rest...);
+    std::vector<std::tuple<std::ranges::range_value_t<First>, std::ranges::range_value_t<Rest>...>> all;
     for (const auto& head : first) {
-        for (const auto& tail : tails)
-            all.push_back(std::tuple_cat(std::tuple<std::decay_t<decltype(head)>>(head), tail));
+        for (const auto& tail : each(rest...)) all.push_back(std::tuple_cat(std::make_tuple(head), tail));
     }
     return all;
 }
@@ -149,7 +147,7 @@ inline double channel(const QX_World& w, int x, int y, int c) {
 inline double converted(double v, int from, int to) {
     if (from == to) return v;
     const auto n = static_cast<std::uint64_t>(from == 32 ? 0 : v);
-    if (from == 8 && to == 16) return static_cast<double>((n * 0x404040408000u + 0x4040404080u) >> 39);
+    if (from == 8 && to == 16) return static_cast<double>((n * 32768 + 128) / 255);
     if (from == 16 && to == 8) return static_cast<double>((n * 255 + 16384) >> 15);
     if (to == 32) return static_cast<float>(v) * (from == 8 ? 0.003921569f : 3.0517578e-5f);
     const float full = to == 8 ? 255.0f : 32768.0f, x = static_cast<float>(v) * full;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nlohmann/json.hpp>
 
-#include "tests/pictures/Ties.h"
 #include "tests/tools/RunQx.h"
 
 namespace {
@@ -55,17 +54,17 @@ TEST_F(Command, FaultsGiveOneLineAStatusAndNoFile) {
 
 TEST_F(Command, SettingsComeFromFlagThenEnvironmentThenDefault) {
     const std::string none = "env -u QX_THREADS -u QX_BANDS", both = "QX_THREADS=3 QX_BANDS=5";
-    const auto info = [&](const std::string& flags, const std::string& environment, const char* key) -> int {
-        const auto outcome = qx("info --json " + flags, environment);
-        EXPECT_EQ(outcome.status, 0) << outcome.errors;
-        return nlohmann::json::parse(outcome.output)[key];
-    };
-    EXPECT_EQ(info("", none, "bands"), 32);
-    EXPECT_EQ(info("", none, "slots"), 118);
-    EXPECT_EQ(info("", both, "bands"), 5);
-    EXPECT_EQ(info("", both, "threads"), 3);
-    EXPECT_EQ(info("--bands 7 -j 2", both, "bands"), 7);
-    EXPECT_EQ(info("--bands 7 --threads 2", both, "threads"), 2);
+    const std::tuple<const char*, std::string, const char*, int> cases[] = {
+        {"", none, "bands", 32},
+        {"", none, "slots", 118},
+        {"", both, "bands", 5},
+        {"", both, "threads", 3},
+        {"--bands 7 -j 2", both, "bands", 7},
+        {"--bands 7 --threads 2", both, "threads", 2}};
+    for (const auto& [flags, environment, key, value] : cases) {
+        const auto outcome = qx(std::string("info --json ") + flags, environment);
+        EXPECT_EQ(nlohmann::json::parse(outcome.output)[key], value) << flags << outcome.errors;
+    }
     expect_fault("info", 2, "QX_THREADS many", "QX_THREADS=many");
 }
 
@@ -114,29 +113,6 @@ TEST_F(Command, DissolveAtDepth32SaysThatItDoesNothing) {
     run(line);
     EXPECT_HOLDS(qx(line + " --depth 32").errors, "changes nothing at depth 32");
     run(line + " --depth 32 -q");
-}
-
-/// Float pictures go to 8 bits in one way, wherever a layer lies and however wide the picture is.
-TEST_F(Command, HalvesBecomeEvenWhereverALayerLies) {
-    const auto ties_of = [](int width, int height) {
-        return picture<QX_PixelFloat>(width, height, false, [=](int x, int y) { return tie_at(x + y * width); });
-    };
-    write("b.exr", ties_of(33, 9), 32);
-    write("l.tif", ties_of(5, 4), 32);
-    put("s.json", R"({"depth": 8, "background": "b.exr", "layers": [
-        {"file": "l.tif", "transform": {"translate": [7, 2]}}]})");
-    for (const std::string line : {"comp -q --depth 8 b.exr l.tif --at 7,2",
-                                   "comp -q --depth 8 --bands 3 b.exr l.tif --at 7,2", "render -q s.json --frames 1"}) {
-        SCOPED_TRACE(line);
-        run(line + " -o o.png");
-        const auto result = read("o.png");
-        ASSERT_EQ(result.world->Depth(), 8);
-        for (int i = 0; i < 33 * 9; ++i) {
-            const int x = i % 33, y = i / 33;
-            const bool layer = x >= 7 && x < 12 && y >= 2 && y < 6;
-            ASSERT_EQ(channels(result, x, y), even_tie(layer ? x - 7 + 5 * (y - 2) : i)) << x << "," << y;
-        }
-    }
 }
 
 TEST_F(Command, SheetOfModesIsDrawn) {

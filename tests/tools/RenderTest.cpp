@@ -138,6 +138,13 @@ TEST_F(RenderDeathTest, InterruptLeavesWholeFramesOnly) {
     EXPECT_NO_THROW(read("i.1.png"));
 }
 
+TEST_F(Render, TheExampleRunsWhereItLies) {
+    run("render examples/moving-layer/scene.json --frames 1-18x17 -o " + (folder / "f.#.png"), "cd '" QX_SOURCES "';");
+    const auto evening = qx::pictures::read_picture(QX_SOURCES "/examples/moving-layer/evening.png");
+    EXPECT_TRUE(same_pixels(read("f.1.png"), evening)) << "no layer is in sight yet";
+    EXPECT_FALSE(same_pixels(read("f.18.png"), evening));
+}
+
 TEST(RenderProgress, TellsSpeedAndTimeLeft) {
     EXPECT_EQ(qx::tool::speed_words(12, 100, 24), "0.50 frames/s, 2:56 left");
     EXPECT_EQ(qx::tool::speed_words(50, 65, 2), "25 frames/s, 0:01 left");

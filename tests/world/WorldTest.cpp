@@ -35,17 +35,6 @@ TEST(World, InvalidSizesAreReported) {
     EXPECT_EQ(code_of([] { World(QX_World::New(5, 5, 24, 0)); }), 3);
 }
 
-TEST(World, EveryFailedAllocationLeaksNothing) {
-    Reports reports;
-    const auto before = blocks_in_use();
-    const std::int32_t live = qx::live_world_count();
-    for (const auto& [side, nth] : each(std::array{10, 1000}, std::array{1, 2})) {
-        const int code = short_of_memory(nth, thrown([side = side] { World(QX_World::New(side, side, 32, 0)); }));
-        EXPECT_TRUE(nth == 2 || code == 4);
-        EXPECT_TRUE(blocks_in_use() == before && qx::live_world_count() == live);
-    }
-}
-
 TEST(World, ReferencesAndTheirChecks) {
     const World w(QX_World::New(M_LRect{10, 20, 30, 40}, 16, 1)), other(QX_World::New(20, 20, 8, 1));
     EXPECT_TRUE(w->origin_x == 10 && w->origin_y == 20 && w->extent_hint == (M_LRect{0, 0, 20, 20}));
@@ -67,20 +56,6 @@ TEST(World, ReferencesAndTheirChecks) {
     w->ShrinkToSubRect({1, 2, 5, 6});
     EXPECT_FALSE(w->IsReference());
     EXPECT_EQ(w->width, 4);
-}
-
-TEST(Fill, ColoursAreConvertedAndPaddingStays) {
-    const World w8 = make(5, 4, 8), w16 = make(5, 4, 16);
-    const QX_PixelFloat over{2.0f, 2.0f, -1.0f, 0.5f};
-    EXPECT_EQ(QX_FillFloat(nullptr, &over, nullptr, w16.get()), 0);
-    const M_LRect upside_down{9, 3, -2, 1};
-    EXPECT_EQ(QX_FillFloat(nullptr, &over, &upside_down, w8.get()), 0);
-    for (const auto& [x, y] : places(5, 4)) {
-        EXPECT_EQ(pixel_of<QX_Pixel16>(*w16, x, y), (QX_Pixel16{0, 32768, 0, 16384}));
-        const bool filled = y == 1 || y == 2;
-        EXPECT_EQ(pixel_of<QX_Pixel8>(*w8, x, y), filled ? (QX_Pixel8{254, 255, 0, 128}) : QX_Pixel8{}) << y;
-    }
-    EXPECT_FALSE(w8->SubWorldSafetyGutterHasBeenOverWritten());
 }
 
 TEST(Fill, RunsAtAnyAddressAndLength) {

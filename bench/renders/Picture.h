@@ -27,13 +27,14 @@ private:
 };
 
 template <class Pixel> constexpr int kBits = 2 * static_cast<int>(sizeof(Pixel));
-template <class Pixel> constexpr double kFull = kBits<Pixel> == 8 ? 255 : kBits<Pixel> == 16 ? 32768 : 1;
-template <class Pixel> auto channel(double part) { return static_cast<decltype(Pixel::alpha)>(part * kFull<Pixel>); }
+template <class Pixel> auto channel(double part) {
+    constexpr double full = kBits<Pixel> == 8 ? 255 : kBits<Pixel> == 16 ? 32768 : 1;
+    return static_cast<decltype(Pixel::alpha)>(part * full);
+}
 
 /// A world of its own pixels: runs of opaque, clear and graded ones, and now and then a channel that is 0 or full; in
 /// float also one beyond the scale.
-template <class Pixel> class Picture {
-public:
+template <class Pixel> struct Picture {
     Picture(int width, int height, std::uint64_t seed) {
         Numbers random(seed);
         const auto colour = [&] {
@@ -43,64 +44,53 @@ public:
             return channel<Pixel>(kind < 2 ? kind : !beyond ? part : kind == 2 ? part * 4 : -part);
         };
         const auto size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-        while (pixels_.size() < size) {
+        while (pixels.size() < size) {
             const int length = 1 + random.below(60), kind = random.below(8);
-            for (int k = 0; k < length && pixels_.size() < size; ++k) {
+            for (int k = 0; k < length && pixels.size() < size; ++k) {
                 const double graded = (k + random.unit()) / length;
                 const double alpha = kind < 3 ? 1 : kind < 5 ? 0 : kind < 7 ? graded : random.unit();
-                pixels_.push_back({channel<Pixel>(alpha), colour(), colour(), colour()});
+                pixels.push_back({channel<Pixel>(alpha), colour(), colour(), colour()});
             }
         }
-        record_.data = pixels_.data();
-        record_.width = width, record_.height = height;
-        record_.rowbytes = width * static_cast<int>(sizeof(Pixel));
-        record_.extent_hint = {0, 0, width, height};
-        record_.pix_aspect_num = record_.pix_aspect_den = 1;
-        QXp_SetWorldDepth(&record_, kBits<Pixel>);
+        record.data = pixels.data();
+        record.width = width, record.height = height;
+        record.rowbytes = width * static_cast<int>(sizeof(Pixel));
+        record.extent_hint = {0, 0, width, height};
+        record.pix_aspect_num = record.pix_aspect_den = 1;
+        QXp_SetWorldDepth(&record, kBits<Pixel>);
     }
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
 
-    QX_LayerDef* record() { return &record_; }
-    QX_MaskWorld mask(int x, int y, int kind) { return {record_, x, y, static_cast<std::uint32_t>(kind)}; }
-    const std::vector<Pixel>& pixels() const { return pixels_; }
+    QX_MaskWorld mask(int x, int y, int kind) { return {record, x, y, static_cast<std::uint32_t>(kind)}; }
 
-private:
-    std::vector<Pixel> pixels_;
-    QX_LayerDef record_{};
+    std::vector<Pixel> pixels{};
+    QX_LayerDef record{};
 };
 
-/// FNV-1a over 64 bits.
-class Checksum {
-public:
-    template <class Number> void add(Number number) {
-        unsigned char bytes[sizeof number];
-        std::memcpy(bytes, &number, sizeof number);
-        for (const unsigned char byte : bytes) sum_ = (sum_ ^ byte) * 0x100000001B3u;
-    }
-    /// All that is no number counts as one, since which of its bits an operation keeps is the compiler's choice.
-    template <class Pixel> void add(const std::vector<Pixel>& pixels) {
-        for (const Pixel& p : pixels) {
-            for (const auto v : {p.alpha, p.red, p.green, p.blue}) {
-                std::isnan(static_cast<double>(v)) ? add(12345678.0f) : add(v);
-            }
+/// FNV-1a over 64 bits: the sum with a number more.
+template <class Number> std::uint64_t add(Number number, std::uint64_t sum) {
+    unsigned char bytes[sizeof number];
+    std::memcpy(bytes, &number, sizeof number);
+    for (const unsigned char byte : bytes) sum = (sum ^ byte) * 0x100000001B3u;
+    return sum;
+}
+constexpr std::uint64_t kNothing = 0xCBF29CE484222325u;
+
+/// Prints a line: the name of a render and its checksum. All that is no number counts as one, since which of its bits
+/// an operation keeps is the compiler's choice.
+template <class Pixel>
+void tell(const std::string& name, const std::vector<Pixel>& pixels, std::uint64_t sum = kNothing) {
+    for (const Pixel& p : pixels) {
+        for (const auto v : {p.alpha, p.red, p.green, p.blue}) {
+            sum = std::isnan(static_cast<double>(v)) ? add(12345678.0f, sum) : add(v, sum);
         }
     }
-    /// One line: the name of a render and its checksum.
-    void tell(const std::string& name) const {
-        std::printf("%s %016llx\n", name.c_str(), static_cast<unsigned long long>(sum_));
-    }
-
-private:
-    std::uint64_t sum_ = 0xCBF29CE484222325u;
-};
-
-/// The result of a call and the pixels that it left.
+    std::printf("%s %016llx\n", name.c_str(), static_cast<unsigned long long>(sum));
+}
+/// The same, of the result of a call and the pixels that it left.
 template <class Pixel> void tell(const std::string& name, int code, const Picture<Pixel>& picture) {
-    Checksum sum;
-    sum.add(code);
-    sum.add(picture.pixels());
-    sum.tell(name);
+    tell(name, picture.pixels, add(code, kNothing));
 }
 
 template <class Pixel> std::string depth_name() { return std::to_string(kBits<Pixel>); }
@@ -120,11 +110,5 @@ inline const QX_LinearBlendingTables* gamma_tables() {
     }();
     return &tables;
 }
-
-void transfers();
-void transforms(int count);
-void samplers();
-void copies();
-void worlds();
 
 }  // namespace renders

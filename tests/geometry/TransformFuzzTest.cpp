@@ -3,7 +3,6 @@
 // Matrices of any kind, also degenerate, huge and with perspective; rectangles, masks, fields, modes and motions. What
 // must hold: no fault, no undefined behaviour, code 0, and nothing changes outside the rectangle or in skipped rows.
 #include "tests/geometry/TransformSupport.h"
-#include "tests/support/RandomRun.h"
 
 namespace qx::test {
 namespace {
@@ -79,12 +78,10 @@ bool runs(std::uint64_t seed) {
     return depth == 1 ? c.runs<QX_Pixel16>() : c.runs<QX_PixelFloat>();
 }
 
+TEST(RandomTransforms, StayWithinTheirRectangle) {
+    const Born born;
+    for (const std::uint64_t seed : seeds(30000)) EXPECT_TRUE(runs(seed)) << "seed " << seed;
+}
+
 }  // namespace
 }  // namespace qx::test
-
-int main(int argc, char** argv) {
-    const qx::test::Born born;
-    return qx::test::random_run(
-        argc, argv, [](std::uint64_t seed) { return qx::test::runs(seed) ? "" : "a failed transform"; },
-        [](std::uint64_t) { return "one transform"; });
-}

@@ -1,0 +1,228 @@
+#!/usr/bin/env python3
+"""Lets every single allocation of some command lines of qx fail, one a run, and each start of a thread.
+
+A run must end with status 1, one line on standard error that tells of memory and no file that is not whole, or with
+status 0 and the very files of a run without failure. What crashes in a foreign library is counted apart. BUILD is a
+folder with bin/qx and lib/libqx_fail_allocation.so, the library that lets an allocation fail and reports where. Ends
+with status 1 when a run of qx itself is at fault.
+"""
+from __future__ import annotations
+
+import argparse
+import functools
+import itertools
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+import zlib
+from collections import Counter, defaultdict
+from collections.abc import Iterator
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+from typing import NamedTuple
+
+SECONDS = 20  # of one run; what takes longer hangs
+BATCH = 16  # runs that are begun before the end is looked for
+
+SCENE = """{"size": [24, 16], "rate": 24, "frames": [1, 2], "background": "opaque.png", "layers": [
+  {"file": "p16.tif", "mode": "screen", "linear": 2.2, "opacity": 0.9},
+  {"file": "p8.png", "mask": {"file": "p8.jpg", "kind": "luma"}, "shutter": {"angle": 180, "phase": -90, "matrices": 5},
+   "transform": {"anchor": [12, 8], "rotate": 20,
+    "translate": {"keys": [{"frame": 1, "value": [3, 4]}, {"frame": 2, "value": [12, 8]}]}}}]}"""
+
+# Pictures that the command lines read, made by the command itself from two.
+INPUTS = [
+    "comp opaque.png p8.png -o p8.jpg",
+    "comp p8.png p8.png --at 3,2 -o p8.tif",
+    "comp p8.png p8.png --at 3,2 --depth 16 -o p16.png",
+    "comp p8.png p8.png --at 3,2 --depth 16 -o p16.tif",
+    "comp p8.png p8.png --at 3,2 --depth 32 -o float.tif",
+    "comp p8.png p8.png --at 3,2 --depth 32 -o float.exr",
+    "comp p8.png p8.png --at 3,2 --depth 32 --half -o half.exr",
+]
+
+# OUT/ is the folder of a run.
+LINES = [
+    "comp p8.png p8.png -j 1 -o OUT/png8.png",
+    "comp p16.png p8.png --at 5,-3 --mode screen -j 2 -o OUT/png16.png",
+    "comp p8.jpg p8.jpg --opacity 0.5 -j 2 -o OUT/jpg.jpg",
+    "comp p8.tif p8.tif --mode multiply -j 2 -o OUT/tif8.tif",
+    "comp p16.tif p16.tif --linear 2.2 -j 2 -o OUT/tif16.tif",
+    "comp float.tif float.tif --mode add -j 2 -o OUT/float.tif",
+    "comp float.exr float.exr --mode hue -j 2 -o OUT/float.exr",
+    "comp half.exr half.exr --half -j 2 -o OUT/half.exr",
+    "comp float.exr p16.tif --mask p8.png --mask-kind luma -j 2 -o OUT/masked.png",
+    "comp p8.jpg float.tif --scale 0.4 --rotate 30 --at 4,4 --quality bicubic -j 2 -o OUT/placed.exr",
+    "render scene.json -j 2 -o OUT/#.png",
+    "render scene.json -j 2 --depth 16 -o OUT/#.tif",
+    "render scene.json -j 2 --depth 32 -o OUT/#.exr",
+    "render scene.json -j 2 -o OUT/#.jpg",
+]
+
+
+def profile() -> bytes:
+    """A small RGB profile, complete enough for the libraries that look at it; libpng refuses a very short one."""
+    size = 516
+    head = struct.pack(">I4xB3x4s4s4s12x4s28x3I", size, 4, b"mntr", b"RGB ", b"XYZ ", b"acsp", 0xF6D6, 0x10000, 0xD32D)
+    return head.ljust(132, b"\0") + bytes(i * i * 73 >> 4 & 255 for i in range(132, size))
+
+
+def png(has_alpha: bool) -> bytes:
+    """A picture of 24 times 16 pixels with a profile and a resolution."""
+    def chunk(kind: bytes, data: bytes) -> bytes:
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+
+    width, height, channels = 24, 16, 4 if has_alpha else 3
+    rows = [bytes((y + i) * i // 7 & 255 for i in range(4 * width) if i % 4 < channels) for y in range(height)]
+    return b"\x89PNG\r\n\x1a\n" + b"".join([
+        chunk(b"IHDR", struct.pack(">2I5B", width, height, 8, 6 if has_alpha else 2, 0, 0, 0)),
+        chunk(b"iCCP", b"profile\0\0" + zlib.compress(profile())),
+        chunk(b"pHYs", struct.pack(">2IB", 3000, 3000, 1)),
+        chunk(b"IDAT", zlib.compress(b"".join(b"\0" + row for row in rows))),
+        chunk(b"IEND", b""),
+    ])
+
+
+class Outcome(NamedTuple):
+    """What a run of the command left."""
+    status: int | None  # of exit, or minus the number of the signal that ended it; None: ended by the limit of time
+    said: str  # on standard error
+    report: str  # of the failure that happened; empty when none did
+    files: dict[str, bytes]  # in its output folder
+
+
+class Room(NamedTuple):
+    """Where command lines run: a build, and a folder of input pictures. Any number of runs at once."""
+    build: Path
+    inputs: Path
+
+    def run(self, line: str, failure: dict[str, str]) -> Outcome:
+        with tempfile.TemporaryDirectory(dir=self.inputs.parent) as folder:
+            out, report = Path(folder, "out"), Path(folder, "report")
+            out.mkdir()
+            words = [self.build / "bin/qx", *line.replace("OUT/", f"{out}/").split(), "-q"]
+            environment = {"LD_PRELOAD": str(self.build / "lib/libqx_fail_allocation.so"), "QX_FAIL_REPORT": str(report)}
+            try:
+                done = subprocess.run(words, cwd=self.inputs, env=environment | failure, timeout=SECONDS,
+                                      capture_output=True, text=True, errors="replace")
+                status, said = done.returncode, done.stderr
+            except subprocess.TimeoutExpired:
+                status, said = None, ""
+            return Outcome(status, said, report.read_text() if report.exists() else "",
+                           {path.name: path.read_bytes() for path in out.iterdir()})
+
+
+# Modules whose frames tell nothing of the fault: they raise what others have caused.
+MEANS = ("libqx_fail", "libc.so", "libstdc++", "libgcc_s", "ld-linux")
+OURS = ("qx(", "libQX", "libqxmovie")
+
+
+def stack(report: str, headline: str) -> list[str]:
+    """The frames of a stack that tell something, from the innermost on."""
+    lines = report.partition(headline)[2].partition("\n=")[0].splitlines()[1:]
+    frames = [re.sub(r"^[^(]*/|\[.*", "", line) for line in lines]
+    return [frame for frame in frames if not frame.startswith(MEANS)]
+
+
+@functools.cache
+def named(frame: str) -> str:
+    """library(function), or with the place in the library where the function has no name for others."""
+    function = re.search(r"\((\w+)", frame)
+    if not function:
+        return frame
+    demangled = subprocess.run(["c++filt", "-p", function[1]], capture_output=True, text=True).stdout.strip()
+    return f"{frame[:function.start(1)]}{demangled})"
+
+
+def place(frames: list[str]) -> str:
+    return " < ".join(named(frame) for frame in frames[:3])
+
+
+def judge(outcome: Outcome, clean: Outcome) -> tuple[str, str]:
+    """The verdict, and of the last two what happened and where: untouched (nothing failed: the run is over), ok (the
+    very files of a run without failure), refused (one line that says why, nothing that is not whole), foreign, OURS."""
+    if outcome._replace(report="") == clean:
+        return ("ok" if outcome.report else "untouched"), ""
+    # A run of several files leaves those that were whole before the failure.
+    lacks = outcome.files.items() < clean.files.items()
+    if outcome.status == 1 and lacks and re.fullmatch(r"qx: .*memory.*\n", outcome.said):  # not that a file is damaged
+        return "refused", ""
+
+    happened = ["hangs" if outcome.status is None else f"status {outcome.status}"]
+    happened += [f"{name} is wrong" if name in clean.files else f"leaves {name[:4]}"
+                 for name, data in sorted(outcome.files.items()) if clean.files.get(name) != data]
+    happened += [f"says {line}" for line in outcome.said.splitlines()[:1]]
+    if outcome.report.startswith("= failed before main"):
+        return "foreign", "before main"
+    reason, crash = ", ".join(happened) + ": ", stack(outcome.report, "= crashed")
+    if crash and outcome.status is not None and not crash[0].startswith(OURS):
+        return "foreign", reason + place(crash)
+    crashed = f"{place(crash)}, after a failure in " if crash else ""
+    return "OURS", reason + crashed + place(stack(outcome.report, "= failed"))
+
+
+def judged_runs(room: Room, line: str) -> Iterator[tuple[str, str, str]]:
+    """Every failure in one command line: the verdict, the reason, and the run."""
+    clean = room.run(line, {})
+    if clean.status != 0 or not clean.files:
+        yield "OURS", f"fails without failure: {clean.said}", f"qx {line}"
+        return
+
+    def judged(variable: str, number: int) -> tuple[str, str, str]:
+        return (*judge(room.run(line, {variable: str(number)}), clean), f"{variable}={number} qx {line}")
+
+    with ThreadPoolExecutor(2) as workers:
+        for variable in ("QX_FAIL_ALLOCATION", "QX_FAIL_THREAD"):
+            for first in itertools.count(1, BATCH):
+                batch = list(workers.map(functools.partial(judged, variable), range(first, first + BATCH)))
+                touched = [run for run in batch if run[0] != "untouched"]
+                yield from touched
+                if len(touched) < BATCH:
+                    break
+
+
+def tell(counts: Counter[str], name: str) -> None:
+    numbers = counts.total(), *(counts[verdict] for verdict in ("ok", "refused", "foreign", "OURS"))
+    print("{:6} {:6} {:8} {:8} {:5}  {}".format(*numbers, name), flush=True)
+
+
+def make_inputs(room: Room) -> None:
+    room.inputs.mkdir()
+    (room.inputs / "p8.png").write_bytes(png(has_alpha=True))
+    (room.inputs / "opaque.png").write_bytes(png(has_alpha=False))
+    (room.inputs / "scene.json").write_text(SCENE)
+    for line in INPUTS:
+        made = room.run(line, {})
+        if made.status != 0:
+            sys.exit(f"{line}: {made.said}")
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", type=Path, metavar="BUILD", help="folder of a built state, such as build/release")
+    parser.add_argument("word", nargs="?", default="", metavar="WORD", help="only command lines that hold this text")
+    arguments = parser.parse_args()
+    total: Counter[str] = Counter()
+    faults: defaultdict[str, list[str]] = defaultdict(list)
+    with tempfile.TemporaryDirectory(prefix="qx_failures_") as folder:
+        room = Room(arguments.build.resolve(), Path(folder, "in"))
+        make_inputs(room)
+        print("  runs     ok  refused  foreign  OURS")
+        for line in (line for line in LINES if arguments.word in line):
+            counts: Counter[str] = Counter()
+            for verdict, reason, run in judged_runs(room, line):
+                counts[verdict] += 1
+                if reason:
+                    faults[f"{verdict}: {reason}"].append(run)
+            tell(counts, line)
+            total += counts
+    tell(total, "all")
+    for reason, runs in sorted(faults.items()):
+        print(f"{len(runs)} runs, such as {runs[0]}: {reason}")
+    return 1 if total["OURS"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -6,7 +6,7 @@ set(QX_FLAGS_sse4 -msse4.1)
 set(QX_FLAGS_avx2 -mavx2 -mno-fma)
 # The header of AVX-512 of GCC 12 begins operations with a register that it leaves unset, and warns of itself.
 set(QX_FLAGS_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mno-fma -mprefer-vector-width=512
-    -Wno-maybe-uninitialized)
+    -Wno-uninitialized -Wno-maybe-uninitialized)
 
 # qx_add_levels(TARGET FOLDER/NameT.h ...): adds FOLDER/Name_LEVEL.cpp of each level to the target, all of which is the
 # text under the name of the level.

@@ -81,6 +81,23 @@ template <class M> QX_INLINE constexpr bool all(M mask) {
     }
 }
 
+/// True when every lane equals x.
+template <class V> QX_INLINE constexpr bool all_equal(V v, NumberOf<V> x) {
+#ifdef __AVX512BW__  // straight from the comparison's mask, which the compiler would make a vector first
+    if constexpr (sizeof(V) == 64) {
+        const V other = splat<V>(x);
+        if constexpr (std::is_same_v<NumberOf<V>, float>) {
+            return _mm512_cmp_ps_mask((__m512)v, (__m512)other, _CMP_NEQ_UQ) == 0;
+        } else if constexpr (sizeof(NumberOf<V>) == 2) {
+            return _mm512_cmpneq_epi16_mask((__m512i)v, (__m512i)other) == 0;
+        } else {
+            return _mm512_cmpneq_epi32_mask((__m512i)v, (__m512i)other) == 0;
+        }
+    }
+#endif
+    return all(v == x);
+}
+
 /// Float to a 32-bit integer as the processor does it: truncated, and 0x80000000 for NaN and what does
 /// not fit. Callers that need fewer bits keep the low ones.
 QX_INLINE std::int32_t truncate_to_int(float x) { return _mm_cvttss_si32(_mm_set_ss(x)); }
@@ -98,6 +115,23 @@ requires is_wide<F> QX_INLINE auto truncate_to_int(F x) {
 #ifdef __AVX512F__
     } else if constexpr (sizeof(F) == 64) {
         return (V)_mm512_cvttps_epi32((__m512)x);
+#endif
+    }
+}
+
+/// To the nearest integer, and to the even one between two.
+template <class F>
+requires is_wide<F> QX_INLINE auto round_to_int(F x) {
+    using V = Vector<std::int32_t, sizeof(F)>;
+    if constexpr (sizeof(F) == 16) {
+        return (V)_mm_cvtps_epi32((__m128)x);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(F) == 32) {
+        return (V)_mm256_cvtps_epi32((__m256)x);
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(F) == 64) {
+        return (V)_mm512_cvtps_epi32((__m512)x);
 #endif
     }
 }

@@ -64,12 +64,15 @@ template <class V> QX_INLINE Planes<V> transposed(V p0, V p1, V p2, V p3) {
             shuffle<2, 3, 2, 3>(gb01, gb23)};
 }
 
-template <class P, class Pixel> QX_INLINE P load_pixels(const Pixel* p) {
+/// 16-bit channels are limited where formulas would leave the numbers that they are made for.
+enum class Channels { limited, as_stored };
+
+template <class P, Channels As = Channels::limited, class Pixel> QX_INLINE P load_pixels(const Pixel* p) {
     using V = typename P::Lane;
     using Channel = decltype(p->alpha);
     if constexpr (!is_wide<V>) {
         const P read{p->alpha, p->red, p->green, p->blue};
-        if constexpr (sizeof(Channel) != 2) return read;
+        if constexpr (sizeof(Channel) != 2 || As == Channels::as_stored) return read;
         return {limited16(read.a), limited16(read.r), limited16(read.g), limited16(read.b)};
     } else if constexpr (is_pairs<P>) {
         using I = Vector<std::int32_t, sizeof(V)>;
@@ -81,7 +84,8 @@ template <class P, class Pixel> QX_INLINE P load_pixels(const Pixel* p) {
     } else if constexpr (sizeof(Channel) == 2) {
         using Words = Vector<std::uint16_t, sizeof(V)>;
         const auto half = [=](int k) QX_LAMBDA {
-            return (V)lesser(load_lanes<Words>(p + k * pixels_in<P> / 2), splat<Words>(32768));
+            const auto words = load_lanes<Words>(p + k * pixels_in<P> / 2);
+            return (V)(As == Channels::limited ? lesser(words, splat<Words>(32768)) : words);
         };
         const V low = half(0), high = half(1);
         const V ar = shuffle<0, 2, 0, 2>(low, high), gb = shuffle<1, 3, 1, 3>(low, high);
@@ -118,6 +122,11 @@ template <class P, class Pixel> QX_INLINE void store_pixels(Pixel* p, const P& v
         store_lanes(p + 3 * quarter, rows.b);
     }
 }
+
+/// Bundles of a depth for work on each colour by itself, in registers of so many bytes: pairs at 8 bits.
+template <class D, std::size_t Register>
+using Colours = std::conditional_t<D::number == 8 && (Register > 0), Pairs<Vector<std::int16_t, Register>>,
+                                   Planes<Vector<typename D::Lane, Register>>>;
 
 /// The alphas of a bundle's pixels.
 template <class P, class Pixel> QX_INLINE typename P::Lane load_alpha(const Pixel* p) { return load_pixels<P>(p).a; }

@@ -49,11 +49,12 @@ template <class M, class V> QX_INLINE Pairs<V> select(M mask, const Pairs<V>& x,
     return {mask ? x.a : y.a, mask ? x.ag : y.ag, mask ? x.rb : y.rb};
 }
 
-/// The same without the work where the condition is one number: `y` alone when it is known not to hold.
-template <class M, class P, class F> QX_INLINE P unless_all(M mask, const P& x, const F& y) {
-    if (all(mask)) return x;
-    if constexpr (is_wide<M>) {
-        return select(mask, x, y());
+/// `x` where `v` equals `number`, else y(); without its work where all do. The condition of a single pixel decides what
+/// is worked out.
+template <class V, class P, class F> QX_INLINE P unless_equal(V v, NumberOf<V> number, const P& x, const F& y) {
+    if (all_equal(v, number)) return x;
+    if constexpr (is_wide<V>) {
+        return select(v == number, x, y());
     } else {
         return y();
     }

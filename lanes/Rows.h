@@ -27,9 +27,9 @@ template <std::size_t Register, class Pixel> QX_INLINE Stretch look_ahead(const 
     constexpr std::int32_t alpha = sizeof(Pixel) == 4 ? 0xFF : sizeof(Pixel) == 8 ? 0xFFFF : -1;
     constexpr std::int32_t full = sizeof(Pixel) == 4 ? 0xFF : sizeof(Pixel) == 8 ? 0x8000 : one;
     constexpr std::int32_t telling = sizeof(Pixel) == 8 ? 0x8000 : alpha;
-    if (all((any & alphas(alpha)) == 0)) return Stretch::clear;
+    if (all_equal(any & alphas(alpha), 0)) return Stretch::clear;
     const V differs = ((common ^ alphas(full)) | (any ^ alphas(full))) & alphas(telling);
-    return all(differs == 0) ? Stretch::opaque : Stretch::mixed;
+    return all_equal(differs, 0) ? Stretch::opaque : Stretch::mixed;
 }
 
 /// Walks three rows of pixels in bundles: step(src, mask, dst) works on whole ones. What is left at the end goes

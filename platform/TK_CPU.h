@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/Platform_Export.h"
@@ -16,6 +17,9 @@ inline constexpr int kTK_CPU_FasterRows = 6;
 inline constexpr int kTK_CPU_WidestRows = 7;
 
 PLATFORM_EXPORT extern const TK_CPU_Data* TK_G_CPU_DataP;
+
+/// Bytes that the processor's caches hold, for stores of what is larger.
+PLATFORM_EXPORT std::size_t TK_GetCacheBytes();
 
 /// Number of bands that parallel work is cut into; not the number of cores. @return 0 or an error code.
 PLATFORM_EXPORT int TK_GetNumThreads(std::int32_t* count);

@@ -11,7 +11,7 @@ namespace qx::QX_ISA {
 template <Pivot Kind, class D, class P> QX_INLINE P straightened(const P& p) {
     using V = typename P::Lane;
     if constexpr (is_wide<V>) {
-        if (all(p.a == D::full)) {
+        if (all_equal(p.a, D::full)) {
             return with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA {
                 return unmix<Kind, D>(c, [](V v) QX_LAMBDA { return undivided<D>(v); });
             });
@@ -23,8 +23,8 @@ template <Pivot Kind, class D, class P> QX_INLINE P straightened(const P& p) {
 }
 
 template <Pivot Kind, bool Forward, class D, class Pixel> QX_INLINE void filter_step(const Pixel* src, Pixel* dst) {
-    using V = typename Colours<D>::Lane;
-    const auto p = load_pixels<Colours<D>>(src);
+    using V = typename Colours<D, kRegister>::Lane;
+    const auto p = load_pixels<Colours<D, kRegister>>(src);
     if constexpr (Forward) {
         store_pixels(dst, with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA { return premix<Kind, D>(c, p.a); }));
     } else {
@@ -35,7 +35,7 @@ template <Pivot Kind, bool Forward, class D, class Pixel> QX_INLINE void filter_
 template <Pivot Kind, bool Forward, class D, class Pixel = typename D::Pixel>
 int filter_row(std::int32_t count, const Pixel* src, Pixel* dst) {
     if (src == nullptr) src = dst;
-    for_bundles<Colours<D>, Pixel>(
+    for_bundles<Colours<D, kRegister>, Pixel>(
         count, src, dst, [](const Pixel* from, Pixel* to) QX_LAMBDA { filter_step<Kind, Forward, D>(from, to); });
     return 0;
 }

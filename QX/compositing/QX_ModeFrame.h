@@ -40,7 +40,7 @@ template <class D, class V> QX_INLINE constexpr bool is_opaque(V alpha) {
     if constexpr (D::number == 32 || !is_wide<V>) {
         return false;
     } else {
-        return all(alpha == D::full);
+        return all_equal(alpha, D::full);
     }
 }
 
@@ -56,7 +56,7 @@ template <class D, class P, class F>
 QX_INLINE P with_quotients(typename P::Lane r, typename P::Lane alpha, const P& s, const P& t, const F& f) {
     using V = typename P::Lane;
     if constexpr (is_wide<V>) {
-        if (all(r == D::full)) {
+        if (all_equal(r, D::full)) {
             return with_colours(alpha, s, t, [&](V cs, V cd) QX_LAMBDA { return undivided<D>(f(cs, cd)); });
         }
     }
@@ -105,7 +105,7 @@ template <class Self, int Number, bool FullShortcut = false> struct General : Mo
             const P fully = with_colours(splat<V>(D::full), src, dst, [&](V cs, V cd) QX_LAMBDA {
                 return D::smul(Self::template blend<D>(cs, cd) - cs, d) + cs;
             });
-            return unless_all(s == D::full, fully, partly);
+            return unless_equal(s, D::full, fully, partly);
         } else {
             return partly();
         }

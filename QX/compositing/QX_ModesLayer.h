@@ -45,7 +45,7 @@ struct Behind : Mode<1> {
                 return select(d == 0, with_alpha(rgb_only ? splat<V>(0) : s, src), sum);
             }
         };
-        return unless_all(d == D::full, dst, mixed);
+        return unless_equal(d, D::full, dst, mixed);
     }
 };
 
@@ -66,10 +66,10 @@ struct Over : Mode<2> {
             });
         };
         const auto partly = [&]() QX_LAMBDA {
-            if (D::number != 32 && all(d == D::full)) return onto_opaque();
-            return unless_all(d == 0, with_alpha(s, src), mixed);
+            if (D::number != 32 && all_equal(d, D::full)) return onto_opaque();
+            return unless_equal(d, 0, with_alpha(s, src), mixed);
         };
-        return unless_all(s == D::full, src, partly);
+        return unless_equal(s, D::full, src, partly);
     }
 };
 
@@ -105,7 +105,7 @@ struct AlphaAdd : Mode<22> {
                 return t < D::full ? D::div(below, t) : above;
             });
         };
-        return unless_all(s == D::full, src, partly);
+        return unless_equal(s, D::full, src, partly);
     }
 };
 

@@ -51,7 +51,7 @@ QX_INLINE void one_pass_step(const QX_BlendingMode<Pixel>& mode, const Pixel* sr
     const V s = effective<D, Masked>(source.a, coverage, opacity);
     const bool rgb_only = mode.rgb_only != 0;
     if constexpr (M::switches.behind_first) {
-        if (all(s == 0)) return;
+        if (all_equal(s, 0)) return;
         const P target = stored_pixels<D>(blended<modes::Behind, D>(source, s, load_pixels<P>(dst), rgb_only));
         store_pixels(dst, blended<M, D>(source, s, target, rgb_only));
     } else {
@@ -60,7 +60,7 @@ QX_INLINE void one_pass_step(const QX_BlendingMode<Pixel>& mode, const Pixel* sr
     }
 }
 
-/// @param mode  its opacity is not 0, with which no alpha would be merged
+/// @param mode  its opacity is not 0, with which no alpha would be merged, and not above full
 template <class M, class D, bool Masked, class Pixel = typename D::Pixel>
 int one_pass_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_LinearBlendingTables*,
                  const Pixel* src, const Pixel* mask, Pixel* dst) {

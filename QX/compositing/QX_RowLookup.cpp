@@ -52,7 +52,7 @@ void choose_compositing_kernels(Level level) { kernels = &compositing_kernels_of
 
 template <class Pixel> QX_RowFunc<Pixel> one_pass_row(const QX_BlendModeDescriptor<Pixel>& d, bool masked) {
     const QX_RowFunc<Pixel> row = kernels->one_pass.of<Pixel>().at[masked][modes::place_of(d.mode.xfer)];
-    if (row == nullptr || d.mode.opacity == 0) return nullptr;
+    if (row == nullptr || d.mode.opacity == 0 || d.mode.opacity > DepthOf<Pixel>::full) return nullptr;
     const auto own_row = [&](int xfer) { return stored_row<Pixel>(masked, modes::place_of(xfer)); };
     if (d.row != own_row(d.mode.xfer)) return nullptr;
     if (d.pre_post == 0) return d.behind_row == own_row(xfer_behind) ? row : nullptr;

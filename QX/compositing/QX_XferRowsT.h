@@ -14,9 +14,7 @@ namespace qx::QX_ISA {
 
 /// What one step of a row of a depth works on: planes, or at 8 bits pairs where each colour is worked on by itself.
 template <class D> using Bundle = Planes<Wide<typename D::Lane>>;
-template <class D>
-using Colours = std::conditional_t<D::number == 8 && (kRegister > 0), Pairs<Wide<std::int16_t>>, Bundle<D>>;
-template <class M, class D> using BundleOf = std::conditional_t<M::mixes_colours, Bundle<D>, Colours<D>>;
+template <class M, class D> using BundleOf = std::conditional_t<M::mixes_colours, Bundle<D>, Colours<D, kRegister>>;
 
 /// Source alpha times mask and opacity; a full factor changes nothing.
 template <class D, bool Masked, class V> QX_INLINE V effective(V a, V mask, V opacity) {
@@ -46,7 +44,7 @@ QX_INLINE void blend_step(const QX_BlendingMode<Pixel>& mode, const Pixel* src, 
     if constexpr (Masked) coverage = load_alpha<P>(mask);
     const V s = effective<D, Masked>(source.a, coverage, opacity);
     if constexpr (M::skips == Skips::transparent_source) {
-        if (all(s == 0)) return;
+        if (all_equal(s, 0)) return;
     }
     if constexpr (M::scales_colour) {
         source = with_colours(source.a, source, source,
@@ -97,6 +95,13 @@ int blend_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_L
         if (mode->opacity == D::full && mode->rgb_only == 0) {
             std::memmove(dst, src, static_cast<std::size_t>(count) * sizeof(Pixel));
             return kQX_NoError;
+        }
+    }
+    if constexpr (kRegister > 0 && D::number == 16) {
+        // Records hold opacities up to 2. Beyond full, lanes would leave the numbers that they are made for.
+        if (mode->opacity > D::full) {
+            const auto plain_row = plain::compositing_kernels.rows.of<Pixel>().at[Masked][modes::place_of(M::number)];
+            return plain_row(count, mode, nullptr, src, mask, dst);
         }
     }
     if constexpr (kRegister > 0 && M::full_source_copies && !Masked) {

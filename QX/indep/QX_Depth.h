@@ -77,8 +77,8 @@ struct Depth8 {
 private:
     template <class V> QX_LANE V short_div(V v, V a, UnsignedLanes<V> reciprocal) {
         using U = UnsignedLanes<V>;
-        const U n = (U)v * 255 + ((U)a >> 1), q = short_quotient(n, (U)a, reciprocal);
-        return (V)(((a == 0) | (V)(q > 255)) ? splat<V>(255) : (V)q);
+        const U q = short_quotient((U)v * 255 + ((U)a >> 1), (U)a, reciprocal);
+        return a == 0 ? splat<V>(255) : (V)lesser(q, splat<U>(255));
     }
 };
 

@@ -9,7 +9,7 @@
 
 void qx::fill_slots(const Processor& processor) {
     fill_iterate_slots();
-    fill_pixelops_slots();
+    fill_pixelops_slots(processor.level());
     fill_sampling_slots(processor);
     fill_compositing_slots(processor.level());
     fill_geometry_slots();

@@ -36,10 +36,6 @@ void store_string(std::byte* to, std::size_t count, const std::byte* pattern) {
 
 }  // namespace
 
-PixelRun::~PixelRun() {
-    if (past_caches_) _mm_sfence();  // before anyone is told that the area is filled
-}
-
 void PixelRun::store(std::byte* to, std::size_t bytes) const {
     if (zero_) {
         std::memset(to, 0, bytes);

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "QX/indep/QX_Area.h"
+#include "QX/pixelops/QX_PastCaches.h"
 
 namespace qx {
 
@@ -15,7 +16,7 @@ namespace qx {
 class PixelRun {
 public:
     template <class Pixel>
-    PixelRun(const Pixel& pixel, std::size_t area_bytes) : past_caches_(area_bytes >= kPastCaches) {
+    PixelRun(const Pixel& pixel, std::size_t area_bytes) : past_caches_(area_bytes) {
         static_assert(std::is_trivially_copyable_v<Pixel> && kPeriod % sizeof(Pixel) == 0);
         for (std::size_t at = 0; at < sizeof(pattern_); at += sizeof(Pixel)) {
             std::memcpy(pattern_ + at, &pixel, sizeof(Pixel));
@@ -24,7 +25,6 @@ public:
         zero_ = std::memcmp(pattern_, nothing, kPeriod) == 0;
         short_period_ = std::memcmp(pattern_, pattern_ + 8, 8) == 0;
     }
-    ~PixelRun();
     PixelRun(const PixelRun&) = delete;
     PixelRun& operator=(const PixelRun&) = delete;
 
@@ -33,11 +33,10 @@ public:
 
 private:
     static constexpr std::size_t kPeriod = 16;
-    static constexpr std::size_t kPastCaches = std::size_t{32} << 20;
     std::byte pattern_[2 * kPeriod];  ///< any 16 bytes from its first half on are the run from that phase on
     bool zero_;
     bool short_period_;  ///< the pattern repeats every 8 bytes
-    bool past_caches_;
+    const PastCaches past_caches_;
 };
 
 /// Stores one pixel value over an area that lies in the world.

@@ -2,6 +2,12 @@
 #include "QX/pixelops/QX_PixelopsSlots.h"
 
 #include "QX/indep/QX_Slots.h"
+#include "QX/pixelops/QX_CopyKernels.h"
+#include "QX/pixelops/QX_MatteKernels.h"
 #include "QX/pixelops/QX_Premul.h"
 
-void qx::fill_pixelops_slots() { set_slot<Slot::PremulRect>(&QX_PremulRect_S); }
+void qx::fill_pixelops_slots(Level level) {
+    choose_copy_kernels(level);
+    choose_matte_kernels(level);
+    set_slot<Slot::PremulRect>(&QX_PremulRect_S);
+}

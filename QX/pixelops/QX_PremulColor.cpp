@@ -1,51 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 // Against a colour: one text for the three depths, and for colours of the three.
-#include <algorithm>
-
-#include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/indep/QX_WithDepth.h"
+#include "QX/pixelops/QX_MatteKernels.h"
 #include "QX/pixelops/QX_Premul.h"
 #include "QX/pixelops/QX_PremulRows.h"
 
 namespace {
 
-/// The colour shows as far as alpha is missing.
-template <class D> typename D::Lane mixed(typename D::Lane c, typename D::Lane m, typename D::Lane a) {
-    return m + D::smul(c - m, a);
-}
-
-/// What the colour gave is taken off, and the rest divided.
-template <class D> typename D::Lane separated(typename D::Lane c, typename D::Lane m, typename D::Lane a) {
-    const typename D::Lane rest = c - D::mul(m, D::comp(a));
-    return D::div(std::max<typename D::Lane>(rest, 0), a);
-}
-
-template <class D, bool Forward, class Pixel = typename D::Pixel> Pixel matted(const Pixel& p, const Pixel& colour) {
-    using Lane = typename D::Lane;
-    using Channel = typename D::Channel;
-    const Lane a = p.alpha;
-    if (a >= D::full || (!Forward && !(a > 0))) return p;  // nor where alpha is no number
-    const auto apply = [&](Lane c, Lane m) {
-        return static_cast<Channel>(Forward ? mixed<D>(c, m, a) : separated<D>(c, m, a));
-    };
-    return {p.alpha, apply(p.red, colour.red), apply(p.green, colour.green), apply(p.blue, colour.blue)};
-}
-
-template <class D, bool Forward, class Pixel = typename D::Pixel>
-void matte_row(std::size_t count, const Pixel* src, const Pixel& colour, Pixel* dst) {
-    for (std::size_t i = 0; i < count; ++i) dst[i] = matted<D, Forward>(src[i], colour);
-}
+const qx::MatteKernels* kernels = &qx::plain::matte_kernels;
 
 template <class Pixel>
 int matte_rows(void* effect_ref, const QX_LayerDef& src, const Pixel& colour, bool forward, const M_LRect* rect,
                const QX_LayerDef& dst) {
-    using D = qx::DepthOf<Pixel>;
     const M_LRect in_dst = qx::clip_to(dst, rect), area = qx::clip_to(src, &in_dst);
-    const auto row = forward ? &matte_row<D, true> : &matte_row<D, false>;
-    const std::size_t columns = qx::columns_of(area);
+    const qx::MatteRows<Pixel>& rows = kernels->of<Pixel>();
+    const auto row = forward ? rows.forward : rows.back;
+    const auto columns = static_cast<std::int32_t>(qx::columns_of(area));
     return qx::run_rows(qx::slot<qx::Slot::IterateGeneric>(), effect_ref, area, [&](std::int32_t y) {
         row(columns, qx::pixel_at<Pixel>(src, area.left, y), colour, qx::pixel_at<Pixel>(dst, area.left, y));
     });
@@ -74,6 +47,8 @@ int premul_colour(const Texts& texts, void* effect_ref, QX_LayerDef* src, const 
 }
 
 }  // namespace
+
+void qx::choose_matte_kernels(Level level) { kernels = &matte_kernels_of(level); }
 
 int QX_PremulColorRect(void* effect_ref, QX_LayerDef* src, const QX_Pixel8* colour, bool forward, const M_LRect* rect,
                        QX_LayerDef* dst) {

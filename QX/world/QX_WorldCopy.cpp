@@ -4,6 +4,7 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Progress.h"
 #include "QX/pixelops/QX_CopyRows.h"
+#include "QX/pixelops/QX_PastCaches.h"
 #include "platform/IK_CopyMemory.h"
 
 namespace qx {
@@ -50,10 +51,17 @@ bool copy_pixels(const CopyFrom& from, const CopyTo& to, const CopyOptions& opti
     if (x.last <= x.first || y.last <= y.first) return true;
     const auto at = [](std::int64_t n) { return static_cast<std::int32_t>(n); };
     const auto columns = static_cast<std::size_t>(x.last - x.first);
+    const std::size_t from_bytes = bytes_of_pixel(from.depth), to_bytes = bytes_of_pixel(to.depth);
+    const PastCaches past(columns * (from_bytes + to_bytes) * static_cast<std::size_t>(y.last - y.first));
     for (std::int64_t i = y.first; i < y.last; ++i) {
         if (in_field(options.field, i)) {
-            row(pixel_address(src, at(x.first - dx), at(i - dy), bytes_of_pixel(from.depth)),
-                pixel_address(dst, at(x.first), at(i), bytes_of_pixel(to.depth)), columns, options.dither);
+            const std::byte* const in = pixel_address(src, at(x.first - dx), at(i - dy), from_bytes);
+            std::byte* const out = pixel_address(dst, at(x.first), at(i), to_bytes);
+            if (past && from.depth != to.depth) {  // worlds of one depth may overlap
+                copy_row_past_caches(row, from.depth, to.depth, in, out, columns, options.dither);
+            } else {
+                row(in, out, columns, options.dither);
+            }
         }
         poll_row(options.progress, at(i - y.first), at(y.last - y.first));
     }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Flags of the processor: the levels that the module has routines for.
+// Flags of the processor: the levels that the module has routines for. What its caches hold.
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "platform/TK_CPU.h"
@@ -9,6 +11,17 @@ namespace standalone {
 namespace {
 
 TK_CPU_Data data{};
+std::size_t cache_bytes = 0;  // 0: the processor's
+
+std::size_t DetectedCacheBytes() {
+    static const std::size_t bytes = [] {
+        for (const int name : {_SC_LEVEL3_CACHE_SIZE, _SC_LEVEL2_CACHE_SIZE}) {
+            if (const long found = ::sysconf(name); found > 0) return static_cast<std::size_t>(found);
+        }
+        return std::size_t{32} << 20;
+    }();
+    return bytes;
+}
 
 TK_CPU_Data* Filled(ProcessorLevel level) {
     data.flags[kTK_CPU_Vector] = level >= ProcessorLevel::vector;
@@ -30,7 +43,13 @@ ProcessorLevel DetectedProcessorLevel() {
 
 void SetProcessorLevel(ProcessorLevel level) { Filled(std::min(level, DetectedProcessorLevel())); }
 
+void SetCacheBytes(std::size_t bytes) { cache_bytes = bytes; }
+
 }  // namespace standalone
+
+std::size_t TK_GetCacheBytes() {
+    return standalone::cache_bytes != 0 ? standalone::cache_bytes : standalone::DetectedCacheBytes();
+}
 
 // The flags are data and not a call, so they are filled when the library is loaded.
 const TK_CPU_Data* TK_G_CPU_DataP = standalone::Filled(standalone::DetectedProcessorLevel());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <boost/function.hpp>
+#include <cstddef>
 #include <cstdint>
 
 #include "platform/FK_Frames.h"
@@ -24,6 +25,8 @@ enum class ProcessorLevel { plain = 0, vector = 1, faster = 2, widest = 3 };
 /// Sets the processor flags as if the processor ended at this level; never above what it has.
 PLATFORM_EXPORT void SetProcessorLevel(ProcessorLevel level);
 PLATFORM_EXPORT ProcessorLevel DetectedProcessorLevel();
+/// Sets what the caches hold; 0 gives the processor's own back.
+PLATFORM_EXPORT void SetCacheBytes(std::size_t bytes);
 
 // --- memory ----------------------------------------------------------------------------------------
 struct MemoryCounts {

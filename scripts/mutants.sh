@@ -5,7 +5,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 [ $# -ge 1 ] || { echo "usage: $0 FOLDER [PATTERN]" >&2; exit 2; }
-sources="CMakeLists.txt cmake platform QX tests"
+sources="CMakeLists.txt cmake lanes platform QX tests"
 mkdir -p "$1/source"
 work=$(cd "$1" && pwd)
 list=$work/list

@@ -10,6 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 cat >"$work/rooms" <<'LIST'
+lanes
 platform
 platform/standalone
 QX/indep
@@ -39,7 +40,7 @@ done >"$work/includes"
 # An object's name begins with its source's folder, behind the target's own.
 find "$build" -name '*.o' -path '*.dir/*' | grep -Ev '/(tests|bench)/' | while read -r object; do
     source=$(echo "$object" | sed "s|^$build/||; s|CMakeFiles/[^/]*\.dir/||; s|\.o$||")
-    [ -f "$source" ] || continue  # left from a source that is gone
+    [ -f "$source" ] || [ -f "$build/$source" ] || continue  # left from a source that is gone; texts of levels are made
     nm "$object" | awk -v source="$source" '
         $(NF - 1) == "U" { print "U", source, $NF }
         $(NF - 1) ~ /^[TDBR]$/ { print "T", source, $NF }'

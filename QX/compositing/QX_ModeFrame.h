@@ -73,6 +73,7 @@ template <int Number, Skips S = Skips::transparent_source> struct Mode {
     static constexpr bool copies = false;              ///< a copy stays a copy in any light
     static constexpr bool full_source_copies = false;  ///< at full s the result is the source pixel
     static constexpr bool mixes_colours = false;       ///< looks at more than one colour of a pixel together
+    static constexpr bool reads_curve = false;         ///< at 8 bits it needs floats or a table in wide registers
 };
 
 /// The general composite of a blend function B(cs, cd) of straight colours:

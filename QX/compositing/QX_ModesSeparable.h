@@ -25,7 +25,7 @@ template <class D, class V> QX_INLINE constexpr V doubled_upper(V c) {
 }
 
 struct SoftLight : General<SoftLight, 8, true> {
-    static constexpr bool mixes_colours = true;  // its 8-bit curve needs lanes of 32 bits
+    static constexpr bool reads_curve = true;
     template <class D, class V> QX_LANE V blend(V cs, V cd) {
         if constexpr (D::number == 8) {
             const V curve = soft_curve8(cs, cd);  // Kept: the upper weight is 2 cs less 256, not less 255

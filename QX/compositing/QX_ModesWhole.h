@@ -18,13 +18,13 @@ template <class D, class V> QX_INLINE constexpr V scaled(V n, V m, V divisor) {
     if constexpr (D::number == 32) {
         return n * m / divisor;
     } else {
-        // The quotient of a lane that is not used may have any divisor, but not 0.
-        const V product = n * m, by = divisor == 0 ? splat<V>(1) : divisor;
-        if constexpr (D::number == 16 && is_wide<V>) {
-            const V size = large_quotient<V>(product < 0 ? -product : product, by);
-            return product < 0 ? -size : size;
+        const V product = n * m;
+        if constexpr (is_wide<V>) {  // a lane that is not used may have any divisor
+            const V size = product < 0 ? -product : product;
+            const V q = D::number == 8 ? small_quotient<V>(size, divisor) : large_quotient<V>(size, divisor);
+            return product < 0 ? -q : q;
         } else {
-            return quotient<V>(product, by);
+            return product / (divisor == 0 ? 1 : divisor);
         }
     }
 }

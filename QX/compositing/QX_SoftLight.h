@@ -63,7 +63,9 @@ template <class M, class V> QX_INLINE V soft_curve_float(M lower, V cd) {
 /// Lanes compute what the table holds: the products round as the table does, and the square root of 255 c stays
 /// clear of the halves between two codes by far more than a float's error.
 template <class V> QX_INLINE V soft_curve8(V cs, V cd) {
-    if constexpr (is_wide<V>) {
+    if constexpr (is_short<V>) {
+        return table_bytes(soft_light.curve8, cs < Depth8::half ? cd : cd + 256);
+    } else if constexpr (is_wide<V>) {
         using F = FloatLanes<V>;
         const F c = to_float(cd), x = c * (1.0f / 255);
         const F up = cd <= 63 ? ((16.0f * x - 12.0f) * x + 3.0f) * c : root(c * 255.0f) - c;

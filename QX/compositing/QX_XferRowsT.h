@@ -14,12 +14,14 @@ namespace qx::QX_ISA {
 
 /// What one step of a row of a depth works on: planes, or at 8 bits pairs where each colour is worked on by itself.
 template <class D> using Bundle = Planes<Wide<typename D::Lane>>;
-template <class M, class D> using BundleOf = std::conditional_t<M::mixes_colours, Bundle<D>, Colours<D, kRegister>>;
+template <class M, class D>
+using BundleOf =
+    std::conditional_t<M::mixes_colours || (M::reads_curve && kRegister < 64), Bundle<D>, Colours<D, kRegister>>;
 
 /// Source alpha times mask and opacity; a full factor changes nothing.
 template <class D, bool Masked, class V> QX_INLINE V effective(V a, V mask, V opacity) {
     if constexpr (Masked) a = D::mul(a, mask);
-    return D::mul(a, opacity);
+    return all_equal(opacity, D::full) ? a : D::mul(a, opacity);
 }
 
 /// The pixels that a mode leaves as they are.

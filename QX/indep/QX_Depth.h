@@ -59,10 +59,7 @@ struct Depth8 {
         if constexpr (is_short<V>) {
             return short_div(v, a, short_reciprocals(a));
         } else if constexpr (is_wide<V>) {
-            // n / a lies at least 1 / 510 from the next integer when n is an integer and a half, and the rounding of
-            // the reciprocal and of the product moves a quotient up to 256 by less than 2^-14.
-            const auto n = to_float(v * 255 + (a >> 1)) + 0.5f;
-            const V q = truncate_to_int(n * (1.0f / to_float(a)));
+            const V q = small_quotient<V>(v * 255 + (a >> 1), a);
             return ((a == 0) | (q > 255)) ? splat<V>(255) : q;
         } else {
             return QXp_G_fcd_table[a * 256 + v];

@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads renders failures mutants bench tidy install clean
+.PHONY: all setup build run test test-release test-dev test-threads renders failures mutants bench bench-table tidy install clean
 
 all: build
 
@@ -33,6 +33,10 @@ check: build
 
 bench: build
 	build/$(PRESET)/bin/qx_bench
+
+# make bench-table: what the routines reach beside what the memory allows, as Markdown; fewer lines by LINES=over
+bench-table: build
+	python3 scripts/bench-table.py build/$(PRESET) $(LINES)
 
 # make renders OTHER=/path/of/another/build: whether both make the same renders, bit for bit
 renders: build

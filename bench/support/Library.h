@@ -18,7 +18,7 @@ inline void be_born(standalone::ProcessorLevel level) {
 }
 
 inline const char* name_of(standalone::ProcessorLevel level) {
-    constexpr const char* names[] = {"plain", "sse4", "avx2"};
+    constexpr const char* names[] = {"plain", "sse4", "avx2", "avx512"};
     return names[static_cast<int>(level)];
 }
 

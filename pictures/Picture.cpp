@@ -184,6 +184,11 @@ bool is_linear_format(const std::string& path) { return format_to_write(path).li
 
 void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options,
                    Watch& watch) {
+    write_uncommitted(path, picture, depth, options, watch)->commit();
+}
+
+std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Picture& picture, int depth,
+                                              const WriteOptions& options, Watch& watch) {
     watch.must_go_on();
     const Format& format = format_to_write(path);
     const int file_depth = nearest_depth(format, depth);
@@ -203,11 +208,12 @@ void write_picture(const std::string& path, const Picture& picture, int depth, c
     }
     errno = 0;
     try {
-        OutputFile file(path);
-        file.check();
-        format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
+        auto file = std::make_unique<OutputFile>(path);
+        file->check();
+        format.write(*file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
         watch.must_go_on();
-        file.commit();
+        file->finish();
+        return file;
     } catch (const std::bad_alloc&) {
         throw Failure(path, kOutOfMemory);
     }

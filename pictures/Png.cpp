@@ -132,11 +132,12 @@ void flush_nothing(png_structp) {}
 
 class Writer {
 public:
-    Writer(OutputFile& file, const Picture& picture, bool with_alpha, Watch& watch)
+    Writer(OutputFile& file, const Picture& picture, bool with_alpha, int compression, Watch& watch)
         : file_(file),
           picture_(picture),
           watch_(watch),
           alpha_(with_alpha),
+          compression_(compression),
           row_(static_cast<std::size_t>(picture.world->width)),
           png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
@@ -162,6 +163,7 @@ private:
         const QX_World& world = *picture_.world;
         png_set_benign_errors(png_, 1);
         png_set_write_fn(png_, &file_, write_bytes, flush_nothing);
+        png_set_compression_level(png_, compression_);
         png_set_IHDR(png_, info_, png_uint_32(world.width), png_uint_32(world.height), world.Depth(),
                      alpha_ ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -209,6 +211,7 @@ private:
     const Picture& picture_;
     Watch& watch_;
     bool alpha_;
+    int compression_;
     std::vector<QX_Pixel16> row_;
     Fault fault_;
     png_structp png_;
@@ -217,8 +220,8 @@ private:
 
 Picture read(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
 
-void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&, Watch& watch) {
-    Writer(file, picture, with_alpha, watch).write();
+void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
+    Writer(file, picture, with_alpha, options.compression, watch).write();
 }
 
 }  // namespace

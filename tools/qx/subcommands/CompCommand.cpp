@@ -145,7 +145,7 @@ void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX
 void run(const CompOptions& options) {
     apply_common_options(options.common);
     check_output_option(options.output);
-    if (options.half && !pictures::is_linear_format(options.output)) throw WrongUsage("--half is for OpenEXR");
+    options.encoding.check(options.output);
     const Library library;
     Inputs inputs = read_all(options);
     note_mixed_light(options, inputs);
@@ -161,7 +161,7 @@ void run(const CompOptions& options) {
     note_losses(options, inputs);
     {
         FileProgress progress("writing");
-        pictures::write_picture(options.output, inputs.background, depth, {options.half}, progress);
+        pictures::write_picture(options.output, inputs.background, depth, options.encoding.write_options(), progress);
     }
     say_detail(options.output, "written");
 }

@@ -128,7 +128,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
     }
     command.add_option("--depth", common_.depth_text, "bits to work with (default: the inputs' deepest)")
         ->type_name("8|16|32");
-    command.add_flag("--half", common_.half, "OpenEXR with half floats")->disable_flag_override();
+    add_encoding_options(command, common_.encoding);
     command.add_option("-o,--output", common_.output, "file to write: " + pictures::known_endings())
         ->required()
         ->type_name("FILE");

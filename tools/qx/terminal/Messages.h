@@ -25,7 +25,7 @@ void set_talk(Talk talk);
 Talk talk();
 
 /// One line `qx: words` on standard error. Notes are kept back when quiet, details of a file unless verbose. They take
-/// no memory: what has been done is told where there is none left.
+/// no memory: what has been done is told where there is none left. From any thread.
 void say_error(std::string_view words);
 void say_note(std::string_view words);
 void say_detail(std::string_view file, std::string_view words);

@@ -7,8 +7,10 @@
 
 #include "pictures/Light.h"
 #include "pictures/Picture.h"
+#include "platform/standalone/Host.h"
 #include "scene/Composite.h"
 #include "scene/Faults.h"
+#include "scene/InOrder.h"
 #include "scene/LayerWords.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
@@ -29,29 +31,34 @@ struct Inputs {
     std::vector<Layer> layers;
 };
 
-pictures::Picture read_with_bar(const std::string& file) {
-    FileProgress progress("reading");
-    return pictures::read_picture(file, progress);
-}
-
-pictures::Picture read(const std::string& file) {
-    pictures::Picture picture = read_with_bar(file);
+void tell(const std::string& file, const pictures::Picture& picture) {
     const QX_World& world = *picture.world;
     std::ostringstream words;
     words << world.width << " x " << world.height << ", " << world.Depth() << " bits"
           << (picture.has_alpha ? ", alpha" : "");
     say_detail(file, words.str());
     for (const auto& note : picture.notes) say_note(std::string(file).append(": ").append(note));
-    return picture;
 }
 
+/// Several at once, which makes no difference to what is told.
 Inputs read_all(const CompOptions& options) {
     Inputs inputs;
-    inputs.background = read(options.background);
-    for (const LayerOptions& layer : options.layers) {
-        inputs.layers.push_back(
-            {read(layer.file), layer.mask_file.empty() ? pictures::Picture{} : read(layer.mask_file)});
+    inputs.layers.resize(options.layers.size());
+    std::vector<std::pair<const std::string*, pictures::Picture*>> files = {{&options.background, &inputs.background}};
+    for (std::size_t i = 0; i < options.layers.size(); ++i) {
+        const LayerOptions& layer = options.layers[i];
+        files.emplace_back(&layer.file, &inputs.layers[i].picture);
+        if (!layer.mask_file.empty()) files.emplace_back(&layer.mask_file, &inputs.layers[i].mask);
     }
+    const int count = static_cast<int>(files.size());
+    Progress progress("reading", PartWatch::kSteps * count);
+    SignalWatch signals;
+    scene::in_order(count, standalone::PoolThreads(), signals, [&](int index, pictures::Watch& watch) -> scene::InTurn {
+        const auto& [file, picture] = files[static_cast<std::size_t>(index)];
+        PartWatch part(progress, watch);
+        *picture = pictures::read_picture(*file, part);
+        return [file = file, picture = picture] { tell(*file, *picture); };
+    });
     return inputs;
 }
 
@@ -115,22 +122,8 @@ scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& la
     return transfer;
 }
 
-/// The bar of one layer among all.
-class LayerWatch : public SignalWatch {
-public:
-    static constexpr std::int64_t kSteps = 1 << 16;  ///< of a layer
-    LayerWatch(Progress& progress, std::size_t index)
-        : progress_(progress), first_(static_cast<std::int64_t>(index) * kSteps) {}
-    void rows(std::int64_t done, std::int64_t total) noexcept override {
-        progress_.reach(first_ + done * kSteps / total);
-    }
-
-private:
-    Progress& progress_;
-    const std::int64_t first_;
-};
-
-void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background, LayerWatch& watch) {
+void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background,
+                     pictures::Watch& watch) {
     if (options.mode == xfer_dissolve && background.Depth() == 32) {
         say_note(options.file + ": " + scene::kDissolveIsIdle);
     }
@@ -152,9 +145,10 @@ void run(const CompOptions& options) {
     const int depth = unify(options, inputs);
     QX_World& background = *inputs.background.world;
     {
-        Progress progress("compositing", LayerWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
+        Progress progress("compositing", PartWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
+        const SignalWatch signals;
         for (std::size_t i = 0; i < options.layers.size(); ++i) {
-            LayerWatch watch(progress, i);
+            PartWatch watch(progress, signals);
             composite_layer(options.layers[i], inputs.layers[i], background, watch);
         }
     }

@@ -16,10 +16,11 @@
 #include <cstring>
 #include <new>
 
+#include "pictures/Carried.h"
 #include "pictures/ExrHeader.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
-#include "pictures/Scale.h"
+#include "pictures/Pixels.h"
 
 namespace qx::pictures {
 namespace {
@@ -74,7 +75,6 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Wa
         auto* row = row_of<QX_PixelFloat>(world, y - display.min.y) + (left - display.min.x);
         std::copy(line.begin() + (left - window.min.x), line.begin() + (right - window.min.x), row);
         for (int x = 0; grey && x < right - left; ++x) row[x].green = row[x].blue = row[x].red;
-        finish_row(row, right - left, true);
         clear(world, y - display.min.y, 0, left - display.min.x);
         clear(world, y - display.min.y, right - display.min.x, world.width);
     }
@@ -113,6 +113,7 @@ Picture read_exr(const std::string& path, Watch& watch) {
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
                               std::int64_t{display.max.y} - display.min.y + 1, 32, false);
     read_rows(exr, path, *picture.world, watch);
+    settle(path, picture, true);
     mark_light(picture);
     read_extras(header, picture);
     if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
@@ -188,12 +189,6 @@ Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool with_al
     return header;
 }
 
-/// Under an alpha of 0 only light has a colour, and what is infinite must not become not-a-number.
-QX_PixelFloat associated(const QX_PixelFloat& p, bool light) {
-    if (p.alpha == 0) return light ? p : QX_PixelFloat{};
-    return {p.alpha, p.red * p.alpha, p.green * p.alpha, p.blue * p.alpha};
-}
-
 template <class Channel>
 void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType type, bool with_alpha, Watch& watch) {
     const QX_World& world = *picture.world;
@@ -206,10 +201,9 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
     exr.setFrameBuffer(buffer);
     for (int y = 0; y < world.height; ++y) {
         watch.must_next_row(y, world.height);
-        const auto* row = row_of<QX_PixelFloat>(world, y);
         auto* to = line.data();
         for (int x = 0; x < world.width; ++x) {
-            const QX_PixelFloat p = associated(row[x], is_light(picture, x, y));
+            const QX_PixelFloat p = associated_pixel(picture, x, y);
             for (const float value : {p.red, p.green, p.blue, p.alpha}) *to++ = Channel(value);
         }
         exr.writePixels(1);

@@ -9,9 +9,11 @@
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/world/QX_FrameLimits.h"
+#include "pictures/Carried.h"
 #include "pictures/Files.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
+#include "pictures/Scale.h"
 
 namespace qx::pictures {
 namespace {
@@ -61,6 +63,15 @@ void limit_alpha(QX_World& world) {
 bool sensible(const Resolution& r) {
     constexpr double least = 1e-6, most = 1e9;
     return r.x >= least && r.x <= most && r.y >= least && r.y <= most;  // false for not-a-number
+}
+
+/// The pixels that a file of this depth gets; 16 bits go from 0 to 65535.
+std::unique_ptr<QX_World> world_for_file(const std::string& path, const Picture& picture, int depth) {
+    if (depth != 16) return at_depth(path, *picture.world, depth);
+    if (picture.world->Depth() != 8) return pixels_of_file16(path, picture);
+    Picture sixteen;
+    sixteen.world = at_depth(path, *picture.world, depth);
+    return pixels_of_file16(path, sixteen);
 }
 
 int guarded_copy(QX_World& to, const QX_World& from) {
@@ -193,16 +204,19 @@ std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Pic
     const Format& format = format_to_write(path);
     const int file_depth = nearest_depth(format, depth);
     Picture converted;
-    if (picture.world->Depth() != file_depth) {
+    if (picture.world->Depth() != file_depth || file_depth == 16) {
         converted.has_alpha = picture.has_alpha;
         converted.icc = picture.icc;
         converted.resolution = picture.resolution;
         converted.primaries = picture.primaries;
         converted.light = picture.light;
-        converted.world = at_depth(path, *picture.world, file_depth);
+        converted.world = world_for_file(path, picture, file_depth);
     }
     const Picture& out = converted.world ? converted : picture;
-    const bool transparent = any_transparency(*out.world);
+    const bool transparent =
+        file_depth == 16
+            ? any_pixel<QX_Pixel16>(*out.world, [](const QX_Pixel16& p, int, int) { return p.alpha != kFileFull16; })
+            : any_transparency(*out.world);
     if (transparent && !format.holds_alpha) {
         throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
     }

@@ -34,6 +34,7 @@ struct Picture {
     std::vector<std::uint8_t> icc;  ///< an RGB profile, or empty
     Resolution resolution;
     std::optional<std::array<float, 8>> primaries;  ///< x and y of red, green, blue, white, where OpenEXR tells them
+    std::shared_ptr<const QX_World> carried;        ///< see Carried.h; null when the world tells all
     std::vector<bool> light;                        ///< see Light.h; empty when there is none
     std::vector<std::string> notes;                 ///< what the file holds and this does not
 };

@@ -7,8 +7,9 @@
 #include <cstring>
 #include <new>
 
+#include "pictures/Carried.h"
 #include "pictures/Format.h"
-#include "pictures/Scale.h"
+#include "pictures/Pixels.h"
 
 namespace qx::pictures {
 namespace {
@@ -56,9 +57,7 @@ public:
         picture.world = new_world(file_.path(), width_, height_, depth_, false);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
-        for (int y = 0; depth_ == 16 && y < picture.world->height; ++y) {
-            finish_row(row_of<QX_Pixel16>(*picture.world, y), picture.world->width, false);
-        }
+        settle(file_.path(), picture, false);
         read_extras(picture);
         return picture;
     }
@@ -138,7 +137,6 @@ public:
           watch_(watch),
           alpha_(with_alpha),
           compression_(compression),
-          row_(static_cast<std::size_t>(picture.world->width)),
           png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
     }
@@ -193,16 +191,7 @@ private:
     void write_rows() {
         const QX_World& world = *picture_.world;
         for (int y = 0; y < world.height && watch_.next_row(y, world.height); ++y) {
-            if (world.Depth() == 8) {
-                png_write_row(png_, row_of<png_byte>(world, y));
-                continue;
-            }
-            const auto* from = row_of<QX_Pixel16>(world, y);
-            for (std::size_t x = 0; x < row_.size(); ++x) {
-                row_[x] = {to_file16(from[x].alpha), to_file16(from[x].red), to_file16(from[x].green),
-                           to_file16(from[x].blue)};
-            }
-            png_write_row(png_, reinterpret_cast<png_const_bytep>(row_.data()));
+            png_write_row(png_, row_of<png_byte>(world, y));
         }
         if (!watch_.stops()) png_write_end(png_, info_);
     }
@@ -212,7 +201,6 @@ private:
     Watch& watch_;
     bool alpha_;
     int compression_;
-    std::vector<QX_Pixel16> row_;
     Fault fault_;
     png_structp png_;
     png_infop info_;

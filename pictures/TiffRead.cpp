@@ -7,9 +7,10 @@
 #include <memory>
 #include <new>
 
+#include "pictures/Carried.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
-#include "pictures/Scale.h"
+#include "pictures/Pixels.h"
 #include "pictures/Tiff.h"
 #include "pictures/TiffFormat.h"
 
@@ -102,6 +103,7 @@ public:
         } else {
             read_blocks<float, QX_PixelFloat>(*picture.world);
         }
+        settle(path_, picture, layout_.associated);
         if (layout_.associated) mark_light(picture);
         read_extras(picture);
         handle_.check_memory();
@@ -145,7 +147,6 @@ private:
                 }
             }
         }
-        for (int y = 0; y < world.height; ++y) finish_row(row_of<Pixel>(world, y), world.width, layout_.associated);
     }
 
     /// What the samples of a row of blocks leave, once the first of them has shown that there are any.

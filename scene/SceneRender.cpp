@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "QX/pixelops/QX_Premul.h"
+#include "pictures/Carried.h"
 #include "pictures/Light.h"
 #include "scene/Faults.h"
 #include "scene/LayerWords.h"
@@ -55,9 +56,8 @@ SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& p
     if (!picture->light.empty()) note_once(path + ": " + pictures::kLightIsLost);
     picture->light.clear();
     if (matte != nullptr) must(unmultiply(*picture->world, *matte), scene_.file + ": " + file.place);
-    if (picture->world->Depth() != scene_.depth) {
-        picture->world = pictures::at_depth(path, *picture->world, scene_.depth);
-    }
+    pictures::bring_to_depth(path, *picture, scene_.depth);
+    if (!scene_.background || &file != &*scene_.background) picture->carried.reset();  // its pixels are laid on others
     return picture;
 }
 
@@ -96,6 +96,8 @@ pictures::Picture SceneRender::background(int number, pictures::Watch& watch) {
     if (!picture) return frame;
     frame.world->CopyRect(picture->world.get(), {0, 0, picture->world->width, picture->world->height}, 0, 0);
     frame.has_alpha = picture->has_alpha;
+    const bool as_large = frame.world->width == picture->world->width && frame.world->height == picture->world->height;
+    if (as_large) frame.carried = picture->carried;
     frame.linear = picture->linear;
     frame.icc = picture->icc;
     frame.resolution = picture->resolution;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <sstream>
 
+#include "pictures/Carried.h"
 #include "pictures/Light.h"
 #include "pictures/Picture.h"
 #include "platform/standalone/Host.h"
@@ -75,7 +76,8 @@ int unify(const CompOptions& options, Inputs& inputs) {
         if (options.depth == 0) depth = std::max<int>(depth, picture->world->Depth());
     }
     for (const auto& [file, picture] : all) {
-        if (picture->world->Depth() != depth) picture->world = pictures::at_depth(*file, *picture->world, depth);
+        pictures::bring_to_depth(*file, *picture, depth);
+        if (picture != &inputs.background) picture->carried.reset();
     }
     return depth;
 }

@@ -193,7 +193,10 @@ void add_render(CLI::App& app) {
         ->type_name("A-B[xSTEP]");
     command->add_flag("--resume", options->resume, "leave frames alone whose file is there and whole")
         ->disable_flag_override();
-    command->add_option("--depth", options->depth, "bits to work with (default: those of the scene)")
+    command
+        ->add_option(
+            "--depth", options->depth,
+            "bits to work with (default: those of the scene); 16 has 32,769 steps, 32 every value of 16-bit files")
         ->type_name("8|16|32");
     command
         ->add_option("--memory", options->memory,

@@ -141,6 +141,25 @@ TEST_F(TiffKinds, LayoutsGiveTheSamePicture) {
     }
 }
 
+TEST_F(TiffKinds, PalettesAreRounded) {
+    for (const int full : {65535, 255}) {  // one of 8 bits is taken as it is
+        std::vector<std::uint16_t> map[3];
+        for (int i = 0; i < 3 * 256; ++i)
+            map[i / 256].push_back(static_cast<std::uint16_t>(i * 7919 * 53 % (full + 1)));
+        TIFF* tiff = new_tiff(folder / "p.tif", 256, 1, 8, {{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}});
+        TIFFSetField(tiff, TIFFTAG_COLORMAP, map[0].data(), map[1].data(), map[2].data());
+        Bytes row;
+        for (int i = 0; i < 256; ++i) row.push_back(static_cast<std::uint8_t>(i));
+        TIFFWriteScanline(tiff, row.data(), 0, 0);
+        TIFFClose(tiff);
+        const auto found = first_row(read("p.tif"));
+        for (std::size_t i = 0; i < 3 * 256; ++i) {
+            ASSERT_EQ(found[i % 256][1 + i / 256], std::round(map[i / 256][i % 256] * 255.0 / full))
+                << full << " " << i;
+        }
+    }
+}
+
 TEST_F(TiffKinds, AssociatedAlphaBecomesStraightAtTheFilesPrecision) {
     const TiffKind kind{"", 4, PHOTOMETRIC_RGB, EXTRASAMPLE_ASSOCALPHA, false, false};
     const auto alpha = [](int x, int y) { return (x + kWidth * y) * 81; };

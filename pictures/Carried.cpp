@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pictures/Carried.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <type_traits>
@@ -99,6 +100,8 @@ void bring_to_depth(const std::string& path, Picture& picture, int depth) {
     }
     picture.world = std::move(other);
     picture.carried.reset();
+    picture.precision = std::min(picture.precision, precision_of(depth));
+    picture.half = picture.half && depth != 16;  // which has finer steps
 }
 
 /// Under an alpha of 0 only light has a colour, and what is infinite must not become not-a-number.

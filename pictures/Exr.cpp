@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "pictures/Carried.h"
@@ -23,6 +24,11 @@
 #include "pictures/Pixels.h"
 
 namespace qx::pictures {
+
+struct ExrAttributes {
+    Imf::Header header;
+};
+
 namespace {
 
 constexpr int kMostRead = 1 << 16;  // a side of a file's windows: more than a picture has, for what lies outside it
@@ -84,6 +90,68 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Wa
     }
 }
 
+/// Attributes that tell of the pixels as they lie in the file, or are written from elsewhere.
+bool is_own(const std::string& name) {
+    constexpr const char* own[] = {"channels",
+                                   "chromaticities",
+                                   "chunkCount",
+                                   "compression",
+                                   "dataWindow",
+                                   "displayWindow",
+                                   "dwaCompressionLevel",
+                                   "lineOrder",
+                                   "maxSamplesPerPixel",
+                                   "multiView",
+                                   "name",
+                                   "pixelAspectRatio",
+                                   "preview",
+                                   "tiles",
+                                   "type",
+                                   "version",
+                                   "view",
+                                   "xDensity"};
+    return std::find(std::begin(own), std::end(own), name) != std::end(own);
+}
+
+void keep_attributes(const Imf::Header& header, Picture& picture) {
+    auto kept = std::make_shared<ExrAttributes>();
+    bool any = false;
+    const Imf::Header usual;
+    for (auto i = header.begin(); i != header.end(); ++i) {
+        if (is_own(i.name())) continue;
+        kept->header.insert(i.name(), i.attribute());
+        any = any || usual.find(i.name()) == usual.end();
+    }
+    if (any) picture.attributes = std::move(kept);
+}
+
+/// What a picture has no place for.
+void note_rest(const Imf::Header& header, Picture& picture) {
+    const auto& channels = header.channels();
+    const bool rgb = channels.findChannel("R") != nullptr && channels.findChannel("G") != nullptr &&
+                     channels.findChannel("B") != nullptr;
+    std::string further;
+    for (auto i = channels.begin(); i != channels.end(); ++i) {
+        const std::string name = i.name();
+        const bool used = name == "A" || (rgb ? name == "R" || name == "G" || name == "B" : name == "Y");
+        if (!used) further += (further.empty() ? "" : ", ") + name;
+    }
+    if (!further.empty()) picture.notes.push_back("its further channels are left out: " + further);
+    const auto &display = header.displayWindow(), &window = header.dataWindow();
+    if (!display.intersects(window.min) || !display.intersects(window.max)) {
+        picture.notes.emplace_back("what lies outside its display window is left out");
+    }
+}
+
+/// True when all channels that make the picture are half floats.
+bool is_half(const Imf::Header& header) {
+    for (const char* name : {"R", "G", "B", "A", "Y"}) {
+        const Imf::Channel* channel = header.channels().findChannel(name);
+        if (channel != nullptr && channel->type != Imf::HALF) return false;
+    }
+    return true;
+}
+
 void read_extras(const Imf::Header& header, Picture& picture) {
     const double ratio = header.pixelAspectRatio();
     if (Imf::hasXDensity(header)) {
@@ -115,7 +183,10 @@ Picture read_exr(const std::string& path, Watch& watch) {
     read_rows(exr, path, *picture.world, watch);
     settle(path, picture, true);
     mark_light(picture);
+    picture.half = is_half(header);
     read_extras(header, picture);
+    keep_attributes(header, picture);
+    note_rest(header, picture);
     if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
     return picture;
 }
@@ -186,6 +257,12 @@ Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool with_al
         const auto point = [&](std::size_t i) { return Imath::V2f((*p)[2 * i], (*p)[2 * i + 1]); };
         Imf::addChromaticities(header, {point(0), point(1), point(2), point(3)});
     }
+    if (picture.attributes) {
+        const Imf::Header& kept = picture.attributes->header;
+        for (auto i = kept.begin(); i != kept.end(); ++i) {
+            if (!is_own(i.name())) header.insert(i.name(), i.attribute());
+        }
+    }
     return header;
 }
 
@@ -222,7 +299,7 @@ void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf
 
 void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     try {
-        write_blocks(file, picture, with_alpha, options.half ? Imf::HALF : Imf::FLOAT, watch);
+        write_blocks(file, picture, with_alpha, options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT, watch);
         check_complete(file);
     } catch (const Failure&) {
         file.check();

@@ -156,6 +156,7 @@ Picture read_picture(const std::string& path, Watch& watch) {
             if (!recognised(format(), file)) continue;
             Picture picture = format().read(file, watch);
             picture.linear = format().linear;
+            picture.precision = picture.half ? Precision::half : precision_of(picture.world->Depth());
             if (!sensible(picture.resolution)) picture.resolution = {};
             return picture;
         }
@@ -174,14 +175,11 @@ void check_output(const std::string& path) {
     if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
 }
 
-std::vector<std::string> left_out(const std::string& path, const Picture& picture) {
-    std::vector<std::string> notes;
-    const bool linear = format_to_write(path).linear;
-    if (linear && !picture.icc.empty()) notes.emplace_back("its colour profile is left out, OpenEXR holds none");
-    if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
-    if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
-    return notes;
+Precision precision_of(int depth) {
+    return depth == 8 ? Precision::eight : depth == 16 ? Precision::sixteen : Precision::real;
 }
+
+int file_depth(const std::string& path, int depth) { return nearest_depth(format_to_write(path), depth); }
 
 std::string known_endings() {
     std::string endings;
@@ -209,6 +207,8 @@ std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Pic
         converted.icc = picture.icc;
         converted.resolution = picture.resolution;
         converted.primaries = picture.primaries;
+        converted.attributes = picture.attributes;
+        converted.half = picture.half;
         converted.light = picture.light;
         converted.world = world_for_file(path, picture, file_depth);
     }

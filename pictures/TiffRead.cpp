@@ -90,6 +90,7 @@ public:
     Picture read() {
         Picture picture;
         picture.has_alpha = layout_.alpha >= 0;
+        picture.half = layout_.is_float() && layout_.bits == 16;
         const int depth = layout_.direct() ? layout_.depth() : 8;
         picture.world = new_world(path_, layout_.width, layout_.height, depth, false);
         if (!layout_.direct()) {
@@ -290,6 +291,10 @@ private:
         if (layout_.direct() && orientation != ORIENTATION_TOPLEFT) {
             picture.notes.emplace_back(kOrientationNote);
         }
+        if (layout_.direct() && layout_.samples > layout_.colours() + (layout_.alpha >= 0 ? 1 : 0)) {
+            picture.notes.emplace_back("its further channels are left out");
+        }
+        if (TIFFLastDirectory(handle_.tiff) == 0) picture.notes.emplace_back("only its first page is used");
     }
 
     const std::string path_;

@@ -6,6 +6,7 @@
 #include "QX/pixelops/QX_Premul.h"
 #include "pictures/Carried.h"
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "scene/Faults.h"
 #include "scene/LayerWords.h"
 
@@ -22,7 +23,7 @@ int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
 
 SceneRender::SceneRender(const Scene& scene, Notes notes) : scene_(scene), notes_(std::move(notes)) {
     for (const SceneLayer& layer : scene.layers) {
-        if (layer.mode == xfer_dissolve && scene.depth == 32) note_once(scene.file + ": " + kDissolveIsIdle);
+        if (layer.mode == xfer_dissolve && scene.depth == 32) note_once("", scene.file + ": " + kDissolveIsIdle);
         auto& tables = tables_.emplace_back();
         if (layer.gamma <= 0) continue;
         tables = std::make_unique<QX_LinearBlendingTables>();
@@ -30,9 +31,14 @@ SceneRender::SceneRender(const Scene& scene, Notes notes) : scene_(scene), notes
     }
 }
 
-void SceneRender::note_once(const std::string& note) {
+void SceneRender::note_once(const std::string& key, const std::string& note) {
     const std::lock_guard lock(mutex_);
-    if (noted_.insert(note).second && notes_) notes_(note);
+    if (noted_.insert(key).second && notes_) notes_(note);
+}
+
+/// Of a sequence, each is told of the first picture that it holds for.
+void SceneRender::note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes) {
+    for (const auto& note : notes) note_once(file.place + note, path + ": " + note);
 }
 
 SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_PixelFloat* matte,
@@ -52,8 +58,9 @@ SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_
 SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte,
                                      pictures::Watch& watch) {
     auto picture = std::make_shared<pictures::Picture>(pictures::read_picture(path, watch));
-    for (const auto& note : picture->notes) note_once(std::string(path).append(": ").append(note));
-    if (!picture->light.empty()) note_once(path + ": " + pictures::kLightIsLost);
+    note_losses(file, path, picture->notes);
+    if (!picture->light.empty()) note_losses(file, path, {pictures::kLightIsLost});
+    note_losses(file, path, pictures::lost_at_depth(*picture, scene_.depth));
     picture->light.clear();
     if (matte != nullptr) must(unmultiply(*picture->world, *matte), scene_.file + ": " + file.place);
     pictures::bring_to_depth(path, *picture, scene_.depth);
@@ -99,16 +106,21 @@ pictures::Picture SceneRender::background(int number, pictures::Watch& watch) {
     const bool as_large = frame.world->width == picture->world->width && frame.world->height == picture->world->height;
     if (as_large) frame.carried = picture->carried;
     frame.linear = picture->linear;
+    frame.precision = picture->precision;
+    frame.half = picture->half;
+    frame.attributes = picture->attributes;
     frame.icc = picture->icc;
     frame.resolution = picture->resolution;
     frame.primaries = picture->primaries;
     return frame;
 }
 
-void SceneRender::composite_layer(std::size_t index, int number, QX_World& onto, pictures::Watch& watch) {
+void SceneRender::composite_layer(std::size_t index, int number, pictures::Picture& onto, pictures::Watch& watch) {
     const SceneLayer& layer = scene_.layers[index];
     const Shown picture = show(layer.file, number, layer.matte ? &*layer.matte : nullptr, watch);
     const Shown mask = layer.mask ? show(layer.mask->file, number, nullptr, watch) : nullptr;
+    note_losses(layer.file, layer.file.at(number), pictures::taken_otherwise(*picture, onto));
+    pictures::add_precision(onto, *picture);
     Transfer transfer;
     transfer.layer = picture->world.get();
     transfer.mode = layer.mode;
@@ -125,13 +137,13 @@ void SceneRender::composite_layer(std::size_t index, int number, QX_World& onto,
     }
     transfer.matrices = layer.matrices(number);
     transfer.quality = layer.quality;
-    must(composite(transfer, onto, watch), scene_.file + ": " + layer.place);
+    must(composite(transfer, *onto.world, watch), scene_.file + ": " + layer.place);
 }
 
 pictures::Picture SceneRender::frame(int number, pictures::Watch& watch) {
     watch.must_go_on();
     pictures::Picture frame = background(number, watch);
-    for (std::size_t i = 0; i < scene_.layers.size(); ++i) composite_layer(i, number, *frame.world, watch);
+    for (std::size_t i = 0; i < scene_.layers.size(); ++i) composite_layer(i, number, frame, watch);
     return frame;
 }
 

@@ -45,9 +45,11 @@ private:
     };
     Shown show(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch);
     Shown read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte, pictures::Watch& watch);
-    void note_once(const std::string& note);
+    /// @param key  what is told once
+    void note_once(const std::string& key, const std::string& note);
+    void note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes);
     pictures::Picture background(int number, pictures::Watch& watch);
-    void composite_layer(std::size_t index, int number, QX_World& onto, pictures::Watch& watch);
+    void composite_layer(std::size_t index, int number, pictures::Picture& onto, pictures::Watch& watch);
 
     const Scene& scene_;
     const Notes notes_;

@@ -141,6 +141,23 @@ TEST_F(TiffKinds, LayoutsGiveTheSamePicture) {
     }
 }
 
+TEST_F(TiffKinds, FurtherChannelsAndPagesAreTold) {
+    const auto value = [](int x, int, int) { return x; };
+    const auto notes = [&](int samples, int extra) {
+        write_tiff<std::uint8_t>(folder / "k.tif", {"", samples, PHOTOMETRIC_RGB, extra, false, false},
+                                 SAMPLEFORMAT_UINT, value);
+        return read("k.tif").notes;
+    };
+    EXPECT_EQ(notes(4, EXTRASAMPLE_UNASSALPHA), Names{});
+    EXPECT_EQ(notes(4, EXTRASAMPLE_UNSPECIFIED), Names{"its further channels are left out"});
+    TIFF* tiff = TIFFOpen((folder / "k.tif").c_str(), "a");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 1);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
+    TIFFWriteScanline(tiff, const_cast<char*>("page"), 0, 0);
+    TIFFClose(tiff);
+    EXPECT_EQ(read("k.tif").notes, (Names{"its further channels are left out", "only its first page is used"}));
+}
+
 TEST_F(TiffKinds, PalettesAreRounded) {
     for (const int full : {65535, 255}) {  // one of 8 bits is taken as it is
         std::vector<std::uint16_t> map[3];

@@ -69,19 +69,23 @@ void add_encoding_options(CLI::App& command, EncodingOptions& options) {
         .add_option("--compression", options.compression,
                     "PNG: from 0, fast and large, to 9, slow and small (default: " + std::to_string(usual) + ")")
         ->type_name("0..9");
-    command.add_flag("--half", options.half, "OpenEXR with half floats")->disable_flag_override();
+    auto* half = command.add_flag("--half", options.half,
+                                  "OpenEXR with half floats, which is the default where the "
+                                  "background has them and no layer tells more");
+    half->disable_flag_override();
+    command.add_flag("--float", options.real, "OpenEXR with floats")->disable_flag_override()->excludes(half);
 }
 
 void EncodingOptions::check(const std::string& output) const {
-    if (half && !(pictures::known_format(output) && pictures::is_linear_format(output))) {
-        throw WrongUsage("--half is for OpenEXR");
+    if ((half || real) && !(pictures::known_format(output) && pictures::is_linear_format(output))) {
+        throw WrongUsage(std::string(half ? "--half" : "--float") + " is for OpenEXR");
     }
     write_options();
 }
 
 pictures::WriteOptions EncodingOptions::write_options() const {
     pictures::WriteOptions options;
-    options.half = half;
+    if (half || real) options.half = half;
     if (!compression.empty()) {
         options.compression = whole_number("--compression", compression, 0, pictures::kMostCompression);
     }

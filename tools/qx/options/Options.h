@@ -26,7 +26,7 @@ void add_common_options(CLI::App& command, CommonOptions& options);
 /// Options of the files that are written.
 struct EncodingOptions {
     std::string compression;
-    bool half = false;
+    bool half = false, real = false;
 
     void check(const std::string& output) const;  ///< throws WrongUsage
     pictures::WriteOptions write_options() const;

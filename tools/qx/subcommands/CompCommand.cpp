@@ -7,6 +7,7 @@
 
 #include "pictures/Carried.h"
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "pictures/Picture.h"
 #include "platform/standalone/Host.h"
 #include "scene/Composite.h"
@@ -63,8 +64,13 @@ Inputs read_all(const CompOptions& options) {
     return inputs;
 }
 
+/// Behind the file's name; a file that is named twice has the same ones.
+void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std::string>& notes) {
+    for (const auto& note : notes) once.say({{file + note, file + ": " + note}});
+}
+
 /// Brings all pictures to one depth. @return it
-int unify(const CompOptions& options, Inputs& inputs) {
+int unify(const CompOptions& options, Inputs& inputs, NotesOnce& once) {
     std::vector<std::pair<const std::string*, pictures::Picture*>> all = {{&options.background, &inputs.background}};
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         auto& layer = inputs.layers[i];
@@ -76,6 +82,7 @@ int unify(const CompOptions& options, Inputs& inputs) {
         if (options.depth == 0) depth = std::max<int>(depth, picture->world->Depth());
     }
     for (const auto& [file, picture] : all) {
+        tell_losses(once, *file, pictures::lost_at_depth(*picture, depth));
         pictures::bring_to_depth(*file, *picture, depth);
         if (picture != &inputs.background) picture->carried.reset();
     }
@@ -90,14 +97,17 @@ void note_mixed_light(const CompOptions& options, const Inputs& inputs) {
     if (mixed) say_note(pictures::kLightIsMixed);
 }
 
-/// What the layers and the result lose on the way.
-void note_losses(const CompOptions& options, const Inputs& inputs) {
+/// What the layers and the result lose on the way, into a file of this depth.
+void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnce& once) {
+    pictures::Picture& result = inputs.background;
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
-        if (!inputs.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + pictures::kLightIsLost);
+        const pictures::Picture& layer = inputs.layers[i].picture;
+        if (!layer.light.empty()) tell_losses(once, options.layers[i].file, {pictures::kLightIsLost});
+        tell_losses(once, options.layers[i].file, pictures::taken_otherwise(layer, result));
+        pictures::add_precision(result, layer);
     }
-    for (const auto& note : pictures::left_out(options.output, inputs.background)) {
-        say_note(options.background + ": " + note);
-    }
+    tell_losses(once, options.background,
+                pictures::left_out(options.output, result, depth, options.encoding.write_options()));
 }
 
 scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& layer,
@@ -144,7 +154,8 @@ void run(const CompOptions& options) {
     const Library library;
     Inputs inputs = read_all(options);
     note_mixed_light(options, inputs);
-    const int depth = unify(options, inputs);
+    NotesOnce once;
+    const int depth = unify(options, inputs, once);
     QX_World& background = *inputs.background.world;
     {
         Progress progress("compositing", PartWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
@@ -154,7 +165,7 @@ void run(const CompOptions& options) {
             composite_layer(options.layers[i], inputs.layers[i], background, watch);
         }
     }
-    note_losses(options, inputs);
+    note_losses(options, inputs, depth, once);
     {
         FileProgress progress("writing");
         pictures::write_picture(options.output, inputs.background, depth, options.encoding.write_options(), progress);

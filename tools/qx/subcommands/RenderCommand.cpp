@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "pictures/Movie.h"
 #include "platform/standalone/Host.h"
 #include "scene/Faults.h"
@@ -63,12 +63,6 @@ bool is_whole(const std::string& path, scene::SceneRender& render, int frame, pi
     return found->width == width && found->height == height;
 }
 
-void note_light(const scene::Scene& scene, const std::string& output, const pictures::Picture& frame) {
-    if (scene.background && frame.linear != pictures::is_linear_format(output)) {
-        say_note(pictures::kLightIsMixed);
-    }
-}
-
 /// The frames of a job.
 struct Job {
     const RenderOptions& options;
@@ -87,22 +81,37 @@ struct Job {
     }
 };
 
+/// What a frame loses in its file.
+std::vector<Note> losses(const Job& job, int number, const std::string& name, const pictures::Picture& frame) {
+    const auto& background = job.scene.background;
+    const std::string subject = background ? background->at(number) : job.scene.file;
+    const bool mixed = background && frame.linear != pictures::is_linear_format(name);
+    std::vector<Note> notes;
+    if (mixed) notes.push_back({pictures::kLightIsMixed, pictures::kLightIsMixed});
+    for (const auto& note : pictures::left_out(name, frame, job.scene.depth, job.options.encoding.write_options())) {
+        notes.push_back({note, subject + ": " + note});
+    }
+    return notes;
+}
+
 void make_pictures(const Job& job, const scene::FramePattern& names) {
     FrameProgress progress(job.frames.count());
-    std::once_flag told;
+    NotesOnce once;
     const auto make = [&](int index, pictures::Watch& watch) -> scene::InTurn {
         const int number = job.frames.frame(index);
         const std::string name = names.name(number);
         std::shared_ptr<pictures::OutputFile> file;
+        std::vector<Note> notes;
         watch.must_go_on();
         if (!job.options.resume || !is_whole(name, job.render, number, watch)) {
             const pictures::Picture frame = job.render.frame(number, watch);
-            std::call_once(told, [&] { note_light(job.scene, name, frame); });
+            notes = losses(job, number, name, frame);
             file =
                 pictures::write_uncommitted(name, frame, job.scene.depth, job.options.encoding.write_options(), watch);
         }
-        return [&, number, name, file] {
+        return [&, number, name, file, notes] {
             job.watch.must_go_on();
+            once.say(notes);
             if (file) file->commit();
             say_detail(name, file ? "written" : "is there");
             progress.done(number, !file);
@@ -147,6 +156,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     render.size(frames.first, watch, &width, &height);
     pictures::MovieFile movie(options.output, width, height, scene.rate);
     FrameProgress progress(frames.count());
+    NotesOnce once;
     const auto make = [&](int index, pictures::Watch& frame_watch) -> scene::InTurn {
         const int number = frames.frame(index);
         const pictures::Picture frame = render.frame(number, frame_watch);
@@ -155,8 +165,11 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
                                     "frame " + std::to_string(number) + " has another size than the first");
         }
         const std::shared_ptr<const QX_World> shown = opaque(options.output, *frame.world, frame_watch);
-        return [&, number, shown] {
+        std::vector<Note> notes;
+        for (const auto& note : pictures::lost_at_depth(frame, 8)) notes.push_back({note, scene.file + ": " + note});
+        return [&, number, shown, notes] {
             watch.must_go_on();
+            once.say(notes);
             movie.add(*shown);
             progress.done(number, false);
         };

@@ -65,6 +65,17 @@ bool sensible(const Resolution& r) {
     return r.x >= least && r.x <= most && r.y >= least && r.y <= most;  // false for not-a-number
 }
 
+/// True when some alpha is another one. Whole rows at once, which the compiler makes vectors of.
+template <class Pixel> bool any_alpha_but(const QX_World& world, QX_ChannelOf<Pixel> alpha) {
+    for (int y = 0; y < world.height; ++y) {
+        const Pixel* row = row_of<Pixel>(world, y);
+        int others = 0;
+        for (int x = 0; x < world.width; ++x) others |= row[x].alpha != alpha ? 1 : 0;
+        if (others != 0) return true;
+    }
+    return false;
+}
+
 /// The pixels that a file of this depth gets; 16 bits go from 0 to 65535.
 std::unique_ptr<QX_World> world_for_file(const std::string& path, const Picture& picture, int depth) {
     if (depth != 16) return at_depth(path, *picture.world, depth);
@@ -135,7 +146,8 @@ std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& worl
 }
 
 bool any_transparency(const QX_World& world) {
-    return any_pixel(world, []<class Pixel>(const Pixel& p, int, int) { return p.alpha != DepthOf<Pixel>::full; });
+    return with_pixel_of(
+        world, [&]<class Pixel>() { return any_alpha_but<Pixel>(world, QX_ChannelOf<Pixel>(DepthOf<Pixel>::full)); });
 }
 
 void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes) {
@@ -214,9 +226,7 @@ std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Pic
     }
     const Picture& out = converted.world ? converted : picture;
     const bool transparent =
-        file_depth == 16
-            ? any_pixel<QX_Pixel16>(*out.world, [](const QX_Pixel16& p, int, int) { return p.alpha != kFileFull16; })
-            : any_transparency(*out.world);
+        file_depth == 16 ? any_alpha_but<QX_Pixel16>(*out.world, kFileFull16) : any_transparency(*out.world);
     if (transparent && !format.holds_alpha) {
         throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
     }

@@ -96,14 +96,15 @@ int SceneRender::frames_within(std::uint64_t bytes, int width, int height) const
 pictures::Picture SceneRender::background(int number, pictures::Watch& watch) {
     const Shown picture = scene_.background ? show(*scene_.background, number, nullptr, watch) : nullptr;
     pictures::Picture frame;
-    frame.world = pictures::new_world(scene_.file, scene_.width != 0 ? scene_.width : picture->world->width,
-                                      scene_.width != 0 ? scene_.height : picture->world->height, scene_.depth);
-    frame.world->Fill(scene_.colour, nullptr);
+    const int width = scene_.width != 0 ? scene_.width : picture->world->width;
+    const int height = scene_.width != 0 ? scene_.height : picture->world->height;
+    const bool as_large = picture && width == picture->world->width && height == picture->world->height;
+    frame.world = pictures::new_world(scene_.file, width, height, scene_.depth, false);
+    if (!as_large) frame.world->Fill(scene_.colour, nullptr);
     frame.has_alpha = scene_.colour.alpha < 1;
     if (!picture) return frame;
     frame.world->CopyRect(picture->world.get(), {0, 0, picture->world->width, picture->world->height}, 0, 0);
     frame.has_alpha = picture->has_alpha;
-    const bool as_large = frame.world->width == picture->world->width && frame.world->height == picture->world->height;
     if (as_large) frame.carried = picture->carried;
     frame.linear = picture->linear;
     frame.precision = picture->precision;

@@ -80,6 +80,7 @@ void EncodingOptions::check(const std::string& output) const {
     if ((half || real) && !(pictures::known_format(output) && pictures::is_linear_format(output))) {
         throw WrongUsage(std::string(half ? "--half" : "--float") + " is for OpenEXR");
     }
+    if (!compression.empty() && pictures::extension_of(output) != "png") throw WrongUsage("--compression is for PNG");
     write_options();
 }
 

@@ -45,14 +45,34 @@ SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_
                                      pictures::Watch& watch) {
     const std::string path = file.at(frame);
     if (file.name.has_place()) return read(file, path, matte, watch);
-    Still* still = nullptr;
-    {
-        const std::lock_guard lock(mutex_);
-        still = &stills_[(matte != nullptr ? file.place : "") + '\n' + path];
+    Still& still = still_of(file, matte);
+    const std::lock_guard lock(still.mutex);  // others wait for the picture, which they need as well
+    if (!still.picture) still.picture = read(file, path, matte, watch);
+    return still.picture;
+}
+
+SceneRender::Still& SceneRender::still_of(const SceneFile& file, const QX_PixelFloat* matte) {
+    const std::lock_guard lock(mutex_);
+    return stills_[(matte != nullptr ? file.place : "") + '\n' + file.at(0)];
+}
+
+/// Those that no other frame has read or reads at the moment, so that the first frames read different ones. A fault is
+/// left to where the picture is shown.
+void SceneRender::read_stills(pictures::Watch& watch) {
+    const auto visit = [&](const SceneFile& file, const QX_PixelFloat* matte) {
+        if (file.name.has_place()) return;
+        Still& still = still_of(file, matte);
+        const std::unique_lock lock(still.mutex, std::try_to_lock);
+        if (lock && !still.picture) still.picture = read(file, file.at(0), matte, watch);
+    };
+    try {
+        if (scene_.background) visit(*scene_.background, nullptr);
+        for (const SceneLayer& layer : scene_.layers) {
+            visit(layer.file, layer.matte ? &*layer.matte : nullptr);
+            if (layer.mask) visit(layer.mask->file, nullptr);
+        }
+    } catch (const pictures::Failure&) {
     }
-    const std::lock_guard lock(still->mutex);  // others wait for the picture, which they need as well
-    if (!still->picture) still->picture = read(file, path, matte, watch);
-    return still->picture;
 }
 
 SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte,
@@ -143,6 +163,7 @@ void SceneRender::composite_layer(std::size_t index, int number, pictures::Pictu
 
 pictures::Picture SceneRender::frame(int number, pictures::Watch& watch) {
     watch.must_go_on();
+    read_stills(watch);
     pictures::Picture frame = background(number, watch);
     for (std::size_t i = 0; i < scene_.layers.size(); ++i) composite_layer(i, number, frame, watch);
     return frame;

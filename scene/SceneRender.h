@@ -43,7 +43,9 @@ private:
         std::mutex mutex;
         Shown picture;
     };
+    Still& still_of(const SceneFile& file, const QX_PixelFloat* matte);
     Shown show(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch);
+    void read_stills(pictures::Watch& watch);
     Shown read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte, pictures::Watch& watch);
     /// @param key  what is told once
     void note_once(const std::string& key, const std::string& note);

@@ -14,14 +14,21 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 
+#include "pictures/Carried.h"
 #include "pictures/ExrHeader.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
-#include "pictures/Scale.h"
+#include "pictures/Pixels.h"
 
 namespace qx::pictures {
+
+struct ExrAttributes {
+    Imf::Header header;
+};
+
 namespace {
 
 constexpr int kMostRead = 1 << 16;  // a side of a file's windows: more than a picture has, for what lies outside it
@@ -74,7 +81,6 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Wa
         auto* row = row_of<QX_PixelFloat>(world, y - display.min.y) + (left - display.min.x);
         std::copy(line.begin() + (left - window.min.x), line.begin() + (right - window.min.x), row);
         for (int x = 0; grey && x < right - left; ++x) row[x].green = row[x].blue = row[x].red;
-        finish_row(row, right - left, true);
         clear(world, y - display.min.y, 0, left - display.min.x);
         clear(world, y - display.min.y, right - display.min.x, world.width);
     }
@@ -82,6 +88,68 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Wa
         const bool filled = y >= top - display.min.y && y < bottom - display.min.y && left < right;
         if (!filled) clear(world, y, 0, world.width);
     }
+}
+
+/// Attributes that tell of the pixels as they lie in the file, or are written from elsewhere.
+bool is_own(const std::string& name) {
+    constexpr const char* own[] = {"channels",
+                                   "chromaticities",
+                                   "chunkCount",
+                                   "compression",
+                                   "dataWindow",
+                                   "displayWindow",
+                                   "dwaCompressionLevel",
+                                   "lineOrder",
+                                   "maxSamplesPerPixel",
+                                   "multiView",
+                                   "name",
+                                   "pixelAspectRatio",
+                                   "preview",
+                                   "tiles",
+                                   "type",
+                                   "version",
+                                   "view",
+                                   "xDensity"};
+    return std::find(std::begin(own), std::end(own), name) != std::end(own);
+}
+
+void keep_attributes(const Imf::Header& header, Picture& picture) {
+    auto kept = std::make_shared<ExrAttributes>();
+    bool any = false;
+    const Imf::Header usual;
+    for (auto i = header.begin(); i != header.end(); ++i) {
+        if (is_own(i.name())) continue;
+        kept->header.insert(i.name(), i.attribute());
+        any = any || usual.find(i.name()) == usual.end();
+    }
+    if (any) picture.attributes = std::move(kept);
+}
+
+/// What a picture has no place for.
+void note_rest(const Imf::Header& header, Picture& picture) {
+    const auto& channels = header.channels();
+    const bool rgb = channels.findChannel("R") != nullptr && channels.findChannel("G") != nullptr &&
+                     channels.findChannel("B") != nullptr;
+    std::string further;
+    for (auto i = channels.begin(); i != channels.end(); ++i) {
+        const std::string name = i.name();
+        const bool used = name == "A" || (rgb ? name == "R" || name == "G" || name == "B" : name == "Y");
+        if (!used) further += (further.empty() ? "" : ", ") + name;
+    }
+    if (!further.empty()) picture.notes.push_back("its further channels are left out: " + further);
+    const auto &display = header.displayWindow(), &window = header.dataWindow();
+    if (!display.intersects(window.min) || !display.intersects(window.max)) {
+        picture.notes.emplace_back("what lies outside its display window is left out");
+    }
+}
+
+/// True when all channels that make the picture are half floats.
+bool is_half(const Imf::Header& header) {
+    for (const char* name : {"R", "G", "B", "A", "Y"}) {
+        const Imf::Channel* channel = header.channels().findChannel(name);
+        if (channel != nullptr && channel->type != Imf::HALF) return false;
+    }
+    return true;
 }
 
 void read_extras(const Imf::Header& header, Picture& picture) {
@@ -113,8 +181,12 @@ Picture read_exr(const std::string& path, Watch& watch) {
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
                               std::int64_t{display.max.y} - display.min.y + 1, 32, false);
     read_rows(exr, path, *picture.world, watch);
+    settle(path, picture, true);
     mark_light(picture);
+    picture.half = is_half(header);
     read_extras(header, picture);
+    keep_attributes(header, picture);
+    note_rest(header, picture);
     if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
     return picture;
 }
@@ -185,13 +257,13 @@ Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool with_al
         const auto point = [&](std::size_t i) { return Imath::V2f((*p)[2 * i], (*p)[2 * i + 1]); };
         Imf::addChromaticities(header, {point(0), point(1), point(2), point(3)});
     }
+    if (picture.attributes) {
+        const Imf::Header& kept = picture.attributes->header;
+        for (auto i = kept.begin(); i != kept.end(); ++i) {
+            if (!is_own(i.name())) header.insert(i.name(), i.attribute());
+        }
+    }
     return header;
-}
-
-/// Under an alpha of 0 only light has a colour, and what is infinite must not become not-a-number.
-QX_PixelFloat associated(const QX_PixelFloat& p, bool light) {
-    if (p.alpha == 0) return light ? p : QX_PixelFloat{};
-    return {p.alpha, p.red * p.alpha, p.green * p.alpha, p.blue * p.alpha};
 }
 
 template <class Channel>
@@ -206,10 +278,9 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
     exr.setFrameBuffer(buffer);
     for (int y = 0; y < world.height; ++y) {
         watch.must_next_row(y, world.height);
-        const auto* row = row_of<QX_PixelFloat>(world, y);
         auto* to = line.data();
         for (int x = 0; x < world.width; ++x) {
-            const QX_PixelFloat p = associated(row[x], is_light(picture, x, y));
+            const QX_PixelFloat p = associated_pixel(picture, x, y);
             for (const float value : {p.red, p.green, p.blue, p.alpha}) *to++ = Channel(value);
         }
         exr.writePixels(1);
@@ -228,7 +299,7 @@ void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf
 
 void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     try {
-        write_blocks(file, picture, with_alpha, options.half ? Imf::HALF : Imf::FLOAT, watch);
+        write_blocks(file, picture, with_alpha, options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT, watch);
         check_complete(file);
     } catch (const Failure&) {
         file.check();

@@ -30,7 +30,7 @@ std::string words(int error) {
 }
 
 /// Names of the files that are being written, for a process that ends at once. More than these stay where they are.
-std::array<std::atomic<const char*>, 64> unfinished{};
+std::array<std::atomic<const char*>, 1024> unfinished{};
 
 void note_unfinished(const char* name) {
     for (auto& place : unfinished) {
@@ -151,13 +151,17 @@ void OutputFile::check() const {
     if (failed()) fail(path_, error_);
 }
 
-void OutputFile::commit() {
+void OutputFile::finish() {
     if (!failed() && std::fflush(stream_) != 0) note_error();
     if (!failed() && std::ferror(stream_) != 0) note_error();
     const int closed = std::fclose(stream_);  // some file systems tell of a full disk only now
     stream_ = nullptr;
     if (closed != 0) note_error();
     check();
+}
+
+void OutputFile::commit() {
+    if (stream_ != nullptr) finish();
     if (std::rename(temporary_.c_str(), target_.c_str()) != 0) note_error();
     check();
     forget_unfinished(temporary_.c_str());

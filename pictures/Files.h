@@ -45,7 +45,9 @@ public:
     bool failed() const { return error_ != 0; }
     /// Throws Failure if a write has failed, std::bad_alloc if that was for want of memory.
     void check() const;
-    /// Hands all to the system and gives the file its name.
+    /// Hands all to the system and closes the file, which has its temporary name still. Throws as `check` does.
+    void finish();
+    /// Finishes the file if that has not been done, and gives it its name.
     void commit();
 
 private:

@@ -20,7 +20,8 @@ struct Format {
     bool holds_alpha;
     bool linear;  ///< meant for linear light
     Picture (*read)(InputFile& file, Watch& watch);
-    /// `picture` has one of the depths above. `with_alpha` is false when all of it is opaque and may stay so.
+    /// `picture` has one of the depths above; 16 bits go from 0 to 65535. `with_alpha` is false when all of it is
+    /// opaque and may stay so.
     void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
 };
 

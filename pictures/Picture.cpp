@@ -9,9 +9,11 @@
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_Errors.h"
 #include "QX/world/QX_FrameLimits.h"
+#include "pictures/Carried.h"
 #include "pictures/Files.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
+#include "pictures/Scale.h"
 
 namespace qx::pictures {
 namespace {
@@ -61,6 +63,26 @@ void limit_alpha(QX_World& world) {
 bool sensible(const Resolution& r) {
     constexpr double least = 1e-6, most = 1e9;
     return r.x >= least && r.x <= most && r.y >= least && r.y <= most;  // false for not-a-number
+}
+
+/// True when some alpha is another one. Whole rows at once, which the compiler makes vectors of.
+template <class Pixel> bool any_alpha_but(const QX_World& world, QX_ChannelOf<Pixel> alpha) {
+    for (int y = 0; y < world.height; ++y) {
+        const Pixel* row = row_of<Pixel>(world, y);
+        int others = 0;
+        for (int x = 0; x < world.width; ++x) others |= row[x].alpha != alpha ? 1 : 0;
+        if (others != 0) return true;
+    }
+    return false;
+}
+
+/// The pixels that a file of this depth gets; 16 bits go from 0 to 65535.
+std::unique_ptr<QX_World> world_for_file(const std::string& path, const Picture& picture, int depth) {
+    if (depth != 16) return at_depth(path, *picture.world, depth);
+    if (picture.world->Depth() != 8) return pixels_of_file16(path, picture);
+    Picture sixteen;
+    sixteen.world = at_depth(path, *picture.world, depth);
+    return pixels_of_file16(path, sixteen);
 }
 
 int guarded_copy(QX_World& to, const QX_World& from) {
@@ -124,7 +146,8 @@ std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& worl
 }
 
 bool any_transparency(const QX_World& world) {
-    return any_pixel(world, []<class Pixel>(const Pixel& p, int, int) { return p.alpha != DepthOf<Pixel>::full; });
+    return with_pixel_of(
+        world, [&]<class Pixel>() { return any_alpha_but<Pixel>(world, QX_ChannelOf<Pixel>(DepthOf<Pixel>::full)); });
 }
 
 void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes) {
@@ -145,6 +168,7 @@ Picture read_picture(const std::string& path, Watch& watch) {
             if (!recognised(format(), file)) continue;
             Picture picture = format().read(file, watch);
             picture.linear = format().linear;
+            picture.precision = picture.half ? Precision::half : precision_of(picture.world->Depth());
             if (!sensible(picture.resolution)) picture.resolution = {};
             return picture;
         }
@@ -163,14 +187,11 @@ void check_output(const std::string& path) {
     if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
 }
 
-std::vector<std::string> left_out(const std::string& path, const Picture& picture) {
-    std::vector<std::string> notes;
-    const bool linear = format_to_write(path).linear;
-    if (linear && !picture.icc.empty()) notes.emplace_back("its colour profile is left out, OpenEXR holds none");
-    if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
-    if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
-    return notes;
+Precision precision_of(int depth) {
+    return depth == 8 ? Precision::eight : depth == 16 ? Precision::sixteen : Precision::real;
 }
+
+int file_depth(const std::string& path, int depth) { return nearest_depth(format_to_write(path), depth); }
 
 std::string known_endings() {
     std::string endings;
@@ -184,30 +205,39 @@ bool is_linear_format(const std::string& path) { return format_to_write(path).li
 
 void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options,
                    Watch& watch) {
+    write_uncommitted(path, picture, depth, options, watch)->commit();
+}
+
+std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Picture& picture, int depth,
+                                              const WriteOptions& options, Watch& watch) {
     watch.must_go_on();
     const Format& format = format_to_write(path);
     const int file_depth = nearest_depth(format, depth);
     Picture converted;
-    if (picture.world->Depth() != file_depth) {
+    if (picture.world->Depth() != file_depth || file_depth == 16) {
         converted.has_alpha = picture.has_alpha;
         converted.icc = picture.icc;
         converted.resolution = picture.resolution;
         converted.primaries = picture.primaries;
+        converted.attributes = picture.attributes;
+        converted.half = picture.half;
         converted.light = picture.light;
-        converted.world = at_depth(path, *picture.world, file_depth);
+        converted.world = world_for_file(path, picture, file_depth);
     }
     const Picture& out = converted.world ? converted : picture;
-    const bool transparent = any_transparency(*out.world);
+    const bool transparent =
+        file_depth == 16 ? any_alpha_but<QX_Pixel16>(*out.world, kFileFull16) : any_transparency(*out.world);
     if (transparent && !format.holds_alpha) {
         throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
     }
     errno = 0;
     try {
-        OutputFile file(path);
-        file.check();
-        format.write(file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
+        auto file = std::make_unique<OutputFile>(path);
+        file->check();
+        format.write(*file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
         watch.must_go_on();
-        file.commit();
+        file->finish();
+        return file;
     } catch (const std::bad_alloc&) {
         throw Failure(path, kOutOfMemory);
     }

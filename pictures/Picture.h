@@ -10,6 +10,7 @@
 
 #include "QX/world/QX_World.h"
 #include "pictures/Failure.h"
+#include "pictures/Files.h"
 #include "pictures/Pixels.h"
 #include "pictures/Watch.h"
 
@@ -25,20 +26,33 @@ struct Resolution {
     Resolution in(Unit other) const;  ///< the same resolution; nothing when either unit is none
 };
 
+/// What the values of a file are.
+enum class Precision { eight, sixteen, half, real };
+Precision precision_of(int depth);
+
+struct ExrAttributes;  ///< of the header of an OpenEXR file, besides those that tell of its pixels
+
 /// A picture in memory: straight alpha, at the depth that its file has (half floats as floats).
 struct Picture {
     std::unique_ptr<QX_World> world;
     bool has_alpha = false;
-    bool linear = false;            ///< a format whose values are light, not encoded
-    std::vector<std::uint8_t> icc;  ///< an RGB profile, or empty
+    bool linear = false;                     ///< a format whose values are light, not encoded
+    Precision precision = Precision::eight;  ///< of the values that came into the pixels
+    bool half = false;                       ///< OpenEXR is written in half floats unless it is told otherwise
+    std::vector<std::uint8_t> icc;           ///< an RGB profile, or empty
     Resolution resolution;
-    std::optional<std::array<float, 8>> primaries;  ///< x and y of red, green, blue, white, where OpenEXR tells them
-    std::vector<bool> light;                        ///< see Light.h; empty when there is none
-    std::vector<std::string> notes;                 ///< what the file holds and this does not
+    std::optional<std::array<float, 8>> primaries;    ///< x and y of red, green, blue, white, where OpenEXR tells them
+    std::shared_ptr<const ExrAttributes> attributes;  ///< null when there are none
+    std::shared_ptr<const QX_World> carried;          ///< see Carried.h; null when the world tells all
+    std::vector<bool> light;                          ///< see Light.h; empty when there is none
+    std::vector<std::string> notes;                   ///< what the file holds and this does not
 };
 
+inline constexpr int kMostCompression = 9;
+
 struct WriteOptions {
-    bool half = false;  ///< OpenEXR: half instead of float
+    std::optional<bool> half = {};  ///< OpenEXR: half or float; unset, what the picture says
+    int compression = 4;  ///< PNG: 0 (none) to 9 (smallest); 4 takes two fifths of the time of 6, 4 % more bytes
 };
 
 // Any number of pictures may be read and written at once, each on a thread of its own.
@@ -50,9 +64,12 @@ Picture read_picture(const std::string& path, Watch& watch = unwatched());
 /// Failure or Stopped.
 void write_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options = {},
                    Watch& watch = unwatched());
+/// The same but for the last step: the file is complete and closed, and `commit` gives it its name.
+std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Picture& picture, int depth,
+                                              const WriteOptions& options, Watch& watch);
 
-/// What the picture's file held and a file of this name will not, as notes. After the work on the pixels.
-std::vector<std::string> left_out(const std::string& path, const Picture& picture);
+/// The depth of a file of this name for pixels of that depth.
+int file_depth(const std::string& path, int depth);
 
 /// What can be known of an output before the work: its format and its folder. Throws Failure.
 void check_output(const std::string& path);

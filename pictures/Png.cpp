@@ -7,8 +7,9 @@
 #include <cstring>
 #include <new>
 
+#include "pictures/Carried.h"
 #include "pictures/Format.h"
-#include "pictures/Scale.h"
+#include "pictures/Pixels.h"
 
 namespace qx::pictures {
 namespace {
@@ -56,9 +57,7 @@ public:
         picture.world = new_world(file_.path(), width_, height_, depth_, false);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
-        for (int y = 0; depth_ == 16 && y < picture.world->height; ++y) {
-            finish_row(row_of<QX_Pixel16>(*picture.world, y), picture.world->width, false);
-        }
+        settle(file_.path(), picture, false);
         read_extras(picture);
         return picture;
     }
@@ -132,12 +131,12 @@ void flush_nothing(png_structp) {}
 
 class Writer {
 public:
-    Writer(OutputFile& file, const Picture& picture, bool with_alpha, Watch& watch)
+    Writer(OutputFile& file, const Picture& picture, bool with_alpha, int compression, Watch& watch)
         : file_(file),
           picture_(picture),
           watch_(watch),
           alpha_(with_alpha),
-          row_(static_cast<std::size_t>(picture.world->width)),
+          compression_(compression),
           png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
     }
@@ -162,6 +161,7 @@ private:
         const QX_World& world = *picture_.world;
         png_set_benign_errors(png_, 1);
         png_set_write_fn(png_, &file_, write_bytes, flush_nothing);
+        png_set_compression_level(png_, compression_);
         png_set_IHDR(png_, info_, png_uint_32(world.width), png_uint_32(world.height), world.Depth(),
                      alpha_ ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -191,16 +191,7 @@ private:
     void write_rows() {
         const QX_World& world = *picture_.world;
         for (int y = 0; y < world.height && watch_.next_row(y, world.height); ++y) {
-            if (world.Depth() == 8) {
-                png_write_row(png_, row_of<png_byte>(world, y));
-                continue;
-            }
-            const auto* from = row_of<QX_Pixel16>(world, y);
-            for (std::size_t x = 0; x < row_.size(); ++x) {
-                row_[x] = {to_file16(from[x].alpha), to_file16(from[x].red), to_file16(from[x].green),
-                           to_file16(from[x].blue)};
-            }
-            png_write_row(png_, reinterpret_cast<png_const_bytep>(row_.data()));
+            png_write_row(png_, row_of<png_byte>(world, y));
         }
         if (!watch_.stops()) png_write_end(png_, info_);
     }
@@ -209,7 +200,7 @@ private:
     const Picture& picture_;
     Watch& watch_;
     bool alpha_;
-    std::vector<QX_Pixel16> row_;
+    int compression_;
     Fault fault_;
     png_structp png_;
     png_infop info_;
@@ -217,8 +208,8 @@ private:
 
 Picture read(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
 
-void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&, Watch& watch) {
-    Writer(file, picture, with_alpha, watch).write();
+void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
+    Writer(file, picture, with_alpha, options.compression, watch).write();
 }
 
 }  // namespace

@@ -7,9 +7,10 @@
 #include <memory>
 #include <new>
 
+#include "pictures/Carried.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
-#include "pictures/Scale.h"
+#include "pictures/Pixels.h"
 #include "pictures/Tiff.h"
 #include "pictures/TiffFormat.h"
 
@@ -89,6 +90,7 @@ public:
     Picture read() {
         Picture picture;
         picture.has_alpha = layout_.alpha >= 0;
+        picture.half = layout_.is_float() && layout_.bits == 16;
         const int depth = layout_.direct() ? layout_.depth() : 8;
         picture.world = new_world(path_, layout_.width, layout_.height, depth, false);
         if (!layout_.direct()) {
@@ -102,6 +104,7 @@ public:
         } else {
             read_blocks<float, QX_PixelFloat>(*picture.world);
         }
+        settle(path_, picture, layout_.associated);
         if (layout_.associated) mark_light(picture);
         read_extras(picture);
         handle_.check_memory();
@@ -145,7 +148,6 @@ private:
                 }
             }
         }
-        for (int y = 0; y < world.height; ++y) finish_row(row_of<Pixel>(world, y), world.width, layout_.associated);
     }
 
     /// What the samples of a row of blocks leave, once the first of them has shown that there are any.
@@ -224,6 +226,28 @@ private:
         }
     }
 
+    /// The library cuts a palette of 16 bits to 8. Here it is rounded before, in a form that cutting does not change.
+    /// One whose values all fit 8 bits is of 8 bits, for the library too.
+    void round_palette() {
+        constexpr std::uint32_t full = 65535;
+        std::uint16_t* channels[3] = {};
+        if (layout_.photometric != PHOTOMETRIC_PALETTE ||
+            TIFFGetField(handle_.tiff, TIFFTAG_COLORMAP, &channels[0], &channels[1], &channels[2]) == 0) {
+            return;
+        }
+        std::vector<std::uint16_t> rounded[3];
+        bool fits = true;
+        for (int i = 0; i < 3; ++i) {
+            for (std::size_t c = 0; c < std::size_t{1} << layout_.bits; ++c) {
+                const std::uint32_t value = channels[i][c];
+                fits = fits && value < 256;
+                rounded[i].push_back(static_cast<std::uint16_t>((value * 255 + full / 2) / full << 8));
+            }
+        }
+        if (fits) return;
+        TIFFSetField(handle_.tiff, TIFFTAG_COLORMAP, rounded[0].data(), rounded[1].data(), rounded[2].data());
+    }
+
     void read_converted(QX_World& world) {
         char why[1024] = "";
         const bool cmyk = layout_.photometric == PHOTOMETRIC_SEPARATED;
@@ -231,6 +255,7 @@ private:
         const bool possible = integers && !cmyk && layout_.alpha < 0 && TIFFRGBAImageOK(handle_.tiff, why) != 0;
         if (!possible) throw Failure(path_, "this kind of TIFF is not supported (grey and RGB of 8, 16 bits, float)");
         check_backed();
+        round_palette();
         const Block<std::uint32_t> raster(std::size_t{layout_.width} * layout_.height);
         if (TIFFReadRGBAImageOriented(handle_.tiff, layout_.width, layout_.height, raster.samples.get(),
                                       ORIENTATION_TOPLEFT, 1) == 0) {
@@ -266,6 +291,10 @@ private:
         if (layout_.direct() && orientation != ORIENTATION_TOPLEFT) {
             picture.notes.emplace_back(kOrientationNote);
         }
+        if (layout_.direct() && layout_.samples > layout_.colours() + (layout_.alpha >= 0 ? 1 : 0)) {
+            picture.notes.emplace_back("its further channels are left out");
+        }
+        if (TIFFLastDirectory(handle_.tiff) == 0) picture.notes.emplace_back("only its first page is used");
     }
 
     const std::string path_;

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "pictures/Scale.h"
+#include "pictures/Pixels.h"
 #include "pictures/Tiff.h"
 
 namespace qx::pictures {
@@ -37,10 +37,6 @@ toff_t on_size(thandle_t handle) {
     return size;
 }
 
-std::uint8_t to_file(std::uint8_t v) { return v; }
-std::uint16_t to_file(std::uint16_t v) { return to_file16(v); }
-float to_file(float v) { return v; }
-
 template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int samples, Watch& watch) {
     std::vector<QX_ChannelOf<Pixel>> line(static_cast<std::size_t>(world.width * samples));
     for (int y = 0; y < world.height; ++y) {
@@ -49,10 +45,10 @@ template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int sa
         auto* to = line.data();
         for (int x = 0; x < world.width; ++x) {
             const Pixel& p = row[x];
-            *to++ = to_file(p.red);
-            *to++ = to_file(p.green);
-            *to++ = to_file(p.blue);
-            if (samples == 4) *to++ = to_file(p.alpha);
+            *to++ = p.red;
+            *to++ = p.green;
+            *to++ = p.blue;
+            if (samples == 4) *to++ = p.alpha;
         }
         if (TIFFWriteScanline(tiff, line.data(), static_cast<std::uint32_t>(y), 0) != 1) return false;
     }

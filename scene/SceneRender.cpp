@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scene/SceneRender.h"
 
+#include <algorithm>
+
 #include "QX/pixelops/QX_Premul.h"
+#include "pictures/Carried.h"
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "scene/Faults.h"
 #include "scene/LayerWords.h"
 
@@ -17,89 +21,151 @@ int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
 
 }  // namespace
 
-SceneRender::SceneRender(const Scene& scene, pictures::Watch& watch, Notes notes)
-    : scene_(scene), watch_(watch), notes_(std::move(notes)), layers_(scene.layers.size()) {
-    for (std::size_t i = 0; i < layers_.size(); ++i) {
-        const SceneLayer& layer = scene.layers[i];
-        if (layer.mode == xfer_dissolve && scene.depth == 32) {
-            note_once(scene.file + ": " + kDissolveIsIdle);
-        }
+SceneRender::SceneRender(const Scene& scene, Notes notes) : scene_(scene), notes_(std::move(notes)) {
+    for (const SceneLayer& layer : scene.layers) {
+        if (layer.mode == xfer_dissolve && scene.depth == 32) note_once("", scene.file + ": " + kDissolveIsIdle);
+        auto& tables = tables_.emplace_back();
         if (layer.gamma <= 0) continue;
-        layers_[i].tables = std::make_unique<QX_LinearBlendingTables>();
-        QX_BuildGammaBlendingTables(layer.gamma, layers_[i].tables.get());
+        tables = std::make_unique<QX_LinearBlendingTables>();
+        QX_BuildGammaBlendingTables(layer.gamma, tables.get());
     }
 }
 
-void SceneRender::note_once(const std::string& note) {
-    if (noted_.insert(note).second && notes_) notes_(note);
+void SceneRender::note_once(const std::string& key, const std::string& note) {
+    const std::lock_guard lock(mutex_);
+    if (noted_.insert(key).second && notes_) notes_(note);
 }
 
-const pictures::Picture& SceneRender::show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte) {
+/// Of a sequence, each is told of the first picture that it holds for.
+void SceneRender::note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes) {
+    for (const auto& note : notes) note_once(file.place + note, path + ": " + note);
+}
+
+SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_PixelFloat* matte,
+                                     pictures::Watch& watch) {
     const std::string path = file.at(frame);
-    if (shown.path == path) return shown.picture;
-    shown = {};  // its memory may be needed
-    shown.picture = pictures::read_picture(path, watch_);
-    pictures::Picture& picture = shown.picture;
-    for (const auto& note : picture.notes) note_once(std::string(path).append(": ").append(note));
-    if (!picture.light.empty()) note_once(path + ": " + pictures::kLightIsLost);
-    picture.light.clear();
-    if (matte != nullptr) must(unmultiply(*picture.world, *matte), scene_.file + ": " + file.place);
-    if (picture.world->Depth() != scene_.depth) picture.world = pictures::at_depth(path, *picture.world, scene_.depth);
-    shown.path = path;
+    if (file.name.has_place()) return read(file, path, matte, watch);
+    Still& still = still_of(file, matte);
+    const std::lock_guard lock(still.mutex);  // others wait for the picture, which they need as well
+    if (!still.picture) still.picture = read(file, path, matte, watch);
+    return still.picture;
+}
+
+SceneRender::Still& SceneRender::still_of(const SceneFile& file, const QX_PixelFloat* matte) {
+    const std::lock_guard lock(mutex_);
+    return stills_[(matte != nullptr ? file.place : "") + '\n' + file.at(0)];
+}
+
+/// Those that no other frame has read or reads at the moment, so that the first frames read different ones. A fault is
+/// left to where the picture is shown.
+void SceneRender::read_stills(pictures::Watch& watch) {
+    const auto visit = [&](const SceneFile& file, const QX_PixelFloat* matte) {
+        if (file.name.has_place()) return;
+        Still& still = still_of(file, matte);
+        const std::unique_lock lock(still.mutex, std::try_to_lock);
+        if (lock && !still.picture) still.picture = read(file, file.at(0), matte, watch);
+    };
+    try {
+        if (scene_.background) visit(*scene_.background, nullptr);
+        for (const SceneLayer& layer : scene_.layers) {
+            visit(layer.file, layer.matte ? &*layer.matte : nullptr);
+            if (layer.mask) visit(layer.mask->file, nullptr);
+        }
+    } catch (const pictures::Failure&) {
+    }
+}
+
+SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte,
+                                     pictures::Watch& watch) {
+    auto picture = std::make_shared<pictures::Picture>(pictures::read_picture(path, watch));
+    note_losses(file, path, picture->notes);
+    if (!picture->light.empty()) note_losses(file, path, {pictures::kLightIsLost});
+    note_losses(file, path, pictures::lost_at_depth(*picture, scene_.depth));
+    picture->light.clear();
+    if (matte != nullptr) must(unmultiply(*picture->world, *matte), scene_.file + ": " + file.place);
+    pictures::bring_to_depth(path, *picture, scene_.depth);
+    if (!scene_.background || &file != &*scene_.background) picture->carried.reset();  // its pixels are laid on others
     return picture;
 }
 
-void SceneRender::size(int number, int* width, int* height) {
-    const bool of_picture = scene_.width == 0;
-    if (of_picture) show(background_, *scene_.background, number, nullptr);
-    *width = of_picture ? background_.picture.world->width : scene_.width;
-    *height = of_picture ? background_.picture.world->height : scene_.height;
+void SceneRender::size(int number, pictures::Watch& watch, int* width, int* height) {
+    *width = scene_.width;
+    *height = scene_.height;
+    if (scene_.width != 0) return;
+    const Shown picture = show(*scene_.background, number, nullptr, watch);
+    *width = picture->world->width;
+    *height = picture->world->height;
 }
 
-pictures::Picture SceneRender::background(int number) {
-    int width = 0, height = 0;
-    size(number, &width, &height);
+int SceneRender::frames_within(std::uint64_t bytes, int width, int height) const {
+    std::uint64_t stills = 0, read = 0;
+    const auto count = [&](const SceneFile& file) { ++(file.name.has_place() ? read : stills); };
+    if (scene_.background) count(*scene_.background);
+    for (const SceneLayer& layer : scene_.layers) {
+        count(layer.file);
+        if (layer.mask) count(layer.mask->file);
+    }
+    const std::uint64_t picture = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) *
+                                  static_cast<unsigned>(scene_.depth / 2);
+    // The result and what its file is made from; a picture as the file has it and at the scene's depth.
+    const std::uint64_t frame = picture * (2 + 2 * read);
+    const std::uint64_t left = bytes - std::min(bytes, picture * stills);
+    return static_cast<int>(std::clamp<std::uint64_t>(left / frame, 1, kMostFrame));
+}
+
+pictures::Picture SceneRender::background(int number, pictures::Watch& watch) {
+    const Shown picture = scene_.background ? show(*scene_.background, number, nullptr, watch) : nullptr;
     pictures::Picture frame;
-    frame.world = pictures::new_world(scene_.file, width, height, scene_.depth);
-    frame.world->Fill(scene_.colour, nullptr);
+    const int width = scene_.width != 0 ? scene_.width : picture->world->width;
+    const int height = scene_.width != 0 ? scene_.height : picture->world->height;
+    const bool as_large = picture && width == picture->world->width && height == picture->world->height;
+    frame.world = pictures::new_world(scene_.file, width, height, scene_.depth, false);
+    if (!as_large) frame.world->Fill(scene_.colour, nullptr);
     frame.has_alpha = scene_.colour.alpha < 1;
-    if (!scene_.background) return frame;
-    const pictures::Picture& picture = show(background_, *scene_.background, number, nullptr);
-    frame.world->CopyRect(picture.world.get(), {0, 0, picture.world->width, picture.world->height}, 0, 0);
-    frame.has_alpha = picture.has_alpha;
-    frame.linear = picture.linear;
-    frame.icc = picture.icc;
-    frame.resolution = picture.resolution;
-    frame.primaries = picture.primaries;
+    if (!picture) return frame;
+    frame.world->CopyRect(picture->world.get(), {0, 0, picture->world->width, picture->world->height}, 0, 0);
+    frame.has_alpha = picture->has_alpha;
+    if (as_large) frame.carried = picture->carried;
+    frame.linear = picture->linear;
+    frame.precision = picture->precision;
+    frame.half = picture->half;
+    frame.attributes = picture->attributes;
+    frame.icc = picture->icc;
+    frame.resolution = picture->resolution;
+    frame.primaries = picture->primaries;
     return frame;
 }
 
-void SceneRender::composite_layer(std::size_t index, int number, QX_World& onto) {
+void SceneRender::composite_layer(std::size_t index, int number, pictures::Picture& onto, pictures::Watch& watch) {
     const SceneLayer& layer = scene_.layers[index];
-    LayerState& state = layers_[index];
+    const Shown picture = show(layer.file, number, layer.matte ? &*layer.matte : nullptr, watch);
+    const Shown mask = layer.mask ? show(layer.mask->file, number, nullptr, watch) : nullptr;
+    note_losses(layer.file, layer.file.at(number), pictures::taken_otherwise(*picture, onto));
+    pictures::add_precision(onto, *picture);
     Transfer transfer;
-    transfer.layer = show(state.picture, layer.file, number, layer.matte ? &*layer.matte : nullptr).world.get();
+    transfer.layer = picture->world.get();
     transfer.mode = layer.mode;
     transfer.opacity = static_cast<float>(layer.opacity.at(number)[0]);
     transfer.rgb_only = layer.rgb_only;
     transfer.seed = layer.seed;
     transfer.field = layer.field;
-    transfer.tables = state.tables.get();
+    transfer.tables = tables_[index].get();
     if (layer.mask) {
-        transfer.mask = show(state.mask, layer.mask->file, number, nullptr).world.get();
+        transfer.mask = mask->world.get();
         transfer.mask_kind = layer.mask->kind;
         transfer.mask_x = layer.mask->x;
         transfer.mask_y = layer.mask->y;
     }
     transfer.matrices = layer.matrices(number);
     transfer.quality = layer.quality;
-    must(composite(transfer, onto, watch_), scene_.file + ": " + layer.place);
+    must(composite(transfer, *onto.world, watch), scene_.file + ": " + layer.place);
 }
 
-pictures::Picture SceneRender::frame(int number) {
-    watch_.must_go_on();
-    pictures::Picture frame = background(number);
-    for (std::size_t i = 0; i < layers_.size(); ++i) composite_layer(i, number, *frame.world);
+pictures::Picture SceneRender::frame(int number, pictures::Watch& watch) {
+    watch.must_go_on();
+    read_stills(watch);
+    pictures::Picture frame = background(number, watch);
+    for (std::size_t i = 0; i < scene_.layers.size(); ++i) composite_layer(i, number, frame, watch);
     return frame;
 }
 

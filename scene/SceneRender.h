@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,41 +17,47 @@
 
 namespace qx::scene {
 
-/// Makes the frames of a scene, one at a time on all processors. A picture stays in memory until a layer shows
-/// another one. A frame does not depend on those before it.
+/// Makes the frames of a scene, each on all processors, and any number of them at once. A frame does not depend on
+/// others. Pictures that every frame shows are read once, by the first frame that needs them, and stay in memory; those
+/// of a sequence are there while their frame is made.
 class SceneRender {
 public:
     using Notes = std::function<void(const std::string&)>;
 
-    /// @param watch  hears of the rows of each step: a picture that is read, a layer that is laid on
-    /// @param notes  gets what the user is to know, each note once; may be null
-    SceneRender(const Scene& scene, pictures::Watch& watch, Notes notes);
+    /// @param notes  gets what the user is to know, each note once and one at a time; may be null
+    SceneRender(const Scene& scene, Notes notes);
 
     /// Throws pictures::Failure, WorkFault or pictures::Stopped.
-    pictures::Picture frame(int number);
+    /// @param watch  hears of the rows of each step: a picture that is read, a layer that is laid on
+    pictures::Picture frame(int number, pictures::Watch& watch);
     /// Size of the frames; that of the background's picture at `number` when the scene tells none.
-    void size(int number, int* width, int* height);
+    void size(int number, pictures::Watch& watch, int* width, int* height);
+
+    /// How many frames of a size can be at work within so many bytes, at least one. Pictures count as large as a frame.
+    int frames_within(std::uint64_t bytes, int width, int height) const;
 
 private:
     /// A picture that a layer or a mask shows, at the scene's depth.
-    struct Shown {
-        std::string path;
-        pictures::Picture picture;
+    using Shown = std::shared_ptr<const pictures::Picture>;
+    struct Still {
+        std::mutex mutex;
+        Shown picture;
     };
-    const pictures::Picture& show(Shown& shown, const SceneFile& file, int frame, const QX_PixelFloat* matte);
-    void note_once(const std::string& note);
-    pictures::Picture background(int number);
-    void composite_layer(std::size_t index, int number, QX_World& onto);
+    Still& still_of(const SceneFile& file, const QX_PixelFloat* matte);
+    Shown show(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch);
+    void read_stills(pictures::Watch& watch);
+    Shown read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte, pictures::Watch& watch);
+    /// @param key  what is told once
+    void note_once(const std::string& key, const std::string& note);
+    void note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes);
+    pictures::Picture background(int number, pictures::Watch& watch);
+    void composite_layer(std::size_t index, int number, pictures::Picture& onto, pictures::Watch& watch);
 
     const Scene& scene_;
-    pictures::Watch& watch_;
     const Notes notes_;
-    struct LayerState {
-        Shown picture, mask;
-        std::unique_ptr<QX_LinearBlendingTables> tables;
-    };
-    std::vector<LayerState> layers_;
-    Shown background_;
+    std::vector<std::unique_ptr<QX_LinearBlendingTables>> tables_;  ///< of each layer, null without linear light
+    std::mutex mutex_;                                              // of what follows
+    std::map<std::string, Still> stills_;  ///< by place of the matte and path, so that layers share a picture
     std::set<std::string> noted_;
 };
 

@@ -58,6 +58,10 @@ made() {
     sed '/"name":/d; /"comment":/d' "$example/scene.json" >scene.json # older states know neither
     ls >"$work/inputs"
     pictures
+    for file in $(ls ./*.png | sed 's|./||' | grep -v -w -F -f "$work/inputs"); do # states pack PNG in their own ways
+        comp "$file.tif" "$file" "$file" --opacity 0
+        rm "$file"
+    done
     sha256sum ./* | awk '{print $2, $1}' | grep -v -w -F -f "$work/inputs" >>"$work/$1.sums"
     sort -o "$work/$1.sums" "$work/$1.sums"
 }

@@ -3,6 +3,7 @@
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
+#include <ImfInputFile.h>
 #include <ImfMultiPartOutputFile.h>
 #include <ImfOutputFile.h>
 #include <ImfOutputPart.h>
@@ -11,6 +12,7 @@
 #include <half.h>
 
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "tests/pictures/Support.h"
 
 namespace {
@@ -43,6 +45,7 @@ void write_exr(const std::string& path, const Names& names, float alpha = 0.5f) 
     for (const std::string& name : names) samples.add(header, name, name == "A" ? alpha : value += 0.125f, 12 + 8 * 10);
     Imf::addChromaticities(header, {{0.7f, 0.3f}, {0.2f, 0.8f}, {0.1f, 0.0f}, {0.3f, 0.35f}});
     header.pixelAspectRatio() = 2;
+    Imf::addOwner(header, "somebody");
     Imf::OutputFile exr(path.c_str(), header);
     exr.setFrameBuffer(samples.buffer);
     exr.writePixels(5);
@@ -73,10 +76,34 @@ TEST_F(ExrKinds, PrimariesAndTheShapeOfPixelsPassThrough) {
     EXPECT_EQ(copy.resolution.y / copy.resolution.x, 2);
     auto with_profile = picture<QX_PixelFloat>(1, 1, false, [](int, int) { return QX_PixelFloat{}; });
     with_profile.icc = small_profile();
-    EXPECT_EQ(left_out("x.exr", copy).size(), 0u);
-    EXPECT_EQ(left_out("x.png", copy).size(), 1u);
-    EXPECT_EQ(left_out("x.exr", with_profile).size(), 1u);
-    EXPECT_EQ(left_out("x.tif", with_profile).size(), 0u);
+    EXPECT_EQ(left_out("x.exr", copy, 32), Names{});
+    EXPECT_EQ(left_out("x.png", copy, 32),
+              (Names{"its primaries are left out, only OpenEXR holds them",
+                     "its attributes are left out, only OpenEXR holds them", "its half floats become 16 bits"}));
+    EXPECT_EQ(left_out("x.exr", with_profile, 32), Names{"its colour profile is left out, OpenEXR holds none"});
+    EXPECT_EQ(left_out("x.tif", with_profile, 32), Names{});
+}
+
+TEST_F(ExrKinds, AttributesAndHalvesPassThroughAndTheRestIsTold) {
+    write_exr(folder / "a.exr", {"R", "G", "B", "depth.Z", "Y"});
+    Picture picture = read("a.exr");
+    EXPECT_EQ(picture.notes, (Names{"its further channels are left out: Y, depth.Z",
+                                    "what lies outside its display window is left out"}));
+    for (const auto& [half, type] :
+         {std::pair{std::optional<bool>(), Imf::HALF}, {true, Imf::HALF}, {false, Imf::FLOAT}}) {
+        write_picture(folder / "b.exr", picture, 32, {.half = half});
+        Imf::InputFile copy((folder / "b.exr").c_str());
+        EXPECT_EQ(Imf::owner(copy.header()), "somebody");
+        EXPECT_EQ(copy.header().channels().findChannel("R")->type, type);
+        EXPECT_EQ(copy.header().dataWindow(), Imath::Box2i({0, 0}, {9, 4}));
+    }
+    picture.precision = Precision::real;
+    EXPECT_EQ(left_out("b.exr", picture, 32), Names{"its floats become half floats"});
+    row_of<QX_PixelFloat>(*picture.world, 1)[3].green = 70000;
+    EXPECT_EQ(left_out("b.exr", picture, 32, {.half = true}).size(), 2u);
+    EXPECT_EQ(left_out("b.exr", picture, 32, {.half = false}), Names{});
+    EXPECT_EQ(left_out("b.tif", picture, 32).size(), 2u);
+    EXPECT_EQ(left_out("b.tif", picture, 16).size(), 4u) << "cut, and 16 bits";
 }
 
 TEST_F(ExrKinds, OfManyPartsTheFirstIsUsedAndTheRestIsTold) {

@@ -141,6 +141,42 @@ TEST_F(TiffKinds, LayoutsGiveTheSamePicture) {
     }
 }
 
+TEST_F(TiffKinds, FurtherChannelsAndPagesAreTold) {
+    const auto value = [](int x, int, int) { return x; };
+    const auto notes = [&](int samples, int extra) {
+        write_tiff<std::uint8_t>(folder / "k.tif", {"", samples, PHOTOMETRIC_RGB, extra, false, false},
+                                 SAMPLEFORMAT_UINT, value);
+        return read("k.tif").notes;
+    };
+    EXPECT_EQ(notes(4, EXTRASAMPLE_UNASSALPHA), Names{});
+    EXPECT_EQ(notes(4, EXTRASAMPLE_UNSPECIFIED), Names{"its further channels are left out"});
+    TIFF* tiff = TIFFOpen((folder / "k.tif").c_str(), "a");
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 1);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
+    TIFFWriteScanline(tiff, const_cast<char*>("page"), 0, 0);
+    TIFFClose(tiff);
+    EXPECT_EQ(read("k.tif").notes, (Names{"its further channels are left out", "only its first page is used"}));
+}
+
+TEST_F(TiffKinds, PalettesAreRounded) {
+    for (const int full : {65535, 255}) {  // one of 8 bits is taken as it is
+        std::vector<std::uint16_t> map[3];
+        for (int i = 0; i < 3 * 256; ++i)
+            map[i / 256].push_back(static_cast<std::uint16_t>(i * 7919 * 53 % (full + 1)));
+        TIFF* tiff = new_tiff(folder / "p.tif", 256, 1, 8, {{TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE}});
+        TIFFSetField(tiff, TIFFTAG_COLORMAP, map[0].data(), map[1].data(), map[2].data());
+        Bytes row;
+        for (int i = 0; i < 256; ++i) row.push_back(static_cast<std::uint8_t>(i));
+        TIFFWriteScanline(tiff, row.data(), 0, 0);
+        TIFFClose(tiff);
+        const auto found = first_row(read("p.tif"));
+        for (std::size_t i = 0; i < 3 * 256; ++i) {
+            ASSERT_EQ(found[i % 256][1 + i / 256], std::round(map[i / 256][i % 256] * 255.0 / full))
+                << full << " " << i;
+        }
+    }
+}
+
 TEST_F(TiffKinds, AssociatedAlphaBecomesStraightAtTheFilesPrecision) {
     const TiffKind kind{"", 4, PHOTOMETRIC_RGB, EXTRASAMPLE_ASSOCALPHA, false, false};
     const auto alpha = [](int x, int y) { return (x + kWidth * y) * 81; };

@@ -23,6 +23,17 @@ TEST(Scale, StepsGiveTheNearestValueAndWorldsSurvive) {
     EXPECT_EQ(to_file16(65535), 65535) << "values above full do not leave the file's range";
 }
 
+TEST(Scale, FloatsGiveTheNearestValueAndAreCut) {
+    for (int v = 0; v < 65535; ++v) {
+        ASSERT_EQ(file16_of_float(float((v + 0.48) / 65535)), v);
+        ASSERT_EQ(file16_of_float(float((v + 0.52) / 65535)), v + 1);
+    }
+    for (const auto& [value, cut] :
+         {std::pair{-0.25f, 0}, {NAN, 0}, {-INFINITY, 0}, {1.75f, 65535}, {INFINITY, 65535}}) {
+        EXPECT_EQ(file16_of_float(value), cut);
+    }
+}
+
 TEST(Scale, StraightIsTheNearestQuotient) {
     for (int i = 0; i < 65536; ++i) {
         const int a = i / 256, c = i % 256;

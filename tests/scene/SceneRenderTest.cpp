@@ -28,7 +28,7 @@ protected:
              "shutter": {"angle": 180}}]})");
         scene = read_scene(folder / "s.json");
     }
-    Picture frame(int number, Watch& watch = unwatched()) { return SceneRender(scene, watch, nullptr).frame(number); }
+    Picture frame(int number, Watch& watch = unwatched()) { return SceneRender(scene, nullptr).frame(number, watch); }
 };
 
 TEST_F(SceneFrames, AWatchHearsOfEveryStepAndStopsAnyOfThem) {
@@ -48,8 +48,8 @@ TEST_F(SceneFrames, AWatchHearsOfEveryStepAndStopsAnyOfThem) {
 
 TEST_F(SceneFrames, SeveralThreadsMakeTheFramesOfOne) {
     Picture expected[8], found[8];
-    SceneRender one(scene, unwatched(), nullptr);
-    for (int i = 0; i < 8; ++i) expected[i] = one.frame(i);
+    SceneRender one(scene, nullptr);
+    for (int i = 0; i < 8; ++i) expected[i] = one.frame(i, unwatched());
     in_threads(8, [&](int i) { found[i] = frame(i); });
     for (int i = 0; i < 8; ++i) {
         EXPECT_TRUE(same_pixels(found[i], expected[i])) << i;
@@ -61,9 +61,9 @@ TEST_F(SceneFrames, NotesGoToTheirSinkOnce) {
     scene.depth = 32;
     scene.layers[0].mode = xfer_dissolve;
     Names notes;
-    SceneRender render(scene, unwatched(), [&](const std::string& note) { notes.push_back(note); });
-    render.frame(1);
-    render.frame(2);
+    SceneRender render(scene, [&](const std::string& note) { notes.push_back(note); });
+    render.frame(1, unwatched());
+    render.frame(2, unwatched());
     EXPECT_EQ(notes, Names{scene.file + ": mode dissolve changes nothing at depth 32"});
 }
 

@@ -65,6 +65,43 @@ TEST_F(Render, PartsOfTheFramesAreThoseOfTheWhole) {
     EXPECT_FALSE(same("whole.1.png", "whole.2.png"));
 }
 
+TEST_F(Render, FilesAreTheSameHoweverManyFramesAreAtWork) {
+    const Names ways{"-j 1", "-j 2", "-j 7", "-j 7 --memory 1"};
+    for (const std::string name : {"f.#.png", "f.#.tif", "f.#.exr", "f.#.jpg", "f.mp4"}) {
+        std::vector<std::string> first;
+        for (const std::string& way : ways) {
+            run("render moving.json -q " + way + " -o " + name);
+            std::vector<std::string> files;
+            for (const std::string& file : folder.names()) {
+                if (!file.starts_with("f.")) continue;
+                files.push_back(bytes(file));
+                std::filesystem::remove(folder / file);
+            }
+            EXPECT_EQ(files.size(), name == "f.mp4" ? 1u : 4u);
+            if (first.empty()) first = files;
+            EXPECT_TRUE(files == first) << name << way;
+        }
+    }
+}
+
+TEST_F(Render, AFrameThatFailsLeavesThoseBeforeItAlone) {
+    put("q.03.png", bytes("q.03.png").substr(0, 60));
+    put("f.4.png", "old");
+    for (const char* threads : {"1", "2", "7"}) {
+        const auto outcome = qx(std::string("render moving.json -o f.#.png -j ") + threads);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_TRUE(outcome.errors.starts_with("qx: q.03.png: damaged") && outcome.errors.ends_with("\n"))
+            << outcome.errors;
+        EXPECT_EQ(bytes("f.4.png"), "old");
+        EXPECT_FALSE(std::filesystem::exists(folder / "f.3.png"));
+        for (const char* whole : {"f.1.png", "f.2.png"}) {
+            EXPECT_NO_THROW(read(whole));
+            std::filesystem::remove(folder / whole);
+        }
+        for (const std::string& name : folder.names()) EXPECT_FALSE(name.starts_with(".qx")) << name;
+    }
+}
+
 TEST_F(Render, ResumeKeepsWholeFramesAndMakesTheOthersAnew) {
     run("render moving.json -o f.#.png");
     run("render moving.json -o g.#.png");
@@ -120,6 +157,10 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
                   {"moving.json => --output", "endless.json -o x.#.png => --frames A-B is needed",
                    "moving.json -o x.png => more than one frame", "moving.json -o x.#.gif => none of png",
                    "moving.json -o ../$(basename $PWD)/q.%02d.png --frames 3-4 => q.03.png: is a picture of the scene",
+                   "moving.json -o x.#.png --memory 2X => --memory 2X: not a whole number",
+                   "moving.json -o x.#.png --compression 10 => --compression 10",
+                   "moving.json -o x.#.tif --compression 1 => --compression is for PNG",
+                   "moving.json -o x.#.png --half => --half is for OpenEXR",
                    "moving.json -o x.mp4 --resume => --resume is for pictures",
                    "moving.json -o x.#.png --frame 1 => --frame; the nearest is --frames"});
 }

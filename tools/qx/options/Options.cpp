@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qx/options/Options.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 #include "QX/iterate/QX_Bands.h"
@@ -57,6 +61,49 @@ void apply_common_options(const CommonOptions& options) {
     set_talk(options.quiet ? Talk::quiet : options.verbose ? Talk::verbose : Talk::normal);
     apply("--threads", options.threads, "QX_THREADS", kMostThreads, standalone::SetPoolLimit);
     apply("--bands", options.bands, "QX_BANDS", kMaxBands, standalone::SetBandCount);
+}
+
+void add_encoding_options(CLI::App& command, EncodingOptions& options) {
+    const int usual = pictures::WriteOptions{}.compression;
+    command
+        .add_option("--compression", options.compression,
+                    "PNG: from 0, fast and large, to 9, slow and small (default: " + std::to_string(usual) + ")")
+        ->type_name("0..9");
+    auto* half = command.add_flag("--half", options.half,
+                                  "OpenEXR with half floats, which is the default where the "
+                                  "background has them and no layer tells more");
+    half->disable_flag_override();
+    command.add_flag("--float", options.real, "OpenEXR with floats")->disable_flag_override()->excludes(half);
+}
+
+void EncodingOptions::check(const std::string& output) const {
+    if ((half || real) && !(pictures::known_format(output) && pictures::is_linear_format(output))) {
+        throw WrongUsage(std::string(half ? "--half" : "--float") + " is for OpenEXR");
+    }
+    if (!compression.empty() && pictures::extension_of(output) != "png") throw WrongUsage("--compression is for PNG");
+    write_options();
+}
+
+pictures::WriteOptions EncodingOptions::write_options() const {
+    pictures::WriteOptions options;
+    if (half || real) options.half = half;
+    if (!compression.empty()) {
+        options.compression = whole_number("--compression", compression, 0, pictures::kMostCompression);
+    }
+    return options;
+}
+
+std::uint64_t memory_size(const std::string& option, const std::string& text) {
+    constexpr const char* units = "KMG";
+    const char* unit = text.empty() ? nullptr : std::strchr(units, text.back());
+    const std::string number = text.substr(0, text.size() - (unit != nullptr ? 1 : 0));
+    const auto bytes = static_cast<std::uint64_t>(whole_number(option, number, 1, INT_MAX));
+    return unit == nullptr ? bytes : bytes << 10 * (unit - units + 1);
+}
+
+std::uint64_t half_the_memory() {
+    const long pages = ::sysconf(_SC_PHYS_PAGES), bytes = ::sysconf(_SC_PAGESIZE);
+    return pages < 0 || bytes < 0 ? 0 : static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(bytes) / 2;
 }
 
 int whole_number(const std::string& option, const std::string& text, int least, int most) {

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "pictures/Picture.h"
 #include "scene/Words.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -20,6 +22,16 @@ struct CommonOptions {
     bool quiet = false, verbose = false;
 };
 void add_common_options(CLI::App& command, CommonOptions& options);
+
+/// Options of the files that are written.
+struct EncodingOptions {
+    std::string compression;
+    bool half = false, real = false;
+
+    void check(const std::string& output) const;  ///< throws WrongUsage
+    pictures::WriteOptions write_options() const;
+};
+void add_encoding_options(CLI::App& command, EncodingOptions& options);
 
 /// The line of help that tells what follows the subcommand's name.
 void set_usage(CLI::App& command, const std::string& usage);
@@ -48,6 +60,10 @@ struct Place {
     int x, y;
 };
 Place place(const std::string& option, const std::string& text);  ///< "X,Y"
+
+/// A number of bytes: "800M" or "4G", of 1024 and its powers.
+std::uint64_t memory_size(const std::string& option, const std::string& text);
+std::uint64_t half_the_memory();  ///< of this machine
 
 /// An output whose name tells no format is wrong usage; one that cannot be there is a failure of the work.
 void check_output_option(const std::string& path);

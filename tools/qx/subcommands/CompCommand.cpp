@@ -5,10 +5,14 @@
 #include <memory>
 #include <sstream>
 
+#include "pictures/Carried.h"
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "pictures/Picture.h"
+#include "platform/standalone/Host.h"
 #include "scene/Composite.h"
 #include "scene/Faults.h"
+#include "scene/InOrder.h"
 #include "scene/LayerWords.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
@@ -29,34 +33,44 @@ struct Inputs {
     std::vector<Layer> layers;
 };
 
-pictures::Picture read_with_bar(const std::string& file) {
-    FileProgress progress("reading");
-    return pictures::read_picture(file, progress);
-}
-
-pictures::Picture read(const std::string& file) {
-    pictures::Picture picture = read_with_bar(file);
+void tell(const std::string& file, const pictures::Picture& picture) {
     const QX_World& world = *picture.world;
     std::ostringstream words;
     words << world.width << " x " << world.height << ", " << world.Depth() << " bits"
           << (picture.has_alpha ? ", alpha" : "");
     say_detail(file, words.str());
     for (const auto& note : picture.notes) say_note(std::string(file).append(": ").append(note));
-    return picture;
 }
 
+/// Several at once, which makes no difference to what is told.
 Inputs read_all(const CompOptions& options) {
     Inputs inputs;
-    inputs.background = read(options.background);
-    for (const LayerOptions& layer : options.layers) {
-        inputs.layers.push_back(
-            {read(layer.file), layer.mask_file.empty() ? pictures::Picture{} : read(layer.mask_file)});
+    inputs.layers.resize(options.layers.size());
+    std::vector<std::pair<const std::string*, pictures::Picture*>> files = {{&options.background, &inputs.background}};
+    for (std::size_t i = 0; i < options.layers.size(); ++i) {
+        const LayerOptions& layer = options.layers[i];
+        files.emplace_back(&layer.file, &inputs.layers[i].picture);
+        if (!layer.mask_file.empty()) files.emplace_back(&layer.mask_file, &inputs.layers[i].mask);
     }
+    const int count = static_cast<int>(files.size());
+    Progress progress("reading", PartWatch::kSteps * count);
+    SignalWatch signals;
+    scene::in_order(count, standalone::PoolThreads(), signals, [&](int index, pictures::Watch& watch) -> scene::InTurn {
+        const auto& [file, picture] = files[static_cast<std::size_t>(index)];
+        PartWatch part(progress, watch);
+        *picture = pictures::read_picture(*file, part);
+        return [file = file, picture = picture] { tell(*file, *picture); };
+    });
     return inputs;
 }
 
+/// Behind the file's name; a file that is named twice has the same ones.
+void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std::string>& notes) {
+    for (const auto& note : notes) once.say({{file + note, file + ": " + note}});
+}
+
 /// Brings all pictures to one depth. @return it
-int unify(const CompOptions& options, Inputs& inputs) {
+int unify(const CompOptions& options, Inputs& inputs, NotesOnce& once) {
     std::vector<std::pair<const std::string*, pictures::Picture*>> all = {{&options.background, &inputs.background}};
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         auto& layer = inputs.layers[i];
@@ -68,7 +82,9 @@ int unify(const CompOptions& options, Inputs& inputs) {
         if (options.depth == 0) depth = std::max<int>(depth, picture->world->Depth());
     }
     for (const auto& [file, picture] : all) {
-        if (picture->world->Depth() != depth) picture->world = pictures::at_depth(*file, *picture->world, depth);
+        tell_losses(once, *file, pictures::lost_at_depth(*picture, depth));
+        pictures::bring_to_depth(*file, *picture, depth);
+        if (picture != &inputs.background) picture->carried.reset();
     }
     return depth;
 }
@@ -81,14 +97,17 @@ void note_mixed_light(const CompOptions& options, const Inputs& inputs) {
     if (mixed) say_note(pictures::kLightIsMixed);
 }
 
-/// What the layers and the result lose on the way.
-void note_losses(const CompOptions& options, const Inputs& inputs) {
+/// What the layers and the result lose on the way, into a file of this depth.
+void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnce& once) {
+    pictures::Picture& result = inputs.background;
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
-        if (!inputs.layers[i].picture.light.empty()) say_note(options.layers[i].file + ": " + pictures::kLightIsLost);
+        const pictures::Picture& layer = inputs.layers[i].picture;
+        if (!layer.light.empty()) tell_losses(once, options.layers[i].file, {pictures::kLightIsLost});
+        tell_losses(once, options.layers[i].file, pictures::taken_otherwise(layer, result));
+        pictures::add_precision(result, layer);
     }
-    for (const auto& note : pictures::left_out(options.output, inputs.background)) {
-        say_note(options.background + ": " + note);
-    }
+    tell_losses(once, options.background,
+                pictures::left_out(options.output, result, depth, options.encoding.write_options()));
 }
 
 scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& layer,
@@ -115,22 +134,8 @@ scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& la
     return transfer;
 }
 
-/// The bar of one layer among all.
-class LayerWatch : public SignalWatch {
-public:
-    static constexpr std::int64_t kSteps = 1 << 16;  ///< of a layer
-    LayerWatch(Progress& progress, std::size_t index)
-        : progress_(progress), first_(static_cast<std::int64_t>(index) * kSteps) {}
-    void rows(std::int64_t done, std::int64_t total) noexcept override {
-        progress_.reach(first_ + done * kSteps / total);
-    }
-
-private:
-    Progress& progress_;
-    const std::int64_t first_;
-};
-
-void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background, LayerWatch& watch) {
+void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background,
+                     pictures::Watch& watch) {
     if (options.mode == xfer_dissolve && background.Depth() == 32) {
         say_note(options.file + ": " + scene::kDissolveIsIdle);
     }
@@ -145,23 +150,25 @@ void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX
 void run(const CompOptions& options) {
     apply_common_options(options.common);
     check_output_option(options.output);
-    if (options.half && !pictures::is_linear_format(options.output)) throw WrongUsage("--half is for OpenEXR");
+    options.encoding.check(options.output);
     const Library library;
     Inputs inputs = read_all(options);
     note_mixed_light(options, inputs);
-    const int depth = unify(options, inputs);
+    NotesOnce once;
+    const int depth = unify(options, inputs, once);
     QX_World& background = *inputs.background.world;
     {
-        Progress progress("compositing", LayerWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
+        Progress progress("compositing", PartWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
+        const SignalWatch signals;
         for (std::size_t i = 0; i < options.layers.size(); ++i) {
-            LayerWatch watch(progress, i);
+            PartWatch watch(progress, signals);
             composite_layer(options.layers[i], inputs.layers[i], background, watch);
         }
     }
-    note_losses(options, inputs);
+    note_losses(options, inputs, depth, once);
     {
         FileProgress progress("writing");
-        pictures::write_picture(options.output, inputs.background, depth, {options.half}, progress);
+        pictures::write_picture(options.output, inputs.background, depth, options.encoding.write_options(), progress);
     }
     say_detail(options.output, "written");
 }

@@ -126,9 +126,12 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
                                  : command.add_option(option.name, option.help)->type_name(option.value)->expected(1);
         layer_options_.emplace_back(added->take_all()->group("Options of a layer"), &option);
     }
-    command.add_option("--depth", common_.depth_text, "bits to work with (default: the inputs' deepest)")
+    command
+        .add_option(
+            "--depth", common_.depth_text,
+            "bits to work with (default: the inputs' deepest); 16 has 32,769 steps, 32 every value of 16-bit files")
         ->type_name("8|16|32");
-    command.add_flag("--half", common_.half, "OpenEXR with half floats")->disable_flag_override();
+    add_encoding_options(command, common_.encoding);
     command.add_option("-o,--output", common_.output, "file to write: " + pictures::known_endings())
         ->required()
         ->type_name("FILE");

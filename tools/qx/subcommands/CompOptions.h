@@ -41,11 +41,11 @@ struct LayerOptions {
 
 struct CompOptions {
     CommonOptions common;
+    EncodingOptions encoding;
     std::string background;
     std::vector<LayerOptions> layers;
     std::string depth_text, output;
     int depth = 0;  ///< 0 takes the deepest of the inputs
-    bool half = false;
 };
 
 struct LayerOption;

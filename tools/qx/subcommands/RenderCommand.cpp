@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // qx render: frames of a scene, as pictures or as a movie.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "pictures/Movie.h"
+#include "platform/standalone/Host.h"
 #include "scene/Faults.h"
+#include "scene/InOrder.h"
 #include "scene/LayerWords.h"
 #include "scene/SceneRender.h"
 #include "tools/qx/Commands.h"
@@ -21,14 +25,17 @@ namespace {
 
 struct RenderOptions {
     CommonOptions common;
-    std::string scene, output, frames, depth;
+    EncodingOptions encoding;
+    std::string scene, output, frames, depth, memory;
     bool resume = false;
 };
 
 const char* const kFooter =
     R"(OUT has a place for the frame's number, #### or %04d, unless one frame is asked for. A name that
-ends in mp4, mov, mkv, webm or avi becomes a movie of the frames. Frames do not depend on each
-other: a farm gives each machine a part of --frames. docs/scene.md describes the scene file.
+ends in mp4, mov, mkv, webm or avi becomes a movie of the frames. As many frames are at work at
+once as there are threads and --memory has room for; they appear in their order. Frames do not
+depend on each other: a farm gives each machine a part of --frames. docs/scene.md describes the
+scene file.
 
 Example:
   qx render scene.json -o out/frame.####.png --frames 1001-1100 --resume
@@ -42,21 +49,75 @@ scene::FrameRange frames_of(const RenderOptions& options, const scene::Scene& sc
 
 /// True when the file of a frame can be read to its end and has the frame's size: what a frame's writer was stopped
 /// in, or some other program left, is made anew.
-bool is_whole(const std::string& path, int width, int height, pictures::Watch& watch) {
+bool is_whole(const std::string& path, scene::SceneRender& render, int frame, pictures::Watch& watch) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) return false;
+    std::unique_ptr<QX_World> found;
     try {
-        const pictures::Picture picture = pictures::read_picture(path, watch);
-        return picture.world->width == width && picture.world->height == height;
+        found = pictures::read_picture(path, watch).world;
     } catch (const pictures::Failure&) {
         return false;
     }
+    int width = 0, height = 0;
+    render.size(frame, watch, &width, &height);
+    return found->width == width && found->height == height;
 }
 
-void note_light(const scene::Scene& scene, const std::string& output, const pictures::Picture& frame) {
-    if (scene.background && frame.linear != pictures::is_linear_format(output)) {
-        say_note(pictures::kLightIsMixed);
+/// The frames of a job.
+struct Job {
+    const RenderOptions& options;
+    const scene::Scene& scene;
+    const scene::FrameRange frames;
+    scene::SceneRender& render;
+    pictures::Watch& watch;
+
+    /// How many frames are at work at once.
+    int at_once() const {
+        int width = 0, height = 0;
+        render.size(frames.first, watch, &width, &height);
+        const std::uint64_t memory =
+            options.memory.empty() ? half_the_memory() : memory_size("--memory", options.memory);
+        return std::min(render.frames_within(memory, width, height), standalone::PoolThreads());
     }
+};
+
+/// What a frame loses in its file.
+std::vector<Note> losses(const Job& job, int number, const std::string& name, const pictures::Picture& frame) {
+    const auto& background = job.scene.background;
+    const std::string subject = background ? background->at(number) : job.scene.file;
+    const bool mixed = background && frame.linear != pictures::is_linear_format(name);
+    std::vector<Note> notes;
+    if (mixed) notes.push_back({pictures::kLightIsMixed, pictures::kLightIsMixed});
+    for (const auto& note : pictures::left_out(name, frame, job.scene.depth, job.options.encoding.write_options())) {
+        notes.push_back({note, subject + ": " + note});
+    }
+    return notes;
+}
+
+void make_pictures(const Job& job, const scene::FramePattern& names) {
+    FrameProgress progress(job.frames.count());
+    NotesOnce once;
+    const auto make = [&](int index, pictures::Watch& watch) -> scene::InTurn {
+        const int number = job.frames.frame(index);
+        const std::string name = names.name(number);
+        std::shared_ptr<pictures::OutputFile> file;
+        std::vector<Note> notes;
+        watch.must_go_on();
+        if (!job.options.resume || !is_whole(name, job.render, number, watch)) {
+            const pictures::Picture frame = job.render.frame(number, watch);
+            notes = losses(job, number, name, frame);
+            file =
+                pictures::write_uncommitted(name, frame, job.scene.depth, job.options.encoding.write_options(), watch);
+        }
+        return [&, number, name, file, notes] {
+            job.watch.must_go_on();
+            once.say(notes);
+            if (file) file->commit();
+            say_detail(name, file ? "written" : "is there");
+            progress.done(number, !file);
+        };
+    };
+    scene::in_order(job.frames.count(), job.at_once(), job.watch, make);
 }
 
 void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
@@ -70,25 +131,8 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
     }
     const Library library;
     SignalWatch watch;
-    scene::SceneRender render(scene, watch, say_note);
-    FrameProgress progress(frames.count());
-    bool told = false;
-    for (int i = 0; i < frames.count(); ++i) {
-        watch.must_go_on();
-        const int number = frames.frame(i);
-        const std::string file = names.name(number);
-        int width = 0, height = 0;
-        if (options.resume) render.size(number, &width, &height);
-        const bool skipped = options.resume && is_whole(file, width, height, watch);
-        if (!skipped) {
-            const pictures::Picture frame = render.frame(number);
-            if (!told) note_light(scene, file, frame);
-            told = true;
-            pictures::write_picture(file, frame, scene.depth, {}, watch);
-        }
-        say_detail(file, skipped ? "is there" : "written");
-        progress.done(number, skipped);
-    }
+    scene::SceneRender render(scene, say_note);
+    make_pictures({options, scene, frames, render, watch}, names);
 }
 
 /// What is transparent becomes black.
@@ -107,21 +151,30 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     if (options.resume) throw WrongUsage("--resume is for pictures, a movie is made as a whole");
     const Library library;
     SignalWatch watch;
-    scene::SceneRender render(scene, watch, say_note);
+    scene::SceneRender render(scene, say_note);
     int width = 0, height = 0;
-    render.size(frames.first, &width, &height);
+    render.size(frames.first, watch, &width, &height);
     pictures::MovieFile movie(options.output, width, height, scene.rate);
     FrameProgress progress(frames.count());
-    for (int i = 0; i < frames.count(); ++i) {
-        const int number = frames.frame(i);
-        const pictures::Picture frame = render.frame(number);
+    NotesOnce once;
+    const auto make = [&](int index, pictures::Watch& frame_watch) -> scene::InTurn {
+        const int number = frames.frame(index);
+        const pictures::Picture frame = render.frame(number, frame_watch);
         if (frame.world->width != width || frame.world->height != height) {
             throw pictures::Failure(options.output,
                                     "frame " + std::to_string(number) + " has another size than the first");
         }
-        movie.add(*opaque(options.output, *frame.world, watch));
-        progress.done(number, false);
-    }
+        const std::shared_ptr<const QX_World> shown = opaque(options.output, *frame.world, frame_watch);
+        std::vector<Note> notes;
+        for (const auto& note : pictures::lost_at_depth(frame, 8)) notes.push_back({note, scene.file + ": " + note});
+        return [&, number, shown, notes] {
+            watch.must_go_on();
+            once.say(notes);
+            movie.add(*shown);
+            progress.done(number, false);
+        };
+    };
+    scene::in_order(frames.count(), Job{options, scene, frames, render, watch}.at_once(), watch, make);
     watch.must_go_on();
     movie.commit();
     say_detail(options.output, "written");
@@ -129,6 +182,8 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
 
 void run(const RenderOptions& options) {
     apply_common_options(options.common);
+    if (!options.memory.empty()) memory_size("--memory", options.memory);
+    options.encoding.check(options.output);
     const int depth = options.depth.empty() ? 0 : 8 << choice("--depth", options.depth, scene::kDepthWords);
     const bool movie = pictures::is_movie(options.output);
     scene::Scene scene = scene::read_scene(options.scene);
@@ -151,8 +206,16 @@ void add_render(CLI::App& app) {
         ->type_name("A-B[xSTEP]");
     command->add_flag("--resume", options->resume, "leave frames alone whose file is there and whole")
         ->disable_flag_override();
-    command->add_option("--depth", options->depth, "bits to work with (default: those of the scene)")
+    command
+        ->add_option(
+            "--depth", options->depth,
+            "bits to work with (default: those of the scene); 16 has 32,769 steps, 32 every value of 16-bit files")
         ->type_name("8|16|32");
+    command
+        ->add_option("--memory", options->memory,
+                     "memory for frames that are at work at once (default: half of the machine's)")
+        ->type_name("N[K|M|G]");
+    add_encoding_options(*command, options->encoding);
     add_common_options(*command, options->common);
     set_usage(*command, "SCENE.json [options] -o OUT.####.EXT");
     command->footer(kFooter);

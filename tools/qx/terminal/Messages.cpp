@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <initializer_list>
+#include <mutex>
 
 #include "pictures/Files.h"
 
@@ -13,11 +14,21 @@ namespace qx::tool {
 namespace {
 
 Talk level = Talk::normal;
+std::mutex mutex;  // of standard error and of what follows
 bool line_shown = false;
+
+void replace_line(const std::string& words) {
+    if (line_shown) std::fputs("\r\x1B[K", stderr);
+    line_shown = !words.empty();
+    if (!line_shown) return;
+    std::fputs(words.c_str(), stderr);
+    std::fflush(stderr);
+}
 
 /// A message is one line whatever a file's name or a library's text contains.
 void say(std::initializer_list<std::string_view> parts) {
-    show_line("");
+    const std::lock_guard lock(mutex);
+    replace_line("");
     std::fputs("qx: ", stderr);
     for (const std::string_view part : parts) {
         for (const unsigned char c : part) std::fputc(c < ' ' || c == 127 ? ' ' : c, stderr);
@@ -39,11 +50,8 @@ void say_detail(std::string_view file, std::string_view words) {
 }
 
 void show_line(const std::string& words) {
-    if (line_shown) std::fputs("\r\x1B[K", stderr);
-    line_shown = !words.empty();
-    if (!line_shown) return;
-    std::fputs(words.c_str(), stderr);
-    std::fflush(stderr);
+    const std::lock_guard lock(mutex);
+    replace_line(words);
 }
 
 void install_terminate_handler() noexcept {

@@ -65,6 +65,14 @@ void FrameProgress::done(int frame, bool skipped) {
               "), " + speed_words(done_ - skipped_, frames_ - skipped_, passed.count()));
 }
 
+void PartWatch::rows(std::int64_t done, std::int64_t total) noexcept {
+    const std::int64_t now = done * kSteps / total;
+    std::int64_t before = told_.load(std::memory_order_relaxed);
+    while (before < now && !told_.compare_exchange_weak(before, now, std::memory_order_relaxed)) {
+    }
+    if (before < now) progress_.add(now - before);
+}
+
 void FileProgress::rows(std::int64_t done, std::int64_t total) noexcept {
     if (!progress_) progress_.emplace(what_, total);
     progress_->reach(done);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <mutex>
@@ -20,6 +21,8 @@ public:
     Progress& operator=(const Progress&) = delete;
     /// `done` steps of the total are done; fewer than before change nothing.
     void reach(std::int64_t done) noexcept;
+    /// So many steps more than have been added.
+    void add(std::int64_t steps) noexcept { reach(added_.fetch_add(steps, std::memory_order_relaxed) + steps); }
 
 private:
     void draw(std::int64_t done) noexcept;
@@ -27,6 +30,7 @@ private:
     const std::int64_t total_;
     const bool wanted_;
     const std::chrono::steady_clock::time_point start_;
+    std::atomic<std::int64_t> added_{0};
     std::mutex mutex_;
     std::int64_t shown_percent_ = -1;
 };
@@ -49,6 +53,20 @@ private:
     const bool wanted_;
     const std::chrono::steady_clock::time_point start_;
     int done_ = 0, skipped_ = 0;
+};
+
+/// One piece of work among some that share a bar, one after the other or at once. Stops when another watch does.
+class PartWatch : public pictures::Watch {
+public:
+    static constexpr std::int64_t kSteps = 1 << 16;  ///< of a part
+    PartWatch(Progress& progress, const pictures::Watch& stopping) : progress_(progress), stopping_(stopping) {}
+    bool stops() const noexcept override { return stopping_.stops(); }
+    void rows(std::int64_t done, std::int64_t total) noexcept override;
+
+private:
+    Progress& progress_;
+    const pictures::Watch& stopping_;
+    std::atomic<std::int64_t> told_{0};
 };
 
 /// The bar of reading or writing one file; a signal stops it.

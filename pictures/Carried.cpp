@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "pictures/Carried.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <type_traits>
+
+#include "pictures/Light.h"
+#include "pictures/Scale.h"
+
+namespace qx::pictures {
+namespace {
+
+bool same_bits(const QX_PixelFloat& a, const QX_PixelFloat& b) {
+    using Bits = std::array<std::uint32_t, 4>;
+    return std::bit_cast<Bits>(a) == std::bit_cast<Bits>(b);
+}
+bool same_bits(const QX_Pixel16& a, const QX_Pixel16& b) {
+    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+
+// What a file's pixel is in a world, and what that is in a file.
+QX_Pixel16 to_world(const QX_Pixel16& p) { return each_channel<QX_Pixel16>(p, from_file16); }
+QX_Pixel16 to_file(const QX_Pixel16& p) { return each_channel<QX_Pixel16>(p, to_file16); }
+QX_PixelFloat to_world(const QX_PixelFloat& p) { return straight(p); }
+QX_PixelFloat to_file(const QX_PixelFloat& p) { return p.alpha == 0 ? p : associated(p); }
+
+template <class Pixel> void settle_pixels(const std::string& path, Picture& picture) {
+    const QX_World& file = *picture.world;
+    const auto is_lost = [](const Pixel& p, int, int) { return !same_bits(to_file(to_world(p)), p); };
+    std::unique_ptr<QX_World> carried;
+    if (any_pixel<Pixel>(file, is_lost)) {
+        carried = std::move(picture.world);
+        picture.world = new_world(path, carried->width, carried->height, carried->Depth(), false);
+    }
+    const QX_World& from = carried ? *carried : *picture.world;
+    each_pixel<Pixel>(*picture.world, [&](Pixel& p, int x, int y) { p = to_world(row_of<Pixel>(from, y)[x]); });
+    picture.carried = std::move(carried);
+}
+
+template <class Pixel> void make_straight(const QX_World& world) {
+    each_pixel<Pixel>(world, [](Pixel& p, int, int) { p = straight(p); });
+}
+
+/// The value in a 16-bit file of a channel of a world of 16 bits, and of the one that is carried there.
+std::uint16_t file16(std::uint16_t own, std::uint16_t carried) {
+    return from_file16(carried) == own ? carried : to_file16(own);
+}
+
+/// Calls `make(to, pixel, carried)` for all pixels of a picture of 16 bits, of which `carried` is the nearest in a file
+/// when nothing is carried.
+template <class To, class Make> void each_file16(const Picture& picture, const QX_World& to, const Make& make) {
+    each_pixel<To>(to, [&](To& out, int x, int y) {
+        const QX_Pixel16 p = row_of<QX_Pixel16>(*picture.world, y)[x];
+        const QX_Pixel16 c = picture.carried ? row_of<QX_Pixel16>(*picture.carried, y)[x] : to_file(p);
+        out = make(QX_Pixel16{file16(p.alpha, c.alpha), file16(p.red, c.red), file16(p.green, c.green),
+                              file16(p.blue, c.blue)});
+    });
+}
+
+}  // namespace
+
+void settle(const std::string& path, Picture& picture, bool is_associated) {
+    switch (picture.world->Depth()) {
+        case 8:
+            if (is_associated) make_straight<QX_Pixel8>(*picture.world);
+            return;
+        case 16:
+            if (is_associated) make_straight<QX_Pixel16>(*picture.world);
+            return settle_pixels<QX_Pixel16>(path, picture);
+        default:
+            if (is_associated) settle_pixels<QX_PixelFloat>(path, picture);
+    }
+}
+
+std::unique_ptr<QX_World> pixels_of_file16(const std::string& path, const Picture& picture) {
+    const QX_World& world = *picture.world;
+    auto file = new_world(path, world.width, world.height, 16, false);
+    if (world.Depth() == 16) {
+        each_file16<QX_Pixel16>(picture, *file, [](const QX_Pixel16& p) { return p; });
+    } else {
+        each_pixel<QX_Pixel16>(*file, [&](QX_Pixel16& p, int x, int y) {
+            p = each_channel<QX_Pixel16>(row_of<QX_PixelFloat>(world, y)[x], file16_of_float);
+        });
+    }
+    return file;
+}
+
+void bring_to_depth(const std::string& path, Picture& picture, int depth) {
+    const QX_World& world = *picture.world;
+    if (world.Depth() == depth) return;
+    std::unique_ptr<QX_World> other;
+    if (world.Depth() == 16 && depth == 32) {
+        other = new_world(path, world.width, world.height, depth, false);
+        each_file16<QX_PixelFloat>(picture, *other,
+                                   [](const QX_Pixel16& p) { return each_channel<QX_PixelFloat>(p, float_of_file16); });
+    } else {
+        other = at_depth(path, world, depth);
+    }
+    picture.world = std::move(other);
+    picture.carried.reset();
+    picture.precision = std::min(picture.precision, precision_of(depth));
+    picture.half = picture.half && depth != 16;  // which has finer steps
+}
+
+/// Under an alpha of 0 only light has a colour, and what is infinite must not become not-a-number.
+QX_PixelFloat associated_pixel(const Picture& picture, int x, int y) {
+    const QX_PixelFloat& p = row_of<QX_PixelFloat>(*picture.world, y)[x];
+    if (p.alpha == 0) return is_light(picture, x, y) ? p : QX_PixelFloat{};
+    if (!picture.carried) return associated(p);
+    const QX_PixelFloat& carried = row_of<QX_PixelFloat>(*picture.carried, y)[x];
+    return same_bits(straight(carried), p) ? carried : associated(p);
+}
+
+}  // namespace qx::pictures

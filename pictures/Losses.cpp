@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "pictures/Losses.h"
+
+#include <Imath/half.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "pictures/Carried.h"
+#include "pictures/Light.h"
+
+namespace qx::pictures {
+namespace {
+
+constexpr const char* kBeyondIsCut = "values below 0 and above 1 are cut, only floats hold them";
+
+/// Halves have a longer range than 16 bits, which have finer steps; 8 bits survive in either.
+bool loses(Precision from, Precision to) { return together(from, to) != to; }
+
+std::string becomes(Precision from, Precision to) {
+    constexpr const char* words[] = {"8 bits", "16 bits", "half floats", "floats"};
+    return std::string("its ") + words[static_cast<int>(from)] + " become " + words[static_cast<int>(to)];
+}
+
+template <class Is> bool any_channel(const QX_World& world, const Is& is) {
+    return any_pixel<QX_PixelFloat>(
+        world, [&](const QX_PixelFloat& p, int, int) { return is(p.alpha) || is(p.red) || is(p.green) || is(p.blue); });
+}
+
+bool any_beyond(const QX_World& world) {
+    return world.Depth() == 32 && any_channel(world, [](float v) { return !(v >= 0 && v <= 1); });
+}
+
+bool overflows(float v) { return std::isfinite(v) && half(v).isInfinity(); }
+
+bool any_overflow(const Picture& picture) {
+    if (picture.world->Depth() != 32) return false;
+    return any_pixel<QX_PixelFloat>(*picture.world, [&](const QX_PixelFloat&, int x, int y) {
+        const QX_PixelFloat p = associated_pixel(picture, x, y);
+        return overflows(p.alpha) || overflows(p.red) || overflows(p.green) || overflows(p.blue);
+    });
+}
+
+/// Of a picture in linear light; a file that tells none means those of HDTV.
+std::array<float, 8> primaries_of(const Picture& picture) {
+    constexpr std::array<float, 8> usual{0.64f, 0.33f, 0.3f, 0.6f, 0.15f, 0.06f, 0.3127f, 0.329f};
+    return picture.primaries.value_or(usual);
+}
+
+}  // namespace
+
+Precision together(Precision a, Precision b) {
+    const bool both = std::min(a, b) == Precision::sixteen && std::max(a, b) == Precision::half;
+    return both ? Precision::real : std::max(a, b);
+}
+
+void add_precision(Picture& onto, const Picture& layer) {
+    onto.precision = together(onto.precision, layer.precision);
+    onto.half = onto.half && !loses(onto.precision, Precision::half);
+}
+
+std::vector<std::string> lost_at_depth(const Picture& picture, int depth) {
+    std::vector<std::string> notes;
+    const Precision held = precision_of(depth);
+    if (loses(picture.precision, held)) notes.push_back(becomes(picture.precision, held));
+    if (depth < 32 && any_beyond(*picture.world)) notes.emplace_back(kBeyondIsCut);
+    return notes;
+}
+
+std::vector<std::string> taken_otherwise(const Picture& layer, const Picture& background) {
+    const bool differ = layer.linear && background.linear && primaries_of(layer) != primaries_of(background);
+    if (!differ) return {};
+    return {"its primaries are not those of the background, values are taken as they are"};
+}
+
+std::vector<std::string> left_out(const std::string& path, const Picture& picture, int depth,
+                                  const WriteOptions& options) {
+    std::vector<std::string> notes;
+    const bool linear = is_linear_format(path);
+    if (linear && !picture.icc.empty()) notes.emplace_back("its colour profile is left out, OpenEXR holds none");
+    if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
+    if (!linear && picture.attributes) notes.emplace_back("its attributes are left out, only OpenEXR holds them");
+    if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
+    const int file = file_depth(path, depth);
+    const bool halves = linear && options.half.value_or(picture.half);
+    const Precision held = halves ? Precision::half : precision_of(file);
+    if (loses(picture.precision, held)) notes.push_back(becomes(picture.precision, held));
+    if (file < 32 && any_beyond(*picture.world)) notes.emplace_back(kBeyondIsCut);
+    if (halves && any_overflow(picture)) notes.emplace_back("values above 65504 become infinite in half floats");
+    return notes;
+}
+
+}  // namespace qx::pictures

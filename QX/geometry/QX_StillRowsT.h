@@ -111,8 +111,7 @@ public:
                 const FixedPoint p = at_ + dx_ * from;
                 samplers_.span(nullptr, to - from, p.x, p.y, &block_, &sum, out + from);
             } else if (run_ != nullptr) {
-                sum +=
-                    static_cast<QX_AlphaSumOf<Pixel>>(run_(to - from, at_ + dx_ * from, dx_, *block_.src, out + from));
+                run_(to - from, at_ + dx_ * from, dx_, *block_.src, &sum, out + from);
             } else {
                 take(samplers_.unclipped, from, to, &sum, out);
             }

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Runs of samples against the sampler of one pixel, in millions of pixels.
+#include <cstring>
+
+#include "QX/indep/QX_PerDepth.h"
 #include "QX/sampling/QX_RowGeometry.h"
 #include "tests/geometry/TransformSupport.h"
 
@@ -8,8 +11,8 @@ namespace {
 
 /// A row drawn by a transform takes the run form where there is one. While the slot `single` holds a routine of others,
 /// here one that calls the library's own, single samples are taken.
-std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& src, int width, int height,
-                             int single = 0) {
+template <class Pixel>
+std::vector<Pixel> drawn(const TransformCall& call, TestWorld<Pixel>& src, int width, int height, int single = 0) {
     static void* own;
     own = QXp_G_OverFuncs[single];
     constexpr QX_PointSampler<QX_Pixel8> calls_own = [](void* in_data, std::int32_t x, std::int32_t y,
@@ -17,7 +20,7 @@ std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& sr
         return reinterpret_cast<QX_PointSampler<QX_Pixel8>>(own)(in_data, x, y, params, out);
     };
     if (single != 0) QX_SetOverrideFunc(single, reinterpret_cast<void*>(calls_own));
-    TestWorld<QX_Pixel8> dst(width, height, FillKind::clear, 1);
+    TestWorld<Pixel> dst(width, height, FillKind::clear, 1);
     EXPECT_EQ(call(src.record(), dst.record()), 0);
     if (single != 0) QX_SetOverrideFunc(single, own);
     return dst.pixels();
@@ -40,6 +43,34 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
         if (run % 3 == 0) call.matrices.push_back(later);
         ASSERT_TRUE(drawn(call, src, 180, 181) == drawn(call, src, 180, 181, 61)) << "run " << run;
     }
+}
+
+/// Where registers are wide enough for runs, rows of every depth and quality are those of the level below, which takes
+/// single samples.
+TEST(Runs, EqualSingleSamplesAtAllDepths) {
+    for_each_pixel_type([]<class Pixel>() {
+        for (int run = 0; run < 90; ++run) {
+            TestWorld<Pixel> src(200, 160, static_cast<FillKind>(run % 6), static_cast<std::uint64_t>(run) + 1);
+            Numbers number(static_cast<unsigned>(run));
+            const double turn = number(-32000, 32000) / 10000.0, scale = std::exp2(number(-900, 2000) / 1000.0);
+            const double c = scale * std::cos(turn), s = run % 5 == 0 ? 0 : scale * std::sin(turn);
+            const M_Matrix3 first{{{c, s, 0}, {-s, c, 0}, {90.5 - 100 * c + 80 * s, 90.25 - 100 * s - 80 * c, 1}}};
+            const M_Matrix3 later{{{c, s, 0}, {-s, c, 0}, {97 - 100 * c + 80 * s, 95.75 - 100 * s - 80 * c, 1}}};
+            for (const int quality : {0, 1, 2}) {
+                TransformCall call{.matrices = {first}, .quality = quality, .mode = mode_of(xfer_replace)};
+                if (run % 9 == 0) call.matrices.push_back(later);
+                std::vector<Pixel> single;
+                for (const auto level : {standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster,
+                                         standalone::ProcessorLevel::widest}) {
+                    const Born born(1, level);
+                    const auto pixels = drawn(call, src, 180 + run % 7, 181);
+                    if (single.empty()) single = pixels;
+                    ASSERT_EQ(std::memcmp(single.data(), pixels.data(), pixels.size() * sizeof(Pixel)), 0)
+                        << "run " << run << " quality " << quality << " depth " << sizeof(Pixel) * 2;
+                }
+            }
+        }
+    });
 }
 
 /// Whole boxes, partial rows or columns, mirrored and sheared rows, boxes that sums in integers do not fit, layers

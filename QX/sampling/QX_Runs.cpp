@@ -36,7 +36,7 @@ std::int32_t nearest_run(std::int32_t count, std::int64_t x, std::int32_t step, 
 }
 
 template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipped) {
-    const PointRuns<Pixel>& runs = samp_forms->runs->point.of<Pixel>();
+    const RunSet<Pixel>& runs = samp_forms->runs->of<Pixel>();
     if (unclipped == library_bilinear<Pixel>()) return runs.bilinear;
     return unclipped == library_bicubic<Pixel>() ? runs.bicubic : nullptr;
 }

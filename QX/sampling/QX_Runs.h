@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "QX/indep/QX_PerDepth.h"
 #include "QX/indep/QX_RoutineTypes.h"
 #include "QX/sampling/QX_RowGeometry.h"
 #include "QX/sampling/QX_SampPB.h"
-#include "lanes/Levels.h"
 
 /// Samplers of whole runs: positions a step apart, all of whose taps lie inside the world and none of which wraps.
 /// They give what the sampler of one pixel gives, every pixel, in fewer instructions.
@@ -19,13 +17,6 @@ using RunSampler = void (*)(std::int32_t count, FixedPoint at, FixedPoint step, 
 /// The run form of an unclipped sampler; null where there is none: for routines that a host has put into the table, and
 /// on processors without the vectors for it.
 template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipped);
-
-template <class Pixel> struct PointRuns { RunSampler<Pixel> bilinear, bicubic; };
-/// The runs of a level; null where it has none.
-struct RunKernels {
-    PerDepth<PointRuns> point;
-};
-QX_DECLARE_LEVELS(RunKernels, run_kernels)
 
 /// A routine with the arguments of nearest_run.
 using NearestRun = std::int32_t(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,

@@ -5,20 +5,10 @@ namespace qx {
 
 namespace {
 
-constexpr SampForms kPlain{&sampling::noclip_plain,
-                           &sampling::area_plain8,
-                           &sampling::area_plain16,
-                           &sampling::cubic8_plain,
-                           &plain::run_kernels,
-                           nullptr,
-                           nullptr};
-constexpr SampForms kVector{&sampling::noclip_two_stage,
-                            &sampling::area_template8,
-                            &sampling::area_template16,
-                            &sampling::cubic8_plain,
-                            &plain::run_kernels,
-                            nullptr,
-                            nullptr};
+constexpr SampForms kPlain{&sampling::noclip_plain, &sampling::area_plain8, &sampling::area_plain16,
+                           &sampling::cubic8_plain, &plain::run_kernels,    nullptr};
+constexpr SampForms kVector{&sampling::noclip_two_stage, &sampling::area_template8, &sampling::area_template16,
+                            &sampling::cubic8_plain,     &plain::run_kernels,       nullptr};
 
 /// The wide forms; what has none stays as it is.
 constexpr SampForms widened(SampForms forms, const RunKernels& runs) {
@@ -26,7 +16,6 @@ constexpr SampForms widened(SampForms forms, const RunKernels& runs) {
     forms.area8 = &avx2::area_template8;
     forms.cubic8 = &avx2::cubic8;
     forms.runs = &runs;
-    forms.area_run8 = &avx2::area_run;
     forms.nearest_run8 = &avx2::nearest_run;
     return forms;
 }

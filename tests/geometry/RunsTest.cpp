@@ -45,8 +45,18 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
     }
 }
 
-/// Where registers are wide enough for runs, rows of every depth and quality are those of the level below, which takes
-/// single samples.
+/// Where registers are wide enough for runs, what is drawn is that of the level below, which takes single samples.
+template <class Draw> void expect_equal_levels(const Draw& draw) {
+    using standalone::ProcessorLevel;
+    decltype(draw()) single;
+    for (const auto level : {ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
+        const Born born(1, level);
+        const auto pixels = draw();
+        if (single.empty()) single = pixels;
+        ASSERT_EQ(std::memcmp(single.data(), pixels.data(), pixels.size() * sizeof pixels[0]), 0);
+    }
+}
+
 TEST(Runs, EqualSingleSamplesAtAllDepths) {
     for_each_pixel_type([]<class Pixel>() {
         for (int run = 0; run < 90; ++run) {
@@ -59,15 +69,8 @@ TEST(Runs, EqualSingleSamplesAtAllDepths) {
             for (const int quality : {0, 1, 2}) {
                 TransformCall call{.matrices = {first}, .quality = quality, .mode = mode_of(xfer_replace)};
                 if (run % 9 == 0) call.matrices.push_back(later);
-                std::vector<Pixel> single;
-                for (const auto level : {standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster,
-                                         standalone::ProcessorLevel::widest}) {
-                    const Born born(1, level);
-                    const auto pixels = drawn(call, src, 180 + run % 7, 181);
-                    if (single.empty()) single = pixels;
-                    ASSERT_EQ(std::memcmp(single.data(), pixels.data(), pixels.size() * sizeof(Pixel)), 0)
-                        << "run " << run << " quality " << quality << " depth " << sizeof(Pixel) * 2;
-                }
+                SCOPED_TRACE(testing::Message() << "run " << run << ", quality " << quality << ", " << sizeof(Pixel));
+                expect_equal_levels([&] { return drawn(call, src, 180 + run % 7, 181); });
             }
         }
     });
@@ -76,18 +79,19 @@ TEST(Runs, EqualSingleSamplesAtAllDepths) {
 /// Whole boxes, partial rows or columns, mirrored and sheared rows, boxes that sums in integers do not fit, layers
 /// partly outside. Perspective can make boxes wider than the step between them; then several in a row pass a side of
 /// the layer by less than a pixel.
+const struct {
+    double x, y, shear, at_x, at_y;
+} kPlaces[] = {{0.5, 0.5, 0, 0, 0},      {1 / 3.0, 1 / 3.0, 0, 0, 0}, {0.25, 0.25, 0, 0, 0},
+               {0.25, 0.25, 0, 7, 0.4},  {0.25, 0.25, 0, 0.3, 0},     {0.25, 0.125, 0, -31, -20},
+               {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
+               {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
+               {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2},
+               {0.25, 0.25, 0, 100, 0},  {0.25, 0.25, 0, 100.5, 0},   {0.25, 0.25, 0, 101.15, 0}};
+
 TEST(Runs, AreasEqualSingleSamplesEverywhere) {
     const Born born;
-    struct {
-        double x, y, shear, at_x, at_y;
-    } const places[] = {{0.5, 0.5, 0, 0, 0},      {1 / 3.0, 1 / 3.0, 0, 0, 0}, {0.25, 0.25, 0, 0, 0},
-                        {0.25, 0.25, 0, 7, 0.4},  {0.25, 0.25, 0, 0.3, 0},     {0.25, 0.125, 0, -31, -20},
-                        {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
-                        {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
-                        {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2},
-                        {0.25, 0.25, 0, 100, 0},  {0.25, 0.25, 0, 100.5, 0},   {0.25, 0.25, 0, 101.15, 0}};
     for (int run = 0; run < 108; ++run) {
-        const auto& p = places[run / 6];
+        const auto& p = kPlaces[run / 6];
         const double tilt = run < 90 ? 0 : -0.01;
         const int width = tilt != 0 ? 64 : run % 7 == 0 ? 16 : 1187;
         TestWorld<QX_Pixel8> src(width, 401, static_cast<FillKind>(run % 6), static_cast<std::uint64_t>(run) + 1);
@@ -100,6 +104,26 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
         const auto one_by_one = drawn(call, src, 331, 207, 5);
         ASSERT_TRUE(bilinear == one_by_one && bicubic == one_by_one) << "run " << run;
     }
+}
+
+TEST(Runs, AreasEqualSingleSamplesAtAllDepths) {
+    for_each_pixel_type([]<class Pixel>() {
+        for (int run = 0; run < 108; ++run) {
+            const auto& p = kPlaces[run / 6];
+            TestWorld<Pixel> src(run % 7 == 0 ? 16 : 603, 201, static_cast<FillKind>(run % 6), 1 + unsigned(run));
+            const TransformCall call{.matrices = {{{{p.x, 0, 0}, {p.shear, p.y, 0}, {p.at_x, p.at_y, 1}}}},
+                                     .quality = 1 + run % 2,
+                                     .mode = mode_of(xfer_replace)};
+            SCOPED_TRACE(testing::Message() << "run " << run << ", " << sizeof(Pixel));
+            expect_equal_levels([&] { return drawn(call, src, 331, 107); });
+            expect_equal_levels([&] {
+                const M_LRect from{run % 5, run % 3, 603 - run % 4, 200}, to{-3, -run % 2, 601 / (2 + run % 4), 50};
+                TestWorld<Pixel> dst(290, 60, FillKind::random, 1);
+                EXPECT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.record(), dst.record(), &from, &to), 0);
+                return dst.pixels();
+            });
+        }
+    });
 }
 
 TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {

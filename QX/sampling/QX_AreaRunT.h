@@ -15,6 +15,8 @@ namespace qx::QX_ISA {
 using BoxSums = Wide<double>;  // alpha, and the colours times alpha, of each box in turn
 inline constexpr int kBoxesInRegister = kRegister / 32, kBoxRegisters = 4, kBoxes = kBoxesInRegister * kBoxRegisters;
 
+inline constexpr std::ptrdiff_t kBytesAhead = 2048;
+
 /// Alphas, and pixels with an alpha of 1, of the boxes of a register.
 struct BoxPixels {
     BoxSums alphas, ones;
@@ -46,6 +48,16 @@ template <class Pixel> QX_INLINE BoxPixels load_box_pixels(const std::byte* cons
 #endif
 }
 
+/// Adds a pixel of each box.
+template <class Pixel>
+QX_INLINE void add_column(const std::byte* const (&box)[kBoxes], std::ptrdiff_t way, double weight,
+                          BoxSums (&sums)[kBoxRegisters]) {
+    for (int k = 0; k < kBoxRegisters; ++k) {
+        const BoxPixels p = load_box_pixels<Pixel>(box + k * kBoxesInRegister, way);
+        sums[k] = sums[k] + weight * p.alphas * p.ones;
+    }
+}
+
 /// The pixel of a box as the template of area samples finishes it. @param scale  one by the area
 template <class Pixel> QX_INLINE void finish_box(__m256d sums, double scale, Pixel* out) {
     const __m256d full = _mm256_set1_pd(DepthOf<Pixel>::full), zero = _mm256_setzero_pd();
@@ -72,6 +84,7 @@ void area_run(std::int32_t count, FixedPoint at, std::int32_t step, const QX_Sam
     const sampling::Extent down = sampling::Extent(at.y, block.y_radius).clipped(world.height);
     const double lead = across.lead() * 0x1p-16, tail = across.tail() * 0x1p-16;
     const std::ptrdiff_t from = across.lead() != 0 ? 1 : 0, to = across.last() - across.first();
+    const std::ptrdiff_t group = kBoxes * (step >> 16) * size;
     const double scale = 0.25 / (block.x_radius * 0x1p-16 * (block.y_radius * 0x1p-16));
     const std::byte* const first = static_cast<const std::byte*>(world.data) + across.first() * size;
     for (std::int32_t i = 0; i < count; i += kBoxes) {
@@ -81,16 +94,18 @@ void area_run(std::int32_t count, FixedPoint at, std::int32_t step, const QX_Sam
         BoxSums sums[kBoxRegisters] = {};
         down.each([&](std::int32_t row, std::int32_t coverage) QX_LAMBDA {
             const double weight = coverage * 0x1p-16;
-            const auto add = [&, line = row * std::ptrdiff_t{world.rowbytes}](std::ptrdiff_t column,
-                                                                              double w) QX_LAMBDA {
-                for (int k = 0; k < kBoxRegisters; ++k) {
-                    const BoxPixels p = load_box_pixels<Pixel>(box + k * kBoxesInRegister, line + column * size);
-                    sums[k] = sums[k] + w * p.alphas * p.ones;
-                }
-            };
-            if (lead != 0) add(0, weight * lead);
-            for (std::ptrdiff_t column = from; column < to; ++column) add(column, weight);
-            if (tail != 0) add(to, weight * tail);
+            const std::ptrdiff_t line = row * std::ptrdiff_t{world.rowbytes};
+            for (std::ptrdiff_t ahead = 0; ahead < group; ahead += 64) {  // rows are a few bytes of many pages
+                __builtin_prefetch(box[0] + line + kBytesAhead + ahead);
+            }
+            BoxSums in_work[kBoxRegisters];
+            __builtin_memcpy(in_work, sums, sizeof sums);
+            if (lead != 0) add_column<Pixel>(box, line, weight * lead, in_work);
+            for (std::ptrdiff_t column = from; column < to; ++column) {
+                add_column<Pixel>(box, line + column * size, weight, in_work);
+            }
+            if (tail != 0) add_column<Pixel>(box, line + to * size, weight * tail, in_work);
+            __builtin_memcpy(sums, in_work, sizeof sums);
         });
         for (int k = 0; k < lesser(std::int32_t{kBoxes}, count - i); ++k) {
             __m256d box_sums;

@@ -68,6 +68,8 @@ private:
                 x += step * (i - from);
             }
             for (; i < to; ++i, x += step) put(i, Pixel(row[x >> 16]));
+        } else if constexpr (sizeof(Pixel) > 4) {
+            sum = source_.take(p, dx_, to - from, sum, out + from);
         } else {
             for (std::int32_t i = from; i < to; ++i, p = p + dx_) put(i, Pixel(source_.at(p)));
         }

@@ -2,45 +2,13 @@
 // The walk of a run of samples, for one level.
 #pragma once
 
+#include "QX/sampling/QX_RunPlaces.h"
 #include "QX/sampling/QX_Runs.h"
 #include "lanes/Doubles.h"
 #include "lanes/Level.h"
 #include "lanes/Scattered.h"
 
 namespace qx::QX_ISA {
-
-/// Pixels whose places are made at once, and asked for that much ahead: a turned row touches a line of many rows, which
-/// no processor foresees.
-inline constexpr std::int32_t kAhead = 64;
-
-/// Where the samples of a run have their first taps.
-template <class Kernel, class Pixel> class RunPlaces {
-public:
-    QX_INLINE RunPlaces(FixedPoint from, FixedPoint step, const QX_LayerDef& world)
-        : base_(static_cast<const std::byte*>(world.data) -
-                Kernel::before * (std::ptrdiff_t{world.rowbytes} + std::ptrdiff_t{sizeof(Pixel)})),
-          rowbytes_(world.rowbytes),
-          from_(from),
-          step_(step) {}
-
-    /// The next ones; behind the end the last is repeated.
-    QX_INLINE void make(std::int32_t count, const std::byte* (&places)[kAhead]) {
-        const std::int32_t now = lesser(count, kAhead);
-        std::int32_t i = 0;
-        for (; i < now; ++i, from_ = from_ + step_) {
-            std::ptrdiff_t row = from_.y >> 16;
-            asm("" : "+r"(row));  // addresses that are made in vectors are slow to take from there
-            places[i] = base_ + row * rowbytes_ + (from_.x >> 16) * std::ptrdiff_t{sizeof(Pixel)};
-            for (int k = 0; k < Kernel::rows; ++k) __builtin_prefetch(places[i] + k * rowbytes_);
-        }
-        for (; now > 0 && i % pixels_in<typename Kernel::Bundle> != 0; ++i) places[i] = places[now - 1];
-    }
-
-private:
-    const std::byte* base_;
-    std::ptrdiff_t rowbytes_;
-    FixedPoint from_, step_;
-};
 
 /// The first taps of a bundle.
 template <class Bundle, class Pixel> struct Places {
@@ -75,9 +43,9 @@ void run_of(std::int32_t count, FixedPoint from, FixedPoint step, const QX_Layer
     using Bundle = typename Kernel::Bundle;
     constexpr int n = pixels_in<Bundle>;
     using I = Vector<std::int32_t, n * sizeof(std::int32_t)>;
-    RunPlaces<Kernel, Pixel> run(from, step, world);
+    RunPlaces<Pixel, Kernel::rows> run(from, step, world.data, world.rowbytes, Kernel::before);
     const std::byte* places[2][kAhead];
-    run.make(count, places[0]);
+    run.make(count, n, places[0]);
     I x{}, y{}, alphas{};
     for (int k = 0; k < n; ++k) {
         const FixedPoint p = from + step * pixel_of_lane<Bundle, Pixel>(k);
@@ -85,7 +53,7 @@ void run_of(std::int32_t count, FixedPoint from, FixedPoint step, const QX_Layer
     }
     Pixel end[n];
     for (int turn = 0; count > 0; turn ^= 1) {
-        run.make(count - kAhead, places[turn ^ 1]);
+        run.make(count - kAhead, n, places[turn ^ 1]);
         for (std::int32_t i = 0; i < lesser(count, kAhead); i += n, x += step.x * n, y += step.y * n) {
             const std::int32_t now = lesser(count - i, std::int32_t{n});
             const Bundle pixels = Kernel::sample(Places<Bundle, Pixel>{places[turn] + i, world.rowbytes}, x, y);

@@ -126,6 +126,22 @@ TEST(Runs, AreasEqualSingleSamplesAtAllDepths) {
     });
 }
 
+/// A quarter turn puts each pixel into a place of its own.
+TEST(Runs, NearestPixelsTurn) {
+    const Born born;
+    for_each_pixel_type([]<class Pixel>() {
+        constexpr int width = 40, height = 331;
+        TestWorld<Pixel> src(width, height, FillKind::random, 1);
+        const TransformCall call{
+            .matrices = {{{{0, 1, 0}, {-1, 0, 0}, {height, 0, 1}}}}, .quality = 0, .mode = mode_of(xfer_replace)};
+        const auto turned = drawn(call, src, height, width), pixels = src.pixels();
+        for (const auto& [x, y] : places(height, width)) {
+            ASSERT_EQ(turned[std::size_t(y) * height + std::size_t(x)],
+                      pixels[std::size_t(height - 1 - x) * width + std::size_t(y)]);
+        }
+    });
+}
+
 TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {
     std::vector<QX_Pixel8> made[2];
     for (int level = 0; level < 2; ++level) {

@@ -52,6 +52,7 @@ void run_of(std::int32_t count, FixedPoint from, FixedPoint step, const QX_Layer
         x[k] = p.x, y[k] = p.y;
     }
     Pixel end[n];
+    QX_AlphaSumOf<Pixel> total = *sum;  // in a register: pixels that are stored cannot change it
     for (int turn = 0; count > 0; turn ^= 1) {
         run.make(count - kAhead, n, places[turn ^ 1]);
         for (std::int32_t i = 0; i < lesser(count, kAhead); i += n, x += step.x * n, y += step.y * n) {
@@ -59,15 +60,16 @@ void run_of(std::int32_t count, FixedPoint from, FixedPoint step, const QX_Layer
             const Bundle pixels = Kernel::sample(Places<Bundle, Pixel>{places[turn] + i, world.rowbytes}, x, y);
             Pixel* const to = now == n ? out : end;
             store_pixels(to, pixels);
-            add_alphas(pixels, to, now, alphas, sum);
+            add_alphas(pixels, to, now, alphas, &total);
             if (now < n) __builtin_memcpy(out, end, static_cast<std::size_t>(now) * sizeof *out);
             out += n;
         }
         count -= kAhead;
     }
     if constexpr (!std::is_same_v<Pixel, QX_PixelFloat>) {
-        for (int k = 0; k < n; ++k) *sum += static_cast<std::uint32_t>(alphas[k]);
+        for (int k = 0; k < n; ++k) total += static_cast<std::uint32_t>(alphas[k]);
     }
+    *sum = total;
 }
 
 }  // namespace qx::QX_ISA

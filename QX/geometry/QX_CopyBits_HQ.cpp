@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copies that change size through the samplers: bilinear, or area where either direction shrinks.
+#include "QX/geometry/QX_AreaRow.h"
 #include "QX/geometry/QX_CopyBits.h"
 #include "QX/geometry/QX_CopyBitsPlan.h"
 #include "QX/indep/QX_Area.h"
@@ -66,14 +67,19 @@ Plan make_plan(const QX_LayerDef& src, const Side& s, const Side& d) {
 
 template <class Pixel>
 int sample(const QX_ProgressInfo* progress, const Plan& plan, const Samplers<Pixel>& samplers, const QX_LayerDef& dst) {
-    const QX_PointSampler<Pixel> sampler = plan.shrinks() ? samplers.area : samplers.subpixel;
+    const qx::AreaRow<Pixel> areas(samplers.area, plan.block, {plan.step.x, 0});
+    const std::int32_t left = plan.area.left, count = plan.area.right - left;
     FixedPoint at = plan.start;
     for (std::int32_t y = plan.area.top; y < plan.area.bottom; ++y) {
-        Pixel* const row = qx::row_of<Pixel>(dst, y);
+        Pixel* const row = qx::row_of<Pixel>(dst, y) + left;
         at.x = plan.start.x;
-        for (std::int32_t x = plan.area.left; x < plan.area.right; ++x) {
-            sampler(nullptr, at.x, at.y, &plan.block, row + x);
-            at.x = qx::wrapping_sum(at.x, plan.step.x);
+        if (plan.shrinks()) {
+            areas.sample(at, count, row);
+        } else {
+            for (std::int32_t i = 0; i < count; ++i) {
+                samplers.subpixel(nullptr, at.x, at.y, &plan.block, row + i);
+                at.x = qx::wrapping_sum(at.x, plan.step.x);
+            }
         }
         at.y = qx::wrapping_sum(at.y, plan.step.y);
         if ((y - plan.area.top) % 64 != 0 || progress == nullptr || progress->abort_func == nullptr) continue;

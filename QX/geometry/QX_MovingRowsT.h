@@ -141,7 +141,8 @@ private:
         bracket(paths_.steps, run_fits(p, step, paths_.steps), tested, [&](std::int32_t k, std::int32_t end) {
             if (weights == nullptr && run_ != nullptr) {
                 Pixel run[kQX_MaxSubFrames];
-                run_(end - k, p + step * k, step, *block_.src, run);
+                QX_AlphaSumOf<Pixel> unused{};
+                run_(end - k, p + step * k, step, *block_.src, &unused, run);
                 for (std::int32_t i = 0; i < end - k; ++i) sum.add(run[i]);
                 return;
             }

@@ -2,10 +2,9 @@
 // Rows of a layer that stands still while the shutter is open.
 #pragma once
 
-#include "QX/geometry/QX_Bracket.h"
+#include "QX/geometry/QX_AreaRow.h"
 #include "QX/geometry/QX_Footprint.h"
 #include "QX/indep/QX_RoutineTypes.h"
-#include "QX/sampling/QX_AreaRuns.h"
 #include "QX/sampling/QX_Nearest.h"
 #include "QX/sampling/QX_Runs.h"
 #include "QX/sampling/QX_SamplerSet.h"
@@ -69,6 +68,8 @@ private:
                 x += step * (i - from);
             }
             for (; i < to; ++i, x += step) put(i, Pixel(row[x >> 16]));
+        } else if constexpr (sizeof(Pixel) > 4) {
+            sum = source_.take(p, dx_, to - from, sum, out + from);
         } else {
             for (std::int32_t i = from; i < to; ++i, p = p + dx_) put(i, Pixel(source_.at(p)));
         }
@@ -90,14 +91,14 @@ public:
         : samplers_(samplers),
           block_(block),
           run_(run_form<Pixel>(samplers.unclipped)),
-          area_run_(area_run_form<Pixel>(samplers.area, block, geometry.dx)),
+          area_row_(samplers.area, block, geometry.dx),
           averages_(averages),
           at_(geometry.start),
           dx_(geometry.dx),
           dy_(geometry.dy) {}
 
     QX_AlphaSumOf<Pixel> sample(std::int32_t count, Pixel* out) const {
-        if (averages_) return average(count, out);
+        if (averages_) return area_row_.sample(at_, count, out);
         QX_AlphaSumOf<Pixel> sum{};
         const auto tested = [&](std::int32_t i) {
             bool all_in = false;
@@ -111,8 +112,7 @@ public:
                 const FixedPoint p = at_ + dx_ * from;
                 samplers_.span(nullptr, to - from, p.x, p.y, &block_, &sum, out + from);
             } else if (run_ != nullptr) {
-                sum +=
-                    static_cast<QX_AlphaSumOf<Pixel>>(run_(to - from, at_ + dx_ * from, dx_, *block_.src, out + from));
+                run_(to - from, at_ + dx_ * from, dx_, *block_.src, &sum, out + from);
             } else {
                 take(samplers_.unclipped, from, to, &sum, out);
             }
@@ -122,21 +122,6 @@ public:
     void advance() { at_ = at_ + dy_; }
 
 private:
-    QX_AlphaSumOf<Pixel> average(std::int32_t count, Pixel* out) const {
-        QX_AlphaSumOf<Pixel> sum{};
-        if (area_run_ == nullptr || !area_run_holds(block_, at_, dx_.x)) {
-            take(samplers_.area, 0, count, &sum, out);
-            return sum;
-        }
-        const auto tested = [&](std::int32_t i) {
-            take(samplers_.area, i, i + 1, &sum, out);
-            return box_is_inside(block_, (at_ + dx_ * i).x);
-        };
-        bracket(count, run_fits(at_, dx_, count), tested, [&](std::int32_t from, std::int32_t to) {
-            sum += static_cast<QX_AlphaSumOf<Pixel>>(area_run_(to - from, at_ + dx_ * from, dx_.x, block_, out + from));
-        });
-        return sum;
-    }
     void take(QX_PointSampler<Pixel> sampler, std::int32_t from, std::int32_t to, QX_AlphaSumOf<Pixel>* sum,
               Pixel* out) const {
         FixedPoint p = at_ + dx_ * from;
@@ -149,7 +134,7 @@ private:
     QX_SamplerSet<Pixel> samplers_;
     QX_SampPB block_;
     RunSampler<Pixel> run_;
-    AreaRun<Pixel> area_run_;
+    AreaRow<Pixel> area_row_;
     bool averages_;
     FixedPoint at_, dx_, dy_;
 };

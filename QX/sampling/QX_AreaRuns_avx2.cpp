@@ -228,15 +228,14 @@ std::uint32_t sample_boxes(const Boxes& boxes, std::int32_t from, std::int32_t c
 
 }  // namespace
 
-std::uint32_t area_run(std::int32_t count, FixedPoint at, std::int32_t step, const QX_SampPB& block, QX_Pixel8* out) {
+void area_run8(std::int32_t count, FixedPoint at, std::int32_t step, const QX_SampPB& block, std::uint32_t* sum,
+               QX_Pixel8* out) {
     const Boxes boxes(at, step, block);
     const std::int32_t room = boxes.room(), most = room > 4 ? room & ~3 : room;
     ColumnSums sums;
-    std::uint32_t alphas = 0;
     for (std::int32_t i = 0; i < count; i += most) {
-        alphas += sample_boxes(boxes, i, lesser(count - i, most), sums, out + i);
+        *sum += sample_boxes(boxes, i, lesser(count - i, most), sums, out + i);
     }
-    return alphas;
 }
 
 }  // namespace qx::avx2

@@ -4,17 +4,14 @@
 #include <limits>
 
 #include "QX/indep/QX_RoutineTypes.h"
+#include "QX/sampling/QX_CubicKernel.h"
 #include "QX/sampling/QX_SampForms.h"
 #include "QX/sampling/QX_SampleMixT.h"
 
 /// Bicubic samples: Keys' cubic convolution with a = -0.75, across four rows, then down. All in float, at every depth.
 namespace qx::sampling {
 
-/// The kernel in double, two distances at a time: up to 1, and from 1 to 2.
-QX_INLINE Double2 near_part(Double2 t) { return 1.25 * (t * t * t) - 2.25 * (t * t) + 1.0; }
-QX_INLINE Double2 far_part(Double2 t) { return -6.0 * t - (0.75 * (t * t * t) - 3.75 * (t * t)) + 3.0; }
-
-/// Weights of the taps before, at, behind and twice behind the position. Distances are exact in float.
+/// Weights of the taps before, at, behind and twice behind the position.
 QX_INLINE Float4 cubic_weights(std::int32_t fraction) {
     const double f = static_cast<double>(fraction) * 0x1p-16;
     const auto inner = _mm_cvtpd_ps((__m128d)near_part(Double2{f, 1 - f}));

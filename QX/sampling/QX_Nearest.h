@@ -5,7 +5,8 @@
 #include <cstddef>
 
 #include "QX/indep/QX_Records.h"
-#include "QX/sampling/QX_RowGeometry.h"
+#include "QX/indep/QX_RoutineTypes.h"
+#include "QX/sampling/QX_RunPlaces.h"
 
 namespace qx {
 
@@ -27,6 +28,24 @@ public:
     const Pixel& at(FixedPoint p) const { return row(p.y)[index(p.x)]; }
     /// Transparent black outside.
     Pixel read(FixedPoint p) const { return inside(p) ? at(p) : Pixel{}; }
+
+    /// Takes a run of positions, all inside. @return `sum` and the alphas
+    QX_AlphaSumOf<Pixel> take(FixedPoint from, FixedPoint step, std::int32_t count, QX_AlphaSumOf<Pixel> sum,
+                              Pixel* out) const {
+        RunPlaces<Pixel, 1> run(from, step, data_, rowbytes_, 0);
+        const std::byte* places[2][kAhead];
+        run.make(count, 1, places[0]);
+        for (int turn = 0; count > 0; turn ^= 1, count -= kAhead) {
+            run.make(count - kAhead, 1, places[turn ^ 1]);
+            const std::int32_t now = std::min(count, kAhead);
+            for (std::int32_t i = 0; i < now; ++i) {
+                const Pixel pixel = *reinterpret_cast<const Pixel*>(places[turn][i]);
+                *out++ = pixel;
+                sum += pixel.alpha;
+            }
+        }
+        return sum;
+    }
 
     std::int32_t width() const { return width_; }
 

@@ -1,9 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/sampling/QX_Runs.h"
 
+#include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampForms.h"
 
 namespace qx {
+
+namespace {
+
+template <class Pixel> QX_PointSampler<Pixel> library_bilinear() {
+    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        return samp_forms->unclipped8;
+    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
+        return &QX_SubpixelSampleNoClip_Straight16;
+    } else {
+        return &QX_SubpixelNoClipBilinearFloat;
+    }
+}
+template <class Pixel> QX_PointSampler<Pixel> library_bicubic() {
+    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        return &QX_SubpixelNoClipBicubic8;
+    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
+        return &QX_SubpixelNoClipBicubic16;
+    } else {
+        return &QX_SubpixelNoClipBicubicFloat;
+    }
+}
+
+}  // namespace
 
 std::int32_t nearest_run(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,
                          std::int32_t width, std::uint32_t* sum, QX_Pixel8* out) {
@@ -11,10 +35,13 @@ std::int32_t nearest_run(std::int32_t count, std::int64_t x, std::int32_t step, 
     return run != nullptr && step >= 0 && step <= kFixedOne ? run(count, x, step, row, width, sum, out) : 0;
 }
 
-template <> RunSampler<QX_Pixel8> run_form(QX_PointSampler<QX_Pixel8> unclipped) {
-    return unclipped == samp_forms->unclipped8 ? samp_forms->run8 : nullptr;
+template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipped) {
+    const RunSet<Pixel>& runs = samp_forms->runs->of<Pixel>();
+    if (unclipped == library_bilinear<Pixel>()) return runs.bilinear;
+    return unclipped == library_bicubic<Pixel>() ? runs.bicubic : nullptr;
 }
-template <> RunSampler<QX_Pixel16> run_form(QX_PointSampler<QX_Pixel16>) { return nullptr; }
-template <> RunSampler<QX_PixelFloat> run_form(QX_PointSampler<QX_PixelFloat>) { return nullptr; }
+template RunSampler<QX_Pixel8> run_form(QX_PointSampler<QX_Pixel8> unclipped);
+template RunSampler<QX_Pixel16> run_form(QX_PointSampler<QX_Pixel16> unclipped);
+template RunSampler<QX_PixelFloat> run_form(QX_PointSampler<QX_PixelFloat> unclipped);
 
 }  // namespace qx

@@ -9,13 +9,13 @@
 /// They give what the sampler of one pixel gives, every pixel, in fewer instructions.
 namespace qx {
 
-/// @return the sum of the alphas written; integers, so that their order does not matter
+/// Alphas written are added to `sum`, those of float pixels one by one.
 template <class Pixel>
-using RunSampler = std::uint32_t (*)(std::int32_t count, FixedPoint at, FixedPoint step, const QX_LayerDef& world,
-                                     Pixel* out);
+using RunSampler = void (*)(std::int32_t count, FixedPoint at, FixedPoint step, const QX_LayerDef& world,
+                            QX_AlphaSumOf<Pixel>* sum, Pixel* out);
 
-/// The run form of an unclipped sampler; null where there is none: for routines that a host has put into the table,
-/// for other depths, and on processors without the vectors for it.
+/// The run form of an unclipped sampler; null where there is none: for routines that a host has put into the table, and
+/// on processors without the vectors for it.
 template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipped);
 
 /// A routine with the arguments of nearest_run.

@@ -3,8 +3,7 @@
 
 #include "QX/indep/QX_Processor.h"
 #include "QX/indep/QX_RoutineTypes.h"
-#include "QX/sampling/QX_AreaRuns.h"
-#include "QX/sampling/QX_Runs.h"
+#include "QX/sampling/QX_RunKernels.h"
 #include "QX/sampling/QX_SampleTapsT.h"
 
 /// The routines of the family that have more than one form, and what a processor takes of them.
@@ -39,11 +38,6 @@ PointSamplerFn<QX_Pixel8> noclip_two_stage;
 PointSamplerFn<QX_Pixel8> area_template8;
 /// The pixels of cubic8_plain.
 sampling::Cubic8 cubic8;
-/// Of noclip_two_stage, for a multiple of kRunLanes.
-std::uint32_t two_stage_run(std::int32_t count, FixedPoint at, FixedPoint step, const QX_LayerDef& world,
-                            QX_Pixel8* out);
-/// Of area_template8.
-std::uint32_t area_run(std::int32_t count, FixedPoint at, std::int32_t step, const QX_SampPB& block, QX_Pixel8* out);
 /// Of qx::nearest_run.
 NearestRun nearest_run;
 
@@ -55,8 +49,7 @@ struct SampForms {
     QX_PointSampler<QX_Pixel8> area8;
     QX_PointSampler<QX_Pixel16> area16;
     sampling::Cubic8* cubic8;
-    RunSampler<QX_Pixel8> run8;    ///< of `unclipped8`
-    AreaRun<QX_Pixel8> area_run8;  ///< of `area8`, and of the bicubic quality, which finishes boxes alike
+    const RunKernels* runs;  ///< at 8 bits of `unclipped8` and `area8`
     NearestRun* nearest_run8;
 };
 

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Runs of samples against the sampler of one pixel, in millions of pixels.
+#include <cstring>
+
+#include "QX/indep/QX_PerDepth.h"
 #include "QX/sampling/QX_RowGeometry.h"
 #include "tests/geometry/TransformSupport.h"
 
@@ -8,8 +11,8 @@ namespace {
 
 /// A row drawn by a transform takes the run form where there is one. While the slot `single` holds a routine of others,
 /// here one that calls the library's own, single samples are taken.
-std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& src, int width, int height,
-                             int single = 0) {
+template <class Pixel>
+std::vector<Pixel> drawn(const TransformCall& call, TestWorld<Pixel>& src, int width, int height, int single = 0) {
     static void* own;
     own = QXp_G_OverFuncs[single];
     constexpr QX_PointSampler<QX_Pixel8> calls_own = [](void* in_data, std::int32_t x, std::int32_t y,
@@ -17,7 +20,7 @@ std::vector<QX_Pixel8> drawn(const TransformCall& call, TestWorld<QX_Pixel8>& sr
         return reinterpret_cast<QX_PointSampler<QX_Pixel8>>(own)(in_data, x, y, params, out);
     };
     if (single != 0) QX_SetOverrideFunc(single, reinterpret_cast<void*>(calls_own));
-    TestWorld<QX_Pixel8> dst(width, height, FillKind::clear, 1);
+    TestWorld<Pixel> dst(width, height, FillKind::clear, 1);
     EXPECT_EQ(call(src.record(), dst.record()), 0);
     if (single != 0) QX_SetOverrideFunc(single, own);
     return dst.pixels();
@@ -42,21 +45,53 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
     }
 }
 
+/// Where registers are wide enough for runs, what is drawn is that of the level below, which takes single samples.
+template <class Draw> void expect_equal_levels(const Draw& draw) {
+    using standalone::ProcessorLevel;
+    decltype(draw()) single;
+    for (const auto level : {ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
+        const Born born(1, level);
+        const auto pixels = draw();
+        if (single.empty()) single = pixels;
+        ASSERT_EQ(std::memcmp(single.data(), pixels.data(), pixels.size() * sizeof pixels[0]), 0);
+    }
+}
+
+TEST(Runs, EqualSingleSamplesAtAllDepths) {
+    for_each_pixel_type([]<class Pixel>() {
+        for (int run = 0; run < 90; ++run) {
+            TestWorld<Pixel> src(200, 160, static_cast<FillKind>(run % 6), static_cast<std::uint64_t>(run) + 1);
+            Numbers number(static_cast<unsigned>(run));
+            const double turn = number(-32000, 32000) / 10000.0, scale = std::exp2(number(-900, 2000) / 1000.0);
+            const double c = scale * std::cos(turn), s = run % 5 == 0 ? 0 : scale * std::sin(turn);
+            const M_Matrix3 first{{{c, s, 0}, {-s, c, 0}, {90.5 - 100 * c + 80 * s, 90.25 - 100 * s - 80 * c, 1}}};
+            const M_Matrix3 later{{{c, s, 0}, {-s, c, 0}, {97 - 100 * c + 80 * s, 95.75 - 100 * s - 80 * c, 1}}};
+            for (const int quality : {0, 1, 2}) {
+                TransformCall call{.matrices = {first}, .quality = quality, .mode = mode_of(xfer_replace)};
+                if (run % 9 == 0) call.matrices.push_back(later);
+                SCOPED_TRACE(testing::Message() << "run " << run << ", quality " << quality << ", " << sizeof(Pixel));
+                expect_equal_levels([&] { return drawn(call, src, 180 + run % 7, 181); });
+            }
+        }
+    });
+}
+
 /// Whole boxes, partial rows or columns, mirrored and sheared rows, boxes that sums in integers do not fit, layers
 /// partly outside. Perspective can make boxes wider than the step between them; then several in a row pass a side of
 /// the layer by less than a pixel.
+const struct {
+    double x, y, shear, at_x, at_y;
+} kPlaces[] = {{0.5, 0.5, 0, 0, 0},      {1 / 3.0, 1 / 3.0, 0, 0, 0}, {0.25, 0.25, 0, 0, 0},
+               {0.25, 0.25, 0, 7, 0.4},  {0.25, 0.25, 0, 0.3, 0},     {0.25, 0.125, 0, -31, -20},
+               {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
+               {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
+               {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2},
+               {0.25, 0.25, 0, 100, 0},  {0.25, 0.25, 0, 100.5, 0},   {0.25, 0.25, 0, 101.15, 0}};
+
 TEST(Runs, AreasEqualSingleSamplesEverywhere) {
     const Born born;
-    struct {
-        double x, y, shear, at_x, at_y;
-    } const places[] = {{0.5, 0.5, 0, 0, 0},      {1 / 3.0, 1 / 3.0, 0, 0, 0}, {0.25, 0.25, 0, 0, 0},
-                        {0.25, 0.25, 0, 7, 0.4},  {0.25, 0.25, 0, 0.3, 0},     {0.25, 0.125, 0, -31, -20},
-                        {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
-                        {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
-                        {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2},
-                        {0.25, 0.25, 0, 100, 0},  {0.25, 0.25, 0, 100.5, 0},   {0.25, 0.25, 0, 101.15, 0}};
     for (int run = 0; run < 108; ++run) {
-        const auto& p = places[run / 6];
+        const auto& p = kPlaces[run / 6];
         const double tilt = run < 90 ? 0 : -0.01;
         const int width = tilt != 0 ? 64 : run % 7 == 0 ? 16 : 1187;
         TestWorld<QX_Pixel8> src(width, 401, static_cast<FillKind>(run % 6), static_cast<std::uint64_t>(run) + 1);
@@ -69,6 +104,42 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
         const auto one_by_one = drawn(call, src, 331, 207, 5);
         ASSERT_TRUE(bilinear == one_by_one && bicubic == one_by_one) << "run " << run;
     }
+}
+
+TEST(Runs, AreasEqualSingleSamplesAtAllDepths) {
+    for_each_pixel_type([]<class Pixel>() {
+        for (int run = 0; run < 108; ++run) {
+            const auto& p = kPlaces[run / 6];
+            TestWorld<Pixel> src(run % 7 == 0 ? 16 : 603, 201, static_cast<FillKind>(run % 6), 1 + unsigned(run));
+            const TransformCall call{.matrices = {{{{p.x, 0, 0}, {p.shear, p.y, 0}, {p.at_x, p.at_y, 1}}}},
+                                     .quality = 1 + run % 2,
+                                     .mode = mode_of(xfer_replace)};
+            SCOPED_TRACE(testing::Message() << "run " << run << ", " << sizeof(Pixel));
+            expect_equal_levels([&] { return drawn(call, src, 331, 107); });
+            expect_equal_levels([&] {
+                const M_LRect from{run % 5, run % 3, 603 - run % 4, 200}, to{-3, -run % 2, 601 / (2 + run % 4), 50};
+                TestWorld<Pixel> dst(290, 60, FillKind::random, 1);
+                EXPECT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.record(), dst.record(), &from, &to), 0);
+                return dst.pixels();
+            });
+        }
+    });
+}
+
+/// A quarter turn puts each pixel into a place of its own.
+TEST(Runs, NearestPixelsTurn) {
+    const Born born;
+    for_each_pixel_type([]<class Pixel>() {
+        constexpr int width = 40, height = 331;
+        TestWorld<Pixel> src(width, height, FillKind::random, 1);
+        const TransformCall call{
+            .matrices = {{{{0, 1, 0}, {-1, 0, 0}, {height, 0, 1}}}}, .quality = 0, .mode = mode_of(xfer_replace)};
+        const auto turned = drawn(call, src, height, width), pixels = src.pixels();
+        for (const auto& [x, y] : places(height, width)) {
+            ASSERT_EQ(turned[std::size_t(y) * height + std::size_t(x)],
+                      pixels[std::size_t(height - 1 - x) * width + std::size_t(y)]);
+        }
+    });
 }
 
 TEST(Runs, NearestPixelsAreThoseOfThePlainForm) {

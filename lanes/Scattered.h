@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "lanes/PixelAccess.h"
+
+/// Registers whose parts come from places of their own. `place(i)` gives the address of the i-th part.
+namespace qx {
+
+/// Sixteen bytes a place.
+template <class V, class Place> QX_INLINE V load_sixteens(const Place& place) {
+    const auto load = [&](int i) QX_LAMBDA { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(place(i))); };
+    if constexpr (sizeof(V) == 16) {
+        return (V)load(0);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(V) == 32) {
+        return (V)_mm256_inserti128_si256(_mm256_castsi128_si256(load(0)), load(1), 1);
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(V) == 64) {
+        const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(load(0)), load(1), 1);
+        const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(load(2)), load(3), 1);
+        return (V)_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+#endif
+    }
+}
+
+/// Sixteen bytes a lane, turned over: in `a` the first four of every lane, then the next ones.
+template <class V, class Place> QX_INLINE Planes<V> load_turned(const Place& place) {
+    const auto part = [&](int k)
+                          QX_LAMBDA { return load_sixteens<V>([&](int i) QX_LAMBDA { return place(4 * i + k); }); };
+    return transposed(part(0), part(1), part(2), part(3));
+}
+
+/// Eight bytes a lane: the first four of every lane, and the others.
+template <class V, class Place> QX_INLINE void load_pairs(const Place& place, V& first, V& second) {
+    const auto at = [&](int i) QX_LAMBDA { return reinterpret_cast<const __m128i*>(place(i)); };
+    const auto two = [&](int i) QX_LAMBDA {
+        const auto low = _mm_castsi128_ps(_mm_loadl_epi64(at(i)));
+        return _mm_castps_si128(_mm_loadh_pi(low, reinterpret_cast<const __m64*>(at(i + 1))));
+    };
+    const auto part = [&](int k) QX_LAMBDA {
+        if constexpr (sizeof(V) == 16) {
+            return (V)two(2 * k);
+#ifdef __AVX2__
+        } else if constexpr (sizeof(V) == 32) {
+            return (V)_mm256_inserti128_si256(_mm256_castsi128_si256(two(2 * k)), two(4 + 2 * k), 1);
+#endif
+#ifdef __AVX512F__
+        } else if constexpr (sizeof(V) == 64) {
+            const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(two(2 * k)), two(4 + 2 * k), 1);
+            const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(two(8 + 2 * k)), two(12 + 2 * k), 1);
+            return (V)_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+#endif
+        }
+    };
+    const V u = part(0), v = part(1);
+    first = shuffle<0, 2, 0, 2>(u, v);
+    second = shuffle<1, 3, 1, 3>(u, v);
+}
+
+/// Which pixel of a bundle a lane of its planes holds, as load_pixels and store_pixels have it.
+template <class P, class Pixel> constexpr int pixel_of_lane(int lane) {
+    constexpr int n = pixels_in<P>, bytes = sizeof(Pixel);
+    const int block = lane / 4, place = lane % 4;
+    if (n < 4 || bytes == 4) return lane;
+    return bytes == 8 ? place / 2 * (n / 2) + block * 2 + place % 2 : place * (n / 4) + block;
+}
+
+}  // namespace qx

@@ -229,8 +229,8 @@ template <class V> QX_INLINE UnsignedLanes<V> short_reciprocals_of_twins(V divis
     return (UnsignedLanes<V>)(one | one << 16);
 }
 
-/// Bytes of a table at places from 0 to 511, in lanes of 16 bits: all of it in registers, a pair of which answers for 64
-/// words. Only where registers have 64 bytes.
+/// Bytes of a table at places from 0 to 511, in lanes of 16 bits: all of it in registers, a pair of which answers for
+/// 64 words. Only where registers have 64 bytes.
 template <class V> QX_INLINE V table_bytes(const std::uint8_t (&table)[512], V place) {
     static_assert(sizeof(V) == 64);
 #ifdef __AVX512BW__

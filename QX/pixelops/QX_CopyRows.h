@@ -14,8 +14,8 @@ using CopyRow = void (*)(const std::byte* src, std::byte* dst, std::size_t colum
 /// The row of a pair of depths; null when one of them is none of 8, 16, 32.
 CopyRow copy_row(int from_depth, int to_depth);
 
-/// The same between rows that do not overlap, by way of a buffer and past the caches (QX_PastCaches.h). Depths are those
-/// of `row`.
+/// The same between rows that do not overlap, by way of a buffer and past the caches (QX_PastCaches.h). Depths are
+/// those of `row`.
 void copy_row_past_caches(CopyRow row, int from_depth, int to_depth, const std::byte* src, std::byte* dst,
                           std::size_t columns, bool dither);
 

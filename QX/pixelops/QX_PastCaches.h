@@ -5,9 +5,9 @@
 
 namespace qx {
 
-/// How a routine stores what it makes: as always, or past the caches where it touches more than they hold, so that no line
-/// is read before it is overwritten, and what others have in the caches stays there. One object a routine; its end waits
-/// for the stores, before anyone is told that they are there.
+/// How a routine stores what it makes: as always, or past the caches where it touches more than they hold, so that no
+/// line is read before it is overwritten, and what others have in the caches stays there. One object a routine; its end
+/// waits for the stores, before anyone is told that they are there.
 class PastCaches {
 public:
     /// @param bytes  that the routine reads and writes in all

@@ -15,8 +15,7 @@ namespace qx {
 /// processor's string store, any other pixel past the caches when the area is larger than they are.
 class PixelRun {
 public:
-    template <class Pixel>
-    PixelRun(const Pixel& pixel, std::size_t area_bytes) : past_caches_(area_bytes) {
+    template <class Pixel> PixelRun(const Pixel& pixel, std::size_t area_bytes) : past_caches_(area_bytes) {
         static_assert(std::is_trivially_copyable_v<Pixel> && kPeriod % sizeof(Pixel) == 0);
         for (std::size_t at = 0; at < sizeof(pattern_); at += sizeof(Pixel)) {
             std::memcpy(pattern_ + at, &pixel, sizeof(Pixel));

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <emmintrin.h>
+#ifdef __SSSE3__
+#include <tmmintrin.h>
+#endif
 #ifdef __AVX2__
 #include <immintrin.h>
 #endif

@@ -64,6 +64,24 @@ template <class V> QX_INLINE Planes<V> transposed(V p0, V p1, V p2, V p3) {
             shuffle<2, 3, 2, 3>(gb01, gb23)};
 }
 
+/// The first byte of each four in both of their words.
+#ifdef __SSSE3__
+template <class U> QX_INLINE U first_bytes_twice(U v) {
+    const __m128i which = _mm_setr_epi8(0, -1, 0, -1, 4, -1, 4, -1, 8, -1, 8, -1, 12, -1, 12, -1);
+    if constexpr (sizeof(U) == 16) {
+        return (U)_mm_shuffle_epi8((__m128i)v, which);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(U) == 32) {
+        return (U)_mm256_shuffle_epi8((__m256i)v, _mm256_broadcastsi128_si256(which));
+#endif
+#ifdef __AVX512BW__
+    } else if constexpr (sizeof(U) == 64) {
+        return (U)_mm512_shuffle_epi8((__m512i)v, _mm512_broadcast_i32x4(which));
+#endif
+    }
+}
+#endif
+
 /// 16-bit channels are limited where formulas would leave the numbers that they are made for.
 enum class Channels { limited, as_stored };
 
@@ -75,9 +93,8 @@ template <class P, Channels As = Channels::limited, class Pixel> QX_INLINE P loa
         if constexpr (sizeof(Channel) != 2 || As == Channels::as_stored) return read;
         return {limited16(read.a), limited16(read.r), limited16(read.g), limited16(read.b)};
     } else if constexpr (is_pairs<P>) {
-        using I = Vector<std::int32_t, sizeof(V)>;
-        const I v = load_lanes<I>(p), a = v & 255;
-        return {(V)(a | a << 16), (V)(v & 0x00FF00FF), (V)(v >> 8 & 0x00FF00FF)};
+        const auto v = load_lanes<UnsignedLanes<V>>(p);
+        return {(V)first_bytes_twice(v), (V)(v & 255), (V)(v >> 8)};
     } else if constexpr (sizeof(Channel) == 1) {
         const V v = load_lanes<V>(p);
         return {v & 255, v >> 8 & 255, v >> 16 & 255, v >> 24 & 255};
@@ -105,8 +122,7 @@ template <class P, class Pixel> QX_INLINE void store_pixels(Pixel* p, const P& v
         *p = {static_cast<Channel>(v.a), static_cast<Channel>(v.r), static_cast<Channel>(v.g),
               static_cast<Channel>(v.b)};
     } else if constexpr (is_pairs<P>) {
-        using I = Vector<std::int32_t, sizeof(V)>;
-        store_lanes(p, ((I)v.ag & 0x00FF00FF) | ((I)v.rb & 0x00FF00FF) << 8);
+        store_lanes(p, (v.ag & 255) | v.rb << 8);
     } else if constexpr (sizeof(Channel) == 1) {
         store_lanes(p, (v.a & 255) | (v.r & 255) << 8 | (v.g & 255) << 16 | v.b << 24);
     } else if constexpr (sizeof(Channel) == 2) {

@@ -82,16 +82,18 @@ template <int Number, Skips S = Skips::transparent_source> struct Mode {
 template <class Self, int Number, bool FullShortcut = false> struct General : Mode<Number> {
     static constexpr Switches switches{.keeps_alpha = true};
 
+    /// The terms that do not cancel, and nothing to divide by.
+    template <class D, class P> QX_LANE P onto_opaque(const P& src, typename P::Lane s, const P& dst) {
+        using V = typename P::Lane;
+        return with_colours(dst.a, src, dst, [&](V cs, V cd) QX_LAMBDA {
+            const V n = cd - D::mul(cd, s) + D::mul(Self::template blend<D>(cs, cd), s);
+            return lesser(D::wrap(n), splat<V>(D::full));
+        });
+    }
     template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         using V = typename P::Lane;
         const V d = dst.a;
         const auto partly = [&]() QX_LAMBDA {
-            if (is_opaque<D>(d)) {  // the terms that do not cancel, and nothing to divide by
-                return with_colours(d, src, dst, [&](V cs, V cd) QX_LAMBDA {
-                    const V n = cd - D::mul(cd, s) + D::mul(Self::template blend<D>(cs, cd), s);
-                    return lesser(D::wrap(n), splat<V>(D::full));
-                });
-            }
             const V p = D::mul(d, s), r = D::combine(s, d);
             return with_quotients<D>(r, r, src, dst, [&](V cs, V cd) QX_LAMBDA {
                 const V b = Self::template blend<D>(cs, cd);
@@ -104,7 +106,7 @@ template <class Self, int Number, bool FullShortcut = false> struct General : Mo
         };
         if constexpr (FullShortcut || D::number == 32) {
             const P fully = with_colours(splat<V>(D::full), src, dst, [&](V cs, V cd) QX_LAMBDA {
-                return D::smul(Self::template blend<D>(cs, cd) - cs, d) + cs;
+                return D::mix(cs, Self::template blend<D>(cs, cd), d);
             });
             return unless_equal(s, D::full, fully, partly);
         } else {

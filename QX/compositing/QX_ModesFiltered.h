@@ -4,7 +4,8 @@
 #include "QX/compositing/QX_ModeFrame.h"
 
 /// The modes on multiplied destination colour: `cd` here is what the pre-filter made of the destination, and the
-/// post-filter divides the result by the merged alpha.
+/// post-filter divides the result by the merged alpha. At integer depths an s of 0 gives cd; at 8 bits, where no
+/// product lies between two integers, a full s needs no formula of its own.
 namespace qx::modes {
 
 struct Add : Filtered<Add, 4, Pivot::black> {
@@ -23,7 +24,8 @@ struct Multiply : Filtered<Multiply, 5, Pivot::white> {
         if constexpr (D::number == 32) {
             return cd - (1.0f - cs) * cd * s;
         } else {
-            return s == D::full ? D::mul(cs, cd) : cd - D::mul(D::mul(D::comp(cs), cd), s);
+            const V partly = cd - D::mul(D::mul(D::comp(cs), cd), s);
+            return D::number != 8 && s == D::full ? D::mul(cs, cd) : partly;
         }
     }
 };
@@ -33,8 +35,8 @@ struct Screen : Filtered<Screen, 6, Pivot::black> {
         if constexpr (D::number == 32) {
             return 1.0f - (1.0f - cs * s) * (1.0f - cd);
         } else {
-            const V fully = D::comp(D::mul(D::comp(cd), D::comp(cs)));
-            return s == D::full ? fully : cd + D::mul(D::mul(D::comp(cd), cs), s);
+            const V partly = cd + D::mul(D::mul(D::comp(cd), cs), s);
+            return D::number != 8 && s == D::full ? D::comp(D::mul(D::comp(cd), D::comp(cs))) : partly;
         }
     }
 };
@@ -46,13 +48,8 @@ struct Overlay : Filtered<Overlay, 7, Pivot::grey> {
             return (h - cd) * s + cd;
         } else {
             const V h = cd < D::half ? D::mul(2 * cd, cs) : D::comp(D::mul(D::comp(cs), 2 * D::comp(cd)));
-            V mixed;
-            if constexpr (F == Form::row) {  // Kept: rows round away from the destination on either side
-                mixed = h < cd ? cd - D::mul(cd - h, s) : cd + D::mul(h - cd, s);
-            } else {
-                mixed = cd + D::lerp(h - cd, s);
-            }
-            return s == D::full ? h : mixed;
+            // Kept: rows round away from the destination on either side. A full s gives h.
+            return F == Form::row ? D::mix_evenly(cd, h, s) : D::lerp(cd, h, s);
         }
     }
 };

@@ -34,9 +34,9 @@ struct Behind : Mode<1> {
             const P sum = with_quotients<D>(r, rgb_only ? d : r, src, dst, [&](V cs, V cd) QX_LAMBDA {
                 const V u = D::mul(cs, s);
                 if constexpr (F == Form::pixel || D::number == 32) {
-                    return u + D::lerp(cd - u, d);
+                    return D::lerp(u, cd, d);
                 } else {  // Kept: rows take the difference without its sign, which rounds the other way at 16 bits
-                    return cd < u ? u - D::mul(u - cd, d) : u + D::mul(cd - u, d);
+                    return D::mix_evenly(u, cd, d);
                 }
             });
             if constexpr (D::number == 32) {
@@ -52,23 +52,23 @@ struct Behind : Mode<1> {
 struct Over : Mode<2> {
     static constexpr Switches switches{.keeps_alpha = true};
     static constexpr bool full_source_copies = true;
+    /// The general form's value, without its division.
+    template <class D, class P> QX_LANE P onto_opaque(const P& src, typename P::Lane s, const P& dst) {
+        using V = typename P::Lane;
+        return with_colours(dst.a, src, dst, [&](V cs, V cd) QX_LAMBDA { return D::lerp(cd, cs, s); });
+    }
     template <Form, class D, class P> QX_LANE P apply(const P& src, typename P::Lane s, const P& dst, bool) {
         using V = typename P::Lane;
         const V d = dst.a;
-        const auto onto_opaque = [&]() QX_LAMBDA {  // the general form's value, without its division
-            return with_colours(d, src, dst, [&](V cs, V cd) QX_LAMBDA { return cd + D::lerp(cs - cd, s); });
-        };
         const auto mixed = [&]() QX_LAMBDA {
             const V r = D::combine(s, d);
-            return with_quotients<D>(r, r, src, dst, [&](V cs, V cd) QX_LAMBDA {
-                const V u = D::mul(cd, d);
-                return u + D::lerp(cs - u, s);
-            });
+            return with_quotients<D>(r, r, src, dst,
+                                     [&](V cs, V cd) QX_LAMBDA { return D::lerp(D::mul(cd, d), cs, s); });
         };
-        const auto partly = [&]() QX_LAMBDA {
-            if (D::number != 32 && all_equal(d, D::full)) return onto_opaque();
-            return unless_equal(d, 0, with_alpha(s, src), mixed);
-        };
+        const auto partly = [&]() QX_LAMBDA { return unless_equal(d, 0, with_alpha(s, src), mixed); };
+        if constexpr (D::number != 32) {  // for a full s the general form gives the source too
+            return all_equal(s, D::full) ? src : partly();
+        }
         return unless_equal(s, D::full, src, partly);
     }
 };

@@ -54,11 +54,13 @@ template <class D, class V> QX_INLINE Planes<V> set_luma(const Planes<V>& p, V l
     });
 }
 
-/// Mixes a result into the destination by s; a full s stores it.
+/// Mixes a result into the destination by s; a full s stores it, which the mix of integers does by itself.
 template <class D, class P> QX_INLINE P mix_by_alpha(const P& result, typename P::Lane s, const P& dst) {
     using V = typename P::Lane;
-    return with_colours(dst.a, result, dst,
-                        [&](V c, V cd) QX_LAMBDA { return s == D::full ? c : cd + D::smul(c - cd, s); });
+    return with_colours(dst.a, result, dst, [&](V c, V cd) QX_LAMBDA {
+        const V mixed = D::mix(cd, c, s);
+        return D::number == 32 && s == D::full ? c : mixed;
+    });
 }
 
 /// Frame of the four modes of hue, saturation and luma: `colour(S, D)` gives the pixel that is mixed in.

@@ -18,10 +18,22 @@ template <class M, class D>
 using BundleOf =
     std::conditional_t<M::mixes_colours || (M::reads_curve && kRegister < 64), Bundle<D>, Colours<D, kRegister>>;
 
-/// Source alpha times mask and opacity; a full factor changes nothing.
-template <class D, bool Masked, class V> QX_INLINE V effective(V a, V mask, V opacity) {
+/// What a row takes from its mode, apart from memory that its stores could change.
+template <class V> struct Setting {
+    template <class Pixel>
+    explicit Setting(const QX_BlendingMode<Pixel>& mode)
+        : opacity(splat<V>(mode.opacity)),
+          shows_all(mode.opacity == DepthOf<Pixel>::full),
+          rgb_only(mode.rgb_only != 0) {}
+    V opacity;
+    bool shows_all;  ///< opacity is full, which changes nothing
+    bool rgb_only;
+};
+
+/// Source alpha times mask and opacity.
+template <class D, bool Masked, class V> QX_INLINE V effective(V a, V mask, const Setting<V>& mode) {
     if constexpr (Masked) a = D::mul(a, mask);
-    return all_equal(opacity, D::full) ? a : D::mul(a, opacity);
+    return mode.shows_all ? a : D::mul(a, mode.opacity);
 }
 
 /// The pixels that a mode leaves as they are.
@@ -36,33 +48,42 @@ QX_INLINE P unless_skipped(const P& source, typename P::Lane s, const P& target,
     }
 }
 
-template <class M, class D, bool Masked, class Pixel>
-QX_INLINE void blend_step(const QX_BlendingMode<Pixel>& mode, const Pixel* src, const Pixel* mask, Pixel* dst) {
-    using P = BundleOf<M, D>;
+/// A mode that says what it makes of an opaque destination: integers without a division, and nothing where s is 0.
+template <class M, class D, class P>
+concept TellsOpaque = D::number != 32 && is_wide<typename P::Lane>&& requires(const P& p) {
+    M::template onto_opaque<D>(p, p.a, p);
+};
+
+template <class M, class D, bool Masked, class P, class Pixel>
+QX_INLINE void blend_step(const Setting<typename P::Lane>& mode, const Pixel* src, const Pixel* mask, Pixel* dst) {
     using V = typename P::Lane;
-    const V opacity = splat<V>(mode.opacity);
     P source = load_pixels<P>(src);
     V coverage{};
     if constexpr (Masked) coverage = load_alpha<P>(mask);
-    const V s = effective<D, Masked>(source.a, coverage, opacity);
+    const V s = effective<D, Masked>(source.a, coverage, mode);
     if constexpr (M::skips == Skips::transparent_source) {
         if (all_equal(s, 0)) return;
     }
     if constexpr (M::scales_colour) {
         source = with_colours(source.a, source, source,
-                              [&](V c, V) QX_LAMBDA { return effective<D, Masked>(c, coverage, opacity); });
+                              [&](V c, V) QX_LAMBDA { return effective<D, Masked>(c, coverage, mode); });
     }
     const P target = load_pixels<P>(dst);
-    store_pixels(dst, unless_skipped<M>(source, s, target,
-                                        M::template apply<Form::row, D>(source, s, target, mode.rgb_only != 0)));
+    if constexpr (TellsOpaque<M, D, P>) {
+        if (all_equal(target.a, D::full)) return store_pixels(dst, M::template onto_opaque<D>(source, s, target));
+    }
+    store_pixels(
+        dst, unless_skipped<M>(source, s, target, M::template apply<Form::row, D>(source, s, target, mode.rgb_only)));
 }
 
 template <class M, class D, bool Masked, class Pixel>
 QX_INLINE void blend_run(std::int32_t count, const QX_BlendingMode<Pixel>& mode, const Pixel* src, const Pixel* mask,
                          Pixel* dst) {
-    for_bundles<BundleOf<M, D>, Pixel>(count, src, Masked ? mask : nullptr, dst,
-                                       [&](const Pixel* from, const Pixel* coverage, Pixel* to)
-                                           QX_LAMBDA { blend_step<M, D, Masked>(mode, from, coverage, to); });
+    using P = BundleOf<M, D>;
+    for_bundles<P, Pixel>(
+        count, src, Masked ? mask : nullptr, dst,
+        [setting = Setting<typename P::Lane>(mode)](const Pixel* from, const Pixel* coverage, Pixel* to)
+            QX_LAMBDA { blend_step<M, D, Masked, P>(setting, from, coverage, to); });
 }
 
 /// Stores pixels as rows store them: 16-bit channels limited.

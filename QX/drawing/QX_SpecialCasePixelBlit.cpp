@@ -108,7 +108,7 @@ private:
         } else if (s.a >= D::full) {
             write(to, s);
         } else {
-            write(to, with_colours(s.a, s, under.colour, [&](Lane c, Lane b) { return D::lerp(c - b, s.a) + b; }));
+            write(to, with_colours(s.a, s, under.colour, [&](Lane c, Lane b) { return D::lerp(b, c, s.a); }));
         }
     }
 
@@ -116,7 +116,7 @@ private:
     void matte(const Source& s, QX_Pixel8& to) {
         if (s.a >= D::full) return write(to, s);
         weight_ = D::mul(D::comp(s.a), weight_);
-        write(to, with_colours(s.a, s, a_.colour, [&](Lane c, Lane m) { return D::lerp(m - c, weight_) + c; }));
+        write(to, with_colours(s.a, s, a_.colour, [&](Lane c, Lane m) { return D::lerp(c, m, weight_); }));
     }
 
     const Blit& blit_;

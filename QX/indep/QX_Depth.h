@@ -25,9 +25,14 @@ struct Depth8 {
     static constexpr int number = 8;
     static constexpr Lane full = 255, half = 128;
 
+    /// (t + (t >> 8)) >> 8 is t * 257 >> 16, which lanes of 16 bits have at once.
     template <class V> QX_LANE V reduced(V product) {
         const V t = product + 128;
-        return (t + (t >> 8)) >> 8;
+        if constexpr (is_short<V>) {
+            return upper_product(t, splat<V>(257));
+        } else {
+            return (t + (t >> 8)) >> 8;
+        }
     }
     /// Factors are not below 0 in lanes of 16 bits, where products count as unsigned.
     template <class V> QX_LANE V mul(V x, V y) {
@@ -39,18 +44,25 @@ struct Depth8 {
     }
     template <class V> QX_LANE V comp(V x) { return full - x; }
     template <class V> QX_LANE V combine(V s, V d) { return comp(mul(comp(s), comp(d))); }
-    /// Lanes of 16 bits multiply the size of x. Below zero, reduced() of -p is -(t + (t >> 8) >> 8) with t = p + 127:
-    /// the floor of both shifts is a ceiling of sizes.
-    template <class V> QX_LANE V lerp(V x, V w) {
+    /// from + mul(to - from, w), of channels. Lanes of 16 bits, which do not hold that product, reduce the sum of both
+    /// weighted: reduced() is the nearest integer, of which there is one, but products below zero that lie 127/255
+    /// above an integer go to the one above. One more takes them there, and no others.
+    template <class V> QX_LANE V mix(V from, V to, V w) {
         if constexpr (is_short<V>) {
-            const V sign = x >> 15, size = (x ^ sign) - sign;
-            const auto t = (UnsignedLanes<V>)size * (UnsignedLanes<V>)w + 128 + (UnsignedLanes<V>)sign;
-            return ((V)((t + (t >> 8)) >> 8) ^ sign) - sign;
+            return (V)reduced(weighted(from, to, w) - (UnsignedLanes<V>)(to < from));
         } else {
-            return mul(x, w);
+            return from + mul(to - from, w);
         }
     }
-    template <class V> QX_LANE V smul(V x, V w) { return lerp(x, w); }
+    template <class V> QX_LANE V lerp(V from, V to, V w) { return mix(from, to, w); }
+    /// The same with the size of the difference, which is added or taken off.
+    template <class V> QX_LANE V mix_evenly(V from, V to, V w) {
+        if constexpr (is_short<V>) {
+            return (V)reduced(weighted(from, to, w));
+        } else {
+            return to < from ? from - mul(from - to, w) : from + mul(to - from, w);
+        }
+    }
     template <class V> QX_LANE V wrap(V x) { return x & 255; }
     template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 9798 + g * 19235 + b * 3735 + 16384) >> 15; }
 
@@ -72,6 +84,10 @@ struct Depth8 {
     }
 
 private:
+    template <class V> QX_LANE UnsignedLanes<V> weighted(V from, V to, V w) {
+        using U = UnsignedLanes<V>;
+        return (U)to * (U)w + (U)from * (U)comp(w);
+    }
     template <class V> QX_LANE V short_div(V v, V a, UnsignedLanes<V> reciprocal) {
         using U = UnsignedLanes<V>;
         const U q = short_quotient((U)v * 255 + ((U)a >> 1), (U)a, reciprocal);
@@ -91,8 +107,11 @@ struct Depth16 {
     template <class V> QX_LANE V mul(V x, V y) { return (x * y + 16383) >> 15; }
     template <class V> QX_LANE V comp(V x) { return full - x; }
     template <class V> QX_LANE V combine(V s, V d) { return comp(mul(comp(s), comp(d))); }
-    template <class V> QX_LANE V lerp(V x, V w) { return (x * w) >> 15; }
-    template <class V> QX_LANE V smul(V x, V w) { return mul(x, w); }
+    template <class V> QX_LANE V mix(V from, V to, V w) { return from + mul(to - from, w); }
+    template <class V> QX_LANE V lerp(V from, V to, V w) { return from + (((to - from) * w) >> 15); }
+    template <class V> QX_LANE V mix_evenly(V from, V to, V w) {
+        return to < from ? from - mul(from - to, w) : from + mul(to - from, w);
+    }
     template <class V> QX_LANE V wrap(V x) { return x & 0xFFFF; }
     template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 9798 + g * 19235 + b * 3735 + 16384) >> 15; }
     template <class V> QX_LANE V div(V v, V a) {
@@ -115,8 +134,8 @@ struct DepthFloat {
     template <class V> QX_LANE V mul(V x, V y) { return x * y; }
     template <class V> QX_LANE V comp(V x) { return 1.0f - x; }
     template <class V> QX_LANE V combine(V s, V d) { return 1.0f - (1.0f - s) * (1.0f - d); }
-    template <class V> QX_LANE V lerp(V x, V w) { return x * w; }
-    template <class V> QX_LANE V smul(V x, V w) { return x * w; }
+    template <class V> QX_LANE V mix(V from, V to, V w) { return from + (to - from) * w; }
+    template <class V> QX_LANE V lerp(V from, V to, V w) { return mix(from, to, w); }
     template <class V> QX_LANE V wrap(V x) { return x; }
     template <class V> QX_LANE V luma(V r, V g, V b) { return (r * 0.299f + g * 0.587f) + b * 0.114f; }
 

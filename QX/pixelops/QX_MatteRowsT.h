@@ -7,9 +7,6 @@
 
 namespace qx::QX_ISA {
 
-/// The colour shows as far as alpha is missing.
-template <class D, class V> QX_INLINE V mixed(V c, V m, V a) { return m + D::smul(c - m, a); }
-
 /// What the colour gave is taken off, and the rest divided.
 template <class D, class V> QX_INLINE V separated(V c, V m, V a) {
     const V rest = c - D::mul(m, D::comp(a));
@@ -26,7 +23,7 @@ void matte_row(std::int32_t count, const Pixel* src, const Pixel& colour, Pixel*
     for_bundles<P, Pixel>(count, src, dst, [&](const Pixel* from, Pixel* to) QX_LAMBDA {
         const P p = load_pixels<P, Channels::as_stored>(from);
         const P made = with_colours(
-            p.a, p, matte, [&](V c, V m) QX_LAMBDA { return Forward ? mixed<D>(c, m, p.a) : separated<D>(c, m, p.a); });
+            p.a, p, matte, [&](V c, V m) QX_LAMBDA { return Forward ? D::mix(m, c, p.a) : separated<D>(c, m, p.a); });
         const auto full = p.a >= D::full, seen = p.a > 0;
         // Nor where alpha is no number.
         store_pixels(to, Forward ? select(full, p, made) : select(seen, select(full, p, made), p));

@@ -3,7 +3,19 @@
 
 #include <cstddef>
 
+#include "lanes/Levels.h"
+
 namespace qx {
+
+/// Whole lines of 64 bytes, to where a line begins: each from the next, or all from one.
+struct PastCachesKernels {
+    void (*copy)(std::byte* to, const std::byte* from, std::size_t lines);
+    void (*fill)(std::byte* to, const std::byte* line, std::size_t lines);
+};
+QX_DECLARE_LEVELS(PastCachesKernels, past_caches_kernels)
+
+/// Chooses the kernels, at the library's start. Until then they are the plain ones.
+void choose_past_caches_kernels(Level level);
 
 /// How a routine stores what it makes: as always, or past the caches where it touches more than they hold, so that no
 /// line is read before it is overwritten, and what others have in the caches stays there. One object a routine; its end
@@ -19,7 +31,10 @@ public:
     explicit operator bool() const { return on_; }
 
     /// Copies bytes that do not overlap, past the caches whatever the object says. Nothing outside is touched.
-    static void copy(void* to, const void* from, std::size_t bytes);
+    static void copy(std::byte* to, const std::byte* from, std::size_t bytes);
+    /// Stores the 16 bytes of `pattern` again and again, in the same way. The pattern has 16 more bytes, in which it
+    /// begins anew.
+    static void fill(std::byte* to, const std::byte* pattern, std::size_t bytes);
 
 private:
     const bool on_;

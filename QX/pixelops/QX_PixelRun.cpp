@@ -10,18 +10,16 @@ namespace {
 
 __m128i load(const std::byte* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); }
 void store_any(std::byte* to, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v); }
-void store_past(std::byte* to, __m128i v) { _mm_stream_si128(reinterpret_cast<__m128i*>(to), v); }
 
-/// Whole vectors from an aligned address; four a turn.
-template <void (*Store)(std::byte*, __m128i)> std::byte* store_vectors(std::byte* to, std::size_t count, __m128i v) {
+/// Whole vectors; four a turn.
+void store_vectors(std::byte* to, std::size_t count, __m128i v) {
     for (; count >= 4; count -= 4, to += 64) {
-        Store(to, v);
-        Store(to + 16, v);
-        Store(to + 32, v);
-        Store(to + 48, v);
+        store_any(to, v);
+        store_any(to + 16, v);
+        store_any(to + 32, v);
+        store_any(to + 48, v);
     }
-    for (; count > 0; --count, to += 16) Store(to, v);
-    return to;
+    for (; count > 0; --count, to += 16) store_any(to, v);
 }
 
 /// The string store, from whose length the processor sees that no line need be read. It must be long to be worth its
@@ -45,16 +43,16 @@ void PixelRun::store(std::byte* to, std::size_t bytes) const {
         std::memcpy(to, pattern_, bytes);
         return;
     }
+    const bool by_string = short_period_ && bytes >= kLongRun;
+    if (past_caches_ && !by_string) return PastCaches::fill(to, pattern_, bytes);
     store_any(to, load(pattern_));
     const std::size_t head = (kPeriod - (reinterpret_cast<std::uintptr_t>(to) & (kPeriod - 1))) & (kPeriod - 1);
     const std::size_t count = (bytes - head) / kPeriod;
     const __m128i v = load(pattern_ + head);
-    if (short_period_ && bytes >= kLongRun) {
+    if (by_string) {
         store_string(to + head, count, pattern_ + head);
-    } else if (past_caches_) {
-        store_vectors<store_past>(to + head, count, v);
     } else {
-        store_vectors<store_any>(to + head, count, v);
+        store_vectors(to + head, count, v);
     }
     store_any(to + bytes - kPeriod, load(pattern_));  // the end of a pixel ends the run: it repeats from its start
 }

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
+#include <string>
 
 #include "platform/TK_CPU.h"
 #include "platform/standalone/Standalone.h"
@@ -13,8 +15,20 @@ namespace {
 TK_CPU_Data data{};
 std::size_t cache_bytes = 0;  // 0: the processor's
 
+/// What the system says of the last cache that core 0 has a share in; 0 where it says nothing.
+std::size_t LastCacheBytes() {
+    for (const char* index : {"3", "2"}) {
+        std::ifstream file(std::string("/sys/devices/system/cpu/cpu0/cache/index") + index + "/size");
+        std::size_t kibibytes = 0;
+        if (file >> kibibytes && kibibytes > 0) return kibibytes << 10;
+    }
+    return 0;
+}
+
+/// The C library's figure may be that of all caches of a level together, which no core has to itself.
 std::size_t DetectedCacheBytes() {
     static const std::size_t bytes = [] {
+        if (const std::size_t last = LastCacheBytes(); last > 0) return last;
         for (const int name : {_SC_LEVEL3_CACHE_SIZE, _SC_LEVEL2_CACHE_SIZE}) {
             if (const long found = ::sysconf(name); found > 0) return static_cast<std::size_t>(found);
         }

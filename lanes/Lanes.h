@@ -175,6 +175,14 @@ template <class V> QX_INLINE constexpr V small_quotient(V n, V divisor) {
     }
 }
 
+/// The same for n of either sign in lanes, truncated towards zero: the half has the sign of n.
+template <class V> QX_INLINE V small_signed_quotient(V n, V divisor) {
+    const auto f = to_float(n);
+    using F = FloatLanes<V>;
+    const F half = (F)(((V)f & INT32_MIN) | (V)splat<F>(0.5f));
+    return truncate_to_int((f + half) * (1.0f / to_float(divisor)));
+}
+
 /// Quotient of integers for 0 <= n < 2^31, a divisor from 1 to 2^16 and a quotient below 2^17. A divisor of 0 gives a
 /// value that is not used; quotients by the same divisor share the one division.
 ///

@@ -32,6 +32,16 @@ template <std::size_t Register, class Pixel> QX_INLINE Stretch look_ahead(const 
     return all_equal(differs, 0) ? Stretch::opaque : Stretch::mixed;
 }
 
+/// Asks for bytes of a row that will be read, or read and written, 3 KiB later. A row that looks at stretches before it
+/// works on them waits for memory and for arithmetic by turns, and what the processor asks for by itself ends where a
+/// stretch is passed over.
+template <std::size_t Bytes, bool Written, class Pixel> QX_INLINE void ask_ahead(const Pixel* p) {
+    constexpr std::size_t line = 64, ahead = 3072;
+    for (std::size_t i = 0; i < Bytes; i += line) {
+        __builtin_prefetch(reinterpret_cast<const std::byte*>(p) + ahead + i, Written);
+    }
+}
+
 /// Walks three rows of pixels in bundles: step(src, mask, dst) works on whole ones. What is left at the end goes
 /// through copies of a bundle's size, of which the pixels behind the end are clear and are not stored. The step stands
 /// once in what is built, for both.

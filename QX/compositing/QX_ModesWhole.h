@@ -13,19 +13,17 @@ template <class V> QX_INLINE constexpr V saturation_of(const Planes<V>& p) {
     return greatest_colour(p) - least_colour(p);
 }
 
-/// n * m / divisor: truncated towards zero at integer depths.
+/// n * m / divisor: truncated towards zero at integer depths. A lane that is not used may have any divisor.
 template <class D, class V> QX_INLINE constexpr V scaled(V n, V m, V divisor) {
     if constexpr (D::number == 32) {
         return n * m / divisor;
+    } else if constexpr (!is_wide<V>) {
+        return n * m / (divisor == 0 ? 1 : divisor);
+    } else if constexpr (D::number == 8) {
+        return small_signed_quotient<V>(n * m, divisor);
     } else {
-        const V product = n * m;
-        if constexpr (is_wide<V>) {  // a lane that is not used may have any divisor
-            const V size = product < 0 ? -product : product;
-            const V q = D::number == 8 ? small_quotient<V>(size, divisor) : large_quotient<V>(size, divisor);
-            return product < 0 ? -q : q;
-        } else {
-            return product / (divisor == 0 ? 1 : divisor);
-        }
+        const V product = n * m, q = large_quotient<V>(product < 0 ? -product : product, divisor);
+        return product < 0 ? -q : q;
     }
 }
 
@@ -40,18 +38,21 @@ template <class D, class V> QX_INLINE Planes<V> set_saturation(const Planes<V>& 
     return with_colours(p.a, p, p, channel);
 }
 
+/// Brings colours nearer to l where they lie outside: each distance from l by room / reach.
+template <class D, class M, class V> QX_INLINE Planes<V> drawn_in(M outside, const Planes<V>& p, V l, V room, V reach) {
+    if (all_equal(outside, 0)) return p;
+    return with_colours(p.a, p, p,
+                        [&](V c, V) QX_LAMBDA { return outside ? l + scaled<D, V>(c - l, room, reach) : c; });
+}
+
 /// Moves the colours to luma l, then brings what left the scale back towards l: first below, then above.
 template <class D, class V> QX_INLINE Planes<V> set_luma(const Planes<V>& p, V l) {
     const V step = l - luma_of<D>(p);
     const Planes<V> moved = with_colours(p.a, p, p, [&](V c, V) QX_LAMBDA { return c + step; });
     const V low = least_colour(moved);
-    const Planes<V> raised = with_colours(p.a, moved, moved, [&](V c, V) QX_LAMBDA {
-        return ((low < 0) & (l != low)) ? l + scaled<D, V>(c - l, l, l - low) : c;
-    });
+    const Planes<V> raised = drawn_in<D>((low < 0) & (l != low), moved, l, l, l - low);
     const V high = greatest_colour(raised);
-    return with_colours(p.a, raised, raised, [&](V c, V) QX_LAMBDA {
-        return ((high > D::full) & (high != l)) ? l + scaled<D, V>(c - l, D::full - l, high - l) : c;
-    });
+    return drawn_in<D>((high > D::full) & (high != l), raised, l, D::full - l, high - l);
 }
 
 /// Mixes a result into the destination by s; a full s stores it, which the mix of integers does by itself.

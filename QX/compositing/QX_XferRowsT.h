@@ -101,6 +101,8 @@ QX_INLINE void blend_stretches(std::int32_t count, const QX_BlendingMode<Pixel>&
     constexpr std::int32_t step = kStretch<kRegister, Pixel>;
     for (std::int32_t i = 0; i < count; i += step) {
         const Stretch kind = i + step <= count ? look_ahead<kRegister>(src + i) : Stretch::mixed;
+        ask_ahead<step * sizeof(Pixel), false>(src + i);
+        ask_ahead<step * sizeof(Pixel), true>(dst + i);
         if (kind == Stretch::clear) continue;
         if (kind == Stretch::opaque && mode.opacity == D::full) {
             copy_stretch<Bundle<D>, step>(src + i, dst + i);

@@ -13,6 +13,7 @@
 
 #include "pictures/Light.h"
 #include "pictures/Losses.h"
+#include "platform/standalone/Standalone.h"
 #include "tests/pictures/Support.h"
 
 namespace {
@@ -140,6 +141,29 @@ TEST_F(ExrKinds, FalseClaimsAreRefused) {
         put("a.exr", changed.replace(place, 4, std::string("\0\0\0\x10", 4)));
         EXPECT_HOLDS(fault("a.exr"), words);
     }
+}
+
+/// Blocks are packed and unpacked by whatever threads there are, and by tasks in any order.
+TEST_F(ExrKinds, BlocksAreTheSameOnAnyThreads) {
+    const auto in = picture<QX_PixelFloat>(90, 701, true, [](int x, int y) {
+        return QX_PixelFloat{static_cast<float>(x + 1) / 90, static_cast<float>(x * y % 97), 0.5f, 0.1f};
+    });
+    std::string first;
+    for (const int threads : {1, 2, 7, 0}) {
+        standalone::SetPoolLimit(threads == 0 ? 3 : threads);
+        if (threads == 0) {
+            standalone::SetExecutor([](const boost::function<void(int)>& task, int count) {
+                for (int i = count; i-- > 0;) task(i);
+            });
+        }
+        write("b.exr", in, 32);
+        if (first.empty()) first = bytes("b.exr");
+        EXPECT_TRUE(bytes("b.exr") == first) << threads;
+        write("c.exr", read("b.exr"), 32);
+        EXPECT_TRUE(bytes("c.exr") == first) << threads;
+    }
+    standalone::SetExecutor({});
+    standalone::SetPoolLimit(0);
 }
 
 TEST_F(Light, StaysInACopyAndGoesFromPixelsThatGetAlpha) {

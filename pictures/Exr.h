@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "pictures/ExrTasks.h"
 #include "pictures/Format.h"
@@ -20,6 +21,26 @@ namespace qx::pictures {
 struct ExrAttributes {
     Imf::Header header;
 };
+
+struct ExrWindow {
+    Imath::Box2i display, data;          ///< the picture is what the first shows
+    bool has_alpha;                      ///< the file has a channel for it
+    std::vector<QX_PixelFloat> outside;  ///< pixels of the second outside of the first, as in the file and in its order
+};
+
+/// What of a row of the data window lies in the display window: columns from the data window's left side on.
+struct Columns {
+    std::size_t begin, end;
+};
+inline Columns shown(const Imath::Box2i& data, const Imath::Box2i& display, int y) {
+    const std::int64_t columns = std::int64_t{data.max.x} - data.min.x + 1;
+    const auto column = [&](std::int64_t x) {
+        return static_cast<std::size_t>(std::clamp<std::int64_t>(x - data.min.x, 0, columns));
+    };
+    if (y < display.min.y || y > display.max.y)
+        return {static_cast<std::size_t>(columns), static_cast<std::size_t>(columns)};
+    return {column(display.min.x), column(display.max.x + std::int64_t{1})};
+}
 
 /// Attributes that tell of the pixels as they lie in the file, or are written from elsewhere.
 bool is_own_attribute(const std::string& name);
@@ -38,6 +59,7 @@ public:
     int top() const { return top_; }
     void begin_at(int top) { top_ = top; }
     Pixel* first() const { return pixels_.get(); }
+    std::size_t columns() const { return columns_; }
     Pixel* row(int y) const { return first() + static_cast<std::size_t>(y - top_) * columns_; }
     /// The channel of all pixels that `channel` is of the first. What lies at (0, 0) may be far from here.
     template <class Channel> Imf::Slice slice(Imf::PixelType type, Channel* channel, double fill) const {

@@ -6,6 +6,7 @@
 #include <ImfStandardAttributes.h>
 
 #include <algorithm>
+#include <climits>
 #include <memory>
 #include <new>
 
@@ -14,6 +15,7 @@
 #include "pictures/ExrHeader.h"
 #include "pictures/ExrTasks.h"
 #include "pictures/Light.h"
+#include "pictures/Losses.h"
 #include "pictures/Pixels.h"
 
 namespace qx::pictures {
@@ -37,11 +39,6 @@ bool bind_channels(const Imf::ChannelList& channels, const Lines<QX_PixelFloat>&
     return true;
 }
 
-void clear(const QX_World& world, int y, int left, int right) {
-    auto* row = row_of<QX_PixelFloat>(world, y);
-    std::fill(row + left, row + std::max(left, right), QX_PixelFloat{});
-}
-
 /// @return whether the picture is grey
 bool read_lines(Imf::InputFile& exr, const std::string& path, const Lines<QX_PixelFloat>& lines, int last) {
     Imf::FrameBuffer buffer;
@@ -54,31 +51,62 @@ bool read_lines(Imf::InputFile& exr, const std::string& path, const Lines<QX_Pix
     return grey;
 }
 
+/// What lies outside of the picture is kept if a window around both is not larger than a picture may be.
+bool is_kept(const Imath::Box2i& display, const Imath::Box2i& data) {
+    Imath::Box2i both = display;
+    both.extendBy(data);
+    const std::int64_t width = std::int64_t{both.max.x} - both.min.x + 1;
+    const std::int64_t height = std::int64_t{both.max.y} - both.min.y + 1;
+    return width <= kMostSide && height <= kMostSide && width * height <= INT_MAX / std::int64_t{sizeof(QX_PixelFloat)};
+}
+
 /// Rows of the data window go to their place in the display window, which is the picture.
-void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, Watch& watch) {
-    const auto& display = exr.header().displayWindow();
-    const auto& window = exr.header().dataWindow();
-    Lines<QX_PixelFloat> lines(window);
-    const int left = std::max(window.min.x, display.min.x), right = std::min(window.max.x, display.max.x) + 1;
-    const int top = std::max(window.min.y, display.min.y), bottom = std::min(window.max.y, display.max.y) + 1;
-    for (int first = top; first < bottom && left < right; first += lines.rows()) {
+/// @param outside  gets the pixels that have none there, may be null
+void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, std::vector<QX_PixelFloat>* outside,
+               Watch& watch) {
+    const Imath::Box2i &display = exr.header().displayWindow(), &data = exr.header().dataWindow();
+    const int top = outside ? data.min.y : std::max(data.min.y, display.min.y);
+    const int bottom = (outside ? data.max.y : std::min(data.max.y, display.max.y)) + 1;
+    Lines<QX_PixelFloat> lines(data);
+    for (int first = top; first < bottom; first += lines.rows()) {
         lines.begin_at(first);
         const int end = std::min(first + lines.rows(), bottom);
         const bool grey = read_lines(exr, path, lines, end - 1);
         for (int y = first; y < end; ++y) {
             watch.must_next_row(y - top, bottom - top);
-            auto* row = row_of<QX_PixelFloat>(world, y - display.min.y) + (left - display.min.x);
-            const QX_PixelFloat* line = lines.row(y);
-            std::copy(line + (left - window.min.x), line + (right - window.min.x), row);
-            for (int x = 0; grey && x < right - left; ++x) row[x].green = row[x].blue = row[x].red;
-            clear(world, y - display.min.y, 0, left - display.min.x);
-            clear(world, y - display.min.y, right - display.min.x, world.width);
+            QX_PixelFloat* line = lines.row(y);
+            for (std::size_t x = 0; grey && x < lines.columns(); ++x) line[x].green = line[x].blue = line[x].red;
+            const Columns inside = shown(data, display, y);
+            if (outside) outside->insert(outside->end(), line, line + inside.begin);
+            if (outside) outside->insert(outside->end(), line + inside.end, line + lines.columns());
+            if (y < display.min.y || y > display.max.y) continue;
+            auto* row = row_of<QX_PixelFloat>(world, y - display.min.y);
+            std::fill(row, row + world.width, QX_PixelFloat{});
+            const auto left = std::max(std::int64_t{data.min.x} - display.min.x, std::int64_t{0});
+            if (inside.begin < inside.end) std::copy(line + inside.begin, line + inside.end, row + left);
         }
     }
     for (int y = 0; y < world.height; ++y) {  // last, when there has been something to read
-        const bool filled = y >= top - display.min.y && y < bottom - display.min.y && left < right;
-        if (!filled) clear(world, y, 0, world.width);
+        auto* row = row_of<QX_PixelFloat>(world, y);
+        const bool filled = y + display.min.y >= data.min.y && y + display.min.y <= data.max.y;
+        if (!filled) std::fill(row, row + world.width, QX_PixelFloat{});
     }
+}
+
+/// The picture's pixels as they lie in the file, and what lies beside them.
+void read_pixels(Imf::InputFile& exr, const std::string& path, Picture& picture, Watch& watch) {
+    const Imf::Header& header = exr.header();
+    auto window = std::make_shared<ExrWindow>();
+    window->display = header.displayWindow();
+    window->data = header.dataWindow();
+    window->has_alpha = header.channels().findChannel("A") != nullptr;
+    picture.has_alpha = window->has_alpha || window->data != window->display;
+    const bool keeps = is_kept(window->display, window->data);
+    const auto all = [&] { read_rows(exr, path, *picture.world, keeps ? &window->outside : nullptr, watch); };
+    with_idle_threads(all);
+    if (!keeps) picture.notes.emplace_back(kOutsideIsLost);
+    const bool usual = window->data == window->display && window->data.min == Imath::V2i(0, 0);
+    if (keeps && !usual) picture.window = std::move(window);
 }
 
 void keep_attributes(const Imf::Header& header, Picture& picture) {
@@ -90,34 +118,30 @@ void keep_attributes(const Imf::Header& header, Picture& picture) {
         kept->header.insert(i.name(), i.attribute());
         any = any || usual.find(i.name()) == usual.end();
     }
+    any = any || header.screenWindowWidth() != usual.screenWindowWidth();
+    any = any || header.screenWindowCenter() != usual.screenWindowCenter();
     if (any) picture.attributes = std::move(kept);
 }
 
-/// What a picture has no place for.
-void note_rest(const Imf::Header& header, Picture& picture) {
-    const auto& channels = header.channels();
+/// True for a channel that makes the picture.
+bool is_used(const Imf::ChannelList& channels, const std::string& name) {
     const bool rgb = channels.findChannel("R") != nullptr && channels.findChannel("G") != nullptr &&
                      channels.findChannel("B") != nullptr;
-    std::string further;
-    for (auto i = channels.begin(); i != channels.end(); ++i) {
-        const std::string name = i.name();
-        const bool used = name == "A" || (rgb ? name == "R" || name == "G" || name == "B" : name == "Y");
-        if (!used) further += (further.empty() ? "" : ", ") + name;
-    }
-    if (!further.empty()) picture.notes.push_back("its further channels are left out: " + further);
-    const auto &display = header.displayWindow(), &window = header.dataWindow();
-    if (!display.intersects(window.min) || !display.intersects(window.max)) {
-        picture.notes.emplace_back("what lies outside its display window is left out");
-    }
+    return name == "A" || (rgb ? name == "R" || name == "G" || name == "B" : name == "Y");
 }
 
-/// True when all channels that make the picture are half floats.
-bool is_half(const Imf::Header& header) {
-    for (const char* name : {"R", "G", "B", "A", "Y"}) {
-        const Imf::Channel* channel = header.channels().findChannel(name);
-        if (channel != nullptr && channel->type != Imf::HALF) return false;
+/// What a picture has no place for, and whether all channels that make it are half floats.
+void note_rest(const Imf::ChannelList& channels, Picture& picture) {
+    std::string further;
+    picture.half = true;
+    for (auto i = channels.begin(); i != channels.end(); ++i) {
+        if (!is_used(channels, i.name())) {
+            further += (further.empty() ? "" : ", ") + std::string(i.name());
+        } else if (i.channel().type != Imf::HALF) {
+            picture.half = false;
+        }
     }
-    return true;
+    if (!further.empty()) picture.notes.push_back("its further channels are left out: " + further);
 }
 
 void read_extras(const Imf::Header& header, Picture& picture) {
@@ -145,16 +169,14 @@ Picture read_file(const std::string& path, Watch& watch) {
     const Imf::Header& header = exr.header();
     const auto& display = header.displayWindow();
     Picture picture;
-    picture.has_alpha = header.channels().findChannel("A") != nullptr || header.dataWindow() != display;
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
                               std::int64_t{display.max.y} - display.min.y + 1, 32, false);
-    with_idle_threads([&] { read_rows(exr, path, *picture.world, watch); });
+    read_pixels(exr, path, picture, watch);
     settle(path, picture, true);
     mark_light(picture);
-    picture.half = is_half(header);
     read_extras(header, picture);
     keep_attributes(header, picture);
-    note_rest(header, picture);
+    note_rest(header.channels(), picture);
     if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
     return picture;
 }

@@ -14,6 +14,7 @@
 #include "pictures/Carried.h"
 #include "pictures/Exr.h"
 #include "pictures/ExrTasks.h"
+#include "pictures/Pixels.h"
 
 namespace qx::pictures {
 namespace {
@@ -58,8 +59,39 @@ void check_complete(OutputFile& file) {
     throw Failure(file.path(), "could not be written: blocks are missing");
 }
 
-Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool with_alpha) {
-    Imf::Header header(picture.world->width, picture.world->height);
+Imath::Box2i display_window(const Picture& picture) {
+    return picture.window ? picture.window->display
+                          : Imath::Box2i({0, 0}, {picture.world->width - 1, picture.world->height - 1});
+}
+
+/// True when `is(pixel, whether it lies in the data window of the file that it came from)` holds for some pixel.
+template <class Is> bool any_placed(const Picture& picture, const Is& is) {
+    const Imath::V2i origin = picture.window->display.min;
+    return any_pixel<QX_PixelFloat>(*picture.world, [&](const QX_PixelFloat& p, int x, int y) {
+        return is(p, picture.window->data.intersects(origin + Imath::V2i(x, y)));
+    });
+}
+
+/// That of the file that the picture came from if all of the display window that lies outside of it is still clear,
+/// else one around both.
+Imath::Box2i data_window(const Picture& picture) {
+    Imath::Box2i window = display_window(picture);
+    if (!picture.window) return window;
+    const auto is_new = [](const QX_PixelFloat& p, bool in_data) { return !in_data && p.alpha != 0; };
+    if (!any_placed(picture, is_new)) return picture.window->data;
+    window.extendBy(picture.window->data);
+    return window;
+}
+
+/// Outside of a file's data window nothing is opaque, but that takes no alpha as long as the window is kept.
+bool needs_alpha(const Picture& picture, const Imath::Box2i& window) {
+    if (!picture.window || picture.window->has_alpha || window != picture.window->data) return true;
+    return any_placed(picture, [](const QX_PixelFloat& p, bool in_data) { return in_data && p.alpha != 1; });
+}
+
+Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool& with_alpha) {
+    Imf::Header header(display_window(picture), data_window(picture));
+    with_alpha = with_alpha && needs_alpha(picture, header.dataWindow());
     header.compression() = Imf::ZIP_COMPRESSION;
     for (const char* name : {"R", "G", "B"}) header.channels().insert(name, Imf::Channel(type));
     if (with_alpha) header.channels().insert("A", Imf::Channel(type));
@@ -80,18 +112,35 @@ Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool with_al
     return header;
 }
 
+/// The pixels of a file, asked for in their order.
+class FilePixels {
+public:
+    explicit FilePixels(const Picture& picture) : picture_(picture), display_(display_window(picture)) {}
+    QX_PixelFloat operator()(int x, int y) {
+        const Imath::V2i place(x, y);
+        if (display_.intersects(place)) return associated_pixel(picture_, x - display_.min.x, y - display_.min.y);
+        return picture_.window->data.intersects(place) ? picture_.window->outside[outside_++] : QX_PixelFloat{};
+    }
+
+private:
+    const Picture& picture_;
+    const Imath::Box2i display_;
+    std::size_t outside_ = 0;
+};
+
 template <class Channel>
 void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType type, bool with_alpha, Watch& watch) {
-    const QX_World& world = *picture.world;
-    Lines<std::array<Channel, 4>> lines(exr.header().dataWindow());
-    for (int first = 0; first < world.height; first += lines.rows()) {
+    const Imath::Box2i window = exr.header().dataWindow();
+    FilePixels pixel(picture);
+    Lines<std::array<Channel, 4>> lines(window);
+    for (int first = window.min.y; first <= window.max.y; first += lines.rows()) {
         lines.begin_at(first);
-        const int end = std::min(first + lines.rows(), world.height);
+        const int end = std::min(first + lines.rows(), window.max.y + 1);
         for (int y = first; y < end; ++y) {
-            watch.must_next_row(y, world.height);
+            watch.must_next_row(y - window.min.y, window.max.y + 1 - window.min.y);
             auto* to = lines.row(y);
-            for (int x = 0; x < world.width; ++x) {
-                const QX_PixelFloat p = associated_pixel(picture, x, y);
+            for (int x = window.min.x; x <= window.max.x; ++x) {
+                const QX_PixelFloat p = pixel(x, y);
                 *to++ = {Channel(p.red), Channel(p.green), Channel(p.blue), Channel(p.alpha)};
             }
         }
@@ -107,7 +156,8 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
 
 void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf::PixelType type, Watch& watch) {
     Stream stream(file);
-    Imf::OutputFile exr(stream, header_for(picture, type, with_alpha), exr_threads());
+    const Imf::Header header = header_for(picture, type, with_alpha);
+    Imf::OutputFile exr(stream, header, exr_threads());
     with_idle_threads(
         [&] { (type == Imf::HALF ? write_rows<half> : write_rows<float>)(exr, picture, type, with_alpha, watch); });
 }

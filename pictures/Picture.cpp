@@ -78,7 +78,7 @@ template <class Pixel> bool any_alpha_but(const QX_World& world, QX_ChannelOf<Pi
 
 /// The pixels that a file of this depth gets; 16 bits go from 0 to 65535.
 std::unique_ptr<QX_World> world_for_file(const std::string& path, const Picture& picture, int depth) {
-    if (depth != 16) return at_depth(path, *picture.world, depth);
+    if (depth != 16) return pixels_of_depth(path, picture, depth);
     if (picture.world->Depth() != 8) return pixels_of_file16(path, picture);
     Picture sixteen;
     sixteen.world = at_depth(path, *picture.world, depth);
@@ -215,13 +215,9 @@ std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Pic
     const int file_depth = nearest_depth(format, depth);
     Picture converted;
     if (picture.world->Depth() != file_depth || file_depth == 16) {
-        converted.has_alpha = picture.has_alpha;
-        converted.icc = picture.icc;
-        converted.resolution = picture.resolution;
-        converted.primaries = picture.primaries;
-        converted.attributes = picture.attributes;
-        converted.half = picture.half;
+        converted.about() = picture.about();
         converted.light = picture.light;
+        converted.window = picture.window;
         converted.world = world_for_file(path, picture, file_depth);
     }
     const Picture& out = converted.world ? converted : picture;

@@ -84,7 +84,9 @@ int unify(const CompOptions& options, Inputs& inputs, NotesOnce& once) {
     for (const auto& [file, picture] : all) {
         tell_losses(once, *file, pictures::lost_at_depth(*picture, depth));
         pictures::bring_to_depth(*file, *picture, depth);
-        if (picture != &inputs.background) picture->carried.reset();
+        if (picture == &inputs.background) continue;
+        tell_losses(once, *file, pictures::lost_beside(*picture));
+        pictures::drop_beside(*picture);
     }
     return depth;
 }
@@ -102,7 +104,6 @@ void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnc
     pictures::Picture& result = inputs.background;
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         const pictures::Picture& layer = inputs.layers[i].picture;
-        if (!layer.light.empty()) tell_losses(once, options.layers[i].file, {pictures::kLightIsLost});
         tell_losses(once, options.layers[i].file, pictures::taken_otherwise(layer, result));
         pictures::add_precision(result, layer);
     }

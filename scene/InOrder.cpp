@@ -17,8 +17,8 @@ using Make = std::function<InTurn(int index, pictures::Watch& watch)>;
 
 class Line {
 public:
-    Line(int count, int ahead, pictures::Watch& watch, const Make& make)
-        : count_(count), ahead_(ahead), watch_(watch), make_(make), failed_(count) {}
+    Line(int first, int count, int ahead, pictures::Watch& watch, const Make& make)
+        : count_(count), ahead_(ahead), watch_(watch), make_(make), failed_(count), next_(first), turn_(first) {}
 
     /// One worker of several.
     void work() {
@@ -31,8 +31,11 @@ public:
             }
         }
     }
-    void finish() const {
-        if (fault_) std::rethrow_exception(fault_);
+    /// When all workers have ended. Throws the fault of a turn, and any that came without others at work.
+    /// @return the thing that could not be made beside others, `count` when all are done
+    int finish(bool alone) const {
+        if (fault_ && (alone || turn_fault_)) std::rethrow_exception(fault_);
+        return failed_;
     }
 
 private:
@@ -72,6 +75,7 @@ private:
             if (fault) fail(turn_, fault);
             lock.lock();
             running_ = false;
+            turn_fault_ = turn_fault_ || fault;
             if (!fault) ++turn_;
             turned_.notify_all();
         }
@@ -92,8 +96,8 @@ private:
     std::atomic<int> failed_;  ///< the first that failed, `count` when none has
     std::mutex mutex_;         // of what follows, and of writing `failed_`
     std::condition_variable turned_;
-    int next_ = 0, turn_ = 0;
-    bool running_ = false;
+    int next_, turn_;
+    bool running_ = false, turn_fault_ = false;
     std::map<int, InTurn> waiting_;
     std::exception_ptr fault_;
 };
@@ -102,9 +106,16 @@ private:
 
 void in_order(int count, int at_once, pictures::Watch& watch, const Make& make) {
     const int workers = std::clamp(at_once, 1, std::max(count, 1));
-    Line line(count, 2 * workers, watch, make);
-    tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors([&](int) { line.work(); }, workers);
-    line.finish();
+    for (int first = 0; first < count; ++first) {
+        {
+            Line line(first, count, 2 * workers, watch, make);
+            tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors([&](int) { line.work(); }, workers);
+            first = line.finish(workers == 1);
+        }
+        if (first == count) return;
+        watch.must_go_on();
+        make(first, watch)();  // those behind it may have had the disk or the memory that it needs
+    }
 }
 
 }  // namespace qx::scene

@@ -42,8 +42,13 @@ template <class Pixel> void settle_pixels(const std::string& path, Picture& pict
     picture.carried = std::move(carried);
 }
 
-template <class Pixel> void make_straight(const QX_World& world) {
-    each_pixel<Pixel>(world, [](Pixel& p, int, int) { p = straight(p); });
+template <class Pixel> void make_straight(Picture& picture) {
+    bool cut = false;
+    each_pixel<Pixel>(*picture.world, [&](Pixel& p, int, int) {
+        cut = cut || (p.alpha != 0 && std::max({p.red, p.green, p.blue}) > p.alpha);
+        p = straight(p);
+    });
+    if (cut) picture.notes.emplace_back("its associated colours above their alpha are cut");
 }
 
 /// The value in a 16-bit file of a channel of a world of 16 bits, and of the one that is carried there.
@@ -72,10 +77,10 @@ template <class To, class Make> void each_file16(const Picture& picture, const Q
 void settle(const std::string& path, Picture& picture, bool is_associated) {
     switch (picture.world->Depth()) {
         case 8:
-            if (is_associated) make_straight<QX_Pixel8>(*picture.world);
+            if (is_associated) make_straight<QX_Pixel8>(picture);
             return;
         case 16:
-            if (is_associated) make_straight<QX_Pixel16>(*picture.world);
+            if (is_associated) make_straight<QX_Pixel16>(picture);
             return settle_pixels<QX_Pixel16>(path, picture);
         default:
             if (is_associated) settle_pixels<QX_PixelFloat>(path, picture);

@@ -46,6 +46,12 @@ bool read_lines(Imf::InputFile& exr, const std::string& path, const Lines<QX_Pix
     if (!bind_channels(exr.header().channels(), lines, buffer, grey)) {
         throw Failure(path, "has no channels R, G, B, and no Y alone");
     }
+    for (auto i = buffer.begin(); i != buffer.end(); ++i) {
+        const Imf::Channel* channel = exr.header().channels().findChannel(i.name());
+        if (channel && (channel->xSampling != 1 || channel->ySampling != 1)) {
+            throw Failure(path, std::string("its channel ") + i.name() + " has fewer samples than there are pixels");
+        }
+    }
     exr.setFrameBuffer(buffer);
     exr.readPixels(lines.top(), last);
     return grey;

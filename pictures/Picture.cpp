@@ -2,6 +2,7 @@
 #include "pictures/Picture.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <new>
 
@@ -110,6 +111,12 @@ Resolution Resolution::in(Unit other) const {
     if (unit == Unit::none || other == Unit::none) return {};
     const double factor = metres[static_cast<int>(other)] / metres[static_cast<int>(unit)];
     return {x * factor, y * factor, other};
+}
+
+Resolution Resolution::whole() const {
+    constexpr double fine = 10000;  // of the longer side; as much as JPEG has room for
+    if (unit != Unit::none || (x == std::floor(x) && y == std::floor(y))) return *this;
+    return {x * fine / std::max(x, y), y * fine / std::max(x, y), unit};
 }
 
 std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth,

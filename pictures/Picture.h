@@ -24,6 +24,7 @@ struct Resolution {
     double x = 0, y = 0;
     Unit unit = Unit::none;
     Resolution in(Unit other) const;  ///< the same resolution; nothing when either unit is none
+    Resolution whole() const;         ///< for files of whole numbers: without a unit, a ratio of such
 };
 
 /// What the values of a file are.

@@ -75,6 +75,12 @@ TEST_F(ExrKinds, PrimariesAndTheShapeOfPixelsPassThrough) {
     ASSERT_TRUE(copy.primaries.has_value());
     EXPECT_EQ(*copy.primaries, (std::array<float, 8>{0.7f, 0.3f, 0.2f, 0.8f, 0.1f, 0.0f, 0.3f, 0.35f}));
     EXPECT_EQ(copy.resolution.y / copy.resolution.x, 2);
+    Picture oblong = noise(8, 8);
+    oblong.resolution = {1, 0.9, Resolution::Unit::none};
+    for (const char* name : {"o.png", "o.jpg", "o.tif", "o.exr"}) {
+        write(name, oblong);
+        EXPECT_NEAR(read(name).resolution.y / read(name).resolution.x, 0.9, 1e-6) << name;
+    }
     auto with_profile = picture<QX_PixelFloat>(1, 1, false, [](int, int) { return QX_PixelFloat{}; });
     with_profile.icc = small_profile();
     EXPECT_EQ(left_out("x.exr", copy, 32), Names{});
@@ -142,6 +148,10 @@ TEST_F(ExrKinds, FalseClaimsAreRefused) {
         put("a.exr", changed.replace(place, 4, std::string("\0\0\0\x10", 4)));
         EXPECT_HOLDS(fault("a.exr"), words);
     }
+    std::string fewer = whole;
+    fewer[whole.find("chlist") + 7 + 4 + 2 + 8] = 2;  // behind that type, a size, the name, and the kind of the samples
+    put("a.exr", fewer);
+    EXPECT_HOLDS(fault("a.exr"), "its channel Y has fewer samples");
 }
 
 /// Blocks are packed and unpacked by whatever threads there are, and by tasks in any order.

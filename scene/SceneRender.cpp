@@ -35,9 +35,9 @@ void SceneRender::note_once(const std::string& key, const std::string& note) {
     if (noted_.insert(key).second && notes_) notes_(note);
 }
 
-/// Of a sequence, each is told of the first picture that it holds for.
+/// Of a sequence, each is told of the first picture that it holds for, and once however many layers show it.
 void SceneRender::note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes) {
-    for (const auto& note : notes) note_once(file.place + note, path + ": " + note);
+    for (const auto& note : notes) note_once(file.at(0) + note, path + ": " + note);
 }
 
 SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_PixelFloat* matte,

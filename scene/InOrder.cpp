@@ -31,12 +31,11 @@ public:
             }
         }
     }
-    /// When all workers have ended. Throws the fault of a turn, and any that came without others at work.
-    /// @return the thing that could not be made beside others, `count` when all are done
-    int finish(bool alone) const {
-        if (fault_ && (alone || turn_fault_)) std::rethrow_exception(fault_);
-        return failed_;
-    }
+
+    // When all workers have ended:
+    int failed() const { return failed_; }
+    const std::exception_ptr& fault() const { return fault_; }
+    bool failed_in_turn() const { return turn_fault_; }
 
 private:
     class ItemWatch : public pictures::Watch {
@@ -102,19 +101,33 @@ private:
     std::exception_ptr fault_;
 };
 
+/// Makes a thing once more: those behind it are gone, and with them the disk and the memory that they took. Throws its
+/// first fault if that was not the reason.
+InTurn made_alone(int index, const std::exception_ptr& fault, pictures::Watch& watch, const Make& make) {
+    watch.must_go_on();
+    try {
+        return make(index, watch);
+    } catch (const pictures::Stopped&) {
+        throw;
+    } catch (...) {
+        std::rethrow_exception(fault);
+    }
+}
+
 }  // namespace
 
 void in_order(int count, int at_once, pictures::Watch& watch, const Make& make) {
     const int workers = std::clamp(at_once, 1, std::max(count, 1));
     for (int first = 0; first < count; ++first) {
+        std::exception_ptr fault;
         {
             Line line(first, count, 2 * workers, watch, make);
             tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors([&](int) { line.work(); }, workers);
-            first = line.finish(workers == 1);
+            first = line.failed();
+            fault = line.fault();
+            if (fault && (workers == 1 || line.failed_in_turn())) std::rethrow_exception(fault);
         }
-        if (first == count) return;
-        watch.must_go_on();
-        make(first, watch)();  // those behind it may have had the disk or the memory that it needs
+        if (first < count) made_alone(first, fault, watch, make)();
     }
 }
 

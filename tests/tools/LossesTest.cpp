@@ -89,7 +89,7 @@ TEST_F(Losses, EachIsToldOnceAJob) {
         {"render wide.json -o o.#.exr", {}},
         {"render cut.json -o o.#.exr", {"wide.exr: what lies outside"}},
         {"comp pages.tif pages.tif --mask pages.tif -o o.tif", {"pages.tif: only its first page is used"}},
-        {"render pages.json -o o.#.tif", {"p.1.tif: only its first page is used"}},
+        {"render pages.json -o o.#.tif -j 1", {"p.1.tif: only its first page is used"}},
         {"comp q.1.exr q.1.exr --mode copy -o o.tif --depth 16",
          {mixed, "q.1.exr: its floats become 16 bits", "q.1.exr: values below 0 and above 1"}},
         {"render s.json -o o.#.png --depth 32",

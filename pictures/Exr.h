@@ -42,6 +42,10 @@ inline Columns shown(const Imath::Box2i& data, const Imath::Box2i& display, int 
     return {column(display.min.x), column(display.max.x + std::int64_t{1})};
 }
 
+/// What the library needs once, for all threads: its types, which it registers one by one, so that there is no second
+/// try after a want of memory, and a limit without which a header alone could claim gigabytes of tables.
+void start_library();
+
 /// Attributes that tell of the pixels as they lie in the file, or are written from elsewhere.
 bool is_own_attribute(const std::string& name);
 

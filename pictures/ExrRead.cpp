@@ -163,14 +163,8 @@ void read_extras(const Imf::Header& header, Picture& picture) {
     picture.primaries = {c.red.x, c.red.y, c.green.x, c.green.y, c.blue.x, c.blue.y, c.white.x, c.white.y};
 }
 
-/// Else a header alone could claim gigabytes of tables. The limit is one for all threads, so it is set once.
-void limit_sizes() {
-    static const bool limited = (Imf::Header::setMaxImageSize(kMostRead, kMostRead), true);
-    static_cast<void>(limited);
-}
-
 Picture read_file(const std::string& path, Watch& watch) {
-    limit_sizes();
+    start_library();
     Imf::InputFile exr(path.c_str(), exr_threads());
     const Imf::Header& header = exr.header();
     const auto& display = header.displayWindow();
@@ -188,6 +182,19 @@ Picture read_file(const std::string& path, Watch& watch) {
 }
 
 }  // namespace
+
+void start_library() {
+    static const bool started = [] {
+        try {
+            Imf::staticInitialize();
+        } catch (const std::exception&) {
+            return false;
+        }
+        Imf::Header::setMaxImageSize(kMostRead, kMostRead);
+        return true;
+    }();
+    if (!started) throw std::bad_alloc();
+}
 
 bool is_own_attribute(const std::string& name) {
     constexpr const char* own[] = {"channels",

@@ -22,14 +22,6 @@ constexpr int kMostThreads = 8;  // more have nothing to do beside one that read
 
 using IlmThread::Task;
 
-/// Whatever it ends with, its group must hear of the end, or the library would wait for ever.
-void run_task(Task* task) noexcept {
-    IlmThread::TaskGroup* const group = task->group();
-    task->execute();  // keeps its faults for the group
-    delete task;
-    group->finishOneTask();
-}
-
 /// The threads that help with one file. As many tasks are handed over as there are threads that wait for one: so none
 /// is ever left to nobody, and whoever hands over is not idle either.
 class Helpers {
@@ -53,10 +45,17 @@ public:
             if (handed_ == 0) break;
             Task* const task = tasks_[--handed_];
             lock.unlock();
-            run_task(task);
+            run(task);
             lock.lock();
         }
+    }
+    /// Whatever it ends with, its group must hear of the end, or the library would wait for ever.
+    void run(Task* task) noexcept {
+        IlmThread::TaskGroup* const group = task->group();
+        task->execute();  // keeps its faults for the group
         note_memory();
+        delete task;
+        group->finishOneTask();
     }
     void end() {
         const std::lock_guard lock(mutex_);
@@ -85,7 +84,9 @@ public:
     int numThreads() const override { return exr_threads(); }
     void setNumThreads(int) override {}
     void addTask(Task* task) override {
-        if (helpers_of_thread == nullptr || !helpers_of_thread->take(task)) run_task(task);
+        Helpers none;
+        Helpers& helpers = helpers_of_thread != nullptr ? *helpers_of_thread : none;
+        if (!helpers.take(task)) helpers.run(task);
     }
     void finish() override {}
 };
@@ -115,6 +116,10 @@ private:
 };
 
 }  // namespace
+
+bool work_ran_out_of_memory() {
+    return memory_ran_out() || (helpers_of_thread != nullptr && helpers_of_thread->short_of_memory());
+}
 
 int exr_threads() {
     const int threads = std::min(standalone::PoolThreads(), kMostThreads);

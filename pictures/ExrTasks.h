@@ -14,4 +14,7 @@ int exr_threads();
 /// the threads was short of memory.
 void with_idle_threads(const std::function<void()>& work);
 
+/// Within such work: whether any of the threads was short of memory so far.
+bool work_ran_out_of_memory();
+
 }  // namespace qx::pictures

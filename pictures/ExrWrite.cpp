@@ -150,7 +150,10 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
             buffer.insert(names[i], lines.slice(type, &(*lines.first())[i], 0));
         }
         exr.setFrameBuffer(buffer);
+        errno = 0;
         exr.writePixels(end - first);
+        // A block that could not be packed the library leaves half full, and would then fill beyond its end.
+        if (work_ran_out_of_memory() || exr.currentScanLine() != end) throw std::bad_alloc();
     }
 }
 
@@ -166,6 +169,7 @@ void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf
 
 void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     try {
+        start_library();
         write_blocks(file, picture, with_alpha, options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT, watch);
         check_complete(file);
     } catch (const Failure&) {

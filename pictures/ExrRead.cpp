@@ -3,6 +3,7 @@
 #include <ImfFrameBuffer.h>
 #include <ImfInputFile.h>
 #include <ImfMultiPartInputFile.h>
+#include <ImfPartType.h>
 #include <ImfStandardAttributes.h>
 
 #include <algorithm>
@@ -177,6 +178,9 @@ Picture read_file(const std::string& path, Watch& watch) {
     read_extras(header, picture);
     keep_attributes(header, picture);
     note_rest(header.channels(), picture);
+    if (header.hasType() && Imf::isDeepData(header.type())) {
+        picture.notes.emplace_back("its samples in depth become one a pixel");
+    }
     if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
     return picture;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // OpenEXR files as other programs write them, and light without alpha, which only they hold.
 #include <ImfChannelList.h>
+#include <ImfDeepFrameBuffer.h>
+#include <ImfDeepScanLineOutputFile.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfInputFile.h>
@@ -133,6 +135,32 @@ TEST_F(ExrKinds, OfManyPartsTheFirstIsUsedAndTheRestIsTold) {
     const auto picture = read("m.exr");
     EXPECT_EQ(channels(picture, 3, 1), (List{1, 1, 1, 1}));
     EXPECT_EQ(picture.notes, Names{"only its first part is used"});
+}
+
+TEST_F(ExrKinds, SamplesInDepthBecomeOneWithANote) {
+    Imf::Header header(1, 1);
+    header.setType(Imf::DEEPSCANLINE);
+    header.compression() = Imf::ZIPS_COMPRESSION;
+    unsigned count = 2;
+    Imf::DeepFrameBuffer buffer;
+    buffer.insertSampleCountSlice(Imf::Slice(Imf::UINT, reinterpret_cast<char*>(&count)));
+    float values[5][2] = {{0.5f, 1}, {0.25f, 0.5f}, {0.25f, 0}, {0, 1}, {1, 2}};  // the second lies behind the first
+    float* samples[5];
+    for (std::size_t i = 0; i < 5; ++i) {
+        const char name[] = {"ARGBZ"[i], '\0'};
+        samples[i] = values[i];
+        header.channels().insert(name, Imf::Channel(Imf::FLOAT));
+        buffer.insert(name, Imf::DeepSlice(Imf::FLOAT, reinterpret_cast<char*>(&samples[i]), 0, 0, sizeof(float)));
+    }
+    {
+        Imf::DeepScanLineOutputFile file((folder / "d.exr").c_str(), header);
+        file.setFrameBuffer(buffer);
+        file.writePixels(1);
+    }
+    const auto picture = read("d.exr");
+    EXPECT_EQ(channels(picture, 0, 0), (List{1, 0.5, 0.25, 0.5}));
+    EXPECT_EQ(picture.notes,
+              (Names{"its further channels are left out: Z", "its samples in depth become one a pixel"}));
 }
 
 /// What only a header claims is refused by it, before memory is taken for it.

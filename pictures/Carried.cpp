@@ -16,9 +16,6 @@ bool same_bits(const QX_PixelFloat& a, const QX_PixelFloat& b) {
     using Bits = std::array<std::uint32_t, 4>;
     return std::bit_cast<Bits>(a) == std::bit_cast<Bits>(b);
 }
-bool same_bits(const QX_Pixel16& a, const QX_Pixel16& b) {
-    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
-}
 
 // What a file's pixel is in a world, and what that is in a file.
 QX_Pixel16 to_world(const QX_Pixel16& p) { return each_channel<QX_Pixel16>(p, from_file16); }
@@ -26,11 +23,17 @@ QX_Pixel16 to_file(const QX_Pixel16& p) { return each_channel<QX_Pixel16>(p, to_
 QX_PixelFloat to_world(const QX_PixelFloat& p) { return straight(p); }
 QX_PixelFloat to_file(const QX_PixelFloat& p) { return p.alpha == 0 ? p : associated(p); }
 
+// Whether a world tells a pixel of a file by its own, in files of all depths.
+bool is_told(const QX_PixelFloat& p) { return same_bits(to_file(to_world(p)), p); }
+bool is_told(const QX_Pixel16& p) {
+    const auto is_end = [](std::uint16_t v) { return v == 0 || v == kFileFull16; };  // others are no v / 65535
+    return is_end(p.alpha) && is_end(p.red) && is_end(p.green) && is_end(p.blue);
+}
+
 template <class Pixel> void settle_pixels(const std::string& path, Picture& picture) {
     const QX_World& file = *picture.world;
-    const auto is_lost = [](const Pixel& p, int, int) { return !same_bits(to_file(to_world(p)), p); };
     std::unique_ptr<QX_World> carried;
-    if (any_pixel<Pixel>(file, is_lost)) {
+    if (any_pixel<Pixel>(file, [](const Pixel& p, int, int) { return !is_told(p); })) {
         carried = std::move(picture.world);
         picture.world = new_world(path, carried->width, carried->height, carried->Depth(), false);
     }
@@ -39,13 +42,23 @@ template <class Pixel> void settle_pixels(const std::string& path, Picture& pict
     picture.carried = std::move(carried);
 }
 
-template <class Pixel> void make_straight(const QX_World& world) {
-    each_pixel<Pixel>(world, [](Pixel& p, int, int) { p = straight(p); });
+template <class Pixel> void make_straight(Picture& picture) {
+    bool cut = false;
+    each_pixel<Pixel>(*picture.world, [&](Pixel& p, int, int) {
+        cut = cut || (p.alpha != 0 && std::max({p.red, p.green, p.blue}) > p.alpha);
+        p = straight(p);
+    });
+    if (cut) picture.notes.emplace_back("its associated colours above their alpha are cut");
 }
 
 /// The value in a 16-bit file of a channel of a world of 16 bits, and of the one that is carried there.
 std::uint16_t file16(std::uint16_t own, std::uint16_t carried) {
     return from_file16(carried) == own ? carried : to_file16(own);
+}
+
+/// The same in a file of floats, where `real` is that of the world.
+float float16(std::uint16_t own, std::uint16_t carried, float real) {
+    return from_file16(carried) == own ? float_of_file16(carried) : real;
 }
 
 /// Calls `make(to, pixel, carried)` for all pixels of a picture of 16 bits, of which `carried` is the nearest in a file
@@ -64,10 +77,10 @@ template <class To, class Make> void each_file16(const Picture& picture, const Q
 void settle(const std::string& path, Picture& picture, bool is_associated) {
     switch (picture.world->Depth()) {
         case 8:
-            if (is_associated) make_straight<QX_Pixel8>(*picture.world);
+            if (is_associated) make_straight<QX_Pixel8>(picture);
             return;
         case 16:
-            if (is_associated) make_straight<QX_Pixel16>(*picture.world);
+            if (is_associated) make_straight<QX_Pixel16>(picture);
             return settle_pixels<QX_Pixel16>(path, picture);
         default:
             if (is_associated) settle_pixels<QX_PixelFloat>(path, picture);
@@ -84,6 +97,18 @@ std::unique_ptr<QX_World> pixels_of_file16(const std::string& path, const Pictur
             p = each_channel<QX_Pixel16>(row_of<QX_PixelFloat>(world, y)[x], file16_of_float);
         });
     }
+    return file;
+}
+
+std::unique_ptr<QX_World> pixels_of_depth(const std::string& path, const Picture& picture, int depth) {
+    auto file = at_depth(path, *picture.world, depth);
+    if (!picture.carried || picture.world->Depth() != 16 || depth != 32) return file;
+    each_pixel<QX_PixelFloat>(*file, [&](QX_PixelFloat& p, int x, int y) {
+        const QX_Pixel16& own = row_of<QX_Pixel16>(*picture.world, y)[x];
+        const QX_Pixel16& carried = row_of<QX_Pixel16>(*picture.carried, y)[x];
+        p = {float16(own.alpha, carried.alpha, p.alpha), float16(own.red, carried.red, p.red),
+             float16(own.green, carried.green, p.green), float16(own.blue, carried.blue, p.blue)};
+    });
     return file;
 }
 

@@ -196,7 +196,7 @@ private:
     void set_resolution() {
         using Unit = Resolution::Unit;
         const Unit own = picture_.resolution.unit;
-        const Resolution r = own == Unit::metre ? picture_.resolution.in(Unit::inch) : picture_.resolution;
+        const Resolution r = own == Unit::metre ? picture_.resolution.in(Unit::inch) : picture_.resolution.whole();
         if (!(r.x >= 1 && r.y >= 1 && r.x < 65535 && r.y < 65535)) return;
         jpeg_.density_unit = r.unit == Unit::inch ? 1 : r.unit == Unit::centimetre ? 2 : 0;
         jpeg_.X_density = static_cast<UINT16>(std::lround(r.x));

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "pictures/Carried.h"
+#include "pictures/Exr.h"
 #include "pictures/Light.h"
 
 namespace qx::pictures {
@@ -31,14 +32,21 @@ bool any_beyond(const QX_World& world) {
     return world.Depth() == 32 && any_channel(world, [](float v) { return !(v >= 0 && v <= 1); });
 }
 
+bool lies_outside(const Picture& picture) { return picture.window && !picture.window->outside.empty(); }
+
 bool overflows(float v) { return std::isfinite(v) && half(v).isInfinity(); }
+bool overflows(const QX_PixelFloat& p) {
+    return overflows(p.alpha) || overflows(p.red) || overflows(p.green) || overflows(p.blue);
+}
 
 bool any_overflow(const Picture& picture) {
+    const auto is_one = [](const QX_PixelFloat& p) { return overflows(p); };
+    if (lies_outside(picture) && std::any_of(picture.window->outside.begin(), picture.window->outside.end(), is_one)) {
+        return true;
+    }
     if (picture.world->Depth() != 32) return false;
-    return any_pixel<QX_PixelFloat>(*picture.world, [&](const QX_PixelFloat&, int x, int y) {
-        const QX_PixelFloat p = associated_pixel(picture, x, y);
-        return overflows(p.alpha) || overflows(p.red) || overflows(p.green) || overflows(p.blue);
-    });
+    return any_pixel<QX_PixelFloat>(
+        *picture.world, [&](const QX_PixelFloat&, int x, int y) { return overflows(associated_pixel(picture, x, y)); });
 }
 
 /// Of a picture in linear light; a file that tells none means those of HDTV.
@@ -67,6 +75,13 @@ std::vector<std::string> lost_at_depth(const Picture& picture, int depth) {
     return notes;
 }
 
+std::vector<std::string> lost_beside(const Picture& picture) {
+    std::vector<std::string> notes;
+    if (!picture.light.empty()) notes.emplace_back(kLightIsLost);
+    if (lies_outside(picture)) notes.emplace_back(kOutsideIsLost);
+    return notes;
+}
+
 std::vector<std::string> taken_otherwise(const Picture& layer, const Picture& background) {
     const bool differ = layer.linear && background.linear && primaries_of(layer) != primaries_of(background);
     if (!differ) return {};
@@ -80,6 +95,7 @@ std::vector<std::string> left_out(const std::string& path, const Picture& pictur
     if (linear && !picture.icc.empty()) notes.emplace_back("its colour profile is left out, OpenEXR holds none");
     if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
     if (!linear && picture.attributes) notes.emplace_back("its attributes are left out, only OpenEXR holds them");
+    if (!linear && lies_outside(picture)) notes.emplace_back(kOutsideIsLost);
     if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
     const int file = file_depth(path, depth);
     const bool halves = linear && options.half.value_or(picture.half);

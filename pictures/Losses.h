@@ -9,6 +9,8 @@
 // What is lost on the way from files through a depth into another file, as notes behind a file's name.
 namespace qx::pictures {
 
+inline constexpr const char* kOutsideIsLost = "what lies outside its display window is left out";
+
 /// What holds all values of both.
 Precision together(Precision a, Precision b);
 
@@ -17,6 +19,9 @@ void add_precision(Picture& onto, const Picture& layer);
 
 /// What of an input is lost at this depth. Before `bring_to_depth`.
 std::vector<std::string> lost_at_depth(const Picture& picture, int depth);
+
+/// What a result loses that is not of the picture's size, or has it as a layer or a mask.
+std::vector<std::string> lost_beside(const Picture& picture);
 
 /// What of a layer means something else on this background.
 std::vector<std::string> taken_otherwise(const Picture& layer, const Picture& background);

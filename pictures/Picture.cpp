@@ -2,6 +2,7 @@
 #include "pictures/Picture.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <new>
 
@@ -78,7 +79,7 @@ template <class Pixel> bool any_alpha_but(const QX_World& world, QX_ChannelOf<Pi
 
 /// The pixels that a file of this depth gets; 16 bits go from 0 to 65535.
 std::unique_ptr<QX_World> world_for_file(const std::string& path, const Picture& picture, int depth) {
-    if (depth != 16) return at_depth(path, *picture.world, depth);
+    if (depth != 16) return pixels_of_depth(path, picture, depth);
     if (picture.world->Depth() != 8) return pixels_of_file16(path, picture);
     Picture sixteen;
     sixteen.world = at_depth(path, *picture.world, depth);
@@ -110,6 +111,12 @@ Resolution Resolution::in(Unit other) const {
     if (unit == Unit::none || other == Unit::none) return {};
     const double factor = metres[static_cast<int>(other)] / metres[static_cast<int>(unit)];
     return {x * factor, y * factor, other};
+}
+
+Resolution Resolution::whole() const {
+    constexpr double fine = 10000;  // of the longer side; as much as JPEG has room for
+    if (unit != Unit::none || (x == std::floor(x) && y == std::floor(y))) return *this;
+    return {x * fine / std::max(x, y), y * fine / std::max(x, y), unit};
 }
 
 std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth,
@@ -215,13 +222,9 @@ std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Pic
     const int file_depth = nearest_depth(format, depth);
     Picture converted;
     if (picture.world->Depth() != file_depth || file_depth == 16) {
-        converted.has_alpha = picture.has_alpha;
-        converted.icc = picture.icc;
-        converted.resolution = picture.resolution;
-        converted.primaries = picture.primaries;
-        converted.attributes = picture.attributes;
-        converted.half = picture.half;
+        converted.about() = picture.about();
         converted.light = picture.light;
+        converted.window = picture.window;
         converted.world = world_for_file(path, picture, file_depth);
     }
     const Picture& out = converted.world ? converted : picture;

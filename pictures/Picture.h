@@ -24,6 +24,7 @@ struct Resolution {
     double x = 0, y = 0;
     Unit unit = Unit::none;
     Resolution in(Unit other) const;  ///< the same resolution; nothing when either unit is none
+    Resolution whole() const;         ///< for files of whole numbers: without a unit, a ratio of such
 };
 
 /// What the values of a file are.
@@ -31,10 +32,10 @@ enum class Precision { eight, sixteen, half, real };
 Precision precision_of(int depth);
 
 struct ExrAttributes;  ///< of the header of an OpenEXR file, besides those that tell of its pixels
+struct ExrWindow;      ///< where the pixels of an OpenEXR file lie, with those that lie outside its picture
 
-/// A picture in memory: straight alpha, at the depth that its file has (half floats as floats).
-struct Picture {
-    std::unique_ptr<QX_World> world;
+/// What is known of a picture besides its pixels.
+struct About {
     bool has_alpha = false;
     bool linear = false;                     ///< a format whose values are light, not encoded
     Precision precision = Precision::eight;  ///< of the values that came into the pixels
@@ -43,9 +44,25 @@ struct Picture {
     Resolution resolution;
     std::optional<std::array<float, 8>> primaries;    ///< x and y of red, green, blue, white, where OpenEXR tells them
     std::shared_ptr<const ExrAttributes> attributes;  ///< null when there are none
-    std::shared_ptr<const QX_World> carried;          ///< see Carried.h; null when the world tells all
-    std::vector<bool> light;                          ///< see Light.h; empty when there is none
-    std::vector<std::string> notes;                   ///< what the file holds and this does not
+};
+
+/// What a file tells beyond straight pixels of a picture's size. A result of that size passes it on from its
+/// background.
+struct Beside {
+    std::shared_ptr<const QX_World> carried;  ///< see Carried.h; null when the world tells all
+    std::vector<bool> light;                  ///< see Light.h; empty when there is none
+    std::shared_ptr<const ExrWindow>
+        window;  ///< null when the pixels of the file are those of the picture, from 0, 0 on
+};
+
+/// A picture in memory: straight alpha, at the depth that its file has (half floats as floats).
+struct Picture : About, Beside {
+    std::unique_ptr<QX_World> world;
+    std::vector<std::string> notes;  ///< what the file holds and this does not
+    About& about() { return *this; }
+    const About& about() const { return *this; }
+    Beside& beside() { return *this; }
+    const Beside& beside() const { return *this; }
 };
 
 inline constexpr int kMostCompression = 9;

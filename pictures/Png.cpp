@@ -182,7 +182,7 @@ private:
     void write_resolution() {
         const Resolution& own = picture_.resolution;
         const bool none = own.unit == Resolution::Unit::none;
-        const Resolution r = none ? own : own.in(Resolution::Unit::metre);
+        const Resolution r = none ? own.whole() : own.in(Resolution::Unit::metre);
         if (!(r.x > 0 && r.y > 0)) return;
         png_set_pHYs(png_, info_, png_uint_32(std::lround(r.x)), png_uint_32(std::lround(r.y)),
                      none ? PNG_RESOLUTION_UNKNOWN : PNG_RESOLUTION_METER);

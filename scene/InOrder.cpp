@@ -17,8 +17,8 @@ using Make = std::function<InTurn(int index, pictures::Watch& watch)>;
 
 class Line {
 public:
-    Line(int count, int ahead, pictures::Watch& watch, const Make& make)
-        : count_(count), ahead_(ahead), watch_(watch), make_(make), failed_(count) {}
+    Line(int first, int count, int ahead, pictures::Watch& watch, const Make& make)
+        : count_(count), ahead_(ahead), watch_(watch), make_(make), failed_(count), next_(first), turn_(first) {}
 
     /// One worker of several.
     void work() {
@@ -31,9 +31,11 @@ public:
             }
         }
     }
-    void finish() const {
-        if (fault_) std::rethrow_exception(fault_);
-    }
+
+    // When all workers have ended:
+    int failed() const { return failed_; }
+    const std::exception_ptr& fault() const { return fault_; }
+    bool failed_in_turn() const { return turn_fault_; }
 
 private:
     class ItemWatch : public pictures::Watch {
@@ -72,6 +74,7 @@ private:
             if (fault) fail(turn_, fault);
             lock.lock();
             running_ = false;
+            turn_fault_ = turn_fault_ || fault;
             if (!fault) ++turn_;
             turned_.notify_all();
         }
@@ -92,19 +95,40 @@ private:
     std::atomic<int> failed_;  ///< the first that failed, `count` when none has
     std::mutex mutex_;         // of what follows, and of writing `failed_`
     std::condition_variable turned_;
-    int next_ = 0, turn_ = 0;
-    bool running_ = false;
+    int next_, turn_;
+    bool running_ = false, turn_fault_ = false;
     std::map<int, InTurn> waiting_;
     std::exception_ptr fault_;
 };
+
+/// Makes a thing once more: those behind it are gone, and with them the disk and the memory that they took. Throws its
+/// first fault if that was not the reason.
+InTurn made_alone(int index, const std::exception_ptr& fault, pictures::Watch& watch, const Make& make) {
+    watch.must_go_on();
+    try {
+        return make(index, watch);
+    } catch (const pictures::Stopped&) {
+        throw;
+    } catch (...) {
+        std::rethrow_exception(fault);
+    }
+}
 
 }  // namespace
 
 void in_order(int count, int at_once, pictures::Watch& watch, const Make& make) {
     const int workers = std::clamp(at_once, 1, std::max(count, 1));
-    Line line(count, 2 * workers, watch, make);
-    tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors([&](int) { line.work(); }, workers);
-    line.finish();
+    for (int first = 0; first < count; ++first) {
+        std::exception_ptr fault;
+        {
+            Line line(first, count, 2 * workers, watch, make);
+            tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors([&](int) { line.work(); }, workers);
+            first = line.failed();
+            fault = line.fault();
+            if (fault && (workers == 1 || line.failed_in_turn())) std::rethrow_exception(fault);
+        }
+        if (first < count) made_alone(first, fault, watch, make)();
+    }
 }
 
 }  // namespace qx::scene

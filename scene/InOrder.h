@@ -12,7 +12,8 @@ using InTurn = std::function<void()>;
 
 /// Makes things 0 to `count` - 1, up to `at_once` of them at a time on threads of the pool, and runs what `make` gives
 /// back one at a time in their order, on any thread. What becomes of a fault or a stop is as if they were made one
-/// after the other: the turn comes to all before it and to none behind it, whose work is stopped, and it is thrown.
+/// after the other: the turn comes to all before it and to none behind it, whose work is stopped, and it is thrown. A
+/// thing that could not be made beside others is made once more, alone, before that is a fault.
 /// @param make   gets a watch of the thing's own, which stops with `watch` too
 void in_order(int count, int at_once, pictures::Watch& watch,
               const std::function<InTurn(int index, pictures::Watch& watch)>& make);

@@ -5,7 +5,6 @@
 
 #include "QX/pixelops/QX_Premul.h"
 #include "pictures/Carried.h"
-#include "pictures/Light.h"
 #include "pictures/Losses.h"
 #include "scene/Faults.h"
 #include "scene/LayerWords.h"
@@ -36,9 +35,9 @@ void SceneRender::note_once(const std::string& key, const std::string& note) {
     if (noted_.insert(key).second && notes_) notes_(note);
 }
 
-/// Of a sequence, each is told of the first picture that it holds for.
+/// Of a sequence, each is told of the first picture that it holds for, and once however many layers show it.
 void SceneRender::note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes) {
-    for (const auto& note : notes) note_once(file.place + note, path + ": " + note);
+    for (const auto& note : notes) note_once(file.at(0) + note, path + ": " + note);
 }
 
 SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_PixelFloat* matte,
@@ -79,12 +78,12 @@ SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& p
                                      pictures::Watch& watch) {
     auto picture = std::make_shared<pictures::Picture>(pictures::read_picture(path, watch));
     note_losses(file, path, picture->notes);
-    if (!picture->light.empty()) note_losses(file, path, {pictures::kLightIsLost});
     note_losses(file, path, pictures::lost_at_depth(*picture, scene_.depth));
-    picture->light.clear();
     if (matte != nullptr) must(unmultiply(*picture->world, *matte), scene_.file + ": " + file.place);
     pictures::bring_to_depth(path, *picture, scene_.depth);
-    if (!scene_.background || &file != &*scene_.background) picture->carried.reset();  // its pixels are laid on others
+    if (scene_.background && &file == &*scene_.background) return picture;
+    note_losses(file, path, pictures::lost_beside(*picture));
+    pictures::drop_beside(*picture);
     return picture;
 }
 
@@ -124,15 +123,12 @@ pictures::Picture SceneRender::background(int number, pictures::Watch& watch) {
     frame.has_alpha = scene_.colour.alpha < 1;
     if (!picture) return frame;
     frame.world->CopyRect(picture->world.get(), {0, 0, picture->world->width, picture->world->height}, 0, 0);
-    frame.has_alpha = picture->has_alpha;
-    if (as_large) frame.carried = picture->carried;
-    frame.linear = picture->linear;
-    frame.precision = picture->precision;
-    frame.half = picture->half;
-    frame.attributes = picture->attributes;
-    frame.icc = picture->icc;
-    frame.resolution = picture->resolution;
-    frame.primaries = picture->primaries;
+    frame.about() = picture->about();
+    if (as_large) {
+        frame.beside() = picture->beside();
+    } else {
+        note_losses(*scene_.background, scene_.background->at(number), pictures::lost_beside(*picture));
+    }
     return frame;
 }
 

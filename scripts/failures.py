@@ -26,7 +26,7 @@ from typing import NamedTuple
 SECONDS = 20  # of one run; what takes longer hangs
 BATCH = 16  # runs that are begun before the end is looked for
 
-SCENE = """{"size": [24, 16], "rate": 24, "frames": [1, 2], "background": "opaque.png", "layers": [
+SCENE = """{"size": [24, 90], "rate": 24, "frames": [1, 2], "background": "opaque.png", "layers": [
   {"file": "p16.tif", "mode": "screen", "linear": 2.2, "opacity": 0.9},
   {"file": "p8.png", "mask": {"file": "p8.jpg", "kind": "luma"}, "shutter": {"angle": 180, "phase": -90, "matrices": 5},
    "transform": {"anchor": [12, 8], "rotate": 20,
@@ -70,11 +70,11 @@ def profile() -> bytes:
 
 
 def png(has_alpha: bool) -> bytes:
-    """A picture of 24 times 16 pixels with a profile and a resolution."""
+    """A picture of 24 times 90 pixels, which are several blocks of OpenEXR, with a profile and a resolution."""
     def chunk(kind: bytes, data: bytes) -> bytes:
         return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
 
-    width, height, channels = 24, 16, 4 if has_alpha else 3
+    width, height, channels = 24, 90, 4 if has_alpha else 3
     rows = [bytes((y + i) * i // 7 & 255 for i in range(4 * width) if i % 4 < channels) for y in range(height)]
     return b"\x89PNG\r\n\x1a\n" + b"".join([
         chunk(b"IHDR", struct.pack(">2I5B", width, height, 8, 6 if has_alpha else 2, 0, 0, 0)),

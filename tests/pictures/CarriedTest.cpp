@@ -9,6 +9,7 @@
 #include <ImfOutputFile.h>
 #include <half.h>
 
+#include "pictures/Losses.h"
 #include "tests/pictures/Writers.h"
 
 namespace {
@@ -79,10 +80,13 @@ TEST_F(Carried, AllValuesOf16BitsPassEitherDepthEitherWay) {
                 write(out, picture, 16);
                 EXPECT_EQ(values_of(folder / out), all_values()) << in << depth << out;
             }
+            Picture picture = read(in);
+            bring_to_depth(in, picture, depth);
+            write("out.exr", picture, depth);
+            const Picture floats = read("out.exr");
+            for (int v = 0; v < 65536; ++v)
+                ASSERT_EQ(channels(floats, v % kSide, v / kSide)[1], float(v / 65535.0)) << v;
         }
-        Picture picture = read(in);
-        bring_to_depth(in, picture, 32);
-        for (int v = 0; v < 65536; ++v) ASSERT_EQ(channels(picture, v % kSide, v / kSide)[1], float(v / 65535.0)) << v;
     }
 }
 
@@ -105,21 +109,29 @@ TEST_F(Carried, OtherPixelsAreRounded) {
         ASSERT_NEAR(written[3 * i], std::min<int>(red, 32768) * 65535.0 / 32768, 0.5) << i;
         ASSERT_EQ(written[3 * i + 1], in[3 * i + 1]) << i;
     }
+    write("out.exr", changed, 16);
+    const Picture floats = read("out.exr");
+    for (int i = 0; i < kSide * kSide; ++i) {
+        const auto red = row_of<QX_Pixel16>(*changed.world, i / kSide)[i % kSide].red;
+        ASSERT_EQ(channels(floats, i % kSide, i / kSide)[1], red / 32768.0) << i;
+    }
 }
 
 /// An OpenEXR file through its library alone: the channels A, B, G, R one behind the other.
 template <class Channel> constexpr Imf::PixelType kType = sizeof(Channel) == 2 ? Imf::HALF : Imf::FLOAT;
-template <class Channel> Imf::FrameBuffer planes(std::vector<Channel>& values) {
+template <class Channel> Imf::FrameBuffer planes(std::vector<Channel>& values, Imath::V2i origin) {
     Imf::FrameBuffer buffer;
+    const int first = origin.x + origin.y * kSide;
     for (std::size_t c = 0; c < 4; ++c) {
         buffer.insert(std::string(1, "ABGR"[c]),
-                      Imf::Slice(kType<Channel>, reinterpret_cast<char*>(values.data() + c * kSide * kSide),
+                      Imf::Slice(kType<Channel>, reinterpret_cast<char*>(values.data() + c * kSide * kSide - first),
                                  sizeof(Channel), kSide * sizeof(Channel)));
     }
     return buffer;
 }
 
-template <class Channel> void expect_carried(const Folder& folder) {
+template <class Channel> void expect_carried(const Folder& folder, Imath::Box2i display) {
+    const Imath::Box2i data({-50, 90}, {kSide - 51, kSide + 89});
     std::mt19937 random(7);
     std::vector<Channel> in, out(4 * kSide * kSide);
     for (int i = 0; i < 4 * kSide * kSide; ++i) {
@@ -127,22 +139,42 @@ template <class Channel> void expect_carried(const Folder& folder) {
         in.push_back(Channel(i % 97 == 0 ? 0 : i % 89 == 0 ? unit * -3 : unit));  // alphas too; light where they are 0
     }
     {
-        Imf::Header header(kSide, kSide);
+        Imf::Header header(display, data);
         for (const char* name : {"A", "B", "G", "R"}) header.channels().insert(name, Imf::Channel(kType<Channel>));
         Imf::OutputFile file((folder / "in.exr").c_str(), header);
-        file.setFrameBuffer(planes(in));
+        file.setFrameBuffer(planes(in, data.min));
         file.writePixels(kSide);
     }
-    write_picture(folder / "out.exr", read_picture(folder / "in.exr"), 32, {.half = sizeof(Channel) == 2});
+    Picture picture = read_picture(folder / "in.exr");
+    write_picture(folder / "out.exr", picture, 32, {.half = sizeof(Channel) == 2});
     Imf::InputFile file((folder / "out.exr").c_str());
-    file.setFrameBuffer(planes(out));
-    file.readPixels(0, kSide - 1);
+    EXPECT_EQ(file.header().displayWindow(), display);
+    ASSERT_EQ(file.header().dataWindow(), data);
+    file.setFrameBuffer(planes(out, data.min));
+    file.readPixels(data.min.y, data.max.y);
     EXPECT_EQ(std::memcmp(in.data(), out.data(), in.size() * sizeof(Channel)), 0);
+
+    // A pixel where the file had none takes a larger window.
+    if (data.intersects(display.max)) return;
+    row_of<QX_PixelFloat>(*picture.world, picture.world->height - 1)[picture.world->width - 1] = {1, 0.5f, 0.5f, 0.5f};
+    write_picture(folder / "more.exr", picture, 32);
+    Imath::Box2i both = display;
+    both.extendBy(data);
+    EXPECT_EQ(Imf::InputFile((folder / "more.exr").c_str()).header().dataWindow(), both);
+    EXPECT_TRUE(same_pixels(read_picture(folder / "more.exr"), picture));
+    EXPECT_EQ(lost_beside(read_picture(folder / "more.exr")), lost_beside(picture));
 }
 
-TEST_F(Carried, FloatsAndHalvesKeepTheirBits) {
-    expect_carried<float>(folder);
-    expect_carried<half>(folder);
+TEST_F(Carried, FloatsAndHalvesKeepTheirBitsAndWindows) {
+    for (const auto& [min, max] : {std::pair{Imath::V2i(-50, 90), Imath::V2i(205, 345)},  // the same as the data window
+                                   {{-20, 100}, {99, 199}},                               // inside of it
+                                   {{-500, 0}, {600, 400}},                               // around it
+                                   {{100, 200}, {400, 360}},                              // across
+                                   {{300, -40}, {310, 2}}}) {                             // elsewhere
+        SCOPED_TRACE(min.x);
+        expect_carried<float>(folder, {min, max});
+        expect_carried<half>(folder, {min, max});
+    }
 }
 
 }  // namespace

@@ -191,6 +191,9 @@ TEST_F(TiffKinds, AssociatedAlphaBecomesStraightAtTheFilesPrecision) {
             ASSERT_EQ(got[static_cast<std::size_t>(s) + 1], std::lround(double(v) * 32768 / 65535)) << i;
         }
     }
+    EXPECT_EQ(integers.notes, Names{});
+    write_tiff<std::uint8_t>(folder / "b.tif", kind, SAMPLEFORMAT_UINT, [](int, int, int s) { return 100 + s % 3; });
+    EXPECT_EQ(read("b.tif").notes, Names{"its associated colours above their alpha are cut"});
     const auto real = [](int, int, int s) { return s == 3 ? 0.25f : 0.125f * float(s); };
     write_tiff<float>(folder / "f.tif", kind, SAMPLEFORMAT_IEEEFP, real);
     write_tiff<half>(folder / "h.tif", kind, SAMPLEFORMAT_IEEEFP, real);

@@ -67,6 +67,23 @@ TEST(InOrder, TakesAllBeforeTheFirstFaultAndNoneBehindIt) {
     standalone::SetPoolLimit(0);
 }
 
+/// As with a disk that has room for one of them only.
+TEST(InOrder, WhatCannotBeMadeBesideOthersIsMadeAlone) {
+    standalone::SetPoolLimit(4);
+    std::atomic<int> held{0};
+    List taken, expected;
+    in_order(kCount, 4, qx::pictures::unwatched(), [&](int index, Watch&) -> InTurn {
+        auto one = std::shared_ptr<int>(new int(++held), [&](int* p) { --held, delete p; });
+        std::this_thread::yield();
+        if (*one > 1 && index % 3 == 0) throw index;
+        return [&taken, index, one] { taken.push_back(index); };
+    });
+    for (int i = 0; i < kCount; ++i) expected.push_back(i);
+    EXPECT_EQ(taken, expected);
+    EXPECT_EQ(held, 0);
+    standalone::SetPoolLimit(0);
+}
+
 TEST(InOrder, AStopReachesAllThatIsAtWork) {
     for (const int rows : {0, 1, 20, 200}) {
         CountingWatch watch(rows);

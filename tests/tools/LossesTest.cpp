@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a result cannot hold is told, and what cannot be written leaves nothing behind.
+#include <tiffio.h>
+
+#include "pictures/Exr.h"
 #include "pictures/Light.h"
 #include "tests/tools/RunQx.h"
 
@@ -20,14 +23,18 @@ qx::pictures::Picture corner(float alpha) {
 TEST_F(Losses, LightIsNotLostInSilence) {
     write("light.exr", corner(0), 32);
     write("plain.exr", corner(0.5f), 32);
+    put_quoted("light.json", "{'frames': [1, 1], 'depth': 32, 'background': 'light.exr', 'layers': []}");
     const std::pair<std::string, bool> cases[] = {
-        {"light.exr plain.exr --opacity 0 -o o.exr", false},
-        {"light.exr plain.exr --at 9,0 -o o.exr", false},  // its first columns are clear
-        {"light.exr plain.exr -o o.exr", true},
-        {"light.exr plain.exr --opacity 0 -o o.tif", true},
-        {"plain.exr light.exr -o o.exr", true}};
+        {"comp light.exr plain.exr --opacity 0 -o o.exr", false},
+        {"comp light.exr plain.exr --at 9,0 -o o.exr", false},  // its first columns are clear
+        {"comp light.exr plain.exr -o o.exr", true},
+        {"comp light.exr plain.exr --opacity 0 -o o.tif", true},
+        {"comp plain.exr light.exr -o o.exr", true},
+        {"render light.json -o o.exr", false},
+        {"render light.json -o o.exr --depth 8", false},
+        {"render light.json -o o.png", true}};
     for (const auto& [line, told] : cases) {
-        const auto outcome = qx("comp " + line);
+        const auto outcome = qx(line);
         EXPECT_EQ(outcome.status, 0) << line << outcome.errors;
         const char* words = told ? "light.exr: light under" : "light under";
         EXPECT_EQ(outcome.errors.find(words) != std::string::npos, told) << line << outcome.errors;
@@ -50,6 +57,22 @@ TEST_F(Losses, EachIsToldOnceAJob) {
     gradient("a.png", 9, 9, 255);
     put_quoted("s.json",
                "{'frames': [1, 2], 'background': 'q.#.exr', 'layers': [{'file': 'deep.png', 'opacity': 0.1}]}");
+    TIFF* tiff = TIFFOpen((folder / "pages.tif").c_str(), "w");
+    for (int page = 0; page < 2; ++page) {
+        for (const int tag : {TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH}) TIFFSetField(tiff, tag, 8);
+        for (std::uint32_t y = 0; y < 8; ++y) TIFFWriteScanline(tiff, const_cast<char*>("a row   "), y, 0);
+        TIFFWriteDirectory(tiff);
+    }
+    TIFFClose(tiff);
+    for (const char* name : {"p.1.tif", "p.2.tif"}) put(name, bytes("pages.tif"));
+    put_quoted("pages.json",
+               "{'frames': [1, 2], 'size': [8, 8], 'layers': [{'file': 'p.#.tif'}, {'file': 'p.#.tif'}]}");
+    auto wide = picture<QX_PixelFloat>(9, 9, false, colour(0.5f));
+    wide.window = std::make_shared<qx::pictures::ExrWindow>(qx::pictures::ExrWindow{
+        Imath::Box2i({5, 5}, {13, 13}), Imath::Box2i({4, 5}, {13, 13}), false, std::vector<QX_PixelFloat>(9)});
+    write("wide.exr", wide, 32);
+    put_quoted("wide.json", "{'frames': [1, 2], 'depth': 32, 'background': 'wide.exr', 'layers': []}");
+    put_quoted("cut.json", "{'frames': [1, 2], 'depth': 32, 'size': [9, 8], 'background': 'wide.exr', 'layers': []}");
     const std::string mixed = "OpenEXR is meant";
     const std::pair<std::string, Names> cases[] = {
         {"comp a.png a.png --depth 32 -o o.png", {}},
@@ -60,6 +83,13 @@ TEST_F(Losses, EachIsToldOnceAJob) {
         {"comp half.exr deep.png --half -o o.exr", {mixed, "half.exr: its floats become half floats"}},
         {"comp half.exr half.exr -o o.png", {mixed, "half.exr: its half floats become 16 bits"}},
         {"comp tame.exr other.exr -o o.exr", {"other.exr: its primaries are not those"}},
+        {"comp wide.exr tame.exr -o o.exr", {}},
+        {"comp wide.exr tame.exr -o o.tif", {mixed, "wide.exr: what lies outside"}},
+        {"comp tame.exr wide.exr --mask wide.exr -o o.exr", {"wide.exr: what lies outside"}},
+        {"render wide.json -o o.#.exr", {}},
+        {"render cut.json -o o.#.exr", {"wide.exr: what lies outside"}},
+        {"comp pages.tif pages.tif --mask pages.tif -o o.tif", {"pages.tif: only its first page is used"}},
+        {"render pages.json -o o.#.tif -j 1", {"p.1.tif: only its first page is used"}},
         {"comp q.1.exr q.1.exr --mode copy -o o.tif --depth 16",
          {mixed, "q.1.exr: its floats become 16 bits", "q.1.exr: values below 0 and above 1"}},
         {"render s.json -o o.#.png --depth 32",

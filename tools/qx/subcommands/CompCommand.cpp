@@ -33,17 +33,22 @@ struct Inputs {
     std::vector<Layer> layers;
 };
 
-void tell(const std::string& file, const pictures::Picture& picture) {
+/// Behind the file's name; a file that is named twice has the same ones.
+void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std::string>& notes) {
+    for (const auto& note : notes) once.say({{file + note, file + ": " + note}});
+}
+
+void tell(NotesOnce& once, const std::string& file, const pictures::Picture& picture) {
     const QX_World& world = *picture.world;
     std::ostringstream words;
     words << world.width << " x " << world.height << ", " << world.Depth() << " bits"
           << (picture.has_alpha ? ", alpha" : "");
     say_detail(file, words.str());
-    for (const auto& note : picture.notes) say_note(std::string(file).append(": ").append(note));
+    tell_losses(once, file, picture.notes);
 }
 
 /// Several at once, which makes no difference to what is told.
-Inputs read_all(const CompOptions& options) {
+Inputs read_all(const CompOptions& options, NotesOnce& once) {
     Inputs inputs;
     inputs.layers.resize(options.layers.size());
     std::vector<std::pair<const std::string*, pictures::Picture*>> files = {{&options.background, &inputs.background}};
@@ -59,14 +64,9 @@ Inputs read_all(const CompOptions& options) {
         const auto& [file, picture] = files[static_cast<std::size_t>(index)];
         PartWatch part(progress, watch);
         *picture = pictures::read_picture(*file, part);
-        return [file = file, picture = picture] { tell(*file, *picture); };
+        return [&once, file = file, picture = picture] { tell(once, *file, *picture); };
     });
     return inputs;
-}
-
-/// Behind the file's name; a file that is named twice has the same ones.
-void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std::string>& notes) {
-    for (const auto& note : notes) once.say({{file + note, file + ": " + note}});
 }
 
 /// Brings all pictures to one depth. @return it
@@ -84,7 +84,9 @@ int unify(const CompOptions& options, Inputs& inputs, NotesOnce& once) {
     for (const auto& [file, picture] : all) {
         tell_losses(once, *file, pictures::lost_at_depth(*picture, depth));
         pictures::bring_to_depth(*file, *picture, depth);
-        if (picture != &inputs.background) picture->carried.reset();
+        if (picture == &inputs.background) continue;
+        tell_losses(once, *file, pictures::lost_beside(*picture));
+        pictures::drop_beside(*picture);
     }
     return depth;
 }
@@ -102,7 +104,6 @@ void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnc
     pictures::Picture& result = inputs.background;
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         const pictures::Picture& layer = inputs.layers[i].picture;
-        if (!layer.light.empty()) tell_losses(once, options.layers[i].file, {pictures::kLightIsLost});
         tell_losses(once, options.layers[i].file, pictures::taken_otherwise(layer, result));
         pictures::add_precision(result, layer);
     }
@@ -152,9 +153,9 @@ void run(const CompOptions& options) {
     check_output_option(options.output);
     options.encoding.check(options.output);
     const Library library;
-    Inputs inputs = read_all(options);
-    note_mixed_light(options, inputs);
     NotesOnce once;
+    Inputs inputs = read_all(options, once);
+    note_mixed_light(options, inputs);
     const int depth = unify(options, inputs, once);
     QX_World& background = *inputs.background.world;
     {

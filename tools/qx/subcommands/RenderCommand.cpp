@@ -166,7 +166,9 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
         }
         const std::shared_ptr<const QX_World> shown = opaque(options.output, *frame.world, frame_watch);
         std::vector<Note> notes;
-        for (const auto& note : pictures::lost_at_depth(frame, 8)) notes.push_back({note, scene.file + ": " + note});
+        auto lost = pictures::lost_at_depth(frame, 8);
+        for (const auto& note : pictures::lost_beside(frame)) lost.push_back(note);
+        for (const auto& note : lost) notes.push_back({note, scene.file + ": " + note});
         return [&, number, shown, notes] {
             watch.must_go_on();
             once.say(notes);

@@ -40,6 +40,11 @@ template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipp
     if (unclipped == library_bilinear<Pixel>()) return runs.bilinear;
     return unclipped == library_bicubic<Pixel>() ? runs.bicubic : nullptr;
 }
+template <class Pixel> RunSampler<Pixel> nearest_run_form() { return samp_forms->runs->of<Pixel>().nearest; }
+template RunSampler<QX_Pixel8> nearest_run_form();
+template RunSampler<QX_Pixel16> nearest_run_form();
+template RunSampler<QX_PixelFloat> nearest_run_form();
+
 template RunSampler<QX_Pixel8> run_form(QX_PointSampler<QX_Pixel8> unclipped);
 template RunSampler<QX_Pixel16> run_form(QX_PointSampler<QX_Pixel16> unclipped);
 template RunSampler<QX_PixelFloat> run_form(QX_PointSampler<QX_PixelFloat> unclipped);

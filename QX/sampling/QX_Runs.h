@@ -18,6 +18,9 @@ using RunSampler = void (*)(std::int32_t count, FixedPoint at, FixedPoint step, 
 /// on processors without the vectors for it.
 template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipped);
 
+/// Nearest pixels of a run whose positions have half a pixel added.
+template <class Pixel> RunSampler<Pixel> nearest_run_form();
+
 /// A routine with the arguments of nearest_run.
 using NearestRun = std::int32_t(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,
                                 std::int32_t width, std::uint32_t* sum, QX_Pixel8* out);

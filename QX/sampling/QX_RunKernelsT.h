@@ -5,6 +5,7 @@
 #include "QX/sampling/QX_RunKernels.h"
 #include "lanes/Level.h"
 #ifdef __AVX2__
+#include "QX/sampling/QX_AreaBoxes8T.h"
 #include "QX/sampling/QX_AreaRunT.h"
 #include "QX/sampling/QX_BicubicRunT.h"
 #include "QX/sampling/QX_BilinearRunT.h"
@@ -23,7 +24,7 @@ constexpr RunSet<Pixel> run_set{&nearest_turned<Pixel>, &run_of<typename Bilinea
 /// Boxes of 8 bits share the sums of their columns.
 template <>
 constexpr RunSet<QX_Pixel8> run_set<QX_Pixel8>{&nearest_turned<QX_Pixel8>, &run_of<Bilinear8, QX_Pixel8>,
-                                               &run_of<Bicubic<QX_Pixel8>, QX_Pixel8>, &avx2::area_run8};
+                                               &run_of<Bicubic<QX_Pixel8>, QX_Pixel8>, &area_boxes8};
 #else
 template <class Pixel> constexpr RunSet<Pixel> run_set{&nearest_turned<Pixel>, nullptr, nullptr, nullptr};
 #endif

@@ -26,7 +26,7 @@ struct Stretch {
 };
 
 /// The samples of a run of `count` whose coordinate is not negative and below `limit`; no position wraps.
-constexpr Stretch stretch_inside(std::int32_t at, std::int32_t by, std::int32_t count, std::int64_t limit) {
+constexpr Stretch stretch_inside(std::int64_t at, std::int32_t by, std::int32_t count, std::int64_t limit) {
     std::int64_t p = at, step = by;
     if (step < 0) p = limit - 1 - p, step = -step;  // mirrored
     if (step == 0) return {0, p >= 0 && p < limit ? count : 0};
@@ -60,7 +60,25 @@ public:
     }
     void advance() { at_ = at_ + dy_; }
 
+    /// Looks at some pixels of a turned row. Alphas of floats may add up to nothing.
+    bool surely_shows(std::int32_t count) const {
+        constexpr std::int32_t kLooks = 16;
+        if (std::is_same_v<Pixel, QX_PixelFloat> || dx_.y == 0 || !indices_fit(at_, dx_, count)) return false;
+        const Stretch inside = stretch_inside(count);
+        for (std::int32_t k = 0; k < kLooks; ++k) {
+            const std::int32_t i = inside.from + (inside.to - inside.from) / kLooks * k;
+            if (i < inside.to && source_.at(at_ + dx_ * i).alpha != 0) return true;
+        }
+        return false;
+    }
+
 private:
+    Stretch stretch_inside(std::int32_t count) const {
+        const Stretch columns = qx::stretch_inside(at_.x, dx_.x, count, std::int64_t{source_.width()} * kFixedOne);
+        const Stretch rows = qx::stretch_inside(at_.y, dx_.y, count, std::int64_t{source_.height()} * kFixedOne);
+        return {std::max(columns.from, rows.from), std::min(columns.to, rows.to)};
+    }
+
     QX_AlphaSumOf<Pixel> sample_anew(std::int32_t count, Pixel* out) const {
         QX_AlphaSumOf<Pixel> sum{};
         if (!indices_fit(at_, dx_, count)) {
@@ -70,9 +88,7 @@ private:
             }
             return sum;
         }
-        const Stretch columns = stretch_inside(at_.x, dx_.x, count, std::int64_t{source_.width()} * kFixedOne);
-        const Stretch rows = stretch_inside(at_.y, dx_.y, count, std::int64_t{source_.height()} * kFixedOne);
-        const std::int32_t from = std::max(columns.from, rows.from), to = std::min(columns.to, rows.to);
+        const auto [from, to] = stretch_inside(count);
         if (from >= to) {
             std::fill_n(out, count, Pixel{});
             return sum;

@@ -137,6 +137,7 @@ public:
         : samplers_(samplers),
           block_(block),
           run_(run_form<Pixel>(samplers.unclipped)),
+          clear_outside_(is_clear_outside<Pixel>(samplers.plus)),
           area_row_(samplers.area, block, geometry.dx),
           averages_(averages),
           at_(geometry.start),
@@ -153,7 +154,13 @@ public:
             sum += out[i].alpha;
             return all_in;
         };
-        bracket(count, run_fits(at_, dx_, count), tested, [&](std::int32_t from, std::int32_t to) {
+        const bool fits = run_fits(at_, dx_, count);
+        const Stretch near = fits && clear_outside_ ? stretch_near(count) : Stretch{0, count};
+        std::fill(out, out + near.from, Pixel{});
+        std::fill(out + near.to, out + count, Pixel{});
+        const auto tested_near = [&](std::int32_t i) { return tested(near.from + i); };
+        bracket(near.to - near.from, fits, tested_near, [&](std::int32_t first, std::int32_t last) {
+            const std::int32_t from = near.from + first, to = near.from + last;
             if (dx_ == FixedPoint{kFixedOne, 0}) {
                 const FixedPoint p = at_ + dx_ * from;
                 samplers_.span(nullptr, to - from, p.x, p.y, &block_, &sum, out + from);
@@ -168,6 +175,17 @@ public:
     void advance() { at_ = at_ + dy_; }
 
 private:
+    /// Samples of which some tap may lie inside: taps lie up to two pixels from a position.
+    Stretch stretch_near(std::int32_t count) const {
+        constexpr std::int64_t margin = 2 * std::int64_t{kFixedOne};
+        const auto near = [&](std::int32_t at, std::int32_t by, std::int32_t size) {
+            return stretch_inside(at + margin, by, count, std::int64_t{size} * kFixedOne + 2 * margin);
+        };
+        const Stretch x = near(at_.x, dx_.x, block_.src->width), y = near(at_.y, dx_.y, block_.src->height);
+        const std::int32_t from = std::max(x.from, y.from);
+        return {from, std::max(from, std::min(x.to, y.to))};
+    }
+
     void take(QX_PointSampler<Pixel> sampler, std::int32_t from, std::int32_t to, QX_AlphaSumOf<Pixel>* sum,
               Pixel* out) const {
         FixedPoint p = at_ + dx_ * from;
@@ -180,6 +198,7 @@ private:
     QX_SamplerSet<Pixel> samplers_;
     QX_SampPB block_;
     RunSampler<Pixel> run_;
+    bool clear_outside_;
     AreaRow<Pixel> area_row_;
     bool averages_;
     FixedPoint at_, dx_, dy_;

@@ -56,6 +56,15 @@ template <class V, class T> QX_INLINE constexpr V splat(T x) {
     }
 }
 
+/// In every lane its number.
+template <class V> QX_INLINE constexpr V lane_numbers() {
+    V v{};
+    if constexpr (is_wide<V>) {
+        for (int i = 0; i < lanes_in<V>; ++i) v[i] = static_cast<NumberOf<V>>(i);
+    }
+    return v;
+}
+
 template <class V> QX_INLINE constexpr V lesser(V a, V b) { return a < b ? a : b; }
 template <class V> QX_INLINE constexpr V greater(V a, V b) { return a > b ? a : b; }
 /// The size of the difference; a difference of a negative zero has a size of 0 without a sign.

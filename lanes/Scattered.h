@@ -6,21 +6,44 @@
 /// Registers whose parts come from places of their own. `place(i)` gives the address of the i-th part.
 namespace qx {
 
-/// Sixteen bytes a place.
-template <class V, class Place> QX_INLINE V load_sixteens(const Place& place) {
-    const auto load = [&](int i) QX_LAMBDA { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(place(i))); };
+/// A register of part(0), part(1) and so on, each of sixteen bytes.
+template <class V, class Part> QX_INLINE V joined(const Part& part) {
     if constexpr (sizeof(V) == 16) {
-        return (V)load(0);
+        return (V)part(0);
 #ifdef __AVX2__
     } else if constexpr (sizeof(V) == 32) {
-        return (V)_mm256_inserti128_si256(_mm256_castsi128_si256(load(0)), load(1), 1);
+        return (V)_mm256_inserti128_si256(_mm256_castsi128_si256(part(0)), part(1), 1);
 #endif
 #ifdef __AVX512F__
     } else if constexpr (sizeof(V) == 64) {
-        const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(load(0)), load(1), 1);
-        const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(load(2)), load(3), 1);
+        const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(part(0)), part(1), 1);
+        const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(part(2)), part(3), 1);
         return (V)_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
 #endif
+    }
+}
+
+/// Sixteen bytes a place.
+template <class V, class Place> QX_INLINE V load_sixteens(const Place& place) {
+    return joined<V>([&](int i) QX_LAMBDA { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(place(i))); });
+}
+
+/// Eight bytes of two places.
+template <class Place> QX_INLINE __m128i load_two_eights(const Place& place, int i) {
+    const auto low = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(place(i))));
+    return _mm_castps_si128(_mm_loadh_pi(low, reinterpret_cast<const __m64*>(place(i + 1))));
+}
+
+/// Pixels of four, eight or sixteen bytes, in their order.
+template <class V, std::size_t Bytes, class Place> QX_INLINE V load_scattered(const Place& place) {
+    if constexpr (Bytes == 16) {
+        return load_sixteens<V>(place);
+    } else if constexpr (Bytes == 8) {
+        return joined<V>([&](int k) QX_LAMBDA { return load_two_eights(place, 2 * k); });
+    } else {
+        const auto load = [&](int i) QX_LAMBDA { return _mm_loadu_si32(place(i)); };
+        const auto two = [&](int i) QX_LAMBDA { return _mm_unpacklo_epi32(load(i), load(i + 1)); };
+        return joined<V>([&](int k) QX_LAMBDA { return _mm_unpacklo_epi64(two(4 * k), two(4 * k + 2)); });
     }
 }
 
@@ -33,25 +56,8 @@ template <class V, class Place> QX_INLINE Planes<V> load_turned(const Place& pla
 
 /// Eight bytes a lane: the first four of every lane, and the others.
 template <class V, class Place> QX_INLINE void load_pairs(const Place& place, V& first, V& second) {
-    const auto at = [&](int i) QX_LAMBDA { return reinterpret_cast<const __m128i*>(place(i)); };
-    const auto two = [&](int i) QX_LAMBDA {
-        const auto low = _mm_castsi128_ps(_mm_loadl_epi64(at(i)));
-        return _mm_castps_si128(_mm_loadh_pi(low, reinterpret_cast<const __m64*>(at(i + 1))));
-    };
-    const auto part = [&](int k) QX_LAMBDA {
-        if constexpr (sizeof(V) == 16) {
-            return (V)two(2 * k);
-#ifdef __AVX2__
-        } else if constexpr (sizeof(V) == 32) {
-            return (V)_mm256_inserti128_si256(_mm256_castsi128_si256(two(2 * k)), two(4 + 2 * k), 1);
-#endif
-#ifdef __AVX512F__
-        } else if constexpr (sizeof(V) == 64) {
-            const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(two(2 * k)), two(4 + 2 * k), 1);
-            const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(two(8 + 2 * k)), two(12 + 2 * k), 1);
-            return (V)_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
-#endif
-        }
+    const auto part = [&](int odd) QX_LAMBDA {
+        return joined<V>([&](int k) QX_LAMBDA { return load_two_eights(place, 4 * k + 2 * odd); });
     };
     const V u = part(0), v = part(1);
     first = shuffle<0, 2, 0, 2>(u, v);

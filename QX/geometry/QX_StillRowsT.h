@@ -20,11 +20,34 @@ constexpr bool indices_fit(FixedPoint from, FixedPoint step, std::int32_t count)
     return fits(from.x, step.x) && fits(from.y, step.y);
 }
 
+/// Samples of a run.
+struct Stretch {
+    std::int32_t from, to;
+};
+
+/// The samples of a run of `count` whose coordinate is not negative and below `limit`; no position wraps.
+constexpr Stretch stretch_inside(std::int64_t at, std::int32_t by, std::int32_t count, std::int64_t limit) {
+    std::int64_t p = at, step = by;
+    if (step < 0) p = limit - 1 - p, step = -step;  // mirrored
+    if (step == 0) return {0, p >= 0 && p < limit ? count : 0};
+    const auto first_not_below = [&](std::int64_t bound) {
+        const std::int64_t steps = bound <= p ? 0 : (bound - p + step - 1) / step;
+        return static_cast<std::int32_t>(std::min<std::int64_t>(steps, count));
+    };
+    return {first_not_below(0), first_not_below(limit)};
+}
+
 /// Draft quality: the nearest pixels.
 template <class Pixel> class StillDraftRows {
 public:
-    StillDraftRows(const QX_LayerDef& src, const RowGeometry& geometry)
-        : source_(src), at_(geometry.start + FixedPoint{kFixedHalf, kFixedHalf}), dx_(geometry.dx), dy_(geometry.dy) {}
+    /// @param run  takes positions with half a pixel added
+    StillDraftRows(const QX_LayerDef& src, const RowGeometry& geometry, RunSampler<Pixel> run)
+        : world_(src),
+          source_(src),
+          run_(run),
+          at_(geometry.start + FixedPoint{kFixedHalf, kFixedHalf}),
+          dx_(geometry.dx),
+          dy_(geometry.dy) {}
 
     /// Samples one row. @return the sum of its alphas
     /// A layer without a turn that grows repeats rows: what `out` still holds is not sampled again.
@@ -37,28 +60,48 @@ public:
     }
     void advance() { at_ = at_ + dy_; }
 
+    /// Looks at some pixels of a turned row. Alphas of floats may add up to nothing.
+    bool surely_shows(std::int32_t count) const {
+        constexpr std::int32_t kLooks = 16;
+        if (std::is_same_v<Pixel, QX_PixelFloat> || dx_.y == 0 || !indices_fit(at_, dx_, count)) return false;
+        const Stretch inside = stretch_inside(count);
+        for (std::int32_t k = 0; k < kLooks; ++k) {
+            const std::int32_t i = inside.from + (inside.to - inside.from) / kLooks * k;
+            if (i < inside.to && source_.at(at_ + dx_ * i).alpha != 0) return true;
+        }
+        return false;
+    }
+
 private:
+    Stretch stretch_inside(std::int32_t count) const {
+        const Stretch columns = qx::stretch_inside(at_.x, dx_.x, count, std::int64_t{source_.width()} * kFixedOne);
+        const Stretch rows = qx::stretch_inside(at_.y, dx_.y, count, std::int64_t{source_.height()} * kFixedOne);
+        return {std::max(columns.from, rows.from), std::min(columns.to, rows.to)};
+    }
+
     QX_AlphaSumOf<Pixel> sample_anew(std::int32_t count, Pixel* out) const {
         QX_AlphaSumOf<Pixel> sum{};
-        const auto tested = [&](std::int32_t i) {
-            const FixedPoint p = at_ + dx_ * i;
-            out[i] = source_.read(p);
-            sum += out[i].alpha;
-            return source_.inside(p);
-        };
-        bracket(count, indices_fit(at_, dx_, count), tested,
-                [&](std::int32_t from, std::int32_t to) { sum = copy(from, to, sum, out); });
-        return sum;
+        if (!indices_fit(at_, dx_, count)) {
+            for (std::int32_t i = 0; i < count; ++i) {
+                out[i] = source_.read(at_ + dx_ * i);
+                sum += out[i].alpha;
+            }
+            return sum;
+        }
+        const auto [from, to] = stretch_inside(count);
+        if (from >= to) {
+            std::fill_n(out, count, Pixel{});
+            return sum;
+        }
+        std::fill_n(out, from, Pixel{});
+        std::fill(out + to, out + count, Pixel{});
+        return copy(from, to, sum, out);
     }
 
     /// Pixels inside the world. Without a step in y they lie in one row.
     QX_AlphaSumOf<Pixel> copy(std::int32_t from, std::int32_t to, QX_AlphaSumOf<Pixel> sum, Pixel* out) const {
-        FixedPoint p = at_ + dx_ * from;
-        const auto put = [&](std::int32_t i, const Pixel& pixel) {
-            out[i] = pixel;
-            sum += pixel.alpha;
-        };
         if (dx_.y == 0) {
+            const FixedPoint p = at_ + dx_ * from;
             const Pixel* row = source_.row(p.y);
             const std::int64_t step = dx_.x;
             std::int64_t x = p.x;
@@ -67,16 +110,19 @@ private:
                 i += nearest_run(to - from, x, dx_.x, row, source_.width(), &sum, out + from);
                 x += step * (i - from);
             }
-            for (; i < to; ++i, x += step) put(i, Pixel(row[x >> 16]));
-        } else if constexpr (sizeof(Pixel) > 4) {
-            sum = source_.take(p, dx_, to - from, sum, out + from);
+            for (; i < to; ++i, x += step) {
+                out[i] = row[x >> 16];
+                sum += out[i].alpha;
+            }
         } else {
-            for (std::int32_t i = from; i < to; ++i, p = p + dx_) put(i, Pixel(source_.at(p)));
+            run_(to - from, at_ + dx_ * from, dx_, world_, &sum, out + from);
         }
         return sum;
     }
 
+    const QX_LayerDef& world_;
     Nearest<Pixel> source_;
+    RunSampler<Pixel> run_;
     FixedPoint at_, dx_, dy_;
     bool sampled_ = false;
     std::int32_t row_ = 0;
@@ -91,6 +137,7 @@ public:
         : samplers_(samplers),
           block_(block),
           run_(run_form<Pixel>(samplers.unclipped)),
+          clear_outside_(is_clear_outside<Pixel>(samplers.plus)),
           area_row_(samplers.area, block, geometry.dx),
           averages_(averages),
           at_(geometry.start),
@@ -107,7 +154,13 @@ public:
             sum += out[i].alpha;
             return all_in;
         };
-        bracket(count, run_fits(at_, dx_, count), tested, [&](std::int32_t from, std::int32_t to) {
+        const bool fits = run_fits(at_, dx_, count);
+        const Stretch near = fits && clear_outside_ ? stretch_near(count) : Stretch{0, count};
+        std::fill(out, out + near.from, Pixel{});
+        std::fill(out + near.to, out + count, Pixel{});
+        const auto tested_near = [&](std::int32_t i) { return tested(near.from + i); };
+        bracket(near.to - near.from, fits, tested_near, [&](std::int32_t first, std::int32_t last) {
+            const std::int32_t from = near.from + first, to = near.from + last;
             if (dx_ == FixedPoint{kFixedOne, 0}) {
                 const FixedPoint p = at_ + dx_ * from;
                 samplers_.span(nullptr, to - from, p.x, p.y, &block_, &sum, out + from);
@@ -122,6 +175,17 @@ public:
     void advance() { at_ = at_ + dy_; }
 
 private:
+    /// Samples of which some tap may lie inside: taps lie up to two pixels from a position.
+    Stretch stretch_near(std::int32_t count) const {
+        constexpr std::int64_t margin = 2 * std::int64_t{kFixedOne};
+        const auto near = [&](std::int32_t at, std::int32_t by, std::int32_t size) {
+            return stretch_inside(at + margin, by, count, std::int64_t{size} * kFixedOne + 2 * margin);
+        };
+        const Stretch x = near(at_.x, dx_.x, block_.src->width), y = near(at_.y, dx_.y, block_.src->height);
+        const std::int32_t from = std::max(x.from, y.from);
+        return {from, std::max(from, std::min(x.to, y.to))};
+    }
+
     void take(QX_PointSampler<Pixel> sampler, std::int32_t from, std::int32_t to, QX_AlphaSumOf<Pixel>* sum,
               Pixel* out) const {
         FixedPoint p = at_ + dx_ * from;
@@ -134,6 +198,7 @@ private:
     QX_SamplerSet<Pixel> samplers_;
     QX_SampPB block_;
     RunSampler<Pixel> run_;
+    bool clear_outside_;
     AreaRow<Pixel> area_row_;
     bool averages_;
     FixedPoint at_, dx_, dy_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "QX/compositing/QX_MaskRow.h"
+#include "QX/compositing/QX_RowDriver.h"
 #include "QX/compositing/QX_TransferLoop.h"
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Errors.h"
@@ -26,6 +27,25 @@ template <class Pixel> bool copies_opaque_rows(const CompositeRun<Pixel>& run) {
            run.mode.opacity >= DepthOf<Pixel>::full;
 }
 
+/// True when what is drawn of a row becomes the destination's, bit for bit, and no routine of a host's is asked.
+template <class Pixel>
+bool copies_rows(const CompositeRun<Pixel>& run, const QX_BlendModeDescriptor<Pixel>& descriptor) {
+    const auto& mode = run.mode;
+    if ((mode.xfer != xfer_copy && mode.xfer != xfer_replace) || run.call.mask != nullptr || mode.rgb_only != 0) {
+        return false;
+    }
+    QX_RowFunc<Pixel> own = nullptr;
+    row_lookups.of<Pixel>().at[0](mode.xfer, &own);
+    return mode.opacity == DepthOf<Pixel>::full && descriptor.row == own &&
+           slot<SlotsOf<Pixel>.driver>() == &drive_row<Pixel>;
+}
+
+/// True where a row is known not to be clear before it is sampled, so that it may be sampled where it is to lie.
+template <class Rows> bool surely_shows(const Rows& rows, std::int32_t count) {
+    if constexpr (requires { rows.surely_shows(count); }) return rows.surely_shows(count);
+    return false;
+}
+
 /// Samples row by row into the spare row of the scratch and composites each.
 /// @param rows  sample(count, out) gives the sum of a row's alphas; advance() goes to the next row
 /// @return 0, 5 for an unknown mode (nothing is written), or the code of a row or of the progress function
@@ -43,15 +63,19 @@ int composite_rows(const CompositeRun<Pixel>& run, const TransformRows& where, R
     const auto opaque =
         static_cast<QX_AlphaSumOf<Pixel>>(count) * static_cast<QX_AlphaSumOf<Pixel>>(DepthOf<Pixel>::full);
     auto* const row = static_cast<Pixel*>(run.scratch.spare_row);
+    const bool copies = copies_rows(run, descriptor);
     MaskRows<Pixel> mask(call.mask != nullptr ? *call.mask : QX_MaskWorld{}, static_cast<Pixel*>(run.scratch.mask_row));
     RowSeed seed(run.mode.rand_seed, 0, rect.top);
     int code = kQX_NoError;
     for (std::int32_t i = 0; i < total && code == kQX_NoError; ++i) {
         const std::int32_t y = rect.top + i;
         if (in_field(call.field, y)) {
-            const auto alphas = rows.sample(count, row);
             Pixel* const to = pixel_at<Pixel>(*call.dst, rect.left, y);
-            if (alphas == opaque && copies_opaque_rows(run)) {
+            Pixel* const made = copies && surely_shows(rows, count) ? to : row;
+            const auto alphas = rows.sample(count, made);
+            if (made == to) {
+                // it lies where it belongs
+            } else if (alphas == opaque && copies_opaque_rows(run)) {
                 std::copy_n(row, count, to);
             } else if (alphas != 0 || draws_clear_rows(run.mode.xfer)) {
                 descriptor.mode.rand_seed = seed.value();

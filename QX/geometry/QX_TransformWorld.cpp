@@ -76,7 +76,8 @@ int draw_rows(const TransformCall& call, const CompositeRun<Pixel>& run, const M
     block.motion_steps = motion_steps(call);
     const LinearPaths paths(start, end, std::max(block.motion_steps, 1));
     if (call.quality == 0) {
-        if (!motion.moving) return composite_rows(run, where, StillDraftRows<Pixel>(*call.src, start));
+        if (!motion.moving)
+            return composite_rows(run, where, StillDraftRows<Pixel>(*call.src, start, nearest_run_form<Pixel>()));
         return composite_rows(run, where, MovingDraftRows<Pixel>(*call.src, paths));
     }
     const auto samplers = QXp_GetSamplerSet<Pixel>(call.quality);

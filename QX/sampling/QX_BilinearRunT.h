@@ -87,38 +87,89 @@ struct Bilinear8 {
     }
 };
 
-/// Doubles: products pass a float's precision. Where alphas are equal, and where a pixel is kept as it is, the sums
-/// are exact, and what they give is that pixel: only clear ones are asked for.
+/// Upper halves, rounded, of x * by_x + y * by_y in lanes of four bytes without a sign, whose sum fits eight.
+template <class I> QX_INLINE I rounded_upper_half(I x, I by_x, I y, I by_y) {
+    using U = Vector<std::uint64_t, sizeof(I)>;
+    const auto product = [](U v, U w) QX_LAMBDA {  // of the lower halves
+#ifdef __AVX512F__
+        if constexpr (sizeof(I) == 64) return (U)_mm512_mul_epu32((__m512i)v, (__m512i)w);
+#endif
+        if constexpr (sizeof(I) == 32) return (U)_mm256_mul_epu32((__m256i)v, (__m256i)w);
+    };
+    const auto sum = [&](int shift) QX_LAMBDA {
+        const auto lane = [=](I v) QX_LAMBDA { return (U)v >> shift; };
+        return product(lane(x), lane(by_x)) + product(lane(y), lane(by_y)) + 0x80000000;
+    };
+    return (I)(sum(0) >> 32 | (sum(32) & 0xFFFFFFFF00000000));
+}
+
+/// Where the alphas of a pixel's taps are equal, the sums of single samples are exact, so that integers give them too:
+/// a weight has 32 bits, a product 48. Where they differ doubles hold what passes a float's precision.
 struct Bilinear16 {
-    using I = Vector<std::int32_t, kRegister / 2>;
-    using D = Wide<double>;
+    using I = Wide<std::int32_t>;
     using Bundle = Planes<I>;
+    using Half = Vector<std::int32_t, kRegister / 2>;
+    using D = Wide<double>;
     static constexpr int before = 0, rows = 2;
 
-    template <class At> QX_INLINE static Bundle sample(const At& places, I x, I y) {
-        const Square<QX_Pixel16, I> square(places);
+    /// A clear pixel is kept where it is one tap alone, or all are.
+    template <class V> QX_INLINE static auto stays(const Tap<QX_Pixel16, V> (&at)[4], V x, V y) {
+        const auto differences = (at[0] ^ at[1]) | (at[0] ^ at[2]) | (at[0] ^ at[3]);
+        return differences.is_zero() | (((x | y) & 0xFFFF) == 0);
+    }
+
+    QX_INLINE static Bundle under_alpha(const Tap<QX_Pixel16, I> (&at)[4], I x, I y) {
+        const I fx = x & 0xFFFF, fy = y & 0xFFFF, gx = kFixedOne - fx, gy = kFixedOne - fy;
+        const auto mix = [&](const auto& channel) QX_LAMBDA {
+            const I left = channel(at[0]) * gy + channel(at[2]) * fy, right = channel(at[1]) * gy + channel(at[3]) * fy;
+            return rounded_upper_half(left, gx, right, fx);
+        };
+        using Taps = Tap<QX_Pixel16, I>;
+        const Bundle mixed{at[0].alpha(), mix([](const Taps& t) QX_LAMBDA { return t.ar >> 16 & 0xFFFF; }),
+                           mix([](const Taps& t) QX_LAMBDA { return t.gb & 0xFFFF; }),
+                           mix([](const Taps& t) QX_LAMBDA { return t.gb >> 16 & 0xFFFF; })};
+        const auto visible = mixed.a > 0;
+        if (all(visible)) return mixed;
+        return select(visible | stays(at, x, y), mixed, Bundle{});
+    }
+
+    /// Colours by their share in alpha.
+    QX_INLINE static Planes<Half> by_alpha(const Tap<QX_Pixel16, Half> (&at)[4], Half x, Half y) {
         Planes<D> p[4];
-        square.planes(p);
+        for (int i = 0; i < 4; ++i) p[i] = at[i].template planes<D>();
         D w[4], share[4];
         weights_of(fraction<D>(x), fraction<D>(y), w);
         for (int i = 0; i < 4; ++i) share[i] = w[i] * p[i].a;
         const D alpha = sampling::sum4<D>(share[0], share[1], share[2], share[3]);
         const auto alike = (p[0].a == p[1].a) & (p[0].a == p[2].a) & (p[0].a == p[3].a);
-        D scale = splat<D>(1);
-        if (all(alike)) {
-            for (int i = 0; i < 4; ++i) share[i] = w[i];
-        } else {
-            for (int i = 0; i < 4; ++i) share[i] = alike ? w[i] : share[i];
-            scale = alike ? scale : scale / alpha;
-        }
+        for (int i = 0; i < 4; ++i) share[i] = alike ? w[i] : share[i];
+        const D scale = alike ? splat<D>(1) : 1 / alpha;
         const auto colour = [&](D Planes<D>::*c) QX_LAMBDA { return rounded(sum_of(p, c, share) * scale); };
-        const Bundle mixed{rounded(alpha), colour(&Planes<D>::r), colour(&Planes<D>::g), colour(&Planes<D>::b)};
+        const Planes<Half> mixed{rounded(alpha), colour(&Planes<D>::r), colour(&Planes<D>::g), colour(&Planes<D>::b)};
         const auto visible = mixed.a > 0;
         if (all(visible)) return mixed;
-        const auto as_it_is = square.differences().is_zero() | (((x | y) & 0xFFFF) == 0);
-        const Tap<QX_Pixel16, I> first = square.at[0];
-        const I ar = as_it_is ? first.ar : I{}, gb = as_it_is ? first.gb : I{};
-        return select(visible, mixed, Bundle{ar, ar >> 16, gb, gb >> 16});
+        const Tap<QX_Pixel16, Half> first = at[0];
+        const auto as_it_is = stays(at, x, y);
+        const Half ar = as_it_is ? first.ar : Half{}, gb = as_it_is ? first.gb : Half{};
+        return select(visible, mixed, Planes<Half>{ar, ar >> 16, gb, gb >> 16});
+    }
+
+    template <class At> QX_INLINE static Bundle sample(const At& places, I x, I y) {
+        const Square<QX_Pixel16, I> square(places);
+        if (all(square.differences().alpha() == 0)) return under_alpha(square.at, x, y);
+        Half taps[4][2][2], position[2][2], channels[4][2];
+        __builtin_memcpy(taps, square.at, sizeof taps);
+        __builtin_memcpy(position[0], &x, sizeof x);
+        __builtin_memcpy(position[1], &y, sizeof y);
+        for (int k = 0; k < 2; ++k) {
+            Tap<QX_Pixel16, Half> at[4];
+            for (int i = 0; i < 4; ++i) at[i] = {taps[i][0][k], taps[i][1][k]};
+            const Planes<Half> p = by_alpha(at, position[0][k], position[1][k]);
+            channels[0][k] = p.a, channels[1][k] = p.r, channels[2][k] = p.g, channels[3][k] = p.b;
+        }
+        Bundle out;
+        __builtin_memcpy(&out, channels, sizeof out);
+        return out;
     }
 };
 

@@ -6,7 +6,7 @@
 
 #include "QX/indep/QX_Records.h"
 #include "QX/indep/QX_RoutineTypes.h"
-#include "QX/sampling/QX_RunPlaces.h"
+#include "QX/sampling/QX_RowGeometry.h"
 
 namespace qx {
 
@@ -29,25 +29,8 @@ public:
     /// Transparent black outside.
     Pixel read(FixedPoint p) const { return inside(p) ? at(p) : Pixel{}; }
 
-    /// Takes a run of positions, all inside. @return `sum` and the alphas
-    QX_AlphaSumOf<Pixel> take(FixedPoint from, FixedPoint step, std::int32_t count, QX_AlphaSumOf<Pixel> sum,
-                              Pixel* out) const {
-        RunPlaces<Pixel, 1> run(from, step, data_, rowbytes_, 0);
-        const std::byte* places[2][kAhead];
-        run.make(count, 1, places[0]);
-        for (int turn = 0; count > 0; turn ^= 1, count -= kAhead) {
-            run.make(count - kAhead, 1, places[turn ^ 1]);
-            const std::int32_t now = std::min(count, kAhead);
-            for (std::int32_t i = 0; i < now; ++i) {
-                const Pixel pixel = *reinterpret_cast<const Pixel*>(places[turn][i]);
-                *out++ = pixel;
-                sum += pixel.alpha;
-            }
-        }
-        return sum;
-    }
-
     std::int32_t width() const { return width_; }
+    std::int32_t height() const { return height_; }
 
     static std::int16_t index(std::int32_t fixed) { return static_cast<std::int16_t>(fixed >> 16); }
     /// First pixel of the row at a height inside the world.

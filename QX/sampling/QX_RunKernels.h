@@ -10,6 +10,7 @@
 namespace qx {
 
 template <class Pixel> struct RunSet {
+    RunSampler<Pixel> nearest;  ///< positions have half a pixel added; every level has it
     RunSampler<Pixel> bilinear, bicubic;
     AreaRun<Pixel> area;  ///< of the template's last step
 };

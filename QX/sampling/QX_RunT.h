@@ -44,8 +44,6 @@ void run_of(std::int32_t count, FixedPoint from, FixedPoint step, const QX_Layer
     constexpr int n = pixels_in<Bundle>;
     using I = Vector<std::int32_t, n * sizeof(std::int32_t)>;
     RunPlaces<Pixel, Kernel::rows> run(from, step, world.data, world.rowbytes, Kernel::before);
-    const std::byte* places[2][kAhead];
-    run.make(count, n, places[0]);
     I x{}, y{}, alphas{};
     for (int k = 0; k < n; ++k) {
         const FixedPoint p = from + step * pixel_of_lane<Bundle, Pixel>(k);
@@ -53,19 +51,16 @@ void run_of(std::int32_t count, FixedPoint from, FixedPoint step, const QX_Layer
     }
     Pixel end[n];
     QX_AlphaSumOf<Pixel> total = *sum;  // in a register: pixels that are stored cannot change it
-    for (int turn = 0; count > 0; turn ^= 1) {
-        run.make(count - kAhead, n, places[turn ^ 1]);
-        for (std::int32_t i = 0; i < lesser(count, kAhead); i += n, x += step.x * n, y += step.y * n) {
-            const std::int32_t now = lesser(count - i, std::int32_t{n});
-            const Bundle pixels = Kernel::sample(Places<Bundle, Pixel>{places[turn] + i, world.rowbytes}, x, y);
-            Pixel* const to = now == n ? out : end;
-            store_pixels(to, pixels);
-            add_alphas(pixels, to, now, alphas, &total);
-            if (now < n) __builtin_memcpy(out, end, static_cast<std::size_t>(now) * sizeof *out);
-            out += n;
-        }
-        count -= kAhead;
-    }
+    for_places<n>(count, run, [&](const std::byte* const* places, std::int32_t now) QX_LAMBDA {
+        const Bundle pixels = Kernel::sample(Places<Bundle, Pixel>{places, world.rowbytes}, x, y);
+        Pixel* const to = now == n ? out : end;
+        store_pixels(to, pixels);
+        add_alphas(pixels, to, now, alphas, &total);
+        if (now < n) __builtin_memcpy(out, end, static_cast<std::size_t>(now) * sizeof *out);
+        out += n;
+        x += step.x * n;
+        y += step.y * n;
+    });
     if constexpr (!std::is_same_v<Pixel, QX_PixelFloat>) {
         for (int k = 0; k < n; ++k) total += static_cast<std::uint32_t>(alphas[k]);
     }

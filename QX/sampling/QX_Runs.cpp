@@ -40,6 +40,23 @@ template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipp
     if (unclipped == library_bilinear<Pixel>()) return runs.bilinear;
     return unclipped == library_bicubic<Pixel>() ? runs.bicubic : nullptr;
 }
+template <class Pixel> bool is_clear_outside(QX_PlusSampler<Pixel> plus) {
+    if constexpr (std::is_same_v<Pixel, QX_Pixel8>) {
+        return plus == &QX_SubpixelSamplePlus_Straight || plus == &QX_SubpixelSpanSampleAllInBicubic8;
+    } else if constexpr (std::is_same_v<Pixel, QX_Pixel16>) {
+        return plus == &QX_SubpixelSamplePlus_Straight16 || plus == &QX_SubpixelSpanSampleAllInBicubic16;
+    }
+    return false;  // the sign of a float zero is left to the sampler
+}
+template bool is_clear_outside(QX_PlusSampler<QX_Pixel8> plus);
+template bool is_clear_outside(QX_PlusSampler<QX_Pixel16> plus);
+template bool is_clear_outside(QX_PlusSampler<QX_PixelFloat> plus);
+
+template <class Pixel> RunSampler<Pixel> nearest_run_form() { return samp_forms->runs->of<Pixel>().nearest; }
+template RunSampler<QX_Pixel8> nearest_run_form();
+template RunSampler<QX_Pixel16> nearest_run_form();
+template RunSampler<QX_PixelFloat> nearest_run_form();
+
 template RunSampler<QX_Pixel8> run_form(QX_PointSampler<QX_Pixel8> unclipped);
 template RunSampler<QX_Pixel16> run_form(QX_PointSampler<QX_Pixel16> unclipped);
 template RunSampler<QX_PixelFloat> run_form(QX_PointSampler<QX_PixelFloat> unclipped);

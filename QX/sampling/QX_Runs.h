@@ -18,6 +18,12 @@ using RunSampler = void (*)(std::int32_t count, FixedPoint at, FixedPoint step, 
 /// on processors without the vectors for it.
 template <class Pixel> RunSampler<Pixel> run_form(QX_PointSampler<Pixel> unclipped);
 
+/// True for the library's own samplers of integer pixels, which give a clear pixel where all taps lie outside.
+template <class Pixel> bool is_clear_outside(QX_PlusSampler<Pixel> plus);
+
+/// Nearest pixels of a run whose positions have half a pixel added.
+template <class Pixel> RunSampler<Pixel> nearest_run_form();
+
 /// A routine with the arguments of nearest_run.
 using NearestRun = std::int32_t(std::int32_t count, std::int64_t x, std::int32_t step, const QX_Pixel8* row,
                                 std::int32_t width, std::uint32_t* sum, QX_Pixel8* out);

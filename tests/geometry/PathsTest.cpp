@@ -104,7 +104,7 @@ TEST(StillDraft, RowsThatWrapAreTestedPixelByPixel) {
             want[static_cast<std::size_t>(i)] = world.at(p.x >> 16, p.y >> 16);
             sum += want[static_cast<std::size_t>(i)].alpha;
         }
-        EXPECT_EQ(StillDraftRows<QX_Pixel16>(world.record, row).sample(count, got.data()), sum);
+        EXPECT_EQ(StillDraftRows<QX_Pixel16>(world.record, row, nullptr).sample(count, got.data()), sum);
         ASSERT_EQ(got, want) << "case " << n;
     }
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "QX/indep/QX_PerDepth.h"
+#include "QX/indep/QX_SlotsOf.h"
 #include "QX/sampling/QX_RowGeometry.h"
 #include "tests/geometry/TransformSupport.h"
 
@@ -81,18 +82,18 @@ TEST(Runs, EqualSingleSamplesAtAllDepths) {
 /// the layer by less than a pixel.
 const struct {
     double x, y, shear, at_x, at_y;
-} kPlaces[] = {{0.5, 0.5, 0, 0, 0},      {1 / 3.0, 1 / 3.0, 0, 0, 0}, {0.25, 0.25, 0, 0, 0},
-               {0.25, 0.25, 0, 7, 0.4},  {0.25, 0.25, 0, 0.3, 0},     {0.25, 0.125, 0, -31, -20},
-               {0.3, 0.3, 0, 3.1, 5.7},  {1 / 7.3, 0.4, 0, 0, 0.2},   {0.4, 1 / 7.3, 0, 0.7, 0},
-               {-0.25, 0.25, 0, 300, 0}, {-0.3, -0.4, 0, 310, 170},   {0.2, 0.25, 0.15, 10, 0},
-               {0.9, 0.99, 0, -200, -9}, {1 / 131.0, 0.01, 0, 1, 1},  {0.004, 0.25, 0.03, 90, 2},
-               {0.25, 0.25, 0, 100, 0},  {0.25, 0.25, 0, 100.5, 0},   {0.25, 0.25, 0, 101.15, 0}};
+} kPlaces[] = {
+    {0.125, 0.2, 0, 0, 0},      {1 / 64.0, 1 / 256.0, 0, 0, 0}, {0.5, 0.5, 0, 0, 0},       {1 / 3.0, 1 / 3.0, 0, 0, 0},
+    {0.25, 0.25, 0, 0, 0},      {0.25, 0.25, 0, 7, 0.4},        {0.25, 0.25, 0, 0.3, 0},   {0.25, 0.125, 0, -31, -20},
+    {0.3, 0.3, 0, 3.1, 5.7},    {1 / 7.3, 0.4, 0, 0, 0.2},      {0.4, 1 / 7.3, 0, 0.7, 0}, {-0.25, 0.25, 0, 300, 0},
+    {-0.3, -0.4, 0, 310, 170},  {0.2, 0.25, 0.15, 10, 0},       {0.9, 0.99, 0, -200, -9},  {1 / 131.0, 0.01, 0, 1, 1},
+    {0.004, 0.25, 0.03, 90, 2}, {0.25, 0.25, 0, 100, 0},        {0.25, 0.25, 0, 100.5, 0}, {0.25, 0.25, 0, 101.15, 0}};
 
 TEST(Runs, AreasEqualSingleSamplesEverywhere) {
     const Born born;
-    for (int run = 0; run < 108; ++run) {
+    for (int run = 0; run < 120; ++run) {
         const auto& p = kPlaces[run / 6];
-        const double tilt = run < 90 ? 0 : -0.01;
+        const double tilt = run < 102 ? 0 : -0.01;
         const int width = tilt != 0 ? 64 : run % 7 == 0 ? 16 : 1187;
         TestWorld<QX_Pixel8> src(width, 401, static_cast<FillKind>(run % 6), static_cast<std::uint64_t>(run) + 1);
         TransformCall call{.matrices = {{{{p.x, 0, tilt}, {p.shear, p.y, 0}, {p.at_x, p.at_y, 1}}}},
@@ -108,7 +109,7 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
 
 TEST(Runs, AreasEqualSingleSamplesAtAllDepths) {
     for_each_pixel_type([]<class Pixel>() {
-        for (int run = 0; run < 108; ++run) {
+        for (int run = 0; run < 120; ++run) {
             const auto& p = kPlaces[run / 6];
             TestWorld<Pixel> src(run % 7 == 0 ? 16 : 603, 201, static_cast<FillKind>(run % 6), 1 + unsigned(run));
             const TransformCall call{.matrices = {{{{p.x, 0, 0}, {p.shear, p.y, 0}, {p.at_x, p.at_y, 1}}}},
@@ -122,6 +123,35 @@ TEST(Runs, AreasEqualSingleSamplesAtAllDepths) {
                 EXPECT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.record(), dst.record(), &from, &to), 0);
                 return dst.pixels();
             });
+        }
+    });
+}
+
+/// Rows that copy are those of a row driver of a host's, which the library's own stands behind.
+TEST(Runs, RowsThatCopyAreThoseOfTheDriver) {
+    const Born born;
+    for_each_pixel_type([]<class Pixel>() {
+        constexpr int driver = static_cast<int>(SlotsOf<Pixel>.driver);
+        static auto* own = slot<SlotsOf<Pixel>.driver>();
+        const auto hosts = [](std::int32_t count, const QX_BlendModeDescriptor<Pixel>* mode, const Pixel* src,
+                              const Pixel* mask, Pixel* dst,
+                              QX_ChannelOf<Pixel>* alphas) { return own(count, mode, src, mask, dst, alphas); };
+        for (int run = 0; run < 90; ++run) {
+            Numbers number(static_cast<unsigned>(run));
+            TestWorld<Pixel> src(90, 70, run % 10 == 9 ? FillKind::clear : static_cast<FillKind>(run % 6),
+                                 unsigned(run) + 1);
+            const M_Matrix3 m{{{0.9, number(-5, 5) / 10.0, 0}, {number(-5, 5) / 10.0, 1.1, 0}, {9.3, run - 45.0, 1}}};
+            const TransformCall call{.matrices = {m},
+                                     .quality = run % 3,
+                                     .mode = mode_of(run % 4 == 0 ? int{xfer_replace} : int{xfer_copy})};
+            const auto made = [&](auto* routine) {
+                QX_SetOverrideFunc(driver, reinterpret_cast<void*>(routine));
+                TestWorld<Pixel> dst(100 + run, 60, FillKind::random, 9);
+                EXPECT_EQ(call(src.record(), dst.record()), 0);
+                QX_SetOverrideFunc(driver, reinterpret_cast<void*>(own));
+                return dst.pixels();
+            };
+            ASSERT_TRUE(made(own) == made(+hosts)) << "run " << run;
         }
     });
 }

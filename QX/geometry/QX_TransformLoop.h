@@ -27,11 +27,21 @@ template <class Pixel> bool copies_opaque_rows(const CompositeRun<Pixel>& run) {
            run.mode.opacity >= DepthOf<Pixel>::full;
 }
 
-/// True when what is drawn of a row becomes the destination's, bit for bit, and no routine of a host's is asked.
+/// Whether pixels of one world may be those of another too.
+inline bool may_share_pixels(const QX_LayerDef& a, const QX_LayerDef& b) {
+    const auto end = [](const QX_LayerDef& w) { return std::uintptr_t(row_of<std::byte>(w, w.height)); };
+    const auto begin = [](const QX_LayerDef& w) { return std::uintptr_t(w.data); };
+    const bool forwards = a.rowbytes > 0 && b.rowbytes > 0;
+    return !forwards || (begin(a) < end(b) && begin(b) < end(a));
+}
+
+/// True when what is drawn of a row becomes the destination's, bit for bit, no routine of a host's is asked, and
+/// nothing of the source is overwritten before it is read.
 template <class Pixel>
 bool copies_rows(const CompositeRun<Pixel>& run, const QX_BlendModeDescriptor<Pixel>& descriptor) {
     const auto& mode = run.mode;
-    if ((mode.xfer != xfer_copy && mode.xfer != xfer_replace) || run.call.mask != nullptr || mode.rgb_only != 0) {
+    if ((mode.xfer != xfer_copy && mode.xfer != xfer_replace) || run.call.mask != nullptr || mode.rgb_only != 0 ||
+        may_share_pixels(*run.call.src, *run.call.dst)) {
         return false;
     }
     QX_RowFunc<Pixel> own = nullptr;

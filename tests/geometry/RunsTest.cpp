@@ -144,14 +144,16 @@ TEST(Runs, RowsThatCopyAreThoseOfTheDriver) {
             const TransformCall call{.matrices = {m},
                                      .quality = run % 3,
                                      .mode = mode_of(run % 4 == 0 ? int{xfer_replace} : int{xfer_copy})};
-            const auto made = [&](auto* routine) {
+            const auto made = [&](auto* routine, bool onto_itself) {
                 QX_SetOverrideFunc(driver, reinterpret_cast<void*>(routine));
                 TestWorld<Pixel> dst(100 + run, 60, FillKind::random, 9);
-                EXPECT_EQ(call(src.record(), dst.record()), 0);
+                EXPECT_EQ(call(onto_itself ? dst.record() : src.record(), dst.record()), 0);
                 QX_SetOverrideFunc(driver, reinterpret_cast<void*>(own));
                 return dst.pixels();
             };
-            ASSERT_TRUE(made(own) == made(+hosts)) << "run " << run;
+            for (const bool onto_itself : {false, true}) {
+                ASSERT_TRUE(made(own, onto_itself) == made(+hosts, onto_itself)) << "run " << run;
+            }
         }
     });
 }

@@ -3,6 +3,7 @@
 // that a seed remakes.
 #include "QX/indep/QX_SlotsOf.h"
 #include "tests/compositing/TransferSupport.h"
+#include "tests/support/TestLevels.h"
 
 namespace qx::test {
 namespace {
@@ -17,7 +18,7 @@ struct LevelKernels {
     std::string name;
     std::tuple<Kernels<QX_Pixel8>, Kernels<QX_Pixel16>, Kernels<QX_PixelFloat>> kernels;
 };
-using Levels = std::vector<LevelKernels>;  ///< all that this processor has, plain first
+using Levels = std::vector<LevelKernels>;  ///< plain first
 
 enum class Kernel { row, filter, merge };
 
@@ -112,13 +113,16 @@ std::string run_case(const Levels& levels, const Case& c) {
     return c.depth == 16 ? run_at_depth<QX_Pixel16>(levels, c) : run_at_depth<QX_PixelFloat>(levels, c);
 }
 
-TEST(Differential, FormsAgreeAtEveryLevel) {
+class Differential : public AtLevel {};
+QX_AT_LEVELS(Differential, standalone::ProcessorLevel::vector, standalone::ProcessorLevel::faster,
+             standalone::ProcessorLevel::widest);
+
+TEST_P(Differential, FormsAgreeWithThePlainOnes) {
     Levels levels;
-    constexpr const char* names[] = {"plain", "SSE4.1", "AVX2", "AVX-512"};
-    for (int level = 0; level <= static_cast<int>(standalone::DetectedProcessorLevel()); ++level) {
-        const Born born(1, static_cast<standalone::ProcessorLevel>(level));
-        levels.push_back(
-            {names[level], {kernels_now<QX_Pixel8>(), kernels_now<QX_Pixel16>(), kernels_now<QX_PixelFloat>()}});
+    for (const auto level : {standalone::ProcessorLevel::plain, GetParam()}) {
+        const Born born(1, level);
+        levels.push_back({name_of_level({level, 0}),
+                          {kernels_now<QX_Pixel8>(), kernels_now<QX_Pixel16>(), kernels_now<QX_PixelFloat>()}});
     }
     const Born born(1);  // for the tables that the kernels read
     for (const std::uint64_t seed : seeds(40000)) EXPECT_EQ(run_case(levels, random_case(seed)), "");

@@ -6,6 +6,7 @@
 #include "QX/indep/QX_SlotsOf.h"
 #include "QX/sampling/QX_RowGeometry.h"
 #include "tests/geometry/TransformSupport.h"
+#include "tests/support/TestLevels.h"
 
 namespace qx::test {
 namespace {
@@ -46,20 +47,23 @@ TEST(Runs, EqualSingleSamplesEverywhere) {
     }
 }
 
-/// Where registers are wide enough for runs, what is drawn is that of the level below, which takes single samples.
-template <class Draw> void expect_equal_levels(const Draw& draw) {
-    using standalone::ProcessorLevel;
-    decltype(draw()) single;
-    for (const auto level : {ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
-        const Born born(1, level);
-        const auto pixels = draw();
-        if (single.empty()) single = pixels;
+/// Where registers are wide enough for runs, what is drawn is that of the level below them, which takes single samples.
+class RunsAt : public AtLevel {
+protected:
+    template <class Draw> void expect_single_samples(const Draw& draw) {
+        using Pixels = decltype(draw());
+        const auto at = [&](standalone::ProcessorLevel level) -> Pixels {
+            const Born born(1, level);
+            return draw();
+        };
+        const Pixels single = at(standalone::ProcessorLevel::vector), pixels = at(GetParam());
         ASSERT_EQ(std::memcmp(single.data(), pixels.data(), pixels.size() * sizeof pixels[0]), 0);
     }
-}
+};
+QX_AT_LEVELS(RunsAt, standalone::ProcessorLevel::faster, standalone::ProcessorLevel::widest);
 
-TEST(Runs, EqualSingleSamplesAtAllDepths) {
-    for_each_pixel_type([]<class Pixel>() {
+TEST_P(RunsAt, EqualSingleSamplesAtAllDepths) {
+    for_each_pixel_type([this]<class Pixel>() {
         for (int run = 0; run < 90; ++run) {
             TestWorld<Pixel> src(200, 160, static_cast<FillKind>(run % 6), static_cast<std::uint64_t>(run) + 1);
             Numbers number(static_cast<unsigned>(run));
@@ -71,7 +75,7 @@ TEST(Runs, EqualSingleSamplesAtAllDepths) {
                 TransformCall call{.matrices = {first}, .quality = quality, .mode = mode_of(xfer_replace)};
                 if (run % 9 == 0) call.matrices.push_back(later);
                 SCOPED_TRACE(testing::Message() << "run " << run << ", quality " << quality << ", " << sizeof(Pixel));
-                expect_equal_levels([&] { return drawn(call, src, 180 + run % 7, 181); });
+                expect_single_samples([&] { return drawn(call, src, 180 + run % 7, 181); });
             }
         }
     });
@@ -107,8 +111,8 @@ TEST(Runs, AreasEqualSingleSamplesEverywhere) {
     }
 }
 
-TEST(Runs, AreasEqualSingleSamplesAtAllDepths) {
-    for_each_pixel_type([]<class Pixel>() {
+TEST_P(RunsAt, AreasEqualSingleSamplesAtAllDepths) {
+    for_each_pixel_type([this]<class Pixel>() {
         for (int run = 0; run < 120; ++run) {
             const auto& p = kPlaces[run / 6];
             TestWorld<Pixel> src(run % 7 == 0 ? 16 : 603, 201, static_cast<FillKind>(run % 6), 1 + unsigned(run));
@@ -116,8 +120,8 @@ TEST(Runs, AreasEqualSingleSamplesAtAllDepths) {
                                      .quality = 1 + run % 2,
                                      .mode = mode_of(xfer_replace)};
             SCOPED_TRACE(testing::Message() << "run " << run << ", " << sizeof(Pixel));
-            expect_equal_levels([&] { return drawn(call, src, 331, 107); });
-            expect_equal_levels([&] {
+            expect_single_samples([&] { return drawn(call, src, 331, 107); });
+            expect_single_samples([&] {
                 const M_LRect from{run % 5, run % 3, 603 - run % 4, 200}, to{-3, -run % 2, 601 / (2 + run % 4), 50};
                 TestWorld<Pixel> dst(290, 60, FillKind::random, 1);
                 EXPECT_EQ(QX_CopyBits_HQ_Straight(nullptr, src.record(), dst.record(), &from, &to), 0);

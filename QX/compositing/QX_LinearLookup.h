@@ -2,32 +2,51 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 
 #include "QX/compositing/QX_LinearBlendingTables.h"
-#include "QX/compositing/QX_TableLookup.h"
 #include "QX/indep/QX_DepthSteps.h"
 
 /// Encoded values to linear ones and back. 16-bit values interpolate; values beyond the scale count as its end.
 namespace qx {
 
-inline std::int32_t to_linear16(const QX_LinearBlendingTables& tables, std::int32_t c) {
-    const std::int32_t t = lesser(c, Depth16::full) * 255, i = t >> 15, f = t & 0x7FFF;
-    const std::int32_t y = tables.to_linear[i];
-    return f == 0 ? y : y + (((tables.to_linear[i + 1] - y) * f + 16384) >> 15);
+inline constexpr std::size_t kToLinear = offsetof(QX_LinearBlendingTables, to_linear);
+inline constexpr std::size_t kFromLinear = offsetof(QX_LinearBlendingTables, from_linear);
+
+/// An entry of a table and the next. Lanes read both at once: behind the last of `to_linear` one that is not used.
+template <class V> struct Neighbours { V first, second; };
+template <std::size_t Table, class V> QX_INLINE Neighbours<V> tables_at(const QX_LinearBlendingTables& tables, V i) {
+    const V both = gather(&tables, 2 * i + static_cast<std::int32_t>(Table));
+    return {both & 0xFFFF, both >> 16 & 0xFFFF};
 }
 
-inline std::int32_t from_linear16(const QX_LinearBlendingTables& tables, std::int32_t y) {
-    return table_value16(tables.from_linear, y);
+template <class V> QX_INLINE V linear_lanes16(const QX_LinearBlendingTables& tables, V c) {
+    const V t = lesser(c, splat<V>(Depth16::full)) * 255, i = t >> 15, f = t & 0x7FFF;
+    const auto [y, next] = tables_at<kToLinear>(tables, i);
+    return y + (((next - y) * f + 16384) >> 15);
+}
+
+template <class V> QX_INLINE V encoded_lanes16(const QX_LinearBlendingTables& tables, V y) {
+    const V c = lesser(y, splat<V>(Depth16::full)), i = lesser(c >> 3, splat<V>(4095)), f = c - 8 * i;
+    const auto [at, next] = tables_at<kFromLinear>(tables, i);
+    return at + (((next - at) * f + 4) >> 3);
+}
+
+QX_INLINE std::int32_t to_linear16(const QX_LinearBlendingTables& tables, std::int32_t c) {
+    return linear_lanes16(tables, c);
+}
+QX_INLINE std::int32_t from_linear16(const QX_LinearBlendingTables& tables, std::int32_t y) {
+    return encoded_lanes16(tables, y);
 }
 
 /// Negative channels pass unchanged both ways.
-inline float power(float c, float exponent) { return c >= 0.0f ? powf(c, exponent) : c; }
+QX_INLINE float power(float c, float exponent) { return c >= 0.0f ? powf(c, exponent) : c; }
 
 /// The depth that pixels of a depth are blended at in linear light.
 template <class D> using LinearDepth = std::conditional_t<D::number == 8, Depth16, D>;
 
 /// Alpha and opacity at that depth.
-template <class D> auto widen_alpha(QX_ChannelOf<typename D::Pixel> a) {
+template <class D> QX_INLINE auto widen_alpha(QX_ChannelOf<typename D::Pixel> a) {
     if constexpr (D::number == 8) {
         return widen_8_to_16(a);
     } else {
@@ -36,8 +55,8 @@ template <class D> auto widen_alpha(QX_ChannelOf<typename D::Pixel> a) {
 }
 
 template <class D>
-typename LinearDepth<D>::Pixel to_linear(const QX_LinearBlendingTables& tables, const typename D::Pixel& p) {
-    const auto channel = [&](auto c) {
+QX_INLINE typename LinearDepth<D>::Pixel to_linear(const QX_LinearBlendingTables& tables, const typename D::Pixel& p) {
+    const auto channel = [&](auto c) QX_LAMBDA {
         if constexpr (D::number == 8) {
             return tables.to_linear[c];
         } else if constexpr (D::number == 16) {
@@ -50,8 +69,9 @@ typename LinearDepth<D>::Pixel to_linear(const QX_LinearBlendingTables& tables, 
 }
 
 template <class D>
-typename D::Pixel from_linear(const QX_LinearBlendingTables& tables, const typename LinearDepth<D>::Pixel& p) {
-    const auto channel = [&](auto c) {
+QX_INLINE typename D::Pixel from_linear(const QX_LinearBlendingTables& tables,
+                                        const typename LinearDepth<D>::Pixel& p) {
+    const auto channel = [&](auto c) QX_LAMBDA {
         if constexpr (D::number == 8) {
             return narrow_16_to_8(static_cast<std::uint32_t>(from_linear16(tables, c)));
         } else if constexpr (D::number == 16) {

@@ -36,12 +36,13 @@ int linear_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_
     QX_RowFunc<LinearPixel> row = nullptr;
     if (const int code = lookup_slot<LinearPixel>(Masked, false)(M::number, &row)) return code;
 
+    const LinearSteps<Pixel>& steps = linear_steps_now<Pixel>();
     auto linear = linear_mode<D>(*mode);
     LinearPixel source[kRun], coverage[Masked ? kRun : 1], target[kRun];
     for (std::int32_t done = 0; done < count; done += kRun) {
         const std::int32_t run = std::min<std::int32_t>(kRun, count - done);
-        for (int i = 0; i < run; ++i) source[i] = to_linear<D>(*tables, src[done + i]);
-        for (int i = 0; i < run; ++i) target[i] = to_linear<D>(*tables, dst[done + i]);
+        steps.to(run, *tables, src + done, source);
+        steps.to(run, *tables, dst + done, target);
         if constexpr (Masked) {
             for (int i = 0; i < run; ++i) coverage[i] = {widen_alpha<D>(mask[done + i].alpha), 0, 0, 0};
         }
@@ -52,7 +53,7 @@ int linear_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_
         } else if (const int code = row(run, &linear, nullptr, source, coverage_row, target)) {
             return code;
         }
-        for (int i = 0; i < run; ++i) dst[done + i] = from_linear<D>(*tables, target[i]);
+        steps.from(run, *tables, target, dst + done);
     }
     return kQX_NoError;
 }

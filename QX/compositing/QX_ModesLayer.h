@@ -65,7 +65,11 @@ struct Over : Mode<2> {
             return with_quotients<D>(r, r, src, dst,
                                      [&](V cs, V cd) QX_LAMBDA { return D::lerp(D::mul(cd, d), cs, s); });
         };
-        const auto partly = [&]() QX_LAMBDA { return unless_equal(d, 0, with_alpha(s, src), mixed); };
+        const auto partly = [&]() QX_LAMBDA {
+            // Single pixels over opaque ones are blended before the library starts too, when there is no table.
+            if (!is_wide<V> && D::number != 32 && all_equal(d, D::full)) return onto_opaque<D>(src, s, dst);
+            return unless_equal(d, 0, with_alpha(s, src), mixed);
+        };
         if constexpr (D::number != 32) {  // for a full s the general form gives the source too
             return all_equal(s, D::full) ? src : partly();
         }

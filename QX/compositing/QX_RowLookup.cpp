@@ -50,6 +50,11 @@ int report_unimplemented_mode() {
 
 void choose_compositing_kernels(Level level) { kernels = &compositing_kernels_of(level); }
 
+template <class Pixel> const LinearSteps<Pixel>& linear_steps_now() { return kernels->linear.of<Pixel>(); }
+template const LinearSteps<QX_Pixel8>& linear_steps_now();
+template const LinearSteps<QX_Pixel16>& linear_steps_now();
+template const LinearSteps<QX_PixelFloat>& linear_steps_now();
+
 template <class Pixel> QX_RowFunc<Pixel> one_pass_row(const QX_BlendModeDescriptor<Pixel>& d, bool masked) {
     const QX_RowFunc<Pixel> row = kernels->one_pass.of<Pixel>().at[masked][modes::place_of(d.mode.xfer)];
     if (row == nullptr || d.mode.opacity == 0 || d.mode.opacity > DepthOf<Pixel>::full) return nullptr;

@@ -16,6 +16,9 @@ void choose_compositing_kernels(Level level);
 /// own
 template <class Pixel> QX_RowFunc<Pixel> one_pass_row(const QX_BlendModeDescriptor<Pixel>& descriptor, bool masked);
 
+/// The chosen level's ways into linear light and back.
+template <class Pixel> const LinearSteps<Pixel>& linear_steps_now();
+
 /// The lookups of a depth in the order of their slots: plain, linear, masked, masked and linear.
 template <class Pixel> struct RowLookups { QX_RowLookup<Pixel> at[kRowLookups]; };
 extern const PerDepth<RowLookups> row_lookups;

@@ -95,20 +95,30 @@ template <class P, int Count, class Pixel> QX_INLINE void copy_stretch(const Pix
     }
 }
 
+/// A source under a mask. A float that is no number stays one where nothing covers it.
+template <class Pixel> QX_INLINE Stretch covered(Stretch source, Stretch coverage) {
+    constexpr bool is_float = std::is_same_v<Pixel, QX_PixelFloat>;
+    if (coverage == Stretch::opaque) return source;
+    if (is_float && (source == Stretch::mixed || coverage == Stretch::mixed)) return Stretch::mixed;
+    return source == Stretch::clear || coverage == Stretch::clear ? Stretch::clear : Stretch::mixed;
+}
+
 /// Layers are mostly long runs of clear and of opaque pixels: whole stretches of these are passed over or copied.
-template <class M, class D, class Pixel>
-QX_INLINE void blend_stretches(std::int32_t count, const QX_BlendingMode<Pixel>& mode, const Pixel* src, Pixel* dst) {
+template <class M, class D, bool Masked, class Pixel>
+QX_INLINE void blend_stretches(std::int32_t count, const QX_BlendingMode<Pixel>& mode, const Pixel* src,
+                               const Pixel* mask, Pixel* dst) {
     constexpr std::int32_t step = kStretch<kRegister, Pixel>;
     for (std::int32_t i = 0; i < count; i += step) {
-        const Stretch kind = i + step <= count ? look_ahead<kRegister>(src + i) : Stretch::mixed;
+        Stretch kind = i + step <= count ? look_ahead<kRegister>(src + i) : Stretch::mixed;
+        const Pixel* const coverage = Masked ? mask + i : nullptr;
+        if (Masked && i + step <= count) kind = covered<Pixel>(kind, look_ahead<kRegister>(coverage));
         ask_ahead<step * sizeof(Pixel), false>(src + i);
         ask_ahead<step * sizeof(Pixel), true>(dst + i);
         if (kind == Stretch::clear) continue;
         if (kind == Stretch::opaque && mode.opacity == D::full) {
             copy_stretch<Bundle<D>, step>(src + i, dst + i);
         } else {
-            blend_run<M, D, false>(std::min(step, count - i), mode, src + i, static_cast<const Pixel*>(nullptr),
-                                   dst + i);
+            blend_run<M, D, Masked>(std::min(step, count - i), mode, src + i, coverage, dst + i);
         }
     }
 }
@@ -129,8 +139,8 @@ int blend_row(std::int32_t count, const QX_BlendingMode<Pixel>* mode, const QX_L
             return plain_row(count, mode, nullptr, src, mask, dst);
         }
     }
-    if constexpr (kRegister > 0 && M::full_source_copies && !Masked) {
-        blend_stretches<M, D>(count, *mode, src, dst);
+    if constexpr (kRegister > 0 && M::full_source_copies) {
+        blend_stretches<M, D, Masked>(count, *mode, src, mask, dst);
     } else {
         blend_run<M, D, Masked>(count, *mode, src, mask, dst);
     }

@@ -9,11 +9,15 @@ namespace qx {
 
 /// Integer steps between 8 and 16 bits, exact both ways for all 256 codes. The product passes a signed
 /// 32-bit number at 255.
-constexpr std::uint16_t widen_8_to_16(std::uint32_t v) {
-    return static_cast<std::uint16_t>((v * 0x808080u + 33200u) >> 16);
+/// Its low 16 bits count, when lanes have a sign.
+template <class V> QX_INLINE constexpr V widened_8_to_16(V v) { return (v * 0x808080 + 33200) >> 16; }
+QX_INLINE constexpr std::uint16_t widen_8_to_16(std::uint32_t v) {
+    return static_cast<std::uint16_t>(widened_8_to_16(v));
 }
 template <class V> QX_INLINE constexpr V narrowed_16_to_8(V v) { return (v * 255 + 16384) >> 15; }
-constexpr std::uint8_t narrow_16_to_8(std::uint32_t v) { return static_cast<std::uint8_t>(narrowed_16_to_8(v)); }
+QX_INLINE constexpr std::uint8_t narrow_16_to_8(std::uint32_t v) {
+    return static_cast<std::uint8_t>(narrowed_16_to_8(v));
+}
 
 /// Factors of rows to float, in 32-bit float. Single colours and arguments use the double factor, which differs in
 /// the last bit for half of the 8-bit codes.

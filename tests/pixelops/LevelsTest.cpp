@@ -55,7 +55,7 @@ Made made_at(standalone::ProcessorLevel level, std::size_t cache) {
     standalone::SetCacheBytes(cache);
     Made made;
     for (const std::uint64_t seed : seeds(6000)) {
-        const Case c{seed};  // braces in the call would draw its members in another order with GCC
+        const Case c{seed};  // GCC's sanitizers would draw in another order in a brace of the call
         made.push_back(run(c));
     }
     standalone::SetCacheBytes(0);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "lanes/PixelAccess.h"
@@ -32,15 +33,29 @@ template <std::size_t Register, class Pixel> QX_INLINE Stretch look_ahead(const 
     return all_equal(differs, 0) ? Stretch::opaque : Stretch::mixed;
 }
 
-/// Asks for bytes of a row that will be read, or read and written, 3 KiB later. A row that looks at stretches before it
-/// works on them waits for memory and for arithmetic by turns, and what the processor asks for by itself ends where a
-/// stretch is passed over.
-template <std::size_t Bytes, bool Written, class Pixel> QX_INLINE void ask_ahead(const Pixel* p) {
-    constexpr std::size_t line = 64, ahead = 3072;
-    for (std::size_t i = 0; i < Bytes; i += line) {
-        __builtin_prefetch(reinterpret_cast<const std::byte*>(p) + ahead + i, Written);
+/// Asks for the lines of rows before they are reached. A row that looks at stretches before it works on them waits for
+/// memory and for arithmetic by turns, and what the processor asks for by itself ends where a stretch is passed over.
+/// So 6 KiB are asked for ahead at least; a stretch that costs arithmetic leaves time for two stretches of memory, up
+/// to 16 KiB ahead, and those that cost none use them up.
+template <class Pixel> class ReadAhead {
+public:
+    /// The stretch of `size` pixels at `at` is next. `mask` may be null.
+    QX_INLINE void next(std::int32_t at, std::int32_t size, bool costs, const Pixel* src, const Pixel* mask,
+                        const Pixel* dst) {
+        const std::int32_t least = at + size + kNear;
+        const std::int32_t end = costs ? std::max(least, std::min(asked_ + 2 * size, at + kFar)) : least;
+        for (; asked_ < end; asked_ += kLine) {
+            __builtin_prefetch(src + asked_, 0);
+            if (mask != nullptr) __builtin_prefetch(mask + asked_, 0);
+            __builtin_prefetch(dst + asked_, 1);
+        }
     }
-}
+
+private:
+    static constexpr std::int32_t kLine = 64 / sizeof(Pixel), kNear = 6144 / sizeof(Pixel),
+                                  kFar = 16384 / sizeof(Pixel);
+    std::int32_t asked_ = kNear;
+};
 
 /// Walks three rows of pixels in bundles: step(src, mask, dst) works on whole ones. What is left at the end goes
 /// through copies of a bundle's size, of which the pixels behind the end are clear and are not stored. The step stands

@@ -108,12 +108,12 @@ template <class M, class D, bool Masked, class Pixel>
 QX_INLINE void blend_stretches(std::int32_t count, const QX_BlendingMode<Pixel>& mode, const Pixel* src,
                                const Pixel* mask, Pixel* dst) {
     constexpr std::int32_t step = kStretch<kRegister, Pixel>;
+    ReadAhead<Pixel> ahead;
     for (std::int32_t i = 0; i < count; i += step) {
         Stretch kind = i + step <= count ? look_ahead<kRegister>(src + i) : Stretch::mixed;
         const Pixel* const coverage = Masked ? mask + i : nullptr;
         if (Masked && i + step <= count) kind = covered<Pixel>(kind, look_ahead<kRegister>(coverage));
-        ask_ahead<step * sizeof(Pixel), false>(src + i);
-        ask_ahead<step * sizeof(Pixel), true>(dst + i);
+        ahead.next(i, step, kind == Stretch::mixed, src, Masked ? mask : nullptr, dst);
         if (kind == Stretch::clear) continue;
         if (kind == Stretch::opaque && mode.opacity == D::full) {
             copy_stretch<Bundle<D>, step>(src + i, dst + i);

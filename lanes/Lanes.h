@@ -209,6 +209,14 @@ template <class V> QX_INLINE constexpr V large_quotient(V n, V divisor) {
     }
 }
 
+/// One more where a condition holds, in lanes of 16 bits.
+template <class M, class U> QX_INLINE U plus_one_where(M holds, U v) {
+#ifdef __AVX512BW__
+    if constexpr (sizeof(U) == 64) return holds ? v + 1 : v;  // one addition under a mask
+#endif
+    return v - (U)holds;
+}
+
 /// Quotients of unsigned numbers of 16 bits by divisors from 1 to 510, in lanes of 16 bits. By a divisor of 0 the value
 /// is not used.
 ///
@@ -235,7 +243,7 @@ template <class U> QX_INLINE U upper_product(U x, U y) {
 template <class U> QX_INLINE U short_quotient(U n, U divisor, U reciprocal) {
     const U estimate = upper_product(n, reciprocal);
     const U remainder = n - estimate * divisor;
-    return estimate - (U)(remainder >= divisor);
+    return plus_one_where(remainder >= divisor, estimate);
 }
 /// Reciprocals of every lane, and of lanes of which both in four bytes are equal.
 template <class V> QX_INLINE UnsignedLanes<V> short_reciprocals(V divisors) {

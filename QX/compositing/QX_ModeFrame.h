@@ -63,6 +63,17 @@ QX_INLINE P with_quotients(typename P::Lane r, typename P::Lane alpha, const P& 
     return with_colours(alpha, s, t, [&](V cs, V cd) QX_LAMBDA { return D::div_by_alpha(f(cs, cd), r); });
 }
 
+/// The same where no value of f is above r at 8 bits, and where pixels of an r of 0 are not used. Alphas that differ
+/// are hardly ever full together.
+template <class D, class P, class F> QX_INLINE P with_shares(typename P::Lane r, const P& s, const P& t, const F& f) {
+    using V = typename P::Lane;
+    if constexpr (D::number == 8 && is_wide<V>) {
+        return with_colours(r, s, t, [&](V cs, V cd) QX_LAMBDA { return D::share(f(cs, cd), r); });
+    } else {
+        return with_quotients<D>(r, r, s, t, f);
+    }
+}
+
 namespace modes {
 
 template <int Number, Skips S = Skips::transparent_source> struct Mode {

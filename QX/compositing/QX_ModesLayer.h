@@ -62,8 +62,8 @@ struct Over : Mode<2> {
         const V d = dst.a;
         const auto mixed = [&]() QX_LAMBDA {
             const V r = D::combine(s, d);
-            return with_quotients<D>(r, r, src, dst,
-                                     [&](V cs, V cd) QX_LAMBDA { return D::lerp(D::mul(cd, d), cs, s); });
+            // At 8 bits both are the nearest integers of d + (full - d) s and of what is not above it.
+            return with_shares<D>(r, src, dst, [&](V cs, V cd) QX_LAMBDA { return D::lerp(D::mul(cd, d), cs, s); });
         };
         const auto partly = [&]() QX_LAMBDA {
             // Single pixels over opaque ones are blended before the library starts too, when there is no table.

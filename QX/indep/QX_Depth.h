@@ -49,7 +49,7 @@ struct Depth8 {
     /// above an integer go to the one above. One more takes them there, and no others.
     template <class V> QX_LANE V mix(V from, V to, V w) {
         if constexpr (is_short<V>) {
-            return (V)reduced(weighted(from, to, w) - (UnsignedLanes<V>)(to < from));
+            return (V)reduced(plus_one_where(to < from, weighted(from, to, w)));
         } else {
             return from + mul(to - from, w);
         }
@@ -82,16 +82,24 @@ struct Depth8 {
         if constexpr (is_short<V>) return short_div(v, a, short_reciprocals_of_twins(a));
         return div(v, a);
     }
+    /// The same of lanes that are not above theirs; those of an alpha of 0 are not used.
+    template <class V> QX_LANE V share(V v, V a) {
+        if constexpr (is_short<V>) return (V)scaled_quotient(v, a, short_reciprocals_of_twins(a));
+        return div(v, a);
+    }
 
 private:
     template <class V> QX_LANE UnsignedLanes<V> weighted(V from, V to, V w) {
         using U = UnsignedLanes<V>;
         return (U)to * (U)w + (U)from * (U)comp(w);
     }
-    template <class V> QX_LANE V short_div(V v, V a, UnsignedLanes<V> reciprocal) {
+    template <class V> QX_LANE UnsignedLanes<V> scaled_quotient(V v, V a, UnsignedLanes<V> reciprocal) {
         using U = UnsignedLanes<V>;
-        const U q = short_quotient((U)v * 255 + ((U)a >> 1), (U)a, reciprocal);
-        return a == 0 ? splat<V>(255) : (V)lesser(q, splat<U>(255));
+        return short_quotient((U)v * 255 + ((U)a >> 1), (U)a, reciprocal);
+    }
+    template <class V> QX_LANE V short_div(V v, V a, UnsignedLanes<V> reciprocal) {
+        const auto q = scaled_quotient(v, a, reciprocal);
+        return a == 0 ? splat<V>(255) : (V)lesser(q, splat<UnsignedLanes<V>>(255));
     }
 };
 

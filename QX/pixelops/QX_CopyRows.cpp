@@ -10,6 +10,7 @@
 #include "QX/pixelops/QX_CopyKernels.h"
 #include "QX/pixelops/QX_Noise.h"
 #include "QX/pixelops/QX_PastCaches.h"
+#include "lanes/Streams.h"
 #include "platform/TK_CPU.h"
 
 namespace qx {
@@ -79,12 +80,15 @@ CopyRow copy_row(int from_depth, int to_depth) {
 
 void copy_row_past_caches(CopyRow row, int from_depth, int to_depth, const std::byte* src, std::byte* dst,
                           std::size_t columns, bool dither) {
-    constexpr std::size_t kRun = 1024;  // whole lines of any depth, so that aligned sources stay aligned
+    constexpr std::size_t kRun = 256;  // whole lines of any depth, so that aligned sources stay aligned
     alignas(64) std::byte made[kRun * sizeof(QX_PixelFloat)];
     const std::size_t from_pixel = bytes_of_pixel(from_depth), to_pixel = bytes_of_pixel(to_depth);
     for (std::size_t done = 0; done < columns; done += kRun) {
         const std::size_t run = std::min(kRun, columns - done);
         row(src + done * from_pixel, made, run, dither);
+        // The run after the next comes while this one leaves: reads and stores would take turns at memory.
+        const std::byte* const later = src + (done + 2 * kRun) * from_pixel;
+        for (std::size_t i = 0; i < kRun * from_pixel; i += kLine) __builtin_prefetch(later + i);
         PastCaches::copy(dst + done * to_pixel, made, run * to_pixel);
     }
 }

@@ -94,18 +94,23 @@ TYPED_TEST(ModesAgainstModel, RowsAreTheModels) {
     }
 }
 
-/// All pairs of a source and a destination channel at 8 bits, under alphas at the edges and between.
+/// All pairs of a source and a destination channel at 8 bits, under alphas at the edges and between; then all pairs of
+/// alphas, under colours at the ends of the scale.
 TEST(AllPairs, AreTheModels) {
     const Born born(1);
     constexpr int n = 256;
     TestWorld<QX_Pixel8> src(n, n, FillKind::clear, 0), start(n, n, FillKind::clear, 0), dst(n, n, FillKind::clear, 0);
     const auto byte = [](int v) { return static_cast<std::uint8_t>(v); };
-    const Cases<int, int> alphas = {{255, 255}, {128, 255}, {255, 128}, {77, 200}, {1, 1}, {254, 1}};
+    const Cases<int, int> alphas = {{255, 255}, {128, 255}, {255, 128}, {77, 200}, {1, 1}, {254, 1}, {0, 0}};
     for (const auto& [under, xfer] : each(alphas, modes_from(kQX_FirstMode))) {
         if (xfer == xfer_mask_crossfade || xfer == xfer_dissolve) continue;  // another mask, and seeds
+        const auto [a, b] = under;
         for (const auto& [x, y] : places(n, n)) {
-            src.at(x, y) = {byte(std::get<0>(under)), byte(x), byte(255 - x), byte(x ^ 0x55)};
-            start.at(x, y) = dst.at(x, y) = {byte(std::get<1>(under)), byte(y), byte(y * 7 + 3), byte(y ^ 0x55)};
+            const bool colours = a != 0;
+            src.at(x, y) =
+                colours ? QX_Pixel8{byte(a), byte(x), byte(255 - x), byte(x ^ 0x55)} : QX_Pixel8{byte(x), 255, 255, 0};
+            start.at(x, y) = dst.at(x, y) = colours ? QX_Pixel8{byte(b), byte(y), byte(y * 7 + 3), byte(y ^ 0x55)}
+                                                    : QX_Pixel8{byte(y), 255, 0, 255};
         }
         ASSERT_EQ((TransferCall{.mode = mode_of(xfer)}(src.record(), dst.record())), 0);
         for (const auto& [x, y] : places(n, n)) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The nine row conversions: which kernel a pair of depths takes, and the rows with noise, which are one at every level.
+// The nine row conversions: which kernel a pair of depths takes, and which noise.
 #include "QX/pixelops/QX_CopyRows.h"
 
 #include <algorithm>
@@ -27,35 +27,27 @@ void convert_row(const std::byte* src, std::byte* dst, std::size_t columns, bool
     (kernels->*Row)(src, dst, columns);
 }
 
-/// The rounding term becomes a uniform value on 0..32767.
-void narrow_row(const std::byte* src, std::byte* dst, std::size_t columns, bool dither) {
-    if (!dither) return kernels->from16_to8(src, dst, columns);
-    const auto* s = reinterpret_cast<const Loose<std::uint16_t>*>(src);
-    auto* d = reinterpret_cast<std::uint8_t*>(dst);
+/// Noise goes on from row to row; pixels side by side take values side by side.
+void dithered_row(DitheredRow* row, std::size_t from_pixel, const std::byte* src, std::byte* dst, std::size_t columns) {
     NoiseRow noise;
-    for (std::size_t i = 0; i < 4 * columns; ++i) {
-        d[i] = static_cast<std::uint8_t>((std::uint32_t{s[i].value} * 255u + (noise.next() & 0x7FFFu)) >> 15);
+    while (columns > 0) {
+        const auto [values, pixels] = noise.next_pixels(columns);
+        row(src, dst, pixels, values);
+        src += pixels * from_pixel;
+        dst += pixels * sizeof(QX_Pixel8);
+        columns -= pixels;
     }
 }
 
-/// Half a step of 8 bits to either side; then alpha is limited as well.
-void float_to_8_dithered(const std::byte* src, std::byte* dst, std::size_t columns) {
-    const auto* s = reinterpret_cast<const Loose<float>*>(src);
-    auto* d = reinterpret_cast<std::uint8_t*>(dst);
-    NoiseRow noise;
-    for (std::size_t i = 0; i < columns; ++i) {
-        for (const std::size_t k : {0u, 1u, 3u, 2u}) {  // Kept: drawn alpha, red, blue, green
-            const float drawn = static_cast<float>(noise.next()) * 0x1p-40f;
-            d[4 * i + k] =
-                static_cast<std::uint8_t>(colour_from_float<QX_Pixel8>(s[4 * i + k].value + drawn - 0x1p-9f));
-        }
-    }
+void narrow_row(const std::byte* src, std::byte* dst, std::size_t columns, bool dither) {
+    if (dither) return dithered_row(kernels->from16_to8_dithered, sizeof(QX_Pixel16), src, dst, columns);
+    kernels->from16_to8(src, dst, columns);
 }
 
 /// Kept: a row that begins on a vector's boundary rounds to nearest even, others truncate after adding a half and
 /// leave alpha unlimited.
 void float_to_8_row(const std::byte* src, std::byte* dst, std::size_t columns, bool dither) {
-    if (dither) return float_to_8_dithered(src, dst, columns);
+    if (dither) return dithered_row(kernels->float_to8_dithered, sizeof(QX_PixelFloat), src, dst, columns);
     const bool on_boundary = (reinterpret_cast<std::uintptr_t>(src) & 15) == 0;
     const bool nearest = on_boundary && TK_G_CPU_DataP->flags[kTK_CPU_Vector] != 0;
     (nearest ? kernels->float_to8_nearest : kernels->float_to8)(src, dst, columns);

@@ -22,6 +22,7 @@ template <class From, class To> void channel_row(const std::byte* src, std::byte
 inline constexpr int kChannels = kRegister == 0 ? 4 : static_cast<int>(kRegister / 4);
 using Floats = Vector<float, kRegister == 0 ? 16 : kRegister>;
 using Ints = Vector<std::int32_t, sizeof(Floats)>;
+using UnsignedInts = Vector<std::uint32_t, sizeof(Floats)>;
 
 QX_INLINE Ints alpha_lanes() {
     Ints lanes{};
@@ -52,29 +53,63 @@ struct Nearest {
     }
 };
 
-/// The low bits of each channel.
-template <class To, class Rounding> QX_INLINE void float_step(const float* src, QX_ChannelOf<To>* dst) {
-    typedef QX_ChannelOf<To> Narrow [[gnu::vector_size(kChannels * sizeof(QX_ChannelOf<To>))]];
-    store_lanes(dst, __builtin_convertvector(Rounding::template channels<To>(load_lanes<Floats>(src)), Narrow));
-}
-
-template <class To, class Rounding> void float_row(const std::byte* src, std::byte* dst, std::size_t columns) {
-    using Channel = QX_ChannelOf<To>;
-    float last[kChannels]{};
-    Channel made[kChannels];
+/// Calls step(channels, noise, made) for whole registers of channels, and for what is left with copies. `noise` is one
+/// value a channel, or null.
+template <class From, class To, class Step>
+QX_INLINE void each_register(const std::byte* src, const std::uint32_t* noise, std::byte* dst, std::size_t columns,
+                             const Step& step) {
+    From last[kChannels]{};
+    std::uint32_t drawn[kChannels]{};
+    To made[kChannels];
     for (std::size_t left = 4 * columns; left > 0;) {
         const std::size_t n = std::min<std::size_t>(left, kChannels);
         if (n == kChannels) {
-            float_step<To, Rounding>(reinterpret_cast<const float*>(src), reinterpret_cast<Channel*>(dst));
+            step(reinterpret_cast<const From*>(src), noise, reinterpret_cast<To*>(dst));
         } else {
-            __builtin_memcpy(last, src, n * sizeof(float));
-            float_step<To, Rounding>(last, made);
-            __builtin_memcpy(dst, made, n * sizeof(Channel));
+            __builtin_memcpy(last, src, n * sizeof(From));
+            if (noise != nullptr) __builtin_memcpy(drawn, noise, n * sizeof *noise);
+            step(last, drawn, made);
+            __builtin_memcpy(dst, made, n * sizeof(To));
         }
-        src += n * sizeof(float);
-        dst += n * sizeof(Channel);
+        src += n * sizeof(From);
+        dst += n * sizeof(To);
+        if (noise != nullptr) noise += n;
         left -= n;
     }
+}
+
+template <class T> struct PackedOf { typedef T Type [[gnu::vector_size(kChannels * sizeof(T))]]; };
+
+/// Stores the low bits of each channel.
+template <class To> QX_INLINE void store_channels(To* to, Ints v) {
+    store_lanes(to, __builtin_convertvector(v, typename PackedOf<To>::Type));
+}
+
+template <class To, class Rounding> void float_row(const std::byte* src, std::byte* dst, std::size_t columns) {
+    each_register<float, QX_ChannelOf<To>>(
+        src, nullptr, dst, columns, [](const float* s, const std::uint32_t*, QX_ChannelOf<To>* d) QX_LAMBDA {
+            store_channels(d, Rounding::template channels<To>(load_lanes<Floats>(s)));
+        });
+}
+
+/// The rounding term becomes a uniform value on 0..32767.
+void from16_to8_dithered(const std::byte* src, std::byte* dst, std::size_t columns, const std::uint32_t* noise) {
+    each_register<std::uint16_t, std::uint8_t>(
+        src, noise, dst, columns, [](const std::uint16_t* s, const std::uint32_t* drawn, std::uint8_t* d) QX_LAMBDA {
+            const Ints v = __builtin_convertvector(load_lanes<PackedOf<std::uint16_t>::Type>(s), Ints);
+            store_channels(d, (v * 255 + (load_lanes<Ints>(drawn) & 0x7FFF)) >> 15);
+        });
+}
+
+/// Half a step of 8 bits to either side; then alpha is limited as well. Kept: drawn alpha, red, blue, green.
+void float_to8_dithered(const std::byte* src, std::byte* dst, std::size_t columns, const std::uint32_t* noise) {
+    each_register<float, std::uint8_t>(
+        src, noise, dst, columns, [](const float* s, const std::uint32_t* values, std::uint8_t* d) QX_LAMBDA {
+            const auto drawn = load_lanes<UnsignedInts>(values);
+            const Floats share = __builtin_convertvector(shuffle<0, 1, 3, 2>(drawn, drawn), Floats) * 0x1p-40f;
+            const Floats v = load_lanes<Floats>(s) + share - 0x1p-9f;
+            store_channels(d, truncate_to_int(limited(v * 255.0f, 255.0f) + 0.5f));
+        });
 }
 
 const CopyKernels copy_kernels{.from8_to16 = &channel_row<QX_Pixel8, QX_Pixel16>,
@@ -83,6 +118,8 @@ const CopyKernels copy_kernels{.from8_to16 = &channel_row<QX_Pixel8, QX_Pixel16>
                                .from16_to_float = &channel_row<QX_Pixel16, QX_PixelFloat>,
                                .float_to8 = &float_row<QX_Pixel8, Truncated>,
                                .float_to8_nearest = &float_row<QX_Pixel8, Nearest>,
-                               .float_to16 = &float_row<QX_Pixel16, Truncated>};
+                               .float_to16 = &float_row<QX_Pixel16, Truncated>,
+                               .from16_to8_dithered = &from16_to8_dithered,
+                               .float_to8_dithered = &float_to8_dithered};
 
 }  // namespace qx::QX_ISA

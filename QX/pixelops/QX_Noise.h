@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "QX/indep/QX_Export.h"
@@ -26,9 +28,26 @@ public:
         if (++cursor_ == end_) cursor_ = start_;
         return value;
     }
+    /// Values side by side, four a pixel, for one pixel or more, up to `wanted`. They hold until the next call.
+    struct Run {
+        const std::uint32_t* values;
+        std::size_t pixels;
+    };
+    Run next_pixels(std::size_t wanted) {
+        const std::size_t pixels = std::min(wanted, static_cast<std::size_t>(end_ - cursor_) / 4);
+        if (pixels == 0) {  // across the table's end
+            for (std::uint32_t& value : pixel_) value = next();
+            return {pixel_, 1};
+        }
+        const std::uint32_t* const values = cursor_;
+        cursor_ += 4 * pixels;
+        if (cursor_ == end_) cursor_ = start_;
+        return {values, pixels};
+    }
 
 private:
     const std::uint32_t *start_, *end_, *cursor_;
+    std::uint32_t pixel_[4];
 };
 
 }  // namespace qx

@@ -118,12 +118,16 @@ private:
 };
 
 TEST(Dither, From16BitsDrawsInMemoryOrderThroughTheWholeTable) {
-    const World deep = make(20000, 3, 16), narrow = make(20000, 3, 8);
+    const World deep = make(20011, 3, 16), narrow = make(20011, 3, 8);
     set_channels<std::uint16_t>(*deep, [](int i, int y) { return (i * 7919 + y) % 32769; });
-    Noise noise;
-    convert(*narrow, *deep, true);
-    expect_channels<std::uint8_t>(
-        *narrow, [&](int i, int y) { return (row<std::uint16_t>(*deep, y)[i] * 255u + noise.next() % 32768) / 32768; });
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        Noise noise;
+        convert(*narrow, *deep, true);
+        expect_channels<std::uint8_t>(*narrow, [&](int i, int y) {
+            return (row<std::uint16_t>(*deep, y)[i] * 255u + noise.next() % 32768) / 32768;
+        });
+    }
 }
 
 /// One channel with its noise: half a step to either side, clamped.
@@ -133,16 +137,19 @@ int dithered(float c, std::uint32_t noise) {
 }
 
 TEST(Dither, FromFloatDrawsAlphaRedBlueGreen) {
-    const World real = make(3000, 2, 32), narrow = make(3000, 2, 8);
+    const World real = make(3011, 2, 32), narrow = make(3011, 2, 8);
     set_channels<float>(*real, [](int i, int) {
         return i < 80 ? (i / 4 % 2 == 0 ? 1e9f : -1e9f) : static_cast<float>(i % 701) / 600.0f - 0.05f;
     });
-    Noise noise;
-    convert(*narrow, *real, true);
-    for (const auto& [x, y] : places(3000, 2)) {
-        for (const int i : {4 * x, 4 * x + 1, 4 * x + 3, 4 * x + 2}) {
-            ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i], dithered(row<float>(*real, y)[i], noise.next()))
-                << "row " << y << " channel " << i;
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        Noise noise;
+        convert(*narrow, *real, true);
+        for (const auto& [x, y] : places(3011, 2)) {
+            for (const int i : {4 * x, 4 * x + 1, 4 * x + 3, 4 * x + 2}) {
+                ASSERT_EQ(row<std::uint8_t>(*narrow, y)[i], dithered(row<float>(*real, y)[i], noise.next()))
+                    << "row " << y << " channel " << i << " at level " << static_cast<int>(level);
+            }
         }
     }
 }

@@ -26,7 +26,8 @@ template <class Pixel> QX_INLINE BoxPixels load_box_pixels(const std::byte* cons
     const auto load = [=](int k) QX_LAMBDA { return reinterpret_cast<const __m128i*>(box[k] + way); };
 #ifdef __AVX512F__
     if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
-        const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(*load(0)), *load(1), 1);
+        const auto at = [&](int k) QX_LAMBDA { return _mm_loadu_si128(load(k)); };
+        const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(at(0)), at(1), 1);
         const __m256 v = _mm256_castsi256_ps(both);
         return {(BoxSums)_mm512_cvtps_pd(_mm256_permute_ps(v, 0)),
                 (BoxSums)_mm512_cvtps_pd(_mm256_blend_ps(v, _mm256_set1_ps(1), 0x11))};

@@ -131,6 +131,29 @@ TEST_P(RunsAt, AreasEqualSingleSamplesAtAllDepths) {
     });
 }
 
+/// Pixels need lie no better than their channels.
+TEST_P(RunsAt, EqualSingleSamplesAtAnyAlignment) {
+    for_each_pixel_type([this]<class Pixel>() {
+        constexpr std::size_t channel = sizeof(Pixel) / 4;
+        TestWorld<Pixel> src(120, 60, FillKind::random, 1);
+        const std::vector<Pixel> pixels = src.pixels();
+        std::vector<Pixel> moved(pixels.size() + 1);
+        auto* const data = reinterpret_cast<std::byte*>(moved.data()) + channel;
+        std::memcpy(data, pixels.data(), pixels.size() * sizeof(Pixel));
+        src.record()->data = data;
+        src.record()->rowbytes = 120 * sizeof(Pixel);
+        for (const auto& [scale, shear] : {std::pair{0.25, 0.0}, {0.3, 0.0}, {0.9, 0.3}}) {
+            for (const int quality : {0, 1, 2}) {
+                SCOPED_TRACE(testing::Message() << scale << ", quality " << quality << ", " << sizeof(Pixel));
+                const TransformCall call{.matrices = {{{{scale, shear, 0}, {-shear, scale, 0}, {3, 5, 1}}}},
+                                         .quality = quality,
+                                         .mode = mode_of(xfer_replace)};
+                expect_single_samples([&] { return drawn(call, src, 120, 60); });
+            }
+        }
+    });
+}
+
 /// Rows that copy are those of a row driver of a host's, which the library's own stands behind.
 TEST(Runs, RowsThatCopyAreThoseOfTheDriver) {
     const Born born;

@@ -9,27 +9,20 @@ namespace qx {
 
 template <class V> using DoublesOf = Vector<double, 2 * sizeof(V)>;
 
-#ifdef __AVX2__
-template <class I> QX_INLINE DoublesOf<I> to_double(I x) {
-#ifdef __AVX512F__
-    if constexpr (sizeof(I) == 32) return (DoublesOf<I>)_mm512_cvtepi32_pd((__m256i)x);
-#endif
-    if constexpr (sizeof(I) == 16) return (DoublesOf<I>)_mm256_cvtepi32_pd((__m128i)x);
+template <class V> QX_INLINE DoublesOf<V> to_double(V x) {
+    if constexpr (std::is_same_v<NumberOf<V>, float>) {
+        QX_RETURN_BY_WIDTH(DoublesOf<V>, 2 * sizeof(V), cvtps_pd, x)
+    } else {
+        QX_RETURN_BY_WIDTH(DoublesOf<V>, 2 * sizeof(V), cvtepi32_pd, (Register<V>)x)
+    }
 }
-
 template <class D> QX_INLINE Vector<float, sizeof(D) / 2> narrowed_to_float(D x) {
-#ifdef __AVX512F__
-    if constexpr (sizeof(D) == 64) return (Vector<float, 32>)_mm512_cvtpd_ps((__m512d)x);
-#endif
-    if constexpr (sizeof(D) == 32) return (Vector<float, 16>)_mm256_cvtpd_ps((__m256d)x);
+    using F = Vector<float, sizeof(D) / 2>;
+    QX_RETURN_BY_WIDTH(F, sizeof(D), cvtpd_ps, x)
 }
-
 template <class D> QX_INLINE Vector<std::int32_t, sizeof(D) / 2> narrowed_to_int(D x) {
-#ifdef __AVX512F__
-    if constexpr (sizeof(D) == 64) return (Vector<std::int32_t, 32>)_mm512_cvttpd_epi32((__m512d)x);
-#endif
-    if constexpr (sizeof(D) == 32) return (Vector<std::int32_t, 16>)_mm256_cvttpd_epi32((__m256d)x);
+    using I = Vector<std::int32_t, sizeof(D) / 2>;
+    QX_RETURN_BY_WIDTH(I, sizeof(D), cvttpd_epi32, x)
 }
-#endif
 
 }  // namespace qx

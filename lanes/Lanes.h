@@ -20,6 +20,18 @@
 #define QX_INLINE [[gnu::always_inline]] inline
 /// For lambdas in kernels.
 #define QX_LAMBDA __attribute__((always_inline))
+/// Returns as a Result what the instruction of this name gives in registers of so many bytes: _mm_name, _mm256_name or
+/// _mm512_name of the operands. These depend on a parameter of the template, so that a name is looked up only where it
+/// is called: a level need not have those of wider registers.
+#define QX_RETURN_BY_WIDTH(Result, bytes, name, ...)            \
+    if constexpr ((bytes) == 16) {                              \
+        return (Result)_mm_##name(__VA_ARGS__);                 \
+    } else if constexpr ((bytes) == 32) {                       \
+        return (Result)_mm256_##name(__VA_ARGS__);              \
+    } else {                                                    \
+        static_assert((bytes) == 64, "no register is as wide"); \
+        return (Result)_mm512_##name(__VA_ARGS__);              \
+    }
 
 namespace qx {
 
@@ -39,6 +51,8 @@ struct LaneTraits<V> {
 template <class V> using NumberOf = typename LaneTraits<V>::Number;
 /// The lanes of V, which are of four bytes, as floats.
 template <class V> using FloatLanes = Vector<float, is_wide<V> ? sizeof(V) : 0>;
+/// What instructions take for integers of any size.
+template <class V> using Register = Vector<long long, sizeof(V)>;
 
 /// How many numbers V holds.
 template <class V> inline constexpr int lanes_in = sizeof(V) / sizeof(NumberOf<V>);
@@ -78,18 +92,11 @@ template <class M> QX_INLINE constexpr bool all(M mask) {
     if constexpr (!is_wide<M>) {
         return static_cast<bool>(mask);
     } else if constexpr (sizeof(M) == 16) {
-        return _mm_movemask_epi8((__m128i)mask) == 0xFFFF;
-#ifdef __AVX2__
+        return _mm_movemask_epi8((Register<M>)mask) == 0xFFFF;
     } else if constexpr (sizeof(M) == 32) {
-        return _mm256_movemask_epi8((__m256i)mask) == -1;
-#endif
-#ifdef __AVX512BW__
-    } else if constexpr (sizeof(M) == 64) {
-        return _mm512_movepi16_mask((__m512i)mask) == 0xFFFFFFFF;
-#endif
+        return _mm256_movemask_epi8((Register<M>)mask) == -1;
     } else {
-        static_assert(sizeof(M) == 16, "this level has smaller registers");
-        return false;
+        return _mm512_movepi16_mask((Register<M>)mask) == 0xFFFFFFFF;
     }
 }
 
@@ -118,34 +125,14 @@ QX_INLINE std::int32_t truncate_to_int(double x) { return _mm_cvttsd_si32(_mm_se
 template <class F>
 requires is_wide<F> QX_INLINE auto truncate_to_int(F x) {
     using V = Vector<std::int32_t, sizeof(F)>;
-    if constexpr (sizeof(F) == 16) {
-        return (V)_mm_cvttps_epi32((__m128)x);
-#ifdef __AVX2__
-    } else if constexpr (sizeof(F) == 32) {
-        return (V)_mm256_cvttps_epi32((__m256)x);
-#endif
-#ifdef __AVX512F__
-    } else if constexpr (sizeof(F) == 64) {
-        return (V)_mm512_cvttps_epi32((__m512)x);
-#endif
-    }
+    QX_RETURN_BY_WIDTH(V, sizeof(F), cvttps_epi32, x)
 }
 
 /// To the nearest integer, and to the even one between two.
 template <class F>
 requires is_wide<F> QX_INLINE auto round_to_int(F x) {
     using V = Vector<std::int32_t, sizeof(F)>;
-    if constexpr (sizeof(F) == 16) {
-        return (V)_mm_cvtps_epi32((__m128)x);
-#ifdef __AVX2__
-    } else if constexpr (sizeof(F) == 32) {
-        return (V)_mm256_cvtps_epi32((__m256)x);
-#endif
-#ifdef __AVX512F__
-    } else if constexpr (sizeof(F) == 64) {
-        return (V)_mm512_cvtps_epi32((__m512)x);
-#endif
-    }
+    QX_RETURN_BY_WIDTH(V, sizeof(F), cvtps_epi32, x)
 }
 
 template <class V> QX_INLINE FloatLanes<V> to_float(V x) {
@@ -157,18 +144,19 @@ template <class V> QX_INLINE FloatLanes<V> to_float(V x) {
 }
 
 /// Correctly rounded square root of every lane.
-template <class F> QX_INLINE F root(F x) {
-    if constexpr (sizeof(F) == 16) {
-        return (F)_mm_sqrt_ps((__m128)x);
-#ifdef __AVX2__
-    } else if constexpr (sizeof(F) == 32) {
-        return (F)_mm256_sqrt_ps((__m256)x);
-#endif
-#ifdef __AVX512F__
-    } else if constexpr (sizeof(F) == 64) {
-        return (F)_mm512_sqrt_ps((__m512)x);
-#endif
-    }
+template <class F> QX_INLINE F root(F x) { QX_RETURN_BY_WIDTH(F, sizeof(F), sqrt_ps, x) }
+
+/// Upper halves of products of lanes of 16 bits without a sign.
+template <class U> QX_INLINE U upper_product(U x, U y) {
+    QX_RETURN_BY_WIDTH(U, sizeof(U), mulhi_epu16, (Register<U>)x, (Register<U>)y)
+}
+/// Products of lanes of 16 bits, two neighbours added.
+template <class V> QX_INLINE V multiply_add(V x, V y) {
+    QX_RETURN_BY_WIDTH(V, sizeof(V), madd_epi16, (Register<V>)x, (Register<V>)y)
+}
+/// Products of the lower halves, which have no sign, of lanes of 64 bits.
+template <class U> QX_INLINE U lower_half_product(U x, U y) {
+    QX_RETURN_BY_WIDTH(U, sizeof(U), mul_epu32, (Register<U>)x, (Register<U>)y)
 }
 
 /// Quotient of integers for 0 <= n < 2^20 and a divisor from 1 to 2^9: exact up to 2^9, and above 2^8 where it is
@@ -226,19 +214,6 @@ template <class M, class U> QX_INLINE U plus_one_where(M holds, U v) {
 template <class V> QX_INLINE V short_reciprocal(V divisors) {
     const auto exact = 65536.0f / to_float(divisors);
     return lesser(truncate_to_int(exact), splat<V>(65535));
-}
-template <class U> QX_INLINE U upper_product(U x, U y) {
-    if constexpr (sizeof(U) == 16) {
-        return (U)_mm_mulhi_epu16((__m128i)x, (__m128i)y);
-#ifdef __AVX2__
-    } else if constexpr (sizeof(U) == 32) {
-        return (U)_mm256_mulhi_epu16((__m256i)x, (__m256i)y);
-#endif
-#ifdef __AVX512BW__
-    } else if constexpr (sizeof(U) == 64) {
-        return (U)_mm512_mulhi_epu16((__m512i)x, (__m512i)y);
-#endif
-    }
 }
 template <class U> QX_INLINE U short_quotient(U n, U divisor, U reciprocal) {
     const U estimate = upper_product(n, reciprocal);

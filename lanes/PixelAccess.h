@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "lanes/Planes.h"
+#include "lanes/Shuffles.h"
 
 /// Pixels between memory, at any alignment, and lanes. A pixel has four channels, alpha first, of 8 bits, of 16 bits
 /// with full scale 32768, or float; lanes have 32 bits, but for pairs. A bundle is what one step of a row works on: its
@@ -26,36 +27,6 @@ template <class V, class T> QX_INLINE void store_lanes(T* to, V v) { __builtin_m
 /// A 16-bit channel. Larger values than full do not occur in well-formed pixels; limited, they stay harmless.
 template <class V> QX_INLINE constexpr V limited16(V c) { return lesser(c, splat<V>(32768)); }
 
-/// Shuffles within each 16 bytes of two registers of four-byte lanes: two lanes of `x`, then two of `y`.
-template <int I0, int I1, int I2, int I3, class V> QX_INLINE V shuffle(V x, V y) {
-    constexpr int which = I0 | I1 << 2 | I2 << 4 | I3 << 6;
-    if constexpr (sizeof(V) == 16) {
-        return (V)_mm_shuffle_ps((__m128)x, (__m128)y, which);
-#ifdef __AVX2__
-    } else if constexpr (sizeof(V) == 32) {
-        return (V)_mm256_shuffle_ps((__m256)x, (__m256)y, which);
-#endif
-#ifdef __AVX512F__
-    } else if constexpr (sizeof(V) == 64) {
-        return (V)_mm512_shuffle_ps((__m512)x, (__m512)y, which);
-#endif
-    }
-}
-/// The lower or the upper two lanes of each 16 bytes of two registers, by turns.
-template <bool Upper, class V> QX_INLINE V interleave(V x, V y) {
-    if constexpr (sizeof(V) == 16) {
-        return (V)(Upper ? _mm_unpackhi_ps((__m128)x, (__m128)y) : _mm_unpacklo_ps((__m128)x, (__m128)y));
-#ifdef __AVX2__
-    } else if constexpr (sizeof(V) == 32) {
-        return (V)(Upper ? _mm256_unpackhi_ps((__m256)x, (__m256)y) : _mm256_unpacklo_ps((__m256)x, (__m256)y));
-#endif
-#ifdef __AVX512F__
-    } else if constexpr (sizeof(V) == 64) {
-        return (V)(Upper ? _mm512_unpackhi_ps((__m512)x, (__m512)y) : _mm512_unpacklo_ps((__m512)x, (__m512)y));
-#endif
-    }
-}
-
 /// Four by four lanes turned over: float pixels to channels and back.
 template <class V> QX_INLINE Planes<V> transposed(V p0, V p1, V p2, V p3) {
     const V ar01 = interleave<false>(p0, p1), ar23 = interleave<false>(p2, p3);
@@ -65,22 +36,9 @@ template <class V> QX_INLINE Planes<V> transposed(V p0, V p1, V p2, V p3) {
 }
 
 /// The first byte of each four in both of their words.
-#ifdef __SSSE3__
 template <class U> QX_INLINE U first_bytes_twice(U v) {
-    const __m128i which = _mm_setr_epi8(0, -1, 0, -1, 4, -1, 4, -1, 8, -1, 8, -1, 12, -1, 12, -1);
-    if constexpr (sizeof(U) == 16) {
-        return (U)_mm_shuffle_epi8((__m128i)v, which);
-#ifdef __AVX2__
-    } else if constexpr (sizeof(U) == 32) {
-        return (U)_mm256_shuffle_epi8((__m256i)v, _mm256_broadcastsi128_si256(which));
-#endif
-#ifdef __AVX512BW__
-    } else if constexpr (sizeof(U) == 64) {
-        return (U)_mm512_shuffle_epi8((__m512i)v, _mm512_broadcast_i32x4(which));
-#endif
-    }
+    return shuffle_bytes<0, -1, 0, -1, 4, -1, 4, -1, 8, -1, 8, -1, 12, -1, 12, -1>(v);
 }
-#endif
 
 /// 16-bit channels are limited where formulas would leave the numbers that they are made for.
 enum class Channels { limited, as_stored };

@@ -10,16 +10,12 @@ namespace qx {
 template <class V, class Part> QX_INLINE V joined(const Part& part) {
     if constexpr (sizeof(V) == 16) {
         return (V)part(0);
-#ifdef __AVX2__
     } else if constexpr (sizeof(V) == 32) {
         return (V)_mm256_inserti128_si256(_mm256_castsi128_si256(part(0)), part(1), 1);
-#endif
-#ifdef __AVX512F__
-    } else if constexpr (sizeof(V) == 64) {
-        const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(part(0)), part(1), 1);
-        const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(part(2)), part(3), 1);
+    } else {
+        using Half = Vector<long long, sizeof(V) / 2>;
+        const auto low = joined<Half>(part), high = joined<Half>([&](int k) QX_LAMBDA { return part(k + 2); });
         return (V)_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
-#endif
     }
 }
 
@@ -28,9 +24,10 @@ template <class V, class Place> QX_INLINE V load_sixteens(const Place& place) {
     return joined<V>([&](int i) QX_LAMBDA { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(place(i))); });
 }
 
+QX_INLINE __m128i load_eight(const void* place) { return _mm_loadl_epi64(static_cast<const __m128i*>(place)); }
 /// Eight bytes of two places.
 template <class Place> QX_INLINE __m128i load_two_eights(const Place& place, int i) {
-    const auto low = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(place(i))));
+    const auto low = _mm_castsi128_ps(load_eight(place(i)));
     return _mm_castps_si128(_mm_loadh_pi(low, reinterpret_cast<const __m64*>(place(i + 1))));
 }
 
@@ -44,6 +41,16 @@ template <class V, std::size_t Bytes, class Place> QX_INLINE V load_scattered(co
         const auto load = [&](int i) QX_LAMBDA { return _mm_loadu_si32(place(i)); };
         const auto two = [&](int i) QX_LAMBDA { return _mm_unpacklo_epi32(load(i), load(i + 1)); };
         return joined<V>([&](int k) QX_LAMBDA { return _mm_unpacklo_epi64(two(4 * k), two(4 * k + 2)); });
+    }
+}
+
+/// Four words of each place, in lanes of four bytes.
+template <class V, class Place> QX_INLINE V load_words(const Place& place) {
+    if constexpr (sizeof(V) == 16) {
+        return (V)_mm_cvtepu16_epi32(load_eight(place(0)));
+    } else {
+        static_assert(sizeof(V) == 32);
+        return (V)_mm256_cvtepu16_epi32(load_two_eights(place, 0));
     }
 }
 

@@ -16,42 +16,6 @@ using Sums8 = Wide<std::int32_t>;  // of each box in turn: alpha, and the colour
 /// Boxes side by side: four registers, whose lanes are turned over when they are finished.
 inline constexpr int kBoxes8 = lanes_in<Sums8>, kBoxesPerSums = kBoxes8 / 4;
 
-/// Bytes of each sixteen by their place there; none for a negative place.
-QX_INLINE Sums8 shuffle_bytes(Sums8 v, __m128i places) {
-#ifdef __AVX512BW__
-    return (Sums8)_mm512_shuffle_epi8((__m512i)v, _mm512_broadcast_i32x4(places));
-#else
-    return (Sums8)_mm256_shuffle_epi8((__m256i)v, _mm256_broadcastsi128_si256(places));
-#endif
-}
-/// Products of words, two neighbours added.
-QX_INLINE Sums8 multiply_add(Sums8 x, Sums8 y) {
-#ifdef __AVX512BW__
-    return (Sums8)_mm512_madd_epi16((__m512i)x, (__m512i)y);
-#else
-    return (Sums8)_mm256_madd_epi16((__m256i)x, (__m256i)y);
-#endif
-}
-
-/// Lanes in another order.
-QX_INLINE Sums8 permuted(Sums8 v, Sums8 order) {
-#ifdef __AVX512BW__
-    return (Sums8)_mm512_permutexvar_epi32((__m512i)order, (__m512i)v);
-#else
-    return (Sums8)_mm256_permutevar8x32_epi32((__m256i)v, (__m256i)order);
-#endif
-}
-
-/// Two pixels of each four, from the byte `first` on: their channels side by side, times both alphas, or once.
-template <char first> QX_INLINE Sums8 shares_of_two(Sums8 pixels) {
-    constexpr char a = first, r = a + 1, g = a + 2, b = a + 3, n = 4;  // n leads to the neighbour
-    const __m128i channels = _mm_setr_epi8(a, -1, a + n, -1, r, -1, r + n, -1, g, -1, g + n, -1, b, -1, b + n, -1);
-    const __m128i alphas = _mm_setr_epi8(-1, -1, -1, -1, a, -1, a + n, -1, a, -1, a + n, -1, a, -1, a + n, -1);
-    const Sums8 once =
-        shuffle_bytes(splat<Sums8>(0x10001), _mm_setr_epi8(0, 1, 2, 3, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1));
-    return multiply_add(shuffle_bytes(pixels, channels), shuffle_bytes(pixels, alphas) | once);
-}
-
 /// The pixels of as many boxes. Colours don't pass full scale, since no colour of a box does.
 QX_INLINE Sums8 finish_boxes(const Sums8 (&sums)[4], double scale) {
     using Half = Vector<std::int32_t, kRegister / 2>;
@@ -68,10 +32,9 @@ QX_INLINE Sums8 finish_boxes(const Sums8 (&sums)[4], double scale) {
             rounded(lesser(total * scale, splat<D>(255))) | colour(1) << 8 | colour(2) << 16 | colour(3) << 24;
         pixels[k] = part[0][k] == 0 ? Half{} : visible;
     }
-    Sums8 out, order{};
+    Sums8 out;
     __builtin_memcpy(&out, pixels, sizeof out);
-    for (int box = 0; box < kBoxes8; ++box) order[box] = box % kBoxesPerSums * 4 + box / kBoxesPerSums;
-    return permuted(out, order);
+    return reordered(out, out, [](int box) { return box % kBoxesPerSums * 4 + box / kBoxesPerSums; });
 }
 
 /// Rows of boxes side by side.
@@ -90,7 +53,7 @@ struct BoxRows {
                     const auto place = [&](int box) QX_LAMBDA { return at + (k * kBoxesPerSums + box) * step; };
                     const Sums8 pixels = Adjacent ? load_lanes<Sums8>(place(0)) : load_sixteens<Sums8>(place);
                     if (Adjacent) __builtin_prefetch(place(0) + ahead);
-                    sums[k] += shares_of_two<0>(pixels) + shares_of_two<8>(pixels);
+                    sums[k] += sampling::shares_of_four(pixels);
                 }
             }
         }

@@ -3,12 +3,12 @@
 // side, each summed pixel by pixel in double, in the order of single samples.
 #pragma once
 
-#include <immintrin.h>
-
 #include "QX/indep/QX_Depth.h"
 #include "QX/sampling/QX_AreaFootprint.h"
 #include "QX/sampling/QX_AreaRuns.h"
+#include "lanes/Doubles.h"
 #include "lanes/Level.h"
+#include "lanes/Scattered.h"
 
 namespace qx::QX_ISA {
 
@@ -22,31 +22,17 @@ struct BoxPixels {
     BoxSums alphas, ones;
 };
 
+template <class V> QX_INLINE BoxPixels alphas_and_ones(V pixels) {
+    const V ones = reordered(pixels, splat<V>(1), [](int i) { return i % 4 == 0 ? i + lanes_in<V> : i; });
+    return {to_double(shuffle<0, 0, 0, 0>(pixels, pixels)), to_double(ones)};
+}
 template <class Pixel> QX_INLINE BoxPixels load_box_pixels(const std::byte* const* box, std::ptrdiff_t way) {
-    const auto load = [=](int k) QX_LAMBDA { return reinterpret_cast<const __m128i*>(box[k] + way); };
-#ifdef __AVX512F__
+    const auto place = [=](int k) QX_LAMBDA { return box[k] + way; };
     if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
-        const auto at = [&](int k) QX_LAMBDA { return _mm_loadu_si128(load(k)); };
-        const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(at(0)), at(1), 1);
-        const __m256 v = _mm256_castsi256_ps(both);
-        return {(BoxSums)_mm512_cvtps_pd(_mm256_permute_ps(v, 0)),
-                (BoxSums)_mm512_cvtps_pd(_mm256_blend_ps(v, _mm256_set1_ps(1), 0x11))};
+        return alphas_and_ones(load_sixteens<Vector<float, kRegister / 2>>(place));
     } else {
-        const __m256i v = _mm256_cvtepu16_epi32(_mm_unpacklo_epi64(_mm_loadl_epi64(load(0)), _mm_loadl_epi64(load(1))));
-        return {(BoxSums)_mm512_cvtepi32_pd(_mm256_shuffle_epi32(v, 0)),
-                (BoxSums)_mm512_cvtepi32_pd(_mm256_blend_epi32(v, _mm256_set1_epi32(1), 0x11))};
+        return alphas_and_ones(load_words<Vector<std::int32_t, kRegister / 2>>(place));
     }
-#else
-    if constexpr (std::is_same_v<Pixel, QX_PixelFloat>) {
-        const __m128 v = _mm_castsi128_ps(_mm_loadu_si128(load(0)));
-        return {(BoxSums)_mm256_cvtps_pd(_mm_permute_ps(v, 0)),
-                (BoxSums)_mm256_cvtps_pd(_mm_blend_ps(v, _mm_set1_ps(1), 1))};
-    } else {
-        const __m128i v = _mm_cvtepu16_epi32(_mm_loadl_epi64(load(0)));
-        return {(BoxSums)_mm256_cvtepi32_pd(_mm_shuffle_epi32(v, 0)),
-                (BoxSums)_mm256_cvtepi32_pd(_mm_blend_epi32(v, _mm_set1_epi32(1), 1))};
-    }
-#endif
 }
 
 /// Adds a pixel of each box.

@@ -5,6 +5,7 @@
 
 #include "QX/sampling/QX_AreaSampleT.h"
 #include "QX/sampling/QX_SampForms.h"
+#include "lanes/Scattered.h"
 
 namespace qx::avx2 {
 namespace {
@@ -12,32 +13,18 @@ namespace {
 using sampling::Double4;
 using sampling::Extent;
 
-/// Places in a run of four pixels, for words that alternate between two of them; -1 is a zero.
-QX_INLINE __m256i places(char alpha, char red, char green, char blue, char next) {
-    const auto n = [next](char c) { return static_cast<char>(c < 0 ? c : c + next); };
-    return _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(alpha, -1, n(alpha), -1, red, -1, n(red), -1, green, -1, n(green), -1, blue, -1, n(blue), -1));
-}
+using Sums = Vector<std::uint32_t, 32>;
 
 /// Adds up to two rows of four pixels: colours times alpha, and alpha itself, in 32 bits.
-QX_INLINE __m256i add_four(__m256i sums, const std::byte* row, const std::byte* next) {
-    const auto load = [](const std::byte* at) { return sampling::load_at<__m128i>(at); };
-    const __m256i pixels = _mm256_inserti128_si256(_mm256_castsi128_si256(load(row)), load(next), 1);
-    const __m256i one = _mm256_broadcastsi128_si256(_mm_setr_epi32(0x10001, 0, 0, 0));
-    const auto shares = [&](char first) {
-        const auto at = [first](int channel) { return static_cast<char>(first + channel); };
-        const __m256i words = _mm256_shuffle_epi8(pixels, places(at(0), at(1), at(2), at(3), 4));
-        const __m256i alphas = _mm256_shuffle_epi8(pixels, places(-1, at(0), at(0), at(0), 4));
-        return _mm256_madd_epi16(words, _mm256_or_si256(alphas, one));
-    };
-    return _mm256_add_epi32(sums, _mm256_add_epi32(shares(0), shares(8)));
+QX_INLINE Sums add_four(Sums sums, const std::byte* row, const std::byte* next) {
+    return sums + sampling::shares_of_four(load_sixteens<Sums>([&](int i) QX_LAMBDA { return i == 0 ? row : next; }));
 }
 
 QX_INLINE Double4 sum_whole(const QX_EffectWorld& world, Extent across, Extent down) {
     const std::int32_t columns = across.last() - across.first(), fours = columns / 4;
     const std::byte* line = static_cast<const std::byte*>(world.data) + std::ptrdiff_t{down.first()} * world.rowbytes +
                             std::ptrdiff_t{across.first()} * 4;
-    __m256i pairs = _mm256_setzero_si256();
+    Sums pairs{};
     __m128i sums = _mm_setzero_si128();
     std::int32_t rows = down.last() - down.first();
     for (; rows >= 2; rows -= 2, line += 2 * std::ptrdiff_t{world.rowbytes}) {
@@ -50,8 +37,8 @@ QX_INLINE Double4 sum_whole(const QX_EffectWorld& world, Extent across, Extent d
         }
     }
     if (rows != 0) sums = sampling::add_run(sums, line, columns);
-    sums = _mm_add_epi32(sums, _mm256_castsi256_si128(pairs));
-    return sampling::to_double(_mm_add_epi32(sums, _mm256_extracti128_si256(pairs, 1)));
+    sums = _mm_add_epi32(sums, _mm256_castsi256_si128((__m256i)pairs));
+    return sampling::to_double(_mm_add_epi32(sums, _mm256_extracti128_si256((__m256i)pairs, 1)));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "QX/indep/QX_Area.h"
 #include "QX/sampling/QX_AreaFootprint.h"
 #include "QX/sampling/QX_SampleLanesT.h"
+#include "lanes/Shuffles.h"
 
 /// Sums over a box of 8-bit pixels in integers. A double holds every partial sum below 2^53 units exactly, whatever the
 /// order, so that these are the sums of the plain loop.
@@ -27,6 +28,15 @@ QX_INLINE __m128i shares(__m128i words) {
     const __m128i alphas = _mm_shuffle_epi32(words, 0);
     return _mm_madd_epi16(words, _mm_or_si128(_mm_and_si128(alphas, colours), ones));
 }
+
+/// The same of two pixels of each four, from the byte `first` on, in registers of any width that shuffle bytes.
+template <int first, class V> QX_INLINE V shares_of_two(V pixels) {
+    constexpr int a = first, r = a + 1, g = a + 2, b = a + 3, n = 4;  // n leads to the neighbour
+    const V words = shuffle_bytes<a, -1, a + n, -1, r, -1, r + n, -1, g, -1, g + n, -1, b, -1, b + n, -1>(pixels);
+    const V alphas = shuffle_bytes<-1, -1, -1, -1, a, -1, a + n, -1, a, -1, a + n, -1, a, -1, a + n, -1>(pixels);
+    return multiply_add(words, alphas | repeated<V>(_mm_setr_epi32(0x10001, 0, 0, 0)));
+}
+template <class V> QX_INLINE V shares_of_four(V pixels) { return shares_of_two<0>(pixels) + shares_of_two<8>(pixels); }
 
 /// Adds a run of pixels to four 32-bit sums.
 QX_INLINE __m128i add_run(__m128i sums, const std::byte* at, std::int32_t count) {

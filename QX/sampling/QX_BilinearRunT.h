@@ -90,15 +90,9 @@ struct Bilinear8 {
 /// Upper halves, rounded, of x * by_x + y * by_y in lanes of four bytes without a sign, whose sum fits eight.
 template <class I> QX_INLINE I rounded_upper_half(I x, I by_x, I y, I by_y) {
     using U = Vector<std::uint64_t, sizeof(I)>;
-    const auto product = [](U v, U w) QX_LAMBDA {  // of the lower halves
-#ifdef __AVX512F__
-        if constexpr (sizeof(I) == 64) return (U)_mm512_mul_epu32((__m512i)v, (__m512i)w);
-#endif
-        if constexpr (sizeof(I) == 32) return (U)_mm256_mul_epu32((__m256i)v, (__m256i)w);
-    };
     const auto sum = [&](int shift) QX_LAMBDA {
         const auto lane = [=](I v) QX_LAMBDA { return (U)v >> shift; };
-        return product(lane(x), lane(by_x)) + product(lane(y), lane(by_y)) + 0x80000000;
+        return lower_half_product(lane(x), lane(by_x)) + lower_half_product(lane(y), lane(by_y)) + 0x80000000;
     };
     return (I)(sum(0) >> 32 | (sum(32) & 0xFFFFFFFF00000000));
 }

@@ -5,31 +5,22 @@
 #include <cstddef>
 
 #include "QX/compositing/QX_LinearBlendingTables.h"
+#include "QX/compositing/QX_TableLookup.h"
 #include "QX/indep/QX_DepthSteps.h"
 
 /// Encoded values to linear ones and back. 16-bit values interpolate; values beyond the scale count as its end.
 namespace qx {
 
-inline constexpr std::size_t kToLinear = offsetof(QX_LinearBlendingTables, to_linear);
-inline constexpr std::size_t kFromLinear = offsetof(QX_LinearBlendingTables, from_linear);
-
-/// An entry of a table and the next. Lanes read both at once: behind the last of `to_linear` one that is not used.
-template <class V> struct Neighbours { V first, second; };
-template <std::size_t Table, class V> QX_INLINE Neighbours<V> tables_at(const QX_LinearBlendingTables& tables, V i) {
-    const V both = gather(&tables, 2 * i + static_cast<std::int32_t>(Table));
-    return {both & 0xFFFF, both >> 16 & 0xFFFF};
-}
+static_assert(offsetof(QX_LinearBlendingTables, to_linear) == 0);
 
 template <class V> QX_INLINE V linear_lanes16(const QX_LinearBlendingTables& tables, V c) {
     const V t = lesser(c, splat<V>(Depth16::full)) * 255, i = t >> 15, f = t & 0x7FFF;
-    const auto [y, next] = tables_at<kToLinear>(tables, i);
+    const auto [y, next] = neighbours_at(&tables, 2 * i);  // the last is followed by one that does not count
     return y + (((next - y) * f + 16384) >> 15);
 }
 
 template <class V> QX_INLINE V encoded_lanes16(const QX_LinearBlendingTables& tables, V y) {
-    const V c = lesser(y, splat<V>(Depth16::full)), i = lesser(c >> 3, splat<V>(4095)), f = c - 8 * i;
-    const auto [at, next] = tables_at<kFromLinear>(tables, i);
-    return at + (((next - at) * f + 4) >> 3);
+    return table_value16(&tables.from_linear, V{}, y);
 }
 
 QX_INLINE std::int32_t to_linear16(const QX_LinearBlendingTables& tables, std::int32_t c) {

@@ -39,7 +39,7 @@ void to_linear_row(std::int32_t count, const QX_LinearBlendingTables& tables, co
         count, src, dst,
         [&](Lookups c, Lookups is_alpha) QX_LAMBDA {
             if constexpr (D::number == 8) {
-                return is_alpha ? widened_8_to_16(c) : tables_at<kToLinear>(tables, c).first;
+                return is_alpha ? widened_8_to_16(c) : neighbours_at(&tables, 2 * c).first;
             } else {
                 return is_alpha ? c : linear_lanes16(tables, c);
             }

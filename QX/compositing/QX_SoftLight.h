@@ -23,19 +23,11 @@ void build_soft_light_tables();
 
 /// The curves are read as `down` where cs is in the lower half, else `up`.
 ///
-/// The 16-bit curve of cd, between two entries by their distance, rounded. Lanes read both entries at once.
+/// The 16-bit curve of cd.
 template <class M, class V> QX_INLINE V soft_curve16(M lower, V cd) {
-    if constexpr (is_wide<V>) {
-        const auto start = [](std::size_t bytes) QX_LAMBDA { return splat<V>(static_cast<std::int32_t>(bytes)); };
-        const V i = lesser(cd >> 3, splat<V>(4095)), f = cd - 8 * i;
-        const V both =
-            gather(&soft_light,
-                   (lower ? start(offsetof(SoftLightTables, down16)) : start(offsetof(SoftLightTables, up16))) + 2 * i);
-        const V at = both & 0xFFFF, next = both >> 16 & 0xFFFF;
-        return at + (((next - at) * f + 4) >> 3);
-    } else {
-        return table_value16(lower ? soft_light.down16 : soft_light.up16, cd);
-    }
+    const auto start = [](std::size_t bytes) QX_LAMBDA { return splat<V>(static_cast<std::int32_t>(bytes)); };
+    const V table = lower ? start(offsetof(SoftLightTables, down16)) : start(offsetof(SoftLightTables, up16));
+    return table_value16(&soft_light, table, cd);
 }
 
 /// The curve of float channels. Values beyond the scale read its end, so that nothing is read outside the table.

@@ -1,19 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "QX/indep/QX_Depth.h"
 
+/// Lookups in tables of 16-bit entries, for numbers and for lanes.
 namespace qx {
 
+/// An entry of a table and the next, which are read at once. @param bytes  from `base` to the entry
+template <class V> struct Neighbours { V first, second; };
+template <class V> QX_INLINE Neighbours<V> neighbours_at(const void* base, V bytes) {
+    const V both = gather(base, bytes);
+    return {both & 0xFFFF, both >> 16 & 0xFFFF};
+}
+
 /// The value of a table of 4097 entries over 0..32768 at a channel, between two entries by their distance, rounded.
-/// Channels beyond the scale read its end.
-QX_INLINE std::int32_t table_value16(const std::uint16_t (&table)[4097], std::int32_t c) {
-    c = lesser(c, Depth16::full);
-    const std::int32_t i = c >> 3, f = c & 7;
-    const std::int32_t at = table[i];
-    return f == 0 ? at : at + (((table[i + 1] - at) * f + 4) >> 3);
+/// Channels beyond the scale read its end. @param start  bytes from `base` to the table
+template <class V> QX_INLINE V table_value16(const void* base, V start, V channel) {
+    const V c = lesser(channel, splat<V>(Depth16::full)), i = lesser(c >> 3, splat<V>(4095)), f = c - 8 * i;
+    const auto [at, next] = neighbours_at(base, start + 2 * i);
+    return at + (((next - at) * f + 4) >> 3);
 }
 
 }  // namespace qx

@@ -232,23 +232,6 @@ template <class V> QX_INLINE UnsignedLanes<V> short_reciprocals_of_twins(V divis
     return (UnsignedLanes<V>)(one | one << 16);
 }
 
-/// Bytes of a table at places from 0 to 511, in lanes of 16 bits: all of it in registers, a pair of which answers for
-/// 64 words. Only where registers have 64 bytes.
-template <class V> QX_INLINE V table_bytes(const std::uint8_t (&table)[512], V place) {
-    static_assert(sizeof(V) == 64);
-#ifdef __AVX512BW__
-    const auto at = [&](int k) { return _mm512_loadu_si512(table + 64 * k); };
-    const __m512i word = _mm512_srli_epi16((__m512i)place, 1);
-    const auto among = [&](int k) { return _mm512_permutex2var_epi16(at(k), word, at(k + 1)); };
-    const __mmask32 odd_pair = _mm512_test_epi16_mask(word, _mm512_set1_epi16(64));
-    const __mmask32 upper_half = _mm512_test_epi16_mask(word, _mm512_set1_epi16(128));
-    const __m512i lower = _mm512_mask_blend_epi16(odd_pair, among(0), among(2));
-    const __m512i upper = _mm512_mask_blend_epi16(odd_pair, among(4), among(6));
-    const V found = (V)_mm512_mask_blend_epi16(upper_half, lower, upper);
-    return (place & 1) != 0 ? found >> 8 & 255 : found & 255;
-#endif
-}
-
 /// Four bytes at `base` and each lane's distance from it in bytes.
 template <class V> QX_INLINE V gather(const void* base, V bytes) {
     if constexpr (!is_wide<V>) {

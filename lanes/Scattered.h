@@ -79,4 +79,22 @@ template <class P, class Pixel> constexpr int pixel_of_lane(int lane) {
     return bytes == 8 ? place / 2 * (n / 2) + block * 2 + place % 2 : place * (n / 4) + block;
 }
 
+/// Lanes of planes that were loaded from such pixels, in the order of the pixels.
+template <class P, class Pixel> QX_INLINE typename P::Lane in_pixel_order(typename P::Lane lanes) {
+    using V = typename P::Lane;
+    [[maybe_unused]] V lane_of{};
+    for (int i = 0; i < lanes_in<V>; ++i) lane_of[pixel_of_lane<P, Pixel>(i)] = i;
+    if constexpr (sizeof(V) == 16) {
+        return lanes;  // as they are
+#ifdef __AVX2__
+    } else if constexpr (sizeof(V) == 32) {
+        return (V)_mm256_permutevar8x32_epi32((__m256i)lanes, (__m256i)lane_of);
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(V) == 64) {
+        return (V)_mm512_permutexvar_epi32((__m512i)lane_of, (__m512i)lanes);
+#endif
+    }
+}
+
 }  // namespace qx

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// All compositing kernels of one level.
+// All compositing kernels of one level, but for the steps into linear light.
 #include "QX/compositing/QX_FiltersT.h"
-#include "QX/compositing/QX_LinearStepsT.h"
 #include "QX/compositing/QX_OnePassT.h"
 #include "QX/compositing/QX_OwnRowsT.h"
 #include "QX/compositing/QX_XferRowsT.h"
@@ -40,7 +39,6 @@ const CompositingKernels compositing_kernels{
     .rows = {make_rows<Depth8>(modes::All{}), make_rows<Depth16>(modes::All{}), make_rows<DepthFloat>(modes::All{})},
     .one_pass = {make_one_pass<Depth8>(modes::All{}), make_one_pass<Depth16>(modes::All{}),
                  make_one_pass<DepthFloat>(modes::All{})},
-    .filters = {filter_set<Depth8>, filter_set<Depth16>, filter_set<DepthFloat>},
-    .linear = {linear_steps<Depth8>, linear_steps<Depth16>, linear_steps<DepthFloat>}};
+    .filters = {filter_set<Depth8>, filter_set<Depth16>, filter_set<DepthFloat>}};
 
 }  // namespace qx::QX_ISA

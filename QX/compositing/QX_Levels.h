@@ -33,9 +33,9 @@ struct CompositingKernels {
     /// Filters, row and merge, or the row of xfer_behind and the mode's own, in one pass; null for modes without these.
     PerDepth<RowSet> one_pass;
     PerDepth<FilterSet> filters;
-    PerDepth<LinearSteps> linear;
 };
 
 QX_DECLARE_LEVELS(CompositingKernels, compositing_kernels)
+QX_DECLARE_LEVELS(PerDepth<LinearSteps>, linear_steps)
 
 }  // namespace qx

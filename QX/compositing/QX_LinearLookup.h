@@ -13,10 +13,16 @@ namespace qx {
 
 static_assert(offsetof(QX_LinearBlendingTables, to_linear) == 0);
 
+/// Where a channel lies in `to_linear`: behind an entry, on the way to the next, of 32768. On the last there is no way.
+template <class V> struct LinearPlace { V entry, way; };
+template <class V> QX_INLINE LinearPlace<V> place_in_linear(V c) {
+    const V t = lesser(c, splat<V>(Depth16::full)) * 255;
+    return {t >> 15, t & 0x7FFF};
+}
+
 template <class V> QX_INLINE V linear_lanes16(const QX_LinearBlendingTables& tables, V c) {
-    const V t = lesser(c, splat<V>(Depth16::full)) * 255, i = t >> 15, f = t & 0x7FFF;
-    const auto [y, next] = neighbours_at(&tables, 2 * i);  // the last is followed by one that does not count
-    return y + (((next - y) * f + 16384) >> 15);
+    const auto [entry, way] = place_in_linear(c);
+    return on_line<15>(neighbours_at(&tables, 2 * entry), way);
 }
 
 template <class V> QX_INLINE V encoded_lanes16(const QX_LinearBlendingTables& tables, V y) {

@@ -1,64 +1,101 @@
 // SPDX-License-Identifier: Apache-2.0
-// Body of what brings rows into linear light and back, for one level. Integer channels are looked up as they lie in
-// memory, alphas among them take their own way.
+// Body of what brings rows into linear light and back, for one level. Only colours are looked up, alphas take their own
+// way.
 #pragma once
 
 #include "QX/compositing/QX_Levels.h"
 #include "lanes/Level.h"
-#include "lanes/PixelAccess.h"
+#include "lanes/Rows.h"
+#include "lanes/Scattered.h"
+#include "lanes/Tables.h"
 
 namespace qx::QX_ISA {
 
-/// Only registers that gather gain by more than one channel at a time.
-inline constexpr bool kLooksUpLanes = kRegister >= 32;
-using Lookups = Vector<std::int32_t, kLooksUpLanes ? kRegister : 16>;
+/// The table into linear light lies in registers.
+inline constexpr bool kHoldsTable = kRegister == 64;
 
-/// As many channels of memory as lanes hold.
-template <class T> struct PackedOf { typedef T Type [[gnu::vector_size(lanes_in<Lookups> * sizeof(T))]]; };
+using Colours16 = Planes<Wide<std::int32_t>>;
+using Words = Wide<std::uint16_t>;
+using LinearTable = WordTable<Words>;
 
-/// Calls lanes(channels) for whole registers of pixels and pixel(p) for what is left.
-template <class From, class To, class Lanes, class One>
-QX_INLINE void each_channel_of(std::int32_t count, const From* src, To* dst, const Lanes& lanes, const One& pixel) {
-    constexpr int step = lanes_in<Lookups> / 4;
-    if constexpr (kLooksUpLanes && !std::is_same_v<To, QX_PixelFloat>) {
-        Lookups alphas{};
-        for (int i = 0; i < lanes_in<Lookups>; i += 4) alphas[i] = -1;
-        for (; count >= step; count -= step, src += step, dst += step) {
-            const auto packed = load_lanes<typename PackedOf<QX_ChannelOf<From>>::Type>(src);
-            const Lookups made = lanes(__builtin_convertvector(packed, Lookups), alphas);
-            store_lanes(dst, __builtin_convertvector(made, typename PackedOf<QX_ChannelOf<To>>::Type));
-        }
+/// Calls bundle(src, dst) while there are so many pixels, and pixel(p) for what is left.
+template <int Size, class From, class To, class Bundle, class One>
+QX_INLINE void each_bundle_of(std::int32_t count, const From* src, To* dst, const Bundle& bundle, const One& pixel) {
+    if constexpr (Size > 1) {
+        for (; count >= Size; count -= Size, src += Size, dst += Size) bundle(src, dst);
     }
     for (; count > 0; --count) *dst++ = pixel(*src++);
+}
+
+/// A register of words from pixels as they lie in memory.
+template <class V> QX_INLINE V linear_words(const WordTable<V>& table, const QX_Pixel8* p) {
+    using I = Vector<std::int32_t, sizeof(V)>;
+    const V channels = __builtin_convertvector(load_lanes<Vector<std::uint8_t, sizeof(V) / 2>>(p), V);
+    V is_alpha{};
+    for (int i = 0; i < lanes_in<V>; i += 4) is_alpha[i] = 1;
+    return is_alpha != 0 ? (V)widened_8_to_16((I)channels & 0xFFFF) : table.at(channels);
+}
+
+/// Two colours share a register of words.
+template <class P>
+QX_INLINE P linear_colours(const QX_LinearBlendingTables& tables, const LinearTable& table, const P& p) {
+    if constexpr (kHoldsTable) {
+        using V = typename P::Lane;
+        const auto r = place_in_linear(p.r), g = place_in_linear(p.g), b = place_in_linear(p.b);
+        const V rg = r.entry | g.entry << 16;
+        const auto find = [&](V place) QX_LAMBDA { return (V)table.at((Words)place); };
+        const V first = find(rg), next = find(rg + 0x10001), of_b = find(b.entry | (b.entry + 1) << 16);
+        const auto low = [](V v) QX_LAMBDA { return v & 0xFFFF; };
+        const auto high = [](V v) QX_LAMBDA { return v >> 16 & 0xFFFF; };
+        return {p.a, on_line<15>({low(first), low(next)}, r.way), on_line<15>({high(first), high(next)}, g.way),
+                on_line<15>({low(of_b), high(of_b)}, b.way)};
+    } else {
+        return with_colours(p.a, p, p, [&](auto c, auto) QX_LAMBDA { return linear_lanes16(tables, c); });
+    }
+}
+template <class P> QX_INLINE P encoded_colours(const QX_LinearBlendingTables& tables, const P& p) {
+    return with_colours(p.a, p, p, [&](auto c, auto) QX_LAMBDA { return encoded_lanes16(tables, c); });
 }
 
 template <class D>
 void to_linear_row(std::int32_t count, const QX_LinearBlendingTables& tables, const typename D::Pixel* src,
                    typename LinearDepth<D>::Pixel* dst) {
-    each_channel_of(
-        count, src, dst,
-        [&](Lookups c, Lookups is_alpha) QX_LAMBDA {
-            if constexpr (D::number == 8) {
-                return is_alpha ? widened_8_to_16(c) : neighbours_at(&tables, 2 * c).first;
-            } else {
-                return is_alpha ? c : linear_lanes16(tables, c);
-            }
-        },
-        [&](const auto& p) QX_LAMBDA { return to_linear<D>(tables, p); });
+    const LinearTable table(tables.to_linear);
+    if constexpr (D::number == 16) {
+        using P = Colours16;
+        for_bundles<P>(count, src, dst, [&](const QX_Pixel16* from, QX_Pixel16* to) QX_LAMBDA {
+            store_pixels(to, linear_colours(tables, table, load_pixels<P, Channels::as_stored>(from)));
+        });
+    } else {
+        each_bundle_of<D::number == 8 && kHoldsTable ? 8 : 1>(
+            count, src, dst, [&](const auto* from, auto* to) QX_LAMBDA { store_lanes(to, linear_words(table, from)); },
+            [&](const auto& p) QX_LAMBDA { return to_linear<D>(tables, p); });
+    }
 }
 
 template <class D>
 void from_linear_row(std::int32_t count, const QX_LinearBlendingTables& tables,
                      const typename LinearDepth<D>::Pixel* src, typename D::Pixel* dst) {
-    each_channel_of(
-        count, src, dst,
-        [&](Lookups c, Lookups is_alpha) QX_LAMBDA {
-            const Lookups made = is_alpha ? c : encoded_lanes16(tables, c);
-            return D::number == 8 ? narrowed_16_to_8(made) : made;
-        },
-        [&](const auto& p) QX_LAMBDA { return from_linear<D>(tables, p); });
+    using P = Colours16;
+    if constexpr (D::number == 16) {
+        for_bundles<P>(count, src, dst, [&](const QX_Pixel16* from, QX_Pixel16* to) QX_LAMBDA {
+            store_pixels(to, encoded_colours(tables, load_pixels<P, Channels::as_stored>(from)));
+        });
+    } else {
+        each_bundle_of<D::number == 8 ? pixels_in<P> : 1>(
+            count, src, dst,
+            [&](const auto* from, auto* to) QX_LAMBDA {
+                const P made = encoded_colours(tables, load_pixels<P, Channels::as_stored>(from));
+                const auto narrowed = [](auto c)
+                                          QX_LAMBDA { return in_pixel_order<P, QX_Pixel16>(narrowed_16_to_8(c)); };
+                store_pixels(to, P{narrowed(made.a), narrowed(made.r), narrowed(made.g), narrowed(made.b)});
+            },
+            [&](const auto& p) QX_LAMBDA { return from_linear<D>(tables, p); });
+    }
 }
 
-template <class D> inline constexpr LinearSteps<typename D::Pixel> linear_steps{&to_linear_row<D>, &from_linear_row<D>};
+template <class D> inline constexpr LinearSteps<typename D::Pixel> steps_of{&to_linear_row<D>, &from_linear_row<D>};
+
+const PerDepth<LinearSteps> linear_steps{steps_of<Depth8>, steps_of<Depth16>, steps_of<DepthFloat>};
 
 }  // namespace qx::QX_ISA

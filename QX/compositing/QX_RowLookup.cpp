@@ -10,6 +10,7 @@ namespace qx {
 namespace {
 
 const CompositingKernels* kernels = &plain::compositing_kernels;
+const PerDepth<LinearSteps>* steps = &plain::linear_steps;
 
 template <class Pixel> QX_RowFunc<Pixel> stored_row(bool masked, int place) {
     const QX_RowFunc<Pixel> best = kernels->rows.of<Pixel>().at[masked][place];
@@ -48,9 +49,12 @@ int report_unimplemented_mode() {
     return kQX_UnimplementedMode;
 }
 
-void choose_compositing_kernels(Level level) { kernels = &compositing_kernels_of(level); }
+void choose_compositing_kernels(Level level) {
+    kernels = &compositing_kernels_of(level);
+    steps = &linear_steps_of(level);
+}
 
-template <class Pixel> const LinearSteps<Pixel>& linear_steps_now() { return kernels->linear.of<Pixel>(); }
+template <class Pixel> const LinearSteps<Pixel>& linear_steps_now() { return steps->of<Pixel>(); }
 template const LinearSteps<QX_Pixel8>& linear_steps_now();
 template const LinearSteps<QX_Pixel16>& linear_steps_now();
 template const LinearSteps<QX_PixelFloat>& linear_steps_now();

@@ -6,6 +6,7 @@
 
 #include "QX/compositing/QX_TableLookup.h"
 #include "QX/indep/QX_Export.h"
+#include "lanes/Tables.h"
 
 namespace qx {
 

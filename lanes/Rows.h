@@ -33,6 +33,13 @@ template <std::size_t Register, class Pixel> QX_INLINE Stretch look_ahead(const 
     return all_equal(differs, 0) ? Stretch::opaque : Stretch::mixed;
 }
 
+/// A source under a mask. A float that is no number stays one where nothing covers it.
+template <bool IsFloat> QX_INLINE Stretch covered(Stretch source, Stretch coverage) {
+    if (coverage == Stretch::opaque) return source;
+    if (IsFloat && (source == Stretch::mixed || coverage == Stretch::mixed)) return Stretch::mixed;
+    return source == Stretch::clear || coverage == Stretch::clear ? Stretch::clear : Stretch::mixed;
+}
+
 /// Asks for the lines of rows before they are reached. A row that looks at stretches before it works on them waits for
 /// memory and for arithmetic by turns, and what the processor asks for by itself ends where a stretch is passed over.
 /// So 6 KiB are asked for ahead at least; a stretch that costs arithmetic leaves time for two stretches of memory, up

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "QX/compositing/QX_LinearLookup.h"
+#include "QX/compositing/QX_LinearBlendingTables.h"
 #include "QX/compositing/QX_Modes.h"
 #include "QX/indep/QX_PerDepth.h"
 #include "QX/indep/QX_SlotsOf.h"
@@ -21,13 +21,6 @@ template <class Pixel> struct FilterSet {
     QX_MergeFunc<Pixel> merge;
 };
 
-/// A row into linear light and back.
-template <class Pixel> struct LinearSteps {
-    using Linear = typename LinearDepth<DepthOf<Pixel>>::Pixel;
-    void (*to)(std::int32_t count, const QX_LinearBlendingTables& tables, const Pixel* src, Linear* dst);
-    void (*from)(std::int32_t count, const QX_LinearBlendingTables& tables, const Linear* src, Pixel* dst);
-};
-
 struct CompositingKernels {
     PerDepth<RowSet> rows;
     /// Filters, row and merge, or the row of xfer_behind and the mode's own, in one pass; null for modes without these.
@@ -36,6 +29,5 @@ struct CompositingKernels {
 };
 
 QX_DECLARE_LEVELS(CompositingKernels, compositing_kernels)
-QX_DECLARE_LEVELS(PerDepth<LinearSteps>, linear_steps)
 
 }  // namespace qx

@@ -3,7 +3,7 @@
 // way.
 #pragma once
 
-#include "QX/compositing/QX_Levels.h"
+#include "QX/compositing/QX_LinearSteps.h"
 #include "lanes/Level.h"
 #include "lanes/Rows.h"
 #include "lanes/Scattered.h"
@@ -94,7 +94,82 @@ void from_linear_row(std::int32_t count, const QX_LinearBlendingTables& tables,
     }
 }
 
-template <class D> inline constexpr LinearSteps<typename D::Pixel> steps_of{&to_linear_row<D>, &from_linear_row<D>};
+/// One channel both ways.
+template <class D, class V> QX_INLINE V channel_through(const QX_LinearBlendingTables& tables, V c) {
+    if constexpr (D::number == 32) {
+        return power(power(c, tables.to_linear_gamma), tables.from_linear_gamma);
+    } else {
+        const V linear = D::number == 8 ? neighbours_at(&tables, 2 * c).first : linear_lanes16(tables, c);
+        const V encoded = encoded_lanes16(tables, linear);
+        return D::number == 8 ? narrowed_16_to_8(encoded) : encoded;
+    }
+}
+
+inline void make_code_map(const QX_LinearBlendingTables& tables, CodeMap& map) {
+    using V = Wide<std::int32_t>;
+    constexpr int size = lanes_in<V>;
+    for (int code = 0; code < 256; code += size) {
+        const V made = channel_through<Depth8>(tables, lane_numbers<V>() + code);
+        std::int32_t codes[size];
+        store_lanes(codes, made);
+        for (int i = 0; i < size; ++i) map[code + i] = static_cast<std::uint16_t>(codes[i]);
+    }
+}
+
+template <class D, class Pixel = typename D::Pixel>
+void row_through_linear(std::int32_t count, const QX_LinearBlendingTables& tables, const CodeMap& map, const Pixel* src,
+                        Pixel* dst) {
+    if constexpr (D::number == 8 && kHoldsTable) {
+        const LinearTable table(map);
+        using P = Colours<D, kRegister>;
+        for_bundles<P>(count, src, dst, [&](const Pixel* from, Pixel* to) QX_LAMBDA {
+            const P p = load_pixels<P>(from);
+            const auto mapped = [&](auto c, auto) QX_LAMBDA { return (decltype(c))table.at((Words)c); };
+            store_pixels(to, with_colours(p.a, p, p, mapped));
+        });
+    } else if constexpr (D::number == 16) {
+        const LinearTable table(tables.to_linear);
+        using P = Colours16;
+        for_bundles<P>(count, src, dst, [&](const Pixel* from, Pixel* to) QX_LAMBDA {
+            store_pixels(to, encoded_colours(tables, linear_colours(tables, table, load_pixels<P>(from))));
+        });
+    } else {
+        const auto channel = [&](auto c) QX_LAMBDA {
+            if constexpr (D::number == 8) return static_cast<std::uint8_t>(map[c]);
+            if constexpr (D::number == 32) return channel_through<D>(tables, c);
+        };
+        for (std::int32_t i = 0; i < count; ++i) {
+            dst[i] = {src[i].alpha, channel(src[i].red), channel(src[i].green), channel(src[i].blue)};
+        }
+    }
+}
+
+/// One number at a time, all is mixed.
+template <class Pixel>
+std::int32_t stretch_of_row(std::int32_t count, std::int32_t most_mixed, bool tells_opaque, const Pixel* src,
+                            const Pixel* mask, Stretch* kind) {
+    constexpr std::int32_t step = kStretch<kRegister, Pixel>;
+    const auto kind_at = [=](std::int32_t i) QX_LAMBDA {
+        if constexpr (kRegister > 0) {
+            if (i + step > count) return Stretch::mixed;
+            Stretch here = look_ahead<kRegister>(src + i);
+            if (mask != nullptr) here = covered<sizeof(Pixel) == 16>(here, look_ahead<kRegister>(mask + i));
+            return here == Stretch::opaque && !tells_opaque ? Stretch::mixed : here;
+        } else {
+            return Stretch::mixed;
+        }
+    };
+    *kind = kind_at(0);
+    if (*kind == Stretch::mixed) count = lesser(count, most_mixed);
+    if (kRegister == 0) return count;
+    std::int32_t length = step;
+    while (length < count && kind_at(length) == *kind) length += step;
+    return lesser(length, count);
+}
+
+template <class D>
+inline constexpr LinearSteps<typename D::Pixel> steps_of{&to_linear_row<D>, &from_linear_row<D>, &row_through_linear<D>,
+                                                         &make_code_map, &stretch_of_row<typename D::Pixel>};
 
 const PerDepth<LinearSteps> linear_steps{steps_of<Depth8>, steps_of<Depth16>, steps_of<DepthFloat>};
 

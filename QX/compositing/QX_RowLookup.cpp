@@ -12,11 +12,6 @@ namespace {
 const CompositingKernels* kernels = &plain::compositing_kernels;
 const PerDepth<LinearSteps>* steps = &plain::linear_steps;
 
-template <class Pixel> QX_RowFunc<Pixel> stored_row(bool masked, int place) {
-    const QX_RowFunc<Pixel> best = kernels->rows.of<Pixel>().at[masked][place];
-    return best != nullptr ? best : plain::compositing_kernels.rows.of<Pixel>().at[masked][place];
-}
-
 /// Rows in linear light by place; null where a mode copies, which is the same in any light.
 template <class M, class D, bool Masked> constexpr QX_RowFunc<typename D::Pixel> pick_linear() {
     if constexpr (modes::is_mode<M>) {
@@ -34,7 +29,7 @@ template <class D, bool Masked, bool Linear> int lookup(int xfer, QX_RowFunc<typ
     if (!QX_IsTransferMode(xfer)) return report_unimplemented_mode();
     const int place = modes::place_of(xfer);
     QX_RowFunc<typename D::Pixel> found = Linear ? linear_row_at<D, Masked>(place, modes::All{}) : nullptr;
-    *row = found != nullptr ? found : stored_row<typename D::Pixel>(Masked, place);
+    *row = found != nullptr ? found : own_row<typename D::Pixel>(Masked, xfer);
     return kQX_NoError;
 }
 
@@ -59,12 +54,17 @@ template const LinearSteps<QX_Pixel8>& linear_steps_now();
 template const LinearSteps<QX_Pixel16>& linear_steps_now();
 template const LinearSteps<QX_PixelFloat>& linear_steps_now();
 
+template <class Pixel> QX_RowFunc<Pixel> own_row(bool masked, int xfer) {
+    const int place = modes::place_of(xfer);
+    const QX_RowFunc<Pixel> best = kernels->rows.of<Pixel>().at[masked][place];
+    return best != nullptr ? best : plain::compositing_kernels.rows.of<Pixel>().at[masked][place];
+}
+
 template <class Pixel> QX_RowFunc<Pixel> one_pass_row(const QX_BlendModeDescriptor<Pixel>& d, bool masked) {
     const QX_RowFunc<Pixel> row = kernels->one_pass.of<Pixel>().at[masked][modes::place_of(d.mode.xfer)];
     if (row == nullptr || d.mode.opacity == 0 || d.mode.opacity > DepthOf<Pixel>::full) return nullptr;
-    const auto own_row = [&](int xfer) { return stored_row<Pixel>(masked, modes::place_of(xfer)); };
-    if (d.row != own_row(d.mode.xfer)) return nullptr;
-    if (d.pre_post == 0) return d.behind_row == own_row(xfer_behind) ? row : nullptr;
+    if (d.row != own_row<Pixel>(masked, d.mode.xfer)) return nullptr;
+    if (d.pre_post == 0) return d.behind_row == own_row<Pixel>(masked, xfer_behind) ? row : nullptr;
     const FilterSet<Pixel>& own = kernels->filters.of<Pixel>();
     const auto is_own = [&](QX_FilterFunc<Pixel> filter) {
         return std::find(std::begin(own.filter), std::end(own.filter), filter) != std::end(own.filter);

@@ -95,14 +95,6 @@ template <class P, int Count, class Pixel> QX_INLINE void copy_stretch(const Pix
     }
 }
 
-/// A source under a mask. A float that is no number stays one where nothing covers it.
-template <class Pixel> QX_INLINE Stretch covered(Stretch source, Stretch coverage) {
-    constexpr bool is_float = std::is_same_v<Pixel, QX_PixelFloat>;
-    if (coverage == Stretch::opaque) return source;
-    if (is_float && (source == Stretch::mixed || coverage == Stretch::mixed)) return Stretch::mixed;
-    return source == Stretch::clear || coverage == Stretch::clear ? Stretch::clear : Stretch::mixed;
-}
-
 /// Layers are mostly long runs of clear and of opaque pixels: whole stretches of these are passed over or copied.
 template <class M, class D, bool Masked, class Pixel>
 QX_INLINE void blend_stretches(std::int32_t count, const QX_BlendingMode<Pixel>& mode, const Pixel* src,
@@ -112,7 +104,8 @@ QX_INLINE void blend_stretches(std::int32_t count, const QX_BlendingMode<Pixel>&
     for (std::int32_t i = 0; i < count; i += step) {
         Stretch kind = i + step <= count ? look_ahead<kRegister>(src + i) : Stretch::mixed;
         const Pixel* const coverage = Masked ? mask + i : nullptr;
-        if (Masked && i + step <= count) kind = covered<Pixel>(kind, look_ahead<kRegister>(coverage));
+        if (Masked && i + step <= count)
+            kind = covered<sizeof(Pixel) == sizeof(QX_PixelFloat)>(kind, look_ahead<kRegister>(coverage));
         ahead.next(i, step, kind == Stretch::mixed, src, Masked ? mask : nullptr, dst);
         if (kind == Stretch::clear) continue;
         if (kind == Stretch::opaque && mode.opacity == D::full) {

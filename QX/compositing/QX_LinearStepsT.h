@@ -94,24 +94,13 @@ void from_linear_row(std::int32_t count, const QX_LinearBlendingTables& tables,
     }
 }
 
-/// One channel both ways.
-template <class D, class V> QX_INLINE V channel_through(const QX_LinearBlendingTables& tables, V c) {
-    if constexpr (D::number == 32) {
-        return power(power(c, tables.to_linear_gamma), tables.from_linear_gamma);
-    } else {
-        const V linear = D::number == 8 ? neighbours_at(&tables, 2 * c).first : linear_lanes16(tables, c);
-        const V encoded = encoded_lanes16(tables, linear);
-        return D::number == 8 ? narrowed_16_to_8(encoded) : encoded;
-    }
-}
-
 inline void make_code_map(const QX_LinearBlendingTables& tables, CodeMap& map) {
     using V = Wide<std::int32_t>;
     constexpr int size = lanes_in<V>;
     for (int code = 0; code < 256; code += size) {
-        const V made = channel_through<Depth8>(tables, lane_numbers<V>() + code);
+        const V linear = neighbours_at(&tables, 2 * (lane_numbers<V>() + code)).first;
         std::int32_t codes[size];
-        store_lanes(codes, made);
+        store_lanes(codes, narrowed_16_to_8(encoded_lanes16(tables, linear)));
         for (int i = 0; i < size; ++i) map[code + i] = static_cast<std::uint16_t>(codes[i]);
     }
 }
@@ -133,13 +122,13 @@ void row_through_linear(std::int32_t count, const QX_LinearBlendingTables& table
         for_bundles<P>(count, src, dst, [&](const Pixel* from, Pixel* to) QX_LAMBDA {
             store_pixels(to, encoded_colours(tables, linear_colours(tables, table, load_pixels<P>(from))));
         });
+    } else if constexpr (D::number == 32) {  // powers of powers would wait for each other
+        to_linear_row<D>(count, tables, src, dst);
+        from_linear_row<D>(count, tables, dst, dst);
     } else {
-        const auto channel = [&](auto c) QX_LAMBDA {
-            if constexpr (D::number == 8) return static_cast<std::uint8_t>(map[c]);
-            if constexpr (D::number == 32) return channel_through<D>(tables, c);
-        };
+        const auto code = [&](std::uint8_t c) QX_LAMBDA { return static_cast<std::uint8_t>(map[c]); };
         for (std::int32_t i = 0; i < count; ++i) {
-            dst[i] = {src[i].alpha, channel(src[i].red), channel(src[i].green), channel(src[i].blue)};
+            dst[i] = {src[i].alpha, code(src[i].red), code(src[i].green), code(src[i].blue)};
         }
     }
 }

@@ -52,7 +52,7 @@ public:
         if (kind == Stretch::mixed) return {length, false};
         if (D::number == 8 && !has_map_) steps_.map(tables_, map_);
         has_map_ = true;
-        steps_.through(length, tables_, map_, kind == Stretch::clear ? dst : src, dst);
+        steps_.through(length, tables_, map_, kind, kind == Stretch::clear ? dst : src, dst);
         return {length, true};
     }
 

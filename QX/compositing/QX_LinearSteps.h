@@ -20,8 +20,9 @@ template <class Pixel> struct LinearSteps {
     void (*to)(std::int32_t count, const QX_LinearBlendingTables& tables, const Pixel* src, Linear* dst);
     void (*from)(std::int32_t count, const QX_LinearBlendingTables& tables, const Linear* src, Pixel* dst);
     /// Both ways at once, with nothing blended between; the row may be its own source. 8 bits take what `map` made.
-    void (*through)(std::int32_t count, const QX_LinearBlendingTables& tables, const CodeMap& map, const Pixel* src,
-                    Pixel* dst);
+    /// Opaque alphas are stored as a blend stores them, limited; others stay as they are.
+    void (*through)(std::int32_t count, const QX_LinearBlendingTables& tables, const CodeMap& map, Stretch kind,
+                    const Pixel* src, Pixel* dst);
     void (*map)(const QX_LinearBlendingTables& tables, CodeMap& map);
     /// How far the row goes on as it begins, and of which kind that is.
     /// @param most_mixed  where a mixed stretch ends

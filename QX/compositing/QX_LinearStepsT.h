@@ -106,8 +106,8 @@ inline void make_code_map(const QX_LinearBlendingTables& tables, CodeMap& map) {
 }
 
 template <class D, class Pixel = typename D::Pixel>
-void row_through_linear(std::int32_t count, const QX_LinearBlendingTables& tables, const CodeMap& map, const Pixel* src,
-                        Pixel* dst) {
+void row_through_linear(std::int32_t count, const QX_LinearBlendingTables& tables, const CodeMap& map, Stretch kind,
+                        const Pixel* src, Pixel* dst) {
     if constexpr (D::number == 8 && kHoldsTable) {
         const LinearTable table(map);
         using P = Colours<D, kRegister>;
@@ -120,7 +120,9 @@ void row_through_linear(std::int32_t count, const QX_LinearBlendingTables& table
         const LinearTable table(tables.to_linear);
         using P = Colours16;
         for_bundles<P>(count, src, dst, [&](const Pixel* from, Pixel* to) QX_LAMBDA {
-            store_pixels(to, encoded_colours(tables, linear_colours(tables, table, load_pixels<P>(from))));
+            P p = load_pixels<P, Channels::as_stored>(from);
+            if (kind == Stretch::opaque) p.a = limited16(p.a);
+            store_pixels(to, encoded_colours(tables, linear_colours(tables, table, p)));
         });
     } else if constexpr (D::number == 32) {  // powers of powers would wait for each other
         to_linear_row<D>(count, tables, src, dst);

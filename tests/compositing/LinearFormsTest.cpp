@@ -51,10 +51,16 @@ template <class Pixel> void expect_passed(const QX_LinearBlendingTables& tables)
     };
     linear_row_of<Pixel>(xfer_over, 1, tables, codes, nullptr, (dst = clear).data());
     expect("graded over nothing");
-    linear_row_of<Pixel>(xfer_multiply, 1, tables, clear, nullptr, (dst = codes).data());
-    expect("under a clear source");
-    for (auto* row : {&codes, &expected}) {
-        for (Pixel& p : *row) p.alpha = full;
+    if constexpr (full == 32768) {  // beyond the scale: kept where nothing is drawn
+        for (std::size_t i = 0; i < codes.size(); i += 3) codes[i].alpha = expected[i].alpha = 40000;
+    }
+    for (const int xfer : {xfer_multiply, xfer_over}) {
+        linear_row_of<Pixel>(xfer, 1, tables, clear, nullptr, (dst = codes).data());
+        expect("under a clear source");
+    }
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+        expected[i].alpha = full;
+        codes[i].alpha = full == 32768 && i % 3 == 0 ? 40000 : full;
     }
     linear_row_of<Pixel>(xfer_over, 1, tables, codes, nullptr, dst.data());
     expect("opaque");

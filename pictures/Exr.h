@@ -65,12 +65,10 @@ public:
     Pixel* first() const { return pixels_.get(); }
     std::size_t columns() const { return columns_; }
     Pixel* row(int y) const { return first() + static_cast<std::size_t>(y - top_) * columns_; }
-    /// The channel of all pixels that `channel` is of the first. What lies at (0, 0) may be far from here.
+    /// The channel of all pixels that `channel` is of the first.
     template <class Channel> Imf::Slice slice(Imf::PixelType type, Channel* channel, double fill) const {
-        const std::size_t row = columns_ * sizeof(Pixel);
-        const auto left = static_cast<std::uintptr_t>(left_), top = static_cast<std::uintptr_t>(top_);
-        const std::uintptr_t origin = reinterpret_cast<std::uintptr_t>(channel) - left * sizeof(Pixel) - top * row;
-        return {type, reinterpret_cast<char*>(origin), sizeof(Pixel), row, 1, 1, fill};
+        return Imf::Slice::Make(type, channel, Imath::V2i(left_, top_), static_cast<std::int64_t>(columns_), rows_,
+                                sizeof(Pixel), columns_ * sizeof(Pixel), 1, 1, fill);
     }
 
 private:

@@ -235,10 +235,14 @@ std::string contents(const std::string& path) {
 }
 
 /// Takes a value apart from its leaves on: the library takes memory to end what holds others, where it may not throw.
-void take_apart(nlohmann::json& value) {
-    if (!value.is_structured()) return;
-    for (auto& part : value) take_apart(part);
-    value.clear();
+void take_apart(nlohmann::json& value) noexcept {
+    if (auto* const list = value.get_ptr<nlohmann::json::array_t*>()) {
+        for (auto& part : *list) take_apart(part);
+        list->clear();
+    } else if (auto* const object = value.get_ptr<nlohmann::json::object_t*>()) {
+        for (auto& [name, part] : *object) take_apart(part);
+        object->clear();
+    }
 }
 
 struct Tree {

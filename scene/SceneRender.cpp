@@ -37,7 +37,7 @@ void SceneRender::note_once(const std::string& key, const std::string& note) {
 
 /// Of a sequence, each is told of the first picture that it holds for, and once however many layers show it.
 void SceneRender::note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes) {
-    for (const auto& note : notes) note_once(file.at(0) + note, path + ": " + note);
+    for (const auto& note : notes) note_once(file.at(0) + note, std::string(path).append(": ").append(note));
 }
 
 SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_PixelFloat* matte,

@@ -10,10 +10,13 @@ namespace qx::pictures {
 /// one line wherever it is shown.
 std::string one_line(std::string text);
 
+/// What is said of a file.
+inline std::string about(const std::string& file, const std::string& words) { return file + ": " + words; }
+
 /// A file could not be read or written. The text names it, in one line: "FILE: plain words".
 class Failure : public std::runtime_error {
 public:
-    Failure(const std::string& file, const std::string& words) : std::runtime_error(one_line(file + ": " + words)) {}
+    Failure(const std::string& file, const std::string& words) : std::runtime_error(one_line(about(file, words))) {}
 };
 
 }  // namespace qx::pictures

@@ -22,7 +22,8 @@ int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
 
 SceneRender::SceneRender(const Scene& scene, Notes notes) : scene_(scene), notes_(std::move(notes)) {
     for (const SceneLayer& layer : scene.layers) {
-        if (layer.mode == xfer_dissolve && scene.depth == 32) note_once("", scene.file + ": " + kDissolveIsIdle);
+        if (layer.mode == xfer_dissolve && scene.depth == 32)
+            note_once("", pictures::about(scene.file, kDissolveIsIdle));
         auto& tables = tables_.emplace_back();
         if (layer.gamma <= 0) continue;
         tables = std::make_unique<QX_LinearBlendingTables>();
@@ -37,7 +38,7 @@ void SceneRender::note_once(const std::string& key, const std::string& note) {
 
 /// Of a sequence, each is told of the first picture that it holds for, and once however many layers show it.
 void SceneRender::note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes) {
-    for (const auto& note : notes) note_once(file.at(0) + note, std::string(path).append(": ").append(note));
+    for (const auto& note : notes) note_once(file.at(0) + note, pictures::about(path, note));
 }
 
 SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_PixelFloat* matte,
@@ -79,7 +80,7 @@ SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& p
     auto picture = std::make_shared<pictures::Picture>(pictures::read_picture(path, watch));
     note_losses(file, path, picture->notes);
     note_losses(file, path, pictures::lost_at_depth(*picture, scene_.depth));
-    if (matte != nullptr) must(unmultiply(*picture->world, *matte), scene_.file + ": " + file.place);
+    if (matte != nullptr) must(unmultiply(*picture->world, *matte), pictures::about(scene_.file, file.place));
     pictures::bring_to_depth(path, *picture, scene_.depth);
     if (scene_.background && &file == &*scene_.background) return picture;
     note_losses(file, path, pictures::lost_beside(*picture));
@@ -154,7 +155,7 @@ void SceneRender::composite_layer(std::size_t index, int number, pictures::Pictu
     }
     transfer.matrices = layer.matrices(number);
     transfer.quality = layer.quality;
-    must(composite(transfer, *onto.world, watch), scene_.file + ": " + layer.place);
+    must(composite(transfer, *onto.world, watch), pictures::about(scene_.file, layer.place));
 }
 
 pictures::Picture SceneRender::frame(int number, pictures::Watch& watch) {

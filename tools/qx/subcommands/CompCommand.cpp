@@ -35,7 +35,7 @@ struct Inputs {
 
 /// Behind the file's name; a file that is named twice has the same ones.
 void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std::string>& notes) {
-    for (const auto& note : notes) once.say({{file + note, file + ": " + note}});
+    for (const auto& note : notes) once.say({{file + note, pictures::about(file, note)}});
 }
 
 void tell(NotesOnce& once, const std::string& file, const pictures::Picture& picture) {
@@ -138,7 +138,7 @@ scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& la
 void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background,
                      pictures::Watch& watch) {
     if (options.mode == xfer_dissolve && background.Depth() == 32) {
-        say_note(options.file + ": " + scene::kDissolveIsIdle);
+        say_note(pictures::about(options.file, scene::kDissolveIsIdle));
     }
     std::unique_ptr<QX_LinearBlendingTables> tables;
     if (options.gamma > 0) {

@@ -89,7 +89,7 @@ std::vector<Note> losses(const Job& job, int number, const std::string& name, co
     std::vector<Note> notes;
     if (mixed) notes.push_back({pictures::kLightIsMixed, pictures::kLightIsMixed});
     for (const auto& note : pictures::left_out(name, frame, job.scene.depth, job.options.encoding.write_options())) {
-        notes.push_back({note, subject + ": " + note});
+        notes.push_back({note, pictures::about(subject, note)});
     }
     return notes;
 }
@@ -165,10 +165,11 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
                                     "frame " + std::to_string(number) + " has another size than the first");
         }
         const std::shared_ptr<const QX_World> shown = opaque(options.output, *frame.world, frame_watch);
-        std::vector<Note> notes;
         auto lost = pictures::lost_at_depth(frame, 8);
         for (const auto& note : pictures::lost_beside(frame)) lost.push_back(note);
-        for (const auto& note : lost) notes.push_back({note, scene.file + ": " + note});
+        std::vector<Note> notes;
+        notes.reserve(lost.size());
+        for (const auto& note : lost) notes.push_back({note, pictures::about(scene.file, note)});
         return [&, number, shown, notes] {
             watch.must_go_on();
             once.say(notes);

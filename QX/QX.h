@@ -21,6 +21,7 @@
 #include "QX/iterate/QX_Bands.h"
 #include "QX/iterate/QX_Iterate.h"
 #include "QX/library/QX_Library.h"
+#include "QX/pixelops/QX_ColourModels.h"
 #include "QX/pixelops/QX_Fill.h"
 #include "QX/pixelops/QX_ImagePlanes.h"
 #include "QX/pixelops/QX_Noise.h"

@@ -23,6 +23,7 @@
 #include "QX/library/QX_Library.h"
 #include "QX/pixelops/QX_ColourModels.h"
 #include "QX/pixelops/QX_Fill.h"
+#include "QX/pixelops/QX_GuessAlpha.h"
 #include "QX/pixelops/QX_ImagePlanes.h"
 #include "QX/pixelops/QX_Noise.h"
 #include "QX/pixelops/QX_Premul.h"

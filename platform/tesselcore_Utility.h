@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/Platform_Export.h"
@@ -14,3 +15,6 @@ PLATFORM_EXPORT std::wstring NumberToString(int number);
 PLATFORM_EXPORT std::wstring NumberToString(double number, int digits_behind_point);
 
 }  // namespace tesselcore::utility
+
+/// A number between the processor's order of bytes and the order that begins with the highest one.
+PLATFORM_EXPORT std::uint32_t TK_LongSwap(std::uint32_t number);

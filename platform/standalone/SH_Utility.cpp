@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Small services: texts of numbers, which no locale changes, and the block copy.
+// Small services: texts of numbers, which no locale changes, the order of bytes and the block copy.
 #include <charconv>
 #include <cstring>
 
@@ -25,6 +25,8 @@ std::wstring NumberToString(double number, int digits_behind_point) {
 }
 
 }  // namespace tesselcore::utility
+
+std::uint32_t TK_LongSwap(std::uint32_t number) { return __builtin_bswap32(number); }
 
 void IK_CopyMemory(const void* from, void* to, std::size_t bytes) {
     if (bytes > 0) std::memmove(to, from, bytes);

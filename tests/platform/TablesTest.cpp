@@ -2,6 +2,7 @@
 #include "platform/IK_CopyMemory.h"
 #include "platform/M_Tables.h"
 #include "platform/TK_CPU.h"
+#include "platform/tesselcore_Utility.h"
 #include "platform/tesselmediatypes.h"
 #include "tests/support/Test.h"
 
@@ -114,6 +115,14 @@ TEST(Frames, BytesOfAPixelFollowFromTheProperties) {
     }
     EXPECT_EQ(tesselmediatypes::PixelFormatSize(GK::kPixelFormat_GPU_BGRA_4444_32f, 30000, 30000), 14400000000u);
     EXPECT_EQ(tesselmediatypes::PixelFormatSize(GK::kPixelFormat_GPU_BGRA_4444_32f, -1, 5), 0u);
+}
+
+TEST(LongSwap, BeginsWithTheHighestByte) {
+    const std::uint8_t bytes[] = {0x12, 0x34, 0x56, 0x78};
+    std::uint32_t number = 0;
+    std::memcpy(&number, bytes, sizeof number);
+    EXPECT_EQ(TK_LongSwap(number), 0x12345678u);
+    EXPECT_EQ(TK_LongSwap(0x12345678u), number);
 }
 
 TEST(CopyMemory, MayOverlap) {

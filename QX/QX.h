@@ -5,6 +5,7 @@
 #include "QX/compositing/QX_CompositeMode.h"
 #include "QX/compositing/QX_LinearBlendingTables.h"
 #include "QX/compositing/QX_Rows.h"
+#include "QX/compositing/QX_TrackMatte.h"
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/compositing/QX_XferTables.h"
 #include "QX/drawing/QX_DebugPrint.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 /// Everything that the module QX exports.
+#include "QX/compositing/QX_Blend.h"
 #include "QX/compositing/QX_CompositeMode.h"
 #include "QX/compositing/QX_LinearBlendingTables.h"
 #include "QX/compositing/QX_Rows.h"

@@ -121,7 +121,9 @@ template <class V> QX_INLINE constexpr bool all_equal(V v, NumberOf<V> x) {
 /// not fit. Callers that need fewer bits keep the low ones.
 QX_INLINE std::int32_t truncate_to_int(float x) { return _mm_cvttss_si32(_mm_set_ss(x)); }
 QX_INLINE std::int32_t truncate_to_int(double x) { return _mm_cvttsd_si32(_mm_set_sd(x)); }
-/// The same lane by lane.
+/// The same to 64 bits.
+QX_INLINE std::int64_t truncate_to_int64(float x) { return _mm_cvttss_si64(_mm_set_ss(x)); }
+/// To 32 bits lane by lane.
 template <class F>
 requires is_wide<F> QX_INLINE auto truncate_to_int(F x) {
     using V = Vector<std::int32_t, sizeof(F)>;

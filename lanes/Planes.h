@@ -34,6 +34,14 @@ template <class V, class F> QX_INLINE Pairs<V> with_colours(V alpha, const Pairs
     return {alpha, insert_alpha(f(s.ag, t.ag), alpha), f(s.rb, t.rb)};
 }
 
+/// A pixel of f(channel of s, channel of t), alpha as the colours.
+template <class V, class F> QX_INLINE Planes<V> with_channels(const Planes<V>& s, const Planes<V>& t, const F& f) {
+    return {f(s.a, t.a), f(s.r, t.r), f(s.g, t.g), f(s.b, t.b)};
+}
+template <class V, class F> QX_INLINE Pairs<V> with_channels(const Pairs<V>& s, const Pairs<V>& t, const F& f) {
+    return {f(s.a, t.a), f(s.ag, t.ag), f(s.rb, t.rb)};
+}
+
 /// The same pixel with another alpha.
 template <class V> QX_INLINE Planes<V> with_alpha(V alpha, const Planes<V>& p) { return {alpha, p.r, p.g, p.b}; }
 template <class V> QX_INLINE Pairs<V> with_alpha(V alpha, const Pairs<V>& p) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/compositing/QX_CompositingSlots.h"
 
+#include "QX/compositing/QX_BlendKernels.h"
 #include "QX/compositing/QX_RowDriver.h"
 #include "QX/compositing/QX_RowLookup.h"
 #include "QX/compositing/QX_TransferRect.h"
@@ -29,6 +30,7 @@ void fill_compositing_slots(Level level) {
     set_slot<Slot::TransferRect>(&QX_TransferRect_S);
     set_slot<Slot::TransferRectPlus>(&QX_TransferRectPlus);
     choose_compositing_kernels(level);
+    choose_blend_kernels(level);
     for_each_pixel_type([=]<class Pixel>() {
         fill_lookups<Pixel>();
         fill_filters(compositing_kernels_of(level).filters.of<Pixel>());

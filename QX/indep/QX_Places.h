@@ -15,6 +15,7 @@ namespace qx {
     X(paint_spot, 9)           \
     X(birth, 10)               \
     X(empty_slot, 11)          \
+    X(blend, 12)               \
     X(missing_pixels, 13)      \
     X(iterate, 14)             \
     X(world_depth, 20)         \

@@ -4,6 +4,7 @@
 /// Everything that the module QX exports.
 #include "QX/compositing/QX_Blend.h"
 #include "QX/compositing/QX_CompositeMode.h"
+#include "QX/compositing/QX_CompositeRect.h"
 #include "QX/compositing/QX_LinearBlendingTables.h"
 #include "QX/compositing/QX_Rows.h"
 #include "QX/compositing/QX_TrackMatte.h"

@@ -2,6 +2,7 @@
 #include "QX/compositing/QX_CompositingSlots.h"
 
 #include "QX/compositing/QX_BlendKernels.h"
+#include "QX/compositing/QX_CompositeRect.h"
 #include "QX/compositing/QX_RowDriver.h"
 #include "QX/compositing/QX_RowLookup.h"
 #include "QX/compositing/QX_TransferRect.h"
@@ -27,6 +28,10 @@ template <class Pixel> void fill_filters(const FilterSet<Pixel>& set) {
 }  // namespace
 
 void fill_compositing_slots(Level level) {
+    set_slot<Slot::CompositeRectDraft>(&QX_CompositeRectDraft_Straight);
+    set_slot<Slot::CompositeRectDraftPremul>(&QX_CompositeRectDraft_Premul);
+    set_slot<Slot::CompositeRectBest>(&QX_CompositeRectBest_Straight);
+    set_slot<Slot::CompositeRectBestPremul>(&QX_CompositeRectBest_Premul);
     set_slot<Slot::TransferRect>(&QX_TransferRect_S);
     set_slot<Slot::TransferRectPlus>(&QX_TransferRectPlus);
     choose_compositing_kernels(level);

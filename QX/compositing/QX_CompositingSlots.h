@@ -5,7 +5,8 @@
 
 namespace qx {
 
-/// Fills the slots of this family: transfers, filters, alpha merges, row lookups and row drivers.
+/// Fills the slots of this family: rectangles behind others, transfers, filters, alpha merges, row lookups and row
+/// drivers.
 void fill_compositing_slots(Level level);
 
 }  // namespace qx

@@ -45,6 +45,7 @@ namespace qx {
     X(premul, 80)              \
     X(premul_colour, 81)       \
     X(iterate_origin, 82)      \
+    X(composite_rect, 83)      \
     X(iterate_bands, 85)       \
     X(transform_bands, 86)     \
     X(depth_convert, 90)       \

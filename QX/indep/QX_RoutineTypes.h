@@ -87,6 +87,9 @@ using CopyBitsFn = int(const QX_ProgressInfo*, QX_LayerDef* src, QX_LayerDef* ds
 using TransferRectFn = int(const QX_ProgressInfo*, int quality, int flags, int field, const M_LRect* src_rect,
                            QX_LayerDef* src, const QX_CompositeModePlus* mode, const QX_LinearBlendingTables* tables,
                            const QX_MaskWorld* mask, int dest_x, int dest_y, QX_LayerDef* dst);
+using CompositeRectFn = int(const QX_ProgressInfo*, const M_LRect* rect, std::uint8_t opacity, const QX_LayerDef* src,
+                            std::int32_t x, std::int32_t y, std::int32_t field, std::int32_t reserved,
+                            QX_LayerDef* dst);
 using TransferRectPlusFn = int(const QX_ProgressInfo*, int quality, int flags, int field, const M_LRect* src_rect,
                                QX_LayerDef* src, const QX_CompositeModePlus* mode,
                                const QX_LinearBlendingTables* tables, const QX_MaskWorld* mask,

@@ -32,10 +32,10 @@ using NoRoutine = void();
     X(4, SubpixelSamplePremul, PointSamplerFn<QX_Pixel8>)      \
     X(5, AreaSample, PointSamplerFn<QX_Pixel8>)                \
     X(6, AreaSamplePremul, PointSamplerFn<QX_Pixel8>)          \
-    X(7, CompositeRectDraft, RoutineToCome)                    \
-    X(8, CompositeRectDraftPremul, RoutineToCome)              \
-    X(9, CompositeRectBest, RoutineToCome)                     \
-    X(10, CompositeRectBestPremul, RoutineToCome)              \
+    X(7, CompositeRectDraft, CompositeRectFn)                  \
+    X(8, CompositeRectDraftPremul, CompositeRectFn)            \
+    X(9, CompositeRectBest, CompositeRectFn)                   \
+    X(10, CompositeRectBestPremul, CompositeRectFn)            \
     X(11, None11, NoRoutine)                                   \
     X(12, None12, NoRoutine)                                   \
     X(13, None13, NoRoutine)                                   \

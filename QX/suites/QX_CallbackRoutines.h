@@ -31,6 +31,8 @@ inline constexpr int kAnsiCount = 20;
 /// The mathematics and text functions in the order of the block; the last one is null.
 void* const* ansi_block();
 
+inline constexpr int kColourModels = 8;
+
 /// The routines that stand in the block or behind a selector but in no slot, in the order of their private table.
 /// Those whose family is still to come are null there.
 enum class Private : signed char {
@@ -63,8 +65,8 @@ enum class Private : signed char {
     dispose_handle,
     get_handle_size,
     resize_handle,
-    colour_straight,                     ///< the first of eight
-    colour_premul = colour_straight + 8  ///< the first of eight
+    colour_straight,  ///< the first of kColourModels, as the next is
+    colour_premul = colour_straight + kColourModels
 };
 
 /// Address of a routine; null for one still to come.

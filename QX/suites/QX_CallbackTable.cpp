@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include "QX/compositing/QX_Blend.h"
 #include "QX/drawing/QX_Drawing.h"
 #include "QX/indep/QX_Slots.h"
+#include "QX/pixelops/QX_ColourModels.h"
 #include "QX/pixelops/QX_Fill.h"
 #include "QX/pixelops/QX_ImagePlanes.h"
 #include "QX/pixelops/QX_Premul.h"
@@ -32,6 +34,18 @@ struct AnsiBlock {
     };
 };
 
+/// The colour models in the order of the block, straight and premultiplied.
+#define QX_COLOUR_MODELS(Form)                                                                    \
+    {                                                                                             \
+        address(&QX_RGBtoHLS_##Form), address(&QX_HLStoRGB_##Form), address(&QX_RGBtoYIQ_##Form), \
+            address(&QX_YIQtoRGB_##Form), address(&QX_Luminance_##Form), address(&QX_Hue_##Form), \
+            address(&QX_Lightness_##Form), address(&QX_Saturation_##Form)                         \
+    }
+void* colour_model(int i) {
+    void* const models[2][kColourModels] = {QX_COLOUR_MODELS(Straight), QX_COLOUR_MODELS(Premul)};
+    return models[i / kColourModels][i % kColourModels];
+}
+
 }  // namespace
 
 void* const* ansi_block() {
@@ -40,6 +54,9 @@ void* const* ansi_block() {
 }
 
 void* private_routine(Private routine) {
+    if (routine >= Private::colour_straight) {
+        return colour_model(static_cast<int>(routine) - static_cast<int>(Private::colour_straight));
+    }
     switch (routine) {
         case Private::batch_sample:
             return address(&batch_sample_stub);
@@ -67,6 +84,10 @@ void* private_routine(Private routine) {
             return address(&QX_PremulColor);
         case Private::premultiply_color16:
             return address(&QX_PremulColor16);
+        case Private::blend_straight:
+            return address(&QX_Blend_Straight);
+        case Private::blend_premul:
+            return address(&QX_Blend_Premul);
         case Private::insert_planes:
             return address(&QX_InsertPlanes);
         case Private::extract_planes:

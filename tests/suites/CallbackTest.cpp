@@ -48,7 +48,6 @@ TEST(CallbackBlock, AllFieldsAreFilledButThoseOfRoutinesToComeAndOfNone) {
                                    kQX_CB_reserved1,
                                    kQX_CB_reserved2,
                                    kQX_CB_ansi + 19,
-                                   kQX_CB_blend,
                                    kQX_CB_convolve,
                                    kQX_CB_gaussian_kernel,
                                    kQX_CB_host_new_handle,
@@ -62,8 +61,7 @@ TEST(CallbackBlock, AllFieldsAreFilledButThoseOfRoutinesToComeAndOfNone) {
         for (int i = 0; i < 69; ++i) {
             const bool no_premul16 =
                 quality == kBest && flags == kPremul && (i == kQX_CB_subpixel_sample16 || i == kQX_CB_area_sample16);
-            const bool colour = i >= kQX_CB_colorCB && i < kQX_CB_colorCB + 8;
-            EXPECT_EQ(block.fields[i] == nullptr, missing.count(i) != 0 || colour || no_premul16) << "field " << i;
+            EXPECT_EQ(block.fields[i] == nullptr, missing.count(i) != 0 || no_premul16) << "field " << i;
         }
     }
 }
@@ -149,6 +147,36 @@ TEST(CallbackBlock, RoutinesOfItsOwn) {
     EXPECT_EQ(block.fields[kQX_CB_fill], reinterpret_cast<void*>(&QX_Fill));
     EXPECT_EQ(block.fields[kQX_CB_fill16], reinterpret_cast<void*>(&QX_Fill16));
     EXPECT_EQ(block.fields[kQX_CB_app], reinterpret_cast<void*>(&QX_AppCallback));
+}
+
+/// Columns: field, selector, and the routines of straight and of premultiplied pixels
+template <class Routine> void* at(Routine* routine) { return reinterpret_cast<void*>(routine); }
+const Cases<int, int, void*, void*> kByAlpha = {
+    {6, 7, at(&QX_Blend_Straight), at(&QX_Blend_Premul)},
+    {46, 15, at(&QX_RGBtoHLS_Straight), at(&QX_RGBtoHLS_Premul)},
+    {47, 16, at(&QX_HLStoRGB_Straight), at(&QX_HLStoRGB_Premul)},
+    {48, 17, at(&QX_RGBtoYIQ_Straight), at(&QX_RGBtoYIQ_Premul)},
+    {49, 18, at(&QX_YIQtoRGB_Straight), at(&QX_YIQtoRGB_Premul)},
+    {50, 19, at(&QX_Luminance_Straight), at(&QX_Luminance_Premul)},
+    {51, 20, at(&QX_Hue_Straight), at(&QX_Hue_Premul)},
+    {52, 21, at(&QX_Lightness_Straight), at(&QX_Lightness_Premul)},
+    {53, 22, at(&QX_Saturation_Straight), at(&QX_Saturation_Premul)},
+};
+
+TEST(CallbackBlock, BlendsAndColourModelsGoByAlphaAlone) {
+    const Born born;
+    for (const auto& [index, selector, straight, premul] : kByAlpha) {
+        for (const auto& [quality, flags] : each(std::array{kDraft, kBest}, std::array{kStraight, kPremul})) {
+            void *const wanted = flags == kStraight ? straight : premul, *out = nullptr;
+            EXPECT_EQ(block_of(quality, flags).fields[index], wanted) << index;
+            EXPECT_EQ(QX_GetCallbackAddr(nullptr, quality, flags, selector, &out), 0);
+            EXPECT_EQ(out, wanted) << selector;
+        }
+    }
+    EXPECT_EQ(block_of(kBest, kStraight).fields[5], at(&QX_CompositeRectBest_Straight)) << "by quality too";
+    EXPECT_EQ(block_of(kBest, kPremul).fields[5], at(&QX_CompositeRectBest_Premul));
+    EXPECT_EQ(block_of(kDraft, kStraight).fields[5], at(&QX_CompositeRectDraft_Straight));
+    EXPECT_EQ(block_of(kDraft, kPremul).fields[5], at(&QX_CompositeRectDraft_Premul));
 }
 
 TEST(CallbackBlock, Mathematics) {

@@ -13,6 +13,7 @@
 #include "QX/drawing/QX_DebugPrint.h"
 #include "QX/drawing/QX_Drawing.h"
 #include "QX/drawing/QX_SpecialCasePixelBlit.h"
+#include "QX/filters/QX_Convolve.h"
 #include "QX/geometry/QX_CopyBits.h"
 #include "QX/geometry/QX_TransformWorld.h"
 #include "QX/indep/QX_ColourTables.h"

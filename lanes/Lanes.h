@@ -5,6 +5,9 @@
 #ifdef __SSSE3__
 #include <tmmintrin.h>
 #endif
+#ifdef __SSE4_1__
+#include <smmintrin.h>
+#endif
 #ifdef __AVX2__
 #include <immintrin.h>
 #endif

@@ -24,6 +24,32 @@ template <class V, class T> QX_INLINE V load_lanes(const T* from) {
 }
 template <class V, class T> QX_INLINE void store_lanes(T* to, V v) { __builtin_memcpy(to, &v, sizeof v); }
 
+/// Channels of type T side by side in memory, in lanes of four bytes.
+template <class V, class T> QX_INLINE V load_channels(const void* from) {
+    constexpr std::size_t bytes = lanes_in<V> * sizeof(T);
+    if constexpr (sizeof(T) == 4) {
+        return load_lanes<V>(from);
+#ifdef __SSE4_1__
+    } else if constexpr (bytes == 32) {
+        return (V)_mm512_cvtepu16_epi32(load_lanes<Vector<long long, bytes>>(from));
+    } else {
+        const auto packed = [from]() QX_LAMBDA {
+            if constexpr (bytes == 4) return _mm_cvtsi32_si128(load_lanes<int>(from));
+            if constexpr (bytes == 8) return _mm_loadl_epi64(static_cast<const __m128i*>(from));
+            if constexpr (bytes == 16) return _mm_loadu_si128(static_cast<const __m128i*>(from));
+        }();
+        if constexpr (sizeof(T) == 1) {
+            QX_RETURN_BY_WIDTH(V, sizeof(V), cvtepu8_epi32, packed)
+        } else {
+            QX_RETURN_BY_WIDTH(V, sizeof(V), cvtepu16_epi32, packed)
+        }
+#else
+    } else {
+        return __builtin_convertvector(load_lanes<Vector<T, bytes>>(from), V);
+#endif
+    }
+}
+
 /// A 16-bit channel. Larger values than full do not occur in well-formed pixels; limited, they stay harmless.
 template <class V> QX_INLINE constexpr V limited16(V c) { return lesser(c, splat<V>(32768)); }
 

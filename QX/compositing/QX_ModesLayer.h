@@ -113,11 +113,6 @@ struct AlphaAdd : Mode<22> {
     }
 };
 
-/// At float the product is kept on the scale, and what vanishes becomes 0.
-template <class V> QX_INLINE constexpr V limited_alpha(V v) {
-    return v > 1.0f ? splat<V>(1.0f) : v < 1e-16f ? splat<V>(0.0f) : v;
-}
-
 struct AlphaMultiply : AlphaOnly<AlphaMultiply, 17, Skips::none> {
     template <class D, class V> QX_LANE V alpha(V s, V d, V) { return D::mul(d, s); }
 };

@@ -153,6 +153,11 @@ struct DepthFloat {
     template <class V> QX_LANE V div_by_alpha(V x, V a) { return div(x, a); }
 };
 
+/// Float alpha kept on the scale; what vanishes becomes 0.
+template <class V> QX_INLINE constexpr V limited_alpha(V v) {
+    return v > 1.0f ? splat<V>(1.0f) : v < 1e-16f ? splat<V>(0.0f) : v;
+}
+
 /// The laws that the rounding exists for.
 static_assert(Depth8::mul(255, 77) == 77 && Depth8::mul(255, 255) == 255 && Depth8::mul(1, 1) == 0);
 static_assert(Depth16::mul(32768, 77) == 77 && Depth16::mul(32768, 32768) == 32768 && Depth16::mul(1, 1) == 0);

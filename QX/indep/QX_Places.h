@@ -54,7 +54,8 @@ namespace qx {
     X(scratch, 94)             \
     X(transfer, 95)            \
     X(transform, 96)           \
-    X(premul_bands, 97)
+    X(premul_bands, 97)        \
+    X(convolve, 110)
 
 enum class Place : int {
 #define X(name, number) name = number,

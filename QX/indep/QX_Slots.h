@@ -53,7 +53,7 @@ using NoRoutine = void();
     X(25, CopyBitsHQPremul, CopyBitsFn)                        \
     X(26, FastBlur, RoutineToCome)                             \
     X(27, FastBlurPremul, RoutineToCome)                       \
-    X(28, Convolve, RoutineToCome)                             \
+    X(28, Convolve, ConvolveFn)                                \
     X(29, None29, NoRoutine)                                   \
     X(30, None30, NoRoutine)                                   \
     X(31, TransferRect, TransferRectFn)                        \

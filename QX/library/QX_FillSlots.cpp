@@ -2,6 +2,7 @@
 #include "QX/library/QX_FillSlots.h"
 
 #include "QX/compositing/QX_CompositingSlots.h"
+#include "QX/filters/QX_FiltersSlots.h"
 #include "QX/geometry/QX_GeometrySlots.h"
 #include "QX/iterate/QX_IterateSlots.h"
 #include "QX/pixelops/QX_PixelopsSlots.h"
@@ -11,6 +12,7 @@ void qx::fill_slots(const Processor& processor) {
     fill_iterate_slots();
     fill_pixelops_slots(processor.level());
     fill_sampling_slots(processor);
+    fill_filters_slots(processor.level());
     fill_compositing_slots(processor.level());
     fill_geometry_slots();
 }

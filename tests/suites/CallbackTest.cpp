@@ -48,7 +48,6 @@ TEST(CallbackBlock, AllFieldsAreFilledButThoseOfRoutinesToComeAndOfNone) {
                                    kQX_CB_reserved1,
                                    kQX_CB_reserved2,
                                    kQX_CB_ansi + 19,
-                                   kQX_CB_convolve,
                                    kQX_CB_gaussian_kernel,
                                    kQX_CB_host_new_handle,
                                    kQX_CB_host_lock_handle,

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QX/filters/QX_FiltersSlots.h"
+
+#include "QX/filters/QX_Convolve.h"
+#include "QX/filters/QX_ConvolveKernels.h"
+#include "QX/indep/QX_Slots.h"
+
+void qx::fill_filters_slots(Level level) {
+    choose_convolve_kernels(level);
+    set_slot<Slot::Convolve>(&QX_Convolve);
+}

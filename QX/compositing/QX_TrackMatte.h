@@ -10,7 +10,8 @@
 /// @param mask_row    the mask's column 0
 /// @param offset      the column of `out_row` where the mask begins; negative where it begins to the left
 /// @param mask_width  pixels of the mask
-/// @param kind        a QX_MaskKind, of which the low two bits count. Outside of the mask inverse kinds are full, others
+/// @param kind        a QX_MaskKind, of which the low two bits count. Outside of the mask inverse kinds are full,
+/// others
 ///                    are nothing. Callers need no row for kQX_MaskAlpha, whose pixels are coverage as they stand.
 /// @param deep        not 0 for pixels of 16 bits, else of 8
 /// @param out_row     `count` pixels, whose alphas are written

@@ -44,16 +44,11 @@ protected:
 
 TEST(CallbackBlock, AllFieldsAreFilledButThoseOfRoutinesToComeAndOfNone) {
     const Born born(4);
-    const std::set<int> missing = {kQX_CB_reserved0,
-                                   kQX_CB_reserved1,
-                                   kQX_CB_reserved2,
-                                   kQX_CB_ansi + 19,
-                                   kQX_CB_gaussian_kernel,
-                                   kQX_CB_host_new_handle,
-                                   kQX_CB_host_lock_handle,
-                                   kQX_CB_host_unlock_handle,
-                                   kQX_CB_host_dispose_handle,
-                                   kQX_CB_host_get_handle_size,
+    const std::set<int> missing = {kQX_CB_reserved0,           kQX_CB_reserved1,
+                                   kQX_CB_reserved2,           kQX_CB_ansi + 19,
+                                   kQX_CB_gaussian_kernel,     kQX_CB_host_new_handle,
+                                   kQX_CB_host_lock_handle,    kQX_CB_host_unlock_handle,
+                                   kQX_CB_host_dispose_handle, kQX_CB_host_get_handle_size,
                                    kQX_CB_host_resize_handle};
     for (const auto& [quality, flags] : each(std::array{kDraft, kBest}, std::array{kStraight, kPremul})) {
         const QX_CallbackBlock block = block_of(quality, flags);

@@ -15,7 +15,7 @@ public:
         }
     }
     /// In each lane the word at the place that its low byte tells: a pair of registers answers for 64 words.
-    QX_INLINE V at(V place) const {
+    QX_INLINE V at([[maybe_unused]] V place) const {
         static_assert(sizeof(V) == 64);
 #ifdef __AVX512BW__
         const auto among = [&](int k) QX_LAMBDA {

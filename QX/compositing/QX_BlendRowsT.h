@@ -47,9 +47,9 @@ void premul_row(std::int32_t count, const Pixel* src1, const Pixel* src2, std::i
 /// Colours of lanes of 8-bit pixels by their weights, (c1 * w1 + c2 * w2 + sum / 2) / sum; nothing that is used where
 /// the first weighs nothing.
 ///
-/// The sum is below 2^24 and, where both weigh something, 2^16 or more. A float takes the quotient, to less than 1/64,
-/// and 1/32 less than it: so the estimate, truncated, is the quotient or one less, which the remainder tells. That is
-/// below 2^25, whatever wraps before.
+/// The sum is below 2^24 and, where both weigh something, at least 2^16. Floats take the quotient with an error below
+/// 1/64; 1/32 less than that, truncated, is the quotient or one less, which the remainder tells. That lies below 2^25,
+/// whatever wraps on the way.
 template <class V> struct Shares8 {
     V w1, w2, sum = w1 + w2;
     FloatLanes<V> share = to_float(w2) * (1.0f / to_float(sum));

@@ -55,7 +55,8 @@ namespace qx {
     X(transfer, 95)            \
     X(transform, 96)           \
     X(premul_bands, 97)        \
-    X(convolve, 110)
+    X(convolve, 110)           \
+    X(mask_buffer, 111)
 
 enum class Place : int {
 #define X(name, number) name = number,

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+// Mask buffers by themselves: filled, faded, inverted.
+#include <algorithm>
+
+#include "QX/indep/QX_Fixed.h"
+#include "QX/world/QX_UnoRows.h"
+#include "platform/M_Geometry.h"
+
+namespace {
+
+using namespace qx;
+
+template <class Sample> int fill(Sample value, const M_LRect* rect, int depth, QX_UnoBuffer* buffer) {
+    if (!is_live(buffer) || buffer->depth != depth) return report_damaged_mask();
+    M_LRect r{0, 0, buffer->width, buffer->height};
+    if (rect != nullptr && !M_SectLRect(*rect, r, &r)) return 0;
+    if (r.right - r.left == buffer->width) {
+        std::fill_n(samples_at<Sample>(*buffer, 0, r.top), std::int64_t{r.bottom - r.top} * buffer->width, value);
+    } else {
+        for (std::int32_t y = r.top; y < r.bottom; ++y) {
+            std::fill_n(samples_at<Sample>(*buffer, r.left, y), r.right - r.left, value);
+        }
+    }
+    return 0;
+}
+
+/// Each sample of a row becomes what `change` makes of it, its low bits.
+template <class D, class Change> void change_row(const QX_UnoBuffer& buffer, std::int32_t y, const Change& change) {
+    using Sample = typename D::Channel;
+    Sample* const row = samples_at<Sample>(buffer, 0, y);
+    for (std::int32_t x = 0; x < buffer.width; ++x) {
+        row[x] = static_cast<Sample>(change(typename D::Lane{row[x]}));
+    }
+}
+
+}  // namespace
+
+int QX_FillUnoBuffer(std::uint8_t value, const M_LRect* rect, QX_UnoBuffer* buffer) {
+    return fill(value, rect, 8, buffer);
+}
+int QX_FillDeepUnoBuffer(std::uint16_t value, const M_LRect* rect, QX_UnoBuffer* buffer) {
+    return fill(value, rect, 16, buffer);
+}
+int QX_FillFloatUnoBuffer(float value, QX_UnoBuffer* buffer) { return fill(value, nullptr, 32, buffer); }
+
+int QX_FadeUnoBuffer(const QX_ProgressInfo* progress, float opacity, QX_UnoBuffer* buffer) {
+    return with_samples(buffer, [&]<class D>() {
+        const auto o = sample_of<D>(opacity);
+        return guarded([&] {
+            for (std::int32_t y = 0; y < buffer->height; ++y) {
+                change_row<D>(*buffer, y, [o](auto s) { return D::mul(s, o); });
+                poll_row(progress, y, buffer->height);
+            }
+        });
+    });
+}
+
+int QX_InvertAndFadeUnoBuffer(const QX_ProgressInfo* progress, std::int32_t opacity, QX_UnoBuffer* buffer) {
+    return with_samples(buffer, [&]<class D>() {
+        const std::int32_t limited = std::clamp(opacity, 0, kFixedOne);
+        const auto o = truncate_to_int(limited * 0x1p-16 * D::full + 0.5);
+        return for_uno_rows(progress, buffer->height, [&](std::int32_t y) {
+            if (o == D::full) {
+                change_row<D>(*buffer, y, [](auto s) { return D::comp(s); });
+            } else {
+                change_row<D>(*buffer, y, [o](auto s) { return D::mul(D::comp(s), o); });
+            }
+        });
+    });
+}
+
+int QX_InvertUnoBuffer(const QX_ProgressInfo* progress, QX_UnoBuffer* buffer) {
+    return QX_InvertAndFadeUnoBuffer(progress, kFixedOne, buffer);
+}

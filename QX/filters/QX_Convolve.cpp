@@ -55,7 +55,7 @@ public:
 
     /// One row: windows that the source cuts at either side go pixel by pixel.
     void row(std::int32_t y) const {
-        const std::int64_t columns = shape_.columns, width = dst_.width;
+        const std::int64_t columns = shape_.columns, width = std::max(dst_.width, 0);
         const std::int64_t whole = std::clamp<std::int64_t>(columns - shape_.offset_x, 0, width);
         const std::int64_t cut = std::clamp<std::int64_t>(src_.width - columns - shape_.offset_x, whole, width);
         const Part rows = part_of(shape_.rows, std::int64_t{y} + shape_.offset_y, src_.height);
@@ -70,7 +70,7 @@ private:
         const std::int64_t centre = x + shape_.offset_x;
         const Part columns = part_of(shape_.columns, centre, src_.width);
         qx::KernelWindow window{.first = {}, .rows = 0, .columns = 0, .row_length = shape_.row_length()};
-        const std::byte* source = nullptr;
+        const auto* source = static_cast<const std::byte*>(src_.data);
         if (rows.count > 0 && columns.count > 0) {
             window.rows = static_cast<std::int32_t>(rows.count);
             window.columns = static_cast<std::int32_t>(columns.count);
@@ -78,8 +78,7 @@ private:
                 window.first[i] = kernel_[i] + rows.first * window.row_length + columns.first;
             }
             const std::int64_t top = y + shape_.offset_y - shape_.rows + rows.first;
-            source = static_cast<const std::byte*>(src_.data) + top * src_.rowbytes +
-                     (centre - shape_.columns + columns.first) * std::int64_t{sizeof(Pixel)};
+            source += top * src_.rowbytes + (centre - shape_.columns + columns.first) * std::int64_t{sizeof(Pixel)};
         }
         kernels->of<Pixel>().row(static_cast<std::int32_t>(count), window, scale_, source, src_.rowbytes,
                                  qx::row_of<Pixel>(dst_, y) + x);

@@ -21,7 +21,8 @@ inline constexpr std::uint32_t kQX_Convolve_HonourOrigin = 256;  ///< the worlds
 /// add up in the kernel's order. Float alpha always ends in 0..1, and below 1e-16 as 0.
 ///
 /// Runs on the calling thread and allocates nothing. `src` and `dst` must not share pixels.
-/// @param progress  its progress function is asked after rows, once 2048 weights have been used; null asks nobody
+/// @param progress  its progress function is asked after rows, once more than 2048 weights have been used; null asks
+/// nobody
 /// @param area      not read
 /// @param size      odd; kernels have `size` * `size` weights, or `size` with OneDimension
 /// @return 0; 3 for GPU worlds, unlike depths, a missing world or kernel, or such a size; the answer of the progress

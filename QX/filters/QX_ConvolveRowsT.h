@@ -13,8 +13,6 @@ namespace qx::QX_ISA {
 template <class D> using SumOf = std::conditional_t<D::number == 32, float, std::uint32_t>;
 template <class V> using SignedLanes = Vector<std::int32_t, sizeof(V)>;
 
-template <class T, class V> struct PackedAs { typedef T Type [[gnu::vector_size(lanes_in<V> * sizeof(T))]]; };
-
 template <class V, class T> QX_INLINE V repeated_four(const T (&four)[4]) {
     V v{};
     for (int i = 0; i < lanes_in<V>; ++i) v[i] = four[i % 4];
@@ -30,13 +28,14 @@ template <class V> QX_INLINE V weights_at(const KernelWindow& w, std::ptrdiff_t 
     }
 }
 
-/// The quotient towards zero of two integers of 32 bits, neither of which the other divides into a larger one.
+/// A quotient towards zero. By -1 the least integer wraps, as its negative does.
 QX_INLINE std::int32_t quotient(std::int32_t n, std::int32_t d) {
     return d == -1 ? static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(n)) : n / d;
 }
 
-/// The same of whole registers. A quotient that is no integer lies 1 / d off one at least; half of that further from
-/// zero, also the others are clear of it, and 2^-52 of a product of 31 bits takes nothing across.
+/// The same of whole registers, by the reciprocal in double. A quotient that is no integer lies 1 / d or more off the
+/// next ones. Moved half of that away from zero, all lie 1 / (2 d) or more from where truncation would go wrong; the
+/// two roundings are off by less than 2^-51 of a number below 2^32 / d.
 template <class I> QX_INLINE I quotients(I n, const std::int32_t (&divisor)[4]) {
     if constexpr (sizeof(I) == 16) {
         for (int i = 0; i < lanes_in<I>; ++i) n[i] = quotient(n[i], divisor[i % 4]);
@@ -61,9 +60,7 @@ template <class D, class V> QX_INLINE auto scaled(V sums, const KernelScale& sca
     if constexpr (D::number == 32) {
         V v = sums / __builtin_convertvector(repeated_four<SignedLanes<V>>(scale.divisor), V);
         if (scale.clamps) v = v < 0.0f ? V{} : v > 1.0f ? splat<V>(1.0f) : v;
-        SignedLanes<V> alphas{};
-        for (int i = 0; i < lanes_in<V>; i += 4) alphas[i] = -1;
-        return alphas ? limited_alpha(v) : v;
+        return AlphaLanesFloat<V>::with_alpha(v, limited_alpha(v));
     } else {
         const auto v = quotients((SignedLanes<V>)sums, scale.divisor);
         return scale.clamps ? lesser(greater(v, SignedLanes<V>{}), splat<SignedLanes<V>>(D::full)) : v;
@@ -89,7 +86,7 @@ QX_INLINE void convolve_step(const KernelWindow& window, const KernelScale& scal
         }
     }
     for (int k = 0; k < Registers; ++k) {
-        using Packed = typename PackedAs<QX_ChannelOf<Pixel>, V>::Type;
+        using Packed = Vector<QX_ChannelOf<Pixel>, lanes_in<V> * sizeof(QX_ChannelOf<Pixel>)>;
         store_lanes(dst + k * pixels, __builtin_convertvector(scaled<D>(sums[k], scale), Packed));
     }
 }

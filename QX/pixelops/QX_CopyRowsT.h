@@ -78,11 +78,9 @@ QX_INLINE void each_register(const std::byte* src, const std::uint32_t* noise, s
     }
 }
 
-template <class T> struct PackedOf { typedef T Type [[gnu::vector_size(kChannels * sizeof(T))]]; };
-
 /// Stores the low bits of each channel.
 template <class To> QX_INLINE void store_channels(To* to, Ints v) {
-    store_lanes(to, __builtin_convertvector(v, typename PackedOf<To>::Type));
+    store_lanes(to, __builtin_convertvector(v, Vector<To, kChannels * sizeof(To)>));
 }
 
 template <class To, class Rounding> void float_row(const std::byte* src, std::byte* dst, std::size_t columns) {
@@ -96,7 +94,7 @@ template <class To, class Rounding> void float_row(const std::byte* src, std::by
 void from16_to8_dithered(const std::byte* src, std::byte* dst, std::size_t columns, const std::uint32_t* noise) {
     each_register<std::uint16_t, std::uint8_t>(
         src, noise, dst, columns, [](const std::uint16_t* s, const std::uint32_t* drawn, std::uint8_t* d) QX_LAMBDA {
-            const Ints v = __builtin_convertvector(load_lanes<PackedOf<std::uint16_t>::Type>(s), Ints);
+            const auto v = load_channels<Ints, std::uint16_t>(s);
             store_channels(d, (v * 255 + (load_lanes<Ints>(drawn) & 0x7FFF)) >> 15);
         });
 }

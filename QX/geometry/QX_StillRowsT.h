@@ -21,12 +21,12 @@ constexpr bool indices_fit(FixedPoint from, FixedPoint step, std::int32_t count)
 }
 
 /// Samples of a run.
-struct Stretch {
+struct RunSpan {
     std::int32_t from, to;
 };
 
 /// The samples of a run of `count` whose coordinate is not negative and below `limit`; no position wraps.
-constexpr Stretch stretch_inside(std::int64_t at, std::int32_t by, std::int32_t count, std::int64_t limit) {
+constexpr RunSpan stretch_inside(std::int64_t at, std::int32_t by, std::int32_t count, std::int64_t limit) {
     std::int64_t p = at, step = by;
     if (step < 0) p = limit - 1 - p, step = -step;  // mirrored
     if (step == 0) return {0, p >= 0 && p < limit ? count : 0};
@@ -64,7 +64,7 @@ public:
     bool surely_shows(std::int32_t count) const {
         constexpr std::int32_t kLooks = 16;
         if (std::is_same_v<Pixel, QX_PixelFloat> || dx_.y == 0 || !indices_fit(at_, dx_, count)) return false;
-        const Stretch inside = stretch_inside(count);
+        const RunSpan inside = stretch_inside(count);
         for (std::int32_t k = 0; k < kLooks; ++k) {
             const std::int32_t i = inside.from + (inside.to - inside.from) / kLooks * k;
             if (i < inside.to && source_.at(at_ + dx_ * i).alpha != 0) return true;
@@ -73,9 +73,9 @@ public:
     }
 
 private:
-    Stretch stretch_inside(std::int32_t count) const {
-        const Stretch columns = qx::stretch_inside(at_.x, dx_.x, count, std::int64_t{source_.width()} * kFixedOne);
-        const Stretch rows = qx::stretch_inside(at_.y, dx_.y, count, std::int64_t{source_.height()} * kFixedOne);
+    RunSpan stretch_inside(std::int32_t count) const {
+        const RunSpan columns = qx::stretch_inside(at_.x, dx_.x, count, std::int64_t{source_.width()} * kFixedOne);
+        const RunSpan rows = qx::stretch_inside(at_.y, dx_.y, count, std::int64_t{source_.height()} * kFixedOne);
         return {std::max(columns.from, rows.from), std::min(columns.to, rows.to)};
     }
 
@@ -155,7 +155,7 @@ public:
             return all_in;
         };
         const bool fits = run_fits(at_, dx_, count);
-        const Stretch near = fits && clear_outside_ ? stretch_near(count) : Stretch{0, count};
+        const RunSpan near = fits && clear_outside_ ? stretch_near(count) : RunSpan{0, count};
         std::fill(out, out + near.from, Pixel{});
         std::fill(out + near.to, out + count, Pixel{});
         const auto tested_near = [&](std::int32_t i) { return tested(near.from + i); };
@@ -176,12 +176,12 @@ public:
 
 private:
     /// Samples of which some tap may lie inside: taps lie up to two pixels from a position.
-    Stretch stretch_near(std::int32_t count) const {
+    RunSpan stretch_near(std::int32_t count) const {
         constexpr std::int64_t margin = 2 * std::int64_t{kFixedOne};
         const auto near = [&](std::int32_t at, std::int32_t by, std::int32_t size) {
             return stretch_inside(at + margin, by, count, std::int64_t{size} * kFixedOne + 2 * margin);
         };
-        const Stretch x = near(at_.x, dx_.x, block_.src->width), y = near(at_.y, dx_.y, block_.src->height);
+        const RunSpan x = near(at_.x, dx_.x, block_.src->width), y = near(at_.y, dx_.y, block_.src->height);
         const std::int32_t from = std::max(x.from, y.from);
         return {from, std::max(from, std::min(x.to, y.to))};
     }

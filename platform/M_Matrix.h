@@ -32,6 +32,10 @@ PLATFORM_EXPORT bool M_InverseMatrixQuiet(const M_Matrix3& matrix, M_Matrix3* in
 /// a * b: what maps by `a` first, then by `b`.
 PLATFORM_EXPORT M_Matrix3 M_MultiplyMatrix(const M_Matrix3& a, const M_Matrix3& b);
 
+/// Appends a scaling about the origin, or a turn by `radians` that takes the x axis towards the y axis.
+PLATFORM_EXPORT void M_Matrix3_Scale(double x, double y, M_Matrix3* matrix);
+PLATFORM_EXPORT void M_Matrix3_Rotate(double radians, M_Matrix3* matrix);
+
 /// True when no two elements differ by more than `epsilon`.
 PLATFORM_EXPORT bool M_EqualMatrixWithinEpsilon(const M_Matrix3& a, const M_Matrix3& b, double epsilon);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "platform/Platform_Export.h"
 
@@ -10,6 +11,14 @@
 PLATFORM_EXPORT void* TK_AllocatePtr(int site, const char* name, std::size_t bytes);
 PLATFORM_EXPORT void* TK_AllocatePtrClear(int site, const char* name, std::size_t bytes);
 PLATFORM_EXPORT void TK_FreePtr(void* block);  ///< Null is allowed.
+/// Makes a block of fixed memory longer or shorter and keeps its contents. A null block is allocated. Quiet.
+/// @return 0, or 4 with the block as it was
+PLATFORM_EXPORT int TK_ResizePtr(std::size_t bytes, void** block);
+/// Enters memory of some purpose in the host's books: what is taken counts up, what is given back is negative. Any
+/// thread.
+PLATFORM_EXPORT void TK_AccountAllocationEx(const char* name, std::int64_t bytes);
+/// Sets `count` numbers of 16 bits.
+PLATFORM_EXPORT void TKp_Memset16(std::uint16_t* where, std::uint16_t value, std::size_t count);
 
 /// Movable memory: `*handle` is the block's address. Locks nest; a resize keeps the contents.
 using TK_Handle = void**;

@@ -56,7 +56,12 @@ namespace qx {
     X(transform, 96)           \
     X(premul_bands, 97)        \
     X(convolve, 110)           \
-    X(mask_buffer, 111)
+    X(mask_buffer, 111)        \
+    X(gaussian_kernel, 112)    \
+    X(blur, 113)               \
+    X(merge_mask, 114)         \
+    X(lazy_tiles, 115)         \
+    X(summed_areas, 116)
 
 enum class Place : int {
 #define X(name, number) name = number,

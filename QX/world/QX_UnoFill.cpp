@@ -10,15 +10,22 @@ namespace {
 
 using namespace qx;
 
+template <class Sample> void set_samples(Sample* first, Sample value, std::int64_t count) {
+    std::fill_n(first, count, value);
+}
+void set_samples(std::uint16_t* first, std::uint16_t value, std::int64_t count) {
+    TKp_Memset16(first, value, static_cast<std::size_t>(count));
+}
+
 template <class Sample> int fill(Sample value, const M_LRect* rect, int depth, QX_UnoBuffer* buffer) {
     if (!is_live(buffer) || buffer->depth != depth) return report_damaged_mask();
     M_LRect r{0, 0, buffer->width, buffer->height};
     if (rect != nullptr && !M_SectLRect(*rect, r, &r)) return 0;
     if (r.right - r.left == buffer->width) {
-        std::fill_n(samples_at<Sample>(*buffer, 0, r.top), std::int64_t{r.bottom - r.top} * buffer->width, value);
+        set_samples(samples_at<Sample>(*buffer, 0, r.top), value, std::int64_t{r.bottom - r.top} * buffer->width);
     } else {
         for (std::int32_t y = r.top; y < r.bottom; ++y) {
-            std::fill_n(samples_at<Sample>(*buffer, r.left, y), r.right - r.left, value);
+            set_samples(samples_at<Sample>(*buffer, r.left, y), value, r.right - r.left);
         }
     }
     return 0;

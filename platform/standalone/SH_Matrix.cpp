@@ -39,6 +39,15 @@ M_Matrix3 M_MultiplyMatrix(const M_Matrix3& a, const M_Matrix3& b) {
     return product;
 }
 
+void M_Matrix3_Scale(double x, double y, M_Matrix3* matrix) {
+    *matrix = M_MultiplyMatrix(*matrix, {{{x, 0, 0}, {0, y, 0}, {0, 0, 1}}});
+}
+
+void M_Matrix3_Rotate(double radians, M_Matrix3* matrix) {
+    const double c = std::cos(radians), s = std::sin(radians);
+    *matrix = M_MultiplyMatrix(*matrix, {{{c, s, 0}, {-s, c, 0}, {0, 0, 1}}});
+}
+
 bool M_EqualMatrixWithinEpsilon(const M_Matrix3& a, const M_Matrix3& b, double epsilon) {
     for (int i = 0; i < 9; ++i) {
         if (!(std::fabs(a.m[i / 3][i % 3] - b.m[i / 3][i % 3]) <= epsilon)) return false;

@@ -21,6 +21,7 @@ std::atomic<std::int64_t> allocation_count{0};
 std::atomic<std::int64_t> block_count{0};
 std::atomic<std::int64_t> lock_count{0};
 std::atomic<std::int64_t> fail_in{0};
+std::atomic<std::int64_t> accounted{0};
 }  // namespace
 
 bool AllocationMayGoOn() {
@@ -34,6 +35,8 @@ bool AllocationMayGoOn() {
 void CountBlock(int difference) { block_count.fetch_add(difference, std::memory_order_relaxed); }
 
 void FailAllocation(std::int64_t nth) { fail_in.store(nth, std::memory_order_relaxed); }
+
+std::int64_t AccountedBytes() { return accounted.load(std::memory_order_relaxed); }
 
 MemoryCounts Memory() {
     MemoryCounts counts{};
@@ -68,6 +71,13 @@ void* CountedBlock(std::size_t bytes, bool clear) {
     void* block = clear ? std::calloc(AtLeastOne(bytes), 1) : std::malloc(AtLeastOne(bytes));
     if (block != nullptr) standalone::CountBlock(1);
     return block;
+}
+
+/// A block of another length with the same contents, or null with the old one left alone.
+void* ResizedBlock(void* block, std::size_t bytes) {
+    if (block == nullptr) return CountedBlock(bytes, false);
+    if (!standalone::AllocationMayGoOn() || bytes > PTRDIFF_MAX) return nullptr;
+    return std::realloc(block, AtLeastOne(bytes));
 }
 
 TK_Handle NewHandle(std::size_t bytes, bool clear) {
@@ -109,6 +119,19 @@ void TK_FreePtr(void* block) {
     std::free(block);
 }
 
+int TK_ResizePtr(std::size_t bytes, void** block) {
+    void* const resized = ResizedBlock(*block, bytes);
+    if (resized == nullptr) return 4;
+    *block = resized;
+    return 0;
+}
+
+void TK_AccountAllocationEx(const char*, std::int64_t bytes) {
+    standalone::accounted.fetch_add(bytes, std::memory_order_relaxed);
+}
+
+void TKp_Memset16(std::uint16_t* where, std::uint16_t value, std::size_t count) { std::fill_n(where, count, value); }
+
 TK_Handle TK_AllocateHandle(int site, const char* name, std::size_t bytes) {
     return OrReport(NewHandle(bytes, false), site, name);
 }
@@ -144,9 +167,7 @@ int TK_ResizeHandle(std::size_t bytes, TK_Handle* handle) {
         movable->bytes = bytes;
         return 0;
     }
-    void* block = standalone::AllocationMayGoOn() && bytes <= PTRDIFF_MAX
-                      ? std::realloc(movable->data, AtLeastOne(bytes))
-                      : nullptr;
+    void* block = ResizedBlock(movable->data, bytes);
     if (block == nullptr) return 4;
     movable->data = block;
     movable->bytes = bytes;

@@ -37,6 +37,8 @@ struct MemoryCounts {
     std::int64_t handle_locks;    ///< of all handles, not yet given back
 };
 PLATFORM_EXPORT MemoryCounts Memory();
+/// The sum of what TK_AccountAllocationEx was told, under any name.
+PLATFORM_EXPORT std::int64_t AccountedBytes();
 /// The n-th allocation from now on fails (1 is the next one), once; 0 ends that. Counts all threads.
 PLATFORM_EXPORT void FailAllocation(std::int64_t nth);
 /// Gives the recycled pool's waiting blocks back to the system. @return bytes freed

@@ -35,6 +35,16 @@ TEST(Matrix, TypesAreTakenExactly) {
     EXPECT_EQ(M_GetMatrixType({{{1, 0, 0}, {0, 1, 0}, {0, 0, 2}}}), 5);
 }
 
+TEST(Matrix, ScalingAndTurningAreAppended) {
+    M_Matrix3 matrix = kM_IdentityMatrix;
+    M_Matrix3_Scale(2, 3, &matrix);
+    M_Matrix3_Rotate(std::acos(0.0), &matrix);
+    M_FloatPoint point{1, 1};  // to (2, 3), then a quarter turn
+    M_TransformFloatPoints(matrix, &point, 1);
+    EXPECT_NEAR(point.x, -3, 1e-15);
+    EXPECT_NEAR(point.y, 2, 1e-15);
+}
+
 TEST(Matrix, PointsAreDividedByTheirThirdCoordinate) {
     const M_Matrix3 matrix{{{2, 0, 0.5}, {0, 3, 0}, {10, 20, 1}}};
     M_FloatPoint points[] = {{4, 1}, {-2, 1}, {0, 5}};

@@ -85,6 +85,20 @@ TEST(Memory, HandlesKeepContentsWhenResized) {
     TK_FreeHandle(handle);
 }
 
+TEST(Memory, BlocksKeepContentsWhenResized) {
+    const auto before = standalone::Memory().blocks_in_use;
+    void* block = nullptr;
+    ASSERT_EQ(TK_ResizePtr(4, &block), 0);
+    TKp_Memset16(static_cast<std::uint16_t*>(block), 0x6261, 2);
+    ASSERT_EQ(TK_ResizePtr(kMiB, &block), 0);
+    const void* const same = block;
+    EXPECT_EQ(short_of_memory(1, [&] { return TK_ResizePtr(2 * kMiB, &block); }), 4);
+    EXPECT_TRUE(block == same && std::memcmp(block, "abab", 4) == 0);
+    EXPECT_EQ(standalone::Memory().blocks_in_use, before + 1);
+    TK_FreePtr(block);
+    EXPECT_EQ(standalone::Memory().blocks_in_use, before);
+}
+
 TEST(Memory, LocksOfHandlesNestAndAreCounted) {
     const auto before = standalone::Memory().handle_locks;
     const auto locks = [&] { return standalone::Memory().handle_locks - before; };

@@ -74,7 +74,8 @@ template <class To, class Make> void each_file16(const Picture& picture, const Q
 
 }  // namespace
 
-void settle(const std::string& path, Picture& picture, bool is_associated) {
+void settle(const std::string& path, Picture& picture, bool straighten) {
+    const bool is_associated = straighten && picture.associated;
     switch (picture.world->Depth()) {
         case 8:
             if (is_associated) make_straight<QX_Pixel8>(picture);

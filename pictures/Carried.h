@@ -11,7 +11,8 @@ namespace qx::pictures {
 
 /// The last step of reading: from pixels as a file has them, 16 bits from 0 to 65535, to straight ones of the world's
 /// scale. The first are carried if the second do not tell them all.
-void settle(const std::string& path, Picture& picture, bool associated);
+/// @param straighten  false leaves associated colours what they are
+void settle(const std::string& path, Picture& picture, bool straighten);
 
 /// The pixels of a 16-bit file, from 0 to 65535, of a picture of 16 bits or float. What is beyond 0 and 1 is cut.
 std::unique_ptr<QX_World> pixels_of_file16(const std::string& path, const Picture& picture);

@@ -11,11 +11,9 @@
 #include <memory>
 #include <new>
 
-#include "pictures/Carried.h"
 #include "pictures/Exr.h"
 #include "pictures/ExrHeader.h"
 #include "pictures/ExrTasks.h"
-#include "pictures/Light.h"
 #include "pictures/Losses.h"
 #include "pictures/Pixels.h"
 
@@ -173,8 +171,7 @@ Picture read_file(const std::string& path, Watch& watch) {
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
                               std::int64_t{display.max.y} - display.min.y + 1, 32, false);
     read_pixels(exr, path, picture, watch);
-    settle(path, picture, true);
-    mark_light(picture);
+    picture.associated = true;
     read_extras(header, picture);
     keep_attributes(header, picture);
     note_rest(header.channels(), picture);

@@ -19,6 +19,7 @@ struct Format {
     std::vector<int> depths;              ///< that its files hold, in rising order
     bool holds_alpha;
     bool linear;  ///< meant for linear light
+    /// Gives pixels as the file has them, 16 bits from 0 to 65535; `associated` tells what they are.
     Picture (*read)(InputFile& file, Watch& watch);
     /// `picture` has one of the depths above; 16 bits go from 0 to 65535. `with_alpha` is false when all of it is
     /// opaque and may stay so.

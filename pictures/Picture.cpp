@@ -166,7 +166,9 @@ void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes
     }
 }
 
-Picture read_picture(const std::string& path, Watch& watch) {
+namespace {
+
+Picture read_and_settle(const std::string& path, bool straighten, Watch& watch) {
     watch.must_go_on();
     errno = 0;
     try {
@@ -174,6 +176,8 @@ Picture read_picture(const std::string& path, Watch& watch) {
         for (const auto format : kFormats) {
             if (!recognised(format(), file)) continue;
             Picture picture = format().read(file, watch);
+            settle(path, picture, straighten);
+            if (straighten && picture.associated) mark_light(picture);
             picture.linear = format().linear;
             picture.precision = picture.half ? Precision::half : precision_of(picture.world->Depth());
             if (!sensible(picture.resolution)) picture.resolution = {};
@@ -184,6 +188,12 @@ Picture read_picture(const std::string& path, Watch& watch) {
     }
     throw Failure(path, "is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
 }
+
+}  // namespace
+
+Picture read_picture(const std::string& path, Watch& watch) { return read_and_settle(path, true, watch); }
+
+Picture read_picture_as_stored(const std::string& path, Watch& watch) { return read_and_settle(path, false, watch); }
 
 void check_output(const std::string& path) {
     format_to_write(path);

@@ -37,6 +37,7 @@ struct ExrWindow;      ///< where the pixels of an OpenEXR file lie, with those 
 /// What is known of a picture besides its pixels.
 struct About {
     bool has_alpha = false;
+    bool associated = false;                 ///< the file says that its colours are multiplied by alpha
     bool linear = false;                     ///< a format whose values are light, not encoded
     Precision precision = Precision::eight;  ///< of the values that came into the pixels
     bool half = false;                       ///< OpenEXR is written in half floats unless it is told otherwise
@@ -76,6 +77,8 @@ struct WriteOptions {
 
 /// Format by content. Sides above 30000 are refused before anything is decoded. Throws Failure or Stopped.
 Picture read_picture(const std::string& path, Watch& watch = unwatched());
+/// The same, with colours as the file stores them whatever it says of its alpha.
+Picture read_picture_as_stored(const std::string& path, Watch& watch = unwatched());
 
 /// Format by extension, at the depth nearest to `depth` that it can hold. The file appears whole or not at all. Throws
 /// Failure or Stopped.

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <new>
 
-#include "pictures/Carried.h"
 #include "pictures/Format.h"
 #include "pictures/Pixels.h"
 
@@ -57,7 +56,6 @@ public:
         picture.world = new_world(file_.path(), width_, height_, depth_, false);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
-        settle(file_.path(), picture, false);
         read_extras(picture);
         return picture;
     }

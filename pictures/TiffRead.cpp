@@ -7,9 +7,7 @@
 #include <memory>
 #include <new>
 
-#include "pictures/Carried.h"
 #include "pictures/Format.h"
-#include "pictures/Light.h"
 #include "pictures/Pixels.h"
 #include "pictures/Tiff.h"
 #include "pictures/TiffFormat.h"
@@ -104,8 +102,7 @@ public:
         } else {
             read_blocks<float, QX_PixelFloat>(*picture.world);
         }
-        settle(path_, picture, layout_.associated);
-        if (layout_.associated) mark_light(picture);
+        picture.associated = layout_.associated;
         read_extras(picture);
         handle_.check_memory();
         return picture;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scene/Scene.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -19,6 +20,9 @@ template <class See> void each_file(const Scene& scene, const FrameRange& frames
         for (const SceneLayer& layer : scene.layers) {
             visit(layer.file);
             if (layer.mask) visit(layer.mask->file);
+            for (const SceneEffect& effect : layer.effects) {
+                for (const SceneFile* file : effect.effect->files()) visit(*file);
+            }
         }
     }
 }
@@ -50,13 +54,20 @@ M_Matrix3 SceneTransform::at(double frame) const {
     return matrix_of(placing);
 }
 
-std::vector<M_Matrix3> SceneLayer::matrices(int frame) const {
+bool SceneLayer::effects_move() const {
+    return file.name.has_place() ||
+           std::any_of(effects.begin(), effects.end(), [](const SceneEffect& effect) { return effect.moves; });
+}
+
+std::vector<M_Matrix3> SceneLayer::matrices(int frame, int left, int top) const {
     if (!transform) return {};
     const int count = shutter.angle > 0 && transform->moves() ? shutter.matrices : 1;
     std::vector<M_Matrix3> matrices;
     for (int i = 0; i < count; ++i) {
         const double open = count == 1 ? 0 : shutter.angle * i / (count - 1);
-        matrices.push_back(transform->at(frame + (shutter.phase + open) / 360));
+        const M_Matrix3 matrix = transform->at(frame + (shutter.phase + open) / 360);
+        const bool is_moved = left != 0 || top != 0;
+        matrices.push_back(is_moved ? M_MultiplyMatrix(moved(kM_IdentityMatrix, left, top), matrix) : matrix);
     }
     return matrices;
 }

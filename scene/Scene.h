@@ -8,20 +8,13 @@
 #include "QX/compositing/QX_CompositeMode.h"
 #include "QX/indep/QX_Records.h"
 #include "pictures/Movie.h"
-#include "scene/Frames.h"
 #include "scene/Keyframes.h"
 #include "scene/Placing.h"
+#include "scene/SceneFile.h"
+#include "scene/effects/Effect.h"
 
 /// What a scene file says, checked; docs/scene.md describes the file.
 namespace qx::scene {
-
-/// A picture, or a sequence of pictures with a number in their names.
-struct SceneFile {
-    FramePattern name;
-    int offset = 0;     ///< picture `frame + offset` of a sequence is shown
-    std::string place;  ///< in the scene, such as /layers/2/file
-    std::string at(int frame) const { return name.name(frame + offset); }
-};
 
 struct SceneMask {
     SceneFile file;
@@ -44,6 +37,12 @@ struct Shutter {
     int matrices = 17;
 };
 
+struct SceneEffect {
+    std::string place;  ///< in the scene, such as /layers/2/effects/0
+    std::shared_ptr<const Effect> effect;
+    bool moves;  ///< its numbers or its pictures change from frame to frame
+};
+
 struct SceneLayer {
     std::string place;  ///< in the scene, such as /layers/2
     SceneFile file;
@@ -51,6 +50,7 @@ struct SceneLayer {
     Track<1> opacity{Track<1>::Value{1}};
     std::optional<SceneMask> mask;
     std::optional<QX_PixelFloat> matte;  ///< colour that the file's pixels were mixed with
+    std::vector<SceneEffect> effects;    ///< done in order, before the transform
     int field = 0, quality = 1;
     std::optional<SceneTransform> transform;
     Shutter shutter;
@@ -59,13 +59,16 @@ struct SceneLayer {
     int seed = 0;
 
     /// Of the layer at a frame, in time order; none for a layer that is not transformed.
-    std::vector<M_Matrix3> matrices(int frame) const;
+    /// @param left, top  where effects have moved its corner to
+    std::vector<M_Matrix3> matrices(int frame, int left = 0, int top = 0) const;
+    bool effects_move() const;
 };
 
 struct Scene {
     std::string file;
     int width = 0, height = 0;  ///< 0: those of the background's picture
     int depth = 8;
+    bool dither = false;  ///< noise where deeper pixels become 8-bit ones
     pictures::Rate rate;
     std::optional<FrameRange> frames;
     QX_PixelFloat colour{0, 0, 0, 0};  ///< of the background

@@ -2,15 +2,15 @@
 // Scenes from JSON.
 #include <climits>
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 
-#include "pictures/Files.h"
 #include "pictures/Picture.h"
+#include "scene/EffectRead.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
 #include "scene/Scene.h"
 #include "scene/SceneNode.h"
+#include "scene/SceneValues.h"
 
 namespace qx::scene {
 namespace {
@@ -19,54 +19,13 @@ namespace fs = std::filesystem;
 
 constexpr double kMostAngle = 3600;
 constexpr int kMostMatrices = 257;
-constexpr std::size_t kMostItems = 100'000;
-constexpr const char* kBetweenWords[] = {"linear", "smooth"};
-
-template <std::size_t N>
-typename Track<N>::Value track_value(const SceneNode& node, std::size_t fewest, double least, double most) {
-    const auto numbers = node.numbers(fewest, N, least, most);
-    typename Track<N>::Value value;
-    for (std::size_t i = 0; i < N; ++i) value[i] = numbers[std::min(i, numbers.size() - 1)];  // one stands for all
-    return value;
-}
-
-template <std::size_t N>
-std::vector<typename Track<N>::Key> track_keys(const SceneNode& node, std::size_t fewest, double least, double most) {
-    node.check_keys({"keys", "interpolation"});
-    const auto whole = node.find("interpolation");
-    const auto common = static_cast<Between>(whole ? whole->choice(kBetweenWords) : 0);
-    std::vector<typename Track<N>::Key> keys;
-    for (const SceneNode& item : node.need("keys").items(1, kMostItems)) {
-        item.check_keys({"frame", "value", "interpolation"});
-        const SceneNode frame = item.need("frame");
-        const double at = frame.number(-kMostFrame, kMostFrame);
-        if (!keys.empty() && at <= keys.back().frame) frame.fault("does not come after the key before");
-        const auto own = item.find("interpolation");
-        keys.push_back({at, track_value<N>(item.need("value"), fewest, least, most),
-                        own ? static_cast<Between>(own->choice(kBetweenWords)) : common});
-    }
-    return keys;
-}
-
-/// Numbers that may move: a value, or an object with keys.
-/// @param fewest  numbers that a value has at least
-template <std::size_t N>
-void read_track(const SceneNode& node, const char* key, std::size_t fewest, double least, double most, Track<N>& to) {
-    const auto found = node.find(key);
-    if (!found) return;
-    if (found->is_object()) {
-        to = Track<N>(track_keys<N>(*found, fewest, least, most));
-    } else {
-        to = Track<N>(track_value<N>(*found, fewest, least, most));
-    }
-}
 
 class Reader {
 public:
-    explicit Reader(const std::string& path) : folder_(fs::path(path).parent_path()) { scene_.file = path; }
+    explicit Reader(const std::string& path) : folder_(fs::path(path).parent_path().string()) { scene_.file = path; }
 
     Scene read(const SceneNode& root) {
-        root.check_keys({"size", "depth", "rate", "frames", "background", "layers", "comment"});
+        root.check_keys({"size", "depth", "dither", "rate", "frames", "background", "layers", "comment"});
         read_comment(root);
         read_frame(root);
         if (const auto background = root.find("background")) read_background(*background);
@@ -87,6 +46,7 @@ private:
             scene_.depth = depth->whole(8, 32);
             if (scene_.depth != 8 && scene_.depth != 16 && scene_.depth != 32) depth->fault("is none of 8, 16, 32");
         }
+        if (const auto dither = root.find("dither")) scene_.dither = dither->flag();
         if (const auto rate = root.find("rate")) read_rate(*rate);
         if (const auto frames = root.find("frames")) {
             const auto ends = frames->items(2, 2);
@@ -116,24 +76,7 @@ private:
         scene_.colour = {c.size() == 4 ? channel(3) : 1.0f, channel(0), channel(1), channel(2)};
     }
 
-    /// A name, or an object of a name and an offset.
-    SceneFile read_file(const SceneNode& node) {
-        SceneFile file;
-        file.place = node.place();
-        SceneNode name = node;
-        if (node.is_object()) {
-            node.check_keys({"name", "offset"});
-            name = node.need("name");
-            if (const auto offset = node.find("offset")) file.offset = offset->whole(-kMostFrame, kMostFrame);
-        }
-        const std::string path = (folder_ / name.text()).string();
-        std::error_code ignored;
-        if (!fs::exists(path, ignored)) file.name = name.read_by([&] { return FramePattern(path); });
-        if (file.name.has_place()) return file;
-        file.name = FramePattern::plain(path);  // a file may have such signs in its name
-        if (!fs::exists(path, ignored)) name.fault(path + ": no such file");
-        return file;
-    }
+    SceneFile read_file(const SceneNode& node) const { return scene::read_file(node, folder_); }
 
     SceneMask read_mask(const SceneNode& node) {
         SceneMask mask;
@@ -206,8 +149,8 @@ private:
     }
 
     SceneLayer read_layer(SceneNode node) {
-        node.check_keys({"file", "mode", "opacity", "mask", "matte", "field", "quality", "transform", "shutter",
-                         "rgb-only", "linear", "seed", "name", "comment"});
+        node.check_keys({"file", "mode", "opacity", "mask", "matte", "effects", "field", "quality", "transform",
+                         "shutter", "rgb-only", "linear", "seed", "name", "comment"});
         read_comment(node);
         if (const auto name = node.find("name")) node.set_title(name->text());
         SceneLayer layer;
@@ -216,23 +159,19 @@ private:
         read_look(node, layer);
         if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask);
         if (layer.mode == xfer_mask_crossfade && !layer.mask) node.need("mask");
+        if (const auto effects = node.find("effects")) {
+            for (const SceneNode& effect : effects->items(0, kMostItems)) {
+                layer.effects.push_back(read_effect(effect, folder_));
+            }
+        }
         if (const auto transform = node.find("transform")) layer.transform = read_transform(*transform);
         if (const auto shutter = node.find("shutter")) layer.shutter = read_shutter(*shutter);
         return layer;
     }
 
-    const fs::path folder_;
+    const std::string folder_;
     Scene scene_;
 };
-
-std::string contents(const std::string& path) {
-    const pictures::InputFile file(path);
-    std::string text;
-    char part[4096];
-    while (const std::size_t bytes = std::fread(part, 1, sizeof part, file.stream())) text.append(part, bytes);
-    if (std::ferror(file.stream()) != 0) throw pictures::Failure(path, "could not be read");
-    return text;
-}
 
 /// Takes a value apart from its leaves on: the library takes memory to end what holds others, where it may not throw.
 void take_apart(nlohmann::json& value) noexcept {
@@ -253,7 +192,7 @@ struct Tree {
 }  // namespace
 
 Scene read_scene(const std::string& path) {
-    const Tree tree{parse_json(contents(path), path)};
+    const Tree tree{parse_json(text_of_file(path), path)};
     return Reader(path).read(SceneNode(tree.value, path));
 }
 

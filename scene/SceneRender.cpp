@@ -24,6 +24,7 @@ SceneRender::SceneRender(const Scene& scene, Notes notes) : scene_(scene), notes
     for (const SceneLayer& layer : scene.layers) {
         if (layer.mode == xfer_dissolve && scene.depth == 32)
             note_once("", pictures::about(scene.file, kDissolveIsIdle));
+        prepared_.push_back(std::make_unique<Prepared>());
         auto& tables = tables_.emplace_back();
         if (layer.gamma <= 0) continue;
         tables = std::make_unique<QX_LinearBlendingTables>();
@@ -70,6 +71,9 @@ void SceneRender::read_stills(pictures::Watch& watch) {
         for (const SceneLayer& layer : scene_.layers) {
             visit(layer.file, layer.matte ? &*layer.matte : nullptr);
             if (layer.mask) visit(layer.mask->file, nullptr);
+            for (const SceneEffect& effect : layer.effects) {
+                for (const SceneFile* file : effect.effect->files()) visit(*file, nullptr);
+            }
         }
     } catch (const pictures::Failure&) {
     }
@@ -99,16 +103,23 @@ void SceneRender::size(int number, pictures::Watch& watch, int* width, int* heig
 
 int SceneRender::frames_within(std::uint64_t bytes, int width, int height) const {
     std::uint64_t stills = 0, read = 0;
+    bool worked = false;
     const auto count = [&](const SceneFile& file) { ++(file.name.has_place() ? read : stills); };
     if (scene_.background) count(*scene_.background);
     for (const SceneLayer& layer : scene_.layers) {
         count(layer.file);
         if (layer.mask) count(layer.mask->file);
+        for (const SceneEffect& effect : layer.effects) {
+            for (const SceneFile* file : effect.effect->files()) count(*file);
+        }
+        if (!layer.effects.empty()) ++(layer.effects_move() ? read : stills);
+        worked = worked || !layer.effects.empty();
     }
     const std::uint64_t picture = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) *
                                   static_cast<unsigned>(scene_.depth / 2);
-    // The result and what its file is made from; a picture as the file has it and at the scene's depth.
-    const std::uint64_t frame = picture * (2 + 2 * read);
+    // The result and what its file is made from; a picture as the file has it and at the scene's depth; an effect at
+    // work has its layer three times, sums of means as four floats or doubles a pixel.
+    const std::uint64_t frame = picture * (2 + 2 * read + (worked ? 3 + 8 : 0));
     const std::uint64_t left = bytes - std::min(bytes, picture * stills);
     return static_cast<int>(std::clamp<std::uint64_t>(left / frame, 1, kMostFrame));
 }
@@ -133,6 +144,35 @@ pictures::Picture SceneRender::background(int number, pictures::Watch& watch) {
     return frame;
 }
 
+std::shared_ptr<const Canvas> SceneRender::with_effects(std::size_t index, int number, const pictures::Picture& picture,
+                                                        pictures::Watch& watch) {
+    const SceneLayer& layer = scene_.layers[index];
+    if (layer.effects.empty()) return nullptr;
+    if (layer.effects_move()) return worked_on(layer, number, picture, watch);
+    Prepared& prepared = *prepared_[index];
+    const std::lock_guard lock(prepared.mutex);  // others wait for it, which they need as well
+    if (!prepared.canvas) prepared.canvas = worked_on(layer, number, picture, watch);
+    return prepared.canvas;
+}
+
+std::shared_ptr<const Canvas> SceneRender::worked_on(const SceneLayer& layer, int number,
+                                                     const pictures::Picture& picture, pictures::Watch& watch) {
+    auto canvas = std::make_shared<Canvas>();
+    canvas->world = pictures::at_depth(layer.file.at(number), *picture.world, scene_.depth);
+    for (const SceneEffect& effect : layer.effects) {
+        const std::string subject = pictures::about(scene_.file, effect.place);
+        const auto show_file = [&](const SceneFile& file) {
+            const Shown shown = show(file, number, nullptr, watch);
+            return std::shared_ptr<const QX_World>(shown, shown->world.get());
+        };
+        const auto note = [&](const std::string& words) {
+            note_once(subject + words, pictures::about(subject, words));
+        };
+        effect.effect->apply(*canvas, {static_cast<double>(number), subject, show_file, note, watch});
+    }
+    return canvas;
+}
+
 void SceneRender::composite_layer(std::size_t index, int number, pictures::Picture& onto, pictures::Watch& watch) {
     const SceneLayer& layer = scene_.layers[index];
     const Shown picture = show(layer.file, number, layer.matte ? &*layer.matte : nullptr, watch);
@@ -140,7 +180,12 @@ void SceneRender::composite_layer(std::size_t index, int number, pictures::Pictu
     note_losses(layer.file, layer.file.at(number), pictures::taken_otherwise(*picture, onto));
     pictures::add_precision(onto, *picture);
     Transfer transfer;
-    transfer.layer = picture->world.get();
+    const auto canvas = with_effects(index, number, *picture, watch);
+    transfer.layer = canvas ? canvas->world.get() : picture->world.get();
+    if (canvas) {
+        transfer.x = canvas->x;
+        transfer.y = canvas->y;
+    }
     transfer.mode = layer.mode;
     transfer.opacity = static_cast<float>(layer.opacity.at(number)[0]);
     transfer.rgb_only = layer.rgb_only;
@@ -153,7 +198,7 @@ void SceneRender::composite_layer(std::size_t index, int number, pictures::Pictu
         transfer.mask_x = layer.mask->x;
         transfer.mask_y = layer.mask->y;
     }
-    transfer.matrices = layer.matrices(number);
+    transfer.matrices = layer.matrices(number, transfer.x, transfer.y);
     transfer.quality = layer.quality;
     must(composite(transfer, *onto.world, watch), pictures::about(scene_.file, layer.place));
 }

@@ -43,6 +43,11 @@ private:
         std::mutex mutex;
         Shown picture;
     };
+    /// What effects make of a layer that is the same in every frame.
+    struct Prepared {
+        std::mutex mutex;
+        std::shared_ptr<const Canvas> canvas;
+    };
     Still& still_of(const SceneFile& file, const QX_PixelFloat* matte);
     Shown show(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch);
     void read_stills(pictures::Watch& watch);
@@ -51,11 +56,17 @@ private:
     void note_once(const std::string& key, const std::string& note);
     void note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes);
     pictures::Picture background(int number, pictures::Watch& watch);
+    /// A layer's picture after its effects; null when it has none.
+    std::shared_ptr<const Canvas> with_effects(std::size_t index, int number, const pictures::Picture& picture,
+                                               pictures::Watch& watch);
+    std::shared_ptr<const Canvas> worked_on(const SceneLayer& layer, int number, const pictures::Picture& picture,
+                                            pictures::Watch& watch);
     void composite_layer(std::size_t index, int number, pictures::Picture& onto, pictures::Watch& watch);
 
     const Scene& scene_;
     const Notes notes_;
     std::vector<std::unique_ptr<QX_LinearBlendingTables>> tables_;  ///< of each layer, null without linear light
+    std::vector<std::unique_ptr<Prepared>> prepared_;               ///< of each layer
     std::mutex mutex_;                                              // of what follows
     std::map<std::string, Still> stills_;  ///< by place of the matte and path, so that layers share a picture
     std::set<std::string> noted_;

@@ -33,11 +33,13 @@ double real_number(const std::string& text, double least, double most) {
 
 int choice(const std::string& text, std::span<const char* const> known) {
     std::string list;
+    std::vector<std::string> words;
     for (std::size_t i = 0; i < known.size(); ++i) {
         if (text == known[i]) return static_cast<int>(i);
         list.append(i == 0 ? "" : ", ").append(known[i]);
+        words.emplace_back(known[i]);
     }
-    throw BadText(text, "not one of " + list);
+    throw BadText(text, "not one of " + list + "; the nearest is " + nearest_word(text, words));
 }
 
 std::size_t edit_distance(const std::string& a, const std::string& b) {

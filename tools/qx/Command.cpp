@@ -84,13 +84,18 @@ int run_command(int argc, const char* const* argv) {
     install_terminate_handler();
     install_signal_handlers();
     try {
-        CLI::App app("Composites pictures, exact to the bit.", "qx");
+        CLI::App app("Composites, filters and converts pictures, exact to the bit.", "qx");
         app.set_version_flag("--version", "qx " QX_VERSION);
         app.require_subcommand(1);
         app.footer(
             "Example:\n  qx comp photo.jpg logo.png --mode screen -o out.png\n  qx render scene.json -o out.####.png "
             "--frames 1-48");
         add_comp(app);
+        add_convert(app);
+        add_guess_alpha(app);
+        add_convolve(app);
+        add_adjust(app);
+        add_blend(app);
         add_render(app);
         add_modes(app);
         add_info(app);

@@ -9,6 +9,11 @@ namespace qx::tool {
 
 /// Each adds its subcommand with its options; what it does runs when the command line has been read.
 void add_comp(CLI::App& app);
+void add_convert(CLI::App& app);
+void add_guess_alpha(CLI::App& app);
+void add_convolve(CLI::App& app);
+void add_adjust(CLI::App& app);
+void add_blend(CLI::App& app);
 void add_render(CLI::App& app);
 void add_modes(CLI::App& app);
 void add_info(CLI::App& app);

@@ -119,12 +119,12 @@ int choice(const std::string& option, const std::string& text, std::span<const c
 }
 
 std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
-                                 std::size_t fewest, std::size_t most) {
+                                 std::size_t fewest, std::size_t most, double least, double highest) {
     std::vector<double> numbers;
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
         end = text.find(',', begin);
         const std::string number = text.substr(begin, end == std::string::npos ? end : end - begin);
-        numbers.push_back(real_number(option, number, -scene::kMostPlacing, scene::kMostPlacing));
+        numbers.push_back(real_number(option, number, least, highest));
     }
     if (numbers.size() >= fewest && numbers.size() <= most) return numbers;
     throw WrongUsage(option + " " + text + ": not " + form);

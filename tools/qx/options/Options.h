@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "pictures/Picture.h"
+#include "scene/Placing.h"
 #include "scene/Words.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -53,7 +54,8 @@ int whole_number(const std::string& option, const std::string& text, int least, 
 double real_number(const std::string& option, const std::string& text, double least, double most);
 /// Numbers with commas between, from `fewest` to `most` of them; `form` tells the user what they are.
 std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
-                                 std::size_t fewest, std::size_t most);
+                                 std::size_t fewest, std::size_t most, double least = -scene::kMostPlacing,
+                                 double highest = scene::kMostPlacing);
 /// The number of a word in a list.
 int choice(const std::string& option, const std::string& text, std::span<const char* const> known);
 struct Place {

@@ -3,16 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
-#include <sstream>
 
-#include "pictures/Carried.h"
 #include "pictures/Light.h"
 #include "pictures/Losses.h"
 #include "pictures/Picture.h"
-#include "platform/standalone/Host.h"
 #include "scene/Composite.h"
 #include "scene/Faults.h"
-#include "scene/InOrder.h"
 #include "scene/LayerWords.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
@@ -20,11 +16,12 @@
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/Files.h"
 
 namespace qx::tool {
 namespace {
 
-/// The pictures of one job, all of one depth after `unify`.
+/// The pictures of one job.
 struct Inputs {
     pictures::Picture background;
     struct Layer {
@@ -33,62 +30,16 @@ struct Inputs {
     std::vector<Layer> layers;
 };
 
-/// Behind the file's name; a file that is named twice has the same ones.
-void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std::string>& notes) {
-    for (const auto& note : notes) once.say({{file + note, pictures::about(file, note)}});
-}
-
-void tell(NotesOnce& once, const std::string& file, const pictures::Picture& picture) {
-    const QX_World& world = *picture.world;
-    std::ostringstream words;
-    words << world.width << " x " << world.height << ", " << world.Depth() << " bits"
-          << (picture.has_alpha ? ", alpha" : "");
-    say_detail(file, words.str());
-    tell_losses(once, file, picture.notes);
-}
-
-/// Several at once, which makes no difference to what is told.
-Inputs read_all(const CompOptions& options, NotesOnce& once) {
-    Inputs inputs;
+/// Of all pictures, the background first.
+Files files_of(const CompOptions& options, Inputs& inputs) {
     inputs.layers.resize(options.layers.size());
-    std::vector<std::pair<const std::string*, pictures::Picture*>> files = {{&options.background, &inputs.background}};
+    Files files = {{&options.background, &inputs.background}};
     for (std::size_t i = 0; i < options.layers.size(); ++i) {
         const LayerOptions& layer = options.layers[i];
         files.emplace_back(&layer.file, &inputs.layers[i].picture);
         if (!layer.mask_file.empty()) files.emplace_back(&layer.mask_file, &inputs.layers[i].mask);
     }
-    const int count = static_cast<int>(files.size());
-    Progress progress("reading", PartWatch::kSteps * count);
-    SignalWatch signals;
-    scene::in_order(count, standalone::PoolThreads(), signals, [&](int index, pictures::Watch& watch) -> scene::InTurn {
-        const auto& [file, picture] = files[static_cast<std::size_t>(index)];
-        PartWatch part(progress, watch);
-        *picture = pictures::read_picture(*file, part);
-        return [&once, file = file, picture = picture] { tell(once, *file, *picture); };
-    });
-    return inputs;
-}
-
-/// Brings all pictures to one depth. @return it
-int unify(const CompOptions& options, Inputs& inputs, NotesOnce& once) {
-    std::vector<std::pair<const std::string*, pictures::Picture*>> all = {{&options.background, &inputs.background}};
-    for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
-        auto& layer = inputs.layers[i];
-        all.emplace_back(&options.layers[i].file, &layer.picture);
-        if (layer.mask.world) all.emplace_back(&options.layers[i].mask_file, &layer.mask);
-    }
-    int depth = options.depth;
-    for (const auto& [file, picture] : all) {
-        if (options.depth == 0) depth = std::max<int>(depth, picture->world->Depth());
-    }
-    for (const auto& [file, picture] : all) {
-        tell_losses(once, *file, pictures::lost_at_depth(*picture, depth));
-        pictures::bring_to_depth(*file, *picture, depth);
-        if (picture == &inputs.background) continue;
-        tell_losses(once, *file, pictures::lost_beside(*picture));
-        pictures::drop_beside(*picture);
-    }
-    return depth;
+    return files;
 }
 
 void note_mixed_light(const CompOptions& options, const Inputs& inputs) {
@@ -154,9 +105,11 @@ void run(const CompOptions& options) {
     options.encoding.check(options.output);
     const Library library;
     NotesOnce once;
-    Inputs inputs = read_all(options, once);
+    Inputs inputs;
+    const Files files = files_of(options, inputs);
+    read_all(files, once);
     note_mixed_light(options, inputs);
-    const int depth = unify(options, inputs, once);
+    const int depth = unify(files, options.depth, once);
     QX_World& background = *inputs.background.world;
     {
         Progress progress("compositing", PartWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
@@ -167,11 +120,7 @@ void run(const CompOptions& options) {
         }
     }
     note_losses(options, inputs, depth, once);
-    {
-        FileProgress progress("writing");
-        pictures::write_picture(options.output, inputs.background, depth, options.encoding.write_options(), progress);
-    }
-    say_detail(options.output, "written");
+    write_result(options.output, inputs.background, depth, options.encoding);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "pictures/Dither.h"
 #include "pictures/Light.h"
 #include "pictures/Losses.h"
 #include "pictures/Movie.h"
@@ -104,8 +105,10 @@ void make_pictures(const Job& job, const scene::FramePattern& names) {
         std::vector<Note> notes;
         watch.must_go_on();
         if (!job.options.resume || !is_whole(name, job.render, number, watch)) {
-            const pictures::Picture frame = job.render.frame(number, watch);
+            pictures::Picture frame = job.render.frame(number, watch);
             notes = losses(job, number, name, frame);
+            const bool dithers = job.scene.dither && pictures::file_depth(name, job.scene.depth) == 8;
+            if (dithers) pictures::dither_to_8(name, frame);
             file =
                 pictures::write_uncommitted(name, frame, job.scene.depth, job.options.encoding.write_options(), watch);
         }
@@ -159,14 +162,15 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     NotesOnce once;
     const auto make = [&](int index, pictures::Watch& frame_watch) -> scene::InTurn {
         const int number = frames.frame(index);
-        const pictures::Picture frame = render.frame(number, frame_watch);
+        pictures::Picture frame = render.frame(number, frame_watch);
         if (frame.world->width != width || frame.world->height != height) {
             throw pictures::Failure(options.output,
                                     "frame " + std::to_string(number) + " has another size than the first");
         }
-        const std::shared_ptr<const QX_World> shown = opaque(options.output, *frame.world, frame_watch);
         auto lost = pictures::lost_at_depth(frame, 8);
         for (const auto& note : pictures::lost_beside(frame)) lost.push_back(note);
+        if (scene.dither) pictures::dither_to_8(options.output, frame);
+        const std::shared_ptr<const QX_World> shown = opaque(options.output, *frame.world, frame_watch);
         std::vector<Note> notes;
         notes.reserve(lost.size());
         for (const auto& note : lost) notes.push_back({note, pictures::about(scene.file, note)});

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/EffectRead.h"
+
+#include <filesystem>
+
+#include "scene/SceneValues.h"
+
+namespace qx::scene {
+namespace {
+
+/// Reads the values of keys, and learns whether they move.
+class Reader {
+public:
+    explicit Reader(const std::string& folder) : folder_(folder) {}
+    bool moves() const { return moves_; }
+
+    /// @param more  keys that are known besides
+    void read(const SceneNode& node, const Keys& keys, std::vector<std::string> more) {
+        for (const Key& key : keys) more.emplace_back(key.name);
+        more.emplace_back("comment");
+        node.check_keys(more);
+        if (const auto comment = node.find("comment")) static_cast<void>(comment->text());
+        for (const Key& key : keys) {
+            if (!node.find(key.name)) continue;
+            std::visit([&](const auto& kind) { take(node, key.name, kind); }, key.kind);
+        }
+    }
+
+private:
+    void take(const SceneNode& node, const char* name, const NumbersKey& key) {
+        std::visit(
+            [&](auto* track) {
+                read_track(node, name, key.fewest, key.least, key.most, *track);
+                moves_ = moves_ || track->moves();
+            },
+            key.to);
+    }
+    void take(const SceneNode& node, const char* name, const WholeKey& key) {
+        *key.to = node.need(name).whole(key.least, key.most);
+    }
+    void take(const SceneNode& node, const char* name, const ChoiceKey& key) {
+        const SceneNode value = node.need(name);
+        const std::string text = value.is_number() ? words(value.number(-1e9, 1e9)) : value.text();
+        *key.to = value.read_by([&] { return choice(text, key.words); });
+    }
+    void take(const SceneNode& node, const char* name, const FlagKey& key) { *key.to = node.need(name).flag(); }
+    void take(const SceneNode& node, const char* name, const TextKey& key) {
+        const SceneNode value = node.need(name);
+        value.read_by([&] { key.read(value.text()); });
+    }
+    void take(const SceneNode& node, const char* name, const DocumentKey& key) {
+        const SceneNode value = node.need(name);
+        const std::string path = (std::filesystem::path(folder_) / value.text()).string();
+        *key.to = {path, text_of_file(path)};
+    }
+    void take(const SceneNode& node, const char* name, const PictureKey& key) {
+        *key.to = read_file(node.need(name), folder_);
+        moves_ = moves_ || (*key.to)->name.has_place();
+    }
+    void take(const SceneNode& node, const char* name, const ListKey& key) {
+        for (const SceneNode& item : node.need(name).items(1, kMostItems)) read(item, key.next(), {});
+    }
+
+    const std::string& folder_;
+    bool moves_ = false;
+};
+
+}  // namespace
+
+SceneEffect read_effect(const SceneNode& node, const std::string& folder) {
+    if (!node.is_object()) node.fault("is not an object");
+    const SceneNode name = node.need("effect");
+    std::shared_ptr<Effect> effect = name.read_by([&] { return new_effect(name.text()); });
+    Reader reader(folder);
+    reader.read(node, effect->keys(), {"effect"});
+    node.read_by([&] { effect->settle(); });
+    return {node.place(), effect, reader.moves()};
+}
+
+}  // namespace qx::scene

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/work/PictureJob.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "pictures/Carried.h"
+#include "pictures/Dither.h"
+#include "pictures/Light.h"
+#include "pictures/Losses.h"
+#include "scene/LayerWords.h"
+#include "tools/qx/Library.h"
+#include "tools/qx/terminal/Progress.h"
+
+namespace qx::tool {
+
+class PictureJob::Born : public Library {};
+
+void add_picture_options(CLI::App& command, PictureOptions& options) {
+    command
+        .add_option("--depth", options.depth,
+                    "bits to work with (default: the inputs' deepest); 16 has 32,769 steps, 32 every value of 16-bit "
+                    "files")
+        ->type_name("8|16|32");
+    add_encoding_options(command, options.encoding);
+    command.add_option("-o,--output", options.output, "file to write: " + pictures::known_endings())
+        ->required()
+        ->type_name("FILE");
+    add_common_options(command, options.common);
+}
+
+int PictureOptions::asked_depth() const {
+    return depth.empty() ? 0 : 8 << choice("--depth", depth, scene::kDepthWords);
+}
+
+PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> inputs)
+    : options_(options), inputs_(std::move(inputs)) {
+    apply_common_options(options.common);
+    check_output_option(options.output);
+    options.encoding.check(options.output);
+    const int depth = options.asked_depth();
+    library_ = std::make_unique<Born>();
+    pictures_.resize(inputs_.size());
+    Files files;
+    for (std::size_t i = 0; i < inputs_.size(); ++i) files.emplace_back(&inputs_[i], &pictures_[i]);
+    read_all(files, once_);
+    depth_ = unify(files, depth, once_);
+    if (picture().linear != pictures::is_linear_format(options.output)) say_note(pictures::kLightIsMixed);
+}
+
+PictureJob::~PictureJob() = default;
+
+void PictureJob::apply(const scene::Effect& effect, const char* words) {
+    pictures::Picture& work = picture();
+    const std::string& file = inputs_.front();
+    const auto show = [&](const scene::SceneFile& wanted) {
+        const auto found = std::find(inputs_.begin(), inputs_.end(), wanted.at(0));
+        const auto& shown = pictures_[static_cast<std::size_t>(found - inputs_.begin())].world;
+        return std::shared_ptr<const QX_World>(std::shared_ptr<void>(), shown.get());
+    };
+    const auto note = [&](const std::string& text) { tell_losses(once_, file, {text}); };
+    Progress progress(words, PartWatch::kSteps);
+    const SignalWatch signals;
+    PartWatch watch(progress, signals);
+    const int width = work.world->width, height = work.world->height;
+    scene::Canvas canvas{std::move(work.world)};
+    effect.apply(canvas, {0, file, show, note, watch});
+    work.world = std::move(canvas.world);
+    if (work.world->width == width && work.world->height == height) return;
+    tell_losses(once_, file, pictures::lost_beside(work));
+    pictures::drop_beside(work);
+}
+
+void PictureJob::write(int depth, bool dither) {
+    for (std::size_t i = 1; i < inputs_.size(); ++i) {
+        tell_losses(once_, inputs_[i], pictures::taken_otherwise(pictures_[i], picture()));
+        pictures::add_precision(picture(), pictures_[i]);
+    }
+    tell_losses(once_, inputs_.front(),
+                pictures::left_out(options_.output, picture(), depth, options_.encoding.write_options()));
+    if (dither && pictures::file_depth(options_.output, depth) == 8) pictures::dither_to_8(inputs_.front(), picture());
+    write_result(options_.output, picture(), depth, options_.encoding);
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "scene/effects/Effect.h"
+#include "tools/qx/options/Options.h"
+#include "tools/qx/work/Files.h"
+
+// What the subcommands share that make one picture of one or more.
+namespace qx::tool {
+
+struct PictureOptions {
+    CommonOptions common;
+    EncodingOptions encoding;
+    std::string output, depth;
+    int asked_depth() const;  ///< 0 stands for the inputs' deepest; throws WrongUsage
+};
+/// -o, --depth, those of the encoding and those of every subcommand.
+void add_picture_options(CLI::App& command, PictureOptions& options);
+
+/// Checks the options, reads, lets effects work, writes. The library lives as long.
+class PictureJob {
+public:
+    /// @param inputs  the first is the one that is worked on
+    PictureJob(const PictureOptions& options, std::vector<std::string> inputs);
+    ~PictureJob();
+
+    pictures::Picture& picture() { return pictures_.front(); }
+    int depth() const { return depth_; }
+    /// Shows a bar with these words. Pictures that it asks for are those of the inputs.
+    void apply(const scene::Effect& effect, const char* words);
+    /// @param depth   of the file, where its format has it
+    /// @param dither  noise where deeper pixels become 8-bit ones
+    void write(int depth, bool dither);
+    void write() { write(depth_, false); }
+
+private:
+    class Born;
+    const PictureOptions& options_;
+    const std::vector<std::string> inputs_;
+    std::unique_ptr<Born> library_;
+    std::vector<pictures::Picture> pictures_;
+    NotesOnce once_;
+    int depth_ = 0;
+};
+
+}  // namespace qx::tool

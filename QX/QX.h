@@ -47,5 +47,6 @@
 #include "QX/world/QX_IteratePixels.h"
 #include "QX/world/QX_PixelData.h"
 #include "QX/world/QX_UnoBuffer.h"
+#include "QX/world/QX_UnoCombine.h"
 #include "QX/world/QX_World.h"
 #include "QX/world/QX_WorldX.h"

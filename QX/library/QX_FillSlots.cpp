@@ -7,10 +7,12 @@
 #include "QX/iterate/QX_IterateSlots.h"
 #include "QX/pixelops/QX_PixelopsSlots.h"
 #include "QX/sampling/QX_SamplingSlots.h"
+#include "QX/world/QX_UnoKernels.h"
 
 void qx::fill_slots(const Processor& processor) {
     fill_iterate_slots();
     fill_pixelops_slots(processor.level());
+    choose_uno_kernels(processor.level());
     fill_sampling_slots(processor);
     fill_filters_slots(processor.level());
     fill_compositing_slots(processor.level());

@@ -23,9 +23,12 @@ public:
     ~NoiseRow();
     NoiseRow(const NoiseRow&) = delete;
     NoiseRow& operator=(const NoiseRow&) = delete;
-    std::uint32_t next() {
+    std::uint32_t next() { return next_if(true); }
+    /// The next value, which is used up only if it is `wanted`.
+    std::uint32_t next_if(bool wanted) {
         const std::uint32_t value = *cursor_;
-        if (++cursor_ == end_) cursor_ = start_;
+        cursor_ += wanted;
+        if (cursor_ == end_) cursor_ = start_;
         return value;
     }
     /// Values side by side, four a pixel, for one pixel or more, up to `wanted`. They hold until the next call.

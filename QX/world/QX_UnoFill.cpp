@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "QX/indep/QX_Fixed.h"
+#include "QX/world/QX_UnoKernels.h"
 #include "QX/world/QX_UnoRows.h"
 #include "platform/M_Geometry.h"
 
@@ -31,13 +32,11 @@ template <class Sample> int fill(Sample value, const M_LRect* rect, int depth, Q
     return 0;
 }
 
-/// Each sample of a row becomes what `change` makes of it, its low bits.
-template <class D, class Change> void change_row(const QX_UnoBuffer& buffer, std::int32_t y, const Change& change) {
-    using Sample = typename D::Channel;
-    Sample* const row = samples_at<Sample>(buffer, 0, y);
-    for (std::int32_t x = 0; x < buffer.width; ++x) {
-        row[x] = static_cast<Sample>(change(typename D::Lane{row[x]}));
-    }
+template <class D> const UnoRows<typename D::Channel>& kernels() {
+    return chosen_uno_kernels().rows<typename D::Channel>();
+}
+template <class D> typename D::Channel* row_at(const QX_UnoBuffer& buffer, std::int32_t y) {
+    return samples_at<typename D::Channel>(buffer, 0, y);
 }
 
 }  // namespace
@@ -55,7 +54,7 @@ int QX_FadeUnoBuffer(const QX_ProgressInfo* progress, float opacity, QX_UnoBuffe
         const auto o = sample_of<D>(opacity);
         return guarded([&] {
             for (std::int32_t y = 0; y < buffer->height; ++y) {
-                change_row<D>(*buffer, y, [o](auto s) { return D::mul(s, o); });
+                kernels<D>().fade(buffer->width, o, row_at<D>(*buffer, y));
                 poll_row(progress, y, buffer->height);
             }
         });
@@ -66,13 +65,8 @@ int QX_InvertAndFadeUnoBuffer(const QX_ProgressInfo* progress, std::int32_t opac
     return with_samples(buffer, [&]<class D>() {
         const std::int32_t limited = std::clamp(opacity, 0, kFixedOne);
         const auto o = truncate_to_int(limited * 0x1p-16 * D::full + 0.5);
-        return for_uno_rows(progress, buffer->height, [&](std::int32_t y) {
-            if (o == D::full) {
-                change_row<D>(*buffer, y, [](auto s) { return D::comp(s); });
-            } else {
-                change_row<D>(*buffer, y, [o](auto s) { return D::mul(D::comp(s), o); });
-            }
-        });
+        return for_uno_rows(progress, buffer->height,
+                            [&](std::int32_t y) { kernels<D>().invert(buffer->width, o, row_at<D>(*buffer, y)); });
     });
 }
 

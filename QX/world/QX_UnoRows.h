@@ -28,19 +28,30 @@ template <class Body> int with_samples(const QX_UnoBuffer* buffer, const Body& b
     return report_damaged_mask();
 }
 
-/// An opacity as a sample. NaN is 0.
-template <class D> typename D::Lane sample_of(float opacity) {
-    const float limited = opacity > 0 ? lesser(opacity, 1.0f) : 0.0f;
-    return truncate_to_int(static_cast<double>(limited * static_cast<float>(D::full)) + 0.5);
+/// The same for a live one of any depth.
+template <class Body> int with_any_samples(const QX_UnoBuffer* buffer, const Body& body) {
+    if (is_live(buffer) && buffer->depth == 32) return body.template operator()<DepthFloat>();
+    return with_samples(buffer, body);
 }
 
-/// Calls row(y) for all rows on all processors. The calling thread asks every 64 rows. @return the answer that ended it
-template <class Row> int for_uno_rows(const QX_ProgressInfo* progress, std::int32_t rows, const Row& row) {
+/// Limited to 0..1; NaN is 0.
+inline float limited_share(float v) { return v > 0 ? lesser(v, 1.0f) : 0.0f; }
+
+/// An opacity as a sample.
+template <class D> typename D::Lane sample_of(float opacity) {
+    return truncate_to_int(static_cast<double>(limited_share(opacity) * static_cast<float>(D::full)) + 0.5);
+}
+
+/// Calls row(y) for all rows, on all processors or as `iterate` does. The calling thread asks every 64 rows. @return
+/// the answer that ended it
+template <class Row>
+int for_uno_rows(const QX_ProgressInfo* progress, std::int32_t rows, const Row& row,
+                 decltype(&QX_IterateGeneric) iterate = &QX_IterateGeneric) {
     struct Context {
         const QX_ProgressInfo* progress;
         const Row& row;
     } context{progress, row};
-    return QX_IterateGeneric(rows, &context, [](void* refcon, std::int32_t thread, std::int32_t y, std::int32_t count) {
+    return iterate(rows, &context, [](void* refcon, std::int32_t thread, std::int32_t y, std::int32_t count) {
         const auto& c = *static_cast<const Context*>(refcon);
         return guarded([&] {
             c.row(y);

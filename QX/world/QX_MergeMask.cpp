@@ -17,10 +17,10 @@ template <class D, class Mask> typename D::Channel weakened(typename D::Channel 
     if constexpr (D::number == 32) {
         return alpha * convert_channel<QX_PixelFloat, double, typename Mask::Pixel>(sample);
     } else if constexpr (D::number == Mask::number) {
-        return static_cast<Channel>(D::mul(typename D::Lane{alpha}, typename D::Lane{sample}));
+        return static_cast<Channel>(D::mul(std::int64_t{alpha}, std::int64_t{sample}));
     } else {
         const Channel m = convert_channel<typename D::Pixel, double, typename Mask::Pixel>(sample);
-        return static_cast<Channel>(D::mul(typename D::Lane{alpha}, typename D::Lane{m}));
+        return static_cast<Channel>(D::mul(std::int64_t{alpha}, std::int64_t{m}));
     }
 }
 
@@ -55,7 +55,8 @@ struct PlacedMask {
     bool has_row(std::int64_t world_row) const { return world_row >= part.top + y && world_row < part.bottom + y; }
     /// Of the columns of an area; an empty one at its left where there are none.
     Run columns_in(const M_LRect& area) const {
-        const std::int64_t from = std::max(area.left, part.left + x), to = std::min(area.right, part.right + x);
+        const std::int64_t from = std::max<std::int64_t>(area.left, part.left + x);
+        const std::int64_t to = std::min<std::int64_t>(area.right, part.right + x);
         if (from >= to) return {area.left, area.left};
         return {static_cast<std::int32_t>(from), static_cast<std::int32_t>(to)};
     }

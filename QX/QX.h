@@ -13,6 +13,7 @@
 #include "QX/drawing/QX_DebugPrint.h"
 #include "QX/drawing/QX_Drawing.h"
 #include "QX/drawing/QX_SpecialCasePixelBlit.h"
+#include "QX/filters/QX_Blur.h"
 #include "QX/filters/QX_Convolve.h"
 #include "QX/filters/QX_GaussianKernel.h"
 #include "QX/filters/QX_UnoScan.h"

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+// Line blurs at every level against their model.
+#include "QX/filters/QX_Blur.h"
+
+#include "tests/filters/BlurModel.h"
+
+namespace qx::test {
+namespace {
+
+template <class Pixel> class BlurAt : public testing::Test {};
+TYPED_TEST_SUITE(BlurAt, AllDepths);
+
+/// Blurs of all kinds from a seed. A fifth has radii that reach over most lines.
+Blur random_blur(Numbers& number) {
+    Blur b;
+    const float radii[] = {0, 0.25f, 0.5f, 1, 1.5f, 2, 3.7f, 5, 8, 20, 33.3f, 70};
+    b.radius = radii[number(0, 12)];
+    b.flags = static_cast<std::uint32_t>((number(0, 3) == 0 ? number(0, 16) : 15) | number(0, 2) << 4);
+    b.iterations = number(-1, 5);
+    if (number(0, 2) == 0) b.iterations = -1;
+    b.from_columns = number(0, 2) != 0;
+    b.to_columns = number(0, 4) == 0 ? !b.from_columns : b.from_columns;
+    b.straight = number(0, 2) != 0;
+    b.copies = number(0, 4) == 0;
+    return b;
+}
+
+TYPED_TEST(BlurAt, EveryLevelGivesTheModelsPixels) {
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        for (const auto seed : seeds(400)) {
+            SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << " seed " << seed);
+            Numbers number(static_cast<unsigned>(seed));
+            const Blur blur = random_blur(number);
+            const bool is_long = number(0, 8) == 0, beside = number(0, 4) == 0;
+            const int length = is_long ? number(200, 700) : number(1, 68),
+                      lines = is_long ? number(1, 9) : number(1, 40);
+            const auto fill = [&] { return kAllFills[number(0, 6)]; };
+            const auto plate = [&](bool columns, int along, int across) {
+                return Plate<TypeParam>(columns ? across : along, columns ? along : across, fill(), seed, number(0, 17),
+                                        number(0, 9));
+            };
+            const Plate<TypeParam> src = plate(blur.from_columns, length, lines);
+            Plate<TypeParam> dst =
+                plate(blur.to_columns, beside ? number(1, 90) : length, beside ? number(1, 40) : lines);
+            if (beside) {
+                dst.world->origin_x = number(-30, 30), dst.world->origin_y = number(-30, 30);
+                src.world->origin_x = number(-30, 30), src.world->origin_y = number(-30, 30);
+            }
+            BlurModel<TypeParam>::expect(blur, src, dst);
+            if (this->HasFatalFailure()) return;
+        }
+    }
+}
+
+TYPED_TEST(BlurAt, BandsAndThreadsDontShow) {
+    const Plate<TypeParam> src(301, 170, FillKind::layer, 5);
+    for (const auto& [passes, columns] : each(std::array{-1, 1, 3}, std::array{false, true})) {
+        const Blur blur{.radius = 6.5f,
+                        .flags = 31,
+                        .iterations = passes,
+                        .from_columns = columns,
+                        .to_columns = columns,
+                        .straight = true};
+        std::vector<std::byte> first;
+        for (const int bands : {1, 2, 7, 32}) {
+            const Born born(bands);
+            Plate<TypeParam> dst(301, 170, FillKind::clear, 0);
+            blur(src.world.get(), dst.world.get());
+            if (first.empty()) first = dst.memory;
+            EXPECT_TRUE(dst.memory == first) << bands << " bands, " << blur;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qx::test

@@ -5,6 +5,7 @@
 #include "QX/sampling/QX_AreaSample.h"
 #include "QX/sampling/QX_Samp.h"
 #include "QX/sampling/QX_SampForms.h"
+#include "QX/sampling/QX_SummedAreaKernels.h"
 
 namespace qx {
 
@@ -39,6 +40,7 @@ void fill_samplers16() {
 
 void fill_sampling_slots(const Processor& processor) {
     choose_samp_forms(processor);
+    choose_summed_area_kernels(processor.level());
     fill_samplers8();
     fill_samplers16();
 }

@@ -6,14 +6,27 @@
 #include <cstring>
 
 #include "QX/filters/QX_GaussianKernel.h"
+#include "QX/filters/QX_UnoScanKernels.h"
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_Report.h"
 #include "platform/TK_Memory.h"
 
 namespace {
 
+using qx::BoxQuotient;
+using qx::BoxWindow;
 using qx::Depth16;
 using qx::Depth8;
+
+const qx::UnoScanKernels* kernels = &qx::plain::uno_scan_kernels;
+
+template <class Sample> qx::BoxMeans<Sample>* means_of() {
+    if constexpr (sizeof(Sample) == 1) {
+        return kernels->means8;
+    } else {
+        return kernels->means16;
+    }
+}
 
 /// A line and the span of it that changes; a pass reads the copy of what the line was.
 template <class Sample> struct Scan {
@@ -28,50 +41,28 @@ template <class Sample> struct Scan {
     std::int64_t copied(std::int64_t at) const { return scratch[std::clamp<std::int64_t>(at, 0, len - 1)]; }
 };
 
-/// Quotients by one divisor, from 2 to below 2^31, of n below 2^32 at 8 bits, and below 2^16 times the divisor at 16
-/// bits, where the divisor is 2^15 or more. The factor f lies above 2^k / divisor, by less than 1, so n * f / 2^k lies
-/// above n / divisor by less than n / 2^k. That stays below 1 / divisor, and so below the next integer: n * divisor is
-/// less than 2^k, with k = 64 for divisors below 2^24, as they are at 8 bits, and less than 2^16 * 2^62 with k = 78.
-template <class D> class Quotient {
-public:
-    explicit Quotient(std::int64_t divisor)
-        : factor_(static_cast<std::uint64_t>((kOne - 1) / static_cast<Wide>(divisor)) + 1) {}
-    std::int64_t operator()(std::int64_t n) const {
-        return static_cast<std::int64_t>(static_cast<Wide>(n) * factor_ >> kShift);
-    }
-
-private:
-    __extension__ using Wide = unsigned __int128;
-    static constexpr int kShift = D::number == 8 ? 64 : 78;
-    static constexpr Wide kOne = Wide{1} << kShift;
-    std::uint64_t factor_;
-};
-
-/// A pass over a span: the mean of the samples nearer than `reach`, and of `share` parts of `full` of the two at
-/// `reach`. Kept: of these the left one counts inside the line alone.
+/// A pass over a span. Kept: of the two samples at the reach the left one counts inside the line alone.
 template <class D> class BoxPass {
 public:
     using Sample = typename D::Channel;
 
-    BoxPass(const Scan<Sample>& scan, std::int32_t reach, std::int32_t share)
-        : scan_(scan), reach_(reach), share_(share) {}
+    BoxPass(const Scan<Sample>& scan, const BoxWindow& window) : scan_(scan), window_(window) {}
 
     void run() {
-        scan_.copy(reach_);
+        scan_.copy(window_.reach);
         sum_ = first_sum();
         // Where the whole window lies inside no place is limited.
-        const std::int32_t left = std::clamp(reach_, scan_.start, scan_.end);
-        const std::int32_t right = std::clamp(scan_.len - reach_, left, scan_.end);
-        const auto limited = [scan = scan_](std::int64_t at) { return scan.copied(at); };
-        const auto inside = [copy = scan_.scratch](std::int64_t at) { return std::int64_t{copy[at]}; };
-        step<false>(scan_.start, left, limited);
-        step<true>(left, right, inside);
-        step<true>(right, scan_.end, limited);
+        const std::int32_t left = std::clamp(window_.reach, scan_.start, scan_.end);
+        const std::int32_t right = std::clamp(scan_.len - window_.reach, left, scan_.end);
+        limited_means<1>(scan_.start, left);
+        if (left < right) means_of<Sample>()(right - left, window_, scan_.scratch + left, &sum_, scan_.line + left);
+        limited_means<2>(right, scan_.end);
     }
 
 private:
     std::int64_t first_sum() const {
-        const std::int64_t from = std::int64_t{scan_.start} - reach_ + 1, to = std::int64_t{scan_.start} + reach_;
+        const std::int64_t from = std::int64_t{scan_.start} - window_.reach + 1;
+        const std::int64_t to = std::int64_t{scan_.start} + window_.reach;
         std::int64_t sum = std::max<std::int64_t>(0, -from) * scan_.copied(0) +
                            std::max<std::int64_t>(0, to - scan_.len) * scan_.copied(to);
         for (auto i = std::max<std::int64_t>(from, 0); i < std::min<std::int64_t>(to, scan_.len); ++i) {
@@ -80,25 +71,20 @@ private:
         return sum;
     }
 
-    /// What a step needs is held apart from the line, of which the compiler cannot tell that it lies elsewhere.
-    template <bool has_left, class At> void step(std::int64_t from, std::int64_t to, const At at) {
+    template <int ends_inside> void limited_means(std::int64_t from, std::int64_t to) {
         if (from >= to) return;
-        const Quotient<D> quotient(std::int64_t{D::full} * (2 * reach_ - 1) +
-                                   std::int64_t{share_} * (has_left ? 2 : 1));
-        const std::int64_t reach = reach_, share = share_;
-        Sample* const line = scan_.line;
-        std::int64_t sum = sum_, left = at(from - reach);
+        const BoxQuotient<D> quotient(window_.divisor<D>(ends_inside));
+        const Scan<Sample> scan = scan_;
         for (std::int64_t x = from; x < to; ++x) {
-            const std::int64_t right = at(x + reach), ends = has_left ? left + right : right;
-            line[x] = static_cast<Sample>(quotient(D::full * sum + share * ends + D::half));
-            left = at(x - reach + 1);
-            sum += right - left;
+            const std::int64_t right = scan.copied(x + window_.reach);
+            const std::int64_t ends = right + (ends_inside == 2 ? scan.copied(x - window_.reach) : 0);
+            scan.line[x] = static_cast<Sample>(quotient(window_.weighted<D, std::int64_t>(sum_, ends)));
+            sum_ += right - scan.copied(x - window_.reach + 1);
         }
-        sum_ = sum;
     }
 
     const Scan<Sample>& scan_;
-    std::int32_t reach_, share_;
+    const BoxWindow window_;
     std::int64_t sum_ = 0;
 };
 
@@ -150,7 +136,7 @@ template <class D> int bell_scan(const Scan<typename D::Channel>& scan, double r
 template <class D> int g_scan(int kind, const Scan<typename D::Channel>& scan, std::int32_t radius) {
     if (kind == 1) return bell_scan<D>(scan, radius * 0x1p-16);
     const std::int32_t k = std::max(((radius >> 1) + 0x8000) >> 16, 0);
-    BoxPass<D>(scan, k + 1, 0).run();
+    BoxPass<D>(scan, {k + 1, 0}).run();
     return 0;
 }
 
@@ -162,7 +148,7 @@ template <class D> int box_scan(int passes, Scan<typename D::Channel> scan, std:
     scan.end = std::min<std::int32_t>(scan.len, scan.end + std::min(margin, scan.len - scan.end));
     const auto whole = static_cast<std::int32_t>(r);
     const auto share = static_cast<std::int32_t>((r - whole) * D::full);
-    for (int pass = 0; pass < (passes != 0 ? 3 : 1); ++pass) BoxPass<D>(scan, whole + 1, share).run();
+    for (int pass = 0; pass < (passes != 0 ? 3 : 1); ++pass) BoxPass<D>(scan, {whole + 1, share}).run();
     return 0;
 }
 
@@ -176,6 +162,8 @@ int with_span(std::int32_t len, std::int32_t start, std::int32_t end, Sample* sc
 }
 
 }  // namespace
+
+void qx::choose_uno_scan_kernels(Level level) { kernels = &uno_scan_kernels_of(level); }
 
 int QX_BoxBlurUnoScan(int passes, std::int32_t len, std::int32_t start, std::int32_t end, std::int32_t radius,
                       std::uint8_t* scratch, std::uint8_t* scan) {

@@ -94,20 +94,21 @@ protected:
 using SampleTypes = testing::Types<std::uint8_t, std::uint16_t>;
 TYPED_TEST_SUITE(UnoScanOf, SampleTypes);
 
-TYPED_TEST(UnoScanOf, GivesTheQuotientsOfWholeWindows) {
-    const Born born(1);
-    for (const auto seed : seeds(20000)) {
-        Numbers random(static_cast<unsigned>(seed));
-        std::vector<TypeParam> line(static_cast<std::size_t>(random(1, seed % 20 == 0 ? 2000 : 68)));
-        for (TypeParam& s : line) s = this->sample(random);
-        const int len = static_cast<int>(line.size());
-        const auto radius = [&](int most) { return random(0, 9) == 0 ? random(0, most) << 16 : random(0, most << 16); };
-        const Scan<TypeParam> scan{random(0, 2) == 0, random(0, 3), random(-9, len), random(0, len + 9),
-                                   radius(random(0, 2) == 0 ? 7 : 200)};
-        const auto want = expected(scan, line);
-        ASSERT_EQ(scan(line, 9), 0);
-        ASSERT_EQ(line, want) << "seed " << seed << " box " << scan.box << " kind " << scan.kind << " span "
-                              << scan.start << " to " << scan.end << " radius " << scan.radius;
+TYPED_TEST(UnoScanOf, GivesTheQuotientsOfWholeWindowsAtEveryLevel) {
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        for (const auto seed : seeds(20000)) {
+            Numbers random(static_cast<unsigned>(seed));
+            std::vector<TypeParam> line(static_cast<std::size_t>(random(1, seed % 20 == 0 ? 2000 : 68)));
+            for (TypeParam& s : line) s = this->sample(random);
+            const int len = static_cast<int>(line.size()), most = random(0, 2) == 0 ? 7 : 200;
+            const Scan<TypeParam> scan{random(0, 2) == 0, random(0, 3), random(-9, len), random(0, len + 9),
+                                       random(0, 9) == 0 ? random(0, most) << 16 : random(0, most << 16)};
+            const auto want = expected(scan, line);
+            ASSERT_EQ(scan(line, 9), 0);
+            ASSERT_EQ(line, want) << "seed " << seed << " box " << scan.box << " kind " << scan.kind << " span "
+                                  << scan.start << " to " << scan.end << " radius " << scan.radius;
+        }
     }
 }
 

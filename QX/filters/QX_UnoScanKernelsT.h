@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+// Body of running means, for one level. Where registers hold doubles for four samples or more, sums are made side by
+// side; elsewhere one after the other.
+#include "QX/filters/QX_UnoScanKernels.h"
+#include "lanes/Doubles.h"
+#include "lanes/Level.h"
+#include "lanes/PixelAccess.h"
+
+namespace qx::QX_ISA {
+
+/// Lanes moved up by `step`, with zeros in front.
+template <int step, class V> QX_INLINE V moved_up(V v) {
+    return reordered(v, V{}, [](int lane) { return lane < step ? lanes_in<V> + lane : lane - step; });
+}
+/// In every lane the sum of those up to it.
+template <class V> QX_INLINE V running_sums(V v) {
+    v += moved_up<1>(v);
+    v += moved_up<2>(v);
+    if constexpr (lanes_in < V >> 4) v += moved_up<4>(v);
+    return v;
+}
+
+/// Whole registers of the means; sums must fit 32 bits.
+///
+/// Weighted sums n are exact in double, whatever the order. (n + 1/2) / divisor lies 1 / (2 * divisor), which is more
+/// than 2^-32, or more from the next integer, and the roundings of the reciprocal and of the product move a quotient
+/// below 2^16 by at most 2^-36: truncated it is the quotient of integers. @return how many were made
+template <class D, class V, class Sample>
+QX_INLINE std::int32_t means_side_by_side(std::int32_t count, const BoxWindow& window, const Sample* copy,
+                                          std::int64_t* sum, Sample* line) {
+    using F = DoublesOf<V>;
+    constexpr int lanes = lanes_in<V>;
+    const double reciprocal = 1.0 / static_cast<double>(window.divisor<D>(2));
+    const BoxWindow w = window;
+    V before = splat<V>(*sum);
+    std::int32_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        const auto at = [=](std::int32_t i) QX_LAMBDA { return load_channels<V, Sample>(copy + x + i); };
+        const V right = at(w.reach), change = right - at(1 - w.reach), changed = running_sums(change);
+        const F n = w.weighted<D, F>(to_double(before + changed - change), to_double(right + at(-w.reach)));
+        const V mean = narrowed_to_int((n + 0.5) * reciprocal);
+        store_lanes(line + x, __builtin_convertvector(mean, Vector<Sample, lanes * sizeof(Sample)>));
+        before += splat<V>(changed[lanes - 1]);
+    }
+    *sum = before[0];
+    return x;
+}
+
+template <class D, class Sample = typename D::Channel>
+void means(std::int32_t count, const BoxWindow& window, const Sample* copy, std::int64_t* sum, Sample* line) {
+    std::int32_t x = 0;
+    if constexpr (kRegister > 16) {
+        const bool fits = std::int64_t{window.reach} * (2 * std::int64_t{static_cast<Sample>(-1)}) < INT32_MAX;
+        if (fits) x = means_side_by_side<D, Vector<std::int32_t, kRegister / 2>>(count, window, copy, sum, line);
+    }
+    const BoxQuotient<D> quotient(window.divisor<D>(2));
+    const std::ptrdiff_t reach = window.reach;
+    const BoxWindow w = window;
+    std::int64_t inner = *sum;
+    for (; x < count; ++x) {
+        const std::int64_t right = copy[x + reach];
+        line[x] = static_cast<Sample>(quotient(w.weighted<D, std::int64_t>(inner, right + copy[x - reach])));
+        inner += right - copy[x - reach + 1];
+    }
+    *sum = inner;
+}
+
+const UnoScanKernels uno_scan_kernels{&means<Depth8>, &means<Depth16>};
+
+}  // namespace qx::QX_ISA

@@ -6,7 +6,8 @@
 namespace qx::scene {
 namespace {
 
-constexpr EffectKind kKinds[] = {{"convolve", new_convolve}, {"adjust", new_adjust}, {"blend", new_blend}};
+constexpr EffectKind kKinds[] = {
+    {"blur", new_blur}, {"convolve", new_convolve}, {"matte", new_matte}, {"adjust", new_adjust}, {"blend", new_blend}};
 
 }  // namespace
 

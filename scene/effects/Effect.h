@@ -55,7 +55,9 @@ std::span<const EffectKind> effect_kinds();
 /// Throws BadText with the nearest name.
 std::unique_ptr<Effect> new_effect(const std::string& name);
 
+std::unique_ptr<Effect> new_blur();
 std::unique_ptr<Effect> new_convolve();
+std::unique_ptr<Effect> new_matte();
 std::unique_ptr<Effect> new_adjust();
 std::unique_ptr<Effect> new_blend();
 

@@ -93,6 +93,8 @@ int run_command(int argc, const char* const* argv) {
         add_comp(app);
         add_convert(app);
         add_guess_alpha(app);
+        add_blur(app);
+        add_matte(app);
         add_convolve(app);
         add_adjust(app);
         add_blend(app);

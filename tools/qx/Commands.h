@@ -11,6 +11,8 @@ namespace qx::tool {
 void add_comp(CLI::App& app);
 void add_convert(CLI::App& app);
 void add_guess_alpha(CLI::App& app);
+void add_blur(CLI::App& app);
+void add_matte(CLI::App& app);
 void add_convolve(CLI::App& app);
 void add_adjust(CLI::App& app);
 void add_blend(CLI::App& app);

@@ -66,6 +66,22 @@ void add(CLI::App& app, const EffectCommand& kind) {
     command->callback([line] { line->run(); });
 }
 
+const EffectCommand kBlur = {
+    "blur",
+    "Blur a picture",
+    "IN [options] -o OUT",
+    R"(Colours count by their alphas, so that what is clear leaves no dark fringe. gaussian falls off
+like a bell over the radius, box is the plain mean along rows and columns, mean that of a
+rectangle, disc that of an ellipse, which makes highlights round.
+
+Example:
+  qx blur photo.jpg --radius 12 -o soft.jpg
+  qx blur logo.png --kind box --passes 3 --radius 20 --grow -o glow.png
+  qx blur photo.jpg --kind disc --radius 30 --map depth.png --gain 2 -o focus.png)",
+    scene::new_blur,
+    "blurring",
+    nullptr};
+
 const EffectCommand kConvolve = {
     "convolve",
     "Filter a picture by a kernel of whole numbers",
@@ -111,6 +127,7 @@ Example:
 
 }  // namespace
 
+void add_blur(CLI::App& app) { add(app, kBlur); }
 void add_convolve(CLI::App& app) { add(app, kConvolve); }
 void add_adjust(CLI::App& app) { add(app, kAdjust); }
 void add_blend(CLI::App& app) { add(app, kBlend); }

@@ -54,7 +54,7 @@ void PictureJob::apply(const scene::Effect& effect, const char* words) {
     pictures::Picture& work = picture();
     const std::string& file = inputs_.front();
     const auto show = [&](const scene::SceneFile& wanted) {
-        const auto found = std::find(inputs_.begin(), inputs_.end(), wanted.at(0));
+        const auto found = std::find(inputs_.begin() + 1, inputs_.end(), wanted.at(0));  // the first is at work
         const auto& shown = pictures_[static_cast<std::size_t>(found - inputs_.begin())].world;
         return std::shared_ptr<const QX_World>(std::shared_ptr<void>(), shown.get());
     };

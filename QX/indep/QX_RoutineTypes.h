@@ -111,6 +111,10 @@ using IterateLUTFn = int(QX_InData*, std::int32_t base, std::int32_t final, QX_L
                          QX_LayerDef* dst);
 using IterateGenericFn = int(std::int32_t iterations, void* refcon, QX_IterateGenericFunc fn);
 /// `effect_ref` begins with a QX_ProgressInfo, or is null; a null `rect` is the whole world.
+using FastBlurFn = int(...);
+template <class Sample>
+using UnoScanFn = int(int form, std::int32_t len, std::int32_t start, std::int32_t end, std::int32_t radius,
+                      Sample* scratch, Sample* scan);
 using ConvolveFn = int(const QX_ProgressInfo* progress, const QX_LayerDef* src, const M_LRect* area,
                        std::uint32_t flags, std::int32_t size, const std::int32_t* a_kernel,
                        const std::int32_t* r_kernel, const std::int32_t* g_kernel, const std::int32_t* b_kernel,

@@ -51,8 +51,8 @@ using NoRoutine = void();
     X(23, CopyBitsDraft, CopyBitsFn)                           \
     X(24, CopyBitsHQ, CopyBitsFn)                              \
     X(25, CopyBitsHQPremul, CopyBitsFn)                        \
-    X(26, FastBlur, RoutineToCome)                             \
-    X(27, FastBlurPremul, RoutineToCome)                       \
+    X(26, FastBlur, FastBlurFn)                                \
+    X(27, FastBlurPremul, FastBlurFn)                          \
     X(28, Convolve, ConvolveFn)                                \
     X(29, None29, NoRoutine)                                   \
     X(30, None30, NoRoutine)                                   \
@@ -79,15 +79,15 @@ using NoRoutine = void();
     X(51, IterateOriginNoClip, IterateOriginFn)                \
     X(52, PremulRect, PremulRectFn)                            \
     X(53, IterateGeneric, IterateGenericFn)                    \
-    X(54, BoxBlurUnoScan, RoutineToCome)                       \
-    X(55, UnoScan55, RoutineToCome)                            \
-    X(56, UnoScan56, RoutineToCome)                            \
+    X(54, BoxBlurUnoScan, UnoScanFn<std::uint8_t>)             \
+    X(55, GBlurUnoScan, UnoScanFn<std::uint8_t>)               \
+    X(56, None56, NoRoutine)                                   \
     X(57, SampleWeight, SampleWeightFn)                        \
     X(58, SubpixelTranslate, TranslateSamplerFn<QX_Pixel8>)    \
     X(59, None59, NoRoutine)                                   \
     X(60, SubpixelPlus, PlusSamplerFn<QX_Pixel8>)              \
     X(61, SubpixelNoClip, PointSamplerFn<QX_Pixel8>)           \
-    X(62, UnoScan62, RoutineToCome)                            \
+    X(62, None62, NoRoutine)                                   \
     X(63, NNSample16, PointSamplerFn<QX_Pixel16>)              \
     X(64, SubpixelSample16, PointSamplerFn<QX_Pixel16>)        \
     X(65, AreaSample16, PointSamplerFn<QX_Pixel16>)            \
@@ -106,19 +106,19 @@ using NoRoutine = void();
     X(78, AlphaMerge16, MergeFn<QX_Pixel16>)                   \
     X(79, None79, NoRoutine)                                   \
     X(80, None80, NoRoutine)                                   \
-    X(81, UnoScan81, RoutineToCome)                            \
-    X(82, UnoScan82, RoutineToCome)                            \
+    X(81, None81, NoRoutine)                                   \
+    X(82, None82, NoRoutine)                                   \
     X(83, SubpixelNoClip4, FourSamplesFn)                      \
     X(84, SubpixelTranslate4, FourTranslateSamplesFn)          \
-    X(85, UnoScan85, RoutineToCome)                            \
+    X(85, None85, NoRoutine)                                   \
     X(86, SubpixelSpan, SpanSamplerFn<QX_Pixel8>)              \
     X(87, SubpixelSpan16, SpanSamplerFn<QX_Pixel16>)           \
-    X(88, UnoScan88, RoutineToCome)                            \
-    X(89, UnoScan89, RoutineToCome)                            \
+    X(88, None88, NoRoutine)                                   \
+    X(89, None89, NoRoutine)                                   \
     X(90, None90, NoRoutine)                                   \
     X(91, None91, NoRoutine)                                   \
-    X(92, BoxBlurDeepUnoScan, RoutineToCome)                   \
-    X(93, UnoScan93, RoutineToCome)                            \
+    X(92, BoxBlurDeepUnoScan, UnoScanFn<std::uint16_t>)        \
+    X(93, GBlurDeepUnoScan, UnoScanFn<std::uint16_t>)          \
     X(94, Rows8, RowLookupFn<QX_Pixel8>)                       \
     X(95, Rows8Linear, RowLookupFn<QX_Pixel8>)                 \
     X(96, Rows8Masked, RowLookupFn<QX_Pixel8>)                 \
@@ -138,8 +138,8 @@ using NoRoutine = void();
     X(110, GreyForwardFloat, FilterFn<QX_PixelFloat>)          \
     X(111, GreyReverseFloat, FilterFn<QX_PixelFloat>)          \
     X(112, AlphaMergeFloat, MergeFn<QX_PixelFloat>)            \
-    X(113, UnoScan113, RoutineToCome)                          \
-    X(114, UnoScan114, RoutineToCome)                          \
+    X(113, None113, NoRoutine)                                 \
+    X(114, None114, NoRoutine)                                 \
     X(115, RowDriver8, RowDriverFn<QX_Pixel8>)                 \
     X(116, RowDriver16, RowDriverFn<QX_Pixel16>)               \
     X(117, RowDriverFloat, RowDriverFn<QX_PixelFloat>)

@@ -5,6 +5,7 @@
 
 #include "QX/compositing/QX_Blend.h"
 #include "QX/drawing/QX_Drawing.h"
+#include "QX/filters/QX_GaussianKernel.h"
 #include "QX/indep/QX_Slots.h"
 #include "QX/pixelops/QX_ColourModels.h"
 #include "QX/pixelops/QX_Fill.h"
@@ -78,6 +79,10 @@ void* private_routine(Private routine) {
             return address(&QX_AppCallback);
         case Private::get_platform_data:
             return address(&platform_data_callback);
+        case Private::gaussian_kernel:
+            return address(&QX_GaussianKernel);
+        case Private::gaussian_value:
+            return address(&QXp_GaussianValue);
         case Private::premultiply:
             return address(&QX_Premul);
         case Private::premultiply_color:

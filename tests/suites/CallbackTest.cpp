@@ -44,11 +44,9 @@ protected:
 
 TEST(CallbackBlock, AllFieldsAreFilledButThoseOfRoutinesToComeAndOfNone) {
     const Born born(4);
-    const std::set<int> missing = {kQX_CB_reserved0,           kQX_CB_reserved1,
-                                   kQX_CB_reserved2,           kQX_CB_ansi + 19,
-                                   kQX_CB_gaussian_kernel,     kQX_CB_host_new_handle,
-                                   kQX_CB_host_lock_handle,    kQX_CB_host_unlock_handle,
-                                   kQX_CB_host_dispose_handle, kQX_CB_host_get_handle_size,
+    const std::set<int> missing = {kQX_CB_reserved0,          kQX_CB_reserved1,           kQX_CB_reserved2,
+                                   kQX_CB_ansi + 19,          kQX_CB_host_new_handle,     kQX_CB_host_lock_handle,
+                                   kQX_CB_host_unlock_handle, kQX_CB_host_dispose_handle, kQX_CB_host_get_handle_size,
                                    kQX_CB_host_resize_handle};
     for (const auto& [quality, flags] : each(std::array{kDraft, kBest}, std::array{kStraight, kPremul})) {
         const QX_CallbackBlock block = block_of(quality, flags);
@@ -106,7 +104,7 @@ TEST(CallbackAddr, EverySelectorFromMinus20To110) {
     const Born born;
     Reports reports;
     const QX_CallbackBlock block = block_of();
-    const std::map<int, int> by_field = {{4, 3},   {10, 9},  {23, 14}, {24, 15}, {26, 17},
+    const std::map<int, int> by_field = {{4, 3},   {10, 9},  {11, 10}, {23, 14}, {24, 15}, {26, 17},
                                          {27, 18}, {28, 19}, {33, 61}, {12, 11}, {30, 57}};
     for (int selector = -20; selector <= 110; ++selector) {
         SCOPED_TRACE(selector);
@@ -141,6 +139,10 @@ TEST(CallbackBlock, RoutinesOfItsOwn) {
     EXPECT_EQ(block.fields[kQX_CB_fill], reinterpret_cast<void*>(&QX_Fill));
     EXPECT_EQ(block.fields[kQX_CB_fill16], reinterpret_cast<void*>(&QX_Fill16));
     EXPECT_EQ(block.fields[kQX_CB_app], reinterpret_cast<void*>(&QX_AppCallback));
+    EXPECT_EQ(block.fields[kQX_CB_gaussian_kernel], reinterpret_cast<void*>(&QX_GaussianKernel));
+    void* value = nullptr;
+    EXPECT_EQ(QX_GetCallbackAddr(nullptr, kBest, kStraight, -5, &value), 0);
+    EXPECT_EQ(value, reinterpret_cast<void*>(&QXp_GaussianValue));
 }
 
 /// Columns: field, selector, and the routines of straight and of premultiplied pixels

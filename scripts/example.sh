@@ -16,3 +16,19 @@ echo "The composite lies in $out/composite.png, a sheet of all modes in $out/mod
 "$qx" render "$scene" -o "$out/moving-layer/frame.##.png" --frames 4-28x8
 "$qx" render "$scene" -o "$out/moving-layer.mp4"
 echo "Frames of a moving layer lie in $out/moving-layer, its movie is $out/moving-layer.mp4."
+
+effects=$(dirname "$0")/../examples/effects
+"$qx" render "$effects/scene.json" -o "$out/shadow-and-glow.mp4"
+"$qx" blur "$photograph" --kind disc --radius 14 --map "$effects/depth.png" --gain 1.5 --threshold 0.7 --linear 2.2 \
+      -o "$out/focus.png"
+"$qx" convolve "$photograph" --filter edges -o "$out/edges.png"
+"$qx" convolve "$photograph" --filter sharpen -o "$out/sharp.png"
+"$qx" matte "$effects/shoulders.png" --feather 10 "$effects/head.png" --op max --feather 30 --passes 3 \
+      "$effects/stripes.png" --op subtract --opacity 0.6 --feather 8 --apply "$photograph" -o "$out/masked.png"
+"$qx" convert "$layer" --premultiply --matte 1,1,1 -o "$out/on-white.png"
+"$qx" guess-alpha "$out/on-white.png" -o "$out/repaired.png"
+"$qx" convert "$effects/ramp.png" --depth 8 -q -o "$out/ramp-bands.png"
+"$qx" convert "$effects/ramp.png" --depth 8 --dither -q -o "$out/ramp-dithered.png"
+echo "A shadow and a glow move in $out/shadow-and-glow.mp4; a portrait out of focus by a map, its edges, sharper, and
+masked lie in $out/focus.png, edges.png, sharp.png, masked.png; a logo off its white matte in repaired.png; a dark
+16-bit ramp at 8 bits in ramp-bands.png and ramp-dithered.png."

@@ -3,26 +3,12 @@
 """Draws the pictures of the scene beside it: an evening, a glow and a pinwheel. Needs nothing but Python."""
 import math
 import pathlib
-import struct
-import zlib
+import sys
 
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1]))
+from png import write_png
 
-def write_png(name, width, height, pixel):
-    """Pixels are tuples of 3 or 4 numbers from 0 to 1. Each row is stored as its difference to the one above."""
-    above, rows, channels = None, bytearray(), 0
-    for y in range(height):
-        row = bytearray()
-        for x in range(width):
-            row += bytes(min(max(round(c * 255), 0), 255) for c in pixel(x + 0.5, y + 0.5))
-        channels = len(row) // width
-        above = above or bytes(len(row))
-        rows += b"\2" + bytes((a - b) & 255 for a, b in zip(row, above))
-        above = row
-    def chunk(kind, data):
-        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-    head = struct.pack(">IIBBBBB", width, height, 8, 2 if channels == 3 else 6, 0, 0, 0)
-    pathlib.Path(__file__).with_name(name).write_bytes(
-        b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b""))
+HERE = pathlib.Path(__file__).parent
 
 
 def mix(a, b, t):
@@ -79,6 +65,6 @@ def pinwheel(x, y):
     return tuple(sum(p[c] for p in inside) / len(inside) for c in range(3)) + (len(inside) / 16,)
 
 
-write_png("evening.png", 512, 600, evening)
-write_png("glow.png", 128, 128, glow)
-write_png("pinwheel.png", 128, 128, pinwheel)
+write_png(HERE / "evening.png", 512, 600, evening)
+write_png(HERE / "glow.png", 128, 128, glow)
+write_png(HERE / "pinwheel.png", 128, 128, pinwheel)

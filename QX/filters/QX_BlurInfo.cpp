@@ -125,14 +125,16 @@ void QXp_CPUBlur1DInfo::fill_divisors() {
 }
 
 QXp_CPUBoxBlur1DInfo::QXp_CPUBoxBlur1DInfo(float radius, std::uint32_t conv_flags, int iterations,
-                                           const qx::BlurLines& src, const qx::BlurLines& dst, bool copy_lines,
-                                           std::int64_t lines_in_group)
+                                           const qx::BlurLines& src, const qx::BlurLines& dst, bool copy_lines)
     : BoxBlur_1DImgOpInfo(radius, conv_flags, iterations, src.alpha, src.along, static_cast<int>(src.length),
                           src.stride(), dst.alpha, dst.along, static_cast<int>(dst.length), dst.stride(), copy_lines),
-      window_(radius, conv_flags),
-      buffer_bytes_(static_cast<std::size_t>(GetScratchSize() * lines_in_group) * src.pixel_bytes),
-      buffers_(static_cast<std::size_t>(GetNumberOfBuffers()) * buffer_bytes_) {}
+      window_(radius, conv_flags) {}
+
+void QXp_CPUBoxBlur1DInfo::make_buffers(int count, std::size_t bytes) {
+    buffer_bytes_ = bytes;
+    buffers_.emplace(static_cast<std::size_t>(count) * bytes);
+}
 
 std::byte* QXp_CPUBoxBlur1DInfo::buffer(std::int32_t thread, int which) const {
-    return buffers_.of(thread) + static_cast<std::size_t>(which) * buffer_bytes_;
+    return buffers_->of(thread) + static_cast<std::size_t>(which) * buffer_bytes_;
 }

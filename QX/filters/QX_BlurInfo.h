@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "QX/filters/QX_BlurLine.h"
 #include "QX/filters/QX_BoxBlurPass.h"
@@ -68,6 +69,12 @@ public:
     /// @param group_bytes  what a group of lines needs of a buffer; 0 where lines are filtered one by one
     QXp_CPUBlur1DInfo(float radius, std::uint32_t conv_flags, const qx::BlurLines& src, const qx::BlurLines& dst,
                       bool copy_lines, std::size_t group_bytes);
+    /// The weights as numbers of another type, with two zeroes behind them.
+    template <class T> void fill(T* weights) const {
+        const auto* const mine = static_cast<const std::int32_t*>(weights_.get());
+        for (std::int64_t i = 0; i <= reach_; ++i) weights[i] = static_cast<T>(mine[i]);
+        weights[reach_ + 1] = weights[reach_ + 2] = 0;
+    }
 
     bool mattes() const { return mattes_; }
     bool needs_line() const { return mattes_ || copies_; }
@@ -89,15 +96,15 @@ private:
 class QXp_CPUBoxBlur1DInfo : public GK::BoxBlur_1DImgOpInfo {
 public:
     QXp_CPUBoxBlur1DInfo(float radius, std::uint32_t conv_flags, int iterations, const qx::BlurLines& src,
-                         const qx::BlurLines& dst, bool copy_lines, std::int64_t lines_in_group);
+                         const qx::BlurLines& dst, bool copy_lines);
 
+    /// Makes the buffers that every thread has: GetNumberOfBuffers(), and for groups one more.
+    void make_buffers(int count, std::size_t bytes);
     const qx::BoxWindow& window() const { return window_; }
-    /// One of a thread's two.
     std::byte* buffer(std::int32_t thread, int which) const;
-    std::size_t buffer_bytes() const { return buffer_bytes_; }
 
 private:
     qx::BoxWindow window_;
-    std::size_t buffer_bytes_;
-    qx::BlurBuffers buffers_;
+    std::size_t buffer_bytes_ = 0;
+    std::optional<qx::BlurBuffers> buffers_;
 };

@@ -2,6 +2,7 @@
 #include "QX/filters/QX_FiltersSlots.h"
 
 #include "QX/filters/QX_Blur.h"
+#include "QX/filters/QX_BlurKernels.h"
 #include "QX/filters/QX_Convolve.h"
 #include "QX/filters/QX_ConvolveKernels.h"
 #include "QX/filters/QX_UnoScan.h"
@@ -9,6 +10,7 @@
 #include "QX/indep/QX_Slots.h"
 
 void qx::fill_filters_slots(Level level) {
+    choose_blur_kernels(level);
     choose_convolve_kernels(level);
     choose_uno_scan_kernels(level);
     set_slot<Slot::FastBlur>(&QX_FastBlur_Straight);

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+// Rows to entries and back, for one level: pieces of sixteen bytes of as many rows as a register has of them, turned
+// over within their sixteen bytes.
+#pragma once
+
+#include "QX/filters/QX_BlurKernels.h"
+#include "QX/indep/QX_Depth.h"
+#include "lanes/Level.h"
+#include "lanes/Rows.h"
+
+namespace qx::QX_ISA {
+
+inline constexpr int kPieces = kRegister / 16;
+
+/// Sixteen bytes each from `kPieces` places.
+template <class V> QX_INLINE V load_pieces(const std::byte* const* from, std::ptrdiff_t at) {
+    const auto piece = [=](int i) QX_LAMBDA { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from[i] + at)); };
+    if constexpr (sizeof(V) == 16) {
+        return (V)piece(0);
+#ifdef __AVX2__
+    } else if constexpr (sizeof(V) == 32) {
+        return (V)_mm256_inserti128_si256(_mm256_castsi128_si256(piece(0)), piece(1), 1);
+#endif
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(V) == 64) {
+        __m512i v = _mm512_inserti32x4(_mm512_castsi128_si512(piece(0)), piece(1), 1);
+        v = _mm512_inserti32x4(v, piece(2), 2);
+        return (V)_mm512_inserti32x4(v, piece(3), 3);
+#endif
+    }
+}
+template <class V> QX_INLINE void store_pieces(V v, std::byte* const* to, std::ptrdiff_t at, std::int64_t count) {
+    __m128i piece[kPieces];
+    __builtin_memcpy(piece, &v, sizeof v);
+    for (int i = 0; i < kPieces; ++i) {
+        if (i < count) _mm_storeu_si128(reinterpret_cast<__m128i*>(to[i] + at), piece[i]);
+    }
+}
+
+/// Pixels of so many registers turned over within each sixteen bytes. It undoes itself.
+template <class V, int Pixels> QX_INLINE void turn_over(V (&v)[Pixels]) {
+    if constexpr (Pixels == 4) {
+        const Planes<V> t = transposed(v[0], v[1], v[2], v[3]);
+        v[0] = t.a, v[1] = t.r, v[2] = t.g, v[3] = t.b;
+    } else if constexpr (Pixels == 2) {
+        const V low = shuffle<0, 1, 0, 1>(v[0], v[1]), high = shuffle<2, 3, 2, 3>(v[0], v[1]);
+        v[0] = low, v[1] = high;
+    }
+}
+
+/// Calls body(part of an entry, rows' pointers) for each register of an entry; rows beyond the last are the last one.
+template <class Pixel, class Byte, class Body>
+QX_INLINE void for_parts(Byte* rows, std::ptrdiff_t row_step, std::int64_t lines, const Body& body) {
+    constexpr int pixels = 16 / sizeof(Pixel);
+    for (int part = 0; part * static_cast<int>(kRegister) < static_cast<int>(kEntryUnit); ++part) {
+        Byte* from[pixels][kPieces];
+        const int first = part * pixels * kPieces;
+        if (first >= lines) break;
+        for (int i = 0; i < pixels * kPieces; ++i) {
+            const std::int64_t line = first + i < lines ? first + i : lines - 1;
+            from[i % pixels][i / pixels] = rows + line * row_step;
+        }
+        body(part, from);
+    }
+}
+
+template <class Pixel>
+void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
+                 std::byte* entries) {
+    using V = Wide<std::int32_t>;
+    constexpr int pixels = 16 / sizeof(Pixel);
+    const std::int64_t whole = count / pixels * pixels;
+    for_parts<Pixel>(rows, row_step, lines, [&](int part, const std::byte* const(&from)[pixels][kPieces]) QX_LAMBDA {
+        std::byte* out = entries + part * kRegister;
+        for (std::int64_t at = 0; at < whole; at += pixels, out += pixels * kEntryUnit) {
+            V v[pixels];
+            for (int i = 0; i < pixels; ++i) v[i] = load_pieces<V>(from[i], at * std::ptrdiff_t{sizeof(Pixel)});
+            turn_over(v);
+            for (int i = 0; i < pixels; ++i) store_lanes(out + i * kEntryUnit, v[i]);
+        }
+    });
+    for (std::int64_t at = whole; at < count; ++at) {
+        for (std::int64_t line = 0; line < lines; ++line) {
+            __builtin_memcpy(entries + at * kEntryUnit + line * std::ptrdiff_t{sizeof(Pixel)},
+                             rows + line * row_step + at * std::ptrdiff_t{sizeof(Pixel)}, sizeof(Pixel));
+        }
+    }
+}
+
+template <class Pixel>
+void scatter_rows(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
+                  std::ptrdiff_t row_step) {
+    using V = Wide<std::int32_t>;
+    constexpr int pixels = 16 / sizeof(Pixel);
+    const std::int64_t whole = count / pixels * pixels;
+    for_parts<Pixel>(rows, row_step, lines, [&](int part, std::byte* const(&to)[pixels][kPieces]) QX_LAMBDA {
+        const std::byte* in = entries + part * kRegister;
+        const std::int64_t left = lines - part * pixels * kPieces;
+        for (std::int64_t at = 0; at < whole; at += pixels, in += pixels * kEntryUnit) {
+            V v[pixels];
+            for (int i = 0; i < pixels; ++i) v[i] = load_lanes<V>(in + i * kEntryUnit);
+            turn_over(v);
+            for (int i = 0; i < pixels; ++i) {  // of the pieces of a register every `pixels`-th row
+                store_pieces(v[i], to[i], at * std::ptrdiff_t{sizeof(Pixel)}, (left - i + pixels - 1) / pixels);
+            }
+        }
+    });
+    for (std::int64_t at = whole; at < count; ++at) {
+        for (std::int64_t line = 0; line < lines; ++line) {
+            __builtin_memcpy(rows + line * row_step + at * std::ptrdiff_t{sizeof(Pixel)},
+                             entries + at * kEntryUnit + line * std::ptrdiff_t{sizeof(Pixel)}, sizeof(Pixel));
+        }
+    }
+}
+
+template <class Pixel> void matte_pixels(std::byte* pixels, std::int64_t count) {
+    using D = DepthOf<Pixel>;
+    using P = Colours<D, kRegister>;
+    constexpr std::int32_t most = 1 << 20;
+    for (auto* all = reinterpret_cast<Pixel*>(pixels); count > 0; count -= most, all += most) {
+        const std::int32_t part = count < most ? static_cast<std::int32_t>(count) : most;
+        for_bundles<P>(part, all, all, [](const Pixel* from, Pixel* to) QX_LAMBDA {
+            const P p = load_pixels<P>(from);
+            store_pixels(to, with_colours(p.a, p, p, [&](auto colour, auto) QX_LAMBDA { return D::mul(colour, p.a); }));
+        });
+    }
+}
+
+}  // namespace qx::QX_ISA

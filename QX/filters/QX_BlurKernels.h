@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "QX/indep/QX_PerDepth.h"
+#include "lanes/Levels.h"
+
+/// Neighbouring lines are blurred as a group: the pixels of all at one position along them lie side by side as an
+/// entry, and every channel of an entry is a lane. Columns lie so in a world already, rows are turned over.
+namespace qx {
+
+/// Bytes of an entry are a multiple of this.
+inline constexpr std::size_t kEntryUnit = 64;
+inline constexpr std::int64_t kMostLinesInGroup = 32;
+/// Zeroes for all that lies outside a line.
+alignas(64) inline constexpr std::byte kClearEntry[16 * kMostLinesInGroup]{};
+
+/// One entry a position.
+struct BlurEntries {
+    std::byte* first;
+    std::ptrdiff_t step;
+    std::byte* at(std::int64_t position) const { return first + position * step; }
+};
+
+/// Positions side by side of one pass of a box: what enters and leaves the window at each, and the pixels at its left
+/// end; those at its right end are what enters.
+struct BoxStretch {
+    std::int64_t count;
+    std::size_t entry_bytes;
+    BlurEntries enter, leave, left, out;
+    std::int64_t divisor, divisor_step;  ///< of the first position, and from one to the next
+    std::int32_t end_short;
+};
+
+/// Positions side by side of a Gaussian.
+struct GaussianStretch {
+    std::int64_t count, reach;
+    std::size_t entry_bytes;
+    const std::byte* taps;         ///< wide entries, from a reach before the first position on
+    const void* weights;           ///< GaussianWeight, from the centre on
+    const std::int32_t* divisors;  ///< of each position
+    BlurEntries out;
+};
+/// Weights in the form that a depth's lanes take. Two zeroes follow the last.
+template <class Pixel> using GaussianWeight = std::conditional_t<sizeof(Pixel) == 4, std::int16_t, float>;
+/// Bytes that a channel has in wide entries: 16 bits, or a float.
+template <class Pixel> inline constexpr std::size_t kWideChannel = sizeof(Pixel) == 4 ? 2 : 4;
+/// Reaches for which sums at 8 bits fit 31 bits with room to spare.
+inline constexpr std::int64_t kLongestGroupedGaussian = 2047;
+
+template <class Pixel> struct BlurGroupKernels {
+    /// Rows to entries of kEntryUnit bytes and back. Lanes of entries for which there is no line take any value.
+    void (*gather)(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
+                   std::byte* entries);
+    void (*scatter)(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
+                    std::ptrdiff_t row_step);
+    /// Multiplies colours by alpha.
+    void (*matte)(std::byte* pixels, std::int64_t count);
+    /// Makes entries wide.
+    void (*widen)(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, std::byte* wide);
+    void (*gaussian)(const GaussianStretch& stretch);
+    /// `sums` are of 32 bits, one a lane of an entry, of the window before the stretch.
+    void (*box_sums)(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, void* sums);
+    void (*box)(const BoxStretch& stretch, void* sums);
+};
+struct BlurKernels : PerDepth<BlurGroupKernels> {
+    bool has_groups;  ///< the plain level filters line by line
+};
+QX_DECLARE_LEVELS(BlurKernels, blur_kernels)
+
+/// Chooses the kernels that blurs of worlds use, at the library's start. Until then lines are filtered one by one.
+void choose_blur_kernels(Level level);
+
+}  // namespace qx

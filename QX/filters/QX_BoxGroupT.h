@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+// Boxes over groups of lines, for one level: each lane has its running sum.
+#pragma once
+
+#include "QX/filters/QX_GaussianGroupT.h"
+
+namespace qx::QX_ISA {
+
+/// Sums of a depth; 32 bits hold those of windows that groups are made for.
+template <class D> using BoxSum = Wide<std::conditional_t<D::number == 32, float, std::int32_t>>;
+
+template <class D> QX_INLINE BoxSum<D> box_lanes(const std::byte* from) {
+    return load_channels<BoxSum<D>, typename D::Channel>(from);
+}
+
+template <class D>
+void add_box_sums(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, void* sums) {
+    using V = BoxSum<D>;
+    constexpr std::size_t bytes = lanes_in<V> * sizeof(typename D::Channel);
+    auto* to = static_cast<std::byte*>(sums);
+    for (std::size_t at = 0; at < entry_bytes; at += bytes, to += sizeof(V)) {
+        V sum{};
+        for (std::int64_t i = 0; i < count; ++i) sum += box_lanes<D>(entries.at(i) + at);
+        store_lanes(to, sum);
+    }
+}
+
+/// Walks a stretch: step(part of the entry, what enters, what leaves, left end, out) once a position.
+template <class Step> QX_INLINE void walk(const BoxStretch& s, std::size_t at, const Step& step) {
+    const std::byte *enter = s.enter.first + at, *leave = s.leave.first + at, *left = s.left.first + at;
+    std::byte* out = s.out.first + at;
+    for (std::int64_t i = 0; i < s.count; ++i) {
+        step(i, enter, leave, left, out);
+        enter += s.enter.step, leave += s.leave.step, left += s.left.step, out += s.out.step;
+    }
+}
+
+/// The rule as it is told, each step in float.
+template <class D, int Registers> QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
+    using V = BoxSum<D>;
+    using F = FloatLanes<V>;
+    constexpr std::ptrdiff_t bytes = lanes_in<V> * sizeof(typename D::Channel);
+    V sum[Registers];
+    for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<V>(sums + r * static_cast<int>(sizeof(V)));
+    const F shortage = splat<F>(static_cast<float>(s.end_short)), full = splat<F>(static_cast<float>(D::full));
+    walk(s, at,
+         [&](std::int64_t i, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
+             QX_LAMBDA {
+                 const std::int64_t divided_by = s.divisor + i * s.divisor_step;
+                 const F divisor = splat<F>(static_cast<float>(divided_by));
+                 for (int r = 0; r < Registers; ++r) {
+                     const V right = box_lanes<D>(enter + r * bytes);
+                     sum[r] = (sum[r] - box_lanes<D>(leave + r * bytes)) + right;
+                     const V ends = box_lanes<D>(left + r * bytes) + right;
+                     const F v = (to_float(sum[r]) * 1024.0f - shortage * to_float(ends)) / divisor;
+                     const F limited = divided_by == 0 || v < 0.0f ? F{} : v > full ? full : v;
+                     if constexpr (D::number == 32) {
+                         store_lanes(out + r * bytes, limited);
+                     } else {
+                         using Packed = Vector<typename D::Channel, bytes>;
+                         store_lanes(out + r * bytes, __builtin_convertvector(round_to_int(limited), Packed));
+                     }
+                 }
+             });
+    for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
+}
+
+/// Integers over an odd number of whole pixels up to 255, of which no mean lies halfway: the float quotient is nearer
+/// to the mean than that is to a half, so that its rounding is the nearest integer to the mean.
+inline bool is_plain_mean(const BoxStretch& s) {
+    const std::int64_t pixels = s.divisor / 1024;
+    return s.end_short == 0 && s.divisor_step == 0 && pixels % 2 == 1 && pixels <= 255;
+}
+
+/// 8 bits: (sum + pixels / 2) / pixels in lanes of 16 bits, by a factor of 16 bits and a shift. With k = 16 + shift,
+/// 2^shift <= pixels < 2^(shift + 1), the factor is 2^k / pixels rounded up where that adds less than 2^shift / pixels,
+/// and n * factor >> k is exact for n < 2^16; else it is rounded down, which takes off less than 2^shift / pixels, and
+/// (n + 1) * factor >> k is.
+struct ShortMean {
+    std::uint16_t bias, factor;
+    int shift;
+
+    explicit ShortMean(std::int64_t pixels) {
+        const auto d = static_cast<std::uint32_t>(pixels);
+        shift = 31 - __builtin_clz(d);
+        const std::uint32_t power = 65536u << shift, below = power / d, excess = (below + 1) * d - power;
+        const bool up = excess < 1u << shift && below + 1 < 65536;
+        factor = static_cast<std::uint16_t>(up ? below + 1 : below < 65536 ? below : 65535);
+        bias = static_cast<std::uint16_t>(d / 2 + (up ? 0 : 1));
+    }
+};
+
+template <int Registers> QX_INLINE void box_part_short(const BoxStretch& s, std::size_t at, std::byte* sums) {
+    using U = Wide<std::uint16_t>;
+    using Words = Vector<std::uint16_t, kRegister / 2>;
+    using I = Wide<std::int32_t>;
+    constexpr std::ptrdiff_t bytes = kRegister / 2;
+    const ShortMean mean(s.divisor / 1024);
+    U sum[Registers];
+    for (int r = 0; r < Registers; ++r) {
+        Words half[2];
+        for (int i = 0; i < 2; ++i) {
+            half[i] = __builtin_convertvector(load_lanes<I>(sums + (2 * r + i) * static_cast<int>(kRegister)), Words);
+        }
+        sum[r] = load_lanes<U>(half) + mean.bias;
+    }
+    const U factor = splat<U>(mean.factor);
+    walk(s, at,
+         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
+             for (int r = 0; r < Registers; ++r) {
+                 sum[r] = sum[r] - load_words<U>(leave + r * bytes) + load_words<U>(enter + r * bytes);
+                 store_bytes(out + r * bytes, upper_product(sum[r], factor) >> mean.shift);
+             }
+         });
+    for (int r = 0; r < Registers; ++r) {
+        Words half[2];
+        store_lanes(half, (U)(sum[r] - mean.bias));
+        for (int i = 0; i < 2; ++i) {
+            store_lanes(sums + (2 * r + i) * static_cast<int>(kRegister), __builtin_convertvector(half[i], I));
+        }
+    }
+}
+
+/// 16 bits: the reciprocal as a sum of two floats. Sums below 2^24 are floats; two roundings of a quotient up to 2^15
+/// are off by 2^-9 at most, which is below 1 / (2 * 255).
+template <int Registers> QX_INLINE void box_part_deep(const BoxStretch& s, std::size_t at, std::byte* sums) {
+    using V = Wide<std::int32_t>;
+    using F = Wide<float>;
+    using Packed = Vector<std::uint16_t, kRegister / 2>;
+    constexpr std::ptrdiff_t bytes = kRegister / 2;
+    const double exact = 1.0 / static_cast<double>(s.divisor / 1024);
+    const auto first = static_cast<float>(exact);
+    const F reciprocal = splat<F>(first), rest = splat<F>(static_cast<float>(exact - first));
+    V sum[Registers];
+    for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<V>(sums + r * static_cast<int>(sizeof(V)));
+    walk(s, at,
+         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
+             for (int r = 0; r < Registers; ++r) {
+                 sum[r] = sum[r] - box_lanes<Depth16>(leave + r * bytes) + box_lanes<Depth16>(enter + r * bytes);
+                 const F f = to_float(sum[r]);
+                 const V mean = lesser(round_to_int(f * reciprocal + f * rest), splat<V>(Depth16::full));
+                 store_lanes(out + r * bytes, __builtin_convertvector(mean, Packed));
+             }
+         });
+    for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
+}
+
+template <class D> void box_stretch(const BoxStretch& s, void* sums) {
+    constexpr std::size_t channel = sizeof(typename D::Channel);
+    auto* const all = static_cast<std::byte*>(sums);
+    const auto parts = [&]<int Registers>(std::size_t bytes, const auto& part) QX_LAMBDA {
+        for (std::size_t at = 0; at < s.entry_bytes; at += Registers * bytes) part(at, all + at / channel * 4);
+    };
+    if constexpr (D::number == 8) {
+        if (is_plain_mean(s)) {
+            return parts.template operator()<2>(kRegister / 2, [&](std::size_t at, std::byte* of_part)
+                                                                   QX_LAMBDA { box_part_short<2>(s, at, of_part); });
+        }
+    }
+    if constexpr (D::number == 16) {
+        if (is_plain_mean(s)) {
+            return parts.template operator()<2>(
+                kRegister / 2, [&](std::size_t at, std::byte* of_part) QX_LAMBDA { box_part_deep<2>(s, at, of_part); });
+        }
+    }
+    parts.template operator()<1>(kRegister / 4 * channel,
+                                 [&](std::size_t at, std::byte* of_part) QX_LAMBDA { box_part<D, 1>(s, at, of_part); });
+}
+
+}  // namespace qx::QX_ISA

@@ -7,6 +7,7 @@
 #include "QX/indep/QX_Depth.h"
 #include "lanes/Level.h"
 #include "lanes/Rows.h"
+#include "lanes/Streams.h"
 
 namespace qx::QX_ISA {
 
@@ -88,8 +89,8 @@ void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t li
 }
 
 template <class Pixel>
-void scatter_rows(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
-                  std::ptrdiff_t row_step) {
+void scatter_pieces(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
+                    std::ptrdiff_t row_step) {
     using V = Wide<std::int32_t>;
     constexpr int pixels = 16 / sizeof(Pixel);
     const std::int64_t whole = count / pixels * pixels;
@@ -111,6 +112,59 @@ void scatter_rows(const std::byte* entries, std::int64_t lines, std::int64_t cou
                              entries + at * kEntryUnit + line * std::ptrdiff_t{sizeof(Pixel)}, sizeof(Pixel));
         }
     }
+}
+
+#ifdef __AVX512F__
+/// Entries of whole lines of the caches for each of sixty-four bytes' worth of rows. @return positions done
+template <class Pixel>
+std::int64_t scatter_lines(const std::byte* entries, std::int64_t count, std::byte* rows, std::ptrdiff_t row_step,
+                           bool streams) {
+    using V = Wide<std::int32_t>;
+    constexpr int pixels = 16 / sizeof(Pixel), positions = 4 * pixels;
+    std::int64_t at = 0;
+    for (; at + positions <= count; at += positions, entries += positions * kEntryUnit) {
+        V v[4][pixels];
+        for (int piece = 0; piece < 4; ++piece) {
+            for (int i = 0; i < pixels; ++i) v[piece][i] = load_lanes<V>(entries + (piece * pixels + i) * kEntryUnit);
+            turn_over(v[piece]);
+        }
+        for (int i = 0; i < pixels; ++i) {  // sixteen bytes of four rows a register, to four times that of one row
+            const auto piece = [&](int k) QX_LAMBDA { return (__m512i)v[k][i]; };
+            const __m512i low01 = _mm512_shuffle_i32x4(piece(0), piece(1), 0x44);
+            const __m512i high01 = _mm512_shuffle_i32x4(piece(0), piece(1), 0xEE);
+            const __m512i low23 = _mm512_shuffle_i32x4(piece(2), piece(3), 0x44);
+            const __m512i high23 = _mm512_shuffle_i32x4(piece(2), piece(3), 0xEE);
+            const __m512i row[4] = {_mm512_shuffle_i32x4(low01, low23, 0x88), _mm512_shuffle_i32x4(low01, low23, 0xDD),
+                                    _mm512_shuffle_i32x4(high01, high23, 0x88),
+                                    _mm512_shuffle_i32x4(high01, high23, 0xDD)};
+            for (int k = 0; k < 4; ++k) {
+                std::byte* const to = rows + (k * pixels + i) * row_step + at * std::ptrdiff_t{sizeof(Pixel)};
+                streams ? stream_lanes(to, (V)row[k]) : store_lanes(to, (V)row[k]);
+            }
+        }
+    }
+    return at;
+}
+#endif
+
+template <class Pixel>
+void scatter_rows(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
+                  std::ptrdiff_t row_step, bool streams) {
+#ifdef __AVX512F__
+    const auto unaligned = static_cast<std::int64_t>(bytes_to_line(rows));
+    constexpr std::int64_t bytes = sizeof(Pixel);
+    if (lines * bytes == static_cast<std::int64_t>(kEntryUnit)) {
+        const bool aligns = row_step % static_cast<std::ptrdiff_t>(kLine) == 0 && unaligned % bytes == 0;
+        const std::int64_t head = streams && aligns ? std::min(count, unaligned / bytes) : 0;
+        scatter_pieces<Pixel>(entries, lines, head, rows, row_step);
+        const std::int64_t done = head + scatter_lines<Pixel>(entries + head * kEntryUnit, count - head,
+                                                              rows + head * bytes, row_step, streams && aligns);
+        entries += done * kEntryUnit, rows += done * bytes, count -= done;
+    }
+#else
+    (void)streams;
+#endif
+    scatter_pieces<Pixel>(entries, lines, count, rows, row_step);
 }
 
 template <class Pixel> void matte_pixels(std::byte* pixels, std::int64_t count) {

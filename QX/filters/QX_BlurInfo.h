@@ -31,6 +31,7 @@ public:
         const auto bytes = static_cast<std::ptrdiff_t>(pixel_bytes);
         return static_cast<int>((pixel_step + bytes - 1) / bytes);
     }
+    std::size_t bytes() const { return static_cast<std::size_t>(count * length) * pixel_bytes; }
     template <class Pixel> BlurLine<Pixel> line(std::int64_t index) const {
         return {first + index * line_step, pixel_step, length};
     }

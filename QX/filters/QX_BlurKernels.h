@@ -32,6 +32,7 @@ struct BoxStretch {
     BlurEntries enter, leave, left, out;
     std::int64_t divisor, divisor_step;  ///< of the first position, and from one to the next
     std::int32_t end_short;
+    bool streams;  ///< what goes out is aligned to lines of the caches, and goes past them
 };
 
 /// Positions side by side of a Gaussian.
@@ -42,6 +43,7 @@ struct GaussianStretch {
     const void* weights;           ///< GaussianWeight, from the centre on
     const std::int32_t* divisors;  ///< of each position
     BlurEntries out;
+    bool streams;
 };
 /// Weights in the form that a depth's lanes take. Two zeroes follow the last.
 template <class Pixel> using GaussianWeight = std::conditional_t<sizeof(Pixel) == 4, std::int16_t, float>;
@@ -55,7 +57,7 @@ template <class Pixel> struct BlurGroupKernels {
     void (*gather)(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
                    std::byte* entries);
     void (*scatter)(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
-                    std::ptrdiff_t row_step);
+                    std::ptrdiff_t row_step, bool past_caches);
     /// Multiplies colours by alpha.
     void (*matte)(std::byte* pixels, std::int64_t count);
     /// Makes entries wide.

@@ -8,6 +8,8 @@
 #include "QX/filters/QX_BlurKernels.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/iterate/QX_Iterate.h"
+#include "lanes/Streams.h"
+#include "platform/TK_CPU.h"
 
 /// How the line blurs of worlds run: their checks, lines in groups, and groups of lines as entries.
 namespace qx {
@@ -25,10 +27,12 @@ const BlurKernels* blur_groups();
 /// clears lines that have no source line.
 template <class Pixel, class Work> class BlurRun {
 public:
+    /// @param lead  lines that the first group has less
     BlurRun(const QX_ProgressInfo* progress, const BlurLines& src, const BlurLines& dst, std::int64_t lines_in_group,
-            const Work& work)
-        : progress_(progress), src_(src), dst_(dst), group_(lines_in_group), work_(work) {
-        const auto groups = static_cast<std::int32_t>((std::max<std::int64_t>(dst_.count, 0) + group_ - 1) / group_);
+            std::int64_t lead, const Work& work)
+        : progress_(progress), src_(src), dst_(dst), group_(lines_in_group), lead_(lead), work_(work) {
+        const std::int64_t lines = dst_.count > 0 ? dst_.count + lead_ : 0;
+        const auto groups = static_cast<std::int32_t>((lines + group_ - 1) / group_);
         throw_if(QX_IterateGeneric(groups, this, [](void* run, std::int32_t thread, std::int32_t i, std::int32_t) {
             return guarded([&] { return static_cast<const BlurRun*>(run)->group(thread, i * std::int64_t{1}); });
         }));
@@ -36,7 +40,8 @@ public:
 
 private:
     int group(std::int32_t thread, std::int64_t index) const {
-        const std::int64_t first = index * group_, end = std::min(first + group_, dst_.count);
+        const std::int64_t first = std::max<std::int64_t>(index * group_ - lead_, 0);
+        const std::int64_t end = std::min((index + 1) * group_ - lead_, dst_.count);
         for (std::int64_t i = first; i < end; ++i) {
             if (const int code = asked(thread)) return code;
         }
@@ -56,18 +61,34 @@ private:
 
     const QX_ProgressInfo* progress_;
     const BlurLines &src_, &dst_;
-    std::int64_t group_;
+    std::int64_t group_, lead_;
     const Work& work_;
 };
 
-/// Lines of a source and a destination as entries. Entries of columns are twice as long as those of rows, which caches
-/// hold whole lines of.
+/// Lines of a source and a destination as entries. Those of columns are as many as a group may have, so that what is
+/// read of a row is long; those of rows have the bytes of a line of the caches, which then hold whole lines of pixels.
 template <class Pixel> class BlurGroups {
 public:
     BlurGroups(const BlurLines& src, const BlurLines& dst)
-        : src_(src), dst_(dst), entry_bytes_(is_columns(src) && is_columns(dst) ? 2 * kEntryUnit : kEntryUnit) {}
+        : src_(src),
+          dst_(dst),
+          entry_bytes_(is_columns(src) && is_columns(dst) ? kMostLinesInGroup * sizeof(Pixel) : kEntryUnit),
+          past_caches_(2 * dst.bytes() >= TK_GetCacheBytes()) {}
 
     std::size_t entry_bytes() const { return entry_bytes_; }
+    /// Lines that the first group lacks, so that others begin with a line of the caches.
+    std::int64_t lead() const {
+        const auto before = static_cast<std::int64_t>(bytes_to_line(dst_.first) / sizeof(Pixel));
+        return past_caches_ && is_columns(dst_) && before % lines() != 0 ? lines() - before % lines() : 0;
+    }
+    /// Whether entries of the destination go past the caches.
+    bool streams(const BlurEntries& out) const {
+        return past_caches_ && bytes_to_line(out.first) == 0 && out.step % static_cast<std::ptrdiff_t>(kLine) == 0;
+    }
+    /// What waits for stores past the caches, on the thread that made them.
+    void finish() const {
+        if (past_caches_) _mm_sfence();
+    }
     std::int64_t lines() const { return static_cast<std::int64_t>(entry_bytes_ / sizeof(Pixel)); }
     BlurEntries entries(std::byte* buffer) const { return {buffer, static_cast<std::ptrdiff_t>(entry_bytes_)}; }
     std::size_t bytes(std::int64_t positions) const { return static_cast<std::size_t>(positions) * entry_bytes_; }
@@ -102,7 +123,7 @@ public:
         if (is_columns(dst_)) {
             for (std::int64_t i = 0; i < positions; ++i) std::memcpy(to.at(i), from.at(i), bytes_of(count));
         } else {
-            kernels().scatter(buffer, count, positions, to.first, dst_.line_step);
+            kernels().scatter(buffer, count, positions, to.first, dst_.line_step, past_caches_);
         }
     }
     void matte(std::byte* buffer, std::int64_t positions) const { kernels().matte(buffer, positions * lines()); }
@@ -130,6 +151,7 @@ private:
 
     const BlurLines &src_, &dst_;
     std::size_t entry_bytes_;
+    bool past_caches_;
 };
 
 }  // namespace qx

@@ -40,6 +40,7 @@ struct Pass {
     BlurEntries in;
     std::int64_t length, offset, width;
     BlurEntries out;
+    bool streams;
 
     bool has(std::int64_t at) const { return at >= 0 && at < length; }
     /// From a position on; entries of nothing where that lies outside.
@@ -64,7 +65,7 @@ public:
 
 private:
     void run(std::int64_t first, std::int64_t past) {
-        alignas(64) std::byte sums[4 * 2 * qx::kEntryUnit];
+        alignas(64) std::byte sums[4 * 4 * qx::kMostLinesInGroup];
         const std::int64_t reach = window_.reach, left = std::max<std::int64_t>(first - reach, 0);
         const std::int64_t inside = std::max<std::int64_t>(std::min(first + reach, pass_.length) - left, 0);
         groups_.kernels().box_sums(pass_.from(left), groups_.entry_bytes(), inside, sums);
@@ -87,7 +88,8 @@ private:
                 .out = {pass_.out.at(at - pass_.offset), pass_.out.step},
                 .divisor = divisor(at),
                 .divisor_step = count > 1 ? divisor(at + 1) - divisor(at) : 0,
-                .end_short = window_.end_short};
+                .end_short = window_.end_short,
+                .streams = pass_.streams};
     }
     std::int64_t divisor(std::int64_t at) const {
         if (!window_.normalises_edges()) return window_.full();
@@ -108,6 +110,7 @@ public:
         : groups_(src, dst), src_(src), dst_(dst), info_(info) {}
 
     std::int64_t lines() const { return groups_.lines(); }
+    std::int64_t lead() const { return groups_.lead(); }
     /// 0 where that would be too much for a thread.
     std::size_t buffer_bytes() const {
         const std::int64_t longest = std::max({info_.GetScratchSize(), info_.GetSrcWidth(), dst_.length});
@@ -122,7 +125,8 @@ public:
                   .length = info_.GetSrcWidth(),
                   .offset = 0,
                   .width = 0,
-                  .out = {}};
+                  .out = {},
+                  .streams = false};
         if (!info_.GetReadInputDirectly() || !groups_.has_entries(src_, count)) {
             pass.in = buffer(0);
             groups_.gather(src_, from, count, info_.GetSrcOffset(), pass.length, pass.in.first);
@@ -132,12 +136,15 @@ public:
         for (int i = 0; i < passes; ++i) {
             pass.offset = info_.GetSpanSrcDestOffsetAtIndex(i);
             pass.width = info_.GetSpanWidthAtIndex(i);
-            pass.out = i == passes - 1 && direct ? groups_.entries_of(dst_, to, 0) : buffer(i + 1);
+            const bool to_world = i == passes - 1 && direct;
+            pass.out = to_world ? groups_.entries_of(dst_, to, 0) : buffer(i + 1);
+            pass.streams = to_world && groups_.streams(pass.out);
             BoxGroupPass<Pixel>(groups_, info_.window(), pass);
             pass.in = pass.out;
             pass.length = pass.width;
         }
         if (!direct) store(info_.buffer(thread, passes & 1), info_.buffer(thread, 2), to, count);
+        groups_.finish();
     }
 
 private:
@@ -177,7 +184,8 @@ void box_blur(const QX_ProgressInfo* progress, const BlurLines& src, const BlurL
             box_line(info, thread, src.line<Pixel>(from), dst.line<Pixel>(to));
         }
     };
-    qx::BlurRun<Pixel, decltype(work)>(progress, src, dst, grouped ? groups.lines() : 1, work);
+    qx::BlurRun<Pixel, decltype(work)>(progress, src, dst, grouped ? groups.lines() : 1, grouped ? groups.lead() : 0,
+                                       work);
 }
 
 }  // namespace

@@ -25,11 +25,19 @@ void add_box_sums(const BlurEntries& entries, std::size_t entry_bytes, std::int6
     }
 }
 
-/// Walks a stretch: step(part of the entry, what enters, what leaves, left end, out) once a position.
-template <class Step> QX_INLINE void walk(const BoxStretch& s, std::size_t at, const Step& step) {
+inline constexpr std::ptrdiff_t kRowsAhead = 8;
+
+/// Walks `Bytes` of the entries of a stretch: step(position, what enters, what leaves, left end, out). Lines of columns
+/// are asked for ahead, since no processor foresees them.
+template <int Bytes, class Step> QX_INLINE void walk(const BoxStretch& s, std::size_t at, const Step& step) {
+    const std::ptrdiff_t ahead =
+        s.enter.step > static_cast<std::ptrdiff_t>(s.entry_bytes) ? kRowsAhead * s.enter.step : 0;
     const std::byte *enter = s.enter.first + at, *leave = s.leave.first + at, *left = s.left.first + at;
     std::byte* out = s.out.first + at;
     for (std::int64_t i = 0; i < s.count; ++i) {
+        if (ahead != 0) {
+            for (int line = 0; line < Bytes; line += 64) __builtin_prefetch(enter + ahead + line, 0, 2);
+        }
         step(i, enter, leave, left, out);
         enter += s.enter.step, leave += s.leave.step, left += s.left.step, out += s.out.step;
     }
@@ -43,25 +51,26 @@ template <class D, int Registers> QX_INLINE void box_part(const BoxStretch& s, s
     V sum[Registers];
     for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<V>(sums + r * static_cast<int>(sizeof(V)));
     const F shortage = splat<F>(static_cast<float>(s.end_short)), full = splat<F>(static_cast<float>(D::full));
-    walk(s, at,
-         [&](std::int64_t i, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
-             QX_LAMBDA {
-                 const std::int64_t divided_by = s.divisor + i * s.divisor_step;
-                 const F divisor = splat<F>(static_cast<float>(divided_by));
-                 for (int r = 0; r < Registers; ++r) {
-                     const V right = box_lanes<D>(enter + r * bytes);
-                     sum[r] = (sum[r] - box_lanes<D>(leave + r * bytes)) + right;
-                     const V ends = box_lanes<D>(left + r * bytes) + right;
-                     const F v = (to_float(sum[r]) * 1024.0f - shortage * to_float(ends)) / divisor;
-                     const F limited = divided_by == 0 || v < 0.0f ? F{} : v > full ? full : v;
-                     if constexpr (D::number == 32) {
-                         store_lanes(out + r * bytes, limited);
-                     } else {
-                         using Packed = Vector<typename D::Channel, bytes>;
-                         store_lanes(out + r * bytes, __builtin_convertvector(round_to_int(limited), Packed));
-                     }
-                 }
-             });
+    walk<Registers* static_cast<int>(bytes)>(
+        s, at,
+        [&](std::int64_t i, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
+            QX_LAMBDA {
+                const std::int64_t divided_by = s.divisor + i * s.divisor_step;
+                const F divisor = splat<F>(static_cast<float>(divided_by));
+                for (int r = 0; r < Registers; ++r) {
+                    const V right = box_lanes<D>(enter + r * bytes);
+                    sum[r] = (sum[r] - box_lanes<D>(leave + r * bytes)) + right;
+                    const V ends = box_lanes<D>(left + r * bytes) + right;
+                    const F v = (to_float(sum[r]) * 1024.0f - shortage * to_float(ends)) / divisor;
+                    const F limited = divided_by == 0 || v < 0.0f ? F{} : v > full ? full : v;
+                    if constexpr (D::number == 32) {
+                        store_entry(s.streams, out + r * bytes, limited);
+                    } else {
+                        using Packed = Vector<typename D::Channel, bytes>;
+                        store_entry(s.streams, out + r * bytes, __builtin_convertvector(round_to_int(limited), Packed));
+                    }
+                }
+            });
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
 }
 
@@ -105,13 +114,14 @@ template <int Registers> QX_INLINE void box_part_short(const BoxStretch& s, std:
         sum[r] = load_lanes<U>(half) + mean.bias;
     }
     const U factor = splat<U>(mean.factor);
-    walk(s, at,
-         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
-             for (int r = 0; r < Registers; ++r) {
-                 sum[r] = sum[r] - load_words<U>(leave + r * bytes) + load_words<U>(enter + r * bytes);
-                 store_bytes(out + r * bytes, upper_product(sum[r], factor) >> mean.shift);
-             }
-         });
+    walk<Registers* static_cast<int>(bytes)>(
+        s, at,
+        [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
+            for (int r = 0; r < Registers; ++r) {
+                sum[r] = sum[r] - load_words<U>(leave + r * bytes) + load_words<U>(enter + r * bytes);
+                store_entry(s.streams, out + r * bytes, as_bytes(U(upper_product(sum[r], factor) >> mean.shift)));
+            }
+        });
     for (int r = 0; r < Registers; ++r) {
         Words half[2];
         store_lanes(half, (U)(sum[r] - mean.bias));
@@ -133,38 +143,51 @@ template <int Registers> QX_INLINE void box_part_deep(const BoxStretch& s, std::
     const F reciprocal = splat<F>(first), rest = splat<F>(static_cast<float>(exact - first));
     V sum[Registers];
     for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<V>(sums + r * static_cast<int>(sizeof(V)));
-    walk(s, at,
-         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
-             for (int r = 0; r < Registers; ++r) {
-                 sum[r] = sum[r] - box_lanes<Depth16>(leave + r * bytes) + box_lanes<Depth16>(enter + r * bytes);
-                 const F f = to_float(sum[r]);
-                 const V mean = lesser(round_to_int(f * reciprocal + f * rest), splat<V>(Depth16::full));
-                 store_lanes(out + r * bytes, __builtin_convertvector(mean, Packed));
-             }
-         });
+    walk<Registers* static_cast<int>(bytes)>(
+        s, at,
+        [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
+            for (int r = 0; r < Registers; ++r) {
+                sum[r] = sum[r] - box_lanes<Depth16>(leave + r * bytes) + box_lanes<Depth16>(enter + r * bytes);
+                const F f = to_float(sum[r]);
+                const V mean = lesser(round_to_int(f * reciprocal + f * rest), splat<V>(Depth16::full));
+                store_entry(s.streams, out + r * bytes, __builtin_convertvector(mean, Packed));
+            }
+        });
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
+}
+
+/// Calls body.operator()<Registers>(part of the entry, its sums), with as many registers of sums as a walk can keep.
+template <std::size_t Bytes, class Body>
+QX_INLINE void for_box_parts(const BoxStretch& s, std::size_t channel, void* sums, const Body& body) {
+    const auto parts = [&]<int Registers>() QX_LAMBDA {
+        for (std::size_t at = 0; at < s.entry_bytes; at += Registers * Bytes) {
+            body.template operator()<Registers>(at, static_cast<std::byte*>(sums) + at / channel * 4);
+        }
+    };
+    if constexpr (kRegister == 64) {
+        if (s.entry_bytes >= 8 * Bytes) return parts.template operator()<8>();
+    }
+    if (s.entry_bytes >= 4 * Bytes) return parts.template operator()<4>();
+    parts.template operator() < kEntryUnit / Bytes<4 ? kEntryUnit / Bytes : 4>();
 }
 
 template <class D> void box_stretch(const BoxStretch& s, void* sums) {
     constexpr std::size_t channel = sizeof(typename D::Channel);
-    auto* const all = static_cast<std::byte*>(sums);
-    const auto parts = [&]<int Registers>(std::size_t bytes, const auto& part) QX_LAMBDA {
-        for (std::size_t at = 0; at < s.entry_bytes; at += Registers * bytes) part(at, all + at / channel * 4);
-    };
-    if constexpr (D::number == 8) {
+    if constexpr (D::number != 32) {
         if (is_plain_mean(s)) {
-            return parts.template operator()<2>(kRegister / 2, [&](std::size_t at, std::byte* of_part)
-                                                                   QX_LAMBDA { box_part_short<2>(s, at, of_part); });
+            return for_box_parts<kRegister / 2>(s, channel, sums,
+                                                [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
+                                                    if constexpr (D::number == 8) {
+                                                        box_part_short<Registers>(s, at, of_part);
+                                                    } else {
+                                                        box_part_deep<Registers>(s, at, of_part);
+                                                    }
+                                                });
         }
     }
-    if constexpr (D::number == 16) {
-        if (is_plain_mean(s)) {
-            return parts.template operator()<2>(
-                kRegister / 2, [&](std::size_t at, std::byte* of_part) QX_LAMBDA { box_part_deep<2>(s, at, of_part); });
-        }
-    }
-    parts.template operator()<1>(kRegister / 4 * channel,
-                                 [&](std::size_t at, std::byte* of_part) QX_LAMBDA { box_part<D, 1>(s, at, of_part); });
+    for_box_parts<kRegister / 4 * channel>(s, channel, sums,
+                                           [&]<int Registers>(std::size_t at, std::byte* of_part)
+                                               QX_LAMBDA { box_part<D, Registers>(s, at, of_part); });
 }
 
 }  // namespace qx::QX_ISA

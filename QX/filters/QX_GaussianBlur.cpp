@@ -28,6 +28,7 @@ public:
         : groups_(src, dst), src_(src), dst_(dst), reach_(reach), block_(std::max<std::int64_t>(256, 2 * reach)) {}
 
     std::int64_t lines() const { return groups_.lines(); }
+    std::int64_t lead() const { return groups_.lead(); }
     /// Entries as they are stored: those that are read, those of the result, and those that keep channels; and wide
     /// ones, with one more on each side for a pair of distances of which one is beyond the reach. Weights come last.
     std::size_t buffer_bytes() const {
@@ -54,7 +55,8 @@ public:
                                         .taps = wide + wide_bytes(1),
                                         .weights = weights,
                                         .divisors = lines.divisors + at,
-                                        .out = out});
+                                        .out = out,
+                                        .streams = direct && groups_.streams(out)});
             if (direct) continue;
             if (!lines.selects_all()) {
                 groups_.gather(src_, from, count, centre, positions, kept);
@@ -62,6 +64,7 @@ public:
             }
             groups_.scatter(made, to, count, at, positions);
         }
+        groups_.finish();
     }
 
 private:
@@ -98,7 +101,8 @@ void gaussian_blur(const QX_ProgressInfo* progress, const BlurLines& src, const 
         if (grouped) return groups.blur(info, buffer, from, to, count);
         gaussian_line(info, buffer, src.line<Pixel>(from), dst.line<Pixel>(to));
     };
-    qx::BlurRun<Pixel, decltype(work)>(progress, src, dst, grouped ? groups.lines() : 1, work);
+    qx::BlurRun<Pixel, decltype(work)>(progress, src, dst, grouped ? groups.lines() : 1, grouped ? groups.lead() : 0,
+                                       work);
 }
 
 }  // namespace

@@ -16,8 +16,15 @@ template <class V> QX_INLINE V load_words(const std::byte* from) {
     }
 }
 /// And back, of numbers up to 255.
-template <class V> QX_INLINE void store_bytes(std::byte* to, V words) {
-    store_lanes(to, __builtin_convertvector(words, Vector<std::uint8_t, sizeof(V) / 2>));
+template <class V> QX_INLINE auto as_bytes(V words) {
+    return __builtin_convertvector(words, Vector<std::uint8_t, sizeof(V) / 2>);
+}
+/// Stores a part of an entry; past the caches only whole registers go.
+template <class V> QX_INLINE void store_entry(bool streams, std::byte* to, V v) {
+    if constexpr (sizeof(V) >= 16) {
+        if (streams) return stream_lanes(to, v);
+    }
+    store_lanes(to, v);
 }
 
 /// The lower or the upper halves of each sixteen bytes of two registers of words, by turns.
@@ -100,7 +107,7 @@ QX_INLINE void gaussian_step8(const GaussianStretch& s, const std::byte* taps, s
     for (int p = 0; p < Positions; ++p) {
         for (int r = 0; r < Registers; ++r) {
             const U mean = divisors[p] == 0 ? U{} : sums[p][r].means(divisors[p]);
-            store_bytes(out + p * out_step + r * static_cast<std::ptrdiff_t>(kRegister / 2), mean);
+            store_entry(s.streams, out + p * out_step + r * static_cast<std::ptrdiff_t>(kRegister / 2), as_bytes(mean));
         }
     }
 }
@@ -140,7 +147,7 @@ QX_INLINE void gaussian_step_float(const GaussianStretch& s, const std::byte* ta
             } else {
                 mean = sums[p][r] / divisor;
             }
-            store_lanes(out + p * out_step + r * static_cast<std::ptrdiff_t>(sizeof mean), mean);
+            store_entry(s.streams, out + p * out_step + r * static_cast<std::ptrdiff_t>(sizeof mean), mean);
         }
     }
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Body of the rows of mask buffers, for one level. A register of samples becomes two of lanes twice as wide, the even
-// samples and the odd ones, which formulas do not tell apart.
+// Body of the rows of mask buffers, for one level.
 #include "QX/indep/QX_Depth.h"
 #include "QX/indep/QX_DepthSteps.h"
 #include "QX/world/QX_UnoKernels.h"
@@ -12,35 +11,53 @@ namespace qx::QX_ISA {
 /// What one step of a row works on.
 template <class D> struct Samples { using Lane = Wide<typename D::Channel>; };
 
+/// What a formula works in: lanes as wide as samples, without a sign, or the even samples and then the odd ones of a
+/// register in lanes twice as wide, with one.
+enum class UnoLanes { own, wider };
+
+/// A register that is loaded, once, even where the compiler would read memory again for each of its uses: that costs
+/// twice where registers lie across lines of the cache.
+template <class U> QX_INLINE U held(U v) {
+    __asm__("" : "+x"(v));
+    return v;
+}
+
 /// The samples side by side at `to` become what `formula` makes of those at `from`.
-template <class D, class Formula, class... From>
+template <class D, UnoLanes lanes, class Formula, class... From>
 QX_INLINE void uno_step(const Formula& formula, typename D::Channel* to, const From*... from) {
     if constexpr (kRegister == 0) {
         *to = static_cast<typename D::Channel>(formula(typename D::Lane{*from}...));
-    } else if constexpr (D::number == 32) {
-        store_lanes(to, formula(load_lanes<Wide<float>>(from)...));
+    } else if constexpr (lanes == UnoLanes::own || D::number == 32) {
+        store_lanes(to, formula(load_lanes<Wide<typename D::Channel>>(from)...));
     } else {
         using U = Wide<std::conditional_t<D::number == 8, std::uint16_t, std::uint32_t>>;
         using V = Wide<std::conditional_t<D::number == 8, std::int16_t, std::int32_t>>;
-        const U low = splat<U>((1 << D::number) - 1);
-        const U even = (U)formula((V)(load_lanes<U>(from) & low)...);
-        const U odd = (U)formula((V)(load_lanes<U>(from) >> D::number)...);
-        store_lanes(to, (even & low) | odd << D::number);
+        const auto both = [&](auto... v) QX_LAMBDA {
+            const U low = splat<U>((1 << D::number) - 1);
+            const U even = (U)formula((V)(v & low)...), odd = (U)formula((V)(v >> D::number)...);
+            return (D::number == 8 ? even : even & low) | odd << D::number;  // of 8 bits none is above full
+        };
+        store_lanes(to, both(held(load_lanes<U>(from))...));
     }
 }
 
 /// Rows through a formula of (source, destination), or of (source, second source, destination).
-template <class D, class Formula, class Sample = typename D::Channel>
+template <class D, UnoLanes lanes = UnoLanes::wider, class Formula, class Sample = typename D::Channel>
 QX_INLINE void uno_row(std::int32_t count, const Sample* src, Sample* dst, const Formula& formula) {
     for_bundles<Samples<D>>(count, src, dst,
-                            [&](const Sample* s, Sample* d) QX_LAMBDA { uno_step<D>(formula, d, s, d); });
+                            [&](const Sample* s, Sample* d) QX_LAMBDA { uno_step<D, lanes>(formula, d, s, d); });
 }
-template <class D, class Formula, class Sample = typename D::Channel>
+template <class D, UnoLanes lanes = UnoLanes::wider, class Formula, class Sample = typename D::Channel>
 QX_INLINE void uno_row(std::int32_t count, const Sample* src, const Sample* second, Sample* dst,
                        const Formula& formula) {
     for_bundles<Samples<D>>(count, src, second, dst, [&](const Sample* s, const Sample* t, Sample* d) QX_LAMBDA {
-        uno_step<D>(formula, d, s, t, d);
+        uno_step<D, lanes>(formula, d, s, t, d);
     });
+}
+
+/// What operators work in. Sums of deep samples above full, which are not well-formed, need the room.
+template <class D> constexpr UnoLanes lanes_of(int op) {
+    return op >= 4 && op <= (D::number == 8 ? 7 : 6) ? UnoLanes::own : UnoLanes::wider;
 }
 
 /// Two samples by an operator, 1 to 7.
@@ -50,8 +67,8 @@ template <class D, int op, class V> QX_INLINE V combined(V s, V d) {
     if constexpr (op == 3) return D::mul(s, d);
     if constexpr (op == 4) return greater(s, d);
     if constexpr (op == 5) return lesser(s, d);
-    if constexpr (op == 6) return distance(s, d);
-    if constexpr (op == 7) return lesser<V>(s + d, splat<V>(D::full));
+    if constexpr (op == 6) return greater(s, d) - lesser(s, d);
+    if constexpr (op == 7) return d + lesser(s, D::comp(d));
 }
 
 /// A product to which this was added before it is reduced, in place of one half. The noise of a sample never takes it
@@ -69,7 +86,7 @@ template <class D> struct UnoRowsOf {
     using Sample = typename D::Channel;
 
     template <int op> static void combine(std::int32_t count, const Sample* src, Sample* dst) {
-        uno_row<D>(count, src, dst, [](auto s, auto d) QX_LAMBDA { return combined<D, op>(s, d); });
+        uno_row<D, lanes_of<D>(op)>(count, src, dst, [](auto s, auto d) QX_LAMBDA { return combined<D, op>(s, d); });
     }
     static void add(std::int32_t count, std::int32_t opacity, const Sample* src, Sample* dst) {
         uno_row<D>(count, src, dst,
@@ -106,7 +123,7 @@ template <class D> struct UnoRowsOf {
     }
     static void invert(std::int32_t count, std::int32_t opacity, Sample* dst) {
         if (opacity == D::full) {
-            uno_row<D>(count, dst, dst, [](auto s, auto) QX_LAMBDA { return D::comp(s); });
+            uno_row<D, UnoLanes::own>(count, dst, dst, [](auto s, auto) QX_LAMBDA { return D::comp(s); });
         } else {
             uno_row<D>(count, dst, dst,
                        [=]<class V>(V s, V) QX_LAMBDA { return D::mul(D::comp(s), splat<V>(opacity)); });

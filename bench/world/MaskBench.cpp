@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "QX/filters/QX_UnoScan.h"
+#include "QX/indep/QX_Depth.h"
 #include "QX/world/QX_UnoCombine.h"
 #include "bench/support/Frame.h"
 #include "bench/support/Library.h"
@@ -75,6 +76,31 @@ template <class Sample> void run(benchmark::State& state, Work work, ProcessorLe
     state.SetItemsProcessed(state.iterations() * std::int64_t{kWidth} * kHeight);
 }
 
+/// Loops of one sample at a time.
+using D8 = qx::Depth8;
+std::int32_t screen_of(std::int32_t, std::int32_t s, std::int32_t d) { return D8::combine(s, d); }
+std::int32_t sum_of(std::int32_t, std::int32_t s, std::int32_t d) { return std::min(s + d, D8::full); }
+std::int32_t blend_of(std::int32_t a, std::int32_t s, std::int32_t d) {
+    const std::int32_t e = s - d, p = a * e + 128 + (e >> 31);
+    return d + (((p >> 8) + p) >> 8);
+}
+std::int32_t inverse_of(std::int32_t, std::int32_t, std::int32_t d) { return D8::comp(d); }
+
+template <std::int32_t (*formula)(std::int32_t a, std::int32_t s, std::int32_t d)> void loop(benchmark::State& state) {
+    static Masks<std::uint8_t> masks;
+    const auto *a = masks.first(masks.a), *s = masks.first(masks.b);
+    auto* const d = masks.first(masks.c);
+    for (auto _ : state) {
+        for (int i = 0; i < kWidth * kHeight; ++i) d[i] = static_cast<std::uint8_t>(formula(a[i], s[i], d[i]));
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * std::int64_t{kWidth} * kHeight);
+}
+const std::pair<const char*, void (*)(benchmark::State&)> kLoops[] = {{"screen", &loop<&screen_of>},
+                                                                      {"add", &loop<&sum_of>},
+                                                                      {"transfer", &loop<&blend_of>},
+                                                                      {"invert", &loop<&inverse_of>}};
+
 constexpr std::int32_t kRadius = 20 << 16;
 
 /// Three passes by the formula as it is told, with a division a sample.
@@ -101,43 +127,52 @@ template <class Sample> void plain_scan(std::vector<Sample>& scratch, std::vecto
     }
 }
 
-template <class Sample> void scan(benchmark::State& state, bool plain) {
-    be_born(ProcessorLevel::widest);
+template <class Sample, class Blur> void scan(benchmark::State& state, const Blur& blur) {
     std::vector<Sample> line(kWidth), scratch(kWidth), before(kWidth);
     fill_as_mask(before.data(), before.size());
     for (auto _ : state) {
         std::copy(before.begin(), before.end(), line.begin());
-        if (plain) {
-            plain_scan(scratch, line);
-        } else if constexpr (sizeof(Sample) == 1) {
-            QX_BoxBlurUnoScan(2, kWidth, 0, kWidth, kRadius, scratch.data(), line.data());
-        } else {
-            QX_BoxBlurDeepUnoScan(2, kWidth, 0, kWidth, kRadius, scratch.data(), line.data());
-        }
+        blur(scratch, line);
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * std::int64_t{kWidth});
 }
+void library_scan(std::vector<std::uint8_t>& scratch, std::vector<std::uint8_t>& line) {
+    QX_BoxBlurUnoScan(2, kWidth, 0, kWidth, kRadius, scratch.data(), line.data());
+}
+void library_scan(std::vector<std::uint16_t>& scratch, std::vector<std::uint16_t>& line) {
+    QX_BoxBlurDeepUnoScan(2, kWidth, 0, kWidth, kRadius, scratch.data(), line.data());
+}
 
 template <class Sample> void add() {
     const auto depth = std::to_string(8 * sizeof(Sample));
-    for (const auto& [name, work] : kWorks) {
-        for (const auto level :
-             {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
-            const bool copies = work == kWorks[0].second;
-            if (copies && level != ProcessorLevel::widest) continue;
-            const std::string whole =
-                std::string("mask/") + name + "/" + depth + (copies ? "" : "/") + (copies ? "" : name_of(level));
-            benchmark::RegisterBenchmark(whole.c_str(),
-                                         [w = work, level](benchmark::State& s) { run<Sample>(s, w, level); });
+    const auto add_one = [](const std::string& name, const auto& run) {
+        benchmark::RegisterBenchmark(("mask/" + name).c_str(), run);
+    };
+    add_one("scan/" + depth + "/loop", [](benchmark::State& s) {
+        scan<Sample>(s, [](auto& scratch, auto& line) { plain_scan<Sample>(scratch, line); });
+    });
+    for (const auto level :
+         {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
+        const std::string behind = "/" + depth + "/" + name_of(level);
+        for (const auto& [name, work] : kWorks) {
+            add_one(name + behind, [w = work, level](benchmark::State& s) { run<Sample>(s, w, level); });
         }
-    }
-    for (const bool plain : {true, false}) {
-        const std::string name = "mask/scan-three-passes/" + depth + (plain ? "/dividing" : "/library");
-        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& s) { scan<Sample>(s, plain); });
+        add_one("scan" + behind, [level](benchmark::State& s) {
+            be_born(level);
+            scan<Sample>(s, [](auto& scratch, auto& line) { library_scan(scratch, line); });
+        });
     }
 }
 
-[[maybe_unused]] const bool added = (add<std::uint8_t>(), add<std::uint16_t>(), true);
+bool add_all() {
+    for (const auto& [name, loop] : kLoops) {
+        benchmark::RegisterBenchmark((std::string("mask/") + name + "/8/loop").c_str(), loop);
+    }
+    add<std::uint8_t>();
+    add<std::uint16_t>();
+    return true;
+}
+[[maybe_unused]] const bool added = add_all();
 
 }  // namespace

@@ -78,7 +78,7 @@ private:
         for (std::int64_t x = from; x < to; ++x) {
             const std::int64_t right = scan.copied(x + window_.reach);
             const std::int64_t ends = right + (ends_inside == 2 ? scan.copied(x - window_.reach) : 0);
-            scan.line[x] = static_cast<Sample>(quotient(window_.weighted<D, std::int64_t>(sum_, ends)));
+            scan.line[x] = static_cast<Sample>(quotient(window_.weighted<D, std::int64_t>(sum_, ends) + D::half));
             sum_ += right - scan.copied(x - window_.reach + 1);
         }
     }

@@ -16,10 +16,9 @@ struct BoxWindow {
     template <class D> QX_INLINE std::int64_t divisor(int ends) const {
         return std::int64_t{D::full} * (2 * reach - 1) + std::int64_t{share} * ends;
     }
-    /// A weighted sum, moved by one half; it is below 2^32 at 8 bits and below 2^47 at 16.
+    /// A weighted sum; moved by D::half it is below 2^32 at 8 bits and below 2^47 at 16.
     template <class D, class V> QX_INLINE V weighted(V sum, V ends) const {
-        return sum * static_cast<NumberOf<V>>(D::full) + ends * static_cast<NumberOf<V>>(share) +
-               static_cast<NumberOf<V>>(D::half);
+        return sum * static_cast<NumberOf<V>>(D::full) + ends * static_cast<NumberOf<V>>(share);
     }
 };
 

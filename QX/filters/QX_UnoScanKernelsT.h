@@ -20,6 +20,19 @@ template <class V> QX_INLINE V running_sums(V v) {
     return v;
 }
 
+/// Stores the low bits of lanes.
+template <class V, class Sample> QX_INLINE void store_narrowed(Sample* to, V v) {
+    if constexpr (sizeof(V) > 16) {
+        store_lanes(to, __builtin_convertvector(v, Vector<Sample, lanes_in<V> * sizeof(Sample)>));
+    } else if constexpr (sizeof(Sample) == 1) {
+        v = shuffle_bytes<0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1>(v);
+        __builtin_memcpy(to, &v, 4);
+    } else {
+        v = shuffle_bytes<0, 1, 4, 5, 8, 9, 12, 13, -1, -1, -1, -1, -1, -1, -1, -1>(v);
+        __builtin_memcpy(to, &v, 8);
+    }
+}
+
 /// Whole registers of the means; sums must fit 32 bits.
 ///
 /// Weighted sums n are exact in double, whatever the order. (n + 1/2) / divisor lies 1 / (2 * divisor), which is more
@@ -33,17 +46,16 @@ QX_INLINE std::int32_t means_side_by_side(std::int32_t count, const BoxWindow& w
     const double reciprocal = 1.0 / static_cast<double>(window.divisor<D>(2));
     const BoxWindow w = window;
     V before = splat<V>(*sum);
-    std::int32_t x = 0;
+    std::ptrdiff_t x = 0;
     for (; x + lanes <= count; x += lanes) {
-        const auto at = [=](std::int32_t i) QX_LAMBDA { return load_channels<V, Sample>(copy + x + i); };
+        const auto at = [=](std::ptrdiff_t i) QX_LAMBDA { return load_channels<V, Sample>(copy + x + i); };
         const V right = at(w.reach), change = right - at(1 - w.reach), changed = running_sums(change);
         const F n = w.weighted<D, F>(to_double(before + changed - change), to_double(right + at(-w.reach)));
-        const V mean = narrowed_to_int((n + 0.5) * reciprocal);
-        store_lanes(line + x, __builtin_convertvector(mean, Vector<Sample, lanes * sizeof(Sample)>));
+        store_narrowed(line + x, narrowed_to_int((n + (D::half + 0.5)) * reciprocal));
         before += splat<V>(changed[lanes - 1]);
     }
     *sum = before[0];
-    return x;
+    return static_cast<std::int32_t>(x);
 }
 
 template <class D, class Sample = typename D::Channel>
@@ -59,7 +71,7 @@ void means(std::int32_t count, const BoxWindow& window, const Sample* copy, std:
     std::int64_t inner = *sum;
     for (; x < count; ++x) {
         const std::int64_t right = copy[x + reach];
-        line[x] = static_cast<Sample>(quotient(w.weighted<D, std::int64_t>(inner, right + copy[x - reach])));
+        line[x] = static_cast<Sample>(quotient(w.weighted<D, std::int64_t>(inner, right + copy[x - reach]) + D::half));
         inner += right - copy[x - reach + 1];
     }
     *sum = inner;

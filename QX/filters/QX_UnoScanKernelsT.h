@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Body of running means, for one level. Where registers hold doubles for four samples or more, sums are made side by
-// side; elsewhere one after the other.
+// Body of running means, for one level. Where there are registers sums are made side by side, else one after the other.
 #include "QX/filters/QX_UnoScanKernels.h"
 #include "lanes/Doubles.h"
 #include "lanes/Level.h"
@@ -33,15 +32,32 @@ template <class V, class Sample> QX_INLINE void store_narrowed(Sample* to, V v) 
     }
 }
 
-/// Whole registers of the means; sums must fit 32 bits.
+/// Means of windows with these sums and these two samples at the reach.
 ///
 /// Weighted sums n are exact in double, whatever the order. (n + 1/2) / divisor lies 1 / (2 * divisor), which is more
 /// than 2^-32, or more from the next integer, and the roundings of the reciprocal and of the product move a quotient
-/// below 2^16 by at most 2^-36: truncated it is the quotient of integers. @return how many were made
+/// below 2^16 by at most 2^-36: truncated it is the quotient of integers.
+template <class D, class F> QX_INLINE F doubles_of_means(const BoxWindow& window, double reciprocal, F sums, F ends) {
+    return (window.weighted<D, F>(sums, ends) + (D::half + 0.5)) * reciprocal;
+}
+template <class D, class V> QX_INLINE V means_of(const BoxWindow& window, double reciprocal, V sums, V ends) {
+    if constexpr (kRegister >= 2 * sizeof(V)) {
+        return narrowed_to_int(doubles_of_means<D>(window, reciprocal, to_double(sums), to_double(ends)));
+    } else {  // two by two
+        using F = Vector<double, 16>;
+        const auto two = [&](V s, V e) QX_LAMBDA {
+            const auto doubles = [](V v) QX_LAMBDA { return (F)_mm_cvtepi32_pd((__m128i)v); };
+            return (V)_mm_cvttpd_epi32(doubles_of_means<D>(window, reciprocal, doubles(s), doubles(e)));
+        };
+        const auto upper = [](V v) QX_LAMBDA { return shuffle<2, 3, 2, 3>(v, v); };
+        return shuffle<0, 1, 0, 1>(two(sums, ends), two(upper(sums), upper(ends)));
+    }
+}
+
+/// Whole registers of means; sums must fit 32 bits. @return how many were made
 template <class D, class V, class Sample>
 QX_INLINE std::int32_t means_side_by_side(std::int32_t count, const BoxWindow& window, const Sample* copy,
                                           std::int64_t* sum, Sample* line) {
-    using F = DoublesOf<V>;
     constexpr int lanes = lanes_in<V>;
     const double reciprocal = 1.0 / static_cast<double>(window.divisor<D>(2));
     const BoxWindow w = window;
@@ -50,8 +66,7 @@ QX_INLINE std::int32_t means_side_by_side(std::int32_t count, const BoxWindow& w
     for (; x + lanes <= count; x += lanes) {
         const auto at = [=](std::ptrdiff_t i) QX_LAMBDA { return load_channels<V, Sample>(copy + x + i); };
         const V right = at(w.reach), change = right - at(1 - w.reach), changed = running_sums(change);
-        const F n = w.weighted<D, F>(to_double(before + changed - change), to_double(right + at(-w.reach)));
-        store_narrowed(line + x, narrowed_to_int((n + (D::half + 0.5)) * reciprocal));
+        store_narrowed(line + x, means_of<D>(w, reciprocal, before + changed - change, right + at(-w.reach)));
         before += splat<V>(changed[lanes - 1]);
     }
     *sum = before[0];
@@ -61,9 +76,10 @@ QX_INLINE std::int32_t means_side_by_side(std::int32_t count, const BoxWindow& w
 template <class D, class Sample = typename D::Channel>
 void means(std::int32_t count, const BoxWindow& window, const Sample* copy, std::int64_t* sum, Sample* line) {
     std::int32_t x = 0;
-    if constexpr (kRegister > 16) {
+    if constexpr (kRegister > 0) {
         const bool fits = std::int64_t{window.reach} * (2 * std::int64_t{static_cast<Sample>(-1)}) < INT32_MAX;
-        if (fits) x = means_side_by_side<D, Vector<std::int32_t, kRegister / 2>>(count, window, copy, sum, line);
+        if (fits)
+            x = means_side_by_side<D, Vector<std::int32_t, kRegister == 64 ? 32 : 16>>(count, window, copy, sum, line);
     }
     const BoxQuotient<D> quotient(window.divisor<D>(2));
     const std::ptrdiff_t reach = window.reach;

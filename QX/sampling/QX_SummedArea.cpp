@@ -7,7 +7,6 @@
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_WithDepth.h"
-#include "QX/pixelops/QX_PastCaches.h"
 #include "QX/sampling/QX_SummedAreaKernels.h"
 #include "platform/TK_Memory.h"
 
@@ -68,8 +67,7 @@ template <class Pixel, class Cell> Cell* make_table(const QX_World& src, SumWorl
     if (memory == nullptr) throw static_cast<int>(kQX_OutOfMemory);
     std::unique_ptr<Cell, FreePtr> table(static_cast<Cell*>(memory));
     const RowOfSums above(columns + 1), made(columns + 1);
-    const PastCaches past_caches(bytes + columns * rows * sizeof(Pixel));
-    sum_world(src, {above.first(), made.first()}, static_cast<bool>(past_caches), table.get());
+    sum_world(src, {above.first(), made.first()}, table.get());
     return table.release();
 }
 

@@ -13,9 +13,9 @@ struct SumRows {
     QX_PixelDouble *above, *made;
 };
 
-/// Fills a table from a world. `rows.above` is zero; `past_caches` tells how cells are stored.
-template <class Pixel, class Cell>
-using SumWorld = void(const QX_LayerDef& world, SumRows rows, bool past_caches, Cell* table);
+/// Fills a table from a world. `rows.above` is zero. Rows one below another are made at once, too many streams to be
+/// stored past the caches: that was measured to be slower.
+template <class Pixel, class Cell> using SumWorld = void(const QX_LayerDef& world, SumRows rows, Cell* table);
 
 template <class Pixel> struct SummedAreas {
     SumWorld<Pixel, QX_PixelFloat>* in_floats;  ///< none for float worlds

@@ -7,7 +7,6 @@
 #include "lanes/Doubles.h"
 #include "lanes/Level.h"
 #include "lanes/PixelAccess.h"
-#include "lanes/Streams.h"
 
 namespace qx::QX_ISA {
 
@@ -16,10 +15,10 @@ using OneRow = Vector<double, 32>;
 using WideRows = Vector<double, kRegister == 64 ? 64 : 32>;
 template <class V> inline constexpr int rows_in = lanes_in<V> / 4;
 
-/// From one value a row, which follow each other from `first` on, to one a channel.
-template <class V, int first, class Q> QX_INLINE V spread(Q values) {
+/// From values of rows, the first of which counts `first` and the next of a register `next` more, to one a channel.
+template <class V, int first, int next, class Q> QX_INLINE V spread(Q values) {
     if constexpr (is_wide<Q>) {
-        return reordered(values, values, [](int lane) { return first + lane / 4; });
+        return reordered(values, values, [](int lane) { return first + lane / 4 * next; });
     } else {
         return V{values, values, values, values};
     }
@@ -72,22 +71,45 @@ template <class V> QX_INLINE auto as_floats(V sums) {
     }
 }
 
-/// Pixels, one a row, of which the colours are multiplied by their share of full alpha. Alphas above full count as
-/// full.
-template <class V, class Pixel> QX_INLINE V multiplied(const Pixel* const (&p)[rows_in<V>]) {
+/// Channels of pixels, which lie one a 16 bytes, as numbers.
+template <class Pixel> using ChannelNumber = std::conditional_t<DepthOf<Pixel>::number == 32, float, std::int32_t>;
+template <class V, class Pixel> using ChannelsOf = Vector<ChannelNumber<Pixel>, sizeof(V) / 2>;
+
+/// What get(pixel) gives of the pixels of a register's rows, side by side.
+template <class V, class Pixel, class Get> QX_INLINE auto of_rows(const Pixel* const (&p)[rows_in<V>], const Get& get) {
+    if constexpr (rows_in<V> == 1) {
+        return get(p[0]);
+    } else {
+        return of_both(get(p[0]), get(p[1]));
+    }
+}
+template <class V, class Pixel> QX_INLINE ChannelsOf<V, Pixel> load_rows(const Pixel* const (&p)[rows_in<V>]) {
+    return of_rows<V>(p, [](const Pixel* one) QX_LAMBDA {
+        return load_channels<Vector<ChannelNumber<Pixel>, 16>, QX_ChannelOf<Pixel>>(one);
+    });
+}
+
+/// Pixels to come: 16 bytes of each row of a register, of which the next columns are had by one shuffle each.
+template <class Pixel> inline constexpr int kAhead = kRegister < 32 ? 1 : 16 / static_cast<int>(sizeof(Pixel));
+template <class V> using BytesAhead = Vector<std::uint8_t, sizeof(V) / 2>;
+template <class V, class Pixel> QX_INLINE BytesAhead<V> load_ahead(const Pixel* const (&p)[rows_in<V>]) {
+    return of_rows<V>(p, [](const Pixel* one) QX_LAMBDA { return load_lanes<Vector<std::uint8_t, 16>>(one); });
+}
+template <class Pixel, int Column, class B> QX_INLINE auto channels_ahead(B ahead) {
+    constexpr int c = static_cast<int>(sizeof(QX_ChannelOf<Pixel>)), o = 4 * c * Column, high = c == 2 ? 1 : -16;
+    return (Vector<std::int32_t, sizeof(B)>)
+        shuffle_bytes<o, o + high, -1, -1, o + c, o + c + high, -1, -1, o + 2 * c, o + 2 * c + high, -1, -1, o + 3 * c,
+                      o + 3 * c + high, -1, -1>(ahead);
+}
+
+/// Pixels of which the colours are multiplied by their share of full alpha. Alphas above full count as full.
+template <class V, class Pixel>
+QX_INLINE V multiplied(ChannelsOf<V, Pixel> channels, const Pixel* const (&p)[rows_in<V>]) {
     constexpr int depth = DepthOf<Pixel>::number;
-    using Channels = Vector<std::conditional_t<depth == 32, float, std::int32_t>, 16>;
-    const auto sums = [&]<class Get>(const Get& get) QX_LAMBDA {
-        if constexpr (rows_in<V> == 1) {
-            return get(p[0]);
-        } else {
-            return of_both(get(p[0]), get(p[1]));
-        }
-    };
-    const V v =
-        as_sums<V>(sums([](const Pixel* one) QX_LAMBDA { return load_channels<Channels, QX_ChannelOf<Pixel>>(one); }));
+    const V v = as_sums<V>(channels);
     if constexpr (depth == 8) {
-        return v * sums([](const Pixel* one) QX_LAMBDA { return load_lanes<OneRow>(shares_of_8.of[one->alpha]); });
+        return v *
+               of_rows<V>(p, [](const Pixel* one) QX_LAMBDA { return load_lanes<OneRow>(shares_of_8.of[one->alpha]); });
     } else {
         const V one = V{} + 1.0, alpha = reordered(v, v, [](int lane) { return lane & ~3; });
         const V share = depth == 16 ? alpha * (1.0 / Depth16::full) : alpha;
@@ -97,20 +119,9 @@ template <class V, class Pixel> QX_INLINE V multiplied(const Pixel* const (&p)[r
     }
 }
 
-/// A table's address is a multiple of 16 alone.
-template <bool PastCaches, class Cell, class V> QX_INLINE void store_cell(Cell* cell, V mean) {
-    if constexpr (!PastCaches) {
-        store_lanes(cell, mean);
-    } else if constexpr (sizeof(V) == 16) {
-        stream_lanes(cell, mean);
-    } else {
-        stream_lanes(cell, __builtin_shufflevector(mean, mean, 0, 1));
-        stream_lanes(&cell->green, __builtin_shufflevector(mean, mean, 2, 3));
-    }
-}
-
-/// Rows one below another, from row `y` on, in registers of type V.
-template <class Pixel, class Cell, class V, int Registers, bool PastCaches> class Wave {
+/// Rows one below another, from row `y` on, in registers of type V. One that holds two has a row of the upper half of
+/// the rows and that of the lower half, so that the register before it has what lies above both.
+template <class Pixel, class Cell, class V, int Registers> class Wave {
 public:
     static constexpr int rows = Registers * rows_in<V>;
 
@@ -132,6 +143,12 @@ public:
     QX_INLINE void run() {
         std::ptrdiff_t at = 0;
         for (; at < std::min<std::ptrdiff_t>(rows - 1, width_); ++at) step<true>(at);
+        if constexpr (kAhead < Pixel >> 1) {
+            for (; at <= width_ - kAhead<Pixel>; at += kAhead<Pixel>) {
+                steps_ahead(at, std::make_integer_sequence<int, kAhead<Pixel>>{},
+                            std::make_integer_sequence<int, Registers>{});
+            }
+        }
         for (; at < width_; ++at) step<false>(at);
         for (; at < width_ + rows - 1; ++at) step<true>(at);
     }
@@ -142,37 +159,57 @@ private:
     /// The first row takes column `at`. At either end some rows have none: these take a clear pixel, of which the sums
     /// before the first column stay zero.
     template <bool Ends> QX_INLINE void step(std::ptrdiff_t at) {
+        const auto has = [=, this](int row) QX_LAMBDA { return !Ends || (at >= row && at - row < width_); };
+        take(at, has, [](auto, const auto& pixels) QX_LAMBDA { return load_rows<V>(pixels); });
+    }
+    template <int... Column, int... I>
+    QX_INLINE void steps_ahead(std::ptrdiff_t at, std::integer_sequence<int, Column...>,
+                               std::integer_sequence<int, I...>) {
+        const auto all = [](int) QX_LAMBDA { return true; };
+        const BytesAhead<V> ahead[] = {load_ahead<V>(pixels_of<I>(at, all).of)...};
+        (take(at + Column, all, [&](auto i, const auto&) QX_LAMBDA { return channels_ahead<Pixel, Column>(ahead[i]); }),
+         ...);
+    }
+
+    /// A column of each row that `has` one; get(register, pixels) gives channels.
+    template <class Has, class Get> QX_INLINE void take(std::ptrdiff_t at, const Has& has, const Get& get) {
         const OfRows share = 1.0 / (columns_ * counts_);
         columns_ += 1.0;
-        backwards<Ends>(at, share, std::make_integer_sequence<int, Registers>{});
+        const V top = sums_at_top(has(0) ? above_ + at : above_);
+        [&]<int... I>(std::integer_sequence<int, I...>) QX_LAMBDA {
+            (sum<Registers - 1 - I>(at, share, top, has, get),
+             ...);  // the last first: it reads what the step before made
+        }
+        (std::make_integer_sequence<int, Registers>{});
     }
-    /// The last register first: it reads what the one above it made the step before.
-    template <bool Ends, int... I>
-    QX_INLINE void backwards(std::ptrdiff_t at, OfRows share, std::integer_sequence<int, I...>) {
-        (take<Registers - 1 - I, Ends>(at, share), ...);
-    }
-    template <int I, bool Ends> QX_INLINE void take(std::ptrdiff_t at, OfRows share) {
-        constexpr int first = I * rows_in<V>;
-        const auto has = [&](int row) QX_LAMBDA { return !Ends || (at >= row && at - row < width_); };
-        const Pixel clear{}, *pixels[rows_in<V>];
-        for (int k = 0; k < rows_in<V>; ++k) pixels[k] = has(first + k) ? source_[first + k] + at : &clear;
-        const V above = sums_above<I>(has(0) ? above_ + at : above_);
-        left_[I] = ((multiplied<V>(pixels) + left_[I]) + above) - corner_[I];
+    template <int I, class Has, class Get>
+    QX_INLINE void sum(std::ptrdiff_t at, OfRows share, V top, const Has& has, const Get& get) {
+        const V above = I == 0 ? top : left_[I == 0 ? 0 : I - 1];
+        const auto pixels = pixels_of<I>(at, has);
+        const V v = multiplied<V, Pixel>(get(std::integral_constant<int, I>{}, pixels.of), pixels.of);
+        left_[I] = ((v + left_[I]) + above) - corner_[I];
         corner_[I] = above;
-        store<I>(at, left_[I] * spread<V, first>(share), has);
+        store<I>(at, left_[I] * spread<V, I, Registers>(share), has);
     }
-    template <int I> QX_INLINE V sums_above(const QX_PixelDouble* from) const {
-        if constexpr (I == 0) {
-            const auto row = load_lanes<OneRow>(from);
-            if constexpr (rows_in<V> == 1) {
-                return row;
-            } else {
-                return of_both(row, part_of<sizeof row, 0>(left_[0]));
-            }
-        } else if constexpr (rows_in<V> == 1) {
-            return left_[I - 1];
+    struct Pixels {
+        const Pixel* of[rows_in<V>];
+    };
+    template <int I, class Has> QX_INLINE Pixels pixels_of(std::ptrdiff_t at, const Has& has) const {
+        static constexpr Pixel clear{};
+        Pixels pixels;
+        for (int k = 0; k < rows_in<V>; ++k) {
+            const int row = I + k * Registers;
+            pixels.of[k] = has(row) ? source_[row] + at : &clear;
+        }
+        return pixels;
+    }
+    /// What lies above the first register: a row that is there, and the last of the upper half.
+    QX_INLINE V sums_at_top(const QX_PixelDouble* from) const {
+        const auto row = load_lanes<OneRow>(from);
+        if constexpr (rows_in<V> == 1) {
+            return row;
         } else {
-            return reordered(left_[I - 1], left_[I], [](int lane) { return lane + 4; });
+            return of_both(row, part_of<sizeof row, 0>(left_[Registers - 1]));
         }
     }
     template <int I, class Has> QX_INLINE void store(std::ptrdiff_t at, V means, const Has& has) {
@@ -183,14 +220,14 @@ private:
                 return means;
             }
         }();
-        store_row<I * rows_in<V>>(at, part_of<sizeof(Cell), 0>(cells), has);
-        if constexpr (rows_in<V> == 2) store_row<2 * I + 1>(at, part_of<sizeof(Cell), 1>(cells), has);
+        store_row<I>(at, part_of<sizeof(Cell), 0>(cells), has);
+        if constexpr (rows_in<V> == 2) store_row<I + Registers>(at, part_of<sizeof(Cell), 1>(cells), has);
         if constexpr (I == Registers - 1) {
             if (has(rows - 1)) store_lanes(made_ + at - (rows - 1), part_of<sizeof(OneRow), rows_in<V> - 1>(left_[I]));
         }
     }
     template <int Row, class Mean, class Has> QX_INLINE void store_row(std::ptrdiff_t at, Mean mean, const Has& has) {
-        if (has(Row)) store_cell<PastCaches>(cells_[Row] + at, mean);
+        if (has(Row)) store_lanes(cells_[Row] + at, mean);
     }
 
     const std::ptrdiff_t width_;
@@ -202,11 +239,10 @@ private:
     V left_[Registers]{}, corner_[Registers]{};
 };
 
-template <class Pixel, class Cell, bool PastCaches>
-QX_INLINE void sum_rows(const QX_LayerDef& world, SumRows sums, Cell* table) {
+template <class Pixel, class Cell> void sum_world(const QX_LayerDef& world, SumRows sums, Cell* table) {
     std::int32_t y = 0;
     const auto waves = [&]<class V, int Registers>() QX_LAMBDA {
-        using OfThese = Wave<Pixel, Cell, V, Registers, PastCaches>;
+        using OfThese = Wave<Pixel, Cell, V, Registers>;
         for (; world.height - y >= OfThese::rows; y += OfThese::rows) {
             OfThese(world, y, sums, table).run();
             sums = {sums.made, sums.above};
@@ -214,15 +250,6 @@ QX_INLINE void sum_rows(const QX_LayerDef& world, SumRows sums, Cell* table) {
     };
     waves.template operator()<WideRows, 4>();
     waves.template operator()<OneRow, 1>();
-}
-
-template <class Pixel, class Cell>
-void sum_world(const QX_LayerDef& world, SumRows sums, bool past_caches, Cell* table) {
-    if (past_caches) {
-        sum_rows<Pixel, Cell, true>(world, sums, table);
-    } else {
-        sum_rows<Pixel, Cell, false>(world, sums, table);
-    }
 }
 
 const SummedAreaKernels summed_area_kernels{

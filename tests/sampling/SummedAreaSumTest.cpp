@@ -64,15 +64,13 @@ template <class Pixel> class SummedAreaAt : public testing::Test {};
 TYPED_TEST_SUITE(SummedAreaAt, AllDepths);
 
 TYPED_TEST(SummedAreaAt, EveryLevelGivesThePlainSums) {
-    const Cases<int, int> sizes = {{1, 1}, {3, 30}, {7, 9}, {67, 8}, {40, 17}, {1100, 23}, {9000, 9}};
+    const Cases<int, int> sizes = {{1, 1}, {3, 30}, {7, 9}, {67, 8}, {40, 17}, {1100, 23}, {9000, 25}};
     std::uint64_t seed = 0;
     for (const auto level : kLevels) {
         const Born born(1, level);
-        for (const auto& [area, fill, doubles, cached] :
-             each(sizes, kAllFills, std::array{false, true}, std::array{false, true})) {
+        for (const auto& [area, fill, doubles] : each(sizes, kAllFills, std::array{false, true})) {
             const auto [width, height] = area;
             SCOPED_TRACE(testing::Message() << width << " by " << height << " seed " << ++seed);
-            standalone::SetCacheBytes(cached ? 0 : 1);
             TestWorld<TypeParam> world(width, height, fill, seed);
             const QX_SummedAreaTable table(&world.world(), doubles);
             ASSERT_EQ(table.use_double, doubles || DepthOf<TypeParam>::number == 32);
@@ -82,9 +80,8 @@ TYPED_TEST(SummedAreaAt, EveryLevelGivesThePlainSums) {
             const auto want = expected_means(world.world());
             if (table.use_double) expect_table(want, table.double_table);
             if (!table.use_double) expect_table(want, table.float_table);
-            if (this->HasFatalFailure()) break;
+            if (this->HasFatalFailure()) return;
         }
-        standalone::SetCacheBytes(0);
     }
 }
 

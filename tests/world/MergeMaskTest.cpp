@@ -77,6 +77,20 @@ TEST(MergeMask, AllPairsOf8BitsAndAFullMaskChangesNothing) {
     }
 }
 
+TEST(MergeMask, FarPlacesAndRectanglesDoNotWrap) {
+    const Born born(1);
+    const M_LRect all{INT_MIN, INT_MIN, INT_MAX, INT_MAX};
+    const Buffer full = made_of(4, 4, 8, [](int, int) { return 255; });
+    for (const auto& [x, y, stays] : Cases<int, int, bool>{
+             {0, 0, true}, {INT_MIN, 0, false}, {INT_MAX, 0, false}, {0, INT_MIN, false}, {0, INT_MAX, false}}) {
+        const World world = made(4, 4, 16, 1), before = made(4, 4, 16, 1);
+        ASSERT_EQ(merge(world.get(), full.get(), x, y, &all, &all), 0);
+        for (const auto& [i, j] : places(4, 4)) {
+            EXPECT_EQ(channel(*world, i, j, 0), stays ? channel(*before, i, j, 0) : 0) << x << ", " << y;
+        }
+    }
+}
+
 TEST(MergeMask, RefusalsAreThrownAndLeaveTheWorld) {
     const Born born(1);
     BadWorlds bad;

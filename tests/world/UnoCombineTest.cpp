@@ -265,6 +265,27 @@ TEST(UnoCombine, ShortFormsAreTheGeneralOne) {
               made(Accumulate{.mode = 2, .rect = &rect, .point = &corner}));
 }
 
+TEST(UnoCombine, FarRectanglesAndPointsDoNotWrap) {
+    const Born born(1);
+    const M_LRect all{INT_MIN, INT_MIN, INT_MAX, INT_MAX}, behind{5, 5, INT_MAX, INT_MAX};
+    const M_LPoint least{INT_MIN, INT_MIN}, most{INT_MAX, INT_MAX};
+    const Buffer src = counting(9, 9, 8), start = made_of(9, 9, 8, [](int x, int y) { return x * y; });
+    const auto result = [&](bool blends, const M_LRect* r, const M_LPoint* p) {
+        const Buffer dst = made_of(9, 9, 8, [](int x, int y) { return x * y; });
+        EXPECT_EQ(blends ? QX_TransferUnoBuffers(nullptr, src.get(), src.get(), 3, r, p, dst.get())
+                         : QX_AccumulateUnoBuffers(nullptr, src.get(), 3, r, p, dst.get()),
+                  0);
+        return samples(*dst);
+    };
+    for (const bool blends : {false, true}) {
+        EXPECT_NE(result(blends, nullptr, nullptr), samples(*start));
+        EXPECT_EQ(result(blends, &all, &least), result(blends, nullptr, nullptr)) << "the corner on itself";
+        EXPECT_EQ(result(blends, &all, &most), samples(*start));
+        EXPECT_EQ(result(blends, &behind, &least), samples(*start));
+        EXPECT_EQ(result(blends, &behind, &most), samples(*start));
+    }
+}
+
 TEST(UnoCombine, RefusalsLeaveTheDestination) {
     const Born born(1);
     const Buffer good = counting(3, 3, 8), deep = counting(3, 3, 16), dst = counting(3, 3, 8);

@@ -183,6 +183,27 @@ TEST(UnoCombine, TransfersAllTriplesOf8Bits) {
     }
 }
 
+TEST(UnoCombine, TransfersByAllCoveragesOf16Bits) {
+    constexpr std::array<std::pair<int, int>, 9> kEnds = {
+        {{0, 1}, {1, 0}, {0, 3}, {0, 32768}, {32768, 0}, {5, 12}, {30000, 29997}, {100, 32100}, {777, 777}}};
+    const auto [width, height] = std::pair(32769, static_cast<int>(kEnds.size()));
+    const auto of_row = [&](const auto& member) {
+        return [member, &kEnds](int, int y) { return kEnds[static_cast<std::size_t>(y)].*member; };
+    };
+    const Buffer coverage = made_of(width, height, 16, [](int x, int) { return x; });
+    const Buffer b = made_of(width, height, 16, of_row(&std::pair<int, int>::first));
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        const Buffer dst = made_of(width, height, 16, of_row(&std::pair<int, int>::second));
+        ASSERT_EQ(QX_TransferUnoBuffers(nullptr, coverage.get(), b.get(), 0, nullptr, nullptr, dst.get()), 0);
+        const auto made = samples(*dst);
+        for (std::size_t i = 0; i < made.size(); ++i) {
+            const auto& [to, from] = kEnds[i / 32769];
+            ASSERT_EQ(made[i], blended(static_cast<double>(i % 32769), to, from, 16)) << from << " to " << to;
+        }
+    }
+}
+
 TEST(UnoCombine, TransfersClipToAllThreeAndClearWhatTheSharedPartDoesNotCover) {
     for (const auto level : kLevels) {
         const Born born(1, level);

@@ -111,8 +111,8 @@ TEST_F(Effects, ACanvasThatGrowsHoldsWhatSpreadsAroundWhatWasThere) {
         double all = 0, at_x = 0, at_y = 0;
         qx::pictures::each_pixel<QX_PixelFloat>(*canvas.world, [&](const QX_PixelFloat& p, int x, int y) {
             all += p.alpha;
-            at_x += p.alpha * (x + canvas.x);
-            at_y += p.alpha * (y + canvas.y);
+            at_x += double{p.alpha} * (x + canvas.x);
+            at_y += double{p.alpha} * (y + canvas.y);
         });
         EXPECT_NEAR(all, 1, 2e-3) << keys;  // nothing is lost, and its middle stays
         EXPECT_NEAR(at_x, 4, 1e-2) << keys;

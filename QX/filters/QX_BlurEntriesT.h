@@ -75,6 +75,12 @@ void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t li
         std::byte* out = entries + part * kRegister;
         for (std::int64_t at = 0; at < whole; at += pixels, out += pixels * kEntryUnit) {
             V v[pixels];
+            if (at % (64 / static_cast<int>(sizeof(Pixel))) == 0) {
+                for (int i = 0; i < pixels; ++i) {
+                    for (int k = 0; k < kPieces; ++k)
+                        __builtin_prefetch(from[i][k] + at * std::ptrdiff_t{sizeof(Pixel)} + 1024, 0, 2);
+                }
+            }
             for (int i = 0; i < pixels; ++i) v[i] = load_pieces<V>(from[i], at * std::ptrdiff_t{sizeof(Pixel)});
             turn_over(v);
             for (int i = 0; i < pixels; ++i) store_lanes(out + i * kEntryUnit, v[i]);

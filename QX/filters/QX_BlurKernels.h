@@ -40,6 +40,7 @@ struct GaussianStretch {
     std::int64_t count, reach;
     std::size_t entry_bytes;
     const std::byte* taps;         ///< wide entries, from a reach before the first position on
+    std::ptrdiff_t plane_bytes;    ///< from a plane to the next
     const void* weights;           ///< GaussianWeight, from the centre on
     const std::int32_t* divisors;  ///< of each position
     BlurEntries out;
@@ -47,8 +48,8 @@ struct GaussianStretch {
 };
 /// Weights in the form that a depth's lanes take. Two zeroes follow the last.
 template <class Pixel> using GaussianWeight = std::conditional_t<sizeof(Pixel) == 4, std::int16_t, float>;
-/// Bytes that a channel has in wide entries: 16 bits, or a float.
-template <class Pixel> inline constexpr std::size_t kWideChannel = sizeof(Pixel) == 4 ? 2 : 4;
+/// Wide entries have channels of 16 bits, or floats. What stems from kEntryUnit bytes of entries is a plane of its own.
+template <class Pixel> inline constexpr std::size_t kWideUnit = sizeof(Pixel) == 16 ? kEntryUnit : 2 * kEntryUnit;
 /// Reaches for which sums at 8 bits fit 31 bits with room to spare.
 inline constexpr std::int64_t kLongestGroupedGaussian = 2047;
 
@@ -61,7 +62,8 @@ template <class Pixel> struct BlurGroupKernels {
     /// Multiplies colours by alpha.
     void (*matte)(std::byte* pixels, std::int64_t count);
     /// Makes entries wide.
-    void (*widen)(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, std::byte* wide);
+    void (*widen)(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, std::byte* wide,
+                  std::ptrdiff_t plane_bytes);
     void (*gaussian)(const GaussianStretch& stretch);
     /// `sums` are of 32 bits, one a lane of an entry, of the window before the stretch.
     void (*box_sums)(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, void* sums);

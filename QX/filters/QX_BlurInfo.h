@@ -99,7 +99,7 @@ public:
     QXp_CPUBoxBlur1DInfo(float radius, std::uint32_t conv_flags, int iterations, const qx::BlurLines& src,
                          const qx::BlurLines& dst, bool copy_lines);
 
-    /// Makes the buffers that every thread has: GetNumberOfBuffers(), and for groups one more.
+    /// Makes the buffers that every thread has: GetNumberOfBuffers() for lines, one for groups.
     void make_buffers(int count, std::size_t bytes);
     const qx::BoxWindow& window() const { return window_; }
     std::byte* buffer(std::int32_t thread, int which) const;

@@ -105,11 +105,9 @@ public:
     bool has_entries_out(std::int64_t count) const { return has_entries(dst_, count); }
     BlurEntries entries_out(std::int64_t line, std::int64_t position) const { return entries_of(dst_, line, position); }
 
-    static constexpr std::int64_t kMostInBlock = 64;
     /// Calls body(position, count) for blocks of positions of the destination. Those of rows end where lines of the
     /// caches do.
-    template <class Body> void for_blocks(std::int64_t line, const Body& body) const {
-        const std::int64_t block = is_columns(dst_) ? kMostInBlock / 2 : kMostInBlock;
+    template <class Body> void for_blocks(std::int64_t line, std::int64_t block, const Body& body) const {
         const auto before = static_cast<std::int64_t>(bytes_to_line(entries_of(dst_, line, 0).first) / sizeof(Pixel));
         std::int64_t end = is_columns(dst_) || before == 0 ? block : before;
         for (std::int64_t at = 0; at < dst_.length; at = end, end += block) {

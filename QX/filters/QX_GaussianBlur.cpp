@@ -45,7 +45,7 @@ public:
         auto* const weights = reinterpret_cast<qx::GaussianWeight<Pixel>*>(wide + wide_bytes());
         info.fill(weights);
         Window window{.begin = lines.offset - margin_, .end = lines.offset - margin_};
-        groups_.for_blocks(to, [&](std::int64_t at, std::int64_t positions) {
+        groups_.for_blocks(to, block(), [&](std::int64_t at, std::int64_t positions) {
             const std::int64_t centre = at + lines.offset;
             take(info, window, from, count, centre - margin_, centre + positions + margin_, buffer, wide);
             const bool direct = groups_.has_entries_out(count) && lines.selects_all();
@@ -71,7 +71,8 @@ public:
     }
 
 private:
-    static constexpr std::int64_t kMostInBlock = BlurGroups<Pixel>::kMostInBlock;
+    static constexpr std::int64_t kMostInBlock = 64;
+    std::int64_t block() const { return groups_.entry_bytes() > qx::kEntryUnit ? kMostInBlock / 2 : kMostInBlock; }
     /// Positions of the source line that are wide.
     struct Window {
         std::int64_t begin, end;

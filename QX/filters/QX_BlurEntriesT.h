@@ -67,13 +67,13 @@ QX_INLINE void for_parts(Byte* rows, std::ptrdiff_t row_step, std::int64_t lines
 
 template <class Pixel>
 void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
-                 std::byte* entries) {
+                 const BlurEntries& entries) {
     using V = Wide<std::int32_t>;
     constexpr int pixels = 16 / sizeof(Pixel);
     const std::int64_t whole = count / pixels * pixels;
     for_parts<Pixel>(rows, row_step, lines, [&](int part, const std::byte* const(&from)[pixels][kPieces]) QX_LAMBDA {
-        std::byte* out = entries + part * kRegister;
-        for (std::int64_t at = 0; at < whole; at += pixels, out += pixels * kEntryUnit) {
+        std::byte* out = entries.first + part * kRegister;
+        for (std::int64_t at = 0; at < whole; at += pixels, out += pixels * entries.step) {
             V v[pixels];
             if (at % (64 / static_cast<int>(sizeof(Pixel))) == 0) {
                 for (int i = 0; i < pixels; ++i) {
@@ -83,29 +83,29 @@ void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t li
             }
             for (int i = 0; i < pixels; ++i) v[i] = load_pieces<V>(from[i], at * std::ptrdiff_t{sizeof(Pixel)});
             turn_over(v);
-            for (int i = 0; i < pixels; ++i) store_lanes(out + i * kEntryUnit, v[i]);
+            for (int i = 0; i < pixels; ++i) store_lanes(out + i * entries.step, v[i]);
         }
     });
     for (std::int64_t at = whole; at < count; ++at) {
         for (std::int64_t line = 0; line < lines; ++line) {
-            __builtin_memcpy(entries + at * kEntryUnit + line * std::ptrdiff_t{sizeof(Pixel)},
+            __builtin_memcpy(entries.at(at) + line * std::ptrdiff_t{sizeof(Pixel)},
                              rows + line * row_step + at * std::ptrdiff_t{sizeof(Pixel)}, sizeof(Pixel));
         }
     }
 }
 
 template <class Pixel>
-void scatter_pieces(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
+void scatter_pieces(const BlurEntries& entries, std::int64_t lines, std::int64_t count, std::byte* rows,
                     std::ptrdiff_t row_step) {
     using V = Wide<std::int32_t>;
     constexpr int pixels = 16 / sizeof(Pixel);
     const std::int64_t whole = count / pixels * pixels;
     for_parts<Pixel>(rows, row_step, lines, [&](int part, std::byte* const(&to)[pixels][kPieces]) QX_LAMBDA {
-        const std::byte* in = entries + part * kRegister;
+        const std::byte* in = entries.first + part * kRegister;
         const std::int64_t left = lines - part * pixels * kPieces;
-        for (std::int64_t at = 0; at < whole; at += pixels, in += pixels * kEntryUnit) {
+        for (std::int64_t at = 0; at < whole; at += pixels, in += pixels * entries.step) {
             V v[pixels];
-            for (int i = 0; i < pixels; ++i) v[i] = load_lanes<V>(in + i * kEntryUnit);
+            for (int i = 0; i < pixels; ++i) v[i] = load_lanes<V>(in + i * entries.step);
             turn_over(v);
             for (int i = 0; i < pixels; ++i) {  // of the pieces of a register every `pixels`-th row
                 store_pieces(v[i], to[i], at * std::ptrdiff_t{sizeof(Pixel)}, (left - i + pixels - 1) / pixels);
@@ -115,7 +115,7 @@ void scatter_pieces(const std::byte* entries, std::int64_t lines, std::int64_t c
     for (std::int64_t at = whole; at < count; ++at) {
         for (std::int64_t line = 0; line < lines; ++line) {
             __builtin_memcpy(rows + line * row_step + at * std::ptrdiff_t{sizeof(Pixel)},
-                             entries + at * kEntryUnit + line * std::ptrdiff_t{sizeof(Pixel)}, sizeof(Pixel));
+                             entries.at(at) + line * std::ptrdiff_t{sizeof(Pixel)}, sizeof(Pixel));
         }
     }
 }
@@ -123,15 +123,15 @@ void scatter_pieces(const std::byte* entries, std::int64_t lines, std::int64_t c
 #ifdef __AVX512F__
 /// Entries of whole lines of the caches for each of sixty-four bytes' worth of rows. @return positions done
 template <class Pixel>
-std::int64_t scatter_lines(const std::byte* entries, std::int64_t count, std::byte* rows, std::ptrdiff_t row_step,
+std::int64_t scatter_lines(const BlurEntries& entries, std::int64_t count, std::byte* rows, std::ptrdiff_t row_step,
                            bool streams) {
     using V = Wide<std::int32_t>;
     constexpr int pixels = 16 / sizeof(Pixel), positions = 4 * pixels;
     std::int64_t at = 0;
-    for (; at + positions <= count; at += positions, entries += positions * kEntryUnit) {
+    for (; at + positions <= count; at += positions) {
         V v[4][pixels];
         for (int piece = 0; piece < 4; ++piece) {
-            for (int i = 0; i < pixels; ++i) v[piece][i] = load_lanes<V>(entries + (piece * pixels + i) * kEntryUnit);
+            for (int i = 0; i < pixels; ++i) v[piece][i] = load_lanes<V>(entries.at(at + piece * pixels + i));
             turn_over(v[piece]);
         }
         for (int i = 0; i < pixels; ++i) {  // sixteen bytes of four rows a register, to four times that of one row
@@ -154,8 +154,8 @@ std::int64_t scatter_lines(const std::byte* entries, std::int64_t count, std::by
 #endif
 
 template <class Pixel>
-void scatter_rows(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
-                  std::ptrdiff_t row_step, bool streams) {
+void scatter_rows(BlurEntries entries, std::int64_t lines, std::int64_t count, std::byte* rows, std::ptrdiff_t row_step,
+                  bool streams) {
 #ifdef __AVX512F__
     const auto unaligned = static_cast<std::int64_t>(bytes_to_line(rows));
     constexpr std::int64_t bytes = sizeof(Pixel);
@@ -163,9 +163,9 @@ void scatter_rows(const std::byte* entries, std::int64_t lines, std::int64_t cou
         const bool aligns = row_step % static_cast<std::ptrdiff_t>(kLine) == 0 && unaligned % bytes == 0;
         const std::int64_t head = streams && aligns ? std::min(count, unaligned / bytes) : 0;
         scatter_pieces<Pixel>(entries, lines, head, rows, row_step);
-        const std::int64_t done = head + scatter_lines<Pixel>(entries + head * kEntryUnit, count - head,
+        const std::int64_t done = head + scatter_lines<Pixel>({entries.at(head), entries.step}, count - head,
                                                               rows + head * bytes, row_step, streams && aligns);
-        entries += done * kEntryUnit, rows += done * bytes, count -= done;
+        entries.first = entries.at(done), rows += done * bytes, count -= done;
     }
 #else
     (void)streams;

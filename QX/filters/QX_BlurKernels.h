@@ -54,10 +54,10 @@ template <class Pixel> inline constexpr std::size_t kWideUnit = sizeof(Pixel) ==
 inline constexpr std::int64_t kLongestGroupedGaussian = 2047;
 
 template <class Pixel> struct BlurGroupKernels {
-    /// Rows to entries of kEntryUnit bytes and back. Lanes of entries for which there is no line take any value.
+    /// Rows to kEntryUnit bytes of entries and back. Lanes of entries for which there is no line take any value.
     void (*gather)(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
-                   std::byte* entries);
-    void (*scatter)(const std::byte* entries, std::int64_t lines, std::int64_t count, std::byte* rows,
+                   const BlurEntries& entries);
+    void (*scatter)(BlurEntries entries, std::int64_t lines, std::int64_t count, std::byte* rows,
                     std::ptrdiff_t row_step, bool past_caches);
     /// Multiplies colours by alpha.
     void (*matte)(std::byte* pixels, std::int64_t count);

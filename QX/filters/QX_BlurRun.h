@@ -66,15 +66,16 @@ private:
 };
 
 /// Lines of a source and a destination as entries. Those of columns are as many as a group may have, so that what is
-/// read of a row is long; those of rows have the bytes of a line of the caches, which then hold whole lines of pixels.
+/// read of a row is long; those of rows have so many lanes that sums along them need not wait for each other.
 template <class Pixel> class BlurGroups {
 public:
     BlurGroups(const BlurLines& src, const BlurLines& dst)
         : src_(src),
           dst_(dst),
-          entry_bytes_(is_columns(src) && is_columns(dst) ? kMostLinesInGroup * sizeof(Pixel) : kEntryUnit),
+          entry_bytes_(is_columns(src) && is_columns(dst) ? kMostLinesInGroup * sizeof(Pixel) : kRowEntry),
           past_caches_(2 * dst.bytes() >= TK_GetCacheBytes()) {}
 
+    bool are_columns() const { return is_columns(src_) && is_columns(dst_); }
     std::size_t entry_bytes() const { return entry_bytes_; }
     /// Lines that the first group lacks, so that others begin with a line of the caches.
     std::int64_t lead() const {
@@ -127,7 +128,10 @@ public:
         if (is_columns(world)) {
             for (std::int64_t i = 0; i < end - first; ++i) std::memcpy(to.at(first + i), from.at(i), bytes_of(count));
         } else {
-            kernels().gather(from.first, world.line_step, count, end - first, to.at(first));
+            for_units(count, [&](std::int64_t first_line, std::int64_t lines, std::ptrdiff_t at) {
+                kernels().gather(from.first + first_line * world.line_step, world.line_step, lines, end - first,
+                                 {to.at(first) + at, to.step});
+            });
         }
     }
     void scatter(std::byte* buffer, std::int64_t line, std::int64_t count, std::int64_t begin,
@@ -136,7 +140,10 @@ public:
         if (is_columns(dst_)) {
             for (std::int64_t i = 0; i < positions; ++i) std::memcpy(to.at(i), from.at(i), bytes_of(count));
         } else {
-            kernels().scatter(buffer, count, positions, to.first, dst_.line_step, past_caches_);
+            for_units(count, [&](std::int64_t first_line, std::int64_t lines, std::ptrdiff_t at) {
+                kernels().scatter({buffer + at, from.step}, lines, positions, to.first + first_line * dst_.line_step,
+                                  dst_.line_step, past_caches_);
+            });
         }
     }
     void matte(std::byte* buffer, std::int64_t positions) const { kernels().matte(buffer, positions * lines()); }
@@ -157,6 +164,15 @@ public:
     static const BlurGroupKernels<Pixel>& kernels() { return blur_groups()->of<Pixel>(); }
 
 private:
+    static constexpr std::size_t kRowEntry = sizeof(Pixel) == 16 ? 2 * kEntryUnit : kEntryUnit;
+
+    /// Calls body(first line, lines, bytes in an entry) for the lines that each kEntryUnit of an entry has.
+    template <class Body> static void for_units(std::int64_t lines, const Body& body) {
+        constexpr auto unit = static_cast<std::int64_t>(kEntryUnit / sizeof(Pixel));
+        for (std::int64_t line = 0; line < lines; line += unit) {
+            body(line, std::min(unit, lines - line), line * static_cast<std::ptrdiff_t>(sizeof(Pixel)));
+        }
+    }
     static bool is_columns(const BlurLines& world) {
         return world.line_step == static_cast<std::ptrdiff_t>(sizeof(Pixel));
     }

@@ -43,8 +43,13 @@ template <int Bytes, class Step> QX_INLINE void walk(const BoxStretch& s, std::s
     }
 }
 
-/// The rule as it is told, each step in float.
-template <class D, int Registers> QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
+/// Limited to 0 and full; NaN stays.
+template <class F> QX_INLINE F not_below(F least, F v) { QX_RETURN_BY_WIDTH(F, sizeof(F), max_ps, least, v) }
+template <class F> QX_INLINE F not_above(F most, F v) { QX_RETURN_BY_WIDTH(F, sizeof(F), min_ps, most, v) }
+
+/// The rule as it is told, each step in float. Whole ends lack nothing.
+template <class D, int Registers, bool Short>
+QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
     using V = BoxSum<D>;
     using F = FloatLanes<V>;
     constexpr std::ptrdiff_t bytes = lanes_in<V> * sizeof(typename D::Channel);
@@ -60,9 +65,9 @@ template <class D, int Registers> QX_INLINE void box_part(const BoxStretch& s, s
                 for (int r = 0; r < Registers; ++r) {
                     const V right = box_lanes<D>(enter + r * bytes);
                     sum[r] = (sum[r] - box_lanes<D>(leave + r * bytes)) + right;
-                    const V ends = box_lanes<D>(left + r * bytes) + right;
-                    const F v = (to_float(sum[r]) * 1024.0f - shortage * to_float(ends)) / divisor;
-                    const F limited = divided_by == 0 || v < 0.0f ? F{} : v > full ? full : v;
+                    F whole = to_float(sum[r]) * 1024.0f;
+                    if constexpr (Short) whole -= shortage * to_float(box_lanes<D>(left + r * bytes) + right);
+                    const F limited = divided_by == 0 ? F{} : not_above(full, not_below(F{}, whole / divisor));
                     if constexpr (D::number == 32) {
                         store_entry(s.streams, out + r * bytes, limited);
                     } else {
@@ -131,9 +136,11 @@ template <int Registers> QX_INLINE void box_part_short(const BoxStretch& s, std:
     }
 }
 
-/// 16 bits: the reciprocal as a sum of two floats. Sums below 2^24 are floats; two roundings of a quotient up to 2^15
-/// are off by 2^-9 at most, which is below 1 / (2 * 255).
-template <int Registers> QX_INLINE void box_part_deep(const BoxStretch& s, std::size_t at, std::byte* sums) {
+/// 16 bits, by a float reciprocal, or by one that is the sum of two. Sums below 2^24 are floats. A quotient up to 2^15
+/// is off by 2^-8 at most for the one, which is below half of a part of fewer than 128 pixels; for the other by two
+/// roundings, 2^-9, which is below half of one of 255.
+template <int Registers, bool Twice>
+QX_INLINE void box_part_deep(const BoxStretch& s, std::size_t at, std::byte* sums) {
     using V = Wide<std::int32_t>;
     using F = Wide<float>;
     using Packed = Vector<std::uint16_t, kRegister / 2>;
@@ -149,7 +156,8 @@ template <int Registers> QX_INLINE void box_part_deep(const BoxStretch& s, std::
             for (int r = 0; r < Registers; ++r) {
                 sum[r] = sum[r] - box_lanes<Depth16>(leave + r * bytes) + box_lanes<Depth16>(enter + r * bytes);
                 const F f = to_float(sum[r]);
-                const V mean = lesser(round_to_int(f * reciprocal + f * rest), splat<V>(Depth16::full));
+                const V mean =
+                    lesser(round_to_int(Twice ? f * reciprocal + f * rest : f * reciprocal), splat<V>(Depth16::full));
                 store_entry(s.streams, out + r * bytes, __builtin_convertvector(mean, Packed));
             }
         });
@@ -175,19 +183,22 @@ template <class D> void box_stretch(const BoxStretch& s, void* sums) {
     constexpr std::size_t channel = sizeof(typename D::Channel);
     if constexpr (D::number != 32) {
         if (is_plain_mean(s)) {
-            return for_box_parts<kRegister / 2>(s, channel, sums,
-                                                [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
-                                                    if constexpr (D::number == 8) {
-                                                        box_part_short<Registers>(s, at, of_part);
-                                                    } else {
-                                                        box_part_deep<Registers>(s, at, of_part);
-                                                    }
-                                                });
+            return for_box_parts<kRegister / 2>(
+                s, channel, sums, [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
+                    if constexpr (D::number == 8) {
+                        box_part_short<Registers>(s, at, of_part);
+                    } else {
+                        s.divisor < 128 * 1024 ? box_part_deep<Registers, false>(s, at, of_part)
+                                               : box_part_deep<Registers, true>(s, at, of_part);
+                    }
+                });
         }
     }
     for_box_parts<kRegister / 4 * channel>(s, channel, sums,
-                                           [&]<int Registers>(std::size_t at, std::byte* of_part)
-                                               QX_LAMBDA { box_part<D, Registers>(s, at, of_part); });
+                                           [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
+                                               s.end_short == 0 ? box_part<D, Registers, false>(s, at, of_part)
+                                                                : box_part<D, Registers, true>(s, at, of_part);
+                                           });
 }
 
 }  // namespace qx::QX_ISA

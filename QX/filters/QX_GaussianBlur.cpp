@@ -72,7 +72,7 @@ public:
 
 private:
     static constexpr std::int64_t kMostInBlock = 64;
-    std::int64_t block() const { return groups_.entry_bytes() > qx::kEntryUnit ? kMostInBlock / 2 : kMostInBlock; }
+    std::int64_t block() const { return groups_.are_columns() ? kMostInBlock / 2 : kMostInBlock; }
     /// Positions of the source line that are wide.
     struct Window {
         std::int64_t begin, end;

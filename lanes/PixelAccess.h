@@ -50,6 +50,11 @@ template <class V, class T> QX_INLINE V load_channels(const void* from) {
     }
 }
 
+/// Stores the low bits of each lane as channels of type T side by side; floats as they are.
+template <class T, class V> QX_INLINE void store_channels(T* to, V v) {
+    store_lanes(to, __builtin_convertvector(v, Vector<T, lanes_in<V> * sizeof(T)>));
+}
+
 /// A 16-bit channel. Larger values than full do not occur in well-formed pixels; limited, they stay harmless.
 template <class V> QX_INLINE constexpr V limited16(V c) { return lesser(c, splat<V>(32768)); }
 

@@ -32,6 +32,37 @@ template <bool Upper, class V> QX_INLINE V interleave(V x, V y) {
     }
 }
 
+/// The lower or the upper half of a register where so many bytes are half of it, all of it where they are all.
+template <std::size_t bytes, int at, class V> QX_INLINE Vector<NumberOf<V>, bytes> part_of(V v) {
+    using Part [[maybe_unused]] = Vector<NumberOf<V>, bytes>;
+    if constexpr (bytes == sizeof v) {
+        return v;
+#ifdef __AVX2__
+    } else if constexpr (sizeof v == 32) {
+        return (Part)_mm256_extractf128_pd((__m256d)v, at);
+#endif
+#ifdef __AVX512F__
+    } else {
+        return (Part)_mm512_extractf64x4_pd((__m512d)v, at);
+#endif
+    }
+}
+/// Two registers as one of twice their width.
+template <class H> QX_INLINE auto of_both(H low, H high) {
+    using V = Vector<NumberOf<H>, 2 * sizeof(H)>;
+#ifdef __AVX2__
+    if constexpr (sizeof(H) == 16) {
+        return (V)_mm256_insertf128_pd(_mm256_castpd128_pd256((__m128d)low), (__m128d)high, 1);
+#ifdef __AVX512F__
+    } else {
+        return (V)_mm512_insertf64x4(_mm512_castpd256_pd512((__m256d)low), (__m256d)high, 1);
+#endif
+    }
+#else
+    return V{low[0], high[0]};
+#endif
+}
+
 /// The same sixteen bytes all along.
 template <class V> QX_INLINE V repeated(__m128i sixteen) {
     if constexpr (sizeof(V) == 16) {

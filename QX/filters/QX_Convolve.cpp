@@ -38,6 +38,12 @@ std::int32_t divisor_of(std::uint32_t flags, const std::int32_t* kernel, std::in
     return sum == 0 ? 1 : static_cast<std::int32_t>(sum);
 }
 
+/// Whether no weight takes more; of very many nobody asks.
+bool fit_16_bits(const std::int32_t* kernel, std::int64_t taps) {
+    return taps <= 1 << 16 &&
+           std::all_of(kernel, kernel + taps, [](std::int32_t w) { return w == static_cast<std::int16_t>(w); });
+}
+
 /// The part of a window that lies in the source, along one axis: the first of its weights, and how many there are.
 struct Part {
     std::int64_t first, count;
@@ -51,7 +57,9 @@ template <class Pixel> class Convolution {
 public:
     Convolution(const Shape& shape, const std::int32_t* const (&kernel)[4], const qx::KernelScale& scale,
                 const QX_LayerDef& src, const QX_LayerDef& dst)
-        : shape_(shape), kernel_(kernel), scale_(scale), src_(src), dst_(dst) {}
+        : shape_(shape), kernel_(kernel), scale_(scale), src_(src), dst_(dst) {
+        in_16_bits_ = std::all_of(kernel, kernel + 4, [&](const auto* k) { return fit_16_bits(k, shape.taps()); });
+    }
 
     /// One row: windows that the source cuts at either side go pixel by pixel.
     void row(std::int32_t y) const {
@@ -69,7 +77,8 @@ private:
     void pixels(std::int64_t x, std::int32_t y, std::int64_t count, const Part& rows) const {
         const std::int64_t centre = x + shape_.offset_x;
         const Part columns = part_of(shape_.columns, centre, src_.width);
-        qx::KernelWindow window{.first = {}, .rows = 0, .columns = 0, .row_length = shape_.row_length()};
+        qx::KernelWindow window{
+            .first = {}, .rows = 0, .columns = 0, .row_length = shape_.row_length(), .in_16_bits = in_16_bits_};
         const auto* source = static_cast<const std::byte*>(src_.data);
         if (rows.count > 0 && columns.count > 0) {
             window.rows = static_cast<std::int32_t>(rows.count);
@@ -88,6 +97,7 @@ private:
     const std::int32_t* const (&kernel_)[4];
     const qx::KernelScale& scale_;
     const QX_LayerDef &src_, &dst_;
+    bool in_16_bits_;
 };
 
 /// Rows in order; the progress function is asked once enough weights have been used.
@@ -97,7 +107,7 @@ int convolve_rows(const QX_ProgressInfo* progress, const Convolution<Pixel>& con
     std::int64_t used = 0;
     for (std::int32_t y = 0; y < dst.height; ++y) {
         convolution.row(y);
-        used += dst.width * taps;
+        used += dst.width * std::min<std::int64_t>(taps, 2049);  // enough for one row
         if (progress == nullptr || progress->progress_func == nullptr || used <= 2048) continue;
         used = 0;
         if (const int code = progress->progress_func(progress->refcon, y + 1, dst.height)) return code;

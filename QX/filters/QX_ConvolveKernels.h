@@ -14,6 +14,7 @@ struct KernelWindow {
     const std::int32_t* first[4];  ///< of each channel, the weight at the window's top left
     std::int32_t rows, columns;
     std::ptrdiff_t row_length;  ///< weights from one row to the next
+    bool in_16_bits;            ///< no weight takes more
 };
 
 /// What becomes of sums.

@@ -78,11 +78,6 @@ QX_INLINE void each_register(const std::byte* src, const std::uint32_t* noise, s
     }
 }
 
-/// Stores the low bits of each channel.
-template <class To> QX_INLINE void store_channels(To* to, Ints v) {
-    store_lanes(to, __builtin_convertvector(v, Vector<To, kChannels * sizeof(To)>));
-}
-
 template <class To, class Rounding> void float_row(const std::byte* src, std::byte* dst, std::size_t columns) {
     each_register<float, QX_ChannelOf<To>>(
         src, nullptr, dst, columns, [](const float* s, const std::uint32_t*, QX_ChannelOf<To>* d) QX_LAMBDA {

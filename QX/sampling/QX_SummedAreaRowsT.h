@@ -7,6 +7,7 @@
 #include "lanes/Doubles.h"
 #include "lanes/Level.h"
 #include "lanes/PixelAccess.h"
+#include "lanes/Shuffles.h"
 
 namespace qx::QX_ISA {
 
@@ -22,37 +23,6 @@ template <class V, int first, int next, class Q> QX_INLINE V spread(Q values) {
     } else {
         return V{values, values, values, values};
     }
-}
-
-/// The lower or the upper half of a register where so many bytes are half of it, all of it where they are all.
-template <std::size_t bytes, int at, class V> QX_INLINE Vector<NumberOf<V>, bytes> part_of(V v) {
-    using Part [[maybe_unused]] = Vector<NumberOf<V>, bytes>;
-    if constexpr (bytes == sizeof v) {
-        return v;
-#ifdef __AVX2__
-    } else if constexpr (sizeof v == 32) {
-        return (Part)_mm256_extractf128_pd((__m256d)v, at);
-#endif
-#ifdef __AVX512F__
-    } else {
-        return (Part)_mm512_extractf64x4_pd((__m512d)v, at);
-#endif
-    }
-}
-/// Two registers as one of twice their width.
-template <class H> QX_INLINE auto of_both(H low, H high) {
-    using V = Vector<NumberOf<H>, 2 * sizeof(H)>;
-#ifdef __AVX2__
-    if constexpr (sizeof(H) == 16) {
-        return (V)_mm256_insertf128_pd(_mm256_castpd128_pd256((__m128d)low), (__m128d)high, 1);
-#ifdef __AVX512F__
-    } else {
-        return (V)_mm512_insertf64x4(_mm512_castpd256_pd512((__m256d)low), (__m256d)high, 1);
-#endif
-    }
-#else
-    return V{low[0], high[0]};
-#endif
 }
 
 /// Channels to doubles, and doubles to floats. A level without a register of 32 bytes leaves it to the compiler.

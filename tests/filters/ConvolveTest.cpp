@@ -115,6 +115,18 @@ TYPED_TEST(ConvolveAt, EveryLevelGivesThePlainSums) {
     }
 }
 
+TYPED_TEST(ConvolveAt, ManyWeightsGiveThePlainSumsToo) {
+    std::uint64_t seed = 100;
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        for (const auto& [size, kind] : each(std::array{23, 33}, std::array{Weights::large, Weights::opposed})) {
+            TestWorld<TypeParam> src(70, 36, FillKind::random, ++seed), dst(70, 36, FillKind::clear, 0);
+            expect_convolved<TypeParam>(random_kernels(size, 2, kind, seed), src, dst);
+            if (this->HasFatalFailure()) return;
+        }
+    }
+}
+
 TYPED_TEST(ConvolveAt, PicturesLieByTheirOriginsWhereThatIsAsked) {
     const Born born(1);
     for (const auto& [dx, dy, honoured] : each(std::array{-50, -3, 10}, std::array{-4, 0, 7}, std::array{0, 1})) {

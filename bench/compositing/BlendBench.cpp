@@ -9,7 +9,7 @@
 #include "QX/compositing/QX_Blend.h"
 #include "QX/indep/QX_Depth.h"
 #include "bench/support/Frame.h"
-#include "bench/support/Library.h"
+#include "bench/support/Register.h"
 
 namespace {
 
@@ -64,16 +64,13 @@ template <class Pixel> void run(benchmark::State& state, Work work, ProcessorLev
 }
 
 template <class Pixel> void add() {
-    const auto depth = std::to_string(qx::DepthOf<Pixel>::number);
-    const auto add_one = [&](Work work, ProcessorLevel level) {
-        const std::string name =
-            std::string("blend/") + kNames[static_cast<int>(work)] + "/" + depth + "/" + name_of(level);
-        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& s) { run<Pixel>(s, work, level); });
+    const auto add_one = [](Work work, ProcessorLevel level) {
+        add_bench("blend", kNames[static_cast<int>(work)], qx::DepthOf<Pixel>::number, level,
+                  [=](benchmark::State& s) { run<Pixel>(s, work, level); });
     };
     add_one(Work::copy, ProcessorLevel::plain);
     for (const Work work : {Work::straight, Work::premul}) {
-        for (const auto level :
-             {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
+        for (const auto level : kLevels) {
             add_one(work, level);
         }
     }

@@ -10,7 +10,7 @@
 #include "QX/filters/QX_Convolve.h"
 #include "QX/indep/QX_Depth.h"
 #include "bench/support/Frame.h"
-#include "bench/support/Library.h"
+#include "bench/support/Register.h"
 
 namespace {
 
@@ -91,15 +91,12 @@ template <class Pixel> void run(benchmark::State& state, Work work, ProcessorLev
 }
 
 template <class Pixel> void add() {
-    const auto depth = std::to_string(qx::DepthOf<Pixel>::number);
-    const auto add_one = [&](Work work, ProcessorLevel level) {
-        const std::string name =
-            std::string("convolve/") + kNames[static_cast<int>(work)] + "/" + depth + "/" + name_of(level);
-        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& s) { run<Pixel>(s, work, level); });
+    const auto add_one = [](Work work, ProcessorLevel level) {
+        add_bench("convolve", kNames[static_cast<int>(work)], qx::DepthOf<Pixel>::number, level,
+                  [=](benchmark::State& s) { run<Pixel>(s, work, level); });
     };
     for (const Work work : {Work::copy, Work::loop}) add_one(work, ProcessorLevel::plain);
-    for (const auto level :
-         {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
+    for (const auto level : kLevels) {
         add_one(Work::normalised, level);
     }
     add_one(Work::heavy, ProcessorLevel::widest);

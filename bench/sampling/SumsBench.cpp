@@ -13,7 +13,7 @@
 #include "QX/sampling/QX_HorizontalSum.h"
 #include "QX/sampling/QX_SummedArea.h"
 #include "bench/support/Frame.h"
-#include "bench/support/Library.h"
+#include "bench/support/Register.h"
 #include "platform/TK_Memory.h"
 
 namespace {
@@ -145,15 +145,12 @@ template <class Pixel> void run(benchmark::State& state, Work work, ProcessorLev
 }
 
 template <class Pixel> void add() {
-    const auto depth = std::to_string(qx::DepthOf<Pixel>::number);
-    const auto add_one = [&](Work work, ProcessorLevel level) {
-        const std::string name =
-            std::string("sums/") + kNames[static_cast<int>(work)] + "/" + depth + "/" + name_of(level);
-        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& s) { run<Pixel>(s, work, level); });
+    const auto add_one = [](Work work, ProcessorLevel level) {
+        add_bench("sums", kNames[static_cast<int>(work)], qx::DepthOf<Pixel>::number, level,
+                  [=](benchmark::State& s) { run<Pixel>(s, work, level); });
     };
     for (const Work work : {Work::copy, Work::loop}) add_one(work, ProcessorLevel::plain);
-    for (const auto level :
-         {ProcessorLevel::plain, ProcessorLevel::vector, ProcessorLevel::faster, ProcessorLevel::widest}) {
+    for (const auto level : kLevels) {
         add_one(Work::table, level);
     }
     for (const Work work : {Work::table_in_new_pages, Work::rows, Work::draft, Work::fractional}) {

@@ -93,6 +93,23 @@ pictures::WriteOptions EncodingOptions::write_options() const {
     return options;
 }
 
+void add_depth_option(CLI::App& command, std::string& depth, const std::string& usual) {
+    const std::string help =
+        "bits to work with (default: " + usual + "); 16 has 32,769 steps, 32 every value of 16-bit files";
+    command.add_option("--depth", depth, help)->type_name("8|16|32");
+}
+
+int depth_of(const std::string& text) { return text.empty() ? 0 : 8 << choice("--depth", text, scene::kDepthWords); }
+
+void add_picture_options(CLI::App& command, PictureOptions& options) {
+    add_depth_option(command, options.depth, "the inputs' deepest");
+    add_encoding_options(command, options.encoding);
+    command.add_option("-o,--output", options.output, "file to write: " + pictures::known_endings())
+        ->required()
+        ->type_name("FILE");
+    add_common_options(command, options.common);
+}
+
 std::uint64_t memory_size(const std::string& option, const std::string& text) {
     constexpr const char* units = "KMG";
     const char* unit = text.empty() ? nullptr : std::strchr(units, text.back());

@@ -34,6 +34,21 @@ struct EncodingOptions {
 };
 void add_encoding_options(CLI::App& command, EncodingOptions& options);
 
+/// --depth, whose text `depth_of` reads.
+/// @param usual  what holds without it
+void add_depth_option(CLI::App& command, std::string& depth, const std::string& usual);
+/// 0 for an empty text; throws WrongUsage.
+int depth_of(const std::string& text);
+
+/// Options of a command that makes one picture: -o, --depth, those of the encoding and those of every subcommand.
+struct PictureOptions {
+    CommonOptions common;
+    EncodingOptions encoding;
+    std::string output, depth;
+    int asked_depth() const { return depth_of(depth); }  ///< 0 stands for the inputs' deepest
+};
+void add_picture_options(CLI::App& command, PictureOptions& options);
+
 /// The line of help that tells what follows the subcommand's name.
 void set_usage(CLI::App& command, const std::string& usage);
 

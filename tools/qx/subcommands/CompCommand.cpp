@@ -103,13 +103,14 @@ void run(const CompOptions& options) {
     apply_common_options(options.common);
     check_output_option(options.output);
     options.encoding.check(options.output);
+    const int asked = options.asked_depth();
     const Library library;
     NotesOnce once;
     Inputs inputs;
     const Files files = files_of(options, inputs);
     read_all(files, once);
     note_mixed_light(options, inputs);
-    const int depth = unify(files, options.depth, once);
+    const int depth = unify(files, asked, once);
     QX_World& background = *inputs.background.world;
     {
         Progress progress("compositing", PartWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));

@@ -126,16 +126,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
                                  : command.add_option(option.name, option.help)->type_name(option.value)->expected(1);
         layer_options_.emplace_back(added->take_all()->group("Options of a layer"), &option);
     }
-    command
-        .add_option(
-            "--depth", common_.depth_text,
-            "bits to work with (default: the inputs' deepest); 16 has 32,769 steps, 32 every value of 16-bit files")
-        ->type_name("8|16|32");
-    add_encoding_options(command, common_.encoding);
-    command.add_option("-o,--output", common_.output, "file to write: " + pictures::known_endings())
-        ->required()
-        ->type_name("FILE");
-    add_common_options(command, common_.common);
+    add_picture_options(command, common_);
     command.footer(kFooter);
     set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
 }
@@ -158,7 +149,6 @@ CompOptions CompCommandLine::options() const {
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
     for (const LayerOptions& layer : options.layers) check(layer);
-    if (!options.depth_text.empty()) options.depth = 8 << choice("--depth", options.depth_text, scene::kDepthWords);
     return options;
 }
 

@@ -39,13 +39,9 @@ struct LayerOptions {
     int quality = 1;
 };
 
-struct CompOptions {
-    CommonOptions common;
-    EncodingOptions encoding;
+struct CompOptions : PictureOptions {
     std::string background;
     std::vector<LayerOptions> layers;
-    std::string depth_text, output;
-    int depth = 0;  ///< 0 takes the deepest of the inputs
 };
 
 struct LayerOption;

@@ -12,7 +12,6 @@
 #include "platform/standalone/Host.h"
 #include "scene/Faults.h"
 #include "scene/InOrder.h"
-#include "scene/LayerWords.h"
 #include "scene/SceneRender.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
@@ -191,7 +190,7 @@ void run(const RenderOptions& options) {
     apply_common_options(options.common);
     if (!options.memory.empty()) memory_size("--memory", options.memory);
     options.encoding.check(options.output);
-    const int depth = options.depth.empty() ? 0 : 8 << choice("--depth", options.depth, scene::kDepthWords);
+    const int depth = depth_of(options.depth);
     const bool movie = pictures::is_movie(options.output);
     scene::Scene scene = scene::read_scene(options.scene);
     if (depth != 0) scene.depth = depth;
@@ -213,11 +212,7 @@ void add_render(CLI::App& app) {
         ->type_name("A-B[xSTEP]");
     command->add_flag("--resume", options->resume, "leave frames alone whose file is there and whole")
         ->disable_flag_override();
-    command
-        ->add_option(
-            "--depth", options->depth,
-            "bits to work with (default: those of the scene); 16 has 32,769 steps, 32 every value of 16-bit files")
-        ->type_name("8|16|32");
+    add_depth_option(*command, options->depth, "those of the scene");
     command
         ->add_option("--memory", options->memory,
                      "memory for frames that are at work at once (default: half of the machine's)")

@@ -16,23 +16,6 @@ namespace qx::tool {
 
 class PictureJob::Born : public Library {};
 
-void add_picture_options(CLI::App& command, PictureOptions& options) {
-    command
-        .add_option("--depth", options.depth,
-                    "bits to work with (default: the inputs' deepest); 16 has 32,769 steps, 32 every value of 16-bit "
-                    "files")
-        ->type_name("8|16|32");
-    add_encoding_options(command, options.encoding);
-    command.add_option("-o,--output", options.output, "file to write: " + pictures::known_endings())
-        ->required()
-        ->type_name("FILE");
-    add_common_options(command, options.common);
-}
-
-int PictureOptions::asked_depth() const {
-    return depth.empty() ? 0 : 8 << choice("--depth", depth, scene::kDepthWords);
-}
-
 PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> inputs)
     : options_(options), inputs_(std::move(inputs)) {
     apply_common_options(options.common);

@@ -13,15 +13,6 @@
 // What the subcommands share that make one picture of one or more.
 namespace qx::tool {
 
-struct PictureOptions {
-    CommonOptions common;
-    EncodingOptions encoding;
-    std::string output, depth;
-    int asked_depth() const;  ///< 0 stands for the inputs' deepest; throws WrongUsage
-};
-/// -o, --depth, those of the encoding and those of every subcommand.
-void add_picture_options(CLI::App& command, PictureOptions& options);
-
 /// Checks the options, reads, lets effects work, writes. The library lives as long.
 class PictureJob {
 public:

@@ -65,6 +65,13 @@ QX_INLINE void for_parts(Byte* rows, std::ptrdiff_t row_step, std::int64_t lines
     }
 }
 
+/// Asks for the next lines of many rows, of which processors foresee few at a time.
+template <int Pixels> QX_INLINE void ask_ahead(const std::byte* const (&rows)[Pixels][kPieces], std::ptrdiff_t at) {
+    for (int i = 0; i < Pixels; ++i) {
+        for (int k = 0; k < kPieces; ++k) __builtin_prefetch(rows[i][k] + at + 1024);
+    }
+}
+
 template <class Pixel>
 void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
                  const BlurEntries& entries) {
@@ -75,12 +82,7 @@ void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t li
         std::byte* out = entries.first + part * kRegister;
         for (std::int64_t at = 0; at < whole; at += pixels, out += pixels * entries.step) {
             V v[pixels];
-            if (at % (64 / static_cast<int>(sizeof(Pixel))) == 0) {
-                for (int i = 0; i < pixels; ++i) {
-                    for (int k = 0; k < kPieces; ++k)
-                        __builtin_prefetch(from[i][k] + at * std::ptrdiff_t{sizeof(Pixel)} + 1024, 0, 2);
-                }
-            }
+            if (at % (4 * pixels) == 0) ask_ahead(from, at * std::ptrdiff_t{sizeof(Pixel)});
             for (int i = 0; i < pixels; ++i) v[i] = load_pieces<V>(from[i], at * std::ptrdiff_t{sizeof(Pixel)});
             turn_over(v);
             for (int i = 0; i < pixels; ++i) store_lanes(out + i * entries.step, v[i]);

@@ -144,7 +144,7 @@ private:
     };
 
     bool selects_all() const { return (info_.GetConvFlags() & 15) == 15; }
-    std::int64_t block() const { return groups_.are_columns() ? 32 : 128; }
+    std::int64_t block() const { return groups_.are_columns() ? 32 : 64; }
     /// Several times what a pass reads for a block, so that positions are seldom moved.
     std::int64_t room() const { return 4 * (2 * info_.window().reach + 2 + block()); }
 

@@ -149,6 +149,7 @@ template <class Pixel> void blur_plainly(const Frames<Pixel>& f, Work work, int 
 template <class Pixel> void run(benchmark::State& state, Work work, int radius, bool plainly, ProcessorLevel level) {
     be_born(level);
     static const Frames<Pixel> frames;
+    standalone::SetPoolLimit(1);
     for (auto _ : state) {
         if (work == Work::copy) {
             std::memcpy(frames.dst->data, frames.src->data, frame_bytes(*frames.src));
@@ -157,6 +158,7 @@ template <class Pixel> void run(benchmark::State& state, Work work, int radius, 
         }
         benchmark::ClobberMemory();
     }
+    standalone::SetPoolLimit(0);
     state.SetItemsProcessed(state.iterations() * std::int64_t{kWidth} * kHeight);
 }
 

@@ -70,9 +70,9 @@ private:
 template <class D, class Sum>
 typename D::Channel mean_of(const BoxWindow& window, Sum sum, Sum ends, std::int64_t divisor) {
     if (divisor == 0) return 0;
-    float whole = 1024.0f * static_cast<float>(sum);
-    if (window.end_short != 0) whole -= static_cast<float>(window.end_short) * static_cast<float>(ends);
-    const float v = whole / static_cast<float>(divisor);
+    const float whole = 1024.0f * static_cast<float>(sum);
+    const float lacking = static_cast<float>(window.end_short) * static_cast<float>(ends);
+    const float v = (whole - lacking) / static_cast<float>(divisor);
     const float full = static_cast<float>(D::full), limited = v < 0 ? 0.0f : v > full ? full : v;
     return static_cast<typename D::Channel>(D::number == 32 ? limited : std::nearbyint(limited));
 }

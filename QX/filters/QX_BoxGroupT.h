@@ -47,7 +47,8 @@ template <int Bytes, class Step> QX_INLINE void walk(const BoxStretch& s, std::s
 template <class F> QX_INLINE F not_below(F least, F v) { QX_RETURN_BY_WIDTH(F, sizeof(F), max_ps, least, v) }
 template <class F> QX_INLINE F not_above(F most, F v) { QX_RETURN_BY_WIDTH(F, sizeof(F), min_ps, most, v) }
 
-/// The rule as it is told, each step in float. Whole ends lack nothing.
+/// The rule as it is told, each step in float. Whole ends of integers lack nothing; floats may be infinite, and nothing
+/// times that is no number.
 template <class D, int Registers, bool Short>
 QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
     using V = BoxSum<D>;
@@ -194,10 +195,11 @@ template <class D> void box_stretch(const BoxStretch& s, void* sums) {
                 });
         }
     }
+    const bool lacks = D::number == 32 || s.end_short != 0;
     for_box_parts<kRegister / 4 * channel>(s, channel, sums,
                                            [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
-                                               s.end_short == 0 ? box_part<D, Registers, false>(s, at, of_part)
-                                                                : box_part<D, Registers, true>(s, at, of_part);
+                                               lacks ? box_part<D, Registers, true>(s, at, of_part)
+                                                     : box_part<D, Registers, false>(s, at, of_part);
                                            });
 }
 

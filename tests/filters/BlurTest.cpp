@@ -53,6 +53,35 @@ TYPED_TEST(BlurAt, EveryLevelGivesTheModelsPixels) {
     }
 }
 
+/// What is infinite or no number comes out as the rules have it, in every form.
+TEST(BlurOfFloats, InfinitePixelsFollowTheRulesToo) {
+    for (const auto level : kLevels) {
+        const Born born(1, level);
+        for (const auto seed : seeds(60)) {
+            SCOPED_TRACE(testing::Message() << "level " << static_cast<int>(level) << " seed " << seed);
+            Numbers number(static_cast<unsigned>(seed));
+            Blur blur = random_blur(number);
+            blur.flags |= 15;
+            const Plate<QX_PixelFloat> src(50, 40, FillKind::layer, seed);
+            for (int i = 0; i < 6; ++i) {
+                const float odd[] = {INFINITY, -INFINITY, 1e30f, NAN, -1e30f};
+                auto pixel = src.at(number(0, 50), number(0, 40));
+                pixel[static_cast<unsigned>(number(0, 4))] = odd[number(0, 5)];
+                std::memcpy(const_cast<std::byte*>(src.place(number(0, 50), number(0, 40))), &pixel, sizeof pixel);
+            }
+            Plate<QX_PixelFloat> dst(50, 40, FillKind::random, seed);
+            const auto want = BlurModel<QX_PixelFloat>::blurred(blur, src, dst);
+            blur(src.world.get(), dst.world.get());
+            for (const auto& [x, y] : places(50, 40)) {
+                for (unsigned c = 0; c < 4; ++c) {
+                    const float a = dst.at(x, y)[c], b = want.at(x, y)[c];
+                    ASSERT_TRUE(a == b || (std::isnan(a) && std::isnan(b))) << x << " " << y << " " << a << " " << b;
+                }
+            }
+        }
+    }
+}
+
 TYPED_TEST(BlurAt, BandsAndThreadsDontShow) {
     const Plate<TypeParam> src(301, 170, FillKind::layer, 5);
     for (const auto& [passes, columns] : each(std::array{-1, 1, 3}, std::array{false, true})) {

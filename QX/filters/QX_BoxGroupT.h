@@ -2,6 +2,7 @@
 // Boxes over groups of lines, for one level: each lane has its running sum.
 #pragma once
 
+#include "QX/filters/QX_BlurShortMean.h"
 #include "QX/filters/QX_GaussianGroupT.h"
 
 namespace qx::QX_ISA {
@@ -87,30 +88,13 @@ inline bool is_plain_mean(const BoxStretch& s) {
     return s.end_short == 0 && s.divisor_step == 0 && pixels % 2 == 1 && pixels <= 255;
 }
 
-/// 8 bits: (sum + pixels / 2) / pixels in lanes of 16 bits, by a factor of 16 bits and a shift. With k = 16 + shift,
-/// 2^shift <= pixels < 2^(shift + 1), the factor is 2^k / pixels rounded up where that adds less than 2^shift / pixels,
-/// and n * factor >> k is exact for n < 2^16; else it is rounded down, which takes off less than 2^shift / pixels, and
-/// (n + 1) * factor >> k is.
-struct ShortMean {
-    std::uint16_t bias, factor;
-    int shift;
-
-    explicit ShortMean(std::int64_t pixels) {
-        const auto d = static_cast<std::uint32_t>(pixels);
-        shift = 31 - __builtin_clz(d);
-        const std::uint32_t power = 65536u << shift, below = power / d, excess = (below + 1) * d - power;
-        const bool up = excess < 1u << shift && below + 1 < 65536;
-        factor = static_cast<std::uint16_t>(up ? below + 1 : below < 65536 ? below : 65535);
-        bias = static_cast<std::uint16_t>(d / 2 + (up ? 0 : 1));
-    }
-};
-
+/// 8 bits, in lanes of 16: a running sum begins with the bias of the mean.
 template <int Registers> QX_INLINE void box_part_short(const BoxStretch& s, std::size_t at, std::byte* sums) {
     using U = Wide<std::uint16_t>;
     using Words = Vector<std::uint16_t, kRegister / 2>;
     using I = Wide<std::int32_t>;
     constexpr std::ptrdiff_t bytes = kRegister / 2;
-    const ShortMean mean(s.divisor / 1024);
+    const ShortMean mean(static_cast<std::uint32_t>(s.divisor / 1024));
     U sum[Registers];
     for (int r = 0; r < Registers; ++r) {
         Words half[2];

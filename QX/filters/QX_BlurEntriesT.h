@@ -79,7 +79,7 @@ void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t li
     constexpr int pixels = 16 / sizeof(Pixel);
     const std::int64_t whole = count / pixels * pixels;
     for_parts<Pixel>(rows, row_step, lines, [&](int part, const std::byte* const(&from)[pixels][kPieces]) QX_LAMBDA {
-        std::byte* out = entries.first + part * kRegister;
+        std::byte* out = entries.first + part * static_cast<std::ptrdiff_t>(kRegister);
         for (std::int64_t at = 0; at < whole; at += pixels, out += pixels * entries.step) {
             V v[pixels];
             if (at % (4 * pixels) == 0) ask_ahead(from, at * std::ptrdiff_t{sizeof(Pixel)});
@@ -103,7 +103,7 @@ void scatter_pieces(const BlurEntries& entries, std::int64_t lines, std::int64_t
     constexpr int pixels = 16 / sizeof(Pixel);
     const std::int64_t whole = count / pixels * pixels;
     for_parts<Pixel>(rows, row_step, lines, [&](int part, std::byte* const(&to)[pixels][kPieces]) QX_LAMBDA {
-        const std::byte* in = entries.first + part * kRegister;
+        const std::byte* in = entries.first + part * static_cast<std::ptrdiff_t>(kRegister);
         const std::int64_t left = lines - part * pixels * kPieces;
         for (std::int64_t at = 0; at < whole; at += pixels, in += pixels * entries.step) {
             V v[pixels];

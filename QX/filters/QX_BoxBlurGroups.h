@@ -121,12 +121,13 @@ public:
         begin(group, info_.buffer(thread, 0));
         std::byte* const made = info_.buffer(thread, 0) + groups_.bytes(info_.GetIterations() * room());
         const bool direct = groups_.has_entries_out(count) && selects_all();
-        const int last = info_.GetIterations() - 1;
+        const auto last = static_cast<std::size_t>(info_.GetIterations() - 1);
         const bool by_world = direct && last == 0 && group.belts[0].room == 0;
         groups_.for_blocks(to, by_world ? dst_.length : block(), [&](std::int64_t at, std::int64_t positions) {
-            fill(group, last, group.passes[last].reads_to(positions));
+            BoxGroupPass<Pixel>& pass = group.passes[last];
+            fill(group, last, pass.reads_to(positions));
             const BlurEntries out = direct ? groups_.entries_out(to, at) : groups_.entries(made);
-            group.passes[last].run(groups_, group.belts[last], positions, out, direct && groups_.streams(out));
+            pass.run(groups_, group.belts[last], positions, out, direct && groups_.streams(out));
             if (!direct) store(made, to, count, at, positions);
         });
         groups_.finish();
@@ -165,20 +166,20 @@ private:
         }
     }
     /// Has the positions of a belt before `until` made.
-    void fill(Group& group, int which, std::int64_t until) const {
-        BlurBelt& belt = group.belts[static_cast<std::size_t>(which)];
+    void fill(Group& group, std::size_t which, std::int64_t until) const {
+        BlurBelt& belt = group.belts[which];
         until = std::min(until, belt.length);
         while (belt.end < until) {
             const std::int64_t positions = std::min(until - belt.end, block());
-            belt.reserve(positions, group.passes[static_cast<std::size_t>(which)].reads_from());
+            belt.reserve(positions, group.passes[which].reads_from());
             const BlurEntries out = {belt.entries.at(belt.end - belt.begin), belt.entries.step};
             if (which == 0) {
                 groups_.gather(src_, group.line, group.count, info_.GetSrcOffset() + belt.end, positions, out.first);
                 if (info_.GetInputNeedsMatting()) groups_.matte(out.first, positions);
             } else {
-                auto& before = group.passes[static_cast<std::size_t>(which - 1)];
+                auto& before = group.passes[which - 1];
                 fill(group, which - 1, before.reads_to(positions));
-                before.run(groups_, group.belts[static_cast<std::size_t>(which - 1)], positions, out, false);
+                before.run(groups_, group.belts[which - 1], positions, out, false);
             }
             belt.end += positions;
         }

@@ -100,9 +100,9 @@ void QXp_BoxBlurPass(const qx::BoxWindow& window, const qx::BlurLine<Pixel>& in,
     }
 }
 
-template QX_EXPORT void QXp_BoxBlurPass(const qx::BoxWindow&, const qx::BlurLine<QX_Pixel8>&, std::int64_t,
-                                        const qx::BlurLine<QX_Pixel8>&);
-template QX_EXPORT void QXp_BoxBlurPass(const qx::BoxWindow&, const qx::BlurLine<QX_Pixel16>&, std::int64_t,
-                                        const qx::BlurLine<QX_Pixel16>&);
-template QX_EXPORT void QXp_BoxBlurPass(const qx::BoxWindow&, const qx::BlurLine<QX_PixelFloat>&, std::int64_t,
-                                        const qx::BlurLine<QX_PixelFloat>&);
+template void QXp_BoxBlurPass(const qx::BoxWindow&, const qx::BlurLine<QX_Pixel8>&, std::int64_t,
+                              const qx::BlurLine<QX_Pixel8>&);
+template void QXp_BoxBlurPass(const qx::BoxWindow&, const qx::BlurLine<QX_Pixel16>&, std::int64_t,
+                              const qx::BlurLine<QX_Pixel16>&);
+template void QXp_BoxBlurPass(const qx::BoxWindow&, const qx::BlurLine<QX_PixelFloat>&, std::int64_t,
+                              const qx::BlurLine<QX_PixelFloat>&);

@@ -9,9 +9,12 @@
 
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Report.h"
+#include "QX/pixelops/QX_GuessKernels.h"
 #include "platform/tesselcore_Utility.h"
 
 namespace {
+
+const qx::GuessKernels* kernels = &qx::plain::guess_kernels;
 
 constexpr QX_Pixel8 kWhite{255, 255, 255, 255}, kBlack{255, 0, 0, 0};
 
@@ -40,12 +43,40 @@ class Scan {
 public:
     explicit Scan(const QX_Pixel8* first) : found_(first) {}
 
+    /// What is like the pixels before it is counted by stretches, all else one by one.
     void row(const QX_Pixel8* row, std::size_t columns) {
-        for (const QX_Pixel8* p = row; p != row + columns; ++p) p->alpha == 0 ? transparent(p) : visible(p);
+        constexpr std::size_t kSingles = 16;
+        for (const QX_Pixel8 *p = row, *end = row + columns; p != end;) {
+            p += stretch(p, static_cast<std::size_t>(end - p));
+            const QX_Pixel8* const until = p + std::min(kSingles, static_cast<std::size_t>(end - p));
+            for (; p != until; ++p) p->alpha == 0 ? transparent(p) : visible(p);
+        }
     }
     const Statistics& found() const { return found_; }
 
 private:
+    /// Once clear pixels vary their histograms count no longer. Words of no pixel yet are such that all differ.
+    std::size_t stretch(const QX_Pixel8* p, std::size_t columns) {
+        const QX_Pixel8 *clear = transparent_before_, *seen = visible_before_;
+        qx::AlphaStretch stretch{.watch_clear = !found_.transparent_vary,
+                                 .watch_visible = !found_.visible_vary,
+                                 .clear_word = clear != nullptr ? word_of(*clear) : ~colours_,
+                                 .visible_word = seen != nullptr ? word_of(*seen) : 0,
+                                 .min_alpha = found_.min_alpha};
+        const std::size_t done = kernels->scan(p, columns, stretch);
+        found_.transparent_count += stretch.clear;
+        found_.white_count += stretch.white;
+        found_.black_count += stretch.black;
+        found_.visible_count += static_cast<std::uint32_t>(done) - stretch.clear;
+        found_.above_alpha |= stretch.above_alpha;
+        if (stretch.watch_clear && clear != nullptr) {
+            found_.red_hist[clear->red] += stretch.clear;
+            found_.green_hist[clear->green] += stretch.clear;
+            found_.blue_hist[clear->blue] += stretch.clear;
+        }
+        return done;
+    }
+
     void transparent(const QX_Pixel8* p) {
         const std::uint32_t colour = word_of(*p) & colours_;
         ++found_.transparent_count;
@@ -101,6 +132,8 @@ void write_message(char* out, const char* text) {
 }
 
 }  // namespace
+
+void qx::choose_guess_kernels(Level level) { kernels = &guess_kernels_of(level); }
 
 int QX_GuessAlpha(void* effect_ref, const QX_LayerDef* world, std::int32_t* out_kind, QX_Pixel8* out_matte) {
     return QX_GuessAlphaMessage(effect_ref, world, out_kind, out_matte, nullptr);

@@ -259,7 +259,7 @@ void convolve_row(std::int32_t count, const KernelWindow& window, const KernelSc
                   std::ptrdiff_t rowbytes, Pixel* dst) {
     WindowAt<Pixel> from{window, src, rowbytes};
     const auto walk = [&](int step, const auto& convolve) QX_LAMBDA {
-        for (; count >= step; count -= step, from.src += step * sizeof(Pixel), dst += step) convolve();
+        for (; count >= step; count -= step, from.src += step * std::ptrdiff_t{sizeof(Pixel)}, dst += step) convolve();
     };
     using One = Vector<SumOf<D>, 16>;
     using V = std::conditional_t<(kRegister > 16), Wide<SumOf<D>>, One>;

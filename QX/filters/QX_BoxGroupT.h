@@ -58,18 +58,22 @@ QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
     V sum[Registers];
     for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<V>(sums + r * static_cast<int>(sizeof(V)));
     const F shortage = splat<F>(static_cast<float>(s.end_short)), full = splat<F>(static_cast<float>(D::full));
-    walk<Registers* static_cast<int>(bytes)>(
+    F divisor;
+    bool is_none;
+    const auto divide_by = [&](std::int64_t by)
+                               QX_LAMBDA { divisor = splat<F>(static_cast<float>(by)), is_none = by == 0; };
+    divide_by(s.divisor);
+    walk<static_cast<int>(bytes) * Registers>(
         s, at,
         [&](std::int64_t i, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
             QX_LAMBDA {
-                const std::int64_t divided_by = s.divisor + i * s.divisor_step;
-                const F divisor = splat<F>(static_cast<float>(divided_by));
+                if (s.divisor_step != 0) divide_by(s.divisor + i * s.divisor_step);
                 for (int r = 0; r < Registers; ++r) {
                     const V right = box_lanes<D>(enter + r * bytes);
                     sum[r] = (sum[r] - box_lanes<D>(leave + r * bytes)) + right;
                     F whole = to_float(sum[r]) * 1024.0f;
                     if constexpr (Short) whole -= shortage * to_float(box_lanes<D>(left + r * bytes) + right);
-                    const F limited = divided_by == 0 ? F{} : not_above(full, not_below(F{}, whole / divisor));
+                    const F limited = is_none ? F{} : not_above(full, not_below(F{}, whole / divisor));
                     if constexpr (D::number == 32) {
                         store_entry(s.streams, out + r * bytes, limited);
                     } else {
@@ -104,7 +108,7 @@ template <int Registers> QX_INLINE void box_part_short(const BoxStretch& s, std:
         sum[r] = load_lanes<U>(half) + mean.bias;
     }
     const U factor = splat<U>(mean.factor);
-    walk<Registers* static_cast<int>(bytes)>(
+    walk<static_cast<int>(bytes) * Registers>(
         s, at,
         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
             for (int r = 0; r < Registers; ++r) {
@@ -135,7 +139,7 @@ QX_INLINE void box_part_deep(const BoxStretch& s, std::size_t at, std::byte* sum
     const F reciprocal = splat<F>(first), rest = splat<F>(static_cast<float>(exact - first));
     V sum[Registers];
     for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<V>(sums + r * static_cast<int>(sizeof(V)));
-    walk<Registers* static_cast<int>(bytes)>(
+    walk<static_cast<int>(bytes) * Registers>(
         s, at,
         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte*, std::byte* out) QX_LAMBDA {
             for (int r = 0; r < Registers; ++r) {

@@ -115,7 +115,10 @@ template <class Pixel> void run(benchmark::State& state, Work work, ProcessorLev
     be_born(level);
     static const auto frame = make_frame<Pixel>(), other = make_frame<Pixel>();
     std::optional<KeptPages> pages;
-    if (work != Work::table_in_new_pages) pages.emplace();
+    if (work != Work::table_in_new_pages) {
+        pages.emplace();
+        QX_SummedAreaTable(frame.get(), false);  // makes them
+    }
     std::optional<QX_SummedAreaTable> sampled;
     if (work == Work::draft || work == Work::fractional) sampled.emplace(frame.get(), false);
     for (auto _ : state) {

@@ -4,6 +4,7 @@
 
 #include "QX/filters/QX_BlurShortMean.h"
 #include "QX/filters/QX_GaussianGroupT.h"
+#include "QX/filters/QX_BoxShareT.h"
 
 namespace qx::QX_ISA {
 
@@ -44,10 +45,6 @@ template <int Bytes, class Step> QX_INLINE void walk(const BoxStretch& s, std::s
     }
 }
 
-/// Limited to 0 and full; NaN stays.
-template <class F> QX_INLINE F not_below(F least, F v) { QX_RETURN_BY_WIDTH(F, sizeof(F), max_ps, least, v) }
-template <class F> QX_INLINE F not_above(F most, F v) { QX_RETURN_BY_WIDTH(F, sizeof(F), min_ps, most, v) }
-
 /// The rule as it is told, each step in float. Whole ends of integers lack nothing; floats may be infinite, and nothing
 /// times that is no number.
 template <class D, int Registers, bool Short>
@@ -83,6 +80,28 @@ QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
                 }
             });
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
+}
+
+/// The same of floats, where the divisor stays and quotients by it have a quick form.
+template <int Registers> QX_INLINE void box_part_real(const BoxStretch& s, std::size_t at, std::byte* sums) {
+    using F = Wide<float>;
+    constexpr std::ptrdiff_t bytes = sizeof(F);
+    const ShareOfBox share(s.divisor);
+    const F shortage = splat<F>(static_cast<float>(s.end_short));
+    F sum[Registers];
+    for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<F>(sums + r * bytes);
+    walk<static_cast<int>(bytes) * Registers>(
+        s, at,
+        [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
+            QX_LAMBDA {
+                for (int r = 0; r < Registers; ++r) {
+                    const F right = load_lanes<F>(enter + r * bytes);
+                    sum[r] = (sum[r] - load_lanes<F>(leave + r * bytes)) + right;
+                    const F ends = load_lanes<F>(left + r * bytes) + right;
+                    store_entry(s.streams, out + r * bytes, share.of(sum[r] * 1024.0f - shortage * ends));
+                }
+            });
+    for (int r = 0; r < Registers; ++r) store_lanes(sums + r * bytes, sum[r]);
 }
 
 /// Integers over an odd number of whole pixels up to 255, of which no mean lies halfway: the float quotient is nearer
@@ -183,12 +202,18 @@ template <class D> void box_stretch(const BoxStretch& s, void* sums) {
                 });
         }
     }
+    if constexpr (D::number == 32) {
+        if (s.divisor_step == 0 && ShareOfBox::fits(s.divisor)) {
+            return for_box_parts<kRegister>(s, channel, sums,
+                                            [&]<int Registers>(std::size_t at, std::byte* of_part)
+                                                QX_LAMBDA { box_part_real<Registers>(s, at, of_part); });
+        }
+    }
     const bool lacks = D::number == 32 || s.end_short != 0;
-    for_box_parts<kRegister / 4 * channel>(s, channel, sums,
-                                           [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
-                                               lacks ? box_part<D, Registers, true>(s, at, of_part)
-                                                     : box_part<D, Registers, false>(s, at, of_part);
-                                           });
+    for_box_parts<kRegister / 4 * channel>(
+        s, channel, sums, [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
+            lacks ? box_part<D, Registers, true>(s, at, of_part) : box_part<D, Registers, false>(s, at, of_part);
+        });
 }
 
 }  // namespace qx::QX_ISA

@@ -74,7 +74,7 @@ template <int Pixels> QX_INLINE void ask_ahead(const std::byte* const (&rows)[Pi
 
 template <class Pixel>
 void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
-                 const BlurEntries& entries) {
+                 const BlurEntries& entries, bool asks_ahead) {
     using V = Wide<std::int32_t>;
     constexpr int pixels = 16 / sizeof(Pixel);
     const std::int64_t whole = count / pixels * pixels;
@@ -82,7 +82,7 @@ void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t li
         std::byte* out = entries.first + part * static_cast<std::ptrdiff_t>(kRegister);
         for (std::int64_t at = 0; at < whole; at += pixels, out += pixels * entries.step) {
             V v[pixels];
-            if (at % (4 * pixels) == 0) ask_ahead(from, at * std::ptrdiff_t{sizeof(Pixel)});
+            if (asks_ahead && at % (4 * pixels) == 0) ask_ahead(from, at * std::ptrdiff_t{sizeof(Pixel)});
             for (int i = 0; i < pixels; ++i) v[i] = load_pieces<V>(from[i], at * std::ptrdiff_t{sizeof(Pixel)});
             turn_over(v);
             for (int i = 0; i < pixels; ++i) store_lanes(out + i * entries.step, v[i]);

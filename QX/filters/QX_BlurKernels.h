@@ -24,6 +24,15 @@ struct BlurEntries {
     std::byte* at(std::int64_t position) const { return first + position * step; }
 };
 
+/// Rows of which the next block of a group will be gathered: while one is worked on they are asked for, a few lines of
+/// the caches at each position.
+struct RowsAhead {
+    const std::byte* first = nullptr;  ///< null asks for nothing
+    std::ptrdiff_t row_step = 0;
+    int rows_shift = 0;  ///< there are 2 to this power
+    int each = 0;        ///< lines that are asked for at a position
+};
+
 /// Positions side by side of one pass of a box: what enters and leaves the window at each, and the pixels at its left
 /// end; those at its right end are what enters.
 struct BoxStretch {
@@ -33,6 +42,7 @@ struct BoxStretch {
     std::int64_t divisor, divisor_step;  ///< of the first position, and from one to the next
     std::int32_t end_short;
     bool streams;  ///< what goes out is aligned to lines of the caches, and goes past them
+    RowsAhead ahead{};
 };
 
 /// Positions side by side of a Gaussian.
@@ -54,9 +64,10 @@ template <class Pixel> inline constexpr std::size_t kWideUnit = sizeof(Pixel) ==
 inline constexpr std::int64_t kLongestGroupedGaussian = 2047;
 
 template <class Pixel> struct BlurGroupKernels {
-    /// Rows to kEntryUnit bytes of entries and back. Lanes of entries for which there is no line take any value.
+    /// Rows to kEntryUnit bytes of entries and back. Lanes of entries for which there is no line take any value. Where
+    /// nobody else has asked for what follows in the rows, gathering does.
     void (*gather)(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
-                   const BlurEntries& entries);
+                   const BlurEntries& entries, bool asks_ahead);
     void (*scatter)(BlurEntries entries, std::int64_t lines, std::int64_t count, std::byte* rows,
                     std::ptrdiff_t row_step, bool past_caches);
     /// Multiplies colours by alpha.

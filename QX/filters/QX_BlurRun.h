@@ -118,7 +118,7 @@ public:
 
     /// Copies positions of `count` lines to a buffer; those outside the lines are clear.
     void gather(const BlurLines& world, std::int64_t line, std::int64_t count, std::int64_t begin,
-                std::int64_t positions, std::byte* buffer) const {
+                std::int64_t positions, std::byte* buffer, bool asks_ahead = true) const {
         const BlurEntries to = entries(buffer);
         const std::int64_t first = std::clamp<std::int64_t>(-begin, 0, positions);
         const std::int64_t end = std::clamp<std::int64_t>(world.length - begin, first, positions);
@@ -130,7 +130,7 @@ public:
         } else {
             for_units(count, [&](std::int64_t first_line, std::int64_t lines, std::ptrdiff_t at) {
                 kernels().gather(from.first + first_line * world.line_step, world.line_step, lines, end - first,
-                                 {to.at(first) + at, to.step});
+                                 {to.at(first) + at, to.step}, asks_ahead);
             });
         }
     }

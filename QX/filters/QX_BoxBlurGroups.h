@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 
 #include "QX/filters/QX_BlurRun.h"
 
@@ -43,7 +44,7 @@ public:
     std::int64_t reads_to(std::int64_t positions) const { return at_ + positions + window_->reach; }
 
     void run(const BlurGroups<Pixel>& groups, const BlurBelt& in, std::int64_t positions, const BlurEntries& out,
-             bool streams) {
+             bool streams, const RowsAhead& ahead = {}) {
         const std::int64_t end = at_ + positions, begin = at_;
         const std::int64_t past = length_ > 0 ? length_ + window_->reach : at_;
         while (at_ < end) {
@@ -55,7 +56,9 @@ public:
             } else {
                 next = end_of_stretch(std::min(end, past));
                 if (!started_) sum_up(groups, in);
-                groups.kernels().box(stretch(groups, in, next - at_, to, streams), sums_);
+                BoxStretch part = stretch(groups, in, next - at_, to, streams);
+                if (next - at_ == positions) part.ahead = ahead;
+                groups.kernels().box(part, sums_);
                 started_ = true;
             }
             at_ = next;
@@ -127,7 +130,7 @@ public:
             BoxGroupPass<Pixel>& pass = group.passes[last];
             fill(group, last, pass.reads_to(positions));
             const BlurEntries out = direct ? groups_.entries_out(to, at) : groups_.entries(made);
-            pass.run(groups_, group.belts[last], positions, out, direct && groups_.streams(out));
+            pass.run(groups_, group.belts[last], positions, out, direct && groups_.streams(out), ahead(group));
             if (!direct) store(made, to, count, at, positions);
         });
         groups_.finish();
@@ -165,6 +168,16 @@ private:
                                                             info_.GetSpanSrcDestOffsetAtIndex(i));
         }
     }
+    /// What will be gathered next, of whole groups of rows.
+    RowsAhead ahead(const Group& group) const {
+        const BlurBelt& belt = group.belts[0];
+        constexpr std::int64_t line = 64;
+        if (belt.room == 0 || group.count != lines() || groups_.are_columns() || belt.end + block() > belt.length)
+            return {};
+        return {src_.first + group.line * src_.line_step + (info_.GetSrcOffset() + belt.end) * src_.pixel_step,
+                src_.line_step, std::countr_zero(static_cast<std::uint64_t>(lines())),
+                static_cast<int>(std::max<std::int64_t>(lines() * static_cast<std::int64_t>(sizeof(Pixel)) / line, 1))};
+    }
     /// Has the positions of a belt before `until` made.
     void fill(Group& group, std::size_t which, std::int64_t until) const {
         BlurBelt& belt = group.belts[which];
@@ -174,7 +187,8 @@ private:
             belt.reserve(positions, group.passes[which].reads_from());
             const BlurEntries out = {belt.entries.at(belt.end - belt.begin), belt.entries.step};
             if (which == 0) {
-                groups_.gather(src_, group.line, group.count, info_.GetSrcOffset() + belt.end, positions, out.first);
+                groups_.gather(src_, group.line, group.count, info_.GetSrcOffset() + belt.end, positions, out.first,
+                               group.count != lines());
                 if (info_.GetInputNeedsMatting()) groups_.matte(out.first, positions);
             } else {
                 auto& before = group.passes[which - 1];

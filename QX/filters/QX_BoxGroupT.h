@@ -3,8 +3,8 @@
 #pragma once
 
 #include "QX/filters/QX_BlurShortMean.h"
-#include "QX/filters/QX_GaussianGroupT.h"
 #include "QX/filters/QX_BoxShareT.h"
+#include "QX/filters/QX_GaussianGroupT.h"
 
 namespace qx::QX_ISA {
 
@@ -29,6 +29,14 @@ void add_box_sums(const BlurEntries& entries, std::size_t entry_bytes, std::int6
 
 inline constexpr std::ptrdiff_t kRowsAhead = 8;
 
+/// Line after line of each row in turn.
+QX_INLINE void ask_for_rows(const RowsAhead& ahead, std::int64_t position) {
+    for (int i = 0; i < ahead.each; ++i) {
+        const std::int64_t line = position * ahead.each + i, row = line & ((1 << ahead.rows_shift) - 1);
+        __builtin_prefetch(ahead.first + row * ahead.row_step + (line >> ahead.rows_shift) * 64, 0, 2);
+    }
+}
+
 /// Walks `Bytes` of the entries of a stretch: step(position, what enters, what leaves, left end, out). Lines of columns
 /// are asked for ahead, since no processor foresees them.
 template <int Bytes, class Step> QX_INLINE void walk(const BoxStretch& s, std::size_t at, const Step& step) {
@@ -37,6 +45,7 @@ template <int Bytes, class Step> QX_INLINE void walk(const BoxStretch& s, std::s
     const std::byte *enter = s.enter.first + at, *leave = s.leave.first + at, *left = s.left.first + at;
     std::byte* out = s.out.first + at;
     for (std::int64_t i = 0; i < s.count; ++i) {
+        if (s.ahead.first != nullptr) ask_for_rows(s.ahead, i);
         if (ahead != 0) {
             for (int line = 0; line < Bytes; line += 64) __builtin_prefetch(enter + ahead + line, 0, 2);
         }
@@ -82,24 +91,41 @@ QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
 }
 
-/// The same of floats, where the divisor stays and quotients by it have a quick form.
-template <int Registers> QX_INLINE void box_part_real(const BoxStretch& s, std::size_t at, std::byte* sums) {
+/// The same of floats, where the divisor stays and quotients by it have a quick form. Where ends are whole the product
+/// of what they lack, nothing, shows only if they are infinite, as the sum then is: such sums and tiny ones take the
+/// rule as it is told.
+template <int Registers, bool Short>
+QX_INLINE void box_part_real(const BoxStretch& s, std::size_t at, std::byte* sums) {
     using F = Wide<float>;
     constexpr std::ptrdiff_t bytes = sizeof(F);
-    const ShareOfBox share(s.divisor);
-    const F shortage = splat<F>(static_cast<float>(s.end_short));
+    const ShareOfBox share(s.divisor, Short ? 1.0f : 0x1p-10f);
+    const F shortage = splat<F>(static_cast<float>(s.end_short)), divisor = splat<F>(static_cast<float>(s.divisor));
     F sum[Registers];
     for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<F>(sums + r * bytes);
     walk<static_cast<int>(bytes) * Registers>(
         s, at,
         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
             QX_LAMBDA {
+                std::uint32_t marks = 0;
+                F mean[Registers];
+                const auto whole = [&](int r) QX_LAMBDA {
+                    const F ends = load_lanes<F>(left + r * bytes) + load_lanes<F>(enter + r * bytes);
+                    return sum[r] * 1024.0f - shortage * ends;
+                };
                 for (int r = 0; r < Registers; ++r) {
-                    const F right = load_lanes<F>(enter + r * bytes);
-                    sum[r] = (sum[r] - load_lanes<F>(leave + r * bytes)) + right;
-                    const F ends = load_lanes<F>(left + r * bytes) + right;
-                    store_entry(s.streams, out + r * bytes, share.of(sum[r] * 1024.0f - shortage * ends));
+                    sum[r] = (sum[r] - load_lanes<F>(leave + r * bytes)) + load_lanes<F>(enter + r * bytes);
+                    if constexpr (Short) {
+                        mean[r] = share.of(whole(r), marks);
+                    } else {
+                        mean[r] = share.of(sum[r], marks);
+                        ShareOfBox::mark_infinite(sum[r], marks);
+                    }
                 }
+                if (marks != 0) [[unlikely]] {
+                    const F full = splat<F>(1.0f);
+                    for (int r = 0; r < Registers; ++r) mean[r] = not_above(full, not_below(F{}, whole(r) / divisor));
+                }
+                for (int r = 0; r < Registers; ++r) store_entry(s.streams, out + r * bytes, mean[r]);
             });
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * bytes, sum[r]);
 }
@@ -205,8 +231,10 @@ template <class D> void box_stretch(const BoxStretch& s, void* sums) {
     if constexpr (D::number == 32) {
         if (s.divisor_step == 0 && ShareOfBox::fits(s.divisor)) {
             return for_box_parts<kRegister>(s, channel, sums,
-                                            [&]<int Registers>(std::size_t at, std::byte* of_part)
-                                                QX_LAMBDA { box_part_real<Registers>(s, at, of_part); });
+                                            [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
+                                                s.end_short == 0 ? box_part_real<Registers, false>(s, at, of_part)
+                                                                 : box_part_real<Registers, true>(s, at, of_part);
+                                            });
         }
     }
     const bool lacks = D::number == 32 || s.end_short != 0;

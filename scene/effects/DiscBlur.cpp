@@ -42,32 +42,60 @@ public:
         return {middle - half, middle + half};
     }
 
+    double area() const {
+        double area = 0;
+        for (int y = -rows_; y <= rows_; ++y) area += at(y).to - at(y).from;
+        return area;
+    }
+
 private:
     double xx_, xy_, yy_;  // of xx x^2 + 2 xy x y + yy y^2 = 1
     int rows_;
 };
 
-/// Sums of stretches of a table's rows; pixel n reaches from n - 0.5 to n + 0.5.
+/// Sums of stretches of a layer's rows; pixel n reaches from n - 0.5 to n + 0.5. What lies outside is clear, or the
+/// nearest pixel again. Nothing is padded for that: a table with its padding would grow by the square of the radius.
 template <class Pixel> class Stretches {
+    using Table = QX_HorizontalSumTable<Pixel>;
+
 public:
-    explicit Stretches(const QX_HorizontalSumTable<Pixel>& table) : table_(table) {}
+    Stretches(const QX_World& from, const Disc& disc, bool repeats) : repeats_(repeats), height_(from.height) {
+        QX_LinearBlendingTables light{};
+        light.to_linear_gamma = static_cast<float>(disc.gamma);
+        const auto sums_of = [&](const QX_World& world) {
+            return std::make_unique<Table>(dynamic_cast<const QX_WorldX<Pixel>*>(&world), 0, 0, 0, disc.gain,
+                                           disc.threshold, disc.saturation, 1, 0, false,
+                                           disc.gamma > 0 ? &light : nullptr);
+        };
+        const std::unique_ptr<QX_World> last(QX_World::NewReference(row_of<Pixel>(from, 0) + from.width - 1, 1,
+                                                                    from.height, from.Depth(), from.rowbytes));
+        table_ = sums_of(from);
+        last_ = sums_of(*last);
+    }
+
+    /// The first and the last row around y that add something.
+    int first_row(int y, int rows) const { return repeats_ ? -rows : std::max(-rows, -y); }
+    int last_row(int y, int rows) const { return repeats_ ? rows : std::min(rows, height_ - 1 - y); }
 
     void add(int y, double from, double to, Sums& sums) const {
-        const int row = y + table_.PadY();
-        if (row < 0 || row >= table_.Height()) return;
-        add_up_to(table_.Row(row), to + 0.5 + table_.PadX(), 1, sums);
-        add_up_to(table_.Row(row), from + 0.5 + table_.PadX(), -1, sums);
+        const int row = std::clamp(y, 0, height_ - 1);
+        add_up_to(row, to + 0.5, 1, sums);
+        add_up_to(row, from + 0.5, -1, sums);
     }
 
 private:
-    void add_up_to(const QX_PixelFloat* row, double end, double sign, Sums& sums) const {
-        const double limited = std::clamp(end, 0.0, static_cast<double>(table_.Width()));
+    void add_up_to(int y, double end, double sign, Sums& sums) const {
+        const QX_PixelFloat* const row = table_->Row(y);
+        const double limited = std::clamp(end, 0.0, static_cast<double>(table_->Width()));
         const int whole = static_cast<int>(limited);
         const double part = limited - whole;
         if (whole > 0) sums.add(row[whole - 1], sign * (1 - part));
         if (part > 0) sums.add(row[whole], sign * part);
+        if (repeats_ && end != limited) sums.add(end < 0 ? row[0] : last_->Row(y)[0], sign * (end - limited));
     }
-    const QX_HorizontalSumTable<Pixel>& table_;
+    const bool repeats_;
+    const int height_;
+    std::unique_ptr<Table> table_{}, last_{};  ///< of the layer, and of its last column
 };
 
 template <class Pixel> QX_ChannelOf<Pixel> stored(double v) {
@@ -93,46 +121,46 @@ template <class Pixel> Pixel mean_of(const Sums& sums, double area, double gamma
 template <class Pixel> class Discs {
 public:
     Discs(const QX_World& from, const BlurCall& call, const Moment& moment)
-        : from_(from), call_(call), moment_(moment), radians_(call.disc.degrees * (3.14159265358979323846 / 180)) {}
+        : call_(call), moment_(moment), radians_(call.disc.degrees * (3.14159265358979323846 / 180)) {
+        must_do(moment, [&] { stretches_ = std::make_unique<Stretches<Pixel>>(from, call.disc, call.keeps_edge); });
+    }
 
     void make(int left, int top, QX_World& to) const {
-        QX_LinearBlendingTables light{};
-        light.to_linear_gamma = static_cast<float>(call_.disc.gamma);
-        const auto* const source = dynamic_cast<const QX_WorldX<Pixel>*>(&from_);
-        const double down = call_.radius_y + 1, aspect = (across() + 1) / down;
-        std::unique_ptr<QX_HorizontalSumTable<Pixel>> table;
-        must_do(moment_, [&] {
-            table = std::make_unique<QX_HorizontalSumTable<Pixel>>(
-                source, 0, 0, down, call_.disc.gain, call_.disc.threshold, call_.disc.saturation, aspect, radians_,
-                call_.keeps_edge, call_.disc.gamma > 0 ? &light : nullptr);
-        });
-        const Stretches<Pixel> stretches(*table);
+        const Ellipse whole = ellipse(1);
+        const double area = whole.area();
         on_all_rows(to.height, moment_, moment_.watch, [&](int y) {
             Pixel* const row = row_of<Pixel>(to, y);
-            for (int x = 0; x < to.width; ++x) row[x] = disc(stretches, x - left, y - top);
+            for (int x = 0; x < to.width; ++x) {
+                if (call_.map == nullptr) {
+                    row[x] = mean(whole, area, x - left, y - top);
+                } else {
+                    const Ellipse own =
+                        ellipse(map_factor<Pixel>(call_.map.get(), x - left + call_.map_x, y - top + call_.map_y));
+                    row[x] = mean(own, own.area(), x - left, y - top);
+                }
+            }
         });
     }
 
 private:
-    double across() const { return call_.radius_x * call_.disc.aspect; }
+    Ellipse ellipse(double factor) const {
+        return {call_.radius_x * call_.disc.aspect * factor, call_.radius_y * factor, radians_};
+    }
 
-    Pixel disc(const Stretches<Pixel>& stretches, int x, int y) const {
-        const double factor = map_factor<Pixel>(call_.map.get(), x + call_.map_x, y + call_.map_y);
-        const Ellipse ellipse(across() * factor, call_.radius_y * factor, radians_);
+    Pixel mean(const Ellipse& ellipse, double area, int x, int y) const {
         Sums sums;
-        double area = 0;
-        for (int row = -ellipse.rows(); row <= ellipse.rows(); ++row) {
+        const int last = stretches_->last_row(y, ellipse.rows());
+        for (int row = stretches_->first_row(y, ellipse.rows()); row <= last; ++row) {
             const auto [from, to] = ellipse.at(row);
-            area += to - from;
-            stretches.add(y + row, x + from, x + to, sums);
+            stretches_->add(y + row, x + from, x + to, sums);
         }
         return mean_of<Pixel>(sums, area, call_.disc.gamma);
     }
 
-    const QX_World& from_;
     const BlurCall& call_;
     const Moment& moment_;
     const double radians_;
+    std::unique_ptr<Stretches<Pixel>> stretches_{};
 };
 
 }  // namespace

@@ -60,7 +60,7 @@ public:
                 below_ = below_ || c < 0;
             }
         });
-        exponent_ = most > 1 ? std::ilogb(most) + 1 : 0;
+        exponent_ = most > 1 ? std::min(std::ilogb(most) + 1, 127) : 0;  // no float is twice the largest power
     }
     bool below_zero() const { return below_; }
     void shrink() const { scale(world_, -exponent_); }

@@ -48,40 +48,68 @@ template <class Sample> Sample* samples(const QX_UnoBuffer& buffer, std::int64_t
     return static_cast<Sample*>(*buffer.handle) + y * buffer.width;
 }
 
-/// A mask in a buffer of its own, which reaches `margin` samples beyond the canvas.
+/// What a feather's edge may reach: three boxes of its radius over 2.71, and the samples just outside of them.
+int margin_of(double feather) { return feather == 0 ? 0 : static_cast<int>(std::ceil(feather * 1.2)) + 6; }
+
+/// Where a mask lies on the canvas, and which rows of both are wanted. Beside them a feather sees nothing but what is
+/// the same everywhere, so that its reach costs no memory but that of lines.
+struct Lie {
+    std::int64_t x, y;  ///< the mask's left top corner
+    int margin;         ///< how far a feather sees beyond the canvas
+    int top, bottom;    ///< the canvas's rows, and those of the mask that it sees
+
+    Lie(const Mask& mask, const QX_World& from, const Canvas& canvas, const Moment& moment) {
+        const auto at = mask.at.at(moment.frame);
+        const int height = canvas.world->height;
+        x = std::llround(at[0]) - canvas.x;
+        y = std::llround(at[1]) - canvas.y;
+        margin = margin_of(mask.feather.at(moment.frame)[0]);
+        const auto seen = [&](std::int64_t row) {
+            return static_cast<int>(std::clamp<std::int64_t>(row, -margin, height + margin));
+        };
+        const int first = seen(y), end = seen(y + from.height);
+        top = first < end ? std::min(first, 0) : 0;
+        bottom = first < end ? std::max(end, height) : height;
+    }
+};
+
+/// A mask in a buffer of its own, of the canvas's columns and the rows of its lie.
 template <class Pixel> class Drawing {
 public:
     using Sample = QX_ChannelOf<Pixel>;
-    Drawing(const Mask& mask, const Moment& moment, QX_UnoBuffer& buffer, int margin)
-        : mask_(mask), moment_(moment), buffer_(buffer), margin_(margin) {}
+    Drawing(const Mask& mask, const QX_World& from, const Lie& lie, const Moment& moment, QX_UnoBuffer& buffer)
+        : mask_(mask),
+          from_(from),
+          lie_(lie),
+          moment_(moment),
+          buffer_(buffer),
+          radius_(static_cast<std::int32_t>(mask.feather.at(moment.frame)[0] * 0x1p16)) {}
 
-    /// @param x, y  where the mask's left top corner lies on the canvas
-    void draw(const QX_World& from, std::int64_t x, std::int64_t y, pictures::Watch& watch) {
+    /// Draws rows, and feathers them.
+    void rows(pictures::Watch& watch) {
+        const auto length = static_cast<std::size_t>(buffer_.width) + 2 * static_cast<std::size_t>(lie_.margin);
         on_all_bands(buffer_.height, moment_, watch, [&](const M_LRect& band, RowPart&) {
-            std::vector<Pixel> row(static_cast<std::size_t>(buffer_.width));
-            for (int i = band.top; i < band.bottom; ++i) cover(from, x + margin_, i - (y + margin_), row, i);
-            return 0;
-        });
-    }
-
-    /// Along rows, then along columns, a few of them at a time so that memory is read in lines.
-    void feather(double radius, pictures::Watch& watch) {
-        const auto fixed = static_cast<std::int32_t>(radius * 0x1p16);
-        StepWatch rows(watch, 0, 2), columns(watch, 1, 2);
-        on_all_bands(buffer_.height, moment_, rows, [&](const M_LRect& band, RowPart&) {
-            std::vector<Sample> scratch(static_cast<std::size_t>(buffer_.width));
+            std::vector<Pixel> row(length);
+            std::vector<Sample> line(length), scratch(length);
             int code = 0;
             for (int y = band.top; y < band.bottom && code == 0; ++y) {
-                code = scan(buffer_.width, fixed, scratch.data(), samples<Sample>(buffer_, y));
+                cover(y + lie_.top - lie_.y, row, line.data());
+                if (lie_.margin != 0) code = scan(line.size(), scratch.data(), line.data());
+                std::copy_n(line.data() + lie_.margin, buffer_.width, samples<Sample>(buffer_, y));
             }
             return code;
         });
+    }
+
+    /// Feathers columns, a few of them at a time so that memory is read in lines.
+    /// @param height  the canvas's
+    void columns(int height, pictures::Watch& watch) {
         const int groups = (buffer_.width + kGroup - 1) / kGroup;
-        on_all_bands(groups, moment_, columns, [&](const M_LRect& band, RowPart&) {
-            const auto height = static_cast<std::size_t>(buffer_.height);
-            std::vector<Sample> scratch(height), lines(height * kGroup);
+        on_all_bands(groups, moment_, watch, [&](const M_LRect& band, RowPart&) {
+            const auto length = static_cast<std::size_t>(height) + 2 * static_cast<std::size_t>(lie_.margin);
+            std::vector<Sample> scratch(length), lines(length * kGroup);
             int code = 0;
-            for (int g = band.top; g < band.bottom && code == 0; ++g) code = feather_columns(g, fixed, scratch, lines);
+            for (int g = band.top; g < band.bottom && code == 0; ++g) code = feather_columns(g, height, scratch, lines);
             return code;
         });
     }
@@ -89,55 +117,69 @@ public:
 private:
     static constexpr int kGroup = 32;
 
-    /// @param left  where the mask begins in the buffer
     /// @param y     the mask's row
-    void cover(const QX_World& from, std::int64_t left, std::int64_t y, std::vector<Pixel>& row, int to) {
-        Sample* const out = samples<Sample>(buffer_, to);
-        const bool inside = y >= 0 && y < from.height;
-        const Pixel* const pixels = inside ? row_of<Pixel>(from, static_cast<int>(y)) : nullptr;
+    void cover(std::int64_t y, std::vector<Pixel>& row, Sample* to) const {
+        const bool inside = y >= 0 && y < from_.height;
+        const Pixel* const pixels = inside ? row_of<Pixel>(from_, static_cast<int>(y)) : nullptr;
+        const std::int64_t left = lie_.x + lie_.margin;
+        const auto count = static_cast<int>(row.size());
         if (mask_.kind < kFirstModel) {
-            QX_PrepTrackMatteUniv(buffer_.width, pixels, static_cast<std::int32_t>(left), inside ? from.width : 0,
+            QX_PrepTrackMatteUniv(count, pixels, static_cast<std::int32_t>(left), inside ? from_.width : 0,
                                   static_cast<std::uint32_t>(mask_.kind), sizeof(Sample) == 2, row.data());
-            for (int x = 0; x < buffer_.width; ++x) out[x] = row[static_cast<std::size_t>(x)].alpha;
+            for (std::size_t x = 0; x < row.size(); ++x) to[x] = row[x].alpha;
             return;
         }
-        for (int x = 0; x < buffer_.width; ++x) {
+        for (int x = 0; x < count; ++x) {
             const std::int64_t at = x - left;
-            const bool covers = inside && at >= 0 && at < from.width;
-            out[x] = static_cast<Sample>(covers ? model_sample(mask_.kind - kFirstModel, pixels[at]) : 0);
+            const bool covers = inside && at >= 0 && at < from_.width;
+            to[x] = static_cast<Sample>(covers ? model_sample(mask_.kind - kFirstModel, pixels[at]) : 0);
         }
     }
 
-    int scan(int length, std::int32_t radius, Sample* scratch, Sample* line) {
+    /// A sample where no mask lies; rows of it stay it.
+    Sample beside() const {
+        std::vector<Pixel> one(1);
+        Sample sample = 0;
+        cover(-1, one, &sample);
+        return sample;
+    }
+
+    int scan(std::size_t count, Sample* scratch, Sample* line) const {
+        const auto length = static_cast<std::int32_t>(count);
         if constexpr (sizeof(Sample) == 1) {
-            return QX_BoxBlurUnoScan(mask_.passes, length, 0, length, radius, scratch, line);
+            return QX_BoxBlurUnoScan(mask_.passes, length, 0, length, radius_, scratch, line);
         } else {
-            return QX_BoxBlurDeepUnoScan(mask_.passes, length, 0, length, radius, scratch, line);
+            return QX_BoxBlurDeepUnoScan(mask_.passes, length, 0, length, radius_, scratch, line);
         }
     }
 
-    int feather_columns(int group, std::int32_t radius, std::vector<Sample>& scratch, std::vector<Sample>& lines) {
-        const int first = group * kGroup, count = std::min(kGroup, buffer_.width - first), height = buffer_.height;
-        const auto line = [&](int i) { return lines.data() + std::ptrdiff_t{i} * height; };
-        for (int y = 0; y < height; ++y) {
-            for (int i = 0; i < count; ++i) line(i)[y] = samples<Sample>(buffer_, y)[first + i];
+    int feather_columns(int group, int height, std::vector<Sample>& scratch, std::vector<Sample>& lines) {
+        const int first = group * kGroup, count = std::min(kGroup, buffer_.width - first);
+        /// Column i from the buffer's first row on.
+        const auto column = [&](int i) {
+            return lines.data() + static_cast<std::size_t>(i) * scratch.size() + (lie_.top + lie_.margin);
+        };
+        std::fill(lines.begin(), lines.end(), beside());
+        for (int y = 0; y < buffer_.height; ++y) {
+            for (int i = 0; i < count; ++i) column(i)[y] = samples<Sample>(buffer_, y)[first + i];
         }
         int code = 0;
-        for (int i = 0; i < count && code == 0; ++i) code = scan(height, radius, scratch.data(), line(i));
-        for (int y = 0; y < height; ++y) {
-            for (int i = 0; i < count; ++i) samples<Sample>(buffer_, y)[first + i] = line(i)[y];
+        for (int i = 0; i < count && code == 0; ++i) {
+            code = scan(scratch.size(), scratch.data(), lines.data() + static_cast<std::size_t>(i) * scratch.size());
+        }
+        for (int y = -lie_.top; y < height - lie_.top; ++y) {
+            for (int i = 0; i < count; ++i) samples<Sample>(buffer_, y)[first + i] = column(i)[y];
         }
         return code;
     }
 
     const Mask& mask_;
+    const QX_World& from_;
+    const Lie& lie_;
     const Moment& moment_;
     QX_UnoBuffer& buffer_;
-    const int margin_;
+    const std::int32_t radius_;
 };
-
-/// What a feather's edge may reach: three boxes of its radius over 2.71, and the samples just outside of them.
-int margin_of(double feather) { return feather == 0 ? 0 : static_cast<int>(std::ceil(feather * 1.2)) + 6; }
 
 }  // namespace
 
@@ -168,24 +210,23 @@ UnoBuffer new_mask_buffer(int width, int height, int depth, const Moment& moment
 
 void add_mask(const Mask& mask, bool first, const Canvas& canvas, QX_UnoBuffer& total, const Moment& moment,
               pictures::Watch& watch) {
-    const double feather = mask.feather.at(moment.frame)[0];
-    const int margin = margin_of(feather), depth = total.depth;
+    const int depth = total.depth;
     std::shared_ptr<const QX_World> from = moment.picture(*mask.file);
     if (from->Depth() != depth) from = pictures::at_depth(moment.subject, *from, depth);
-    const UnoBuffer own = new_mask_buffer(total.width + 2 * margin, total.height + 2 * margin, depth, moment);
-    const auto at = mask.at.at(moment.frame);
+    const Lie lie(mask, *from, canvas, moment);
+    const UnoBuffer own = new_mask_buffer(total.width, lie.bottom - lie.top, depth, moment);
     StepWatch drawing(watch, 0, 2), feathering(watch, 1, 2);
     pictures::with_pixel_of(*from, [&]<class Pixel>() {
         if constexpr (!std::is_same_v<Pixel, QX_PixelFloat>) {
-            Drawing<Pixel> made(mask, moment, *own, margin);
-            made.draw(*from, std::llround(at[0]) - canvas.x, std::llround(at[1]) - canvas.y, drawing);
-            if (feather > 0) made.feather(feather, feathering);
+            Drawing<Pixel> made(mask, *from, lie, moment, *own);
+            made.rows(drawing);
+            if (lie.margin != 0) made.columns(total.height, feathering);
         }
     });
     must_do(moment, [&] { return mask.invert ? QX_InvertUnoBuffer(nullptr, own.get()) : 0; });
     const auto opacity = static_cast<float>(mask.opacity.at(moment.frame)[0]);
     must_do(moment, [&] { return opacity < 1 ? QX_FadeUnoBuffer(nullptr, opacity, own.get()) : 0; });
-    const M_LPoint corner{-margin, -margin};
+    const M_LPoint corner{0, lie.top};
     const int how = first ? kMaximum : kOperators[mask.how];
     must_do(moment, [&] { return QX_AccumulateUnoBuffers(nullptr, own.get(), how, nullptr, &corner, &total); });
 }

@@ -131,6 +131,64 @@ TEST_F(Effects, BoxesKeepLightAboveOne) {
     EXPECT_NEAR(row_of<QX_PixelFloat>(*canvas.world, 2)[2].green, 0.25, 1e-6);
 }
 
+/// Light that has no power of two above it.
+TEST_F(Effects, TheBrightestLightBlursToNumbers) {
+    const auto light = world_of<QX_PixelFloat>(9, 9, [](int x, int y) {
+        return QX_PixelFloat{1, x == 4 && y == 4 ? 3.4e38f : 0.0f, 0.0f, 0.5f};
+    });
+    const Canvas canvas = after(*light, {"'effect': 'blur', 'kind': 'box', 'radius': 1"});
+    qx::pictures::each_pixel<QX_PixelFloat>(*canvas.world, [](const QX_PixelFloat& p, int x, int y) {
+        ASSERT_TRUE(std::isfinite(p.red) && p.green == 0 && p.blue <= 0.5f) << p << " at " << x << ", " << y;
+    });
+}
+
+/// A disc is cut to rows, whose pixels count as far as it covers them.
+TEST_F(Effects, ADiscIsTheMeanOfWhatItCovers) {
+    const int width = 7, height = 5;
+    const auto world = world_of<QX_PixelFloat>(width, height, [](int x, int y) {
+        return QX_PixelFloat{1, static_cast<float>((x * 5 + y * 3) % 8) / 8, static_cast<float>(x) / 8, 0.25f};
+    });
+    for (const auto& [radius, keeps] : each(std::array{2, 9, 400}, std::array{true, false})) {
+        const Canvas canvas =
+            after(*world, {"'effect': 'blur', 'kind': 'disc', 'edge': '" + std::string(keeps ? "keep" : "clear") +
+                           "', 'radius': " + std::to_string(radius)});
+        for (const auto& [y, x] : places(height, width)) {
+            double area = 0, covered = 0, red = 0, green = 0;
+            for (int row = -radius; row <= radius; ++row) {
+                const double half = std::sqrt((radius + 0.5) * (radius + 0.5) - row * row);
+                area += 2 * half;
+                for (int at = -radius - 1; at <= radius + 1; ++at) {
+                    const double part = std::min(half, at + 0.5) - std::max(-half, at - 0.5);
+                    const int sx = std::clamp(x + at, 0, width - 1), sy = std::clamp(y + row, 0, height - 1);
+                    if (part <= 0 || (!keeps && (sx != x + at || sy != y + row))) continue;
+                    const QX_PixelFloat& p = row_of<QX_PixelFloat>(*world, sy)[sx];
+                    covered += part, red += part * p.red, green += part * p.green;
+                }
+            }
+            const QX_PixelFloat& made = row_of<QX_PixelFloat>(*canvas.world, y)[x];
+            ASSERT_NEAR(made.alpha, covered / area, 1e-5) << radius << " " << x << " " << y;
+            ASSERT_NEAR(made.red, red / covered, 1e-5) << radius << " " << x << " " << y;
+            ASSERT_NEAR(made.green, green / covered, 1e-5) << radius << " " << x << " " << y;
+        }
+    }
+}
+
+/// Neither time nor memory goes with the reach, but along a line.
+TEST_F(Effects, AReachFarBeyondAPictureIsNoWork) {
+    write("m.png", 8, 6, [](int, int) { return argb(255, 0, 0, 0); });
+    const auto world = detail(8, 6);
+    const Canvas disc = after(*world, {"'effect': 'blur', 'kind': 'disc', 'radius': 30000"});
+    const QX_Pixel8 all = row_of<QX_Pixel8>(*disc.world, 0)[0];
+    qx::pictures::each_pixel<QX_Pixel8>(
+        *disc.world, [&](const QX_Pixel8& p, int x, int y) { ASSERT_NEAR(p.green, all.green, 1) << x << ", " << y; });
+    for (const auto& [passes, inverted] : each(std::array{1, 3}, std::array{false, true})) {
+        const Canvas faint =
+            after(*world, {"'effect': 'matte', 'masks': [{'file': 'm.png', 'feather': 30000, 'passes': " +
+                           std::to_string(passes) + (inverted ? ", 'kind': 'inverse'}]" : "}]")});
+        EXPECT_NEAR(row_of<QX_Pixel8>(*faint.world, 3)[4].alpha, inverted ? 255 : 0, 2) << passes;
+    }
+}
+
 TEST_F(Effects, AMapSetsTheRadiusOfEachPixel) {
     write("map.png", 40, 30, [](int x, int) { return x < 20 ? argb(255, 0, 0, 0) : argb(255, 255, 255, 255); });
     const auto world = detail(40, 30);

@@ -51,6 +51,8 @@ private:
     void take(const SceneNode& node, const char* name, const DocumentKey& key) {
         const SceneNode value = node.need(name);
         const std::string path = (std::filesystem::path(folder_) / value.text()).string();
+        std::error_code ignored;
+        if (!std::filesystem::exists(path, ignored)) value.fault(path + ": no such file");
         *key.to = {path, text_of_file(path)};
     }
     void take(const SceneNode& node, const char* name, const PictureKey& key) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scene/effects/Kernels.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -17,6 +18,9 @@ using Weights = std::vector<std::int32_t>;
 using Line = std::vector<std::int32_t>;
 using Block = std::vector<Line>;
 
+constexpr std::size_t kMostShown = 40;  ///< letters of a word that is none
+constexpr double kMostBell = 181;       ///< squares of rows beyond it wrap in the library's bells
+
 std::string in_line(int number) { return "line " + std::to_string(number); }
 
 std::int32_t weight(const std::string& word, int line) {
@@ -24,7 +28,8 @@ std::int32_t weight(const std::string& word, int line) {
     const char* const first = word.data() + (word[0] == '+' ? 1 : 0);
     const auto parsed = std::from_chars(first, word.data() + word.size(), number);
     if (parsed.ec == std::errc() && parsed.ptr == word.data() + word.size()) return number;
-    throw BadText(in_line(line), word + " is no whole number of 32 bits");
+    const bool is_text = std::all_of(word.begin(), word.end(), [](char c) { return c > ' '; });
+    throw BadText(in_line(line), (is_text ? word.substr(0, kMostShown) : "this") + " is no whole number of 32 bits");
 }
 
 /// Lines without numbers end a block, those of a comment alone do not.
@@ -126,7 +131,8 @@ Kernels kernels_of_filter(const std::string& filter, KernelForm form) {
         }
     };
     if (name == "gaussian") {
-        return bell(in_filter([&] { return real_number(number, 0, kMostKernelSize / 2); }), form);
+        const double most = form == KernelForm::square ? kMostBell : kMostKernelSize / 2;
+        return bell(in_filter([&] { return real_number(number, 0, most); }), form);
     }
     if (name == "box") return box(in_filter([&] { return whole_number(number, 1, kMostKernelSize); }), form);
     const std::vector<std::string> names = {"sharpen", "edges", "emboss", "gaussian:R", "box:N"};

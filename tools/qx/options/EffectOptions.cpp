@@ -32,9 +32,11 @@ public:
     void operator()(const scene::ListKey&) const {}
 
 private:
+    static const char* form_of(std::size_t fewest, std::size_t most) {
+        return most == 1 ? "a number" : fewest == 1 ? "one or two numbers" : "two numbers";
+    }
     template <std::size_t N> void take_numbers(const scene::NumbersKey& key, scene::Track<N>& track) const {
-        const auto numbers = real_numbers(option_, text_, N == 1 ? "a number" : "one or two numbers", key.fewest, N,
-                                          key.least, key.most);
+        const auto numbers = real_numbers(option_, text_, form_of(key.fewest, N), key.fewest, N, key.least, key.most);
         typename scene::Track<N>::Value value;
         for (std::size_t i = 0; i < N; ++i) value[i] = numbers[std::min(i, numbers.size() - 1)];
         track = scene::Track<N>(value);

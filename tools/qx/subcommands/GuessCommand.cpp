@@ -9,6 +9,7 @@
 #include "QX/pixelops/QX_GuessAlpha.h"
 #include "QX/pixelops/QX_Premul.h"
 #include "pictures/Carried.h"
+#include "pictures/Losses.h"
 #include "scene/Faults.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
@@ -93,7 +94,11 @@ void repair(const GuessOptions& options, const Guess& guess, pictures::Picture& 
         FileProgress progress("reading");
         picture = pictures::read_picture(file, progress);  // as it is meant
     }
-    write_result(options.output, picture, picture.world->Depth(), options.encoding);
+    const int depth = picture.world->Depth();
+    NotesOnce once;
+    tell_losses(once, file, picture.notes);
+    tell_losses(once, file, pictures::left_out(options.output, picture, depth, options.encoding.write_options()));
+    write_result(options.output, picture, depth, options.encoding);
 }
 
 void run(const GuessOptions& options) {

@@ -61,7 +61,7 @@ template <class Row> void on_all_rows(int count, const Moment& moment, pictures:
     });
 }
 
-/// A routine that throws its code, or gives it back.
+/// A routine that throws its code, or gives it back. Throws Stopped as well where it ran through to its end.
 template <class Work> void must_do(const Moment& moment, const Work& work) {
     int code = 0;
     try {
@@ -73,6 +73,7 @@ template <class Work> void must_do(const Moment& moment, const Work& work) {
     } catch (int thrown) {
         code = thrown;
     }
+    moment.watch.must_go_on();
     must(code, moment.subject);
 }
 

@@ -26,8 +26,11 @@ public:
           effect_(kind.make()),
           keys_(effect_->keys()),
           options_(command, keys_, "What is done", kind.second) {
-        const int files = kind.second == nullptr ? 1 : 2;
-        command.add_option("files", files_, "the picture")->type_name("IN")->required()->expected(files);
+        const auto add = [&](const char* name, std::string& file, const char* help) {
+            command.add_option(name, file, help)->type_name("FILE")->required();
+        };
+        add(kind.second == nullptr ? "IN" : "A", first_, "the picture");
+        if (kind.second != nullptr) add("B", second_, "the other picture");
         add_picture_options(command, picture_);
         command.footer(kind.footer);
         set_usage(command, kind.usage);
@@ -37,7 +40,7 @@ public:
         options_.read(options_.texts(), keys_);
         if (kind_.second != nullptr) tell_second();
         settle(*effect_);
-        std::vector<std::string> inputs = {files_.front()};
+        std::vector<std::string> inputs = {first_};
         for (const scene::SceneFile* file : effect_->files()) inputs.push_back(file->at(0));
         PictureJob job(picture_, inputs);
         job.apply(*effect_, kind_.words);
@@ -48,7 +51,7 @@ private:
     void tell_second() const {
         for (const scene::Key& key : keys_) {
             if (std::string(key.name) != kind_.second) continue;
-            *std::get<scene::PictureKey>(key.kind).to = file_named(files_.at(1));
+            *std::get<scene::PictureKey>(key.kind).to = file_named(second_);
         }
     }
 
@@ -56,7 +59,7 @@ private:
     const std::unique_ptr<scene::Effect> effect_;
     const scene::Keys keys_;
     const EffectOptions options_;
-    std::vector<std::string> files_;
+    std::string first_, second_;
     PictureOptions picture_;
 };
 

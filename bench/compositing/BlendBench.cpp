@@ -27,22 +27,10 @@ template <class Pixel> struct Frames {
 
     Frames() {
         std::minstd_rand random(1);
-        const auto channel = [&] {
-            return static_cast<typename D::Channel>(static_cast<double>(random() % 32769) / 32768 * D::full);
-        };
         for (int i = 0; i < 3; ++i) {
             worlds[i] = new_frame(D::number);
             worlds[i]->FillOutEffectWorld(&records[i]);
-            for (int y = 0; y < kHeight; ++y) {
-                auto* row = reinterpret_cast<Pixel*>(row_of(*worlds[i], y));
-                for (int x = 0; x < kWidth; ++x) {
-                    const auto kind = random() % 3;
-                    const auto alpha = kind == 0   ? 0
-                                       : kind == 1 ? static_cast<typename D::Channel>(D::full)
-                                                   : channel();
-                    row[x] = {static_cast<typename D::Channel>(alpha), channel(), channel(), channel()};
-                }
-            }
+            fill_frame<Pixel>(*worlds[i], random);
         }
     }
 };

@@ -29,19 +29,7 @@ template <class Pixel> struct Frames {
 
     Frames() {
         std::minstd_rand random(1);
-        const auto channel = [&] {
-            return static_cast<typename D::Channel>(static_cast<double>(random() % 32769) / 32768 * D::full);
-        };
-        for (int y = 0; y < kHeight; ++y) {
-            auto* const row = reinterpret_cast<Pixel*>(row_of(*src, y));
-            for (int x = 0; x < kWidth; ++x) {
-                const auto kind = random() % 3;
-                const auto alpha = kind == 0   ? typename D::Channel{}
-                                   : kind == 1 ? static_cast<typename D::Channel>(D::full)
-                                               : channel();
-                row[x] = {alpha, channel(), channel(), channel()};
-            }
-        }
+        fill_frame<Pixel>(*src, random);
     }
 };
 

@@ -44,19 +44,7 @@ template <class Pixel> std::unique_ptr<QX_World> make_frame() {
     using D = qx::DepthOf<Pixel>;
     auto world = new_frame(D::number);
     std::minstd_rand random(1);
-    const auto channel = [&] {
-        return static_cast<typename D::Channel>(static_cast<double>(random() % 32769) / 32768 * D::full);
-    };
-    for (int y = 0; y < kHeight; ++y) {
-        auto* row = reinterpret_cast<Pixel*>(row_of(*world, y));
-        for (int x = 0; x < kWidth; ++x) {
-            const auto kind = random() % 3;
-            const auto alpha = kind == 0   ? typename D::Channel{0}
-                               : kind == 1 ? static_cast<typename D::Channel>(D::full)
-                                           : channel();
-            row[x] = {alpha, channel(), channel(), channel()};
-        }
-    }
+    fill_frame<Pixel>(*world, random);
     return world;
 }
 

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <random>
 
+#include "QX/indep/QX_Depth.h"
 #include "QX/world/QX_World.h"
 
 /// The frame of the benches. With several threads each works on a band of its own of one frame.
@@ -29,6 +31,27 @@ inline std::int64_t pixels_of(const M_LRect& r) { return std::int64_t{r.right - 
 
 inline std::byte* row_of(const QX_World& world, int y) {
     return static_cast<std::byte*>(world.data) + std::ptrdiff_t{y} * world.rowbytes;
+}
+
+/// A channel from a random number.
+template <class D> typename D::Channel random_channel(std::minstd_rand& random) {
+    return static_cast<typename D::Channel>(static_cast<double>(random() % 32769) / 32768 * D::full);
+}
+
+/// Random pixels, a third of them clear and a third opaque.
+template <class Pixel> void fill_frame(const QX_World& world, std::minstd_rand& random) {
+    using D = DepthOf<Pixel>;
+    const auto channel = [&] { return random_channel<D>(random); };
+    for (int y = 0; y < kHeight; ++y) {
+        auto* const row = reinterpret_cast<Pixel*>(row_of(world, y));
+        for (int x = 0; x < kWidth; ++x) {
+            const auto kind = random() % 3;
+            const auto alpha = kind == 0   ? typename D::Channel{}
+                               : kind == 1 ? static_cast<typename D::Channel>(D::full)
+                                           : channel();
+            row[x] = {alpha, channel(), channel(), channel()};
+        }
+    }
 }
 
 }  // namespace qx::bench

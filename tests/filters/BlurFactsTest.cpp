@@ -222,6 +222,19 @@ TEST_F(BlurCalls, AbortIsAskedOnceALineAndItsAnswerThrown) {
     }
 }
 
+TEST_F(BlurCalls, NothingIsAllocatedALine) {
+    for (const int kind : {-1, 1, 3}) {
+        const auto allocations = [&](int lines) {
+            const Plate<QX_Pixel8> src(40, lines, FillKind::layer, 1);
+            const Plate<QX_Pixel8> dst(40, lines, FillKind::clear, 1);
+            const std::int64_t before = standalone::Memory().allocations;
+            Blur{.radius = 3, .iterations = kind, .straight = true}(src.world.get(), dst.world.get());
+            return standalone::Memory().allocations - before;
+        };
+        EXPECT_EQ(allocations(3), allocations(700)) << kind;
+    }
+}
+
 TEST_F(BlurCalls, EachAllocationMayFailAndNothingLeaks) {
     for (const auto& [kind, copies] : each(std::array{-1, 1, 3}, std::array{false, true})) {
         const Blur blur{.radius = 2, .iterations = kind, .from_columns = true, .to_columns = true, .copies = copies};

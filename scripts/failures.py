@@ -29,6 +29,8 @@ BATCH = 16  # runs that are begun before the end is looked for
 SCENE = """{"size": [24, 90], "rate": 24, "frames": [1, 2], "background": "opaque.png", "layers": [
   {"file": "p16.tif", "mode": "screen", "linear": 2.2, "opacity": 0.9},
   {"file": "p8.png", "mask": {"file": "p8.jpg", "kind": "luma"}, "shutter": {"angle": 180, "phase": -90, "matrices": 5},
+   "effects": [{"effect": "blur", "radius": {"keys": [{"frame": 1, "value": 1}, {"frame": 2, "value": 3}]}},
+    {"effect": "matte", "masks": [{"file": "p8.png", "kind": "luma", "feather": 4}]}, {"effect": "adjust", "hue": 40}],
    "transform": {"anchor": [12, 8], "rotate": 20,
     "translate": {"keys": [{"frame": 1, "value": [3, 4]}, {"frame": 2, "value": [12, 8]}]}}}]}"""
 
@@ -43,6 +45,8 @@ INPUTS = [
     "comp p8.png p8.png --at 3,2 --depth 32 --half -o half.exr",
 ]
 
+KERNEL = "0 -1 0\n-1 5 -1\n0 -1 0\n"
+
 # OUT/ is the folder of a run.
 LINES = [
     "comp p8.png p8.png -j 1 -o OUT/png8.png",
@@ -55,6 +59,16 @@ LINES = [
     "comp half.exr half.exr --half -j 2 -o OUT/half.exr",
     "comp float.exr p16.tif --mask p8.png --mask-kind luma -j 2 -o OUT/masked.png",
     "comp p8.jpg float.tif --scale 0.4 --rotate 30 --at 4,4 --quality bicubic -j 2 -o OUT/placed.exr",
+    "blur p8.png --radius 3 -j 2 -o OUT/gaussian.png",
+    "blur float.tif --kind box --passes 3 --grow -j 2 -o OUT/box.tif",
+    "blur p16.png --kind mean --map p8.jpg -j 2 -o OUT/mean.png",
+    "blur p8.png --kind disc --radius 4 --gain 2 -j 2 -o OUT/disc.png",
+    "convolve p8.png --kernel kernel.txt --normalise -j 2 -o OUT/convolved.png",
+    "matte p8.png --feather 5 opaque.png --kind hue --op subtract --apply p16.png -j 2 -o OUT/cut.png",
+    "adjust p8.png --hue 40 --chroma 0.5 -j 2 -o OUT/adjusted.png",
+    "blend p8.png opaque.png --ratio 0.25 -j 2 -o OUT/between.png",
+    "convert p16.png --depth 8 --dither --premultiply -j 2 -o OUT/dithered.png",
+    "guess-alpha p8.png -j 2 -o OUT/repaired.png",
     "render scene.json -j 2 -o OUT/#.png",
     "render scene.json -j 2 --depth 16 -o OUT/#.tif",
     "render scene.json -j 2 --depth 32 -o OUT/#.exr",
@@ -193,6 +207,7 @@ def make_inputs(room: Room) -> None:
     (room.inputs / "p8.png").write_bytes(png(has_alpha=True))
     (room.inputs / "opaque.png").write_bytes(png(has_alpha=False))
     (room.inputs / "scene.json").write_text(SCENE)
+    (room.inputs / "kernel.txt").write_text(KERNEL)
     for line in INPUTS:
         made = room.run(line, {})
         if made.status != 0:

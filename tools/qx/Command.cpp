@@ -111,11 +111,11 @@ int run_command(int argc, const char* const* argv) {
     } catch (const std::bad_alloc&) {
         say_error("out of memory");
     } catch (const scene::WorkFault& fault) {
-        say_error(fault.subject() + ": " + last_report() + " (code " + std::to_string(fault.code()) + ")");
+        say_error(fault.subject() + ": " + reason_of(fault.code()));
     } catch (const std::exception& fault) {
         say_error(fault.what());
     } catch (int code) {
-        say_error("failed: " + last_report() + " (code " + std::to_string(code) + ")");
+        say_error("failed: " + reason_of(code));
     }
     return kWorkFailed;
 }

@@ -29,9 +29,11 @@ Library::Library() {
 
 Library::~Library() { QX_Death(); }
 
-std::string last_report() {
+std::string reason_of(int code) {
     const std::lock_guard lock(mutex);
-    return report_text;
+    const bool quiet =
+        report_text.empty() && code == kQX_OutOfMemory;  // some routines are short of it without a report
+    return (quiet ? "out of memory" : report_text) + " (code " + std::to_string(code) + ")";
 }
 
 }  // namespace qx::tool

@@ -15,6 +15,7 @@ public:
     Library& operator=(const Library&) = delete;
 };
 
-std::string last_report();
+/// Why a routine failed with a code: its report, where there is one.
+std::string reason_of(int code);
 
 }  // namespace qx::tool

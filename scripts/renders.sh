@@ -46,6 +46,34 @@ pictures() {
     "$qx" render scene.json -q --frames 12-30x6 --depth 16 -o deep.##.tif
 }
 
+# effect NAME SUBCOMMAND ARGUMENTS...: the same with another subcommand.
+effect() {
+    out=$1
+    shift
+    "$qx" "$@" -q -o "$out"
+}
+
+effects() {
+    printf '1 2 1\n2 -400 2\n1 2 9\n' >kernel.txt
+    effect gaussian.tif blur photo.jpg --radius 9.5
+    effect gaussian16.tif blur photo.tif --radius 4,20 --edge clear
+    effect box.exr blur logo.exr --kind box --passes 3 --radius 7.3 --grow
+    effect box.tif blur photo.jpg --kind box --radius 12
+    effect mean.tif blur photo.jpg --kind mean --radius 20 --map photo.tif
+    effect disc.tif blur logo.png --kind disc --radius 6 --gain 2 --aspect 1.5 --rotate 20
+    effect sharp.tif convolve photo.jpg --filter sharpen
+    effect kernel.exr convolve photo.tif --kernel kernel.txt --no-clamp --depth 32
+    effect bell.tif convolve photo.tif --filter gaussian:8 --row
+    effect cut.tif matte logo.png --feather 12 photo.jpg --kind luma --op intersect --passes 1 --apply photo.jpg
+    effect matte.tif matte photo.jpg --kind hue logo.png --at 30,40 --invert --opacity 0.7 --op difference --depth 16
+    effect warm.tif adjust photo.jpg --hue 40 --saturation 1.2 --chroma 0.8
+    effect between.tif blend photo.jpg photo.tif --ratio 0.3
+    effect dithered.tif convert photo.tif --depth 8 --dither
+    effect mixed.tif convert logo.png --premultiply --matte 0.2,0.4,0.6
+    effect repaired.tif guess-alpha mixed.tif >/dev/null
+    rm kernel.txt
+}
+
 # made NAME BUILD PROGRAM: the checksums of all that this build makes, into NAME.sums.
 made() {
     qx=$2/bin/qx
@@ -58,6 +86,7 @@ made() {
     sed '/"name":/d; /"comment":/d' "$example/scene.json" >scene.json # older states know neither
     ls >"$work/inputs"
     pictures
+    [ -n "$lacking" ] || effects
     for file in $(ls ./*.png | sed 's|./||' | grep -v -w -F -f "$work/inputs"); do # states pack PNG in their own ways
         comp "$file.tif" "$file" "$file" --opacity 0
         rm "$file"
@@ -71,6 +100,7 @@ other=$(cd "$2" && pwd)
 source=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$other/CMakeCache.txt")
 "${CXX:-c++}" -std=c++20 -O1 -ffp-contract=off -I"$source" "$renders"/*.cpp -o "$work/qx_renders" \
     -L"$other/lib" -lQX -lQXHost -Wl,-rpath,"$other/lib"
+lacking=$(for each in "$build" "$other"; do "$each/bin/qx" blur --help >/dev/null 2>&1 || echo "$each"; done) # of effects
 made this "$build" "$build/bin/qx_renders"
 made other "$other" "$work/qx_renders"
 # A render that only one of the two has differs too.

@@ -215,12 +215,13 @@ void add_mask(const Mask& mask, bool first, const Canvas& canvas, QX_UnoBuffer& 
     if (from->Depth() != depth) from = pictures::at_depth(moment.subject, *from, depth);
     const Lie lie(mask, *from, canvas, moment);
     const UnoBuffer own = new_mask_buffer(total.width, lie.bottom - lie.top, depth, moment);
-    StepWatch drawing(watch, 0, 2), feathering(watch, 1, 2);
+    const bool feathers = lie.margin != 0;
+    StepWatch drawing(watch, 0, feathers ? 2 : 1), feathering(watch, 1, 2);
     pictures::with_pixel_of(*from, [&]<class Pixel>() {
         if constexpr (!std::is_same_v<Pixel, QX_PixelFloat>) {
             Drawing<Pixel> made(mask, *from, lie, moment, *own);
             made.rows(drawing);
-            if (lie.margin != 0) made.columns(total.height, feathering);
+            if (feathers) made.columns(total.height, feathering);
         }
     });
     must_do(moment, [&] { return mask.invert ? QX_InvertUnoBuffer(nullptr, own.get()) : 0; });

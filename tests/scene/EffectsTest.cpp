@@ -20,21 +20,22 @@ protected:
     const Born library{32};
 
     /// Applies effects, told as in a scene with ' for ", one after the other.
-    Canvas after(const QX_World& world, const Names& effects, double frame = 0) const {
+    Canvas after(const QX_World& world, const Names& effects, double frame = 0,
+                 qx::pictures::Watch& watch = qx::pictures::unwatched()) const {
         Canvas canvas{qx::pictures::at_depth("layer", world, world.Depth())};
         for (std::string text : effects) {
             std::replace(text.begin(), text.end(), '\'', '"');
             const auto json = parse_json("{" + text + "}", "s.json");
             const SceneEffect effect = read_effect(SceneNode(json, file_), folder / "");
-            effect.effect->apply(canvas, moment(frame, world.Depth()));
+            effect.effect->apply(canvas, moment(frame, world.Depth(), watch));
         }
         return canvas;
     }
-    Moment moment(double frame, int depth) const {
+    Moment moment(double frame, int depth, qx::pictures::Watch& watch) const {
         const auto picture = [depth](const SceneFile& file) -> std::shared_ptr<const QX_World> {
             return qx::pictures::at_depth("", *qx::pictures::read_picture(file.at(0)).world, depth);
         };
-        return {frame, "layer", picture, [](const std::string&) {}, qx::pictures::unwatched()};
+        return {frame, "layer", picture, [](const std::string&) {}, watch};
     }
 
 private:
@@ -224,6 +225,28 @@ TEST_F(Effects, BandsDoNotShow) {
         EXPECT_TRUE(same_pixels(*after(*world, effects).world, *expected.world)) << bands;
     }
     standalone::SetBandCount(32);
+}
+
+TEST_F(Effects, AWatchHearsOfEachAndStopsItAnywhere) {
+    write("m.png", 30, 20, [](int x, int y) { return argb(9 * x, 9 * y, 0, 0); });
+    const auto world = detail(30, 20);
+    standalone::SetPoolLimit(1);  // how often it is asked differs with the order of several threads
+    for (const std::string text :
+         {"'blur', 'radius': 3, 'passes': 2", "'blur', 'kind': 'box'", "'blur', 'kind': 'mean'",
+          "'blur', 'kind': 'disc'", "'convolve', 'filter': 'gaussian:20'", "'adjust', 'hue': 5",
+          "'blend', 'with': 'm.png'",
+          "'matte', 'masks': [{'file': 'm.png', 'feather': 4}, {'file': 'm.png', 'kind': 'hue'}]"}) {
+        CountingWatch all;
+        after(*world, {"'effect': " + text}, 0, all);
+        EXPECT_FALSE(all.wrong) << text;
+        EXPECT_GT(all.told, 0) << text;
+        EXPECT_GT(all.finished, 0) << text;
+        for (int most = 0; most < all.told; ++most) {
+            CountingWatch watch(most);
+            EXPECT_THROW(after(*world, {"'effect': " + text}, 0, watch), qx::pictures::Stopped) << text << most;
+        }
+    }
+    standalone::SetPoolLimit(0);
 }
 
 TEST_F(Effects, AConvolutionIsTheSumOfItsWindow) {

@@ -57,6 +57,21 @@ TEST_F(SceneFrames, SeveralThreadsMakeTheFramesOfOne) {
     }
 }
 
+/// What effects make of a layer is made once and shared, or anew for each frame where it moves.
+TEST_F(SceneFrames, FramesAtOnceShareWhatEffectsMake) {
+    put("e.json", R"({"background": "a.png", "layers": [
+        {"file": "b.png", "effects": [{"effect": "blur", "radius": 4, "grow": true},
+            {"effect": "matte", "masks": [{"file": "a.png", "feather": 5}, {"file": "b.png", "op": "subtract"}]}]},
+        {"file": "b.png", "effects": [{"effect": "adjust", "hue": {"keys": [{"frame": 0, "value": 0},
+            {"frame": 9, "value": 200}]}}, {"effect": "blend", "with": "a.png", "ratio": 0.3}]}]})");
+    scene = read_scene(folder / "e.json");
+    SceneRender shared(scene, nullptr);
+    Picture found[8];
+    in_threads(8, [&](int i) { found[i] = shared.frame(i, unwatched()); });
+    for (int i = 0; i < 8; ++i) EXPECT_TRUE(same_pixels(found[i], frame(i))) << i;
+    EXPECT_FALSE(same_pixels(found[0], found[7]));
+}
+
 TEST_F(SceneFrames, NotesGoToTheirSinkOnce) {
     scene.depth = 32;
     scene.layers[0].mode = xfer_dissolve;

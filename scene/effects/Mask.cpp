@@ -201,7 +201,7 @@ Keys Mask::keys() {
 
 UnoBuffer new_mask_buffer(int width, int height, int depth, const Moment& moment) {
     QX_UnoBuffer* made = nullptr;
-    must_do(moment, [&] { return (depth == 8 ? QX_NewUnoBuffer : QX_NewDeepUnoBuffer)(width, height, &made); });
+    must((depth == 8 ? QX_NewUnoBuffer : QX_NewDeepUnoBuffer)(width, height, &made), moment.subject);
     UnoBuffer buffer(made, QX_DisposeUnoBuffer);
     must_do(moment,
             [&] { return depth == 8 ? QX_FillUnoBuffer(0, nullptr, made) : QX_FillDeepUnoBuffer(0, nullptr, made); });

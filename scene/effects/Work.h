@@ -61,7 +61,8 @@ template <class Row> void on_all_rows(int count, const Moment& moment, pictures:
     });
 }
 
-/// A routine that throws its code, or gives it back. Throws Stopped as well where it ran through to its end.
+/// A routine that throws its code, or gives it back. Throws Stopped also where it ran through to its end, so that what
+/// it makes needs an owner.
 template <class Work> void must_do(const Moment& moment, const Work& work) {
     int code = 0;
     try {

@@ -91,42 +91,34 @@ QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
 }
 
-/// The same of floats, where the divisor stays and quotients by it have a quick form. Where ends are whole the product
-/// of what they lack, nothing, shows only if they are infinite, as the sum then is: such sums and tiny ones take the
-/// rule as it is told.
+/// The same of floats, where the divisor stays and quotients by it have a quick form. What whole ends lack, nothing,
+/// shows only in the product with an infinite pixel, after which its sum is infinite or no number for good: then, and
+/// where the quick form does not hold, all is done once more by the rule as it is told.
 template <int Registers, bool Short>
 QX_INLINE void box_part_real(const BoxStretch& s, std::size_t at, std::byte* sums) {
     using F = Wide<float>;
     constexpr std::ptrdiff_t bytes = sizeof(F);
-    const ShareOfBox share(s.divisor, Short ? 1.0f : 0x1p-10f);
-    const F shortage = splat<F>(static_cast<float>(s.end_short)), divisor = splat<F>(static_cast<float>(s.divisor));
+    ShareOfBox share(s.divisor, Short ? 1.0f : 0x1p-10f);
+    const F shortage = splat<F>(static_cast<float>(s.end_short));
     F sum[Registers];
     for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<F>(sums + r * bytes);
     walk<static_cast<int>(bytes) * Registers>(
         s, at,
         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
             QX_LAMBDA {
-                std::uint32_t marks = 0;
-                F mean[Registers];
-                const auto whole = [&](int r) QX_LAMBDA {
-                    const F ends = load_lanes<F>(left + r * bytes) + load_lanes<F>(enter + r * bytes);
-                    return sum[r] * 1024.0f - shortage * ends;
-                };
                 for (int r = 0; r < Registers; ++r) {
-                    sum[r] = (sum[r] - load_lanes<F>(leave + r * bytes)) + load_lanes<F>(enter + r * bytes);
-                    if constexpr (Short) {
-                        mean[r] = share.of(whole(r), marks);
-                    } else {
-                        mean[r] = share.of(sum[r], marks);
-                        ShareOfBox::mark_infinite(sum[r], marks);
-                    }
+                    const F right = load_lanes<F>(enter + r * bytes);
+                    sum[r] = (sum[r] - load_lanes<F>(leave + r * bytes)) + right;
+                    F whole = sum[r];
+                    if constexpr (Short) whole = whole * 1024.0f - shortage * (load_lanes<F>(left + r * bytes) + right);
+                    store_entry(s.streams, out + r * bytes, share.of(whole));
                 }
-                if (marks != 0) [[unlikely]] {
-                    const F full = splat<F>(1.0f);
-                    for (int r = 0; r < Registers; ++r) mean[r] = not_above(full, not_below(F{}, whole(r) / divisor));
-                }
-                for (int r = 0; r < Registers; ++r) store_entry(s.streams, out + r * bytes, mean[r]);
             });
+    F differences{};
+    for (int r = 0; r < Registers; ++r) differences += sum[r] - sum[r];  // no number where one is infinite or none
+    const bool finite = all_equal(differences, 0.0f);
+    if (!share.holds() || !(Short || finite)) [[unlikely]]
+        return box_part<DepthFloat, Registers, true>(s, at, sums);
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * bytes, sum[r]);
 }
 

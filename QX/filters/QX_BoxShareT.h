@@ -16,10 +16,11 @@ template <class F> QX_INLINE F not_above(F most, F v) { QX_RETURN_BY_WIDTH(F, si
 /// By a divisor that takes at most 21 bits from its first to its last set one, such a quotient is the fused w * high +
 /// (w * low), where high + low is the reciprocal within 2^-49 of it. Before its one rounding that is off by less than
 /// 2^-47 of the quotient. A float over such a divisor lies 2^-46 of itself or more from the middle of two floats: that
-/// has 25 bits, and the difference is a whole number over both. So both round alike, unless they are so small that
-/// numbers lose bits: who works with that divides them.
+/// has 25 bits, and the difference is a whole number over both. So both round alike, unless numbers lose bits: above
+/// 2^-60 none does, and 0 has none. Whether all were such is told in the end.
 class ShareOfBox {
     using F = Wide<float>;
+    using U = Wide<std::uint32_t>;
 
 public:
     /// Whether a level has this form for a divisor.
@@ -36,34 +37,27 @@ public:
         high_ = splat<F>(high);
         low_ = splat<F>(static_cast<float>(exact - static_cast<double>(high)));
     }
-    /// Marks what must be divided: what is tiny, and not 0.
-    QX_INLINE F of(F whole, std::uint32_t& marks) const {
+    QX_INLINE F of(F whole) {
         const F w = not_above(most_, not_below(F{}, whole));
 #ifdef __AVX512F__
         if constexpr (kRegister == 64) {
-            constexpr int least = 0x17800000;  // 2^-80
-            const __m512i before = _mm512_sub_epi32((__m512i)w, _mm512_set1_epi32(1));
-            marks |= _mm512_cmplt_epu32_mask(before, _mm512_set1_epi32(least - 1));
+            least_ = lesser(least_, (U)w - 1u);  // of 0 that is the largest number
             return (F)_mm512_fmadd_ps((__m512)w, (__m512)high_, (__m512)(w * low_));
         }
 #endif
-        marks = 1;
-        return w;
+        return w / most_;
     }
-    /// Marks what is infinite.
-    QX_INLINE static void mark_infinite(F v, std::uint32_t& marks) {
-#ifdef __AVX512F__
-        if constexpr (kRegister == 64) {
-            const __m512i twice = _mm512_slli_epi32((__m512i)v, 1);
-            marks |= _mm512_cmpeq_epi32_mask(twice, _mm512_set1_epi32(static_cast<int>(0xFF000000)));
-        }
-#else
-        (void)v, (void)marks;
-#endif
+    /// False when some number was so small that its quotient may be another one.
+    QX_INLINE bool holds() const {
+        constexpr std::uint32_t bits = 0x21800000;  // of 2^-60
+        bool all = true;
+        for (int i = 0; i < lanes_in<U>; ++i) all = all && least_[i] >= bits - 1;
+        return all;
     }
 
 private:
     F most_, high_, low_;
+    U least_ = splat<U>(~0u);
 };
 
 }  // namespace qx::QX_ISA

@@ -33,7 +33,7 @@ inline constexpr std::ptrdiff_t kRowsAhead = 8;
 QX_INLINE void ask_for_rows(const RowsAhead& ahead, std::int64_t position) {
     for (int i = 0; i < ahead.each; ++i) {
         const std::int64_t line = position * ahead.each + i, row = line & ((1 << ahead.rows_shift) - 1);
-        __builtin_prefetch(ahead.first + row * ahead.row_step + (line >> ahead.rows_shift) * 64, 0, 2);
+        __builtin_prefetch(ahead.first + row * ahead.row_step + (line >> ahead.rows_shift) * 64, 0, 3);
     }
 }
 

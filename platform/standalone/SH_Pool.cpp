@@ -30,9 +30,11 @@ struct Job {
     Job* below = nullptr;
 
     bool wants_help() const { return helpers < most_helpers && next.load(std::memory_order_relaxed) < count; }
+    /// From the last index on: what is cut into parts has its remainder in the last one, and what takes longest is to
+    /// begin first.
     void work() {
         for (std::int64_t i; (i = next.fetch_add(1, std::memory_order_relaxed)) < count;) {
-            body(context, static_cast<int>(i));
+            body(context, static_cast<int>(count - i));
         }
     }
 };

@@ -73,8 +73,8 @@ template <int Pixels> QX_INLINE void ask_ahead(const std::byte* const (&rows)[Pi
 }
 
 template <class Pixel>
-void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
-                 const BlurEntries& entries, bool asks_ahead) {
+void gather_pieces(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
+                   const BlurEntries& entries, bool asks_ahead) {
     using V = Wide<std::int32_t>;
     constexpr int pixels = 16 / sizeof(Pixel);
     const std::int64_t whole = count / pixels * pixels;
@@ -123,6 +123,47 @@ void scatter_pieces(const BlurEntries& entries, std::int64_t lines, std::int64_t
 }
 
 #ifdef __AVX512F__
+/// Sixteen bytes of each of four: what is the k-th of the i-th becomes the i-th of the k-th. It undoes itself.
+template <class V> QX_INLINE void turn_sixteens(V (&v)[4]) {
+    const auto both = []<int Order>(V a, V b, std::integral_constant<int, Order>)
+                          QX_LAMBDA { return (V)_mm512_shuffle_i32x4((__m512i)a, (__m512i)b, Order); };
+    constexpr std::integral_constant<int, 0x44> low{};
+    constexpr std::integral_constant<int, 0xEE> high{};
+    constexpr std::integral_constant<int, 0x88> even{};
+    constexpr std::integral_constant<int, 0xDD> odd{};
+    const V low01 = both(v[0], v[1], low), high01 = both(v[0], v[1], high);
+    const V low23 = both(v[2], v[3], low), high23 = both(v[2], v[3], high);
+    v[0] = both(low01, low23, even), v[1] = both(low01, low23, odd);
+    v[2] = both(high01, high23, even), v[3] = both(high01, high23, odd);
+}
+
+/// Whole registers of each of sixty-four bytes' worth of rows as entries. @return positions done
+template <class Pixel>
+std::int64_t gather_lines(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t count,
+                          const BlurEntries& entries, bool asks_ahead) {
+    using V = Wide<std::int32_t>;
+    constexpr int pixels = 16 / sizeof(Pixel), positions = 4 * pixels;
+    std::int64_t at = 0;
+    for (; at + positions <= count; at += positions) {
+        V v[pixels][4];
+        for (int i = 0; i < pixels; ++i) {
+            for (int k = 0; k < 4; ++k) {
+                const std::byte* const from = rows + (k * pixels + i) * row_step + at * std::ptrdiff_t{sizeof(Pixel)};
+                if (asks_ahead) __builtin_prefetch(from + 1024);
+                v[i][k] = load_lanes<V>(from);
+            }
+            turn_sixteens(v[i]);
+        }
+        for (int piece = 0; piece < 4; ++piece) {
+            V turned[pixels];
+            for (int i = 0; i < pixels; ++i) turned[i] = v[i][piece];
+            turn_over(turned);
+            for (int i = 0; i < pixels; ++i) store_lanes(entries.at(at + piece * pixels + i), turned[i]);
+        }
+    }
+    return at;
+}
+
 /// Entries of whole lines of the caches for each of sixty-four bytes' worth of rows. @return positions done
 template <class Pixel>
 std::int64_t scatter_lines(const BlurEntries& entries, std::int64_t count, std::byte* rows, std::ptrdiff_t row_step,
@@ -137,23 +178,31 @@ std::int64_t scatter_lines(const BlurEntries& entries, std::int64_t count, std::
             turn_over(v[piece]);
         }
         for (int i = 0; i < pixels; ++i) {  // sixteen bytes of four rows a register, to four times that of one row
-            const auto piece = [&](int k) QX_LAMBDA { return (__m512i)v[k][i]; };
-            const __m512i low01 = _mm512_shuffle_i32x4(piece(0), piece(1), 0x44);
-            const __m512i high01 = _mm512_shuffle_i32x4(piece(0), piece(1), 0xEE);
-            const __m512i low23 = _mm512_shuffle_i32x4(piece(2), piece(3), 0x44);
-            const __m512i high23 = _mm512_shuffle_i32x4(piece(2), piece(3), 0xEE);
-            const __m512i row[4] = {_mm512_shuffle_i32x4(low01, low23, 0x88), _mm512_shuffle_i32x4(low01, low23, 0xDD),
-                                    _mm512_shuffle_i32x4(high01, high23, 0x88),
-                                    _mm512_shuffle_i32x4(high01, high23, 0xDD)};
+            V row[4] = {v[0][i], v[1][i], v[2][i], v[3][i]};
+            turn_sixteens(row);
             for (int k = 0; k < 4; ++k) {
                 std::byte* const to = rows + (k * pixels + i) * row_step + at * std::ptrdiff_t{sizeof(Pixel)};
-                streams ? stream_lanes(to, (V)row[k]) : store_lanes(to, (V)row[k]);
+                streams ? stream_lanes(to, row[k]) : store_lanes(to, row[k]);
             }
         }
     }
     return at;
 }
 #endif
+
+template <class Pixel>
+void gather_rows(const std::byte* rows, std::ptrdiff_t row_step, std::int64_t lines, std::int64_t count,
+                 const BlurEntries& entries, bool asks_ahead) {
+    std::int64_t done = 0;
+#ifdef __AVX512F__
+    constexpr std::int64_t bytes = sizeof(Pixel);
+    if (lines * bytes == static_cast<std::int64_t>(kEntryUnit)) {
+        done = gather_lines<Pixel>(rows, row_step, count, entries, asks_ahead);
+    }
+#endif
+    gather_pieces<Pixel>(rows + done * std::ptrdiff_t{sizeof(Pixel)}, row_step, lines, count - done,
+                         {entries.at(done), entries.step}, asks_ahead);
+}
 
 template <class Pixel>
 void scatter_rows(BlurEntries entries, std::int64_t lines, std::int64_t count, std::byte* rows, std::ptrdiff_t row_step,

@@ -27,7 +27,7 @@ public:
     static bool fits(std::int64_t divisor) {
         if (kRegister < 64 || divisor <= 0) return false;
         const auto bits = static_cast<std::uint64_t>(divisor);
-        return std::bit_width(bits) - std::countr_zero(bits) <= 21;
+        return static_cast<int>(std::bit_width(bits)) - std::countr_zero(bits) <= 21;
     }
     /// @param scale  a power of two that the divisor counts times
     QX_INLINE ShareOfBox(std::int64_t divisor, float scale) {

@@ -76,9 +76,9 @@ void EffectOptions::read(const Texts& texts, const scene::Keys& keys) const {
     for (const auto& [option, text] : texts) {
         for (const auto& [added, name] : added_) {
             if (added != option) continue;
-            const auto key =
-                std::find_if(keys.begin(), keys.end(), [&](const scene::Key& one) { return one.name == name; });
-            std::visit(Taker("--" + name, text), key->kind);
+            for (const scene::Key& key : keys) {
+                if (key.name == name) std::visit(Taker("--" + name, text), key.kind);
+            }
         }
     }
 }

@@ -59,7 +59,7 @@ struct SceneLayer {
     int seed = 0;
 
     /// Of the layer at a frame, in time order; none for a layer that is not transformed.
-    /// @param left, top  where effects have moved its corner to
+    /// @param left  where effects have moved its corner to, as `top` tells of rows
     std::vector<M_Matrix3> matrices(int frame, int left = 0, int top = 0) const;
     bool effects_move() const;
 };

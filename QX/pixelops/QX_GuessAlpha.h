@@ -18,11 +18,12 @@ inline constexpr int kQX_GuessMessageBytes = 256;
 
 /// Guesses that from the pixels of an 8-bit world, whose depth is not asked. Runs on the calling thread, in one pass,
 /// allocates nothing.
-/// @param effect_ref   not read
-/// @param out_kind     a QX_AlphaKind; unknown too for a world without pixels
-/// @param out_matte    written for premultiplied pixels alone: the matte's colour, opaque
-/// @param out_message  may be null; kQX_GuessMessageBytes, empty unless the guess failed
+/// @param effect_ref  not read
+/// @param out_kind    a QX_AlphaKind; unknown too for a world without pixels
+/// @param out_matte   written for premultiplied pixels alone: the matte's colour, opaque
 /// @return 0
 QX_EXPORT int QX_GuessAlpha(void* effect_ref, const QX_LayerDef* world, std::int32_t* out_kind, QX_Pixel8* out_matte);
+/// The same, with a message.
+/// @param out_message  may be null; kQX_GuessMessageBytes, empty unless the guess failed
 QX_EXPORT int QX_GuessAlphaMessage(void* effect_ref, const QX_LayerDef* world, std::int32_t* out_kind,
                                    QX_Pixel8* out_matte, char* out_message);

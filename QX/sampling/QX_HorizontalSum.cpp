@@ -129,10 +129,11 @@ QX_HorizontalSumTable<Pixel>::QX_HorizontalSumTable(const QX_WorldX<Pixel>* src,
 }
 
 template <class Pixel>
-QX_HorizontalSumTable<Pixel>::QX_HorizontalSumTable(const QX_WorldX<Pixel>* src, int a, int b, double radius,
-                                                    double gain, double threshold, double saturation, double aspect,
-                                                    double rotation, bool padded, boost::shared_ptr<QX_ColorSettings>,
-                                                    bool)
+QX_HorizontalSumTable<Pixel>::QX_HorizontalSumTable(
+    const QX_WorldX<Pixel>* src, int a, int b, double radius, double gain, double threshold, double saturation,
+    double aspect, double rotation, bool padded,
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): hosts hand it over
+    boost::shared_ptr<QX_ColorSettings>, bool)
     : QX_HorizontalSumTable(src, a, b, radius, gain, threshold, saturation, aspect, rotation, padded,
                             static_cast<const QX_LinearBlendingTables*>(nullptr)) {}
 

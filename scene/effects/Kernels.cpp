@@ -19,7 +19,8 @@ using Line = std::vector<std::int32_t>;
 using Block = std::vector<Line>;
 
 constexpr std::size_t kMostShown = 40;  ///< letters of a word that is none
-constexpr double kMostBell = 181;       ///< squares of rows beyond it wrap in the library's bells
+constexpr double kMostReach = (kMostKernelSize - 1) / 2.0;
+constexpr double kMostBell = 181;  ///< squares of rows beyond it wrap in the library's bells
 
 std::string in_line(int number) { return "line " + std::to_string(number); }
 
@@ -131,7 +132,7 @@ Kernels kernels_of_filter(const std::string& filter, KernelForm form) {
         }
     };
     if (name == "gaussian") {
-        const double most = form == KernelForm::square ? kMostBell : kMostKernelSize / 2;
+        const double most = form == KernelForm::square ? kMostBell : kMostReach;
         return bell(in_filter([&] { return real_number(number, 0, most); }), form);
     }
     if (name == "box") return box(in_filter([&] { return whole_number(number, 1, kMostKernelSize); }), form);

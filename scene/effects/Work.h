@@ -106,7 +106,7 @@ std::unique_ptr<QX_World> new_canvas(const Moment& moment, std::int64_t width, s
 
 /// Takes the canvas's pixels for the channels that are not among `selected`; what lies outside of it is clear.
 /// @param selected  bits 0 to 3 for alpha, red, green, blue
-/// @param left, top where the canvas begins in `world`
+/// @param left  where the canvas begins in `world`, as `top` tells of rows
 void keep_channels(const Canvas& canvas, unsigned selected, int left, int top, QX_World& world);
 
 }  // namespace qx::scene

@@ -11,8 +11,6 @@
 namespace qx::tool {
 namespace {
 
-constexpr const char* kFlagWords[] = {"false", "true"};
-
 /// Gives one key the value that a text tells.
 class Taker {
 public:
@@ -23,7 +21,7 @@ public:
     }
     void operator()(const scene::WholeKey& key) const { *key.to = whole_number(option_, text_, key.least, key.most); }
     void operator()(const scene::ChoiceKey& key) const { *key.to = choice(option_, text_, key.words); }
-    void operator()(const scene::FlagKey& key) const { *key.to = choice(option_, text_, kFlagWords) == 1; }
+    void operator()(const scene::FlagKey& key) const { *key.to = flag(option_, text_); }
     void operator()(const scene::TextKey& key) const {
         value_of(option_, [&] { key.read(text_); });
     }

@@ -135,6 +135,11 @@ int choice(const std::string& option, const std::string& text, std::span<const c
     return value_of(option, [&] { return scene::choice(text, known); });
 }
 
+bool flag(const std::string& option, const std::string& text) {
+    constexpr const char* words[] = {"false", "true"};
+    return choice(option, text, words) == 1;
+}
+
 std::vector<double> real_numbers(const std::string& option, const std::string& text, const char* form,
                                  std::size_t fewest, std::size_t most, double least, double highest) {
     std::vector<double> numbers;

@@ -73,6 +73,7 @@ std::vector<double> real_numbers(const std::string& option, const std::string& t
                                  double highest = scene::kMostPlacing);
 /// The number of a word in a list.
 int choice(const std::string& option, const std::string& text, std::span<const char* const> known);
+bool flag(const std::string& option, const std::string& text);  ///< "true", as a switch by itself has it, or "false"
 struct Place {
     int x, y;
 };

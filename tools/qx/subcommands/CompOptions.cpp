@@ -47,8 +47,6 @@ void set_matrix(LayerOptions& layer, const std::string& option, const std::strin
     layer.matrix = scene::matrix_of(elements);
 }
 
-constexpr const char* kFlagWords[] = {"false", "true"};
-
 using L = LayerOptions;
 using S = const std::string&;
 const LayerOption kLayerOptions[] = {
@@ -75,7 +73,7 @@ const LayerOption kLayerOptions[] = {
          l.gamma = static_cast<float>(real_number(option, text, scene::kLeastGamma, scene::kMostGamma));
      }},
     {"--rgb-only", nullptr, "keep the background's alpha",
-     [](L& l, S option, S text) { l.rgb_only = choice(option, text, kFlagWords) == 1; }},
+     [](L& l, S option, S text) { l.rgb_only = flag(option, text); }},
     {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
      [](L& l, S option, S text) { l.seed = whole_number(option, text, INT_MIN, INT_MAX); }},
     {"--field", "FIELD", "rows of the background that change: all, even or odd (default: all)",

@@ -8,7 +8,6 @@
 
 #include "QX/pixelops/QX_GuessAlpha.h"
 #include "QX/pixelops/QX_Premul.h"
-#include "pictures/Carried.h"
 #include "pictures/Losses.h"
 #include "scene/Faults.h"
 #include "tools/qx/Commands.h"

@@ -1,20 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qx/work/PictureJob.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "pictures/Carried.h"
 #include "pictures/Dither.h"
 #include "pictures/Light.h"
 #include "pictures/Losses.h"
-#include "scene/LayerWords.h"
-#include "tools/qx/Library.h"
 #include "tools/qx/terminal/Progress.h"
 
 namespace qx::tool {
-
-class PictureJob::Born : public Library {};
 
 PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> inputs)
     : options_(options), inputs_(std::move(inputs)) {
@@ -22,7 +17,7 @@ PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> i
     check_output_option(options.output);
     options.encoding.check(options.output);
     const int depth = options.asked_depth();
-    library_ = std::make_unique<Born>();
+    library_.emplace();
     pictures_.resize(inputs_.size());
     Files files;
     for (std::size_t i = 0; i < inputs_.size(); ++i) files.emplace_back(&inputs_[i], &pictures_[i]);
@@ -30,8 +25,6 @@ PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> i
     depth_ = unify(files, depth, once_);
     if (picture().linear != pictures::is_linear_format(options.output)) say_note(pictures::kLightIsMixed);
 }
-
-PictureJob::~PictureJob() = default;
 
 void PictureJob::apply(const scene::Effect& effect, const char* words) {
     pictures::Picture& work = picture();

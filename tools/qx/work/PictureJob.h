@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <map>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "scene/effects/Effect.h"
+#include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/work/Files.h"
 
@@ -18,7 +18,6 @@ class PictureJob {
 public:
     /// @param inputs  the first is the one that is worked on
     PictureJob(const PictureOptions& options, std::vector<std::string> inputs);
-    ~PictureJob();
 
     pictures::Picture& picture() { return pictures_.front(); }
     int depth() const { return depth_; }
@@ -30,10 +29,9 @@ public:
     void write() { write(depth_, false); }
 
 private:
-    class Born;
     const PictureOptions& options_;
     const std::vector<std::string> inputs_;
-    std::unique_ptr<Born> library_;
+    std::optional<Library> library_;
     std::vector<pictures::Picture> pictures_;
     NotesOnce once_;
     int depth_ = 0;

@@ -4,7 +4,7 @@
 #include "QX/filters/QX_BlurKernels.h"
 #include "lanes/Level.h"
 #ifdef __SSE4_1__
-#include "QX/filters/QX_BoxGroupT.h"
+#include "QX/filters/QX_BoxRowsT.h"
 #endif
 
 namespace qx::QX_ISA {
@@ -12,8 +12,8 @@ namespace qx::QX_ISA {
 #ifdef __SSE4_1__
 template <class Pixel, class D = DepthOf<Pixel>>
 constexpr BlurGroupKernels<Pixel> group_kernels{&gather_rows<Pixel>,   &scatter_rows<Pixel>, &matte_pixels<Pixel>,
-                                                &widen_entries<Pixel>, &gaussian_stretch<D>, &add_box_sums<D>,
-                                                &box_stretch<D>};
+                                                &widen_entries<Pixel>, &gaussian_stretch<D>, kBoxesRows<D>,
+                                                &box_sums<D>,          &box_stretch<D>};
 const BlurKernels blur_kernels{{group_kernels<QX_Pixel8>, group_kernels<QX_Pixel16>, group_kernels<QX_PixelFloat>},
                                true};
 #else

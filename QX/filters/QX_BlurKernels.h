@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 #include "QX/indep/QX_PerDepth.h"
 #include "lanes/Levels.h"
@@ -13,6 +14,8 @@ namespace qx {
 
 /// Bytes of an entry are a multiple of this.
 inline constexpr std::size_t kEntryUnit = 64;
+/// Bytes of an entry of rows: so many lanes that sums along them need not wait for each other.
+template <class Pixel> inline constexpr std::size_t kRowEntry = sizeof(Pixel) == 16 ? 2 * kEntryUnit : kEntryUnit;
 inline constexpr std::int64_t kMostLinesInGroup = 32;
 /// Zeroes for all that lies outside a line.
 alignas(64) inline constexpr std::byte kClearEntry[16 * kMostLinesInGroup]{};
@@ -21,7 +24,12 @@ alignas(64) inline constexpr std::byte kClearEntry[16 * kMostLinesInGroup]{};
 struct BlurEntries {
     std::byte* first;
     std::ptrdiff_t step;
+    std::ptrdiff_t row_step = 0;  ///< of rows as they lie in a world, from each pixel of an entry to the next; else 0
+    bool mattes = false;          ///< colours of rows are multiplied by alpha as they are read
+
     std::byte* at(std::int64_t position) const { return first + position * step; }
+    BlurEntries from(std::int64_t position) const { return {at(position), step, row_step, mattes}; }
+    bool are_rows() const { return row_step != 0; }
 };
 
 /// Rows of which the next block of a group will be gathered: while one is worked on they are asked for, a few lines of
@@ -41,8 +49,15 @@ struct BoxStretch {
     BlurEntries enter, leave, left, out;
     std::int64_t divisor, divisor_step;  ///< of the first position, and from one to the next
     std::int32_t end_short;
-    bool streams;  ///< what goes out is aligned to lines of the caches, and goes past them
+    bool streams;  ///< what goes out is aligned to lines of the caches, rows alike, and goes past them
     RowsAhead ahead{};
+
+    BoxStretch part(std::int64_t from, std::int64_t positions) const {
+        BoxStretch p = *this;
+        p.count = positions, p.divisor += from * divisor_step, p.ahead = {};
+        for (BlurEntries* const entries : {&p.enter, &p.leave, &p.left, &p.out}) *entries = entries->from(from);
+        return p;
+    }
 };
 
 /// Positions side by side of a Gaussian.
@@ -76,7 +91,9 @@ template <class Pixel> struct BlurGroupKernels {
     void (*widen)(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, std::byte* wide,
                   std::ptrdiff_t plane_bytes);
     void (*gaussian)(const GaussianStretch& stretch);
-    /// `sums` are of 32 bits, one a lane of an entry, of the window before the stretch.
+    /// Whether boxes take and make entries of rows too.
+    bool boxes_rows;
+    /// `sums` are of 32 bits, one a lane of an entry, of the window before the stretch; `box_sums` adds to them.
     void (*box_sums)(const BlurEntries& entries, std::size_t entry_bytes, std::int64_t count, void* sums);
     void (*box)(const BoxStretch& stretch, void* sums);
 };

@@ -66,13 +66,13 @@ private:
 };
 
 /// Lines of a source and a destination as entries. Those of columns are as many as a group may have, so that what is
-/// read of a row is long; those of rows have so many lanes that sums along them need not wait for each other.
+/// read of a row is long.
 template <class Pixel> class BlurGroups {
 public:
     BlurGroups(const BlurLines& src, const BlurLines& dst)
         : src_(src),
           dst_(dst),
-          entry_bytes_(is_columns(src) && is_columns(dst) ? kMostLinesInGroup * sizeof(Pixel) : kRowEntry),
+          entry_bytes_(is_columns(src) && is_columns(dst) ? kMostLinesInGroup * sizeof(Pixel) : kRowEntry<Pixel>),
           past_caches_(2 * dst.bytes() >= TK_GetCacheBytes()) {}
 
     bool are_columns() const { return is_columns(src_) && is_columns(dst_); }
@@ -84,7 +84,10 @@ public:
     }
     /// Whether entries of the destination go past the caches.
     bool streams(const BlurEntries& out) const {
-        return past_caches_ && bytes_to_line(out.first) == 0 && out.step % static_cast<std::ptrdiff_t>(kLine) == 0;
+        const auto is_whole = [](std::ptrdiff_t step) { return step % static_cast<std::ptrdiff_t>(kLine) == 0; };
+        if (!past_caches_) return false;
+        return out.are_rows() ? is_whole(out.row_step) && bytes_to_line(out.first) % sizeof(Pixel) == 0
+                              : is_whole(out.step) && bytes_to_line(out.first) == 0;
     }
     /// What waits for stores past the caches, on the thread that made them.
     void finish() const {
@@ -94,13 +97,27 @@ public:
     BlurEntries entries(std::byte* buffer) const { return {buffer, static_cast<std::ptrdiff_t>(entry_bytes_)}; }
     std::size_t bytes(std::int64_t positions) const { return static_cast<std::size_t>(positions) * entry_bytes_; }
 
-    /// Whether a group lies in a world as entries do.
+    /// Whether a group lies in a world as entries do, and whether boxes take and make it there.
     bool has_entries(const BlurLines& world, std::int64_t count) const { return is_columns(world) && count == lines(); }
+    bool boxes_entries(const BlurLines& world, std::int64_t count) const {
+        if (is_columns(world) || !kernels().boxes_rows) return has_entries(world, count);
+        return has_rows(world) && count == lines();
+    }
+    /// Whether boxes multiply the world's colours by alpha as they read it.
+    bool boxes_matte(const BlurLines& world) const {
+        return !is_columns(world) && kernels().boxes_rows && has_rows(world);
+    }
     static BlurEntries entries_of(const BlurLines& world, std::int64_t line, std::int64_t position) {
-        return {world.first + line * world.line_step + position * world.pixel_step, world.pixel_step};
+        return {world.first + line * world.line_step + position * world.pixel_step, world.pixel_step,
+                is_columns(world) ? 0 : world.line_step};
     }
     void clear(const BlurEntries& to, std::int64_t positions) const {
-        for (std::int64_t i = 0; i < positions; ++i) std::memset(to.at(i), 0, entry_bytes_);
+        if (to.are_rows()) {
+            for (std::int64_t i = 0; i < lines(); ++i)
+                std::memset(to.first + i * to.row_step, 0, static_cast<std::size_t>(positions) * sizeof(Pixel));
+        } else {
+            for (std::int64_t i = 0; i < positions; ++i) std::memset(to.at(i), 0, entry_bytes_);
+        }
     }
 
     bool has_entries_out(std::int64_t count) const { return has_entries(dst_, count); }
@@ -164,8 +181,6 @@ public:
     static const BlurGroupKernels<Pixel>& kernels() { return blur_groups()->of<Pixel>(); }
 
 private:
-    static constexpr std::size_t kRowEntry = sizeof(Pixel) == 16 ? 2 * kEntryUnit : kEntryUnit;
-
     /// Calls body(first line, lines, bytes in an entry) for the lines that each kEntryUnit of an entry has.
     template <class Body> static void for_units(std::int64_t lines, const Body& body) {
         constexpr auto unit = static_cast<std::int64_t>(kEntryUnit / sizeof(Pixel));
@@ -175,6 +190,9 @@ private:
     }
     static bool is_columns(const BlurLines& world) {
         return world.line_step == static_cast<std::ptrdiff_t>(sizeof(Pixel));
+    }
+    static bool has_rows(const BlurLines& world) {
+        return world.pixel_step == static_cast<std::ptrdiff_t>(sizeof(Pixel)) && world.line_step != 0;
     }
     static std::size_t bytes_of(std::int64_t lines) { return static_cast<std::size_t>(lines) * sizeof(Pixel); }
 

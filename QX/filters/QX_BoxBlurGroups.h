@@ -20,7 +20,7 @@ struct BlurBelt {
     /// From a position on; entries of nothing where that lies outside.
     BlurEntries from(std::int64_t at) const {
         if (!has(at)) return {const_cast<std::byte*>(kClearEntry), 0};
-        return {entries.at(at - begin), entries.step};
+        return entries.from(at - begin);
     }
     /// Makes room for more positions by giving up those before `keep`.
     void reserve(std::int64_t more, std::int64_t keep) {
@@ -48,7 +48,7 @@ public:
         const std::int64_t end = at_ + positions, begin = at_;
         const std::int64_t past = length_ > 0 ? length_ + window_->reach : at_;
         while (at_ < end) {
-            const BlurEntries to = {out.at(at_ - begin), out.step};
+            const BlurEntries to = out.from(at_ - begin);
             std::int64_t next = end;
             if (at_ < -window_->reach || at_ >= past) {
                 if (at_ < -window_->reach) next = std::min(end, -window_->reach);
@@ -77,6 +77,7 @@ private:
     void sum_up(const BlurGroups<Pixel>& groups, const BlurBelt& in) {
         const std::int64_t left = std::max<std::int64_t>(at_ - window_->reach, 0);
         const std::int64_t inside = std::max<std::int64_t>(std::min(at_ + window_->reach, length_) - left, 0);
+        std::memset(sums_, 0, sizeof sums_);
         groups.kernels().box_sums(in.from(left), groups.entry_bytes(), inside, sums_);
     }
     BoxStretch stretch(const BlurGroups<Pixel>& groups, const BlurBelt& in, std::int64_t count, const BlurEntries& out,
@@ -123,7 +124,7 @@ public:
         Group group{.line = from, .count = count};
         begin(group, info_.buffer(thread, 0));
         std::byte* const made = info_.buffer(thread, 0) + groups_.bytes(info_.GetIterations() * room());
-        const bool direct = groups_.has_entries_out(count) && selects_all();
+        const bool direct = groups_.boxes_entries(dst_, count) && selects_all();
         const auto last = static_cast<std::size_t>(info_.GetIterations() - 1);
         const bool by_world = direct && last == 0 && group.belts[0].room == 0;
         groups_.for_blocks(to, by_world ? dst_.length : block(), [&](std::int64_t at, std::int64_t positions) {
@@ -148,17 +149,20 @@ private:
     };
 
     bool selects_all() const { return (info_.GetConvFlags() & 15) == 15; }
-    std::int64_t block() const { return groups_.are_columns() ? 32 : 64; }
+    /// Rows that need not be gathered lose least where a pass runs far.
+    std::int64_t block() const { return groups_.are_columns() ? 32 : groups_.kernels().boxes_rows ? 256 : 64; }
     /// Several times what a pass reads for a block, so that positions are seldom moved.
     std::int64_t room() const { return 4 * (2 * info_.window().reach + 2 + block()); }
 
     void begin(Group& group, std::byte* buffer) const {
-        const bool reads_world = info_.GetReadInputDirectly() && groups_.has_entries(src_, group.count);
+        const bool mattes = info_.GetInputNeedsMatting() && groups_.boxes_matte(src_);
+        const bool reads_world = (info_.GetReadInputDirectly() || mattes) && groups_.boxes_entries(src_, group.count);
         for (int i = 0; i < info_.GetIterations(); ++i) {
             BlurBelt& belt = group.belts[static_cast<std::size_t>(i)];
             belt.length = i == 0 ? info_.GetSrcWidth() : info_.GetSpanWidthAtIndex(i - 1);
             if (i == 0 && reads_world) {
                 belt.entries = groups_.entries_of(src_, group.line, info_.GetSrcOffset());
+                belt.entries.mattes = mattes;
                 belt.end = belt.length;
             } else {
                 belt.entries = groups_.entries(buffer + groups_.bytes(i * room()));
@@ -168,12 +172,14 @@ private:
                                                             info_.GetSpanSrcDestOffsetAtIndex(i));
         }
     }
-    /// What will be gathered next, of whole groups of rows.
+    /// Whether the last pass asks for what will be gathered next: of whole groups of rows.
+    bool asks_ahead(const Group& group) const {
+        return group.count == lines() && !groups_.are_columns() && !groups_.kernels().boxes_rows;
+    }
     RowsAhead ahead(const Group& group) const {
         const BlurBelt& belt = group.belts[0];
         constexpr std::int64_t line = 64;
-        if (belt.room == 0 || group.count != lines() || groups_.are_columns() || belt.end + block() > belt.length)
-            return {};
+        if (belt.room == 0 || !asks_ahead(group) || belt.end + block() > belt.length) return {};
         return {src_.first + group.line * src_.line_step + (info_.GetSrcOffset() + belt.end) * src_.pixel_step,
                 src_.line_step, std::countr_zero(static_cast<std::uint64_t>(lines())),
                 static_cast<int>(std::max<std::int64_t>(lines() * static_cast<std::int64_t>(sizeof(Pixel)) / line, 1))};
@@ -185,10 +191,10 @@ private:
         while (belt.end < until) {
             const std::int64_t positions = std::min(until - belt.end, block());
             belt.reserve(positions, group.passes[which].reads_from());
-            const BlurEntries out = {belt.entries.at(belt.end - belt.begin), belt.entries.step};
+            const BlurEntries out = belt.entries.from(belt.end - belt.begin);
             if (which == 0) {
                 groups_.gather(src_, group.line, group.count, info_.GetSrcOffset() + belt.end, positions, out.first,
-                               group.count != lines());
+                               !asks_ahead(group));
                 if (info_.GetInputNeedsMatting()) groups_.matte(out.first, positions);
             } else {
                 auto& before = group.passes[which - 1];

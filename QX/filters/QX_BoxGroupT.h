@@ -21,7 +21,7 @@ void add_box_sums(const BlurEntries& entries, std::size_t entry_bytes, std::int6
     constexpr std::size_t bytes = lanes_in<V> * sizeof(typename D::Channel);
     auto* to = static_cast<std::byte*>(sums);
     for (std::size_t at = 0; at < entry_bytes; at += bytes, to += sizeof(V)) {
-        V sum{};
+        V sum = load_lanes<V>(to);
         for (std::int64_t i = 0; i < count; ++i) sum += box_lanes<D>(entries.at(i) + at);
         store_lanes(to, sum);
     }
@@ -91,15 +91,12 @@ QX_INLINE void box_part(const BoxStretch& s, std::size_t at, std::byte* sums) {
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * static_cast<int>(sizeof(V)), sum[r]);
 }
 
-/// The same of floats, where the divisor stays and quotients by it have a quick form. What whole ends lack, nothing,
-/// shows only in the product with an infinite pixel, after which its sum is infinite or no number for good: then, and
-/// where the quick form does not hold, all is done once more by the rule as it is told.
+/// @return whether the quick form of floats holds; else nothing counts, and the sums are as they were
 template <int Registers, bool Short>
-QX_INLINE void box_part_real(const BoxStretch& s, std::size_t at, std::byte* sums) {
+QX_INLINE bool box_part_real(const BoxStretch& s, std::size_t at, std::byte* sums) {
     using F = Wide<float>;
     constexpr std::ptrdiff_t bytes = sizeof(F);
-    ShareOfBox share(s.divisor, Short ? 1.0f : 0x1p-10f);
-    const F shortage = splat<F>(static_cast<float>(s.end_short));
+    QuickBox<Short> box(s);
     F sum[Registers];
     for (int r = 0; r < Registers; ++r) sum[r] = load_lanes<F>(sums + r * bytes);
     walk<static_cast<int>(bytes) * Registers>(
@@ -107,19 +104,16 @@ QX_INLINE void box_part_real(const BoxStretch& s, std::size_t at, std::byte* sum
         [&](std::int64_t, const std::byte* enter, const std::byte* leave, const std::byte* left, std::byte* out)
             QX_LAMBDA {
                 for (int r = 0; r < Registers; ++r) {
-                    const F right = load_lanes<F>(enter + r * bytes);
-                    sum[r] = (sum[r] - load_lanes<F>(leave + r * bytes)) + right;
-                    F whole = sum[r];
-                    if constexpr (Short) whole = whole * 1024.0f - shortage * (load_lanes<F>(left + r * bytes) + right);
-                    store_entry(s.streams, out + r * bytes, share.of(whole));
+                    const auto left_end = [=] QX_LAMBDA { return load_lanes<F>(left + r * bytes); };
+                    const F made =
+                        box.step(sum[r], load_lanes<F>(enter + r * bytes), load_lanes<F>(leave + r * bytes), left_end);
+                    store_entry(s.streams, out + r * bytes, made);
                 }
             });
-    F differences{};
-    for (int r = 0; r < Registers; ++r) differences += sum[r] - sum[r];  // no number where one is infinite or none
-    const bool finite = all_equal(differences, 0.0f);
-    if (!share.holds() || !(Short || finite)) [[unlikely]]
-        return box_part<DepthFloat, Registers, true>(s, at, sums);
+    if (!box.holds(sum)) [[unlikely]]
+        return false;
     for (int r = 0; r < Registers; ++r) store_lanes(sums + r * bytes, sum[r]);
+    return true;
 }
 
 /// Integers over an odd number of whole pixels up to 255, of which no mean lies halfway: the float quotient is nearer
@@ -205,7 +199,11 @@ QX_INLINE void for_box_parts(const BoxStretch& s, std::size_t channel, void* sum
     parts.template operator() < kEntryUnit / Bytes<4 ? kEntryUnit / Bytes : 4>();
 }
 
-template <class D> void box_stretch(const BoxStretch& s, void* sums) {
+/// Floats that the quick form takes.
+inline bool is_quick(const BoxStretch& s) { return s.divisor_step == 0 && ShareOfBox::fits(s.divisor); }
+
+/// Of entries that lie side by side.
+template <class D> void box_entries(const BoxStretch& s, void* sums) {
     constexpr std::size_t channel = sizeof(typename D::Channel);
     if constexpr (D::number != 32) {
         if (is_plain_mean(s)) {
@@ -221,11 +219,13 @@ template <class D> void box_stretch(const BoxStretch& s, void* sums) {
         }
     }
     if constexpr (D::number == 32) {
-        if (s.divisor_step == 0 && ShareOfBox::fits(s.divisor)) {
+        if (is_quick(s)) {
             return for_box_parts<kRegister>(s, channel, sums,
                                             [&]<int Registers>(std::size_t at, std::byte* of_part) QX_LAMBDA {
-                                                s.end_short == 0 ? box_part_real<Registers, false>(s, at, of_part)
-                                                                 : box_part_real<Registers, true>(s, at, of_part);
+                                                if (s.end_short == 0 ? box_part_real<Registers, false>(s, at, of_part)
+                                                                     : box_part_real<Registers, true>(s, at, of_part))
+                                                    return;
+                                                box_part<D, Registers, true>(s, at, of_part);
                                             });
         }
     }

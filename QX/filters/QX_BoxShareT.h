@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Float quotients by a box's divisor, limited to 0..1, for one level.
+// Boxes of floats whose divisor stays, for one level.
 #pragma once
 
 #include <bit>
 
+#include "QX/filters/QX_BlurKernels.h"
 #include "lanes/Level.h"
 #include "lanes/Rows.h"
 
@@ -58,6 +59,34 @@ public:
 private:
     F most_, high_, low_;
     U least_ = splat<U>(~0u);
+};
+
+/// The rule of floats where the divisor stays and quotients by it have a quick form. What whole ends lack, nothing,
+/// shows only in the product with an infinite pixel, after which its sum is infinite or no number for good: then, and
+/// where the quick form does not hold, all has to be done once more by the rule as it is told.
+template <bool Short> class QuickBox {
+    using F = Wide<float>;
+
+public:
+    QX_INLINE explicit QuickBox(const BoxStretch& s)
+        : share_(s.divisor, Short ? 1.0f : 0x1p-10f), shortage_(splat<F>(static_cast<float>(s.end_short))) {}
+
+    /// @param left  tells the pixels at the left end of the window, where they matter
+    template <class Left> QX_INLINE F step(F& sum, F enter, F leave, const Left& left) {
+        sum = (sum - leave) + enter;
+        F whole = sum;
+        if constexpr (Short) whole = whole * 1024.0f - shortage_ * (left() + enter);
+        return share_.of(whole);
+    }
+    template <int Count> QX_INLINE bool holds(const F (&sums)[Count]) const {
+        F differences{};
+        for (const F& sum : sums) differences += sum - sum;  // no number where one is infinite or none
+        return share_.holds() && (Short || all_equal(differences, 0.0f));
+    }
+
+private:
+    ShareOfBox share_;
+    F shortage_;
 };
 
 }  // namespace qx::QX_ISA

@@ -113,6 +113,8 @@ public:
         if (Object* const old = std::exchange(object_, object)) old->UnReference();
     }
     Object* get() const { return object_; }
+    /// Hands the reference to the caller.
+    Object* Release() { return std::exchange(object_, nullptr); }
 
 private:
     Object* object_ = nullptr;

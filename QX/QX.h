@@ -2,6 +2,10 @@
 #pragma once
 
 /// Everything that the module QX exports.
+#include "QX/color/QX_ColorSettings.h"
+#include "QX/color/QX_ColourTransform.h"
+#include "QX/color/QX_LinearizationTables.h"
+#include "QX/color/QX_Profiles.h"
 #include "QX/compositing/QX_Blend.h"
 #include "QX/compositing/QX_CompositeMode.h"
 #include "QX/compositing/QX_CompositeRect.h"

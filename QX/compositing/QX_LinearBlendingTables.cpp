@@ -3,13 +3,18 @@
 
 #include <cmath>
 
+#include "QX/compositing/QX_InverseTable.h"
+
 void QX_BuildGammaBlendingTables(float gamma, QX_LinearBlendingTables* tables) {
-    // Powers in double differ in the last bit between processors; rounded to 16 bits they agree.
-    const auto code = [](double v) { return static_cast<std::uint16_t>(v * 32768 + 0.5); };
-    const double exponent = static_cast<double>(gamma);
-    for (int i = 0; i < 256; ++i) tables->to_linear[i] = code(std::pow(i / 255.0, exponent));
-    for (int i = 0; i <= 4096; ++i) tables->from_linear[i] = code(std::pow(i / 4096.0, 1 / exponent));
+    // As a profile holds it, so that tables by a profile of this power are the same.
+    const double exponent = std::floor(static_cast<double>(gamma) * 65536 + 0.5) / 65536;
+    for (std::uint32_t i = 0; i < 256; ++i) {
+        // Powers in double differ in the last bit between processors; rounded to 16 bits they agree.
+        const auto light = static_cast<float>(std::pow(qx::ramp_value(i) / 32768.0, exponent));
+        tables->to_linear[i] = static_cast<std::uint16_t>(static_cast<double>(light) * 32768 + 0.5);
+    }
+    qx::invert_to_linear(*tables);
     tables->reserved = 0;
-    tables->to_linear_gamma = gamma;
-    tables->from_linear_gamma = 1.0f / gamma;
+    tables->to_linear_gamma = static_cast<float>(exponent);
+    tables->from_linear_gamma = 1.0f / tables->to_linear_gamma;
 }

@@ -26,6 +26,15 @@ template <class Body> int guarded(Body&& body) {
     }
 }
 
+/// The tail of those that throw their codes: of a standard exception the code is thrown, after its report.
+template <class Body> decltype(auto) translated(Body&& body) {
+    try {
+        return std::forward<Body>(body)();
+    } catch (const std::exception& fault) {
+        throw TK_TranslateAndReportException(fault);
+    }
+}
+
 /// Throws a routine's non-zero result as a code.
 inline void throw_if(int code) {
     if (code != 0) throw code;

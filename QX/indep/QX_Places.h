@@ -61,7 +61,10 @@ namespace qx {
     X(blur, 113)               \
     X(merge_mask, 114)         \
     X(lazy_tiles, 115)         \
-    X(summed_areas, 116)
+    X(summed_areas, 116)       \
+    X(colour_apply, 120)       \
+    X(linear_tables, 121)      \
+    X(colour_settings, 122)
 
 enum class Place : int {
 #define X(name, number) name = number,

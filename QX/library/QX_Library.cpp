@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "QX/color/QX_ColourEngine.h"
 #include "QX/compositing/QX_SoftLight.h"
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/indep/QX_ColourTables.h"
@@ -51,6 +52,14 @@ int scratch_of_start(bool fresh) {
     return QXp_ReallocScratch(kStartPixels, 1, fresh, &scratch);
 }
 
+void bind_registry(HCL_XIFAddressProc registry) {
+    try {
+        qx::load_colour_engine(registry);
+    } catch (const BRVException&) {
+        throw int{kQX_RegistryFailed};
+    }
+}
+
 }  // namespace
 
 int QX_Birth() {
@@ -69,6 +78,7 @@ int QX_Birth() {
         qx::throw_if(call_acceleration(kStart));
         HCL_XIFAddressProc registry = nullptr;
         qx::throw_if(HCL_GetXIFAddressProc(&registry));
+        bind_registry(registry);
     });
 }
 
@@ -77,6 +87,7 @@ int QX_Death() {
     const int tables = M_UnprepareFCMD();
     const int layer = call_acceleration(kStop);
     qx::free_shared_scratch();
+    qx::unload_colour_engine();
     return tables != 0 ? tables : layer;
 }
 

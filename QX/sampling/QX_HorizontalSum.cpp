@@ -2,7 +2,6 @@
 #include "QX/sampling/QX_HorizontalSum.h"
 
 #include <algorithm>
-#include <boost/shared_ptr.hpp>
 #include <cmath>
 #include <new>
 
@@ -127,15 +126,6 @@ QX_HorizontalSumTable<Pixel>::QX_HorizontalSumTable(const QX_WorldX<Pixel>* src,
         std::copy_n(last, width_, row(height_ - 1 - y));
     }
 }
-
-template <class Pixel>
-QX_HorizontalSumTable<Pixel>::QX_HorizontalSumTable(
-    const QX_WorldX<Pixel>* src, int a, int b, double radius, double gain, double threshold, double saturation,
-    double aspect, double rotation, bool padded,
-    // NOLINTNEXTLINE(performance-unnecessary-value-param): hosts hand it over
-    boost::shared_ptr<QX_ColorSettings>, bool)
-    : QX_HorizontalSumTable(src, a, b, radius, gain, threshold, saturation, aspect, rotation, padded,
-                            static_cast<const QX_LinearBlendingTables*>(nullptr)) {}
 
 template class QX_HorizontalSumTable<QX_Pixel8>;
 template class QX_HorizontalSumTable<QX_Pixel16>;

@@ -25,9 +25,9 @@ template <class T> class shared_ptr;  // who hands one over includes its header
 /// `gain` of itself to each colour, and by `saturation` more to a colour that lies above the luma.
 template <class Pixel> class QX_EXPORT QX_HorizontalSumTable {
 public:
-    /// `a` and `b` are kept for the caller. As long as there are no colour settings that anybody could make, `settings`
-    /// is null and `linear` without effect. Throws 3 after a report for a GPU world and one that is missing or has no
-    /// pixels; 4 where the table can't be had, a padding that is not finite too.
+    /// `a` and `b` are kept for the caller. With `linear` the sums are of linear light, by the tables of `settings`, if
+    /// there are any. Throws what QX_ColorSettings::GetLinearBlendingTables throws; 3 after a report for a GPU world
+    /// and one that is missing or has no pixels; 4 where the table can't be had, a padding that is not finite too.
     QX_HorizontalSumTable(const QX_WorldX<Pixel>* src, int a, int b, double radius, double gain, double threshold,
                           double saturation, double aspect, double rotation, bool padded,
                           boost::shared_ptr<QX_ColorSettings> settings, bool linear);

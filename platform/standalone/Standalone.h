@@ -4,6 +4,9 @@
 #include <boost/function.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
 
 #include "platform/FK_Frames.h"
 #include "platform/Platform_Export.h"
@@ -51,5 +54,22 @@ PLATFORM_EXPORT VPix** NewFakeFrame(tesselmediatypes::PixelFormat format);
 PLATFORM_EXPORT int LiveFakeFrames();
 /// Makes HCL_GetXIFAddressProc fail with this code; 0 ends that.
 PLATFORM_EXPORT void SetRegistryError(int code);
+/// What the registry finds instead of the stand-alone engine's procedures; an empty one gives them back. Either way the
+/// registry gets a new generation.
+using FindProcedure = std::function<void*(const char* label, const char* name)>;
+PLATFORM_EXPORT void SetRegistry(const FindProcedure& find);
+
+// --- preferences and profiling ---------------------------------------------------------------------
+PLATFORM_EXPORT void SetPreference(const char* section, const char* key, const std::string& value);
+PLATFORM_EXPORT void ForgetPreferences();
+/// Makes OPT_GetTextPrefData fail with this code; 0 ends that.
+PLATFORM_EXPORT void SetPreferenceError(int code);
+/// 0 ends profiling.
+PLATFORM_EXPORT void SetProfilingVolume(int volume);
+struct ProfiledScope {
+    std::string name;
+    std::int64_t scopes, nanoseconds;  ///< that have ended, and what they took in all
+};
+PLATFORM_EXPORT std::vector<ProfiledScope> ProfiledScopes();
 
 }  // namespace standalone

@@ -6,8 +6,6 @@
 
 #include "tests/support/Test.h"
 
-class QX_ColorSettings {};
-
 namespace qx::test {
 namespace {
 

@@ -58,7 +58,7 @@ bool same_pixels(const QX_World& a, const QX_World& b) {
     return true;
 }
 
-std::vector<std::uint8_t> small_profile() {
+std::vector<std::uint8_t> profile_of(const char* space) {
     constexpr std::size_t bytes = 516;  // a very short one is refused by libpng
     std::vector<std::uint8_t> profile(bytes);
     for (std::size_t i = 132; i < bytes; ++i) profile[i] = static_cast<std::uint8_t>(i * i * 73 >> 4);
@@ -67,7 +67,7 @@ std::vector<std::uint8_t> small_profile() {
     profile[3] = bytes & 255;
     profile[8] = 4;
     put(12, "mntr");
-    put(16, "RGB ");
+    put(16, space);
     put(20, "XYZ ");
     put(36, "acsp");
     const std::uint8_t d50[] = {0, 0, 0xF6, 0xD6, 0, 1, 0, 0, 0, 0, 0xD3, 0x2D};

@@ -88,8 +88,9 @@ struct CountingWatch : pictures::Watch {
     std::atomic<bool> wrong{false};
 };
 
-/// A small RGB profile, complete enough for the libraries that look at it.
-std::vector<std::uint8_t> small_profile();
+/// A small profile of a display in a space ("RGB "), complete enough for the libraries that look at it.
+std::vector<std::uint8_t> profile_of(const char* space);
+inline std::vector<std::uint8_t> small_profile() { return profile_of("RGB "); }
 
 /// What a call says of its fault; nothing without one.
 template <class Fault, class Call> std::string fault_of(const Call& call) {

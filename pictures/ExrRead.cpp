@@ -159,7 +159,7 @@ void read_extras(const Imf::Header& header, Picture& picture) {
     }
     if (!Imf::hasChromaticities(header)) return;
     const Imf::Chromaticities& c = Imf::chromaticities(header);
-    picture.primaries = {c.red.x, c.red.y, c.green.x, c.green.y, c.blue.x, c.blue.y, c.white.x, c.white.y};
+    picture.colours.primaries = {c.red.x, c.red.y, c.green.x, c.green.y, c.blue.x, c.blue.y, c.white.x, c.white.y};
 }
 
 Picture read_file(const std::string& path, Watch& watch) {

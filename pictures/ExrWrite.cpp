@@ -99,7 +99,7 @@ Imf::Header header_for(const Picture& picture, Imf::PixelType type, bool& with_a
     const Resolution inches = own.in(Resolution::Unit::inch);
     if (inches.x > 0) Imf::addXDensity(header, static_cast<float>(inches.x));
     if (own.x > 0) header.pixelAspectRatio() = static_cast<float>(std::clamp(own.y / own.x, 1e-5, 1e5));
-    if (const auto& p = picture.primaries) {
+    if (const auto& p = picture.colours.primaries) {
         const auto point = [&](std::size_t i) { return Imath::V2f((*p)[2 * i], (*p)[2 * i + 1]); };
         Imf::addChromaticities(header, {point(0), point(1), point(2), point(3)});
     }
@@ -184,7 +184,7 @@ void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const 
 }
 
 const Format& exr_format() {
-    static const Format format{"OpenEXR", {"\x76\x2f\x31\x01"}, {"exr"}, {32}, true, true, read_exr, write_exr};
+    static const Format format{"OpenEXR", {"\x76\x2f\x31\x01"}, {"exr"}, {32}, true, true, 0, read_exr, write_exr};
     return format;
 }
 

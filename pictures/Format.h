@@ -18,7 +18,8 @@ struct Format {
     std::vector<std::string> extensions;  ///< in lower case
     std::vector<int> depths;              ///< that its files hold, in rising order
     bool holds_alpha;
-    bool linear;  ///< meant for linear light
+    bool linear;               ///< meant for linear light
+    std::size_t most_profile;  ///< bytes that its files hold of an ICC profile
     /// Gives pixels as the file has them, 16 bits from 0 to 65535; `associated` tells what they are.
     Picture (*read)(InputFile& file, Watch& watch);
     /// `picture` has one of the depths above; 16 bits go from 0 to 65535. `with_alpha` is false when all of it is
@@ -35,9 +36,9 @@ const Format& jpeg_format();
 const Format& tiff_format();
 const Format& exr_format();
 
-inline constexpr const char* kOrientationNote = "is taken as stored, its orientation is not applied";
+/// The format that a name's ending tells. Throws Failure.
+const Format& format_to_write(const std::string& path);
 
-/// Keeps an embedded profile if it fits RGB pixels, else leaves a note.
-void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes);
+inline constexpr const char* kOrientationNote = "is taken as stored, its orientation is not applied";
 
 }  // namespace qx::pictures

@@ -14,6 +14,7 @@
 
 #include "pictures/Exif.h"
 #include "pictures/Format.h"
+#include "pictures/Profiles.h"
 
 namespace qx::pictures {
 namespace {
@@ -21,6 +22,7 @@ namespace {
 constexpr int kQuality = 95;
 constexpr int kMostScans = 100;  // usual are 10; a scan for each bit of each channel makes some 40
 constexpr int kExifMarker = JPEG_APP0 + 1;
+constexpr std::size_t kMostProfile = std::size_t{255} * 65519;  // in as many markers as a byte counts
 
 struct Fault {
     jpeg_error_mgr manager;  // first, so that the library's pointer to it is one to this
@@ -103,7 +105,8 @@ public:
 
 private:
     void read_extras(Picture& picture) const {
-        if (profile_ != nullptr) keep_profile(picture, profile_, profile_bytes_);
+        const IccSpace space = jpeg_.jpeg_color_space == JCS_GRAYSCALE ? IccSpace::grey : IccSpace::rgb;
+        if (profile_ != nullptr) keep_profile(picture, profile_, profile_bytes_, space);
         if (turned_) picture.notes.emplace_back(kOrientationNote);
         constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch,
                                               Resolution::Unit::centimetre};
@@ -189,8 +192,8 @@ private:
         jpeg_.comp_info[0].h_samp_factor = jpeg_.comp_info[0].v_samp_factor = 1;  // colour as fine as light
         set_resolution();
         jpeg_start_compress(&jpeg_, TRUE);
-        const auto& icc = picture_.icc;
-        if (!icc.empty()) jpeg_write_icc_profile(&jpeg_, icc.data(), static_cast<unsigned>(icc.size()));
+        const auto* icc = profile_for(jpeg_format(), picture_.colours);
+        if (icc != nullptr) jpeg_write_icc_profile(&jpeg_, icc->data(), static_cast<unsigned>(icc->size()));
     }
 
     void set_resolution() {
@@ -227,7 +230,7 @@ void write(OutputFile& file, const Picture& picture, bool, const WriteOptions&, 
 }  // namespace
 
 const Format& jpeg_format() {
-    static const Format format{"JPEG", {"\xFF\xD8\xFF"}, {"jpg", "jpeg"}, {8}, false, false, read, write};
+    static const Format format{"JPEG", {"\xFF\xD8\xFF"}, {"jpg", "jpeg"}, {8}, false, false, kMostProfile, read, write};
     return format;
 }
 

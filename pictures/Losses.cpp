@@ -9,6 +9,7 @@
 #include "pictures/Carried.h"
 #include "pictures/Exr.h"
 #include "pictures/Light.h"
+#include "pictures/Profiles.h"
 
 namespace qx::pictures {
 namespace {
@@ -49,10 +50,16 @@ bool any_overflow(const Picture& picture) {
         *picture.world, [&](const QX_PixelFloat&, int x, int y) { return overflows(associated_pixel(picture, x, y)); });
 }
 
-/// Of a picture in linear light; a file that tells none means those of HDTV.
-std::array<float, 8> primaries_of(const Picture& picture) {
-    constexpr std::array<float, 8> usual{0.64f, 0.33f, 0.3f, 0.6f, 0.15f, 0.06f, 0.3127f, 0.329f};
-    return picture.primaries.value_or(usual);
+Primaries light_primaries(const Picture& picture) { return picture.colours.primaries.value_or(kRec709Primaries); }
+
+/// What a file of this format does not tell of the colours: a note, or null. A plain sRGB is what all take for granted
+/// of whole numbers, and on floats there is a note of its own.
+const char* unsaid_colours(const Format& format, const ColourTags& tags) {
+    if (format.linear && tags.primaries) return nullptr;
+    if (!tags.icc.bytes.empty()) return profile_hindrance(format, tags);
+    if (tags.primaries) return "its primaries are left out, only OpenEXR holds them";
+    if (&format == &png_format() || tags.png.intent || tags.png.is_near_srgb()) return nullptr;
+    return "what its chunks gAMA and cHRM say is left out, only PNG holds them";
 }
 
 }  // namespace
@@ -83,7 +90,7 @@ std::vector<std::string> lost_beside(const Picture& picture) {
 }
 
 std::vector<std::string> taken_otherwise(const Picture& layer, const Picture& background) {
-    const bool differ = layer.linear && background.linear && primaries_of(layer) != primaries_of(background);
+    const bool differ = layer.linear && background.linear && light_primaries(layer) != light_primaries(background);
     if (!differ) return {};
     return {"its primaries are not those of the background, values are taken as they are"};
 }
@@ -91,9 +98,9 @@ std::vector<std::string> taken_otherwise(const Picture& layer, const Picture& ba
 std::vector<std::string> left_out(const std::string& path, const Picture& picture, int depth,
                                   const WriteOptions& options) {
     std::vector<std::string> notes;
-    const bool linear = is_linear_format(path);
-    if (linear && !picture.icc.empty()) notes.emplace_back("its colour profile is left out, OpenEXR holds none");
-    if (!linear && picture.primaries) notes.emplace_back("its primaries are left out, only OpenEXR holds them");
+    const Format& format = format_to_write(path);
+    const bool linear = format.linear;
+    if (const char* note = unsaid_colours(format, picture.colours)) notes.emplace_back(note);
     if (!linear && picture.attributes) notes.emplace_back("its attributes are left out, only OpenEXR holds them");
     if (!linear && lies_outside(picture)) notes.emplace_back(kOutsideIsLost);
     if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);

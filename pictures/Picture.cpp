@@ -36,12 +36,6 @@ const Format* format_named(const std::string& path) {
     return nullptr;
 }
 
-const Format& format_to_write(const std::string& path) {
-    const Format* format = format_named(path);
-    if (format == nullptr) throw Failure(path, "the name's ending tells no format; known are " + known_endings());
-    return *format;
-}
-
 bool recognised(const Format& format, const InputFile& file) {
     return std::any_of(format.magics.begin(), format.magics.end(),
                        [&](const std::string& magic) { return file.begins_with(magic); });
@@ -96,6 +90,12 @@ int guarded_copy(QX_World& to, const QX_World& from) {
 }
 
 }  // namespace
+
+const Format& format_to_write(const std::string& path) {
+    const Format* format = format_named(path);
+    if (format == nullptr) throw Failure(path, "the name's ending tells no format; known are " + known_endings());
+    return *format;
+}
 
 std::string extension_of(const std::string& path) {
     const auto name = path.substr(path.find_last_of('/') + 1);
@@ -155,15 +155,6 @@ std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& worl
 bool any_transparency(const QX_World& world) {
     return with_pixel_of(
         world, [&]<class Pixel>() { return any_alpha_but<Pixel>(world, QX_ChannelOf<Pixel>(DepthOf<Pixel>::full)); });
-}
-
-void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes) {
-    constexpr std::size_t header = 128, space = 16;
-    if (bytes >= header && std::equal(data + space, data + space + 4, "RGB ")) {
-        picture.icc.assign(data, data + bytes);
-    } else {
-        picture.notes.emplace_back("its colour profile is not for RGB and is left out");
-    }
 }
 
 namespace {

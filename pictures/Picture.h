@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "QX/world/QX_World.h"
+#include "pictures/ColourTag.h"
 #include "pictures/Failure.h"
 #include "pictures/Files.h"
 #include "pictures/Pixels.h"
@@ -41,9 +41,8 @@ struct About {
     bool linear = false;                     ///< a format whose values are light, not encoded
     Precision precision = Precision::eight;  ///< of the values that came into the pixels
     bool half = false;                       ///< OpenEXR is written in half floats unless it is told otherwise
-    std::vector<std::uint8_t> icc;           ///< an RGB profile, or empty
+    ColourTags colours;                      ///< what the file says of them
     Resolution resolution;
-    std::optional<std::array<float, 8>> primaries;    ///< x and y of red, green, blue, white, where OpenEXR tells them
     std::shared_ptr<const ExrAttributes> attributes;  ///< null when there are none
 };
 

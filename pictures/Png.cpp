@@ -2,21 +2,24 @@
 // PNG of 8 and 16 bits. The library leaves by longjmp: what it is called from holds plain variables only.
 #include <png.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csetjmp>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 #include "pictures/Format.h"
 #include "pictures/Pixels.h"
+#include "pictures/PngColours.h"
 
 namespace qx::pictures {
 namespace {
 
 struct Fault {
     char text[160] = "";
-    bool bad_profile = false;
-    bool short_of_memory = false;  ///< for something that the library goes on without
+    const char* bad_chunks[std::size(kPngColourChunks)] = {};  ///< words on those that cannot be read
+    bool short_of_memory = false;                              ///< for something that the library goes on without
 };
 
 void on_error(png_structp png, png_const_charp text) {
@@ -24,9 +27,13 @@ void on_error(png_structp png, png_const_charp text) {
     png_longjmp(png, 1);
 }
 void on_warning(png_structp png, png_const_charp text) {
-    if (memory_ran_out()) static_cast<Fault*>(png_get_error_ptr(png))->short_of_memory = true;
-    const bool profile = std::strncmp(text, "iCCP", 4) == 0 || std::strncmp(text, "profile", 7) == 0;
-    if (profile) static_cast<Fault*>(png_get_error_ptr(png))->bad_profile = true;
+    Fault& fault = *static_cast<Fault*>(png_get_error_ptr(png));
+    if (memory_ran_out()) fault.short_of_memory = true;
+    for (std::size_t i = 0; i < std::size(kPngColourChunks); ++i) {
+        if (std::strncmp(text, kPngColourChunks[i], 4) != 0) continue;
+        const bool damaged = std::strstr(text, "CRC") != nullptr;
+        fault.bad_chunks[i] = damaged ? "its checksum is wrong" : "it is too large";
+    }
 }
 
 /// Runs calls of the library. @return false when it gave up
@@ -70,11 +77,15 @@ private:
     /// Header, and everything brought to alpha, red, green, blue of 8 or 16 bits.
     void begin() {
         png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // sizes are judged by us, with their own text
+        for (const char* name : kPngColourChunks) {
+            png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_ALWAYS, reinterpret_cast<png_const_bytep>(name), 1);
+        }
         png_init_io(png_, file_.stream());
         png_read_info(png_, info_);
         width_ = png_get_image_width(png_, info_);
         height_ = png_get_image_height(png_, info_);
         depth_ = png_get_bit_depth(png_, info_) == 16 ? 16 : 8;
+        grey_ = (png_get_color_type(png_, info_) & PNG_COLOR_MASK_COLOR) == 0;
         const bool key = png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
         alpha_ = key || (png_get_color_type(png_, info_) & PNG_COLOR_MASK_ALPHA) != 0;
         png_set_expand(png_);
@@ -99,16 +110,26 @@ private:
     }
 
     void read_extras(Picture& picture) {
-        png_charp name = nullptr;
-        png_bytep profile = nullptr;
-        png_uint_32 bytes = 0, x = 0, y = 0;
-        int method = 0, unit = 0;
-        if (png_get_iCCP(png_, info_, &name, &method, &profile, &bytes) != 0) keep_profile(picture, profile, bytes);
-        if (profile == nullptr && fault_.bad_profile)
-            picture.notes.emplace_back("its colour profile is damaged and is left out");
+        read_colours(picture);
+        png_uint_32 x = 0, y = 0;
+        int unit = 0;
         if (png_get_pHYs(png_, info_, &x, &y, &unit) != 0) {
             const bool metric = unit == PNG_RESOLUTION_METER;
             picture.resolution = {double(x), double(y), metric ? Resolution::Unit::metre : Resolution::Unit::none};
+        }
+    }
+
+    /// Of chunks of a name the first counts, if it stands before the palette and the pixels.
+    void read_colours(Picture& picture) {
+        png_unknown_chunkp chunks = nullptr;
+        const auto count = png_get_unknown_chunks(png_, info_, &chunks);
+        for (std::size_t i = 0; i < std::size(kPngColourChunks); ++i) {
+            PngChunk found{kPngColourChunks[i], {}, fault_.bad_chunks[i]};
+            const auto* chunk = std::find_if(chunks, chunks + count, [&](const png_unknown_chunk& c) {
+                return std::memcmp(c.name, found.name, 4) == 0 && c.location == PNG_HAVE_IHDR;
+            });
+            if (chunk != chunks + count) found.bytes.assign(chunk->data, chunk->data + chunk->size);
+            if (chunk != chunks + count || found.fault != nullptr) keep_chunk(picture, found, grey_);
         }
     }
 
@@ -119,7 +140,7 @@ private:
     png_infop info_;
     std::uint32_t width_ = 0, height_ = 0;
     int depth_ = 8;
-    bool alpha_ = false;
+    bool grey_ = false, alpha_ = false;
 };
 
 void write_bytes(png_structp png, png_bytep data, std::size_t bytes) {
@@ -132,6 +153,7 @@ public:
     Writer(OutputFile& file, const Picture& picture, bool with_alpha, int compression, Watch& watch)
         : file_(file),
           picture_(picture),
+          colours_(chunks_of(picture.colours)),
           watch_(watch),
           alpha_(with_alpha),
           compression_(compression),
@@ -163,11 +185,12 @@ private:
         png_set_IHDR(png_, info_, png_uint_32(world.width), png_uint_32(world.height), world.Depth(),
                      alpha_ ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        const auto& icc = picture_.icc;
-        if (!icc.empty()) {
-            png_set_iCCP(png_, info_, "ICC profile", PNG_COMPRESSION_TYPE_BASE, icc.data(), png_uint_32(icc.size()));
-        }
         write_resolution();
+        png_write_info_before_PLTE(png_, info_);
+        for (const PngChunk& chunk : colours_) {
+            png_write_chunk(png_, reinterpret_cast<png_const_bytep>(chunk.name), chunk.bytes.data(),
+                            chunk.bytes.size());
+        }
         png_write_info(png_, info_);
         if (alpha_) {
             png_set_swap_alpha(png_);
@@ -196,6 +219,7 @@ private:
 
     OutputFile& file_;
     const Picture& picture_;
+    const std::vector<PngChunk> colours_;
     Watch& watch_;
     bool alpha_;
     int compression_;
@@ -213,7 +237,7 @@ void write(OutputFile& file, const Picture& picture, bool with_alpha, const Writ
 }  // namespace
 
 const Format& png_format() {
-    static const Format format{"PNG", {"\x89PNG\r\n\x1A\n"}, {"png"}, {8, 16}, true, false, read, write};
+    static const Format format{"PNG", {"\x89PNG\r\n\x1A\n"}, {"png"}, {8, 16}, true, false, kMostIccBytes, read, write};
     return format;
 }
 

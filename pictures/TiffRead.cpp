@@ -9,6 +9,7 @@
 
 #include "pictures/Format.h"
 #include "pictures/Pixels.h"
+#include "pictures/Profiles.h"
 #include "pictures/Tiff.h"
 #include "pictures/TiffFormat.h"
 
@@ -25,13 +26,14 @@ struct Layout {
     std::uint32_t block_width = 0, block_height = 0;
 
     int colours() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
+    bool is_grey() const { return photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE; }
+    IccSpace space() const { return is_grey() ? IccSpace::grey : IccSpace::rgb; }
     bool is_float() const { return kind == SAMPLEFORMAT_IEEEFP; }
     int depth() const { return is_float() ? 32 : bits; }
     bool direct() const {
         const bool integers = kind == SAMPLEFORMAT_UINT && (bits == 8 || bits == 16);
         const bool floats = is_float() && (bits == 16 || bits == 32);
-        const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
-        return (integers || floats) && (grey || photometric == PHOTOMETRIC_RGB) && samples >= colours();
+        return (integers || floats) && (is_grey() || photometric == PHOTOMETRIC_RGB) && samples >= colours();
     }
 };
 
@@ -270,7 +272,7 @@ private:
         std::uint32_t bytes = 0;
         void* profile = nullptr;
         if (TIFFGetField(handle_.tiff, TIFFTAG_ICCPROFILE, &bytes, &profile) != 0) {
-            keep_profile(picture, static_cast<const unsigned char*>(profile), bytes);
+            keep_profile(picture, static_cast<const unsigned char*>(profile), bytes, layout_.space());
         }
         float x = 0, y = 0;
         std::uint16_t unit = RESUNIT_INCH;

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "pictures/Pixels.h"
+#include "pictures/Profiles.h"
 #include "pictures/Tiff.h"
 
 namespace qx::pictures {
@@ -77,8 +78,8 @@ bool set_fields(TIFF* tiff, const Picture& picture, int samples) {
     set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
     set(TIFFTAG_PREDICTOR, depth == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
     set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
-    const auto& icc = picture.icc;
-    if (!icc.empty()) set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(icc.size()), icc.data());
+    const auto* icc = profile_for(tiff_format(), picture.colours);
+    if (icc != nullptr) set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(icc->size()), icc->data());
     using Unit = Resolution::Unit;
     const Unit own = picture.resolution.unit;
     const Resolution r = own == Unit::metre ? picture.resolution.in(Unit::centimetre) : picture.resolution;
@@ -127,6 +128,7 @@ const Format& tiff_format() {
         {8, 16, 32},
         true,
         false,
+        kMostIccBytes,
         read_tiff,
         write_tiff};
     return format;

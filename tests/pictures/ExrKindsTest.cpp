@@ -74,8 +74,8 @@ TEST_F(ExrKinds, PrimariesAndTheShapeOfPixelsPassThrough) {
     write_exr(folder / "a.exr", {"R", "G", "B"});
     write("b.exr", read("a.exr"), 32);
     const auto copy = read("b.exr");
-    ASSERT_TRUE(copy.primaries.has_value());
-    EXPECT_EQ(*copy.primaries, (std::array<float, 8>{0.7f, 0.3f, 0.2f, 0.8f, 0.1f, 0.0f, 0.3f, 0.35f}));
+    ASSERT_TRUE(copy.colours.primaries.has_value());
+    EXPECT_EQ(*copy.colours.primaries, (std::array<float, 8>{0.7f, 0.3f, 0.2f, 0.8f, 0.1f, 0.0f, 0.3f, 0.35f}));
     EXPECT_EQ(copy.resolution.y / copy.resolution.x, 2);
     Picture oblong = noise(8, 8);
     oblong.resolution = {1, 0.9, Resolution::Unit::none};
@@ -84,7 +84,7 @@ TEST_F(ExrKinds, PrimariesAndTheShapeOfPixelsPassThrough) {
         EXPECT_NEAR(read(name).resolution.y / read(name).resolution.x, 0.9, 1e-6) << name;
     }
     auto with_profile = picture<QX_PixelFloat>(1, 1, false, [](int, int) { return QX_PixelFloat{}; });
-    with_profile.icc = small_profile();
+    with_profile.colours.icc.bytes = small_profile();
     EXPECT_EQ(left_out("x.exr", copy, 32), Names{});
     EXPECT_EQ(left_out("x.png", copy, 32),
               (Names{"its primaries are left out, only OpenEXR holds them",

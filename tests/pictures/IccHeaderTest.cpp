@@ -14,16 +14,10 @@ Bytes number(std::uint32_t value) {
     return {std::uint8_t(value >> 24), std::uint8_t(value >> 16), std::uint8_t(value >> 8), std::uint8_t(value)};
 }
 
-/// A profile of 516 bytes, whose one tag reaches from byte 200 to the end, with other bytes at one place.
+/// A profile with other bytes at one place.
 Bytes changed(std::size_t at, const Bytes& bytes) {
     Bytes profile = profile_of("RGB ");
-    const auto put = [&](std::size_t place, const Bytes& what) {
-        std::copy(what.begin(), what.end(), profile.begin() + std::ptrdiff_t(place));
-    };
-    put(128, number(1));
-    put(136, number(200));
-    put(140, number(316));
-    put(at, bytes);
+    std::copy(bytes.begin(), bytes.end(), profile.begin() + std::ptrdiff_t(at));
     return profile;
 }
 Bytes letters(const char* text) { return {text, text + 4}; }
@@ -63,8 +57,8 @@ TEST(IccHeader, NamesTheFault) {
         {changed(36, letters("acsP")), "it has no signature", true},
         {changed(128, number(33)), "its table of tags is cut short", true},  // of 384 bytes, 32 tags
         {changed(128, number(0xFFFFFFFFu)), "its table of tags is cut short", true},
-        {changed(136, number(201)), "a tag lies outside of it", true},
-        {changed(140, number(317)), "a tag lies outside of it", true},
+        {changed(136, number(145)), "a tag lies outside of it", true},
+        {changed(140, number(373)), "a tag lies outside of it", true},
         {changed(136, number(0xFFFFFFFFu)), "a tag lies outside of it", true},
         {changed(140, number(0xFFFFFFFFu)), "a tag lies outside of it", true},
         {changed(12, letters("abst")), "it is for no device", false},
@@ -79,8 +73,7 @@ TEST(IccHeader, NamesTheFault) {
         EXPECT_EQ(verdict.fault, words);
         EXPECT_EQ(verdict.damaged, damaged) << words;
     }
-    const auto most = vet_icc(changed(128, number(32)));  // 31 of which are of zeros and noise
-    EXPECT_NE(most.fault, "its table of tags is cut short");
+    EXPECT_NE(vet_icc(changed(128, number(32))).fault, "its table of tags is cut short");
 }
 
 }  // namespace

@@ -32,14 +32,14 @@ TEST_F(PngKinds, GreyAndPaletteBecomeColours) {
 
 TEST_F(PngKinds, DamagedProfileIsLeftOutWithANote) {
     auto in = picture<QX_Pixel8>(4, 4, false, [](int, int) { return QX_Pixel8{255, 1, 2, 3}; });
-    in.icc = small_profile();
+    in.colours.icc.bytes = small_profile();
     write("a.png", in);
     EXPECT_TRUE(read("a.png").notes.empty());
     std::string png = bytes("a.png");
     put("a.png", png.replace(png.find("iCCP") + 20, 40, 40, '\xFF'));
     const auto damaged = read("a.png");
     EXPECT_EQ(damaged.notes.size(), 1u);
-    EXPECT_TRUE(damaged.icc.empty());
+    EXPECT_TRUE(damaged.colours.icc.bytes.empty());
     EXPECT_TRUE(same_pixels(damaged, in));
 }
 

@@ -99,7 +99,7 @@ TEST_F(RoundTrip, EveryFormatKeepsPixelsProfileAndResolution) {
         const bool has_alpha = i % 2 != 0, exr = kind.tolerance > 0;
         SCOPED_TRACE(std::string(kind.name) + (has_alpha ? " with alpha" : ""));
         Picture in = random_picture(kind.depth, has_alpha);
-        in.icc = small_profile();
+        in.colours.icc.bytes = small_profile();
         in.resolution = {300, 150, Resolution::Unit::inch};
         write_picture(folder / kind.name, in, kind.depth, {kind.half});
         const Picture out = read(kind.name);
@@ -111,7 +111,7 @@ TEST_F(RoundTrip, EveryFormatKeepsPixelsProfileAndResolution) {
                 ASSERT_NEAR(channels(in, y, y)[c], channels(out, y, y)[c], kind.tolerance) << y;
             }
         }
-        EXPECT_EQ(out.icc, exr ? Bytes{} : in.icc);
+        EXPECT_EQ(out.colours.icc.bytes, exr ? Bytes{} : in.colours.icc.bytes);
         const Resolution dpi = out.resolution.in(Resolution::Unit::inch);
         EXPECT_NEAR(dpi.x, 300, 0.02);
         EXPECT_NEAR(dpi.y, 150, 0.02);
@@ -120,7 +120,7 @@ TEST_F(RoundTrip, EveryFormatKeepsPixelsProfileAndResolution) {
 
 TEST_F(RoundTrip, JpegIsNearAndKeepsProfileAndResolution) {
     auto in = picture<QX_Pixel8>(64, 64, false, [](int x, int y) { return argb(255, 4 * x, 4 * y, 90); });
-    in.icc = small_profile();
+    in.colours.icc.bytes = small_profile();
     in.resolution = {72, 72, Resolution::Unit::inch};
     write("a.jpeg", in, 32);  // a depth that it cannot have
     const auto out = read("a.jpeg");
@@ -128,7 +128,7 @@ TEST_F(RoundTrip, JpegIsNearAndKeepsProfileAndResolution) {
         const auto a = channels(in, 63 - y, y), b = channels(out, 63 - y, y);
         for (std::size_t i = 0; i < 4; ++i) ASSERT_NEAR(a[i], b[i], i == 0 ? 0 : 6);
     }
-    EXPECT_EQ(out.icc, in.icc);
+    EXPECT_EQ(out.colours.icc.bytes, in.colours.icc.bytes);
     EXPECT_EQ(out.resolution.x, 72);
     EXPECT_FALSE(out.has_alpha);
     EXPECT_THROW(write("b.jpg", all_pairs()), Failure);

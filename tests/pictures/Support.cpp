@@ -61,7 +61,7 @@ bool same_pixels(const QX_World& a, const QX_World& b) {
 std::vector<std::uint8_t> profile_of(const char* space) {
     constexpr std::size_t bytes = 516;  // a very short one is refused by libpng
     std::vector<std::uint8_t> profile(bytes);
-    for (std::size_t i = 132; i < bytes; ++i) profile[i] = static_cast<std::uint8_t>(i * i * 73 >> 4);
+    for (std::size_t i = 144; i < bytes; ++i) profile[i] = static_cast<std::uint8_t>(i * i * 73 >> 4);
     const auto put = [&](std::size_t at, const char* text) { std::memcpy(profile.data() + at, text, 4); };
     profile[2] = bytes >> 8;
     profile[3] = bytes & 255;
@@ -70,6 +70,10 @@ std::vector<std::uint8_t> profile_of(const char* space) {
     put(16, space);
     put(20, "XYZ ");
     put(36, "acsp");
+    put(132, "desc");
+    const std::uint8_t one_tag[] = {0, 0, 0, 1}, its_place[] = {0, 0, 0, 144, 0, 0, 1, 116};
+    std::copy(std::begin(one_tag), std::end(one_tag), profile.begin() + 128);
+    std::copy(std::begin(its_place), std::end(its_place), profile.begin() + 136);
     const std::uint8_t d50[] = {0, 0, 0xF6, 0xD6, 0, 1, 0, 0, 0, 0, 0xD3, 0x2D};
     std::copy(std::begin(d50), std::end(d50), profile.begin() + 68);
     return profile;

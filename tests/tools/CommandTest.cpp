@@ -15,7 +15,7 @@ protected:
     }
     static qx::pictures::Picture with_profile(int alpha) {
         auto made = picture<QX_Pixel8>(32, 20, alpha < 255, [=](int x, int y) { return argb(alpha, x, y, x + y); });
-        made.icc = small_profile();
+        made.colours.icc.bytes = small_profile();
         return made;
     }
 };
@@ -74,7 +74,7 @@ TEST_F(Command, ClearLayerLeavesTheBackgroundWithItsProfile) {
     for (const std::string out : {"o.png", "o.tif"}) {
         run("comp back.png clear.png -o " + out);
         EXPECT_TRUE(same("back.png", out)) << out;
-        EXPECT_EQ(read(out).icc, read("back.png").icc);
+        EXPECT_EQ(read(out).colours.icc.bytes, read("back.png").colours.icc.bytes);
     }
 }
 

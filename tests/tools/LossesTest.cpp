@@ -47,7 +47,7 @@ TEST_F(Losses, EachIsToldOnceAJob) {
     const auto colour = [](float v) { return [=](int, int) { return QX_PixelFloat{1, v, 0.5f, 0}; }; };
     write("tame.exr", picture<QX_PixelFloat>(9, 9, false, colour(0.5f)), 32);
     auto other = picture<QX_PixelFloat>(9, 9, false, colour(0.5f));
-    other.primaries = {0.7f, 0.3f, 0.2f, 0.8f, 0.1f, 0.0f, 0.3f, 0.35f};
+    other.colours.primaries = {0.7f, 0.3f, 0.2f, 0.8f, 0.1f, 0.0f, 0.3f, 0.35f};
     write("other.exr", other, 32);
     write("q.1.exr", picture<QX_PixelFloat>(9, 9, false, colour(2)), 32);
     put("q.2.exr", bytes("q.1.exr"));

@@ -219,7 +219,7 @@ bool is_own_attribute(const std::string& name) {
     return std::find(std::begin(own), std::end(own), name) != std::end(own);
 }
 
-Picture read_exr(InputFile& file, Watch& watch) {
+Picture read_exr(InputFile& file, bool, Watch& watch) {
     if (!attributes_fit(file.stream()))
         throw Failure(file.path(), "damaged or cut short OpenEXR: the file ends within its header");
     try {

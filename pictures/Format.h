@@ -20,8 +20,9 @@ struct Format {
     bool holds_alpha;
     bool linear;               ///< meant for linear light
     std::size_t most_profile;  ///< bytes that its files hold of an ICC profile
-    /// Gives pixels as the file has them, 16 bits from 0 to 65535; `associated` tells what they are.
-    Picture (*read)(InputFile& file, Watch& watch);
+    /// Gives pixels as the file has them, 16 bits from 0 to 65535; `associated` tells what they are. CMYK is refused
+    /// unless it `takes_cmyk`.
+    Picture (*read)(InputFile& file, bool takes_cmyk, Watch& watch);
     /// `picture` has one of the depths above; 16 bits go from 0 to 65535. `with_alpha` is false when all of it is
     /// opaque and may stay so.
     void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// JPEG, grey and RGB. The library leaves by longjmp: what it is called from holds plain variables only.
+// JPEG, grey, RGB and CMYK. The library leaves by longjmp: what it is called from holds plain variables only.
 #include <cstdio>  // before the library's header, which needs it
 
 #include <jpeglib.h>
@@ -89,24 +89,34 @@ public:
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    Picture read() {
+    Picture read(bool takes_cmyk) {
         checked([this] { begin(); });
-        if (jpeg_.jpeg_color_space == JCS_CMYK || jpeg_.jpeg_color_space == JCS_YCCK) {
-            throw Failure(file_.path(), "CMYK pictures are not supported; convert it to RGB first");
-        }
         Picture picture;
+        picture.cmyk = space() == IccSpace::cmyk;
+        if (picture.cmyk && !takes_cmyk) {
+            read_profile(picture);
+            refuse_cmyk(file_.path(), picture);
+        }
         picture.world = new_world(file_.path(), jpeg_.image_width, jpeg_.image_height, 8, false);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
         if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);
+        read_profile(picture);
         read_extras(picture);
         return picture;
     }
 
 private:
+    IccSpace space() const {
+        if (jpeg_.jpeg_color_space == JCS_CMYK || jpeg_.jpeg_color_space == JCS_YCCK) return IccSpace::cmyk;
+        return jpeg_.jpeg_color_space == JCS_GRAYSCALE ? IccSpace::grey : IccSpace::rgb;
+    }
+
+    void read_profile(Picture& picture) const {
+        if (profile_ != nullptr) keep_profile(picture, profile_, profile_bytes_, space());
+    }
+
     void read_extras(Picture& picture) const {
-        const IccSpace space = jpeg_.jpeg_color_space == JCS_GRAYSCALE ? IccSpace::grey : IccSpace::rgb;
-        if (profile_ != nullptr) keep_profile(picture, profile_, profile_bytes_, space);
         if (turned_) picture.notes.emplace_back(kOrientationNote);
         constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch,
                                               Resolution::Unit::centimetre};
@@ -134,17 +144,19 @@ private:
                 turned_ = true;
         }
         jpeg_read_icc_profile(&jpeg_, &profile_, &profile_bytes_);
-        jpeg_.out_color_space = JCS_EXT_ARGB;  // sets every alpha to 255
+        jpeg_.out_color_space = space() == IccSpace::cmyk ? JCS_CMYK : JCS_EXT_ARGB;  // sets every alpha to 255
     }
 
     void read_rows(QX_World& world) {
         jpeg_.progress = &scans_;
         jpeg_.client_data = &watch_;
         jpeg_start_decompress(&jpeg_);
+        const bool inverse = space() == IccSpace::cmyk && jpeg_.saw_Adobe_marker != 0;  // 255 is no ink then
         while (jpeg_.output_scanline < jpeg_.output_height &&
                watch_.next_row(jpeg_.output_scanline, jpeg_.output_height)) {
             JSAMPROW row = row_of<JSAMPLE>(world, static_cast<int>(jpeg_.output_scanline));
             jpeg_read_scanlines(&jpeg_, &row, 1);
+            if (inverse) std::transform(row, row + 4 * world.width, row, [](JSAMPLE v) { return JSAMPLE(255 - v); });
         }
         if (!watch_.stops()) jpeg_finish_decompress(&jpeg_);
     }
@@ -221,7 +233,7 @@ private:
     jpeg_compress_struct jpeg_{};
 };
 
-Picture read(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
+Picture read(InputFile& file, bool takes_cmyk, Watch& watch) { return Reader(file, watch).read(takes_cmyk); }
 
 void write(OutputFile& file, const Picture& picture, bool, const WriteOptions&, Watch& watch) {
     Writer(file, picture, watch).write();

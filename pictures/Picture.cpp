@@ -159,15 +159,22 @@ bool any_transparency(const QX_World& world) {
 
 namespace {
 
-Picture read_and_settle(const std::string& path, bool straighten, Watch& watch) {
+/// What a caller takes as it is.
+struct Takes {
+    bool associated = false, cmyk = false;
+};
+
+Picture read_and_settle(const std::string& path, const Takes& takes, Watch& watch) {
+    const bool straighten = !takes.associated;
     watch.must_go_on();
     errno = 0;
     try {
         InputFile file(path);
         for (const auto format : kFormats) {
             if (!recognised(format(), file)) continue;
-            Picture picture = format().read(file, watch);
+            Picture picture = format().read(file, takes.cmyk, watch);
             settle(path, picture, straighten);
+            if (picture.cmyk) picture.carried.reset();  // pixels of a file that they will not go to
             if (straighten && picture.associated) mark_light(picture);
             picture.linear = format().linear;
             picture.precision = picture.half ? Precision::half : precision_of(picture.world->Depth());
@@ -182,9 +189,15 @@ Picture read_and_settle(const std::string& path, bool straighten, Watch& watch) 
 
 }  // namespace
 
-Picture read_picture(const std::string& path, Watch& watch) { return read_and_settle(path, true, watch); }
+Picture read_picture(const std::string& path, Watch& watch) { return read_and_settle(path, {}, watch); }
 
-Picture read_picture_as_stored(const std::string& path, Watch& watch) { return read_and_settle(path, false, watch); }
+Picture read_picture_as_stored(const std::string& path, Watch& watch) {
+    return read_and_settle(path, {.associated = true}, watch);
+}
+
+Picture read_picture_or_cmyk(const std::string& path, Watch& watch) {
+    return read_and_settle(path, {.cmyk = true}, watch);
+}
 
 void check_output(const std::string& path) {
     format_to_write(path);
@@ -220,6 +233,7 @@ std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Pic
                                               const WriteOptions& options, Watch& watch) {
     watch.must_go_on();
     const Format& format = format_to_write(path);
+    if (picture.cmyk) throw Failure(path, "CMYK cannot be written");
     const int file_depth = nearest_depth(format, depth);
     Picture converted;
     if (picture.world->Depth() != file_depth || file_depth == 16) {

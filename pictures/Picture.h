@@ -58,6 +58,7 @@ struct Beside {
 /// A picture in memory: straight alpha, at the depth that its file has (half floats as floats).
 struct Picture : About, Beside {
     std::unique_ptr<QX_World> world;
+    bool cmyk = false;               ///< the world has inks, see `read_picture_or_cmyk`
     std::vector<std::string> notes;  ///< what the file holds and this does not
     About& about() { return *this; }
     const About& about() const { return *this; }
@@ -78,6 +79,13 @@ struct WriteOptions {
 Picture read_picture(const std::string& path, Watch& watch = unwatched());
 /// The same, with colours as the file stores them whatever it says of its alpha.
 Picture read_picture_as_stored(const std::string& path, Watch& watch = unwatched());
+/// The same as the first, which refuses CMYK. Here the pixels of such a file are C, M, Y, K in the order of their
+/// memory, where alpha, red, green, blue lie else, from 0, no ink, to full; and its profile is one for CMYK or none.
+/// They are to become RGB before anything else is done with them.
+Picture read_picture_or_cmyk(const std::string& path, Watch& watch = unwatched());
+
+/// What is to be said of a CMYK picture that tells no profile.
+inline constexpr const char* kCmykIsUnknown = "is CMYK without a usable colour profile, its colours are not known";
 
 /// Format by extension, at the depth nearest to `depth` that it can hold. The file appears whole or not at all. Throws
 /// Failure or Stopped.

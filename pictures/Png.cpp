@@ -228,7 +228,7 @@ private:
     png_infop info_;
 };
 
-Picture read(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
+Picture read(InputFile& file, bool, Watch& watch) { return Reader(file, watch).read(); }
 
 void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     Writer(file, picture, with_alpha, options.compression, watch).write();

@@ -21,6 +21,11 @@ void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes
     }
 }
 
+void refuse_cmyk(const std::string& path, const Picture& picture) {
+    const bool can_be_converted = !picture.colours.icc.bytes.empty();
+    throw Failure(path, can_be_converted ? "is CMYK; convert it to RGB first: qx convert" : kCmykIsUnknown);
+}
+
 const char* profile_hindrance(const Format& format, const ColourTags& tags) {
     if (format.most_profile == 0) return "its colour profile is left out, OpenEXR holds none";
     if (tags.icc.space == IccSpace::grey) return "its grey colour profile is left out, the result is RGB";

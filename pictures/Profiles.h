@@ -17,6 +17,9 @@ void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes
 /// The note on one that cannot be read. @param words  name the fault
 void note_damaged_profile(Picture& picture, const std::string& words);
 
+/// Throws Failure for a CMYK file where RGB is asked for. @param picture  what has been kept of it
+[[noreturn]] void refuse_cmyk(const std::string& path, const Picture& picture);
+
 /// Why a file of this format, whose pixels are always RGB, does not get the profile: a note, or null if it gets it.
 const char* profile_hindrance(const Format& format, const ColourTags& tags);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// TIFF in grey or RGB of 8 and 16 bits, half and float, in strips or tiles, samples together or in planes. Other
-// kinds (palette, bilevel, YCbCr) go through the library's own conversion to 8 bits.
+// TIFF in grey or RGB of 8 and 16 bits, half and float, and CMYK of integers, in strips or tiles, samples together or
+// in planes. Other kinds (palette, bilevel, YCbCr) go through the library's own conversion to 8 bits.
 #include <Imath/half.h>
 
 #include <algorithm>
@@ -20,20 +20,23 @@ namespace {
 struct Layout {
     std::uint32_t width = 0, height = 0;
     std::uint16_t bits = 1, samples = 1, kind = SAMPLEFORMAT_UINT, photometric = 0, planes = PLANARCONFIG_CONTIG;
+    std::uint16_t inks = INKSET_CMYK;
     int alpha = -1;  ///< index of the alpha sample
     bool associated = false;
     bool tiled = false;
     std::uint32_t block_width = 0, block_height = 0;
 
-    int colours() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
+    bool is_cmyk() const { return photometric == PHOTOMETRIC_SEPARATED && inks == INKSET_CMYK; }
+    int colours() const { return is_cmyk() ? 4 : photometric == PHOTOMETRIC_RGB ? 3 : 1; }
     bool is_grey() const { return photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE; }
-    IccSpace space() const { return is_grey() ? IccSpace::grey : IccSpace::rgb; }
+    IccSpace space() const { return is_cmyk() ? IccSpace::cmyk : is_grey() ? IccSpace::grey : IccSpace::rgb; }
     bool is_float() const { return kind == SAMPLEFORMAT_IEEEFP; }
     int depth() const { return is_float() ? 32 : bits; }
     bool direct() const {
         const bool integers = kind == SAMPLEFORMAT_UINT && (bits == 8 || bits == 16);
         const bool floats = is_float() && (bits == 16 || bits == 32);
-        return (integers || floats) && (is_grey() || photometric == PHOTOMETRIC_RGB) && samples >= colours();
+        const bool known = is_grey() || photometric == PHOTOMETRIC_RGB || (is_cmyk() && integers);
+        return (integers || floats) && known && samples >= colours();
     }
 };
 
@@ -46,6 +49,7 @@ Layout layout_of(TIFF* tiff) {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLEFORMAT, &l.kind);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &l.planes);
     TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &l.photometric);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_INKSET, &l.inks);
     if (l.kind == SAMPLEFORMAT_VOID) l.kind = SAMPLEFORMAT_UINT;
     std::uint16_t extras = 0, *types = nullptr;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extras, &types);
@@ -87,8 +91,10 @@ public:
         layout_ = layout_of(handle_.tiff);
     }
 
-    Picture read() {
+    Picture read(bool takes_cmyk) {
         Picture picture;
+        picture.cmyk = layout_.direct() && layout_.is_cmyk();
+        if (picture.cmyk) begin_cmyk(picture, takes_cmyk);
         picture.has_alpha = layout_.alpha >= 0;
         picture.half = layout_.is_float() && layout_.bits == 16;
         const int depth = layout_.direct() ? layout_.depth() : 8;
@@ -105,6 +111,7 @@ public:
             read_blocks<float, QX_PixelFloat>(*picture.world);
         }
         picture.associated = layout_.associated;
+        read_profile(picture);
         read_extras(picture);
         handle_.check_memory();
         return picture;
@@ -193,7 +200,8 @@ private:
     template <class Sample, class Pixel>
     void store_samples(const Sample* from, std::size_t step, Pixel* to, std::uint32_t count, int sample) {
         using Channel = QX_ChannelOf<Pixel>;
-        Channel Pixel::*const channels[] = {&Pixel::red, &Pixel::green, &Pixel::blue};
+        Channel Pixel::*const channels[] = {&Pixel::alpha, &Pixel::red, &Pixel::green, &Pixel::blue};
+        const auto* const own = layout_.is_cmyk() ? channels : channels + 1;  // of the first sample
         const bool grey = layout_.colours() == 1;
         const bool inverse = layout_.photometric == PHOTOMETRIC_MINISWHITE && sample == 0;
         if (sample != layout_.alpha && sample >= layout_.colours()) return;
@@ -205,7 +213,7 @@ private:
             } else if (grey) {
                 to[x].red = to[x].green = to[x].blue = value;
             } else {
-                to[x].*channels[sample] = value;
+                to[x].*own[sample] = value;
             }
         }
     }
@@ -268,12 +276,27 @@ private:
         });
     }
 
-    void read_extras(Picture& picture) {
+    /// Four inks take all of a pixel, so that there is no place for alpha.
+    void begin_cmyk(Picture& picture, bool takes_cmyk) {
+        if (!takes_cmyk) {
+            read_profile(picture);
+            refuse_cmyk(path_, picture);
+        }
+        if (layout_.associated) throw Failure(path_, "CMYK with associated alpha is not supported");
+        if (layout_.alpha >= 0) picture.notes.emplace_back("its alpha is left out, CMYK is read without");
+        has_lost_alpha_ = layout_.alpha >= 0;
+        layout_.alpha = -1;
+    }
+
+    void read_profile(Picture& picture) {
         std::uint32_t bytes = 0;
         void* profile = nullptr;
         if (TIFFGetField(handle_.tiff, TIFFTAG_ICCPROFILE, &bytes, &profile) != 0) {
             keep_profile(picture, static_cast<const unsigned char*>(profile), bytes, layout_.space());
         }
+    }
+
+    void read_extras(Picture& picture) {
         float x = 0, y = 0;
         std::uint16_t unit = RESUNIT_INCH;
         TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
@@ -290,7 +313,8 @@ private:
         if (layout_.direct() && orientation != ORIENTATION_TOPLEFT) {
             picture.notes.emplace_back(kOrientationNote);
         }
-        if (layout_.direct() && layout_.samples > layout_.colours() + (layout_.alpha >= 0 ? 1 : 0)) {
+        const int alphas = layout_.alpha >= 0 || has_lost_alpha_ ? 1 : 0;
+        if (layout_.direct() && layout_.samples > layout_.colours() + alphas) {
             picture.notes.emplace_back("its further channels are left out");
         }
         if (TIFFLastDirectory(handle_.tiff) == 0) picture.notes.emplace_back("only its first page is used");
@@ -301,10 +325,11 @@ private:
     Watch& watch_;
     TiffHandle handle_;
     Layout layout_;
+    bool has_lost_alpha_ = false;
 };
 
 }  // namespace
 
-Picture read_tiff(InputFile& file, Watch& watch) { return Reader(file, watch).read(); }
+Picture read_tiff(InputFile& file, bool takes_cmyk, Watch& watch) { return Reader(file, watch).read(takes_cmyk); }
 
 }  // namespace qx::pictures

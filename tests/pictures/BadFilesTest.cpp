@@ -4,7 +4,7 @@
 
 #include "pictures/Files.h"
 #include "pictures/Tiff.h"
-#include "tests/pictures/Writers.h"
+#include "tests/pictures/Embedding.h"
 
 namespace {
 
@@ -53,6 +53,21 @@ TEST_F(BadInput, CutFilesFailAndDamagedOnesDoNoWorse) {
             for (int i = 0; i < 4; ++i) damaged[random() % reach] = static_cast<char>(random());
             put(name, damaged);
             static_cast<void>(fault(name));
+        }
+    }
+}
+
+TEST_F(BadInput, DamagedCmykDoesNoWorse) {
+    std::mt19937 random(8);
+    for (const char* name : {"a.jpg", "a.tif"}) {
+        put_embedding(folder / name, IccSpace::cmyk, profile_of("CMYK"));
+        const std::string whole = bytes(name);
+        for (int round = 0; round < 200; ++round) {
+            std::string damaged = whole.substr(0, round % 4 ? whole.size() : random() % whole.size() + 1);
+            for (int i = 0; i < 3; ++i) damaged[random() % damaged.size()] = static_cast<char>(random());
+            put(name, damaged);
+            const auto words = fault_of<Failure>([&] { read_picture_or_cmyk(folder / name); });
+            EXPECT_TRUE(words.empty() || words.starts_with(folder / name));
         }
     }
 }

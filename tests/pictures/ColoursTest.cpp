@@ -140,7 +140,7 @@ TEST_F(Profiles, AreKeptWhereTheyFitThePixels) {
         block.push_back(0);  // behind its end
         for (const char* name : kNames) {
             SCOPED_TRACE(std::string(space) + (grey ? " in grey, " : " in RGB, ") + name);
-            put_embedding(folder / name, grey, block);
+            put_embedding(folder / name, grey ? IccSpace::grey : IccSpace::rgb, block);
             const auto in = read(name);
             EXPECT_EQ(in.notes, note ? Names{note} : Names{});
             EXPECT_EQ(in.colours.icc.bytes, note ? Bytes{} : profile);
@@ -155,6 +155,30 @@ TEST_F(Profiles, AreKeptWhereTheyFitThePixels) {
                 EXPECT_EQ(read(out).notes, Names{}) << out;
             }
         }
+    }
+}
+
+TEST_F(Profiles, CmykIsRefusedByWhatItSays) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"CMYK", "is CMYK; convert it to RGB first: qx convert"},
+        {"RGB ", "is CMYK without a usable colour profile, its colours are not known"},
+        {"HSV ", "is CMYK without a usable colour profile, its colours are not known"}};
+    for (const auto& [space, words] : cases) {
+        const Bytes profile = profile_of(space);
+        for (const char* name : {"a.jpg", "a.tif"}) {
+            put_embedding(folder / name, IccSpace::cmyk, profile);
+            EXPECT_EQ(fault(name), folder / name + ": " + words);
+            const auto in = read_picture_or_cmyk(folder / name);
+            const bool fits = space[0] == 'C';
+            EXPECT_EQ(in.colours.icc.bytes, fits ? profile : Bytes{});
+            EXPECT_TRUE(!fits || in.colours.icc.space == IccSpace::cmyk);
+            EXPECT_EQ(in.notes.size(), fits ? 0u : 1u);
+        }
+    }
+    for (const char* name : kNames) {
+        put_embedding(folder / name, IccSpace::rgb, small_profile());
+        const auto in = read_picture_or_cmyk(folder / name);
+        EXPECT_TRUE(!in.cmyk && same_pixels(in, read(name)));
     }
 }
 
@@ -195,7 +219,7 @@ TEST_F(Profiles, DamagedOnesAreKeptOrTold) {
         }
         if (random() % 2) block[reach() % block.size()] ^= std::uint8_t(1 << random() % 8);
         const char* name = kNames[seed % 3];
-        put_embedding(folder / name, random() % 2, block);
+        put_embedding(folder / name, random() % 2 ? IccSpace::grey : IccSpace::rgb, block);
         const auto in = read(name);
         const Bytes& icc = in.colours.icc.bytes;
         ASSERT_EQ(icc.empty(), in.notes.size() == 1) << seed;

@@ -4,6 +4,8 @@
 /// Small files with blocks of bytes in them that the libraries would not write.
 #include <zlib.h>
 
+#include <array>
+
 #include "tests/pictures/Writers.h"
 
 namespace qx::test {
@@ -40,21 +42,22 @@ inline void put_png(const std::string& path, int colour_type, const std::string&
     put_contents(path, file + chunks + png_chunk("IDAT", packed.substr(0, size)) + png_chunk("IEND", ""));
 }
 
-/// A picture of one pixel with a block in the place of its profile, in the format that the name tells.
-inline void put_embedding(const std::string& path, bool grey, const Bytes& block) {
-    const int samples = grey ? 1 : 3;
+/// A picture of one pixel of a space with a block in the place of its profile, in the format that the name tells.
+inline void put_embedding(const std::string& path, pictures::IccSpace space, const Bytes& block) {
+    const auto index = static_cast<std::size_t>(space);  // RGB, grey, CMYK
+    const int samples = std::array{3, 1, 4}[index];
     if (path.ends_with("png")) {
-        put_png(path, grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB, iccp_chunk(block));
+        put_png(path, samples == 1 ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB, iccp_chunk(block));
     } else if (path.ends_with("jpg")) {
-        write_jpeg(path, samples, grey ? JCS_GRAYSCALE : JCS_RGB, Bytes(static_cast<std::size_t>(samples), 9));
+        write_jpeg(path, samples, std::array{JCS_RGB, JCS_GRAYSCALE, JCS_CMYK}[index],
+                   Bytes(static_cast<std::size_t>(samples), 9));
         const std::string data = std::string("ICC_PROFILE\0\x01\x01", 14) + std::string(block.begin(), block.end());
         put_contents(path, contents(path).insert(2, "\xFF\xE2" + big_endian(data.size() + 2, 2) + data));
     } else {
-        TIFF* tiff = new_tiff(path, 1, 1, 8,
-                              {{TIFFTAG_SAMPLESPERPIXEL, samples},
-                               {TIFFTAG_PHOTOMETRIC, grey ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB}});
+        const int kind = std::array{PHOTOMETRIC_RGB, PHOTOMETRIC_MINISBLACK, PHOTOMETRIC_SEPARATED}[index];
+        TIFF* tiff = new_tiff(path, 1, 1, 8, {{TIFFTAG_SAMPLESPERPIXEL, samples}, {TIFFTAG_PHOTOMETRIC, kind}});
         TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(block.size()), block.data());
-        TIFFWriteScanline(tiff, const_cast<char*>("row"), 0, 0);
+        TIFFWriteScanline(tiff, const_cast<char*>("a row"), 0, 0);
         TIFFClose(tiff);
     }
 }

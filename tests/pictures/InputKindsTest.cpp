@@ -43,11 +43,9 @@ TEST_F(PngKinds, DamagedProfileIsLeftOutWithANote) {
     EXPECT_TRUE(same_pixels(damaged, in));
 }
 
-TEST_F(JpegKinds, GreyIsReadAndCmykRefused) {
+TEST_F(JpegKinds, GreyIsRead) {
     write_jpeg(folder / "grey.jpg", 1, JCS_GRAYSCALE, Bytes(16, 90));
     EXPECT_EQ(channels(read("grey.jpg"), 3, 0), (List{255, 90, 90, 90}));
-    write_jpeg(folder / "cmyk.jpg", 4, JCS_CMYK, Bytes(64, 90));
-    EXPECT_HOLDS(fault("cmyk.jpg"), "CMYK");
 }
 
 TEST_F(JpegKinds, OrientationAndDamageAreTold) {
@@ -67,6 +65,32 @@ TEST_F(JpegKinds, OrientationAndDamageAreTold) {
     EXPECT_EQ(notes(exif(big)), Names{"is taken as stored, its orientation is not applied"});
     for (std::size_t cut = 0; cut < big.size() - 4; ++cut) EXPECT_EQ(notes(exif(big.substr(0, cut))), Names{}) << cut;
     EXPECT_EQ(notes(std::string("\xFF\xC4\0\x02", 4) + "garbage").size(), 1u);
+}
+
+/// The marker of Adobe tells that 255 is no ink, and that inks may be stored as light and black.
+TEST_F(JpegKinds, CmykHasThePolarityOfItsMarker) {
+    const List inks[] = {{10, 60, 120, 200}, {255, 0, 128, 0}};
+    Bytes row;
+    for (int i = 0; i < 32 * 4; ++i) row.push_back(static_cast<std::uint8_t>(inks[i / 64][std::size_t(i % 4)]));
+    for (const J_COLOR_SPACE stored : {JCS_CMYK, JCS_YCCK}) {
+        write_jpeg(folder / "a.jpg", 4, JCS_CMYK, row, 16, false, stored);
+        std::string file = bytes("a.jpg");
+        const auto marker = file.find("\xFF\xEE");
+        ASSERT_EQ(file.substr(marker + 4, 5), "Adobe");
+        put("b.jpg", file.erase(marker, 16));
+        for (const char* name : {"a.jpg", "b.jpg"}) {
+            if (stored == JCS_YCCK && name[0] == 'b') continue;  // only the marker tells of it
+            const auto in = read_picture_or_cmyk(folder / name);
+            EXPECT_TRUE(in.cmyk && !in.has_alpha);
+            for (const int x : {5, 21}) {  // away from the edge, over which colours run
+                const auto found = channels(in, x, 15);
+                for (std::size_t i = 0; i < 4; ++i) {
+                    const double ink = inks[x / 16][i];
+                    ASSERT_NEAR(found[i], name[0] == 'a' ? 255 - ink : ink, 3) << name << stored << " " << x;
+                }
+            }
+        }
+    }
 }
 
 /// A TIFF of 40 x 20 pixels whose sample s at (x, y) is value(x, y, s).
@@ -139,6 +163,44 @@ TEST_F(TiffKinds, LayoutsGiveTheSamePicture) {
             ASSERT_EQ(channels(picture, x, y), expected) << x << "," << y;
         }
     }
+}
+
+TEST_F(TiffKinds, CmykGivesInksInTheOrderOfTheirMemory) {
+    const auto value = [](int x, int y, int s) { return 5 * x + 2 * y + s + 1; };
+    const auto value16 = [&](int x, int y, int s) { return 257 * value(x, y, s); };
+    constexpr int inks = PHOTOMETRIC_SEPARATED;
+    const TiffKind kinds[] = {
+        {"strips", 4, inks, -1, false, false},
+        {"tiles", 4, inks, -1, false, true},
+        {"planes", 4, inks, -1, true, false},
+        {"tiled planes", 4, inks, -1, true, true},
+        {"alpha", 5, inks, EXTRASAMPLE_UNASSALPHA, false, false},
+        {"unknown extra", 5, inks, EXTRASAMPLE_UNSPECIFIED, true, true},
+    };
+    for (const TiffKind& kind : kinds) {
+        SCOPED_TRACE(kind.name);
+        write_tiff<std::uint8_t>(folder / "a.tif", kind, SAMPLEFORMAT_UINT, value);
+        write_tiff<std::uint16_t>(folder / "b.tif", kind, SAMPLEFORMAT_UINT, value16);
+        const auto eight = read_picture_or_cmyk(folder / "a.tif"), sixteen = read_picture_or_cmyk(folder / "b.tif");
+        EXPECT_TRUE(eight.cmyk && sixteen.cmyk && !eight.has_alpha && !sixteen.has_alpha && !sixteen.carried);
+        EXPECT_EQ(eight.notes, kind.samples == 4     ? Names{}
+                               : kind.name[0] == 'a' ? Names{"its alpha is left out, CMYK is read without"}
+                                                     : Names{"its further channels are left out"});
+        for (int i = 0; i < kWidth * kHeight; ++i) {
+            const int x = i % kWidth, y = i / kWidth;
+            for (int s = 0; s < 4; ++s) {
+                ASSERT_EQ(channels(eight, x, y)[std::size_t(s)], value(x, y, s)) << x << "," << y;
+                ASSERT_EQ(channels(sixteen, x, y)[std::size_t(s)], std::lround(value(x, y, s) * 32768 / 255.0)) << i;
+            }
+        }
+        EXPECT_EQ(fault("b.tif"), folder / "b.tif" + ": " + kCmykIsUnknown);
+        EXPECT_THROW(write("c.tif", eight), Failure);
+    }
+    write_tiff<std::uint8_t>(folder / "a.tif", {"", 5, inks, EXTRASAMPLE_ASSOCALPHA, false, false}, SAMPLEFORMAT_UINT,
+                             value);
+    EXPECT_THROW(read_picture_or_cmyk(folder / "a.tif"), Failure);
+    write_tiff<float>(folder / "a.tif", kinds[0], SAMPLEFORMAT_IEEEFP, value);
+    EXPECT_THROW(read_picture_or_cmyk(folder / "a.tif"), Failure);
 }
 
 TEST_F(TiffKinds, FurtherChannelsAndPagesAreTold) {

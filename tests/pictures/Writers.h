@@ -22,9 +22,9 @@ inline void write_png(const std::string& path, std::uint32_t format, std::uint32
     ASSERT_NE(png_image_write_to_file(&image, path.c_str(), 0, pixels.data(), 0, colours.data()), 0) << image.message;
 }
 
-/// A JPEG whose rows are all the same.
+/// A JPEG whose rows are all the same, stored in the usual way for its space unless told otherwise.
 inline void write_jpeg(const std::string& path, int components, J_COLOR_SPACE space, const Bytes& row,
-                       JDIMENSION height = 1, bool progressive = false) {
+                       JDIMENSION height = 1, bool progressive = false, J_COLOR_SPACE stored = JCS_UNKNOWN) {
     jpeg_compress_struct jpeg{};
     jpeg_error_mgr errors{};
     jpeg.err = jpeg_std_error(&errors);
@@ -36,6 +36,7 @@ inline void write_jpeg(const std::string& path, int components, J_COLOR_SPACE sp
     jpeg.input_components = components;
     jpeg.in_color_space = space;
     jpeg_set_defaults(&jpeg);
+    if (stored != JCS_UNKNOWN) jpeg_set_colorspace(&jpeg, stored);
     jpeg_set_quality(&jpeg, 100, TRUE);
     if (progressive) jpeg_simple_progression(&jpeg);
     jpeg_start_compress(&jpeg, TRUE);

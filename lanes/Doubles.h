@@ -24,5 +24,10 @@ template <class D> QX_INLINE Vector<std::int32_t, sizeof(D) / 2> narrowed_to_int
     using I = Vector<std::int32_t, sizeof(D) / 2>;
     QX_RETURN_BY_WIDTH(I, sizeof(D), cvttpd_epi32, x)
 }
+/// To the nearest integer, and to the even one between two; INT32_MIN for what does not fit.
+template <class D> QX_INLINE Vector<std::int32_t, sizeof(D) / 2> rounded_to_int(D x) {
+    using I = Vector<std::int32_t, sizeof(D) / 2>;
+    QX_RETURN_BY_WIDTH(I, sizeof(D), cvtpd_epi32, x)
+}
 
 }  // namespace qx

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "platform/Platform_Export.h"
+
 /// Transforms of curves, a matrix and curves in a form of their own, many times as fast as the colour library's exact
 /// one.
 namespace standalone {
@@ -25,6 +27,7 @@ public:
 /// @param law   what has to come out: an unoptimised pipeline from three floats to three
 /// @param clip  limits float results to 0..1
 /// @return null where the pipeline is no such chain: then it has to be evaluated itself. Throws std::bad_alloc.
-std::unique_ptr<const ColourForm> MakeColourForm(const cmsPipeline* law, ColourDepth src, ColourDepth dst, bool clip);
+PLATFORM_EXPORT std::unique_ptr<const ColourForm> MakeColourForm(const cmsPipeline* law, ColourDepth src,
+                                                                 ColourDepth dst, bool clip);
 
 }  // namespace standalone

@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+// Body of the kernels of colour chains, for one level. A bundle of pixels is read into planes, each colour goes through
+// its curve, the matrix mixes them, each goes through its curve again.
+#include "lanes/Doubles.h"
+#include "lanes/Level.h"
+#include "lanes/PixelAccess.h"
+#include "lanes/Scattered.h"
+#include "platform/standalone/SH_ColourKernels.h"
+
+namespace qx::QX_ISA {
+
+using Ints = Wide<std::int32_t>;
+using Floats = Wide<float>;
+using Bundle = Planes<Ints>;
+struct Colour {
+    Floats r, g, b;
+};
+
+QX_INLINE Ints bits_of(Floats x) {
+    Ints bits;
+    __builtin_memcpy(&bits, &x, sizeof bits);
+    return bits;
+}
+QX_INLINE Floats of_bits(Ints bits) {
+    Floats x;
+    __builtin_memcpy(&x, &bits, sizeof x);
+    return x;
+}
+
+QX_INLINE Floats value_at(const float* values, Ints place) { return of_bits(gather(values, place * 4)); }
+
+// --- powers ----------------------------------------------------------------------------------------
+QX_INLINE Floats scale_at(const PowerCurve& curve, Ints place) {
+#ifdef __AVX512BW__
+    const Ints near = greater(place - curve.first, Ints{});
+    if (all(near < 64)) {
+        const auto part = [&](int k) QX_LAMBDA { return _mm512_loadu_ps(curve.scales + curve.first + 16 * k); };
+        const auto among = [&](int k) QX_LAMBDA { return _mm512_permutex2var_ps(part(k), (__m512i)near, part(k + 1)); };
+        const __mmask16 upper = _mm512_test_epi32_mask((__m512i)near, _mm512_set1_epi32(32));
+        return (Floats)_mm512_mask_blend_ps(upper, among(0), among(2));
+    }
+#endif
+    return value_at(curve.scales, place);
+}
+
+template <int Terms> QX_INLINE Floats power_of(const PowerCurve& curve, Floats x) {
+    constexpr std::int32_t root_of_half = 0x3F3504F3;  // as bits
+    const Ints bits = bits_of(greater(x + curve.shift, splat<Floats>(0x1p-126f)));
+    const Ints exponent = (bits - root_of_half) >> 23;
+    const Floats u = of_bits(bits - (exponent << 23)) - 1.0f;
+    Floats sum = splat<Floats>(curve.terms[Terms - 1]);
+    for (int i = Terms - 2; i >= 0; --i) sum = sum * u + curve.terms[i];
+    const Floats power = (sum * u + 1.0f) * scale_at(curve, exponent + 126) + curve.lift;
+    return x < curve.limit ? x * curve.slope + curve.foot : power;
+}
+
+void power(const PowerCurve& curve, int terms, std::int64_t count, const float* x, float* y) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        const auto at = splat<Floats>(x[i]);
+        const Floats found =
+            terms == kPowerTerms8 ? power_of<kPowerTerms8>(curve, at) : power_of<kPowerTerms>(curve, at);
+        __builtin_memcpy(y + i, &found, sizeof *y);
+    }
+}
+
+// --- steps -----------------------------------------------------------------------------------------
+/// The colour library's own way to the nearest step, which begins one in 131,072 of a step early: what lies 32,767
+/// below is rounded to 16.16. No number goes where it goes there.
+template <class D> QX_INLINE D step_number(D x) {
+    const D limited = lesser(greater(x * 65535.0 + 0.5, splat<D>(0)), splat<D>(65535));
+    return (limited - 32767.0) * 65536.0;
+}
+inline constexpr float kStepOfNone = 32767.0f / 65535;
+
+template <class F> QX_INLINE auto fixed_step(F x) {
+    if constexpr (!is_wide<F>) {
+        return _mm_cvtsd_si32(_mm_set_sd(step_number(double{x})));
+    } else if constexpr (sizeof(F) == 16) {
+        Vector<std::int32_t, sizeof(F)> made;
+        for (int i = 0; i < 4; ++i) made[i] = _mm_cvtsd_si32(_mm_set_sd(step_number(double{x[i]})));
+        return made;
+    } else {
+        const auto half = [](auto part) QX_LAMBDA { return rounded_to_int(step_number(to_double(part))); };
+        return of_both(half(part_of<sizeof(F) / 2, 0>(x)), half(part_of<sizeof(F) / 2, 1>(x)));
+    }
+}
+QX_INLINE Ints step_of(Floats x) {
+    const Ints fixed = fixed_step<Floats>(x == x ? x : splat<Floats>(kStepOfNone));
+    return ((fixed >> 16) + 32767) & 0xFFFF;  // the last one wraps
+}
+
+// --- curves ----------------------------------------------------------------------------------------
+template <CurveKind Kind, int Terms, bool Bounded> QX_INLINE Floats through(const ColourCurves& c, int i, Floats x) {
+    if constexpr (Kind == CurveKind::steps) return value_at(c.values[i], step_of(x));
+    Floats y = x;
+    if constexpr (Kind == CurveKind::power) y = power_of<Terms>(*c.powers[i], x);
+    if constexpr (Bounded) {
+        y = x >= c.lowest ? y : splat<Floats>(c.outside);
+        y = x <= c.highest ? y : splat<Floats>(c.outside);
+    }
+    return y;
+}
+
+/// Bundles between memory and planes, floats as their bits. One pixel goes through a copy: what lies in memory is
+/// floats.
+template <Channels As, class Pixel> QX_INLINE Bundle load_bundle(const Pixel* p) {
+    if constexpr (is_wide<Ints>) return load_pixels<Bundle, As>(p);
+    Pixel one;
+    __builtin_memcpy(&one, p, sizeof one);
+    return load_pixels<Bundle, As>(&one);
+}
+template <class Pixel> QX_INLINE void store_bundle(Pixel* p, const Bundle& bundle) {
+    if constexpr (is_wide<Ints>) {
+        store_pixels(p, bundle);
+    } else {
+        Pixel one;
+        store_pixels(&one, bundle);
+        __builtin_memcpy(p, &one, sizeof one);
+    }
+}
+
+template <CurveKind Kind, class From> QX_INLINE Colour enter(const ColourCurves& curves, const From* p) {
+    const Bundle read = load_bundle<Channels::limited>(p);
+    const auto one = [&](int i, Ints c) QX_LAMBDA {
+        if constexpr (Kind == CurveKind::codes) {
+            return value_at(curves.values[i], c);
+        } else {
+            return through<Kind, kPowerTerms, true>(curves, i, of_bits(c));
+        }
+    };
+    return {one(0, read.r), one(1, read.g), one(2, read.b)};
+}
+
+QX_INLINE Colour mixed(const ColourChain& chain, const Colour& c) {
+    const auto row = [&](int i) QX_LAMBDA {
+        const auto& m = chain.matrix[i];
+        return ((c.r * m[0] + c.g * m[1]) + c.b * m[2]) + chain.offset[i];
+    };
+    return {row(0), row(1), row(2)};
+}
+
+/// A channel from a float, as its bits. What is no number becomes 0 at integers.
+template <class Channel> QX_INLINE Ints channel_of(const ColourChain& chain, Floats x) {
+    const auto limited = [](Floats v, float full)
+                             QX_LAMBDA { return lesser(greater(v, Floats{}), splat<Floats>(full)); };
+    if constexpr (sizeof(Channel) == 4) {
+        return bits_of(chain.clip ? limited(x, 1.0f) : x);
+    } else {
+        constexpr float full = sizeof(Channel) == 1 ? 255.0f : 32768.0f;
+        return truncate_to_int(limited(x * full + 0.5f, full));
+    }
+}
+
+/// The lane of pixels of type From that holds the pixel of a lane of pixels of type To.
+template <class From, class To> constexpr int lane_from(int lane) {
+    int i = 0;
+    while (pixel_of_lane<Bundle, From>(i) != pixel_of_lane<Bundle, To>(lane)) ++i;
+    return i;
+}
+/// Lanes of one order of pixels in that of another.
+template <class From, class To> QX_INLINE Ints in_order(Ints v) {
+    if constexpr (sizeof(From) == sizeof(To) || kRegister <= 16) {
+        return v;
+    } else {
+        return reordered(v, v, [](int lane) { return lane_from<From, To>(lane); });
+    }
+}
+
+template <CurveKind In, CurveKind Out, class From, class To>
+QX_INLINE void bundle(const ColourChain& chain, const From* src, To* dst) {
+    using Channel = decltype(dst->alpha);
+    const Colour c = mixed(chain, enter<In>(chain.in, src));
+    const auto leave = [&](int i, Floats x) QX_LAMBDA {
+        constexpr int terms = sizeof(Channel) == 1 ? kPowerTerms8 : kPowerTerms;
+        const Floats y = through<Out, terms, In != CurveKind::codes>(chain.out, i, x);
+        return in_order<From, To>(channel_of<Channel>(chain, y));
+    };
+    store_pixels(dst, Bundle{load_bundle<Channels::as_stored>(dst).a, leave(0, c.r), leave(1, c.g), leave(2, c.b)});
+}
+
+/// What is left at the end goes through copies of a bundle's size.
+template <CurveKind In, CurveKind Out, class From, class To>
+void run(const ColourChain& chain, std::int64_t count, const void* src, void* dst) {
+    constexpr int size = pixels_in<Bundle>;
+    const auto* from = static_cast<const From*>(src);
+    auto* to = static_cast<To*>(dst);
+    for (; count >= size; count -= size, from += size, to += size) bundle<In, Out>(chain, from, to);
+    if (count > 0) {
+        From source[size]{};
+        To target[size]{};
+        const auto left = static_cast<std::size_t>(count);
+        __builtin_memcpy(source, from, left * sizeof(From));
+        __builtin_memcpy(target, to, left * sizeof(To));
+        bundle<In, Out>(chain, source, target);
+        __builtin_memcpy(to, target, left * sizeof(To));
+    }
+}
+
+template <CurveKind In, class From, class Eight = ColourPixel<std::uint8_t>, class Sixteen = ColourPixel<std::uint16_t>,
+          class Real = ColourPixel<FloatBits>>
+inline constexpr ColourKernels::Runs runs_from{
+    {{&run<In, CurveKind::line, From, Eight>, &run<In, CurveKind::power, From, Eight>,
+      &run<In, CurveKind::steps, From, Eight>},
+     {&run<In, CurveKind::line, From, Sixteen>, &run<In, CurveKind::power, From, Sixteen>,
+      &run<In, CurveKind::steps, From, Sixteen>},
+     {&run<In, CurveKind::line, From, Real>, &run<In, CurveKind::power, From, Real>,
+      &run<In, CurveKind::steps, From, Real>}}};
+
+const ColourKernels colour_kernels{
+    {runs_from<CurveKind::codes, ColourPixel<std::uint8_t>>, runs_from<CurveKind::codes, ColourPixel<std::uint16_t>>},
+    {runs_from<CurveKind::line, ColourPixel<FloatBits>>, runs_from<CurveKind::power, ColourPixel<FloatBits>>,
+     runs_from<CurveKind::steps, ColourPixel<FloatBits>>},
+    &power};
+
+}  // namespace qx::QX_ISA

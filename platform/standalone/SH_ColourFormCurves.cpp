@@ -32,7 +32,7 @@ std::optional<Formula> formula_of(const cmsToneCurve* curve) {
     if (type == -1) return Formula{0, slope_of_line, 0, 0, 1 / g, 1, 0};
     const double a = p[1], b = p[2], c = p[3], d = p[4], e = p[5], f = p[6];
     if (!(a > 0)) return std::nullopt;
-    const double scale = std::pow(a, g), joint = std::pow(std::max(a * d + b, 0.0), g);
+    const double scale = std::pow(a, g), least = std::pow(std::max(a * d + b, 0.0), g);
     switch (type) {
         case 2:
             return Formula{-b / a, 0, 0, b / a, g, scale, 0};
@@ -43,11 +43,11 @@ std::optional<Formula> formula_of(const cmsToneCurve* curve) {
         case 4:
             return Formula{d, c, 0, b / a, g, scale, 0};
         case -4:
-            return Formula{joint, c == 0 ? 0 : 1 / c, 0, 0, 1 / g, 1 / a, -b / a};
+            return Formula{least, c == 0 ? 0 : 1 / c, 0, 0, 1 / g, 1 / a, -b / a};
         case 5:
             return Formula{d, c, f, b / a, g, scale, e};
         case -5:
-            return Formula{joint + e, c == 0 ? 0 : 1 / c, c == 0 ? 0 : -f / c, -e, 1 / g, 1 / a, -b / a};
+            return Formula{c * d + f, c == 0 ? 0 : 1 / c, c == 0 ? 0 : -f / c, -e, 1 / g, 1 / a, -b / a};
         default:
             return std::nullopt;
     }
@@ -114,12 +114,13 @@ std::vector<float> trials(float limit) {
 bool holds(const qx::PowerCurve& made, const cmsToneCurve* law, FormCurves::Side side, int terms,
            const qx::ColourKernels& kernels) {
     const std::vector<float> x = trials(made.limit);
+    const double offset = std::fabs(made.foot) + std::fabs(made.lift);
     std::vector<float> y(x.size());
     kernels.power(made, terms, static_cast<std::int64_t>(x.size()), x.data(), y.data());
     for (std::size_t i = 0; i < x.size(); ++i) {
         const double wanted = cmsEvalToneCurveFloat(law, x[i]), size = std::fabs(wanted);
         const double bound = terms == qx::kPowerTerms8      ? 3e-5 * std::max(size, 1.0)
-                             : side == FormCurves::Side::in ? 6e-7 * size + 1e-13
+                             : side == FormCurves::Side::in ? 6e-7 * size + 1e-7 * offset + 1e-13
                                                             : 2.5e-7 * std::max(size, 1.0);
         if (!(std::fabs(static_cast<double>(y[i]) - wanted) <= bound)) return false;
     }

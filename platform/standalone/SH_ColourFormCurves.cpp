@@ -169,8 +169,9 @@ bool FormCurves::make_for_floats(cmsToneCurve* const* curves, Side side, int ter
     if (std::all_of(curves, curves + 3, is_line)) return true;
     if (std::all_of(curves, curves + 3, is_table)) {
         kind_ = qx::CurveKind::steps;
-        return make_values(steps_, curves, [](const cmsToneCurve* curve, std::size_t i) {
-            return static_cast<float>(cmsEvalToneCurve16(curve, static_cast<cmsUInt16Number>(i)) / 65535.0);
+        return make_values(steps_, curves, [](const cmsToneCurve* curve, std::size_t place) {
+            const auto step = static_cast<cmsUInt16Number>(place - 1);  // the last one comes first
+            return static_cast<float>(cmsEvalToneCurve16(curve, step) / 65535.0);
         });
     }
     kind_ = qx::CurveKind::power;

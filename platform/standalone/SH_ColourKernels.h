@@ -31,7 +31,7 @@ struct PowerCurve {
     float scales[256];
 };
 
-/// What a curve answers to the 65,536 numbers that it tells apart.
+/// A curve of the library that is a table tells 65,536 numbers apart. The last of its answers comes first.
 inline constexpr int kSteps = 65536;
 
 /// Curves of the three colours.

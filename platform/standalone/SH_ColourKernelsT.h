@@ -29,15 +29,41 @@ QX_INLINE Floats of_bits(Ints bits) {
 
 QX_INLINE Floats value_at(const float* values, Ints place) { return of_bits(gather(values, place * 4)); }
 
+/// The same of 256 values, in registers where these have 64 bytes: pairs of them answer for 32 values each.
+QX_INLINE Floats value_of_byte(const float* values, Ints place) {
+#ifdef __AVX512BW__
+    const auto part = [&](int k) QX_LAMBDA { return _mm512_loadu_ps(values + 16 * k); };
+    const auto among = [&](int k)
+                           QX_LAMBDA { return _mm512_permutex2var_ps(part(2 * k), (__m512i)place, part(2 * k + 1)); };
+    const auto has = [&](int bit) QX_LAMBDA { return _mm512_test_epi32_mask((__m512i)place, _mm512_set1_epi32(bit)); };
+    const auto two = [&](int k) QX_LAMBDA { return _mm512_mask_blend_ps(has(32), among(k), among(k + 1)); };
+    const auto four = [&](int k) QX_LAMBDA { return _mm512_mask_blend_ps(has(64), two(k), two(k + 2)); };
+    return (Floats)_mm512_mask_blend_ps(has(128), four(0), four(4));
+#else
+    return value_at(values, place);
+#endif
+}
+
 // --- powers ----------------------------------------------------------------------------------------
+/// Of most pixels the scales are among the first 16 above zero.
 QX_INLINE Floats scale_at(const PowerCurve& curve, Ints place) {
 #ifdef __AVX512BW__
+    const auto near = (__m512i)greater(place - curve.first, Ints{});
+    const auto part = [&](int k) QX_LAMBDA { return _mm512_loadu_ps(curve.scales + curve.first + 16 * k); };
+    const auto all_below = [&](int n) QX_LAMBDA { return _mm512_cmpge_epi32_mask(near, _mm512_set1_epi32(n)) == 0; };
+    if (all_below(16)) return (Floats)_mm512_permutexvar_ps(near, part(0));
+    if (all_below(64)) {
+        const __mmask16 upper = _mm512_test_epi32_mask(near, _mm512_set1_epi32(32));
+        return (Floats)_mm512_mask_blend_ps(upper, _mm512_permutex2var_ps(part(0), near, part(1)),
+                                            _mm512_permutex2var_ps(part(2), near, part(3)));
+    }
+#elif defined __AVX2__
     const Ints near = greater(place - curve.first, Ints{});
-    if (all(near < 64)) {
-        const auto part = [&](int k) QX_LAMBDA { return _mm512_loadu_ps(curve.scales + curve.first + 16 * k); };
-        const auto among = [&](int k) QX_LAMBDA { return _mm512_permutex2var_ps(part(k), (__m512i)near, part(k + 1)); };
-        const __mmask16 upper = _mm512_test_epi32_mask((__m512i)near, _mm512_set1_epi32(32));
-        return (Floats)_mm512_mask_blend_ps(upper, among(0), among(2));
+    if (all(near < 16)) {
+        const auto part = [&](int k) QX_LAMBDA {
+            return _mm256_permutevar8x32_ps(_mm256_loadu_ps(curve.scales + curve.first + 8 * k), (__m256i)near);
+        };
+        return near < 8 ? (Floats)part(0) : (Floats)part(1);
     }
 #endif
     return value_at(curve.scales, place);
@@ -65,33 +91,32 @@ void power(const PowerCurve& curve, int terms, std::int64_t count, const float* 
 
 // --- steps -----------------------------------------------------------------------------------------
 /// The colour library's own way to the nearest step, which begins one in 131,072 of a step early: what lies 32,767
-/// below is rounded to 16.16. No number goes where it goes there.
-template <class D> QX_INLINE D step_number(D x) {
-    const D limited = lesser(greater(x * 65535.0 + 0.5, splat<D>(0)), splat<D>(65535));
-    return (limited - 32767.0) * 65536.0;
-}
+/// below the step is rounded to 16.16. The last step does not fit and gives the least place, where its value lies. What
+/// is no number goes where it goes there.
 inline constexpr float kStepOfNone = 32767.0f / 65535;
+inline constexpr double kFixed = 65535.0 * 65536, kFixedStart = -32766.5 * 65536;
 
 template <class F> QX_INLINE auto fixed_step(F x) {
     if constexpr (!is_wide<F>) {
-        return _mm_cvtsd_si32(_mm_set_sd(step_number(double{x})));
+        return _mm_cvtsd_si32(_mm_set_sd(double{x} * kFixed + kFixedStart));
     } else if constexpr (sizeof(F) == 16) {
         Vector<std::int32_t, sizeof(F)> made;
-        for (int i = 0; i < 4; ++i) made[i] = _mm_cvtsd_si32(_mm_set_sd(step_number(double{x[i]})));
+        for (int i = 0; i < 4; ++i) made[i] = fixed_step<float>(x[i]);
         return made;
     } else {
-        const auto half = [](auto part) QX_LAMBDA { return rounded_to_int(step_number(to_double(part))); };
+        const auto half = [](auto part) QX_LAMBDA { return rounded_to_int(to_double(part) * kFixed + kFixedStart); };
         return of_both(half(part_of<sizeof(F) / 2, 0>(x)), half(part_of<sizeof(F) / 2, 1>(x)));
     }
 }
-QX_INLINE Ints step_of(Floats x) {
-    const Ints fixed = fixed_step<Floats>(x == x ? x : splat<Floats>(kStepOfNone));
-    return ((fixed >> 16) + 32767) & 0xFFFF;  // the last one wraps
+QX_INLINE Floats value_of_step(const float* values, Floats x) {
+    const Floats limited = lesser(greater(x, Floats{}), splat<Floats>(1.0f));
+    const Ints fixed = fixed_step<Floats>(x == x ? limited : splat<Floats>(kStepOfNone));
+    return of_bits(gather(values + kSteps / 2, (fixed >> 14) & ~3));
 }
 
 // --- curves ----------------------------------------------------------------------------------------
 template <CurveKind Kind, int Terms, bool Bounded> QX_INLINE Floats through(const ColourCurves& c, int i, Floats x) {
-    if constexpr (Kind == CurveKind::steps) return value_at(c.values[i], step_of(x));
+    if constexpr (Kind == CurveKind::steps) return value_of_step(c.values[i], x);
     Floats y = x;
     if constexpr (Kind == CurveKind::power) y = power_of<Terms>(*c.powers[i], x);
     if constexpr (Bounded) {
@@ -123,7 +148,7 @@ template <CurveKind Kind, class From> QX_INLINE Colour enter(const ColourCurves&
     const Bundle read = load_bundle<Channels::limited>(p);
     const auto one = [&](int i, Ints c) QX_LAMBDA {
         if constexpr (Kind == CurveKind::codes) {
-            return value_at(curves.values[i], c);
+            return sizeof(From) == 4 ? value_of_byte(curves.values[i], c) : value_at(curves.values[i], c);
         } else {
             return through<Kind, kPowerTerms, true>(curves, i, of_bits(c));
         }

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/colour/Profiles.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "scene/Words.h"
+
+namespace qx::scene {
+namespace {
+
+standalone::Primaries primaries_of(const pictures::Primaries& p) {
+    const auto point = [&](std::size_t i) {
+        return standalone::Chromaticity{static_cast<double>(p[i]), static_cast<double>(p[i + 1])};
+    };
+    return {point(0), point(2), point(4), point(6)};
+}
+
+pictures::Primaries as_floats(const standalone::Primaries& p) {
+    pictures::Primaries all{};
+    std::size_t i = 0;
+    for (const auto& point : {p.red, p.green, p.blue, p.white}) {
+        all[i++] = static_cast<float>(point.x);
+        all[i++] = static_cast<float>(point.y);
+    }
+    return all;
+}
+
+/// The profile that a file's words make; null, with words for why, where they make none.
+Profile told_profile(const pictures::Picture& picture, const pictures::ColourMeaning& meaning, std::string& fault) {
+    using Kind = pictures::ColourMeaning::Kind;
+    const bool usual = meaning.primaries == pictures::kRec709Primaries;
+    switch (meaning.kind) {
+        case Kind::icc: {
+            const auto& bytes = picture.colours.icc.bytes;
+            return standalone::ProfileFromICC(bytes.data(), bytes.size(), &fault);
+        }
+        case Kind::srgb:
+            return standalone::NamedProfile("srgb", &fault);
+        case Kind::gamma:
+            return standalone::MakeProfile({.name = "gamma " + words(meaning.exponent),
+                                            .primaries = primaries_of(meaning.primaries),
+                                            .curve = standalone::ToneCurve::power,
+                                            .exponent = meaning.exponent},
+                                           &fault);
+        case Kind::light:
+            if (usual) return standalone::NamedProfile("linear", &fault);
+            return standalone::MakeProfile({.name = "linear light",
+                                            .primaries = primaries_of(meaning.primaries),
+                                            .curve = standalone::ToneCurve::linear},
+                                           &fault);
+        default:
+            return nullptr;
+    }
+}
+
+bool is_inks(const Profile& profile) { return standalone::FactsOf(*profile).space == standalone::ProfileSpace::cmyk; }
+
+}  // namespace
+
+Profile profile_of_text(const std::string& text) {
+    std::string fault;
+    Profile profile = standalone::ProfileByNameOrFile(text, &fault);
+    if (profile) return profile;
+    std::error_code ignored;
+    if (std::filesystem::exists(text, ignored)) throw BadText(text, fault);
+    throw BadText(
+        text, "is no profile's name and no ICC file; is " + nearest_word(text, standalone::ProfileNames()) + " meant?");
+}
+
+Profile rgb_profile_of_text(const std::string& text) {
+    Profile profile = profile_of_text(text);
+    if (is_inks(profile)) throw BadText(text, "is a profile of inks, colours cannot be brought there");
+    return profile;
+}
+
+std::string name_of(const Profile& profile) { return standalone::FactsOf(*profile).name; }
+
+bool are_one(const Profile& a, const Profile& b) {
+    return HCL_EqualCMXIDs(a->GetProfile()->ID(), b->GetProfile()->ID());
+}
+
+Meaning meaning_of(const pictures::Picture& picture, std::vector<std::string>& notes) {
+    std::string fault;
+    const auto meaning = pictures::meaning_of(picture.colours, picture.linear);
+    Profile profile = told_profile(picture, meaning, fault);
+    if (!profile && !fault.empty()) notes.push_back("its colour profile cannot be used: " + fault);
+    if (profile && is_inks(profile) != picture.cmyk) {
+        notes.emplace_back("its colour profile is not for its pixels and is not used");
+        profile.reset();
+    }
+    if (profile || picture.cmyk) return {profile, profile != nullptr};
+    const bool is_light = picture.linear || picture.world->Depth() == 32;
+    return {standalone::NamedProfile(is_light ? "linear" : "srgb", &fault), false};
+}
+
+void assign(pictures::Picture& picture, const Profile& profile) {
+    const auto facts = standalone::FactsOf(*profile);
+    picture.colours = {};
+    picture.colours.icc.bytes = standalone::ICCOf(*profile);
+    if (facts.primaries) picture.colours.primaries = as_floats(*facts.primaries);
+    picture.linear = facts.over_range;
+}
+
+std::vector<std::string> taken_otherwise(const pictures::Picture& layer, const pictures::Picture& background) {
+    using Kind = pictures::ColourMeaning::Kind;
+    const auto is_told = [](const pictures::Picture& picture) {
+        return pictures::meaning_of(picture.colours, picture.linear).kind != Kind::unknown;
+    };
+    std::vector<std::string> notes;
+    if (layer.linear != background.linear || (!is_told(layer) && !is_told(background))) return notes;
+    std::vector<std::string> ignored;  // on the background's profile, which is told with the background
+    const Profile above = meaning_of(layer, notes).profile, below = meaning_of(background, ignored).profile;
+    if (!above || !below || are_one(above, below)) return notes;
+    notes.push_back("its profile (" + name_of(above) + ") is not the background's (" + name_of(below) +
+                    "); values are taken as they are, see --space");
+    return notes;
+}
+
+}  // namespace qx::scene

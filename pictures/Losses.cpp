@@ -50,8 +50,6 @@ bool any_overflow(const Picture& picture) {
         *picture.world, [&](const QX_PixelFloat&, int x, int y) { return overflows(associated_pixel(picture, x, y)); });
 }
 
-Primaries light_primaries(const Picture& picture) { return picture.colours.primaries.value_or(kRec709Primaries); }
-
 /// What a file of this format does not tell of the colours: a note, or null. A plain sRGB is what all take for granted
 /// of whole numbers, and on floats there is a note of its own.
 const char* unsaid_colours(const Format& format, const ColourTags& tags) {
@@ -87,12 +85,6 @@ std::vector<std::string> lost_beside(const Picture& picture) {
     if (!picture.light.empty()) notes.emplace_back(kLightIsLost);
     if (lies_outside(picture)) notes.emplace_back(kOutsideIsLost);
     return notes;
-}
-
-std::vector<std::string> taken_otherwise(const Picture& layer, const Picture& background) {
-    const bool differ = layer.linear && background.linear && light_primaries(layer) != light_primaries(background);
-    if (!differ) return {};
-    return {"its primaries are not those of the background, values are taken as they are"};
 }
 
 std::vector<std::string> left_out(const std::string& path, const Picture& picture, int depth,

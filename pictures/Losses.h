@@ -23,9 +23,6 @@ std::vector<std::string> lost_at_depth(const Picture& picture, int depth);
 /// What a result loses that is not of the picture's size, or has it as a layer or a mask.
 std::vector<std::string> lost_beside(const Picture& picture);
 
-/// What of a layer means something else on this background.
-std::vector<std::string> taken_otherwise(const Picture& layer, const Picture& background);
-
 /// What a file of this name will not hold of the picture, or of the file that it came from. After the work on the
 /// pixels.
 std::vector<std::string> left_out(const std::string& path, const Picture& picture, int depth,

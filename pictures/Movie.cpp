@@ -42,14 +42,15 @@ bool is_movie(const std::string& path) {
     return std::find(std::begin(known), std::end(known), ending) != std::end(known);
 }
 
-MovieFile::MovieFile(const std::string& path, int width, int height, const Rate& rate)
+MovieFile::MovieFile(const std::string& path, int width, int height, const Rate& rate, const MovieColours& colours)
     : file_(path), routines_(load(path)), movie_(nullptr) {
     file_.check();
     if (width % 2 != 0 || height % 2 != 0) {
         const std::string size = std::to_string(width) + " x " + std::to_string(height);
         throw Failure(path, "frames of " + size + ": a movie needs even sides");
     }
-    const movie::Settings settings{path.c_str(), file_.temporary().c_str(), width, height, rate.number, rate.per};
+    const movie::Settings settings{path.c_str(), file_.temporary().c_str(), width,           height, rate.number,
+                                   rate.per,     colours.primaries,         colours.transfer};
     movie::Words words{};
     movie_ = routines_->open(&settings, &words);
     check(movie_ != nullptr, words);

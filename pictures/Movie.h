@@ -14,13 +14,18 @@ struct Rate {
     int number = 25, per = 1;
 };
 
+/// What a movie says of its values, in the numbers of ITU-T H.273; 1 is BT.709, 2 is unknown.
+struct MovieColours {
+    int primaries = 1, transfer = 1;
+};
+
 /// True for a name that tells a movie.
 bool is_movie(const std::string& path);
 
 /// A movie that appears whole or not at all. Throws Failure.
 class MovieFile {
 public:
-    MovieFile(const std::string& path, int width, int height, const Rate& rate);
+    MovieFile(const std::string& path, int width, int height, const Rate& rate, const MovieColours& colours = {});
     ~MovieFile();
     MovieFile(const MovieFile&) = delete;
     MovieFile& operator=(const MovieFile&) = delete;

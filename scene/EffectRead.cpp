@@ -56,7 +56,7 @@ private:
         *key.to = {path, text_of_file(path)};
     }
     void take(const SceneNode& node, const char* name, const PictureKey& key) {
-        *key.to = read_file(node.need(name), folder_);
+        *key.to = (key.is_data ? read_data_file : read_file)(node.need(name), folder_);
         moves_ = moves_ || (*key.to)->name.has_place();
     }
     void take(const SceneNode& node, const char* name, const ListKey& key) {

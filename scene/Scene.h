@@ -11,6 +11,7 @@
 #include "scene/Keyframes.h"
 #include "scene/Placing.h"
 #include "scene/SceneFile.h"
+#include "scene/colour/WorkingSpace.h"
 #include "scene/effects/Effect.h"
 
 /// What a scene file says, checked; docs/scene.md describes the file.
@@ -55,7 +56,7 @@ struct SceneLayer {
     std::optional<SceneTransform> transform;
     Shutter shutter;
     bool rgb_only = false;
-    float gamma = 0;  ///< 0 blends the stored values
+    LightChoice light;
     int seed = 0;
 
     /// Of the layer at a frame, in time order; none for a layer that is not transformed.
@@ -72,12 +73,17 @@ struct Scene {
     pictures::Rate rate;
     std::optional<FrameRange> frames;
     QX_PixelFloat colour{0, 0, 0, 0};  ///< of the background
+    ColourChoices colours;
     std::optional<SceneFile> background;
     std::vector<SceneLayer> layers;
 };
 
 /// Throws SceneFault, or pictures::Failure for a file that cannot be read.
 Scene read_scene(const std::string& path);
+
+/// Throws SceneFault for choices of colour that do not go together: what needs a space where there is none, and a space
+/// of a background that is no picture.
+void check_colours(const Scene& scene);
 
 /// Throws SceneFault for the first file that a frame of the range needs and that is not there.
 void check_files(const Scene& scene, const FrameRange& frames);

@@ -6,6 +6,7 @@
 
 #include "pictures/Picture.h"
 #include "scene/EffectRead.h"
+#include "scene/Faults.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
 #include "scene/Scene.h"
@@ -25,9 +26,11 @@ public:
     explicit Reader(const std::string& path) : folder_(fs::path(path).parent_path().string()) { scene_.file = path; }
 
     Scene read(const SceneNode& root) {
-        root.check_keys({"size", "depth", "dither", "rate", "frames", "background", "layers", "comment"});
+        root.check_keys({"size", "depth", "dither", "rate", "frames", "space", "linearize", "output-space",
+                         "background", "layers", "comment"});
         read_comment(root);
         read_frame(root);
+        read_colours(root);
         if (const auto background = root.find("background")) read_background(*background);
         if (scene_.width == 0 && !scene_.background) root.need("size");
         for (const SceneNode& layer : root.need("layers").items(0, kMostItems))
@@ -53,6 +56,16 @@ private:
             scene_.frames = FrameRange{ends[0].whole(0, kMostFrame), ends[1].whole(0, kMostFrame), 1};
             if (scene_.frames->last < scene_.frames->first) frames->fault("ends before it begins");
         }
+    }
+
+    void read_colours(const SceneNode& root) {
+        ColourChoices& colours = scene_.colours;
+        if (const auto space = root.find("space")) {
+            colours.has_space = true;
+            if (space->text() != kOfBackground) colours.space = read_profile(*space, folder_);
+        }
+        if (const auto linearize = root.find("linearize")) colours.linearize = linearize->flag();
+        if (const auto output = root.find("output-space")) colours.output = read_profile(*output, folder_);
     }
 
     void read_rate(const SceneNode& rate) {
@@ -81,11 +94,11 @@ private:
     SceneMask read_mask(const SceneNode& node) {
         SceneMask mask;
         if (!node.is_object()) {
-            mask.file = read_file(node);
+            mask.file = read_data_file(node, folder_);
             return mask;
         }
         node.check_keys({"file", "kind", "at"});
-        mask.file = read_file(node.need("file"));
+        mask.file = read_data_file(node.need("file"), folder_);
         if (const auto kind = node.find("kind")) mask.kind = static_cast<QX_MaskKind>(kind->choice(kMaskKindWords));
         if (const auto at = node.find("at")) {
             const auto place = at->items(2, 2);
@@ -139,7 +152,8 @@ private:
         if (const auto quality = node.find("quality")) layer.quality = quality->choice(kQualityWords);
         if (const auto keep = node.find("rgb-only")) layer.rgb_only = keep->flag();
         if (const auto gamma = node.find("linear")) {
-            layer.gamma = static_cast<float>(gamma->number(kLeastGamma, kMostGamma));
+            layer.light.by_profile = gamma->is_text() && gamma->choice(kLinearWords) == 0;
+            if (!layer.light.by_profile) layer.light.gamma = static_cast<float>(gamma->number(kLeastGamma, kMostGamma));
         }
         if (const auto seed = node.find("seed")) layer.seed = seed->whole(INT_MIN, INT_MAX);
     }
@@ -189,7 +203,29 @@ struct Tree {
     ~Tree() { take_apart(value); }
 };
 
+void check_file(const Scene& scene, const SceneFile& file) {
+    if (file.profile && !scene.colours.has_space) throw SceneFault(scene.file, file.place + "/profile", kNeedsSpace);
+}
+
 }  // namespace
+
+void check_colours(const Scene& scene) {
+    const ColourChoices& colours = scene.colours;
+    if (colours.has_space) {
+        if (colours.space || scene.background) return;
+        throw SceneFault(scene.file, "/space", "is that of the background, which is no picture");
+    }
+    if (colours.linearize) throw SceneFault(scene.file, "/linearize", kNeedsSpace);
+    if (colours.output) throw SceneFault(scene.file, "/output-space", kNeedsSpace);
+    if (scene.background) check_file(scene, *scene.background);
+    for (const SceneLayer& layer : scene.layers) {
+        if (layer.light.by_profile) throw SceneFault(scene.file, layer.place + "/linear", kNeedsSpace);
+        check_file(scene, layer.file);
+        for (const SceneEffect& effect : layer.effects) {
+            for (const SceneFile* file : effect.effect->files()) check_file(scene, *file);
+        }
+    }
+}
 
 Scene read_scene(const std::string& path) {
     const Tree tree{parse_json(text_of_file(path), path)};

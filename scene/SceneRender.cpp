@@ -8,6 +8,7 @@
 #include "pictures/Losses.h"
 #include "scene/Faults.h"
 #include "scene/LayerWords.h"
+#include "scene/colour/Convert.h"
 
 namespace qx::scene {
 namespace {
@@ -20,15 +21,38 @@ int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
 
 }  // namespace
 
-SceneRender::SceneRender(const Scene& scene, Notes notes) : scene_(scene), notes_(std::move(notes)) {
+SceneRender::SceneRender(const Scene& scene, Notes notes, int first, pictures::Watch& watch)
+    : scene_(scene), notes_(std::move(notes)) {
+    if (scene.colours.has_space) settle_space(first, watch);
     for (const SceneLayer& layer : scene.layers) {
         if (layer.mode == xfer_dissolve && scene.depth == 32)
             note_once("", pictures::about(scene.file, kDissolveIsIdle));
         prepared_.push_back(std::make_unique<Prepared>());
-        auto& tables = tables_.emplace_back();
-        if (layer.gamma <= 0) continue;
-        tables = std::make_unique<QX_LinearBlendingTables>();
-        QX_BuildGammaBlendingTables(layer.gamma, tables.get());
+        tables_.push_back(tables_of(layer.light, space_ ? &*space_ : nullptr));
+    }
+}
+
+void SceneRender::settle_space(int first, pictures::Watch& watch) {
+    Profile profile = scene_.colours.space ? scene_.colours.space : scene_.background->profile;
+    if (!profile) {
+        std::vector<std::string> told_with_the_picture;
+        profile =
+            meaning_of(pictures::read_picture(scene_.background->at(first), watch), told_with_the_picture).profile;
+    }
+    space_.emplace(profile, scene_.colours.linearize);
+}
+
+void SceneRender::bring_into_space(const SceneFile& file, const std::string& path, pictures::Picture& picture,
+                                   pictures::Watch& watch) {
+    if (!space_ || file.is_data) return;
+    std::vector<std::string> notes;
+    space_->take(path, picture, file.profile, scene_.depth, notes, watch);
+    for (const auto& note : notes) {
+        if (note == kMeaningIsUsual) {
+            note_once("", note);
+        } else {
+            note_losses(file, path, {note});
+        }
     }
 }
 
@@ -54,7 +78,8 @@ SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_
 
 SceneRender::Still& SceneRender::still_of(const SceneFile& file, const QX_PixelFloat* matte) {
     const std::lock_guard lock(mutex_);
-    return stills_[(matte != nullptr ? file.place : "") + '\n' + file.at(0)];
+    const std::string kind = matte != nullptr || file.profile ? file.place : file.is_data ? "data" : "";
+    return stills_[kind + '\n' + file.at(0)];
 }
 
 /// Those that no other frame has read or reads at the moment, so that the first frames read different ones. A fault is
@@ -85,6 +110,7 @@ SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& p
     note_losses(file, path, picture->notes);
     note_losses(file, path, pictures::lost_at_depth(*picture, scene_.depth));
     if (matte != nullptr) must(unmultiply(*picture->world, *matte), pictures::about(scene_.file, file.place));
+    bring_into_space(file, path, *picture, watch);
     pictures::bring_to_depth(path, *picture, scene_.depth);
     if (scene_.background && &file == &*scene_.background) return picture;
     note_losses(file, path, pictures::lost_beside(*picture));
@@ -177,7 +203,7 @@ void SceneRender::composite_layer(std::size_t index, int number, pictures::Pictu
     const SceneLayer& layer = scene_.layers[index];
     const Shown picture = show(layer.file, number, layer.matte ? &*layer.matte : nullptr, watch);
     const Shown mask = layer.mask ? show(layer.mask->file, number, nullptr, watch) : nullptr;
-    note_losses(layer.file, layer.file.at(number), pictures::taken_otherwise(*picture, onto));
+    if (!space_) note_losses(layer.file, layer.file.at(number), taken_otherwise(*picture, onto));
     pictures::add_precision(onto, *picture);
     Transfer transfer;
     const auto canvas = with_effects(index, number, *picture, watch);
@@ -207,7 +233,9 @@ pictures::Picture SceneRender::frame(int number, pictures::Watch& watch) {
     watch.must_go_on();
     read_stills(watch);
     pictures::Picture frame = background(number, watch);
+    if (space_) assign(frame, space_->profile());
     for (std::size_t i = 0; i < scene_.layers.size(); ++i) composite_layer(i, number, frame, watch);
+    if (space_ && scene_.colours.output) space_->give(scene_.file, frame, scene_.colours.output, watch);
     return frame;
 }
 

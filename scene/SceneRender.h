@@ -25,13 +25,16 @@ public:
     using Notes = std::function<void(const std::string&)>;
 
     /// @param notes  gets what the user is to know, each note once and one at a time; may be null
-    SceneRender(const Scene& scene, Notes notes);
+    /// @param first  the frame whose background tells the space where it is that of the background
+    SceneRender(const Scene& scene, Notes notes, int first = 0, pictures::Watch& watch = pictures::unwatched());
 
     /// Throws pictures::Failure, WorkFault or pictures::Stopped.
     /// @param watch  hears of the rows of each step: a picture that is read, a layer that is laid on
     pictures::Picture frame(int number, pictures::Watch& watch);
     /// Size of the frames; that of the background's picture at `number` when the scene tells none.
     void size(int number, pictures::Watch& watch, int* width, int* height);
+
+    const WorkingSpace* space() const { return space_ ? &*space_ : nullptr; }
 
     /// How many frames of a size can be at work within so many bytes, at least one. Pictures count as large as a frame.
     int frames_within(std::uint64_t bytes, int width, int height) const;
@@ -61,14 +64,19 @@ private:
                                                pictures::Watch& watch);
     std::shared_ptr<const Canvas> worked_on(const SceneLayer& layer, int number, const pictures::Picture& picture,
                                             pictures::Watch& watch);
+    /// Brings a picture at the depth of its file into the space, if there is one.
+    void bring_into_space(const SceneFile& file, const std::string& path, pictures::Picture& picture,
+                          pictures::Watch& watch);
+    void settle_space(int first, pictures::Watch& watch);
     void composite_layer(std::size_t index, int number, pictures::Picture& onto, pictures::Watch& watch);
 
     const Scene& scene_;
     const Notes notes_;
-    std::vector<std::unique_ptr<QX_LinearBlendingTables>> tables_;  ///< of each layer, null without linear light
-    std::vector<std::unique_ptr<Prepared>> prepared_;               ///< of each layer
-    std::mutex mutex_;                                              // of what follows
-    std::map<std::string, Still> stills_;  ///< by place of the matte and path, so that layers share a picture
+    std::optional<WorkingSpace> space_;
+    std::vector<LightTables> tables_;                  ///< of each layer
+    std::vector<std::unique_ptr<Prepared>> prepared_;  ///< of each layer
+    std::mutex mutex_;                                 // of what follows
+    std::map<std::string, Still> stills_;  ///< by what makes it another picture and path, so that layers share one
     std::set<std::string> noted_;
 };
 

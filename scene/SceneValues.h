@@ -53,9 +53,13 @@ void read_track(const SceneNode& node, const char* key, std::size_t fewest, doub
     }
 }
 
-/// A name, or an object of a name and an offset.
+/// A name, or an object of a name, an offset and a profile.
 /// @param folder  that names count from
 SceneFile read_file(const SceneNode& node, const std::string& folder);
+/// The same of a mask, which has no profile.
+SceneFile read_data_file(const SceneNode& node, const std::string& folder);
+/// A profile's name, or the path of an ICC file.
+Profile read_profile(const SceneNode& node, const std::string& folder);
 
 /// Throws pictures::Failure.
 std::string text_of_file(const std::string& path);

@@ -66,8 +66,8 @@ void Encoder::open_codec(const Settings& settings) {
     codec_->framerate = {settings.rate, settings.per};
     codec_->time_base = {settings.per, settings.rate};
     codec_->colorspace = AVCOL_SPC_BT709;
-    codec_->color_primaries = AVCOL_PRI_BT709;
-    codec_->color_trc = AVCOL_TRC_BT709;
+    codec_->color_primaries = static_cast<AVColorPrimaries>(settings.primaries);
+    codec_->color_trc = static_cast<AVColorTransferCharacteristic>(settings.transfer);
     codec_->color_range = AVCOL_RANGE_MPEG;
     codec_->bit_rate = std::int64_t{settings.width} * settings.height * 8;
     if (av_opt_set(codec_->priv_data, "crf", kQuality, 0) >= 0) codec_->bit_rate = 0;

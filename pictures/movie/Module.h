@@ -7,7 +7,7 @@
 /// not: it loads the module when a movie is asked for, so that start-up and licence of all else are free of them.
 namespace qx::movie {
 
-inline constexpr int kVersion = 1;
+inline constexpr int kVersion = 2;
 inline constexpr const char* kFileName = "libqxmovie.so";
 inline constexpr const char* kEntryName = "qx_movie_routines";
 
@@ -15,7 +15,8 @@ struct Settings {
     const char* name;  ///< its ending tells the container
     const char* file;  ///< what is written, whatever its name
     int width, height;
-    int rate, per;  ///< frames in so many seconds
+    int rate, per;            ///< frames in so many seconds
+    int primaries, transfer;  ///< as ITU-T H.273 numbers them
 };
 
 /// Room for the words of a failure.

@@ -54,6 +54,13 @@ Profile told_profile(const pictures::Picture& picture, const pictures::ColourMea
     }
 }
 
+/// Whether two files plainly do, so that nobody has to look at their profiles.
+bool say_the_same(const pictures::Picture& a, const pictures::Picture& b) {
+    const auto of_a = pictures::meaning_of(a.colours, a.linear), of_b = pictures::meaning_of(b.colours, b.linear);
+    return of_a.kind == of_b.kind && of_a.exponent == of_b.exponent && of_a.primaries == of_b.primaries &&
+           a.colours.icc.bytes == b.colours.icc.bytes;
+}
+
 bool is_inks(const Profile& profile) { return standalone::FactsOf(*profile).space == standalone::ProfileSpace::cmyk; }
 
 }  // namespace
@@ -103,12 +110,8 @@ void assign(pictures::Picture& picture, const Profile& profile) {
 }
 
 std::vector<std::string> taken_otherwise(const pictures::Picture& layer, const pictures::Picture& background) {
-    using Kind = pictures::ColourMeaning::Kind;
-    const auto is_told = [](const pictures::Picture& picture) {
-        return pictures::meaning_of(picture.colours, picture.linear).kind != Kind::unknown;
-    };
     std::vector<std::string> notes;
-    if (layer.linear != background.linear || (!is_told(layer) && !is_told(background))) return notes;
+    if (layer.linear != background.linear || say_the_same(layer, background)) return notes;
     std::vector<std::string> ignored;  // on the background's profile, which is told with the background
     const Profile above = meaning_of(layer, notes).profile, below = meaning_of(background, ignored).profile;
     if (!above || !below || are_one(above, below)) return notes;

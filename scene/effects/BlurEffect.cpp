@@ -40,7 +40,7 @@ public:
             {"grow", nullptr, "make room for what spreads", FlagKey{&grow_}},
             {"channels", "rgba", "which of them change (default: rgba)",
              TextKey{[&](const std::string& text) { channels_ = channels_of(text); }}},
-            {"map", "FILE", "of mean and disc: the radius counts times this picture's luma", PictureKey{&map_}},
+            {"map", "FILE", "of mean and disc: the radius counts times this picture's luma", PictureKey{&map_, true}},
             {"gain", "F", "of disc: how much brighter highlights shine (default: 0)", NumbersKey{1, 0, 1000, &gain_}},
             {"threshold", "F", "of disc: luma from which a pixel is a highlight, 1 being white (default: 0.8)",
              NumbersKey{1, 0, 1000, &threshold_}},

@@ -46,6 +46,7 @@ struct DocumentKey {
 /// A picture, or in a scene a sequence of them.
 struct PictureKey {
     std::optional<SceneFile>* to;
+    bool is_data = false;  ///< a mask, whose values are no colours
 };
 
 struct Key;

@@ -185,7 +185,7 @@ private:
 
 Keys Mask::keys() {
     return {
-        {"file", "MASK", "picture that the mask is made of", PictureKey{&file}},
+        {"file", "MASK", "picture that the mask is made of", PictureKey{&file, true}},
         {"kind", "KIND", "alpha, inverse, luma, inverse-luma, hue, lightness, luminance or saturation (default: alpha)",
          ChoiceKey{kMaskKinds, &kind}},
         {"at", "X,Y", "where its left top corner lands (default: 0,0)", NumbersKey{2, -kFarthest, kFarthest, &at}},

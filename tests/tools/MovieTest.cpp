@@ -16,6 +16,7 @@ using Movies = QxTest;
 struct Movie {
     int width = 0, height = 0;
     double rate = 0;
+    int primaries = 0, transfer = 0;  ///< what it says of its values
     std::vector<int> lumas;
 };
 
@@ -41,6 +42,8 @@ Movie read_movie(const std::string& path) {
     movie.width = codec->width;
     movie.height = codec->height;
     movie.rate = av_q2d(stream.avg_frame_rate);
+    movie.primaries = codec->color_primaries;
+    movie.transfer = codec->color_trc;
     av_frame_free(&frame);
     av_packet_free(&packet);
     avcodec_free_context(&codec);
@@ -65,6 +68,25 @@ TEST_F(Movies, HoldEveryFrameInOrderWithItsBrightness) {
     EXPECT_EQ(folder.names().size(), 7u);
     ASSERT_EQ(qx("render s.json --frames 0-10x5 -o m.mp4").status, 0);
     EXPECT_EQ(read_movie(folder / "m.mp4").lumas.size(), 3u);
+}
+
+/// A grey that sRGB has at 128 has 0.2159 of the light.
+TEST_F(Movies, FramesOfASpaceGoToWhatTheMovieSays) {
+    write("g.png", 96, 64, [](int, int) { return QX_Pixel8{255, 128, 128, 128}; });
+    put("s.json", R"({"frames": [0, 0], "background": "g.png", "layers": []})");
+    const std::tuple<std::string, int, int, double> cases[] = {
+        {"", 1, 1, 128.0 / 255},
+        {"--space srgb", 1, 1, std::pow(0.215861, 1 / 2.4)},
+        {"--space linear --to display-p3", 12, 13, 128.0 / 255},
+        {"--space srgb --to rec2020", 9, 14, 1.099 * std::pow(0.215861, 0.45) - 0.099},
+        {"--space srgb --to gamma-1.8", 2, 2, std::pow(0.215861, 1 / 1.8)}};
+    for (const auto& [options, primaries, transfer, value] : cases) {
+        EXPECT_EQ(qx("render s.json --depth 16 " + options + " -o m.mp4").status, 0) << options;
+        const Movie movie = read_movie(folder / "m.mp4");
+        EXPECT_EQ(std::pair(movie.primaries, movie.transfer), std::pair(primaries, transfer)) << options;
+        ASSERT_EQ(movie.lumas.size(), 1u);
+        EXPECT_NEAR(movie.lumas[0], 16 + 219 * value, 1.5) << options;
+    }
 }
 
 }  // namespace

@@ -55,7 +55,8 @@ void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnc
     pictures::Picture& result = inputs.background;
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         const pictures::Picture& layer = inputs.layers[i].picture;
-        tell_losses(once, options.layers[i].file, pictures::taken_otherwise(layer, result));
+        if (!options.colours.has_space)
+            tell_losses(once, options.layers[i].file, scene::taken_otherwise(layer, result));
         pictures::add_precision(result, layer);
     }
     tell_losses(once, options.background,
@@ -87,16 +88,45 @@ scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& la
 }
 
 void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background,
-                     pictures::Watch& watch) {
+                     const scene::WorkingSpace* space, pictures::Watch& watch) {
     if (options.mode == xfer_dissolve && background.Depth() == 32) {
         say_note(pictures::about(options.file, scene::kDissolveIsIdle));
     }
-    std::unique_ptr<QX_LinearBlendingTables> tables;
-    if (options.gamma > 0) {
-        tables = std::make_unique<QX_LinearBlendingTables>();
-        QX_BuildGammaBlendingTables(options.gamma, tables.get());
-    }
+    const auto tables = scene::tables_of(options.light, space);
     scene::must(scene::composite(transfer_of(options, layer, tables.get()), background, watch), options.file);
+}
+
+/// All pictures but masks.
+void bring_into_space(const CompOptions& options, Inputs& inputs, int depth, NotesOnce& once,
+                      std::optional<scene::WorkingSpace>& space) {
+    Progress progress("converting", PartWatch::kSteps * static_cast<std::int64_t>(1 + inputs.layers.size()));
+    const SignalWatch signals;
+    const auto bring = [&](const std::string& file, pictures::Picture& picture, const scene::Profile& own) {
+        PartWatch watch(progress, signals);
+        std::vector<std::string> notes;
+        space->take(file, picture, own, depth, notes, watch);
+        for (const auto& note : notes) {
+            note == scene::kMeaningIsUsual ? once.say({{note, note}}) : tell_losses(once, file, {note});
+        }
+    };
+    std::vector<std::string> told_with_the_picture;
+    scene::Profile profile = options.colours.space ? options.colours.space : options.background_profile;
+    if (!profile) profile = scene::meaning_of(inputs.background, told_with_the_picture).profile;
+    space.emplace(profile, options.colours.linearize);
+    bring(options.background, inputs.background, options.background_profile);
+    for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
+        bring(options.layers[i].file, inputs.layers[i].picture, options.layers[i].profile);
+    }
+}
+
+void finish_colours(const CompOptions& options, const scene::WorkingSpace& space, pictures::Picture& result) {
+    const scene::Profile& output = options.colours.output;
+    if (output) {
+        FileProgress progress("converting");
+        space.give(options.output, result, output, progress);
+    }
+    const std::string note = scene::not_light(options.output, output ? output : space.profile());
+    if (!note.empty()) say_note(note);
 }
 
 void run(const CompOptions& options) {
@@ -109,7 +139,12 @@ void run(const CompOptions& options) {
     Inputs inputs;
     const Files files = files_of(options, inputs);
     read_all(files, once);
-    note_mixed_light(options, inputs);
+    std::optional<scene::WorkingSpace> space;
+    if (options.colours.has_space) {
+        bring_into_space(options, inputs, asked != 0 ? asked : deepest_of(files), once, space);
+    } else {
+        note_mixed_light(options, inputs);
+    }
     const int depth = unify(files, asked, once);
     QX_World& background = *inputs.background.world;
     {
@@ -117,9 +152,10 @@ void run(const CompOptions& options) {
         const SignalWatch signals;
         for (std::size_t i = 0; i < options.layers.size(); ++i) {
             PartWatch watch(progress, signals);
-            composite_layer(options.layers[i], inputs.layers[i], background, watch);
+            composite_layer(options.layers[i], inputs.layers[i], background, space ? &*space : nullptr, watch);
         }
     }
+    if (space) finish_colours(options, *space, inputs.background);
     note_losses(options, inputs, depth, once);
     write_result(options.output, inputs.background, depth, options.encoding);
 }

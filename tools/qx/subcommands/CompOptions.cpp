@@ -47,6 +47,13 @@ void set_matrix(LayerOptions& layer, const std::string& option, const std::strin
     layer.matrix = scene::matrix_of(elements);
 }
 
+void set_light(LayerOptions& layer, const std::string& option, const std::string& text) {
+    layer.light = {};
+    layer.light.by_profile = text == scene::kLinearWords[0];
+    if (layer.light.by_profile) return;
+    layer.light.gamma = static_cast<float>(real_number(option, text, scene::kLeastGamma, scene::kMostGamma));
+}
+
 using L = LayerOptions;
 using S = const std::string&;
 const LayerOption kLayerOptions[] = {
@@ -68,10 +75,10 @@ const LayerOption kLayerOptions[] = {
          l.has_mask_at = true;
          l.mask_option = option;
      }},
-    {"--linear", "GAMMA", "blend in linear light, with this exponent of the stored values",
-     [](L& l, S option, S text) {
-         l.gamma = static_cast<float>(real_number(option, text, scene::kLeastGamma, scene::kMostGamma));
-     }},
+    {"--linear", "GAMMA|profile", "blend in linear light, by this exponent of the values or by the curve of --space",
+     set_light},
+    {"--profile", "PROFILE", "profile of the layer's values (default: what its file says)",
+     [](L& l, S option, S text) { l.profile = value_of(option, [&] { return scene::rgb_profile_of_text(text); }); }},
     {"--rgb-only", nullptr, "keep the background's alpha",
      [](L& l, S option, S text) { l.rgb_only = flag(option, text); }},
     {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
@@ -99,7 +106,8 @@ those of `qx modes`, with - or _.
 Example:
   qx comp photo.jpg logo.png --mode screen --opacity 0.5 --at 40,40 -o out.png
   qx comp photo.jpg logo.png --anchor 64,64 --scale 0.5 --rotate 30 --at 200,150 -o out.png
-  qx comp a.tif b.tif --mode multiply c.exr --mode add --depth 32 -o out.exr)";
+  qx comp a.tif b.tif --mode multiply c.exr --mode add --depth 32 -o out.exr
+  qx comp photo.jpg wide.png --space srgb --linear profile -o out.png)";
 
 void check(const LayerOptions& layer) {
     if (layer.matrix && layer.placing) {
@@ -124,6 +132,11 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
                                  : command.add_option(option.name, option.help)->type_name(option.value)->expected(1);
         layer_options_.emplace_back(added->take_all()->group("Options of a layer"), &option);
     }
+    add_colour_options(command, colours_);
+    command
+        .add_option("--background-profile", background_profile_,
+                    "profile of the background's values (default: what its file says)")
+        ->type_name("PROFILE");
     add_picture_options(command, common_);
     command.footer(kFooter);
     set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
@@ -147,7 +160,23 @@ CompOptions CompCommandLine::options() const {
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
     for (const LayerOptions& layer : options.layers) check(layer);
+    read_colours(options);
     return options;
+}
+
+void CompCommandLine::read_colours(CompOptions& options) const {
+    if (const char* option = colours_.without_space()) throw WrongUsage(option + std::string(kNeedsSpaceOption));
+    colours_.apply(options.colours);
+    if (!background_profile_.empty()) {
+        options.background_profile =
+            value_of("--background-profile", [&] { return scene::rgb_profile_of_text(background_profile_); });
+    }
+    if (options.colours.has_space) return;
+    if (options.background_profile) throw WrongUsage(std::string("--background-profile") + kNeedsSpaceOption);
+    for (const LayerOptions& layer : options.layers) {
+        if (layer.light.by_profile) throw WrongUsage(layer.file + ": --linear profile" + kNeedsSpaceOption);
+        if (layer.profile) throw WrongUsage(layer.file + ": --profile" + kNeedsSpaceOption);
+    }
 }
 
 }  // namespace qx::tool

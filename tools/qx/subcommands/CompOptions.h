@@ -9,6 +9,7 @@
 
 #include "scene/Composite.h"
 #include "scene/Placing.h"
+#include "tools/qx/options/ColourOptions.h"
 #include "tools/qx/options/Options.h"
 
 namespace CLI {
@@ -29,7 +30,8 @@ struct LayerOptions {
     QX_MaskKind mask_kind = kQX_MaskAlpha;
     bool has_mask_at = false;
     Place mask_at{0, 0};
-    float gamma = 0;  ///< 0 blends the stored values
+    scene::LightChoice light;
+    scene::Profile profile;  ///< null: what the file says
     bool rgb_only = false;
     int seed = 0;
     int field = 0;
@@ -41,6 +43,8 @@ struct LayerOptions {
 
 struct CompOptions : PictureOptions {
     std::string background;
+    scene::Profile background_profile;
+    scene::ColourChoices colours;
     std::vector<LayerOptions> layers;
 };
 
@@ -55,11 +59,15 @@ public:
     CompOptions options() const;
 
 private:
+    void read_colours(CompOptions& options) const;
+
     CLI::App& command_;
     std::vector<std::string> files_;
     const CLI::Option* files_option_ = nullptr;
     std::vector<std::pair<const CLI::Option*, const LayerOption*>> layer_options_;
     CompOptions common_;
+    ColourOptions colours_;
+    std::string background_profile_;
 };
 
 }  // namespace qx::tool

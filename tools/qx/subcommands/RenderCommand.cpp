@@ -13,8 +13,10 @@
 #include "scene/Faults.h"
 #include "scene/InOrder.h"
 #include "scene/SceneRender.h"
+#include "scene/colour/MovieColours.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
+#include "tools/qx/options/ColourOptions.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
@@ -26,6 +28,7 @@ namespace {
 struct RenderOptions {
     CommonOptions common;
     EncodingOptions encoding;
+    ColourOptions colours;
     std::string scene, output, frames, depth, memory;
     bool resume = false;
 };
@@ -81,13 +84,23 @@ struct Job {
     }
 };
 
+/// What is to be said of values that a format is not meant for; empty where there is nothing.
+std::string light_note(const Job& job, const std::string& name, const pictures::Picture& frame) {
+    if (job.render.space() != nullptr) {
+        const scene::Profile& output = job.scene.colours.output;
+        return scene::not_light(name, output ? output : job.render.space()->profile());
+    }
+    const bool mixed = job.scene.background && frame.linear != pictures::is_linear_format(name);
+    return mixed ? pictures::kLightIsMixed : "";
+}
+
 /// What a frame loses in its file.
 std::vector<Note> losses(const Job& job, int number, const std::string& name, const pictures::Picture& frame) {
     const auto& background = job.scene.background;
     const std::string subject = background ? background->at(number) : job.scene.file;
-    const bool mixed = background && frame.linear != pictures::is_linear_format(name);
+    const std::string mixed = light_note(job, name, frame);
     std::vector<Note> notes;
-    if (mixed) notes.push_back({pictures::kLightIsMixed, pictures::kLightIsMixed});
+    if (!mixed.empty()) notes.push_back({mixed, mixed});
     for (const auto& note : pictures::left_out(name, frame, job.scene.depth, job.options.encoding.write_options())) {
         notes.push_back({note, pictures::about(subject, note)});
     }
@@ -133,7 +146,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
     }
     const Library library;
     SignalWatch watch;
-    scene::SceneRender render(scene, say_note);
+    scene::SceneRender render(scene, say_note, frames.first, watch);
     make_pictures({options, scene, frames, render, watch}, names);
 }
 
@@ -153,10 +166,12 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     if (options.resume) throw WrongUsage("--resume is for pictures, a movie is made as a whole");
     const Library library;
     SignalWatch watch;
-    scene::SceneRender render(scene, say_note);
+    scene::SceneRender render(scene, say_note, frames.first, watch);
     int width = 0, height = 0;
     render.size(frames.first, watch, &width, &height);
-    pictures::MovieFile movie(options.output, width, height, scene.rate);
+    const auto colours =
+        scene.colours.output ? scene::movie_colours_of(scene.colours.output) : pictures::MovieColours{};
+    pictures::MovieFile movie(options.output, width, height, scene.rate, colours);
     FrameProgress progress(frames.count());
     NotesOnce once;
     const auto make = [&](int index, pictures::Watch& frame_watch) -> scene::InTurn {
@@ -186,6 +201,9 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     say_detail(options.output, "written");
 }
 
+/// What players of movies take frames for.
+scene::Profile movie_profile() { return scene::profile_of_text("rec709-2.4"); }
+
 void run(const RenderOptions& options) {
     apply_common_options(options.common);
     if (!options.memory.empty()) memory_size("--memory", options.memory);
@@ -194,6 +212,12 @@ void run(const RenderOptions& options) {
     const bool movie = pictures::is_movie(options.output);
     scene::Scene scene = scene::read_scene(options.scene);
     if (depth != 0) scene.depth = depth;
+    options.colours.apply(scene.colours);
+    if (const char* option = options.colours.without_space(); option != nullptr && !scene.colours.has_space) {
+        throw WrongUsage(option + std::string(kNeedsSpaceOption));
+    }
+    scene::check_colours(scene);
+    if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();
     const scene::FrameRange frames = frames_of(options, scene);
     scene::check_files(scene, frames);
     (movie ? render_movie : render_pictures)(scene, frames, options);
@@ -213,6 +237,7 @@ void add_render(CLI::App& app) {
     command->add_flag("--resume", options->resume, "leave frames alone whose file is there and whole")
         ->disable_flag_override();
     add_depth_option(*command, options->depth, "those of the scene");
+    add_colour_options(*command, options->colours);
     command
         ->add_option("--memory", options->memory,
                      "memory for frames that are at work at once (default: half of the machine's)")

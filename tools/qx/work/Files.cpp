@@ -41,10 +41,14 @@ void read_all(const Files& files, NotesOnce& once) {
     });
 }
 
+int deepest_of(const Files& files) {
+    int depth = 8;
+    for (const auto& [file, picture] : files) depth = std::max<int>(depth, picture->world->Depth());
+    return depth;
+}
+
 int unify(const Files& files, int depth, NotesOnce& once) {
-    if (depth == 0) {
-        for (const auto& [file, picture] : files) depth = std::max<int>(depth, picture->world->Depth());
-    }
+    if (depth == 0) depth = deepest_of(files);
     for (const auto& [file, picture] : files) {
         tell_losses(once, *file, pictures::lost_at_depth(*picture, depth));
         pictures::bring_to_depth(*file, *picture, depth);

@@ -21,6 +21,8 @@ void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std
 /// Several at once, which makes no difference to what is told.
 void read_all(const Files& files, NotesOnce& once);
 
+int deepest_of(const Files& files);
+
 /// Brings all pictures to one depth, 0 standing for the deepest of them. @return it
 int unify(const Files& files, int depth, NotesOnce& once);
 

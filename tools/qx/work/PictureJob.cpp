@@ -7,6 +7,7 @@
 #include "pictures/Dither.h"
 #include "pictures/Light.h"
 #include "pictures/Losses.h"
+#include "scene/colour/Profiles.h"
 #include "tools/qx/terminal/Progress.h"
 
 namespace qx::tool {
@@ -49,7 +50,7 @@ void PictureJob::apply(const scene::Effect& effect, const char* words) {
 
 void PictureJob::write(int depth, bool dither) {
     for (std::size_t i = 1; i < inputs_.size(); ++i) {
-        tell_losses(once_, inputs_[i], pictures::taken_otherwise(pictures_[i], picture()));
+        tell_losses(once_, inputs_[i], scene::taken_otherwise(pictures_[i], picture()));
         pictures::add_precision(picture(), pictures_[i]);
     }
     tell_losses(once_, inputs_.front(),

@@ -54,7 +54,7 @@ void CopyText(char* to, std::size_t size, const char* text) {
 /// The context's own memory is there from the start, so that a context is never half made: the library keeps a list of
 /// them, which such a one would stay in. Used once, while the only context is made.
 struct Reserve {
-    alignas(16) std::array<std::byte, 65536> bytes;
+    alignas(16) std::array<std::byte, 16384> bytes;  // of which version 2.14 takes a twentieth
     std::size_t used;
 };
 Reserve reserve{};
@@ -196,6 +196,15 @@ void ColourArena::drop() {
 const cmsPipeline* LastColourPipeline() { return last_pipeline; }
 
 void RememberColourFault(const char* text) noexcept { CopyText(last_fault.data(), last_fault.size(), text); }
+
+void TellColourFault(CMX_Error error, std::string* fault) noexcept {
+    if (error == 0 || fault == nullptr) return;
+    try {
+        *fault = last_fault.data();
+    } catch (const std::bad_alloc&) {
+        *fault = "out of memory";  // short enough to need none
+    }
+}
 
 std::string LastColourFault() { return last_fault.data(); }
 

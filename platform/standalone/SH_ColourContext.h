@@ -30,6 +30,8 @@ private:
 
 /// Keeps the words for LastColourFault.
 void RememberColourFault(const char* text) noexcept;
+/// Gives the caller those words of an error, if there was one and `fault` is not null.
+void TellColourFault(CMX_Error error, std::string* fault) noexcept;
 
 /// Runs what may throw, and gives the engine's code for it.
 template <class Body> CMX_Error ColourBoundary(Body&& body) noexcept {

@@ -21,40 +21,35 @@ namespace {
 constexpr cmsTagSignature kCurveTags[] = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
 constexpr cmsTagSignature kColorantTags[] = {cmsSigRedColorantTag, cmsSigGreenColorantTag, cmsSigBlueColorantTag};
 
-/// Points of a curve that are looked at.
+/// What a curve is by its values at these steps, from 0 to 1.
 constexpr int kCurveSteps = 4096;
-double CurveAt(const cmsToneCurve* curve, int i) {
-    return static_cast<double>(cmsEvalToneCurveFloat(curve, static_cast<float>(i) / kCurveSteps));
-}
+struct CurveFacts {
+    bool is_of_numbers = true, is_identity = true;
+    double gamma = 0;  ///< 0 where no power is like the curve
+};
 
-bool IsIdentity(const cmsToneCurve* curve) {
-    for (int i = 0; i <= kCurveSteps; ++i) {
-        if (!(std::abs(CurveAt(curve, i) - static_cast<double>(i) / kCurveSteps) <= 1.0 / 65535)) return false;
-    }
-    return true;
-}
-
-/// The library has 1e22 for what is infinite.
-bool IsOfNumbers(const cmsToneCurve* curve) {
-    for (int i = 0; i <= kCurveSteps; ++i) {
-        if (!(std::abs(CurveAt(curve, i)) < 1e20)) return false;
-    }
-    return true;
-}
-
-/// The exponent of a power that is most like the curve.
-double GammaOf(const cmsToneCurve* curve) {
-    if (IsIdentity(curve)) return 1;
-    if (cmsGetToneCurveParametricType(curve) == 1) return cmsGetToneCurveParams(curve)[0];
+CurveFacts LookAt(const cmsToneCurve* curve) {
+    constexpr double kInfinite = 1e20;  // the library has 1e22 for that
+    CurveFacts facts;
     double sum = 0;
     int count = 0;
-    for (int i = 1; i < kCurveSteps; ++i) {
-        const double x = static_cast<double>(i) / kCurveSteps, y = CurveAt(curve, i);
-        if (x <= 0.07 || y <= 0 || y >= 1) continue;
+    for (int i = 0; i <= kCurveSteps; ++i) {
+        const double x = static_cast<double>(i) / kCurveSteps;
+        const auto y = static_cast<double>(cmsEvalToneCurveFloat(curve, static_cast<float>(x)));
+        if (!(std::abs(y) < kInfinite)) facts.is_of_numbers = false;
+        if (!(std::abs(y - x) <= 1.0 / 65535)) facts.is_identity = false;
+        if (i == kCurveSteps || x <= 0.07 || y <= 0 || y >= 1) continue;
         sum += std::log(y) / std::log(x);
         ++count;
     }
-    return count == 0 ? 0 : sum / count;
+    if (facts.is_identity) {
+        facts.gamma = 1;
+    } else if (cmsGetToneCurveParametricType(curve) == 1) {
+        facts.gamma = cmsGetToneCurveParams(curve)[0];
+    } else if (count > 0) {
+        facts.gamma = sum / count;
+    }
+    return facts;
 }
 
 Chromaticity ChromaticityOf(const cmsCIEXYZ& colour) {
@@ -94,15 +89,19 @@ bool ReadPrimaries(cmsHPROFILE profile, Primaries* primaries) {
 
 bool ReadCurves(cmsHPROFILE profile, ColourProfile::Content* content) {
     bool identity = true;
-    for (int i = 0; i < 3; ++i) {
+    const cmsToneCurve* before = nullptr;  // often the three are one
+    CurveFacts facts;
+    for (std::size_t i = 0; i < 3; ++i) {
         const auto* const curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile, kCurveTags[i]));
         if (curve == nullptr) return false;
-        if (!IsOfNumbers(curve)) {
+        if (curve != before) facts = LookAt(curve);
+        before = curve;
+        if (!facts.is_of_numbers) {
             cmsSignalError(cmsGetProfileContextID(profile), cmsERROR_RANGE, "a curve has values that are not numbers");
             return false;
         }
-        identity = identity && IsIdentity(curve);
-        content->gammas[static_cast<std::size_t>(i)] = GammaOf(curve);
+        identity = identity && facts.is_identity;
+        content->gammas[i] = facts.gamma;
     }
     content->has_gammas = std::all_of(content->gammas.begin(), content->gammas.end(),
                                       [](double gamma) { return gamma >= 0.1 && gamma <= 10; });

@@ -102,7 +102,7 @@ HCL_CMX_ProfilePtr OwnColourProfile(ColourProfileRef profile);
 template <class Get> HCL_CMX_ProfilePtr ColourProfileOrFault(std::string* fault, const Get& get) {
     HCL_CMX_ProfilePtr profile;
     const CMX_Error error = ColourBoundary([&] { profile = OwnColourProfile(get()); });
-    if (error != 0 && fault != nullptr) *fault = LastColourFault();
+    TellColourFault(error, fault);
     return profile;
 }
 

@@ -160,7 +160,7 @@ HCL_CMX_Transform MakeTransform(const HCL_CMX_Profile& from, const HCL_CMX_Profi
         transform.Reset(KeptTransform(ColourProfileOf(from.GetProfile()), ColourProfileOf(to.GetProfile()), intent,
                                       black_point_compensation));
     });
-    if (error != 0 && fault != nullptr) *fault = LastColourFault();
+    TellColourFault(error, fault);
     return transform;
 }
 

@@ -259,4 +259,18 @@ TEST(ColourFailure, NoAllocationThatFailsLeaksOrHarms) {
     }
 }
 
+/// What is made when it is first needed is asked for again after a failure, of which no pixel tells.
+TEST(ColourFailure, WhatIsMadeLateIsTriedAgain) {
+    const auto transform = link(named("srgb"), must_read(table_profile(3, 4.3)));
+    const auto compensating = options({{CMX_Code("blpc"), 1}});
+    std::array<std::uint8_t, 4> pixel{1, 2, 3, 4};
+    const auto run = [&] { return apply(transform.get(), &pixel, kBytes, &pixel, kBytes, 1, &compensating); };
+    for (const int n : {1, 10, 100}) EXPECT_EQ(short_of_memory(n, run), 4);
+    EXPECT_EQ(pixel, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
+    EXPECT_EQ(run(), 0);
+    const auto late = standalone::Memory().allocations;
+    EXPECT_EQ(run(), 0);
+    EXPECT_EQ(standalone::Memory().allocations, late) << "made once";
+}
+
 }  // namespace

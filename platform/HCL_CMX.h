@@ -139,7 +139,7 @@ private:
 };
 using HCL_CMX_ProfilePtr = boost::shared_ptr<HCL_CMX_Profile>;
 
-/// Profiles by their ids, each kept for the pool's whole life. Any thread.
+/// Profiles by their ids, each kept for the pool's whole life. Any thread. The host's throws std::bad_alloc.
 class HCL_CMX_ProfilePool {
 public:
     virtual ~HCL_CMX_ProfilePool() = default;

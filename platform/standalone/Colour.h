@@ -12,7 +12,8 @@
 #include "platform/Platform_Export.h"
 
 /// The stand-alone colour engine: profiles that are made and read, what they are, and transforms between them. Any
-/// thread. What fails gives null with one line of plain words in `*fault`, which may be null.
+/// thread. What fails gives null with one line of plain words in `*fault`, which may be null; what has no `fault` fails
+/// for want of memory alone, and throws std::bad_alloc.
 namespace standalone {
 
 /// A point of the CIE 1931 diagram.
@@ -42,9 +43,10 @@ PLATFORM_EXPORT std::vector<std::string> ProfileNames();
 /// A name, or else the path of an ICC file.
 PLATFORM_EXPORT HCL_CMX_ProfilePtr ProfileByNameOrFile(const std::string& text, std::string* fault);
 
-/// Copies the bytes of an ICC file. Profiles of grey become those of RGB with their curve and the primaries of sRGB.
-/// Refused is what is above 64 MB or damaged, a class that is not display, input, output or colour space, a device
-/// space that is not RGB, grey or CMYK, colorants without an inverse and values that are not numbers.
+/// Copies the bytes of an ICC file. Profiles of grey become those of RGB with their curve and the primaries of sRGB;
+/// those of CMYK can be a source alone. Refused is what is above 64 MB or damaged, a version above 4, a class that is
+/// not display, input, output or colour space, a device space that is not RGB, grey or CMYK, grey by lightness,
+/// colorants without an inverse, tables of processing elements and values that are not numbers.
 PLATFORM_EXPORT HCL_CMX_ProfilePtr ProfileFromICC(const void* bytes, std::size_t count, std::string* fault);
 
 enum class ProfileSpace { rgb, cmyk };

@@ -199,6 +199,14 @@ bool VetTables(const File& file, std::uint32_t channels, bool to_colour) {
     return any;
 }
 
+using Matrix = std::array<double, 9>;
+
+bool HasInverse(const Matrix& m) {
+    const double determinant =
+        m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) + m[2] * (m[3] * m[7] - m[4] * m[6]);
+    return std::abs(determinant) >= 1e-4;  // the colour library's own bound
+}
+
 /// @return whether the tag is there
 bool VetXYZ(const File& file, std::uint32_t code, const char* name, double* value) {
     const auto tag = file.find(code, name);
@@ -208,19 +216,31 @@ bool VetXYZ(const File& file, std::uint32_t code, const char* name, double* valu
     return true;
 }
 
+void VetWhite(const File& file) {
+    Matrix m{};
+    VetXYZ(file, CMX_Code("wtpt"), "the white point", m.data());
+    const auto chad = file.find(CMX_Code("chad"), "the adaptation");
+    if (!chad) return;
+    chad->must(chad->u32(0) == CMX_Code("sf32"), "is of an unknown type");
+    for (std::size_t i = 0; i < m.size(); ++i) m[i] = chad->fixed(8 + 4 * i);
+    chad->must(HasInverse(m), "has no inverse");
+}
+
+/// @return whether the file has curves and colorants
 bool VetMatrix(const File& file) {
-    double r[3], g[3], b[3];
-    const bool colorants = VetXYZ(file, CMX_Code("rXYZ"), "the red colorant", r) &&
-                           VetXYZ(file, CMX_Code("gXYZ"), "the green colorant", g) &&
-                           VetXYZ(file, CMX_Code("bXYZ"), "the blue colorant", b);
+    Matrix m{};
+    const bool colorants = VetXYZ(file, CMX_Code("rXYZ"), "the red colorant", m.data()) &&
+                           VetXYZ(file, CMX_Code("gXYZ"), "the green colorant", m.data() + 3) &&
+                           VetXYZ(file, CMX_Code("bXYZ"), "the blue colorant", m.data() + 6);
     int curves = 0;
     for (const std::uint32_t code : {CMX_Code("rTRC"), CMX_Code("gTRC"), CMX_Code("bTRC")}) {
-        if (const auto curve = file.find(code, "a curve")) VetCurve(*curve), ++curves;
+        const auto curve = file.find(code, "a curve");
+        if (!curve) continue;
+        VetCurve(*curve);
+        ++curves;
     }
     if (!colorants || curves < 3) return false;
-    const double determinant =
-        r[0] * (g[1] * b[2] - b[1] * g[2]) - g[0] * (r[1] * b[2] - b[1] * r[2]) + b[0] * (r[1] * g[2] - g[1] * r[2]);
-    Must(std::abs(determinant) >= 1e-4, "its colorants have no inverse");  // the colour library's own bound
+    Must(HasInverse(m), "its colorants have no inverse");
     return true;
 }
 
@@ -265,11 +285,7 @@ VettedICC VetICC(const std::uint8_t* bytes, std::size_t count) {
                  "it has tables of processing elements");
         }
     }
-    double white[3];
-    VetXYZ(file, CMX_Code("wtpt"), "the white point", white);
-    if (const auto chad = file.find(CMX_Code("chad"), "the adaptation")) {
-        chad->must(chad->u32(0) == CMX_Code("sf32") && chad->size() >= 44, "is of an unknown type");
-    }
+    VetWhite(file);
     switch (vetted.space) {
         case CMX_Code("RGB "):
             vetted.has_matrix = VetMatrix(file);

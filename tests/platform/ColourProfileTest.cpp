@@ -138,6 +138,12 @@ TEST(ColourProfile, LinearVersionsKeepColorantsAndWhite) {
         const ICC made = ICCOf(*linear);
         EXPECT_EQ(linear->GetName(), profile->GetName() + L" (linear)");
         EXPECT_TRUE(linear->IsOverRange() && !profile->IsOverRange());
+        const std::array<float, 4> one{0, 0.5F, 0, 1};  // no colour gets light of another one
+        std::array<float, 4> light{};
+        ASSERT_EQ(apply(link(profile, linear).get(), &one, kFloats, &light, kFloats, 1), 0);
+        EXPECT_NEAR(light[1], std::pow(0.5, FactsOf(*profile).gammas->at(0)), 0.01);
+        EXPECT_NEAR(light[2], 0, 1e-7);
+        EXPECT_NEAR(light[3], 1, 1e-6);
         for (const auto code : {kColorants[0], kColorants[1], kColorants[2], CMX_Code("wtpt")}) {
             for (std::size_t i = 8; i < 20; i += 4) {
                 EXPECT_EQ(number_at(made, tag_at(made, code) + i), number_at(file, tag_at(file, code) + i));

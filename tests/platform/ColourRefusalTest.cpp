@@ -68,6 +68,7 @@ TEST(ColourRefusal, TellsWhatIsWrongWithAFile) {
         {&srgb, [](ICC* f) { in_tag("rTRC", 12, 0x7FFFFFFF)(f), in_tag("rTRC", 16, 0x7FFFFFFF)(f); }, "not numbers"},
         {&srgb, in_tag("rXYZ", 0, CMX_Code("curv")), "unknown type"},
         {&srgb, in_tag("chad", 0, CMX_Code("XYZ ")), "unknown type"},
+        {&srgb, [](ICC* f) { std::fill_n(f->data() + tag_at(*f, CMX_Code("chad")) + 8, 12, 0); }, "adaptation has no"},
         {&srgb,
          [](ICC* f) {
              std::copy_n(f->begin() + static_cast<std::ptrdiff_t>(tag_at(*f, CMX_Code("rXYZ"))), 20,

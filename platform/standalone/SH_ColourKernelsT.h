@@ -27,7 +27,25 @@ QX_INLINE Floats of_bits(Ints bits) {
     return x;
 }
 
-QX_INLINE Floats value_at(const float* values, Ints place) { return of_bits(gather(values, place * 4)); }
+/// Values at places of each lane. Loads one by one, by two places a word: the gathers of processors are slower, those
+/// of AVX2 by half.
+QX_INLINE Floats value_at(const float* values, Ints place) {
+#ifdef __SSE4_1__
+    std::uint64_t two[lanes_in<Ints> / 2];
+    __builtin_memcpy(two, &place, sizeof two);
+    const auto four = [&](int k) QX_LAMBDA {
+        const auto at = [&](std::uint64_t i) QX_LAMBDA { return load_lanes<int>(values + i); };
+        const std::uint64_t low = two[2 * k], high = two[2 * k + 1];
+        __m128i v = _mm_cvtsi32_si128(at(low & 0xFFFFFFFF));
+        v = _mm_insert_epi32(v, at(low >> 32), 1);
+        v = _mm_insert_epi32(v, at(high & 0xFFFFFFFF), 2);
+        return _mm_insert_epi32(v, at(high >> 32), 3);
+    };
+    return (Floats)joined<Ints>(four);
+#else
+    return values[place];
+#endif
+}
 
 /// The same of 256 values, in registers where these have 64 bytes: pairs of them answer for 32 values each.
 QX_INLINE Floats value_of_byte(const float* values, Ints place) {
@@ -108,18 +126,20 @@ template <class F> QX_INLINE auto fixed_step(F x) {
         return of_both(half(part_of<sizeof(F) / 2, 0>(x)), half(part_of<sizeof(F) / 2, 1>(x)));
     }
 }
-QX_INLINE Floats value_of_step(const float* values, Floats x) {
+/// Gathers where many wait for memory: chains from floats with two tables were half as fast by loads.
+template <bool Gathers> QX_INLINE Floats value_of_step(const float* values, Floats x) {
     const Floats limited = lesser(greater(x, Floats{}), splat<Floats>(1.0f));
     const Ints fixed = fixed_step<Floats>(x == x ? limited : splat<Floats>(kStepOfNone));
-    return of_bits(gather(values + kSteps / 2, (fixed >> 14) & ~3));
+    const Ints place = (fixed >> 16) + kSteps / 2;
+    return Gathers ? of_bits(gather(values, place * 4)) : value_at(values, place);
 }
 
 // --- curves ----------------------------------------------------------------------------------------
-template <CurveKind Kind, int Terms, bool Bounded> QX_INLINE Floats through(const ColourCurves& c, int i, Floats x) {
-    if constexpr (Kind == CurveKind::steps) return value_of_step(c.values[i], x);
+template <CurveKind Kind, int Terms, bool FromFloats> QX_INLINE Floats through(const ColourCurves& c, int i, Floats x) {
+    if constexpr (Kind == CurveKind::steps) return value_of_step < FromFloats && kRegister == 64 > (c.values[i], x);
     Floats y = x;
     if constexpr (Kind == CurveKind::power) y = power_of<Terms>(*c.powers[i], x);
-    if constexpr (Bounded) {
+    if constexpr (FromFloats) {
         y = x >= c.lowest ? y : splat<Floats>(c.outside);
         y = x <= c.highest ? y : splat<Floats>(c.outside);
     }

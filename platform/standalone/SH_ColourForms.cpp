@@ -57,19 +57,19 @@ std::optional<Chain> chain_of(const cmsPipeline* law) {
     return chain;
 }
 
-/// Four roundings of floats lie between a colour's matrix in float and in double: 1e-6 of the largest colour is more
+/// Some roundings of floats lie between a colour's matrix in float and in double: 1e-6 of the largest colour is more
 /// than they make while a row's factors stay below this sum.
 constexpr double kMostWeight = 4;
 
 bool set_matrix(const Matrix& matrix, qx::ColourChain& chain) {
     for (std::size_t i = 0; i < 3; ++i) {
-        double weight = 0;
-        for (std::size_t j = 0; j < 3; ++j) {
-            weight += std::fabs(matrix[i][j]);
-            chain.matrix[i][j] = static_cast<float>(matrix[i][j]);
-        }
-        chain.offset[i] = static_cast<float>(matrix[i][3]);
-        if (!(weight <= kMostWeight) || !(std::fabs(matrix[i][3]) <= kMostWeight)) return false;
+        const auto& row = matrix[i];
+        const double weight = std::fabs(row[0]) + std::fabs(row[1]) + std::fabs(row[2]);
+        chain.matrix[i][0] = static_cast<float>(row[0] + row[1] + row[2]);
+        chain.matrix[i][1] = static_cast<float>(row[(i + 1) % 3]);
+        chain.matrix[i][2] = static_cast<float>(row[(i + 2) % 3]);
+        chain.offset[i] = static_cast<float>(row[3]);
+        if (!(weight <= kMostWeight) || !(std::fabs(row[3]) <= kMostWeight)) return false;
     }
     return true;
 }

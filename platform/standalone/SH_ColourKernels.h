@@ -44,6 +44,7 @@ struct ColourCurves {
 
 struct ColourChain {
     ColourCurves in, out;
+    /// A row has its sum, and the factors of the colours that follow its own, in a circle.
     float matrix[3][3], offset[3];
     bool clip;  ///< limits floats to 0..1
 };

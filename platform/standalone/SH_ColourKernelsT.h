@@ -176,12 +176,14 @@ template <CurveKind Kind, class From> QX_INLINE Colour enter(const ColourCurves&
     return {one(0, read.r), one(1, read.g), one(2, read.b)};
 }
 
+/// Each colour, and what the others differ from it: where a row sums to 1, greys stay as they are to the last bit, on
+/// whichever side of a leap in the curve out.
 QX_INLINE Colour mixed(const ColourChain& chain, const Colour& c) {
-    const auto row = [&](int i) QX_LAMBDA {
+    const auto row = [&](int i, Floats own, Floats second, Floats third) QX_LAMBDA {
         const auto& m = chain.matrix[i];
-        return ((c.r * m[0] + c.g * m[1]) + c.b * m[2]) + chain.offset[i];
+        return own * m[0] + ((second - own) * m[1] + (third - own) * m[2]) + chain.offset[i];
     };
-    return {row(0), row(1), row(2)};
+    return {row(0, c.r, c.g, c.b), row(1, c.g, c.b, c.r), row(2, c.b, c.r, c.g)};
 }
 
 /// A channel from a float, as its bits. What is no number becomes 0 at integers.

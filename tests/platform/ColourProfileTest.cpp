@@ -97,6 +97,7 @@ TEST(ColourProfile, MadeOnesAreOneWithTheirFiles) {
         EXPECT_TRUE(same_id(profile, again));
         EXPECT_EQ(profile->GetName(), again->GetName());
         EXPECT_EQ(number_at(file, 0), static_cast<std::int32_t>(file.size()));
+        EXPECT_EQ(number_at(file, 24), 2000 << 16 | 1) << "made at the same time always";
         constexpr std::int32_t kWhite[] = {63190, 65536, 54061};
         for (std::size_t i = 0; i < 3; ++i) {
             std::int32_t sum = 0;

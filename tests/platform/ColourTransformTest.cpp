@@ -115,6 +115,7 @@ std::vector<Pair> pairs() {
                                                     {"srgb", "rec2020"},
                                                     {"rec2020", "linear"},
                                                     {"linear", "srgb"},
+                                                    {"srgb", "linear"},
                                                     {"gamma-2.2", "srgb"}}) {
         all.push_back({std::string(from) + " to " + to, named(from), named(to), true});
     }
@@ -305,11 +306,16 @@ TEST(ColourTransform, JoinedOnesRunOneAfterAnother) {
         ASSERT_EQ(apply(step, apart.data(), kFloats, apart.data(), kFloats, 1000, &over), 0);
     }
     ASSERT_EQ(apply(three, src.data(), kFloats, whole.data(), kFloats, 1000), 0);
+    Picture limited = whole;  // at the end alone
+    ASSERT_EQ(apply(three, src.data(), kFloats, limited.data(), kFloats, 1000, &clip), 0);
     ASSERT_EQ(apply(three, src.data(), kFloats, cut.data(), kFloats, 301), 0);
     ASSERT_EQ(apply(three, &src.floats[301], kFloats, &cut.floats[301], kFloats, 699), 0);
     for (std::size_t i = 0; i < 1000; ++i) {
         for (std::size_t c = 1; c < 4; ++c) ASSERT_EQ(whole.floats[i][c], apart.floats[i][c]) << i;
         ASSERT_EQ(whole.floats[i], cut.floats[i]) << i;
+        for (std::size_t c = 1; c < 4; ++c) {
+            ASSERT_EQ(limited.floats[i][c], std::clamp(whole.floats[i][c], 0.0F, 1.0F)) << i;
+        }
     }
     QX_ENGINE(UnReferenceTransform)(two);
     QX_ENGINE(UnReferenceTransform)(three);

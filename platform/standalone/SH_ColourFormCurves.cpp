@@ -53,16 +53,26 @@ std::optional<Formula> formula_of(const cmsToneCurve* curve) {
     }
 }
 
-/// Coefficients of the polynomial q of so many terms by which (1 + u) ^ g is 1 + u q(u): through its values at the
+/// ((1 + u) ^ g - 1) / u for the u of mantissas, by the binomial series: sums that no C library has a say in.
+double power_over_u(double g, double u) {
+    double sum = 0, term = g;
+    for (int k = 2; k < 64; ++k) {
+        sum += term;
+        term *= (g - k + 1) / k * u;
+    }
+    return sum;
+}
+
+/// Coefficients of the polynomial q of so many terms by which (1 + u) ^ g is 1 + u q(u): through its values near the
 /// zeros of Chebyshev's polynomial, in Newton's form first.
 void fit_power(double g, int terms, float* coefficients) {
     const double low = std::numbers::sqrt2 / 2 - 1, high = std::numbers::sqrt2 - 1;
     const auto n = static_cast<std::size_t>(terms);
-    std::vector<double> at(n), q(n), sum(n, 0.0);
+    std::array<double, qx::kPowerTerms> at{}, q{}, sum{};
     for (std::size_t i = 0; i < n; ++i) {
         const double angle = std::numbers::pi * (2 * static_cast<double>(i) + 1) / (2 * terms);
-        at[i] = (low + high) / 2 + (high - low) / 2 * std::cos(angle);
-        q[i] = std::expm1(g * std::log1p(at[i])) / at[i];
+        at[i] = static_cast<float>((low + high) / 2 + (high - low) / 2 * std::cos(angle));
+        q[i] = power_over_u(g, at[i]);
     }
     for (std::size_t k = 1; k < n; ++k) {
         for (std::size_t i = n - 1; i >= k; --i) q[i] = (q[i] - q[i - 1]) / (at[i] - at[i - k]);

@@ -25,8 +25,7 @@ inline constexpr int kPowerTerms = 7, kPowerTerms8 = 4;
 struct PowerCurve {
     float limit, slope, foot, shift, lift;
     float terms[kPowerTerms];  ///< from the constant one on
-    /// Nothing up to this place is above zero. A register of 16 lanes looks for the 64 scales from here on in
-    /// registers.
+    /// Nothing up to this place is above zero. Registers hold scales from here on.
     std::int32_t first;
     float scales[256];
 };

@@ -126,7 +126,8 @@ template <class F> QX_INLINE auto fixed_step(F x) {
         return of_both(half(part_of<sizeof(F) / 2, 0>(x)), half(part_of<sizeof(F) / 2, 1>(x)));
     }
 }
-/// Gathers where many wait for memory: chains from floats with two tables were half as fast by loads.
+/// Gathers where that is asked for: in registers of 64 bytes chains from floats with two tables were half as fast by
+/// loads.
 template <bool Gathers> QX_INLINE Floats value_of_step(const float* values, Floats x) {
     const Floats limited = lesser(greater(x, Floats{}), splat<Floats>(1.0f));
     const Ints fixed = fixed_step<Floats>(x == x ? limited : splat<Floats>(kStepOfNone));
@@ -136,7 +137,8 @@ template <bool Gathers> QX_INLINE Floats value_of_step(const float* values, Floa
 
 // --- curves ----------------------------------------------------------------------------------------
 template <CurveKind Kind, int Terms, bool FromFloats> QX_INLINE Floats through(const ColourCurves& c, int i, Floats x) {
-    if constexpr (Kind == CurveKind::steps) return value_of_step < FromFloats && kRegister == 64 > (c.values[i], x);
+    constexpr bool gathers = FromFloats && kRegister == 64;
+    if constexpr (Kind == CurveKind::steps) return value_of_step<gathers>(c.values[i], x);
     Floats y = x;
     if constexpr (Kind == CurveKind::power) y = power_of<Terms>(*c.powers[i], x);
     if constexpr (FromFloats) {

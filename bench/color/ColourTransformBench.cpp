@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whole frames through transforms of the engine as the library applies them: with and without alpha, on one thread and
-// on two, by curves and by tables of a profile that has no curves, and the linear tables of a profile.
+// Frames through transforms of the engine as the library applies them: with and without alpha, in one call, in the
+// bands that commands cut, and these on two threads; and the linear tables of a profile.
 #include <benchmark/benchmark.h>
 
 #include <random>
@@ -32,21 +32,27 @@ HCL_CMX_Transform transform(const char* from, const char* to) {
                                      standalone::Intent::relative, false, nullptr);
 }
 
-template <class Pixel>
-void run(benchmark::State& state, const char* from, const char* to, bool copies_alpha, int threads) {
+struct Pair {
+    const char *name, *from, *to;
+};
+struct Cut {
+    const char* name;
+    int bands, threads;
+};
+
+template <class Pixel> void run(benchmark::State& state, const Pair& pair, bool copies_alpha, const Cut& cut) {
     be_born(standalone::ProcessorLevel::widest);
-    standalone::SetPoolLimit(threads);
+    standalone::SetPoolLimit(cut.threads);
     static Frames<Pixel> frames;
-    const HCL_CMX_Transform made = transform(from, to);
-    const int rows = kHeight / threads;
-    const auto band = [&](int i) {
-        const M_LRect rect{0, i * rows, kWidth, (i + 1) * rows};
+    const HCL_CMX_Transform made = transform(pair.from, pair.to);
+    const auto work = [&](int i) {
+        const M_LRect rect = band(i, cut.bands);
         const std::unique_ptr<QX_World> src(QX_World::NewReference(frames.src.get(), rect));
         const std::unique_ptr<QX_World> dst(QX_World::NewReference(frames.dst.get(), rect));
         QX_CMXApplyTransform(made, src.get(), dst.get(), copies_alpha, nullptr, nullptr);
     };
     for (auto _ : state) {
-        tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors(band, threads);
+        tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors(work, cut.bands);
         benchmark::ClobberMemory();
     }
     standalone::SetPoolLimit(1);
@@ -55,17 +61,13 @@ void run(benchmark::State& state, const char* from, const char* to, bool copies_
 
 template <class Pixel> void add() {
     constexpr int depth = qx::DepthOf<Pixel>::number;
-    struct Pair {
-        const char *name, *from, *to;
-    };
     for (const Pair& pair :
          {Pair{"p3", "srgb", "display-p3"}, {"camera", "rec709", "srgb"}, {"light", "srgb", "linear"}}) {
         for (const bool copies : {false, true}) {
-            for (const int threads : {1, 2}) {
-                const std::string name =
-                    std::string(pair.name) + (copies ? "-alpha" : "") + (threads > 1 ? "-threads" : "");
+            for (const Cut& cut : {Cut{"", 1, 1}, {"-bands", 32, 1}, {"-threads", 32, 2}}) {
+                const std::string name = std::string(pair.name) + (copies ? "-alpha" : "") + cut.name;
                 add_bench("apply", name, depth, standalone::ProcessorLevel::widest,
-                          [=](benchmark::State& state) { run<Pixel>(state, pair.from, pair.to, copies, threads); });
+                          [=](benchmark::State& state) { run<Pixel>(state, pair, copies, cut); });
             }
         }
     }

@@ -3,7 +3,6 @@
 // bands that commands cut, and these on two threads; and the linear tables of a profile.
 #include <benchmark/benchmark.h>
 
-#include <random>
 #include <string>
 
 #include "QX/color/QX_ColourTransform.h"
@@ -17,15 +16,6 @@
 namespace {
 
 using namespace qx::bench;
-
-template <class Pixel> struct Frames {
-    std::unique_ptr<QX_World> src = new_frame(qx::DepthOf<Pixel>::number), dst = new_frame(qx::DepthOf<Pixel>::number);
-    Frames() {
-        std::minstd_rand random(1);
-        fill_frame<Pixel>(*src, random);
-        fill_frame<Pixel>(*dst, random);
-    }
-};
 
 HCL_CMX_Transform transform(const char* from, const char* to) {
     return standalone::MakeTransform(*standalone::NamedProfile(from, nullptr), *standalone::NamedProfile(to, nullptr),
@@ -43,7 +33,7 @@ struct Cut {
 template <class Pixel> void run(benchmark::State& state, const Pair& pair, bool copies_alpha, const Cut& cut) {
     be_born(standalone::ProcessorLevel::widest);
     standalone::SetPoolLimit(cut.threads);
-    static Frames<Pixel> frames;
+    const auto& frames = FramePair<Pixel>::get();
     const HCL_CMX_Transform made = transform(pair.from, pair.to);
     const auto work = [&](int i) {
         const M_LRect rect = band(i, cut.bands);

@@ -6,7 +6,6 @@
 
 #include <cstring>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -71,22 +70,9 @@ std::unique_ptr<const standalone::ColourForm> form(Curves kind, ColourDepth dept
     return made;
 }
 
-template <class Pixel> struct Frames {
-    std::unique_ptr<QX_World> src = new_frame(qx::DepthOf<Pixel>::number), dst = new_frame(qx::DepthOf<Pixel>::number);
-    Frames() {
-        std::minstd_rand random(1);
-        fill_frame<Pixel>(*src, random);
-        fill_frame<Pixel>(*dst, random);
-    }
-    static Frames& get() {
-        static Frames one;
-        return one;
-    }
-};
-
 /// Calls work(src, dst, pixels) for each row.
 template <class Pixel, class Work> void over_rows(benchmark::State& state, const Work& work) {
-    auto& frames = Frames<Pixel>::get();
+    auto& frames = FramePair<Pixel>::get();
     for (auto _ : state) {
         for (int y = 0; y < kHeight; ++y) work(row_of(*frames.src, y), row_of(*frames.dst, y), kWidth);
         benchmark::ClobberMemory();

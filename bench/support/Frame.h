@@ -54,4 +54,18 @@ template <class Pixel> void fill_frame(const QX_World& world, std::minstd_rand& 
     }
 }
 
+/// A frame and one that is made from it, both filled.
+template <class Pixel> struct FramePair {
+    std::unique_ptr<QX_World> src = new_frame(DepthOf<Pixel>::number), dst = new_frame(DepthOf<Pixel>::number);
+    FramePair() {
+        std::minstd_rand random(1);
+        fill_frame<Pixel>(*src, random);
+        fill_frame<Pixel>(*dst, random);
+    }
+    static FramePair& get() {
+        static FramePair one;
+        return one;
+    }
+};
+
 }  // namespace qx::bench

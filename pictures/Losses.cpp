@@ -30,7 +30,8 @@ template <class Is> bool any_channel(const QX_World& world, const Is& is) {
 }
 
 bool any_beyond(const QX_World& world) {
-    return world.Depth() == 32 && any_channel(world, [](float v) { return !(v >= 0 && v <= 1); });
+    constexpr float nearest = 0.5f / 65535;  // what is so near is not cut, it is rounded
+    return world.Depth() == 32 && any_channel(world, [](float v) { return !(v >= -nearest && v <= 1 + nearest); });
 }
 
 bool lies_outside(const Picture& picture) { return picture.window && !picture.window->outside.empty(); }

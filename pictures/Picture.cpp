@@ -36,9 +36,14 @@ const Format* format_named(const std::string& path) {
     return nullptr;
 }
 
-bool recognised(const Format& format, const InputFile& file) {
-    return std::any_of(format.magics.begin(), format.magics.end(),
-                       [&](const std::string& magic) { return file.begins_with(magic); });
+/// The format that a file's first bytes tell, or null.
+const Format* format_of(const InputFile& file) {
+    for (const auto format : kFormats) {
+        for (const auto& magic : format().magics) {
+            if (file.begins_with(magic)) return &format();
+        }
+    }
+    return nullptr;
 }
 
 int nearest_depth(const Format& format, int depth) {
@@ -170,13 +175,12 @@ Picture read_and_settle(const std::string& path, const Takes& takes, Watch& watc
     errno = 0;
     try {
         InputFile file(path);
-        for (const auto format : kFormats) {
-            if (!recognised(format(), file)) continue;
-            Picture picture = format().read(file, takes.cmyk, watch);
+        if (const Format* format = format_of(file)) {
+            Picture picture = format->read(file, takes.cmyk, watch);
             settle(path, picture, straighten);
             if (picture.cmyk) picture.carried.reset();  // pixels of a file that they will not go to
             if (straighten && picture.associated) mark_light(picture);
-            picture.linear = format().linear;
+            picture.linear = format->linear;
             picture.precision = picture.half ? Precision::half : precision_of(picture.world->Depth());
             if (!sensible(picture.resolution)) picture.resolution = {};
             return picture;
@@ -188,6 +192,8 @@ Picture read_and_settle(const std::string& path, const Takes& takes, Watch& watc
 }
 
 }  // namespace
+
+bool is_picture(const std::string& path) { return format_of(InputFile(path)) != nullptr; }
 
 Picture read_picture(const std::string& path, Watch& watch) { return read_and_settle(path, {}, watch); }
 

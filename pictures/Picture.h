@@ -75,6 +75,9 @@ struct WriteOptions {
 
 // Any number of pictures may be read and written at once, each on a thread of its own.
 
+/// True for a file whose first bytes are those of a known format. Throws Failure for one that cannot be opened.
+bool is_picture(const std::string& path);
+
 /// Format by content. Sides above 30000 are refused before anything is decoded. Throws Failure or Stopped.
 Picture read_picture(const std::string& path, Watch& watch = unwatched());
 /// The same, with colours as the file stores them whatever it says of its alpha.

@@ -23,7 +23,7 @@ void keep_profile(Picture& picture, const unsigned char* data, std::size_t bytes
 
 void refuse_cmyk(const std::string& path, const Picture& picture) {
     const bool can_be_converted = !picture.colours.icc.bytes.empty();
-    throw Failure(path, can_be_converted ? "is CMYK; convert it to RGB first: qx convert" : kCmykIsUnknown);
+    throw Failure(path, can_be_converted ? "is CMYK; bring it to RGB first: qx convert --to PROFILE" : kCmykIsUnknown);
 }
 
 const char* profile_hindrance(const Format& format, const ColourTags& tags) {

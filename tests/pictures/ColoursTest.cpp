@@ -160,7 +160,7 @@ TEST_F(Profiles, AreKeptWhereTheyFitThePixels) {
 
 TEST_F(Profiles, CmykIsRefusedByWhatItSays) {
     const std::pair<const char*, std::string> cases[] = {
-        {"CMYK", "is CMYK; convert it to RGB first: qx convert"},
+        {"CMYK", "is CMYK; bring it to RGB first: qx convert --to PROFILE"},
         {"RGB ", "is CMYK without a usable colour profile, its colours are not known"},
         {"HSV ", "is CMYK without a usable colour profile, its colours are not known"}};
     for (const auto& [space, words] : cases) {

@@ -54,22 +54,30 @@ int convert_world(const Work& work, pictures::Watch& watch) {
     return first_code.load();
 }
 
+HCL_CMX_Transform transform_between(const std::string& subject, const Profile& from, const Profile& to,
+                                    const Rendering& rendering) {
+    std::string fault;
+    HCL_CMX_Transform transform =
+        standalone::MakeTransform(*from, *to, rendering.intent, rendering.black_point, &fault);
+    if (transform.GetTransform() != nullptr) return transform;
+    throw pictures::Failure(subject, "its colours cannot be converted: " + fault);
+}
+
 }  // namespace
 
 void convert(const std::string& subject, pictures::Picture& picture, const Profile& from, const Profile& to, int depth,
              const Rendering& rendering, pictures::Watch& watch) {
-    std::string fault;
-    const HCL_CMX_Transform transform =
-        standalone::MakeTransform(*from, *to, rendering.intent, rendering.black_point, &fault);
-    if (transform.GetTransform() == nullptr)
-        throw pictures::Failure(subject, "its colours cannot be converted: " + fault);
+    if (picture.carried && depth == 32) pictures::bring_to_depth(subject, picture, depth);  // all that the file tells
     std::unique_ptr<QX_World> deeper;
     if (picture.world->Depth() != depth) deeper = pictures::at_depth(subject, *picture.world, depth);
     QX_World& dst = deeper ? *deeper : *picture.world;
-    must(convert_world({transform, *picture.world, dst, picture.cmyk}, watch), subject);
+    const bool stays = !picture.cmyk && are_one(from, to);
+    const HCL_CMX_Transform transform = stays ? HCL_CMX_Transform() : transform_between(subject, from, to, rendering);
+    if (!stays) must(convert_world({transform, *picture.world, dst, picture.cmyk}, watch), subject);
     if (picture.cmyk) dst.FillAlpha();
     if (deeper) picture.world = std::move(deeper);
     picture.cmyk = false;
+    if (stays) return assign(picture, to);
     pictures::change_outside(picture, [&](QX_World& pixels) {
         must(convert_rows({transform, pixels, pixels, false}, whole_of(pixels)), subject);
     });

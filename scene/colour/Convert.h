@@ -16,7 +16,8 @@ struct Rendering {
 
 /// Brings a picture's colours from one profile to another, in bands on all threads, and lets it say so. The result has
 /// the depth asked for; one of inks becomes opaque. Alpha stays, and with it what is under an alpha of 0: its colours
-/// go along. Throws pictures::Failure in the name of `subject`, WorkFault or pictures::Stopped.
+/// go along. Where both profiles are one, no colour changes. Throws pictures::Failure in the name of `subject`,
+/// WorkFault or pictures::Stopped.
 /// @param depth  not below the picture's own
 void convert(const std::string& subject, pictures::Picture& picture, const Profile& from, const Profile& to, int depth,
              const Rendering& rendering = {}, pictures::Watch& watch = pictures::unwatched());

@@ -27,14 +27,12 @@ pictures::Primaries as_floats(const standalone::Primaries& p) {
 }
 
 /// The profile that a file's words make; null, with words for why, where they make none.
-Profile told_profile(const pictures::Picture& picture, const pictures::ColourMeaning& meaning, std::string& fault) {
+Profile told_profile(const pictures::ColourTags& tags, const pictures::ColourMeaning& meaning, std::string& fault) {
     using Kind = pictures::ColourMeaning::Kind;
     const bool usual = meaning.primaries == pictures::kRec709Primaries;
     switch (meaning.kind) {
-        case Kind::icc: {
-            const auto& bytes = picture.colours.icc.bytes;
-            return standalone::ProfileFromICC(bytes.data(), bytes.size(), &fault);
-        }
+        case Kind::icc:
+            return standalone::ProfileFromICC(tags.icc.bytes.data(), tags.icc.bytes.size(), &fault);
         case Kind::srgb:
             return standalone::NamedProfile("srgb", &fault);
         case Kind::gamma:
@@ -61,9 +59,28 @@ bool say_the_same(const pictures::Picture& a, const pictures::Picture& b) {
            a.colours.icc.bytes == b.colours.icc.bytes;
 }
 
-bool is_inks(const Profile& profile) { return standalone::FactsOf(*profile).space == standalone::ProfileSpace::cmyk; }
+/// The same, with a note on words that make none or are not for such pixels.
+Profile fitting_profile(const pictures::ColourTags& tags, const pictures::Picture& picture,
+                        std::vector<std::string>& notes) {
+    std::string fault;
+    Profile profile = told_profile(tags, pictures::meaning_of(tags, picture.linear), fault);
+    if (!profile && !fault.empty()) notes.push_back("its colour profile cannot be used: " + fault);
+    if (!profile || is_inks(profile) == picture.cmyk) return profile;
+    if (!tags.icc.bytes.empty()) notes.emplace_back("its colour profile is not for its pixels and is not used");
+    return nullptr;
+}
+
+/// Why a text is no profile, where it has the form of one that is told by a number.
+std::string number_fault(const std::string& text, const std::string& fault) {
+    constexpr const char* prefixes[] = {"gamma-", "linear-gamma-"};
+    const bool is_number = std::any_of(std::begin(prefixes), std::end(prefixes),
+                                       [&](const char* prefix) { return text.starts_with(prefix); });
+    return is_number ? fault : "";
+}
 
 }  // namespace
+
+bool is_inks(const Profile& profile) { return standalone::FactsOf(*profile).space == standalone::ProfileSpace::cmyk; }
 
 Profile profile_of_text(const std::string& text) {
     std::string fault;
@@ -71,13 +88,15 @@ Profile profile_of_text(const std::string& text) {
     if (profile) return profile;
     std::error_code ignored;
     if (std::filesystem::exists(text, ignored)) throw BadText(text, fault);
-    throw BadText(
-        text, "is no profile's name and no ICC file; is " + nearest_word(text, standalone::ProfileNames()) + " meant?");
+    if (const std::string why = number_fault(text, fault); !why.empty()) throw BadText(text, why);
+    auto names = standalone::ProfileNames();
+    names.emplace_back("gamma-2.2");
+    throw BadText(text, "is no profile's name and no ICC file; the nearest name is " + nearest_word(text, names));
 }
 
 Profile rgb_profile_of_text(const std::string& text) {
     Profile profile = profile_of_text(text);
-    if (is_inks(profile)) throw BadText(text, "is a profile of inks, colours cannot be brought there");
+    if (is_inks(profile)) throw BadText(text, "is a profile of inks, results are RGB");
     return profile;
 }
 
@@ -88,15 +107,12 @@ bool are_one(const Profile& a, const Profile& b) {
 }
 
 Meaning meaning_of(const pictures::Picture& picture, std::vector<std::string>& notes) {
-    std::string fault;
-    const auto meaning = pictures::meaning_of(picture.colours, picture.linear);
-    Profile profile = told_profile(picture, meaning, fault);
-    if (!profile && !fault.empty()) notes.push_back("its colour profile cannot be used: " + fault);
-    if (profile && is_inks(profile) != picture.cmyk) {
-        notes.emplace_back("its colour profile is not for its pixels and is not used");
-        profile.reset();
+    Profile profile = fitting_profile(picture.colours, picture, notes);
+    if (!profile && !picture.colours.icc.bytes.empty()) {
+        profile = fitting_profile({{}, picture.colours.png, picture.colours.primaries}, picture, notes);
     }
     if (profile || picture.cmyk) return {profile, profile != nullptr};
+    std::string fault;
     const bool is_light = picture.linear || picture.world->Depth() == 32;
     return {standalone::NamedProfile(is_light ? "linear" : "srgb", &fault), false};
 }

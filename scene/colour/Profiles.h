@@ -19,6 +19,7 @@ Profile rgb_profile_of_text(const std::string& text);
 
 std::string name_of(const Profile& profile);
 bool are_one(const Profile& a, const Profile& b);
+bool is_inks(const Profile& profile);  ///< of CMYK, which only pictures of that take, as a source
 
 /// What a picture's values mean.
 struct Meaning {
@@ -26,7 +27,7 @@ struct Meaning {
     bool told;        ///< by the file; else it is what values of its kind usually mean
 };
 
-/// By what the file says. A profile that cannot be used is as none, with a note.
+/// By what the file says. What cannot be used of it is as if it were not there, with a note.
 Meaning meaning_of(const pictures::Picture& picture, std::vector<std::string>& notes);
 
 inline constexpr const char* kMeaningIsUsual =

@@ -21,6 +21,7 @@ foreach(area pictures scene tools)
   target_link_libraries(test_${area} PRIVATE ${${area}_parts} qx_pictures_support GTest::gtest_main qx_warnings)
 endforeach()
 target_compile_definitions(test_tools PRIVATE QX_COMMAND="$<TARGET_FILE:qx>" QX_SOURCES="${PROJECT_SOURCE_DIR}")
+target_link_libraries(test_tools PRIVATE PkgConfig::LCMS2)  # makes profiles
 add_dependencies(test_tools qx)
 qx_discover_tests(pictures "Watched*:ExrKinds.Blocks*")
 qx_discover_tests(scene "InOrder*:SceneFrames*:Effects.Bands*")

@@ -248,7 +248,8 @@ TEST_F(EffectCommandsDeathTest, InterruptLeavesNoFile) {
     const std::string a = folder / "large.png", o = folder / "o.png";
     for (Names words : {Names{"blur", a}, Names{"blur", a, "--kind", "box"}, Names{"blur", a, "--kind", "mean"},
                         Names{"blur", a, "--kind", "disc"}, Names{"convolve", a, "--filter", "sharpen"},
-                        Names{"matte", a, "--feather", "9"}, Names{"adjust", a, "--hue", "9"}, Names{"blend", a, a}}) {
+                        Names{"matte", a, "--feather", "9"}, Names{"adjust", a, "--hue", "9"}, Names{"blend", a, a},
+                        Names{"convert", a, "-q", "--to", "rec2020"}}) {
         SCOPED_TRACE(words[0] + " " + words.back());
         words.insert(words.end(), {"-o", o});
         EXPECT_EXIT(run_interrupted({SIGINT}, a, words), testing::ExitedWithCode(130), "^qx: interrupted\n$");

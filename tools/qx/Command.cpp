@@ -92,6 +92,7 @@ int run_command(int argc, const char* const* argv) {
             "--frames 1-48");
         add_comp(app);
         add_convert(app);
+        add_profile(app);
         add_guess_alpha(app);
         add_blur(app);
         add_matte(app);

@@ -16,6 +16,7 @@ void add_matte(CLI::App& app);
 void add_convolve(CLI::App& app);
 void add_adjust(CLI::App& app);
 void add_blend(CLI::App& app);
+void add_profile(CLI::App& app);
 void add_render(CLI::App& app);
 void add_modes(CLI::App& app);
 void add_info(CLI::App& app);

@@ -29,14 +29,14 @@ void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std
     for (const auto& note : notes) once.say({{file + note, pictures::about(file, note)}});
 }
 
-void read_all(const Files& files, NotesOnce& once) {
+void read_all(const Files& files, NotesOnce& once, bool inks) {
     const int count = static_cast<int>(files.size());
     Progress progress("reading", PartWatch::kSteps * count);
     SignalWatch signals;
     scene::in_order(count, standalone::PoolThreads(), signals, [&](int index, pictures::Watch& watch) -> scene::InTurn {
         const auto& [file, picture] = files[static_cast<std::size_t>(index)];
         PartWatch part(progress, watch);
-        *picture = pictures::read_picture(*file, part);
+        *picture = inks ? pictures::read_picture_or_cmyk(*file, part) : pictures::read_picture(*file, part);
         return [&once, file = file, picture = picture] { tell(once, *file, *picture); };
     });
 }

@@ -12,7 +12,7 @@
 
 namespace qx::tool {
 
-PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> inputs)
+PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> inputs, Colours colours)
     : options_(options), inputs_(std::move(inputs)) {
     apply_common_options(options.common);
     check_output_option(options.output);
@@ -22,9 +22,23 @@ PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> i
     pictures_.resize(inputs_.size());
     Files files;
     for (std::size_t i = 0; i < inputs_.size(); ++i) files.emplace_back(&inputs_[i], &pictures_[i]);
-    read_all(files, once_);
+    const bool managed = colours == Colours::managed;
+    read_all(files, once_, managed);
     depth_ = unify(files, depth, once_);
-    if (picture().linear != pictures::is_linear_format(options.output)) say_note(pictures::kLightIsMixed);
+    if (!managed && picture().linear != pictures::is_linear_format(options.output)) say_note(pictures::kLightIsMixed);
+}
+
+void PictureJob::bring_to_depth(int depth) { depth_ = unify({{&inputs_.front(), &picture()}}, depth, once_); }
+
+void PictureJob::tell(const std::vector<std::string>& notes) { tell_losses(once_, inputs_.front(), notes); }
+
+void PictureJob::convert(const scene::Profile& from, const scene::Profile& to, int depth,
+                         const scene::Rendering& rendering) {
+    Progress progress("converting", PartWatch::kSteps);
+    const SignalWatch signals;
+    PartWatch watch(progress, signals);
+    scene::convert(inputs_.front(), picture(), from, to, depth, rendering, watch);
+    depth_ = depth;
 }
 
 void PictureJob::apply(const scene::Effect& effect, const char* words) {
@@ -35,7 +49,7 @@ void PictureJob::apply(const scene::Effect& effect, const char* words) {
         const auto& shown = pictures_[static_cast<std::size_t>(found - inputs_.begin())].world;
         return std::shared_ptr<const QX_World>(std::shared_ptr<void>(), shown.get());
     };
-    const auto note = [&](const std::string& text) { tell_losses(once_, file, {text}); };
+    const auto note = [&](const std::string& text) { tell({text}); };
     Progress progress(words, PartWatch::kSteps);
     const SignalWatch signals;
     PartWatch watch(progress, signals);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "scene/colour/Convert.h"
 #include "scene/effects/Effect.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"
@@ -13,16 +14,25 @@
 // What the subcommands share that make one picture of one or more.
 namespace qx::tool {
 
+/// What a job makes of colours. Managed ones have profiles: CMYK is read too, and what the values of a result are is
+/// not for the job to say.
+enum class Colours { as_they_are, managed };
+
 /// Checks the options, reads, lets effects work, writes. The library lives as long.
 class PictureJob {
 public:
     /// @param inputs  the first is the one that is worked on
-    PictureJob(const PictureOptions& options, std::vector<std::string> inputs);
+    PictureJob(const PictureOptions& options, std::vector<std::string> inputs, Colours colours = Colours::as_they_are);
 
     pictures::Picture& picture() { return pictures_.front(); }
     int depth() const { return depth_; }
+    void bring_to_depth(int depth);
+    /// On the first input.
+    void tell(const std::vector<std::string>& notes);
     /// Shows a bar with these words. Pictures that it asks for are those of the inputs.
     void apply(const scene::Effect& effect, const char* words);
+    /// Brings the picture to another profile, see scene::convert, with a bar.
+    void convert(const scene::Profile& from, const scene::Profile& to, int depth, const scene::Rendering& rendering);
     /// @param depth   of the file, where its format has it
     /// @param dither  noise where deeper pixels become 8-bit ones
     void write(int depth, bool dither);

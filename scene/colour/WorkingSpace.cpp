@@ -41,13 +41,11 @@ void WorkingSpace::take(const std::string& subject, pictures::Picture& picture, 
         from = meaning.profile;
     }
     const int deeper = std::max<int>(depth, picture.world->Depth());
-    if (are_one(from, profile_)) return assign(picture, profile_);
     convert(subject, picture, from, profile_, deeper, {}, watch);
 }
 
 void WorkingSpace::give(const std::string& subject, pictures::Picture& picture, const Profile& output,
                         pictures::Watch& watch) const {
-    if (are_one(output, profile_)) return assign(picture, output);
     convert(subject, picture, profile_, output, picture.world->Depth(), {}, watch);
 }
 

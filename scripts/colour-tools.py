@@ -1,18 +1,19 @@
 #!/usr/bin/env python3
-"""Compares `qx convert` with transicc, tificc and ImageMagick, and says how far apart they are.
+"""Compares `qx convert` with transicc and tificc, and says how far apart they are.
 
-The tools come with the Debian packages liblcms2-utils and imagemagick. They are asked for their exact forms. QX is the
-command, SAMPLES and the pairs below are what is converted:
+The tools come with the Debian packages liblcms2-utils and libtiff-tools, and are asked for their exact forms. Between the
+pairs below are converted:
 - 1,000 colours by transicc, in floats, to the digits that it prints;
 - TIFF of floats by tificc -c0 -w32, within 1e-6 and what 1e-6 of light makes where a curve is steep;
 - TIFF of 8 bits by tificc -c0, equal but where the exact value lies within 0.01 of a half;
-- TIFF of 16 bits by tificc -c0 and ImageMagick: files have 65,535 steps and a world 32,768, so that a result lies between
-  the tools' answers for the neighbouring inputs, widened by 2 of 65535.
+- TIFF of 16 bits by tificc -c0: files have 65,535 steps and a world 32,768, so that a result lies between the answers for
+  all neighbours of its input, widened by 2 of 65535.
 Ends with status 1 where something is farther off.
 """
 from __future__ import annotations
 
 import argparse
+import itertools
 import random
 import shutil
 import struct
@@ -104,10 +105,14 @@ class Tools:
 
 
 def channels_of_any(path: Path, tools: Tools) -> list[float]:
-    """What QX writes may be compressed: ImageMagick's or libtiff's tools make it plain."""
+    """What QX writes is compressed."""
     plain = path.with_suffix(".plain.tif")
     tools.run("tiffcp", "-c", "none", path, plain)
     return channels(plain)
+
+
+def neighbour(pixel: tuple[float, ...], by: tuple[int, ...]) -> tuple[float, ...]:
+    return tuple(min(65535, max(0, c + d)) / 65535 for c, d in zip(pixel, by))
 
 
 def farthest(mine: list[float], other: list[float]) -> float:
@@ -120,7 +125,7 @@ def main() -> int:
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     arguments.add_argument("qx", help="the command")
     options = arguments.parse_args()
-    missing = [tool for tool in ("transicc", "tificc", "tiffcp", "convert") if shutil.which(tool) is None]
+    missing = [tool for tool in ("transicc", "tificc", "tiffcp") if shutil.which(tool) is None]
     if missing:
         raise SystemExit(f"not installed: {', '.join(missing)}")
     rng = random.Random(1)
@@ -137,15 +142,16 @@ def main() -> int:
             off = max(abs(a - b) / max(1, abs(b)) for a, b in zip(mine, exact))
             fine = tools.by_tificc(pair, [tuple(c / 255 for c in pixel) for pixel in bytes_], "f")
             eight = tools.by_qx(pair, bytes_, "B")
-            near = sum(1 for a, b in zip(eight, fine) if a != int(b * 255 + 0.5))
-            far = sum(1 for a, b in zip(eight, fine) if a != min(255, max(0, int(b * 255 + 0.5))) and abs(b * 255 % 1 - 0.5) > 0.01)
+            codes = [min(255.0, max(0.0, b * 255)) for b in fine]
+            other = [b for a, b in zip(eight, codes) if a != int(b + 0.5)]
+            far = sum(1 for b in other if abs(b % 1 - 0.5) > 0.01)
             deep = tools.by_qx(pair, words, "H")
-            ends = [tools.by_tificc(pair, [tuple(min(65535, max(0, c + d)) / 65535 for c in pixel) for pixel in words], "f")
-                    for d in (-1, 1)]
-            outside = sum(1 for a, low, high in zip(deep, *ends)
-                          if not min(low, high) * 65535 - 2 <= a <= max(low, high) * 65535 + 2 and 0 < low < 1)
+            ends = [tools.by_tificc(pair, [neighbour(pixel, by) for pixel in words], "f")
+                    for by in itertools.product((-1, 1), repeat=3)]
+            limits = [[min(65535.0, max(0.0, value * 65535)) for value in end] for end in ends]
+            outside = sum(1 for a, *others in zip(deep, *limits) if not min(others) - 2 <= a <= max(others) + 2)
             print(f"{pair[0]:>12} to {pair[1]:<15} transicc {printed:.1e}  tificc floats {off:.1e}  "
-                  f"8 bits {near} near a half, {far} others  16 bits {outside} outside")
+                  f"8 bits {len(other) - far} near a half, {far} others  16 bits {outside} outside")
             bad += far + outside + (printed > 1e-4) + (off > 1e-4)
     return 1 if bad else 0
 

@@ -8,6 +8,7 @@
 #include "pictures/Profiles.h"
 #include "scene/Faults.h"
 #include "scene/colour/Convert.h"
+#include "scene/colour/WorkingSpace.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/work/PictureJob.h"
 
@@ -119,9 +120,8 @@ void run(const ConvertOptions& options) {
     if (wanted.to) change_colours(options, wanted, job, matte);
     if (options.premultiply || (options.unpremultiply && !wanted.to)) multiply(options, job, matte);
     if (wanted.assigned) scene::assign(job.picture(), wanted.assigned);
-    if (result && pictures::is_linear_format(work.output) && !job.picture().linear) {
-        say_note(scene::name_of(result) + " is not linear light, which OpenEXR is meant for");
-    }
+    const std::string note = result ? scene::not_light(work.output, result) : "";
+    if (!note.empty()) say_note(note);
     job.write(asked == 0 ? job.depth() : asked, options.dither);
 }
 

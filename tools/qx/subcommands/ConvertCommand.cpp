@@ -125,7 +125,7 @@ void run(const ConvertOptions& options) {
     job.write(asked == 0 ? job.depth() : asked, options.dither);
 }
 
-void add_colour_options(CLI::App& command, ConvertOptions& options) {
+void add_profile_options(CLI::App& command, ConvertOptions& options) {
     auto* to = command.add_option("--to", options.to, "the profile to bring colours to")->type_name("PROFILE");
     command.add_option("--from", options.from, "that of the picture (default: what its file says)")
         ->type_name("PROFILE")
@@ -150,7 +150,7 @@ void add_convert(CLI::App& app) {
     auto* command = app.add_subcommand("convert", "Convert a picture to another profile, depth or format");
     const auto options = std::make_shared<ConvertOptions>();
     command->add_option("IN", options->file, "the picture")->required()->type_name("FILE");
-    add_colour_options(*command, *options);
+    add_profile_options(*command, *options);
     command->add_flag("--dither", options->dither, "noise where deeper pixels become 8-bit ones")
         ->disable_flag_override();
     auto* forward = command->add_flag("--premultiply", options->premultiply, "mix colours with those of a matte");

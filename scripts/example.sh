@@ -27,8 +27,9 @@ effects=$(dirname "$0")/../examples/effects
       "$effects/stripes.png" --op subtract --opacity 0.6 --feather 8 --apply "$photograph" -o "$out/masked.png"
 "$qx" convert "$layer" --premultiply --matte 1,1,1 -o "$out/on-white.png"
 "$qx" guess-alpha "$out/on-white.png" -o "$out/repaired.png"
+"$qx" convert "$photograph" --from srgb --to display-p3 --depth 16 -o "$out/photograph-p3.png"
 "$qx" convert "$effects/ramp.png" --depth 8 -q -o "$out/ramp-bands.png"
 "$qx" convert "$effects/ramp.png" --depth 8 --dither -q -o "$out/ramp-dithered.png"
 echo "A shadow and a glow move in $out/shadow-and-glow.mp4; a portrait out of focus by a map, its edges, sharper, and
-masked lie in $out/focus.png, edges.png, sharp.png, masked.png; a logo off its white matte in repaired.png; a dark
-16-bit ramp at 8 bits in ramp-bands.png and ramp-dithered.png."
+masked lie in $out/focus.png, edges.png, sharp.png, masked.png; a logo off its white matte in repaired.png; the
+photograph in Display P3 in photograph-p3.png; a dark 16-bit ramp at 8 bits in ramp-bands.png and ramp-dithered.png."

@@ -74,6 +74,15 @@ effects() {
     rm kernel.txt
 }
 
+colours() {
+    effect wide.tif convert photo.jpg --to rec2020 --depth 16
+    effect p3.tif convert photo.tif --from rec709 --to display-p3 --intent absolute --depth 8
+    effect light.exr convert logo.png --to linear --depth 32
+    comp space.tif photo.jpg logo.png --profile display-p3 --mode screen --at 9,9 --space rec709 --linear profile
+    comp space16.tif photo.tif wide.tif --opacity 0.5 --space background --linearize --to srgb
+    comp space.exr photo.jpg light.exr --mode overlay --space linear-display-p3 --depth 32
+}
+
 # made NAME BUILD PROGRAM: the checksums of all that this build makes, into NAME.sums.
 made() {
     qx=$2/bin/qx
@@ -87,6 +96,7 @@ made() {
     ls >"$work/inputs"
     pictures
     [ -n "$lacking" ] || effects
+    [ -n "$colourless" ] || colours
     for file in $(ls ./*.png | sed 's|./||' | grep -v -w -F -f "$work/inputs"); do # states pack PNG in their own ways
         comp "$file.tif" "$file" "$file" --opacity 0
         rm "$file"
@@ -101,6 +111,7 @@ source=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$other/CMakeCache.txt")
 "${CXX:-c++}" -std=c++20 -O1 -ffp-contract=off -I"$source" "$renders"/*.cpp -o "$work/qx_renders" \
     -L"$other/lib" -lQX -lQXHost -Wl,-rpath,"$other/lib"
 lacking=$(for each in "$build" "$other"; do "$each/bin/qx" blur --help >/dev/null 2>&1 || echo "$each"; done) # of effects
+colourless=$(for each in "$build" "$other"; do "$each/bin/qx" profile srgb >/dev/null 2>&1 || echo "$each"; done)
 made this "$build" "$build/bin/qx_renders"
 made other "$other" "$work/qx_renders"
 # A render that only one of the two has differs too.

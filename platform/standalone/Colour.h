@@ -16,6 +16,9 @@
 /// for want of memory alone, and throws std::bad_alloc.
 namespace standalone {
 
+/// The words for want of memory, which is no fault of what was asked for.
+inline constexpr const char* kNoMemoryForColours = "out of memory";
+
 /// A point of the CIE 1931 diagram.
 struct Chromaticity {
     double x, y;

@@ -202,7 +202,7 @@ void TellColourFault(CMX_Error error, std::string* fault) noexcept {
     try {
         *fault = last_fault.data();
     } catch (const std::bad_alloc&) {
-        *fault = "out of memory";  // short enough to need none
+        *fault = kNoMemoryForColours;  // short enough to need none
     }
 }
 

@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "platform/HCL_CMX.h"
+#include "platform/standalone/Colour.h"
 
 /// The colour library's context of the engine, its memory and its faults.
 namespace standalone {
@@ -42,7 +43,7 @@ template <class Body> CMX_Error ColourBoundary(Body&& body) noexcept {
         RememberColourFault(fault.what());
         return fault.code();
     } catch (const std::exception&) {  // nothing below throws another but for want of memory
-        RememberColourFault("out of memory");
+        RememberColourFault(kNoMemoryForColours);
         return kColour_NoMemory;
     }
 }

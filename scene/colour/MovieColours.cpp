@@ -28,7 +28,7 @@ constexpr Known kKnown[] = {{"rec709-2.4", {kBt709Primaries, kBt709}},
 
 pictures::MovieColours movie_colours_of(const Profile& profile) {
     for (const Known& known : kKnown) {
-        if (are_one(profile, standalone::NamedProfile(known.name, nullptr))) return known.colours;
+        if (are_one(profile, profile_of_text(known.name))) return known.colours;
     }
     return {kUnknown, kUnknown};
 }

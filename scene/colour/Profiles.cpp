@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <new>
 
 #include "scene/Words.h"
 
@@ -24,6 +25,12 @@ pictures::Primaries as_floats(const standalone::Primaries& p) {
         all[i++] = static_cast<float>(point.y);
     }
     return all;
+}
+
+/// The profile, or null for one that cannot be. Throws std::bad_alloc where it is memory that lacks.
+Profile unless_no_memory(Profile profile, const std::string& fault) {
+    if (!profile && fault == standalone::kNoMemoryForColours) throw std::bad_alloc();
+    return profile;
 }
 
 /// The profile that a file's words make; null, with words for why, where they make none.
@@ -63,7 +70,8 @@ bool say_the_same(const pictures::Picture& a, const pictures::Picture& b) {
 Profile fitting_profile(const pictures::ColourTags& tags, const pictures::Picture& picture,
                         std::vector<std::string>& notes) {
     std::string fault;
-    Profile profile = told_profile(tags, pictures::meaning_of(tags, picture.linear), fault);
+    const auto meaning = pictures::meaning_of(tags, picture.linear);
+    Profile profile = unless_no_memory(told_profile(tags, meaning, fault), fault);
     if (!profile && !fault.empty()) notes.push_back("its colour profile cannot be used: " + fault);
     if (!profile || is_inks(profile) == picture.cmyk) return profile;
     if (!tags.icc.bytes.empty()) notes.emplace_back("its colour profile is not for its pixels and is not used");
@@ -84,7 +92,7 @@ bool is_inks(const Profile& profile) { return standalone::FactsOf(*profile).spac
 
 Profile profile_of_text(const std::string& text) {
     std::string fault;
-    Profile profile = standalone::ProfileByNameOrFile(text, &fault);
+    Profile profile = unless_no_memory(standalone::ProfileByNameOrFile(text, &fault), fault);
     if (profile) return profile;
     std::error_code ignored;
     if (std::filesystem::exists(text, ignored)) throw BadText(text, fault);
@@ -112,9 +120,8 @@ Meaning meaning_of(const pictures::Picture& picture, std::vector<std::string>& n
         profile = fitting_profile({{}, picture.colours.png, picture.colours.primaries}, picture, notes);
     }
     if (profile || picture.cmyk) return {profile, profile != nullptr};
-    std::string fault;
     const bool is_light = picture.linear || picture.world->Depth() == 32;
-    return {standalone::NamedProfile(is_light ? "linear" : "srgb", &fault), false};
+    return {profile_of_text(is_light ? "linear" : "srgb"), false};
 }
 
 void assign(pictures::Picture& picture, const Profile& profile) {

@@ -131,6 +131,7 @@ void check_output_name(const std::string& path) {
 std::unique_ptr<pictures::OutputFile> uncommitted(const std::string& path, const scene::Profile& profile) {
     const auto bytes = standalone::ICCOf(*profile);
     auto file = std::make_unique<pictures::OutputFile>(path);
+    file->check();
     file->write(bytes.data(), bytes.size());
     file->finish();
     return file;

@@ -62,7 +62,11 @@ TEST(ColourEngineThreads, LoadWhileOthersCall) {
             if (i == 0 && k % 10 == 0) {
                 load_colour_engine(registry());
             } else {
-                failed += call_colour_engine(&ColourEngine::ReferenceTransform, engine.transform("t").Release()) != 0;
+                const auto transform = engine.transform("t");
+                const auto call = [&](auto procedure) {
+                    failed += call_colour_engine(procedure, transform.GetTransform()) != 0;
+                };
+                call(&ColourEngine::ReferenceTransform), call(&ColourEngine::UnReferenceTransform);
             }
         }
     });

@@ -11,7 +11,9 @@ namespace qx::test {
 
 template <class Base> class Counted : public Base {
 public:
-    explicit Counted(std::string text, std::int64_t* live) : text(std::move(text)), live_(live) { ++*live_; }
+    explicit Counted(std::string text, std::atomic<std::int64_t>* live) : text(std::move(text)), live_(live) {
+        ++*live_;
+    }
     virtual ~Counted() { --*live_; }
     void Reference() override { ++references; }
     void UnReference() override {
@@ -21,12 +23,12 @@ public:
     std::atomic<int> references{1};
 
 private:
-    std::int64_t* live_;
+    std::atomic<std::int64_t>* live_;
 };
 
 class RecordedProfile : public Counted<CMX_Profile> {
 public:
-    RecordedProfile(const std::string& name, std::int64_t* live) : Counted(name, live) {}
+    RecordedProfile(const std::string& name, std::atomic<std::int64_t>* live) : Counted(name, live) {}
     std::wstring Name() const override { return {text.begin(), text.end()}; }
     bool IsOverRange() const override { return text.find("over") != std::string::npos; }
     t_CMX_ID ID() const override { return {}; }
@@ -73,7 +75,7 @@ public:
     std::vector<std::string> calls;
     std::string failing;  ///< the procedure that fails
     static constexpr CMX_Error kFault = 4711;
-    std::int64_t live = 0;  ///< objects that somebody holds
+    std::atomic<std::int64_t> live = 0;  ///< objects that somebody holds
     std::function<void(const void* src, void* dst, std::int64_t count)> pixels;
 
     /// A profile for a call; those of a name with "over" in it are over range.
@@ -103,6 +105,7 @@ private:
     }
 
     static void* find(const char* label, const char* name) {
+        const std::lock_guard lock(now_->lock_);
         now_->asked.push_back(std::string(label) + " " + name);
         if (now_->missing == name) return nullptr;
 #define X(procedure) \

@@ -58,7 +58,7 @@ TEST(DepthConvert, FloatSideIsLinear) {
     QX_DepthConvertWorld(&tables, &linear.world(), &deep.world());
     QX_DepthConvertWorld(&tables, &linear.world(), &back.world());
     for (int i = 0; i < 256; ++i) {
-        const double v = ((i * 0x808080 + 33200) >> 16) / 32768.0;  // 16 bits of the code
+        const double v = ((static_cast<unsigned>(i) * 0x808080 + 33200) >> 16) / 32768.0;  // 16 bits of the code
         EXPECT_NEAR(linear.at(i, 0).red, v * v, 0.5 / 32768 + 1e-7);
         EXPECT_EQ(linear.at(i, 0).alpha, static_cast<float>(i) * 0.003921569f);
         EXPECT_NEAR(back.at(i, 0).green, i, i < 8 ? 3 : 1);  // the table is coarse where its slope is steep

@@ -44,7 +44,8 @@ void SceneRender::settle_space(int first, pictures::Watch& watch) {
 
 void SceneRender::bring_into_space(const SceneFile& file, const std::string& path, pictures::Picture& picture,
                                    pictures::Watch& watch) {
-    if (!space_ || file.is_data) return;
+    if (file.is_data) return;
+    if (!space_) return note_losses(file, path, unusable_profile(picture));
     std::vector<std::string> notes;
     space_->take(path, picture, file.profile, scene_.depth, notes, watch);
     for (const auto& note : notes) {
@@ -203,7 +204,7 @@ void SceneRender::composite_layer(std::size_t index, int number, pictures::Pictu
     const SceneLayer& layer = scene_.layers[index];
     const Shown picture = show(layer.file, number, layer.matte ? &*layer.matte : nullptr, watch);
     const Shown mask = layer.mask ? show(layer.mask->file, number, nullptr, watch) : nullptr;
-    if (!space_) note_losses(layer.file, layer.file.at(number), taken_otherwise(*picture, onto));
+    if (!space_ && scene_.background) note_losses(layer.file, layer.file.at(number), taken_otherwise(*picture, onto));
     pictures::add_precision(onto, *picture);
     Transfer transfer;
     const auto canvas = with_effects(index, number, *picture, watch);

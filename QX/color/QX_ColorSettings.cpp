@@ -5,6 +5,7 @@
 
 #include "QX/color/QX_LinearizationTables.h"
 #include "QX/color/QX_Profiles.h"
+#include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "platform/tesselcore_Profiling.h"
 
@@ -57,7 +58,8 @@ QX_ColorSettings::QX_ColorSettings(const HCL_CMX_ProfilePoolPtr& pool, const t_C
 
 QX_ColorSettings::QX_ColorSettings(const HCL_CMX_ProfilePoolPtr& pool, const HCL_CMX_ProfilePtr& profile,
                                    HCL_CMX_WorkingGamma working_gamma, bool linearize, bool linear_blending)
-    : QX_ColorSettings(pool, checked(pool)->AddProfile(profile), working_gamma, linearize, linear_blending) {}
+    : QX_ColorSettings(pool, qx::translated([&] { return checked(pool)->AddProfile(profile); }), working_gamma,
+                       linearize, linear_blending) {}
 
 QX_ColorSettings::QX_ColorSettings(const QX_ColorSettings& other)
     : QX_ColorSettings(other.profile_pool_, other.profile_id_, other.working_gamma_, other.linearize_,

@@ -25,7 +25,7 @@ constexpr Entry kEntries[] = {
 
 }  // namespace
 
-void load_colour_engine(HCL_XIFAddressProc registry) {
+const ColourEngine* load_colour_engine(HCL_XIFAddressProc registry) {
     known_registry.store(registry, std::memory_order_release);
     current.store(nullptr, std::memory_order_release);
     auto engine = std::make_unique<ColourEngine>();
@@ -38,7 +38,9 @@ void load_colour_engine(HCL_XIFAddressProc registry) {
     engine->before = all.load(std::memory_order_relaxed);
     while (!all.compare_exchange_weak(engine->before, engine.get(), std::memory_order_acq_rel)) {
     }
-    current.store(engine.release(), std::memory_order_release);
+    const ColourEngine* const loaded = engine.release();
+    current.store(loaded, std::memory_order_release);
+    return loaded;
 }
 
 void unload_colour_engine() {
@@ -54,11 +56,10 @@ const ColourEngine* colour_engine() noexcept {
     const HCL_XIFAddressProc registry = known_registry.load(std::memory_order_acquire);
     if (registry == nullptr) return nullptr;
     try {
-        load_colour_engine(registry);
+        return load_colour_engine(registry);  // another thread may be loading too, and have cleared the pointer
     } catch (const std::exception&) {
         return nullptr;
     }
-    return current.load(std::memory_order_acquire);
 }
 
 }  // namespace qx

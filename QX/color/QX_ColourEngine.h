@@ -31,7 +31,8 @@ struct ColourEngine {
 };
 
 /// Asks a registry for all procedures, from the last to the first. Throws BRVException where one is missing.
-QX_EXPORT void load_colour_engine(HCL_XIFAddressProc registry);
+/// @return what others find too until the registry changes
+QX_EXPORT const ColourEngine* load_colour_engine(HCL_XIFAddressProc registry);
 /// Nothing may be using it. The next call of the engine loads it again.
 QX_EXPORT void unload_colour_engine();
 

@@ -2,6 +2,8 @@
 #include "scene/colour/Profiles.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <new>
 
@@ -33,24 +35,52 @@ Profile unless_no_memory(Profile profile, const std::string& fault) {
     return profile;
 }
 
+std::string rounded(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.4g", number);
+    return text;
+}
+std::string places_of(const pictures::Primaries& primaries) {
+    std::string text;
+    for (const float number : primaries) {
+        if (!text.empty()) text += ' ';
+        text += rounded(static_cast<double>(number));
+    }
+    return text;
+}
+
+/// A file of a named profile says its primaries as numbers that were rounded on the way.
+Profile known_light(const pictures::Primaries& primaries) {
+    static const std::vector<Profile> known = [] {
+        std::vector<Profile> all;
+        for (const char* name : {"linear", "linear-display-p3", "linear-rec2020"}) all.push_back(profile_of_text(name));
+        return all;
+    }();
+    const auto is_near = [](float a, float b) { return std::abs(a - b) < 2e-4f; };
+    for (const Profile& profile : known) {
+        const auto own = as_floats(*standalone::FactsOf(*profile).primaries);
+        if (std::equal(own.begin(), own.end(), primaries.begin(), is_near)) return profile;
+    }
+    return nullptr;
+}
+
 /// The profile that a file's words make; null, with words for why, where they make none.
 Profile told_profile(const pictures::ColourTags& tags, const pictures::ColourMeaning& meaning, std::string& fault) {
     using Kind = pictures::ColourMeaning::Kind;
-    const bool usual = meaning.primaries == pictures::kRec709Primaries;
     switch (meaning.kind) {
         case Kind::icc:
             return standalone::ProfileFromICC(tags.icc.bytes.data(), tags.icc.bytes.size(), &fault);
         case Kind::srgb:
             return standalone::NamedProfile("srgb", &fault);
         case Kind::gamma:
-            return standalone::MakeProfile({.name = "gamma " + words(meaning.exponent),
+            return standalone::MakeProfile({.name = "gamma " + rounded(meaning.exponent),
                                             .primaries = primaries_of(meaning.primaries),
                                             .curve = standalone::ToneCurve::power,
                                             .exponent = meaning.exponent},
                                            &fault);
         case Kind::light:
-            if (usual) return standalone::NamedProfile("linear", &fault);
-            return standalone::MakeProfile({.name = "linear light",
+            if (Profile known = known_light(meaning.primaries)) return known;
+            return standalone::MakeProfile({.name = "linear light of " + places_of(meaning.primaries),
                                             .primaries = primaries_of(meaning.primaries),
                                             .curve = standalone::ToneCurve::linear},
                                            &fault);
@@ -80,10 +110,10 @@ Profile fitting_profile(const pictures::ColourTags& tags, const pictures::Pictur
 
 /// Why a text is no profile, where it has the form of one that is told by a number.
 std::string number_fault(const std::string& text, const std::string& fault) {
-    constexpr const char* prefixes[] = {"gamma-", "linear-gamma-"};
-    const bool is_number = std::any_of(std::begin(prefixes), std::end(prefixes),
-                                       [&](const char* prefix) { return text.starts_with(prefix); });
-    return is_number ? fault : "";
+    const std::string number = text.substr(std::min(text.rfind('-') + 1, text.size()));
+    const bool is_number = !number.empty() && number.find_first_not_of("0123456789.") == std::string::npos &&
+                           std::count(number.begin(), number.end(), '.') <= 1 && number.back() != '.';
+    return text.find("gamma-") != std::string::npos && is_number ? fault : "";
 }
 
 }  // namespace
@@ -120,7 +150,7 @@ Meaning meaning_of(const pictures::Picture& picture, std::vector<std::string>& n
         profile = fitting_profile({{}, picture.colours.png, picture.colours.primaries}, picture, notes);
     }
     if (profile || picture.cmyk) return {profile, profile != nullptr};
-    const bool is_light = picture.linear || picture.world->Depth() == 32;
+    const bool is_light = picture.linear || picture.precision >= pictures::Precision::half;
     return {profile_of_text(is_light ? "linear" : "srgb"), false};
 }
 
@@ -132,15 +162,20 @@ void assign(pictures::Picture& picture, const Profile& profile) {
     picture.linear = facts.over_range;
 }
 
-std::vector<std::string> taken_otherwise(const pictures::Picture& layer, const pictures::Picture& background) {
+std::vector<std::string> unusable_profile(const pictures::Picture& picture) {
     std::vector<std::string> notes;
-    if (layer.linear != background.linear || say_the_same(layer, background)) return notes;
-    std::vector<std::string> ignored;  // on the background's profile, which is told with the background
-    const Profile above = meaning_of(layer, notes).profile, below = meaning_of(background, ignored).profile;
-    if (!above || !below || are_one(above, below)) return notes;
-    notes.push_back("its profile (" + name_of(above) + ") is not the background's (" + name_of(below) +
-                    "); values are taken as they are, see --space");
+    const auto kind = pictures::meaning_of(picture.colours, picture.linear).kind;
+    if (kind != pictures::ColourMeaning::Kind::unknown) meaning_of(picture, notes);
     return notes;
+}
+
+std::vector<std::string> taken_otherwise(const pictures::Picture& layer, const pictures::Picture& background) {
+    if (say_the_same(layer, background)) return {};
+    std::vector<std::string> told_apart;
+    const Profile above = meaning_of(layer, told_apart).profile, below = meaning_of(background, told_apart).profile;
+    if (!above || !below || are_one(above, below)) return {};
+    return {"its profile (" + name_of(above) + ") is not the background's (" + name_of(below) +
+            "); values are taken as they are, see --space"};
 }
 
 }  // namespace qx::scene

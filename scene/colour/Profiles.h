@@ -36,6 +36,8 @@ inline constexpr const char* kMeaningIsUsual =
 /// Lets a picture say that its values are those of a profile. No pixel changes.
 void assign(pictures::Picture& picture, const Profile& profile);
 
+/// What is to be said of a picture whose profile cannot be used.
+std::vector<std::string> unusable_profile(const pictures::Picture& picture);
 /// What is to be said of a layer whose values are taken as they are onto a background, where their profiles differ.
 std::vector<std::string> taken_otherwise(const pictures::Picture& layer, const pictures::Picture& background);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nlohmann/json.hpp>
 
+#include "platform/standalone/Colour.h"
 #include "tests/tools/RunQx.h"
 
 namespace {
@@ -15,7 +16,7 @@ protected:
     }
     static qx::pictures::Picture with_profile(int alpha) {
         auto made = picture<QX_Pixel8>(32, 20, alpha < 255, [=](int x, int y) { return argb(alpha, x, y, x + y); });
-        made.colours.icc.bytes = small_profile();
+        made.colours.icc.bytes = standalone::ICCOf(*standalone::NamedProfile("display-p3", nullptr));
         return made;
     }
 };

@@ -74,6 +74,7 @@ TEST_F(Losses, EachIsToldOnceAJob) {
     put_quoted("wide.json", "{'frames': [1, 2], 'depth': 32, 'background': 'wide.exr', 'layers': []}");
     put_quoted("cut.json", "{'frames': [1, 2], 'depth': 32, 'size': [9, 8], 'background': 'wide.exr', 'layers': []}");
     const std::string mixed = "OpenEXR is meant";
+    const std::string encoded = "deep.png: its profile (sRGB) is not the background's (sRGB (linear))";
     const std::pair<std::string, Names> cases[] = {
         {"comp a.png a.png --depth 32 -o o.png", {}},
         {"comp deep.png a.png -o o.tif", {}},
@@ -82,7 +83,9 @@ TEST_F(Losses, EachIsToldOnceAJob) {
         {"comp half.exr a.png -o o.exr", {mixed}},
         {"comp half.exr deep.png --half -o o.exr", {mixed, "half.exr: its floats become half floats"}},
         {"comp half.exr half.exr -o o.png", {mixed, "half.exr: its half floats become 16 bits"}},
-        {"comp tame.exr other.exr -o o.exr", {"other.exr: its profile (linear light) is not the background's"}},
+        {"comp tame.exr other.exr -o o.exr",
+         {"other.exr: its profile (linear light of 0.7 0.29 0.17 0.8 0.13 0.05 0.3127 0.329) is not the background's "
+          "(sRGB (linear))"}},
         {"comp wide.exr tame.exr -o o.exr", {}},
         {"comp wide.exr tame.exr -o o.tif", {mixed, "wide.exr: what lies outside"}},
         {"comp tame.exr wide.exr --mask wide.exr -o o.exr", {"wide.exr: what lies outside"}},
@@ -93,10 +96,11 @@ TEST_F(Losses, EachIsToldOnceAJob) {
         {"comp q.1.exr q.1.exr --mode copy -o o.tif --depth 16",
          {mixed, "q.1.exr: its floats become 16 bits", "q.1.exr: values below 0 and above 1"}},
         {"render s.json -o o.#.png --depth 32",
-         {mixed, "q.1.exr: its floats become 16 bits", "q.1.exr: values below 0 and above 1"}},
-        {"render s.json -o o.#.exr --depth 32", {}},
+         {encoded, mixed, "q.1.exr: its floats become 16 bits", "q.1.exr: values below 0 and above 1"}},
+        {"render s.json -o o.#.exr --depth 32", {encoded}},
         {"render s.json -o o.#.png -j 1",
-         {"q.1.exr: its floats become 8 bits", "q.1.exr: values below", "deep.png: its 16 bits become 8", mixed}}};
+         {"q.1.exr: its floats become 8 bits", "q.1.exr: values below", "deep.png: its 16 bits become 8", encoded,
+          mixed}}};
     for (const auto& [line, words] : cases) {
         const auto outcome = qx(line);
         EXPECT_EQ(outcome.status, 0) << line;

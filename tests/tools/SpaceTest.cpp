@@ -121,6 +121,9 @@ TEST_F(Space, SaysWhatItsResultIs) {
     const auto note = "p3.png: its profile (Display P3) is not the background's (sRGB); values are taken as they are";
     EXPECT_HOLDS(qx("comp bg.png p3.png -o o.png").errors, note);
     EXPECT_HOLDS(qx("comp bg.png plain.png --space srgb -o o.png").errors, scene::kMeaningIsUsual);
+    EXPECT_EQ(qx("comp bg.png p3.png --space linear-display-p3 --depth 32 -o o.exr").status, 0);
+    const auto named = scene::profile_of_text("linear-display-p3");
+    EXPECT_TRUE(scene::are_one(scene::meaning_of(read("o.exr"), notes).profile, named));
 }
 
 TEST_F(Space, WrongUseIsOneLine) {

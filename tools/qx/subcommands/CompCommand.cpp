@@ -50,13 +50,21 @@ void note_mixed_light(const CompOptions& options, const Inputs& inputs) {
     if (mixed) say_note(pictures::kLightIsMixed);
 }
 
+/// Where values are taken as they are.
+void note_profiles(const CompOptions& options, const Inputs& inputs, NotesOnce& once) {
+    tell_losses(once, options.background, scene::unusable_profile(inputs.background));
+    for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
+        tell_losses(once, options.layers[i].file, scene::unusable_profile(inputs.layers[i].picture));
+    }
+}
+
 /// What the layers and the result lose on the way, into a file of this depth.
 void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnce& once) {
     pictures::Picture& result = inputs.background;
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         const pictures::Picture& layer = inputs.layers[i].picture;
-        if (!options.colours.has_space)
-            tell_losses(once, options.layers[i].file, scene::taken_otherwise(layer, result));
+        const bool is_told = options.colours.has_space || layer.linear != result.linear;  // by `note_mixed_light`
+        if (!is_told) tell_losses(once, options.layers[i].file, scene::taken_otherwise(layer, result));
         pictures::add_precision(result, layer);
     }
     tell_losses(once, options.background,
@@ -144,6 +152,7 @@ void run(const CompOptions& options) {
         bring_into_space(options, inputs, asked != 0 ? asked : deepest_of(files), once, space);
     } else {
         note_mixed_light(options, inputs);
+        note_profiles(options, inputs, once);
     }
     const int depth = unify(files, asked, once);
     QX_World& background = *inputs.background.world;

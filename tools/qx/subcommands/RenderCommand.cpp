@@ -135,6 +135,11 @@ void make_pictures(const Job& job, const scene::FramePattern& names) {
     scene::in_order(job.frames.count(), job.at_once(), job.watch, make);
 }
 
+/// The frame whose background tells the space, whatever part of a scene is rendered.
+int first_of(const scene::Scene& scene, const scene::FrameRange& frames) {
+    return scene.frames ? scene.frames->first : frames.first;
+}
+
 void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
     const auto names = value_of("-o", [&] { return scene::FramePattern(options.output); });
     if (frames.count() > 1 && !names.has_place()) {
@@ -146,7 +151,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
     }
     const Library library;
     SignalWatch watch;
-    scene::SceneRender render(scene, say_note, frames.first, watch);
+    scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
     make_pictures({options, scene, frames, render, watch}, names);
 }
 
@@ -166,7 +171,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     if (options.resume) throw WrongUsage("--resume is for pictures, a movie is made as a whole");
     const Library library;
     SignalWatch watch;
-    scene::SceneRender render(scene, say_note, frames.first, watch);
+    scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
     int width = 0, height = 0;
     render.size(frames.first, watch, &width, &height);
     const auto colours =

@@ -8,7 +8,6 @@
 #include "pictures/Losses.h"
 #include "scene/Faults.h"
 #include "scene/LayerWords.h"
-#include "scene/colour/Convert.h"
 
 namespace qx::scene {
 namespace {

@@ -5,8 +5,8 @@
 #include "QX/indep/QX_LinearTables.h"
 #include "QX/indep/QX_Records.h"
 
-/// Tables of a pure power law: `to_linear` is (i / 255) ^ gamma. For hosts without a colour profile.
-/// @param gamma  above 0
+/// Tables of a pure power, equal to those of a profile of that power. For hosts without a colour profile.
+/// @param gamma  above 2^-17; rounded to 2^-16, as profiles hold it
 QX_EXPORT void QX_BuildGammaBlendingTables(float gamma, QX_LinearBlendingTables* tables);
 
 /// Copies a whole world into another of the same size, changing depth. The float side is linear, 8 and 16 bits are

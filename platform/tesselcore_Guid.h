@@ -19,6 +19,9 @@ inline bool operator!=(const Guid& a, const Guid& b) { return !(a == b); }
 
 namespace tesselcore::utility {
 
+/// The 16 bytes in the order in which a person writes them: each number's high byte first.
+PLATFORM_EXPORT void GuidToBytes(const Guid& guid, std::uint8_t bytes[16]);
+
 /// Hashes all bytes that are mixed, one after another, to 128 bits, equal on every machine: MurmurHash3 in its form of
 /// 128 bits for 64-bit processors, whose two words of state start with a seed each.
 class PLATFORM_EXPORT Murmur3Mixer {

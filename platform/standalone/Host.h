@@ -19,7 +19,7 @@ PLATFORM_EXPORT void SetPoolLimit(int threads);
 PLATFORM_EXPORT int PoolLimit();
 PLATFORM_EXPORT int PoolThreads();  ///< the limit, or the number of cores where none is set
 
-enum class ReportKind { error, error_string, failed_verification };
+enum class ReportKind { error, error_string, failed_verification, assertion };
 /// A fault that a routine tells besides its code.
 struct Report {
     ReportKind kind;

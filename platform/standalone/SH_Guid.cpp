@@ -28,6 +28,15 @@ std::uint64_t avalanche(std::uint64_t h) {
 
 }  // namespace
 
+void GuidToBytes(const Guid& guid, std::uint8_t bytes[16]) {
+    for (unsigned i = 0; i < 4; ++i) bytes[i] = static_cast<std::uint8_t>(guid.first >> (24 - 8 * i));
+    for (unsigned i = 0; i < 2; ++i) {
+        bytes[4 + i] = static_cast<std::uint8_t>(guid.second >> (8 - 8 * i));
+        bytes[6 + i] = static_cast<std::uint8_t>(guid.third >> (8 - 8 * i));
+    }
+    std::copy_n(guid.rest, 8, bytes + 8);
+}
+
 void Murmur3Mixer::mix_block(const std::uint8_t* block) {
     state_[0] = (std::rotl(state_[0] ^ scrambled_first(word(block)), 27) + state_[1]) * 5 + 0x52dce729;
     state_[1] = (std::rotl(state_[1] ^ scrambled_second(word(block + 8)), 31) + state_[0]) * 5 + 0x38495ab5;

@@ -20,21 +20,29 @@ namespace {
 std::atomic<std::int64_t> allocation_count{0};
 std::atomic<std::int64_t> block_count{0};
 std::atomic<std::int64_t> lock_count{0};
-std::atomic<std::int64_t> fail_in{0};
+std::atomic<std::int64_t> fail_in{0}, fail_from{0};
 std::atomic<std::int64_t> accounted{0};
+
+/// Counts down to `last`. @return false for the count 1, which with `last` 1 is there to stay
+bool CountDown(std::atomic<std::int64_t>& count, std::int64_t last) {
+    std::int64_t left = count.load(std::memory_order_relaxed);
+    while (left > last && !count.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) {
+    }
+    return left != 1;
+}
+
 }  // namespace
 
 bool AllocationMayGoOn() {
     allocation_count.fetch_add(1, std::memory_order_relaxed);
-    std::int64_t left = fail_in.load(std::memory_order_relaxed);
-    while (left > 0 && !fail_in.compare_exchange_weak(left, left - 1, std::memory_order_relaxed)) {
-    }
-    return left != 1;
+    const bool this_one = CountDown(fail_in, 0), from_here = CountDown(fail_from, 1);
+    return this_one && from_here;
 }
 
 void CountBlock(int difference) { block_count.fetch_add(difference, std::memory_order_relaxed); }
 
 void FailAllocation(std::int64_t nth) { fail_in.store(nth, std::memory_order_relaxed); }
+void FailAllocationsFrom(std::int64_t nth) { fail_from.store(nth, std::memory_order_relaxed); }
 
 std::int64_t AccountedBytes() { return accounted.load(std::memory_order_relaxed); }
 

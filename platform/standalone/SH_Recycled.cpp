@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "platform/TK_Memory.h"
+#include "platform/standalone/Cache.h"
 #include "platform/standalone/SH_Internal.h"
 #include "platform/standalone/Standalone.h"
 
@@ -144,6 +145,6 @@ int TK_PurgeLoop(std::size_t, TK_PurgeAttempt attempt, void* context, int) {
         bool success = false;
         attempt(context, &success);
         if (success) return 0;
-        if (standalone::PurgeRecycled() == 0) return 4;
+        if (standalone::PurgeRecycled() == 0 && standalone::PurgeCacheMemory() == 0) return 4;
     }
 }

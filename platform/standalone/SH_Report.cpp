@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Reports go to the sink, or as a line to standard error, unless the thread is in a quiet section.
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 #include <new>
@@ -8,11 +9,13 @@
 #include "platform/TK_Strings.h"
 #include "platform/standalone/SH_Internal.h"
 #include "platform/standalone/Standalone.h"
+#include "platform/tesselcore_Debug.h"
 
 namespace standalone {
 namespace {
 
 thread_local int quiet_depth = 0;
+std::atomic<bool> debugger_attached{false};
 std::recursive_mutex mutex;  // a sink may itself run into a report
 ReportSink sink;
 
@@ -28,6 +31,8 @@ void SetReportSink(const ReportSink& new_sink) {
     const std::lock_guard lock(mutex);
     sink = new_sink;
 }
+
+void SetDebuggerAttached(bool attached) { debugger_attached = attached; }
 
 }  // namespace standalone
 
@@ -57,3 +62,22 @@ void TK_StartQuietErrorsOnCurrentThread() { ++standalone::quiet_depth; }
 void TK_EndQuietErrorsOnCurrentThread() {
     if (standalone::quiet_depth > 0) --standalone::quiet_depth;
 }
+
+namespace tesselcore::debug {
+
+bool BreakAfterAssertDialog(const char* condition, const char* function, const char* file, int line,
+                            const char* message) {
+    if (standalone::quiet_depth > 0) return false;
+    char text[512];
+    std::snprintf(text, sizeof text, "%s (%s, in %s, %s:%d)", message, condition, function, file, line);
+    try {
+        standalone::Deliver(standalone::ReportKind::assertion, 0, 0, text);
+    } catch (const std::bad_alloc&) {  // memory may be what the assertion is about
+        std::fprintf(stderr, "QX: %s\n", text);
+    }
+    return false;
+}
+
+bool IsDebuggerAttached() { return standalone::debugger_attached; }
+
+}  // namespace tesselcore::debug

@@ -55,6 +55,8 @@ const char* TK_ZLookupLStrCache(const TK_ZRef& table, int number) {
 
 std::wstring TK_ZStringToUTF16String(const char* key) { return standalone::FromUtf8(TK_ZString(key)); }
 
+std::string TK_ZStringToMBString(const char* key) { return TK_ZString(key); }
+
 int TK_SubString(char* buffer, std::size_t size, const char* placeholder, const char* text) {
     const std::size_t from = std::strlen(placeholder), to = std::strlen(text);
     char* place = from == 0 ? nullptr : std::strstr(buffer, placeholder);

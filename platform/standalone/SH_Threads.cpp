@@ -2,6 +2,7 @@
 // Parallel work: bands, the executor's contract, and exceptions of tasks.
 #include <atomic>
 #include <exception>
+#include <thread>
 
 #include "platform/TK_CPU.h"
 #include "platform/standalone/SH_Internal.h"
@@ -58,6 +59,26 @@ void ExecuteCPUBoundTaskOnAllProcessors(const boost::function<void(int)>& task, 
     standalone::Run run{task};
     standalone::RunOnPool(standalone::pool_limit, count, &standalone::Run::Task, &run);
     if (run.fault) std::rethrow_exception(run.fault);
+}
+
+void ExecuteCPUBoundTaskOnAllProcessorsWithProcessorIndex(const boost::function<void(int)>& task, int count) {
+    // The pool itself keeps index 0 for the caller. An executor may not: what it gives to another thread waits.
+    if (!standalone::executor || count <= 0) return ExecuteCPUBoundTaskOnAllProcessors(task, count);
+    const auto caller = std::this_thread::get_id();
+    bool waits = false;
+    const auto run = [&](int i) {
+        if (i == 0 && std::this_thread::get_id() != caller) {
+            waits = true;
+        } else {
+            task(i);
+        }
+    };
+    standalone::executor(run, count);
+    if (waits) task(0);
+}
+
+std::shared_ptr<const CPUBoundExecutor> GetCPUBoundExecutor() {
+    return std::make_shared<const CPUBoundExecutor>(standalone::bands);
 }
 
 std::uint32_t GetCurrentThreadID() {

@@ -10,9 +10,11 @@
 
 #include "platform/FK_Frames.h"
 #include "platform/Platform_Export.h"
+#include "platform/TK_Suites.h"
+#include "platform/standalone/Cache.h"
 #include "platform/standalone/Host.h"
 
-/// Switches of the stand-alone host for tests, besides those of Host.h. None of them is part of what the
+/// Switches of the stand-alone host for tests, besides those of Host.h and Cache.h. None of them is part of what the
 /// module asks of a host. Set them while nothing runs, and processor flags before QX_Birth.
 namespace standalone {
 
@@ -44,6 +46,8 @@ PLATFORM_EXPORT MemoryCounts Memory();
 PLATFORM_EXPORT std::int64_t AccountedBytes();
 /// The n-th allocation from now on fails (1 is the next one), once; 0 ends that. Counts all threads.
 PLATFORM_EXPORT void FailAllocation(std::int64_t nth);
+/// The n-th allocation from now on fails, and all after it, until 0 ends that. Counts all threads.
+PLATFORM_EXPORT void FailAllocationsFrom(std::int64_t nth);
 /// Gives the recycled pool's waiting blocks back to the system. @return bytes freed
 PLATFORM_EXPORT std::int64_t PurgeRecycled();
 
@@ -58,6 +62,13 @@ PLATFORM_EXPORT void SetRegistryError(int code);
 /// registry gets a new generation.
 using FindProcedure = std::function<void*(const char* label, const char* name)>;
 PLATFORM_EXPORT void SetRegistry(const FindProcedure& find);
+
+// --- suites and assertions --------------------------------------------------------------------------
+/// What TK_QS_GetQSBasicSuite gives instead of the suite that finds nothing; null gives that one back. With a code it
+/// fails with it.
+PLATFORM_EXPORT void SetBasicSuite(const QSBasicSuite* suite, int code = 0);
+/// What tesselcore::debug::IsDebuggerAttached says; false from the start.
+PLATFORM_EXPORT void SetDebuggerAttached(bool attached);
 
 // --- preferences and profiling ---------------------------------------------------------------------
 PLATFORM_EXPORT void SetPreference(const char* section, const char* key, const std::string& value);

@@ -61,3 +61,4 @@
 #include "QX/world/QX_UnoCombine.h"
 #include "QX/world/QX_World.h"
 #include "QX/world/QX_WorldX.h"
+#include "opticalflow/src/QX_AdvancedFrameBlending.h"

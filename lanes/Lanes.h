@@ -149,7 +149,21 @@ template <class V> QX_INLINE FloatLanes<V> to_float(V x) {
 }
 
 /// Correctly rounded square root of every lane.
-template <class F> QX_INLINE F root(F x) { QX_RETURN_BY_WIDTH(F, sizeof(F), sqrt_ps, x) }
+template <class F> QX_INLINE F root(F x) {
+    if constexpr (is_wide<F>) {
+        QX_RETURN_BY_WIDTH(F, sizeof(F), sqrt_ps, x)
+    } else {
+        return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x)));
+    }
+}
+/// The next integer that is not above.
+template <class F> QX_INLINE F floor_of(F x) {
+    if constexpr (is_wide<F>) {
+        QX_RETURN_BY_WIDTH(F, sizeof(F), floor_ps, x)
+    } else {
+        return __builtin_floorf(x);
+    }
+}
 
 /// Upper halves of products of lanes of 16 bits without a sign.
 template <class U> QX_INLINE U upper_product(U x, U y) {
@@ -235,6 +249,25 @@ template <class V> QX_INLINE UnsignedLanes<V> short_reciprocals_of_twins(V divis
     using I = Vector<std::int32_t, sizeof(V)>;
     const I one = short_reciprocal((I)divisors & 0xFFFF);
     return (UnsignedLanes<V>)(one | one << 16);
+}
+
+/// A float each: numbers base[index].
+template <class I> QX_INLINE FloatLanes<I> gather_floats(const float* base, I index) {
+    if constexpr (!is_wide<I>) {
+        return base[index];
+#ifdef __AVX512F__
+    } else if constexpr (sizeof(I) == 64) {
+        return (FloatLanes<I>)_mm512_i32gather_ps((__m512i)index, base, 4);
+#endif
+#ifdef __AVX2__
+    } else if constexpr (sizeof(I) == 32) {
+        return (FloatLanes<I>)_mm256_i32gather_ps(base, (__m256i)index, 4);
+#endif
+    } else {
+        FloatLanes<I> v;
+        for (int i = 0; i < lanes_in<I>; ++i) v[i] = base[index[i]];
+        return v;
+    }
 }
 
 /// Four bytes at `base` and each lane's distance from it in bytes.

@@ -82,7 +82,7 @@ template <class P, class Pixel> constexpr int pixel_of_lane(int lane) {
 /// Lanes of planes that were loaded from such pixels, in the order of the pixels.
 template <class P, class Pixel> QX_INLINE typename P::Lane in_pixel_order(typename P::Lane lanes) {
     using V = typename P::Lane;
-    [[maybe_unused]] V lane_of{};
+    [[maybe_unused]] Vector<std::int32_t, sizeof(V)> lane_of{};
     for (int i = 0; i < lanes_in<V>; ++i) lane_of[pixel_of_lane<P, Pixel>(i)] = i;
     if constexpr (sizeof(V) == 16) {
         return lanes;  // as they are

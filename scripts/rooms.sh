@@ -39,7 +39,7 @@ git ls-files -co --exclude-standard -- '*.h' '*.cpp' | grep -Ev '^(tests|bench)/
 done >"$work/includes"
 # An object's name begins with its source's folder, behind the target's own.
 find "$build" -name '*.o' -path '*.dir/*' | grep -Ev '/(tests|bench)/' | while read -r object; do
-    source=$(echo "$object" | sed "s|^$build/||; s|CMakeFiles/[^/]*\.dir/||; s|\.o$||")
+    source=$(echo "$object" | sed "s|^$build/||; s|CMakeFiles/[^/]*\.dir/||; s|^.*/__/||; s|\.o$||")
     [ -f "$source" ] || [ -f "$build/$source" ] || continue  # left from a source that is gone; texts of levels are made
     nm "$object" | awk -v source="$source" '
         $(NF - 1) == "U" { print "U", source, $NF }

@@ -64,7 +64,8 @@ namespace qx {
     X(summed_areas, 116)       \
     X(colour_apply, 120)       \
     X(linear_tables, 121)      \
-    X(colour_settings, 122)
+    X(colour_settings, 122)    \
+    X(frame_blending, 123)
 
 enum class Place : int {
 #define X(name, number) name = number,

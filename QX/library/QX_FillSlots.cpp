@@ -8,6 +8,7 @@
 #include "QX/pixelops/QX_PixelopsSlots.h"
 #include "QX/sampling/QX_SamplingSlots.h"
 #include "QX/world/QX_UnoKernels.h"
+#include "opticalflow/src/Kernels.h"
 
 void qx::fill_slots(const Processor& processor) {
     fill_iterate_slots();
@@ -16,5 +17,6 @@ void qx::fill_slots(const Processor& processor) {
     fill_sampling_slots(processor);
     fill_filters_slots(processor.level());
     fill_compositing_slots(processor.level());
+    solvan_of::begin(processor.level());
     fill_geometry_slots();
 }

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the engine's texts for levels have in common: positions and reads of images of floats.
+#pragma once
+
+#include "lanes/Level.h"
+#include "lanes/PixelAccess.h"
+
+namespace qx::QX_ISA {
+
+using Floats = Wide<float>;
+using Ints = Wide<std::int32_t>;
+
+inline constexpr float kFarAway = 1e9f;  ///< what lies farther off, and what is no number, counts as this
+
+/// Integer parts of positions, the lower ones for negatives too, and what is above them.
+struct Places {
+    Ints whole;
+    Floats fraction;
+};
+QX_INLINE Places places_of(Floats position) {
+    const Floats far = splat<Floats>(kFarAway);
+    const Floats within = position < far ? position : far;  // a NaN becomes what it must not yet
+    const Floats near = position >= -far ? within : -far;
+    const Floats below = floor_of(near);
+    return {truncate_to_int(below), near - below};
+}
+
+QX_INLINE Ints limited(Ints index, std::int32_t size) { return lesser(greater(index, Ints{}), splat<Ints>(size - 1)); }
+QX_INLINE Floats mix(Floats a, Floats b, Floats f) { return a + (b - a) * f; }
+
+/// An all-clear or all-set mask, of vectors or of one number.
+using Mask = decltype(Floats{} < Floats{});
+QX_INLINE Mask both(Mask a, Mask b) { return a & b; }
+QX_INLINE Mask either(Mask a, Mask b) { return a | b; }
+QX_INLINE bool any(Mask mask) { return !all(mask == Mask{}); }
+
+/// True where 0 <= index < size.
+QX_INLINE Mask lies_in(Ints index, std::int32_t size) { return both(index >= Ints{}, index < splat<Ints>(size)); }
+
+}  // namespace qx::QX_ISA

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "opticalflow/src/ImgProc.h"
+
+namespace solvan_of {
+
+void FnImgProc::set_rectangle_from(const FnTexIndexer& target) {
+    rectangle_ = {target.x.origin, target.y.origin, target.x.origin + target.width(),
+                  target.y.origin + target.height()};
+    flags_ |= kHasRectangle;
+}
+
+void FnImgProc::grow_rectangle(std::int32_t margin) {
+    if (margin <= 0) return;
+    rectangle_.left -= margin;
+    rectangle_.top -= margin;
+    rectangle_.right += margin;
+    rectangle_.bottom += margin;
+}
+
+bool FnImgProc::push_rectangle() {
+    if (saved_count_ == saved_.size()) return false;
+    saved_[saved_count_++] = rectangle_;
+    return true;
+}
+
+bool FnImgProc::pop_rectangle() {
+    if (saved_count_ == 0) return false;
+    rectangle_ = saved_[--saved_count_];
+    return true;
+}
+
+void FnImgProc::processImage(FnTexIndexer* target) {
+    if (target == nullptr) return;
+    target_ = target;
+    width_ = target->width();
+    height_ = target->height();
+    if ((options_ & kKeepsRectangle) == 0 || (flags_ & kHasRectangle) == 0) set_rectangle_from(*target);
+    initialise();
+    run();
+    finish();
+    target_ = nullptr;
+}
+
+// A stop ends its pass alone, so that all passes are walked through quickly.
+void FnImgProc::run() {
+    for (pass_ = 0; pass_ < pass_count_; ++pass_) {
+        if (interrupted(0)) continue;
+        prePass();
+        if (interrupted(0)) continue;
+        if ((options_ & kParallel) != 0) {
+            flags_ |= kInParallel;
+            run_parts<FnImgProc, &FnImgProc::run_part>(*this);
+            flags_ &= ~kInParallel;
+        } else {
+            processPart(0);
+        }
+        postPass();
+    }
+}
+
+PartRows FnImgProc::rows_of(int part) const {
+    const bool parallel = (options_ & kParallel) != 0;
+    const PartRows rows = rows_of_part(rectangle_.height(), parallel ? part : 0, parallel ? processorCount() : 1);
+    return {rows.begin + rectangle_.top, rows.end + rectangle_.top};
+}
+
+}  // namespace solvan_of

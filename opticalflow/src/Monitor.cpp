@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "opticalflow/src/Monitor.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace solvan_of {
+
+void FnMotionEstimateGradientChangedNeighboursMonitor::initialise() {
+    saw_invalid_.store(false, std::memory_order_relaxed);
+    if (is_first_) {
+        begin();
+    } else {
+        pass_count_ = 1;
+        all_changed_ = false;
+    }
+}
+
+void FnMotionEstimateGradientChangedNeighboursMonitor::begin() {
+    pass_count_ = 0;
+    const bool is_new = map_.width() != width_ || map_.height() != height_ || !map_.has_pixels();
+    if (is_new && !(allocate_like(map_, *first_) && allocate_like(saved_, *first_))) return state().stop(4);
+    const HvVec2 b = first_->background;
+    map_.background = place_of(std::sqrt(b.x * b.x + b.y * b.y)).whole;
+    saved_.background = b;
+    map_.fill(1);
+    for (std::int32_t y = 0; y < height_; ++y) std::copy_n(first_->row(y), width_, saved_.row(y));
+    is_first_ = false;
+}
+
+void FnMotionEstimateGradientChangedNeighboursMonitor::processPart(int part) {
+    bool invalid = false;
+    for_rows(part, [&](std::int32_t y) {
+        HvVec2* const saved = saved_.row(y);
+        std::int32_t* const map = map_.row(y);
+        const HvVec2* const now = first_->row(y);
+        for (std::int32_t x = 0; x < width_; ++x) {
+            invalid |= !is_whole(now[x]);
+            map[x] = equal(now[x], saved[x]) ? 0 : 1;
+            saved[x] = now[x];
+        }
+    });
+    if (invalid) saw_invalid_.store(true, std::memory_order_relaxed);
+}
+
+}  // namespace solvan_of

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "opticalflow/src/SpatialCandidates.h"
+
+namespace solvan_of {
+
+using SinglePass = FnMotionEstimateGradientTweenerIterateSpatialCandidatesSinglePass;
+
+SinglePass::FnMotionEstimateGradientTweenerIterateSpatialCandidatesSinglePass(
+    InterruptState& state, const FnMotionEstimateGradientTweeningParameters& parameters)
+    : FnImgProc1(state),
+      FnMotionEstimateGradientTweeningParameters(parameters),
+      second_monitor_(state),
+      first_monitor_(state) {}
+
+void SinglePass::initialise() {
+    if ((word() & kRestarts) != 0) {
+        second_monitor_.restart();
+        first_monitor_.restart();
+        second_monitor_.process(to_second);
+        first_monitor_.process(to_first);
+    }
+    set_word(word() & ~(kRestarts | kProgress));
+}
+
+void SinglePass::prePass() {
+    if (!second_borders_.save(*to_second) || !first_borders_.save(*to_first)) state().stop(4);
+}
+
+// Vectors that pass a pixel count once: after that it has them, or does not want them.
+void SinglePass::finish() {
+    if (pass_number_ == 0) {
+        first_candidates->empty_all();
+        second_candidates->empty_all();
+    }
+    if (!stopped()) {
+        second_monitor_.process(to_second);
+        first_monitor_.process(to_first);
+    }
+    ++pass_number_;
+}
+
+void SinglePass::processPart(int part) {
+    const PartRows mine = rows_of(part);
+    if (mine.begin >= mine.end) return;
+    TweenChoices choices(*this);
+    for_rows(part, [&](std::int32_t y) { work_on_row(y, part, mine, choices); });
+}
+
+/// Whether the pixel has any vector that it needs.
+bool SinglePass::has_needed(std::int32_t x, std::int32_t y) const {
+    const std::int32_t s = occlusion_map->at(x, y);
+    return (s != kFirstAlone && is_valid(to_second->at(x, y))) || (s != kSecondAlone && is_valid(to_first->at(x, y)));
+}
+
+bool SinglePass::is_visited(std::int32_t x, std::int32_t y) const {
+    const std::uint32_t now = word();
+    return ((now & kOnlyHoles) == 0 || !has_needed(x, y)) &&
+           ((now & kOnlyOccluded) == 0 || occlusion_map->at(x, y) != kSeenInBoth);
+}
+
+void SinglePass::work_on_row(std::int32_t y, int part, const PartRows& mine, TweenChoices& choices) {
+    const auto choose_all = [&] {
+        choices.sample();
+        for (const TweenChoices::Pixel& pixel : choices) {
+            const auto mean = [&](const FieldTexture& field, const BorderRows& borders) {
+                return neighbour_mean(pixel.x, y, width,
+                                      [&](std::int32_t row) { return borders.row(field, part, mine, row); });
+            };
+            choices.choose(pixel, mean(*to_second, second_borders_), mean(*to_first, first_borders_),
+                           to_second->at(pixel.x, y), to_first->at(pixel.x, y));
+            if ((word() & kOnlyHoles) != 0 && has_needed(pixel.x, y))
+                word_.fetch_or(kProgress, std::memory_order_relaxed);
+        }
+        choices.clear();
+    };
+    RandomSequence random(pass_number_);
+    for (std::int32_t x = 0; x < width; ++x) {
+        if (!is_visited(x, y)) continue;
+        choices.list_a.clear();
+        choices.list_b.clear();
+        second_monitor_.add_changed_neighbours(x, y, choices.list_a);
+        first_monitor_.add_changed_neighbours(x, y, choices.list_b);
+        choices.list_a.add(to_second->at(x, y));
+        choices.list_b.add(to_first->at(x, y));
+        first_candidates->add_to(number(x, y), choices.list_a);
+        second_candidates->add_to(number(x, y), choices.list_b);
+        choices.add(x, y, occlusion_map->at(x, y), random);
+        if (choices.is_full()) choose_all();
+    }
+    choose_all();
+}
+
+void iterate_spatial_candidates(InterruptState& state, const FnMotionEstimateGradientTweeningParameters& parameters) {
+    constexpr int kMostPasses = 101;
+    SinglePass pass(state, parameters);
+    for (int k = 0; k < parameters.iterations && !state.is_stopped(); ++k) pass.run_pass();
+    if (!parameters.has(kGuessesOcclusions)) return;
+    const auto fill_holes = [&] {
+        pass.set_word(pass.word() | SinglePass::kRestarts | SinglePass::kOnlyHoles);
+        int passes = 0;
+        do {
+            pass.run_pass();
+            ++passes;
+        } while (passes < kMostPasses && (pass.word() & SinglePass::kProgress) != 0 && !state.is_stopped());
+        return passes;
+    };
+    const int passes = fill_holes();
+    pass.set_word((pass.word() | SinglePass::kRestarts | SinglePass::kOnlyOccluded) & ~SinglePass::kOnlyHoles);
+    for (int k = 0; k < passes && !state.is_stopped(); ++k) pass.run_pass();
+    pass.set_word(pass.word() & ~SinglePass::kOnlyOccluded);
+    fill_holes();
+}
+
+}  // namespace solvan_of

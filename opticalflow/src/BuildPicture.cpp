@@ -3,7 +3,6 @@
 
 #include "opticalflow/src/Candidates.h"
 #include "opticalflow/src/Kernels.h"
-#include "opticalflow/src/Sinc.h"
 
 namespace solvan_of {
 
@@ -53,10 +52,12 @@ qx::VectorRow EnlargedField::Rows::row(std::int32_t y) {
 
 namespace {
 
-template <class Pixel> qx::FlowPicture::Row row_of(const qx::FlowPicture& rows) {
-    if constexpr (sizeof(Pixel) == 4) return rows.bilinear8;
-    if constexpr (sizeof(Pixel) == 8) return rows.bilinear16;
-    return rows.bilinear32;
+template <class Pixel> qx::FlowPicture::Row quick_row(bool by_sinc) {
+    const qx::FlowPicture& bilinear = *kernels().picture;
+    const qx::FlowSinc& sinc = *kernels().sinc;
+    if constexpr (sizeof(Pixel) == 4) return by_sinc ? sinc.rows8 : bilinear.bilinear8;
+    if constexpr (sizeof(Pixel) == 8) return by_sinc ? sinc.rows16 : bilinear.bilinear16;
+    return by_sinc ? sinc.rows32 : bilinear.bilinear32;
 }
 
 template <class Pixel> qx::FlowFrame frame_of(const FnTexture<Pixel>& texture) {
@@ -87,8 +88,7 @@ template <class Pixel> void FnMotionEstimateGradientTweenerBuildPicture<Pixel>::
 
 /// Nothing but a mix of both frames.
 template <class Pixel> bool FnMotionEstimateGradientTweenerBuildPicture<Pixel>::is_plain() const {
-    return !has_states_ && !takes_nearer_frame && first_alpha == nullptr && second_alpha == nullptr &&
-           !parameters_.has(kHighQualityFilter);
+    return !has_states_ && !takes_nearer_frame && first_alpha == nullptr && second_alpha == nullptr;
 }
 
 template <class Pixel> void FnMotionEstimateGradientTweenerBuildPicture<Pixel>::processPart(int part) {
@@ -102,7 +102,7 @@ template <class Pixel> void FnMotionEstimateGradientTweenerBuildPicture<Pixel>::
         const qx::VectorRow to_second = second_rows.row(y), to_first = first_rows.row(y);
         Pixel* const to = this->first_->row(y);
         if (is_quick) {
-            row_of<Pixel> (*kernels().picture)({frame_of(*first_frame_), frame_of(*second_frame_), to_first, to_second,
+            quick_row<Pixel> (parameters_.has(kHighQualityFilter))({frame_of(*first_frame_), frame_of(*second_frame_), to_first, to_second,
                                                 parameters_.position, scale_, y, this->width_, to});
             return;
         }
@@ -137,18 +137,23 @@ FloatPixel FnMotionEstimateGradientTweenerBuildPicture<Pixel>::read(const Frame&
 template <class Pixel>
 FloatPixel FnMotionEstimateGradientTweenerBuildPicture<Pixel>::read_by_sinc(const Frame& frame, const Place& across,
                                                                             const Place& down) const {
-    if (is_near_middle(across) && is_near_middle(down))
-        return as_floats(frame.read(nearest_pixel(across), nearest_pixel(down)));
-    const SincTaps along_x = sinc_taps(across), along_y = sinc_taps(down);
+    if (qx::is_near_middle(across.fraction) && qx::is_near_middle(down.fraction)) {
+        const auto nearest = [](const Place& place) { return place.whole + (place.fraction > 0.99f ? 1 : 0); };
+        return as_floats(frame.read(nearest(across), nearest(down)));
+    }
+    float along_x[qx::kSincTaps], along_y[qx::kSincTaps];
+    kernels().sinc->taps(across.fraction, along_x);
+    kernels().sinc->taps(down.fraction, along_y);
     const auto add = [](FloatPixel& sum, float weight, const FloatPixel& p) {
         sum = FloatPixel::of([weight](float s, float c) { return s + weight * c; }, sum, p);
     };
     FloatPixel sum{};
-    for (int j = 0; j < SincTaps::kCount; ++j) {
+    for (int j = 0; j < qx::kSincTaps; ++j) {
         FloatPixel row{};
-        for (int i = 0; i < SincTaps::kCount; ++i)
-            add(row, along_x.weights[i], as_floats(frame.read(along_x.first + i, along_y.first + j)));
-        add(sum, along_y.weights[j], row);
+        for (int i = 0; i < qx::kSincTaps; ++i)
+            add(row, along_x[i],
+                as_floats(frame.read(across.whole + i - qx::kSincRadius, down.whole + j - qx::kSincRadius)));
+        add(sum, along_y[j], row);
     }
     return sum;
 }

@@ -5,6 +5,7 @@
 #include "opticalflow/src/FlowLuminance.h"
 #include "opticalflow/src/FlowPicture.h"
 #include "opticalflow/src/FlowRing.h"
+#include "opticalflow/src/FlowSinc.h"
 #include "opticalflow/src/FlowSolve.h"
 
 namespace solvan_of {
@@ -15,6 +16,7 @@ struct Kernels {
     const qx::FlowLuminance* luminance;
     const qx::FlowPicture* picture;
     const qx::FlowRing* ring;
+    const qx::FlowSinc* sinc;
     const qx::FlowSolve* solve;
 };
 const Kernels& kernels();

@@ -59,7 +59,7 @@ using FloatPixel = Argb<float>;                    ///< what samples of pixels a
 using Accumulator = FnRGBACol<FnRGBABase<float>>;  ///< what passes are added up in
 
 /// A value as a channel: integers are limited and truncated, floats stay as they are.
-template <class T> T as_channel(float value) {
+template <class T> [[gnu::always_inline]] inline T as_channel(float value) {
     if constexpr (std::is_floating_point_v<T>) {
         return value;
     } else {

@@ -14,13 +14,13 @@ struct Place {
 
 inline constexpr float kFarAway = 1e9f;  ///< what lies farther off, and what is no number, counts as this
 
-inline Place place_of(float position) {
+[[gnu::always_inline]] inline Place place_of(float position) {
     if (!(position >= -kFarAway)) return {-1'000'000'000, 0.0f};
     if (position >= kFarAway) return {1'000'000'000, 0.0f};
     const float below = std::floor(position);
     return {static_cast<std::int32_t>(below), position - below};
 }
 
-inline float lerp(float a, float b, float f) { return a + (b - a) * f; }
+[[gnu::always_inline]] inline float lerp(float a, float b, float f) { return a + (b - a) * f; }
 
 }  // namespace solvan_of

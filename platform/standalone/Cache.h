@@ -14,7 +14,7 @@ namespace standalone {
 /// while nothing runs.
 PLATFORM_EXPORT void SetCacheFolder(const std::string& folder);
 PLATFORM_EXPORT std::string CacheFolder();
-/// Bytes of the files (10 GB from the start). Beyond it the oldest go, until 90 % is left.
+/// Bytes of the files (10 GiB from the start). Beyond it the oldest go, until 90 % is left.
 PLATFORM_EXPORT void SetCacheDiskLimit(std::uint64_t bytes);
 PLATFORM_EXPORT std::uint64_t CacheDiskLimit();
 /// Bytes of the items in memory (1 GiB from the start). Beyond it those go that were not used for longest; items in use
@@ -38,5 +38,18 @@ PLATFORM_EXPORT CacheCounts CacheStatistics();
 PLATFORM_EXPORT void ForgetCacheCounts();
 /// Empties the bag, but for items in use. @return bytes given back
 PLATFORM_EXPORT std::uint64_t PurgeCacheMemory();
+
+/// What lies in the folder, or lies there after `ClearCache` and `VerifyCache`; none where there is no folder. Files that
+/// processes left unfinished which are gone go every time.
+struct CacheReview {
+    std::uint64_t entries = 0, bytes = 0;
+    std::uint64_t removed = 0, removed_bytes = 0;
+    std::string fault;  ///< what could not be looked at or removed, for people; empty without one
+};
+PLATFORM_EXPORT CacheReview LookAtCache();
+/// Removes all files.
+PLATFORM_EXPORT CacheReview ClearCache();
+/// Reads all files and removes those that cannot be believed.
+PLATFORM_EXPORT CacheReview VerifyCache();
 
 }  // namespace standalone

@@ -2,14 +2,13 @@
 #pragma once
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
-#include <compare>
 #include <list>
 #include <map>
 #include <mutex>
 
 #include "platform/KS_Cache.h"
 #include "platform/standalone/Cache.h"
-#include "platform/standalone/SH_CacheKey.h"
+#include "platform/standalone/SH_CacheFormat.h"
 
 /// The items in memory, the one used last in front.
 class KS_Bag {

@@ -59,6 +59,19 @@ TEST(Memory, EveryAllocatorCountsOnceAlignsAndFailsOnDemand) {
     }
 }
 
+TEST(Memory, CanFailFromOneAllocationOn) {
+    const auto fails = [] {
+        void* const block = TK_RuntimeMalloc(1);
+        TK_RuntimeFree(block);
+        return block == nullptr;
+    };
+    standalone::FailAllocationsFrom(3);
+    EXPECT_TRUE(!fails() && !fails());
+    for (int i = 0; i < 5; ++i) EXPECT_TRUE(fails());
+    standalone::FailAllocationsFrom(0);
+    EXPECT_FALSE(fails());
+}
+
 TEST(Memory, HopelessSizesGiveNull) {
     const Reports quiet;
     constexpr std::size_t huge = SIZE_MAX - 4;

@@ -2,6 +2,7 @@
 #include "platform/ALOG.h"
 #include "platform/TK_Report.h"
 #include "platform/TK_Strings.h"
+#include "platform/tesselcore_Debug.h"
 #include "platform/tesselcore_Utility.h"
 #include "tests/support/Test.h"
 
@@ -54,6 +55,23 @@ TEST(Report, ExceptionsBecomeCodes) {
     EXPECT_EQ(reports.last_text(), "bad row");
     const TK_QuietErrors section;
     EXPECT_EQ(TK_TranslateAndReportException(std::bad_array_new_length()), 4);
+    EXPECT_EQ(reports.all().size(), 2u);
+}
+
+TEST(Report, AssertionsAreReportsAndStopNothing) {
+    using namespace tesselcore::debug;
+    Reports reports;
+    const auto fail = [] { return BreakAfterAssertDialog("false", "RunThread", "some/folder", 134, "Missing."); };
+    EXPECT_FALSE(fail());
+    ASSERT_EQ(reports.all().size(), 1u);
+    EXPECT_EQ(reports.all()[0].kind, standalone::ReportKind::assertion);
+    EXPECT_EQ(reports.last_text(), "Missing. (false, in RunThread, some/folder:134)");
+    EXPECT_FALSE(IsDebuggerAttached());
+    standalone::SetDebuggerAttached(true);
+    EXPECT_TRUE(IsDebuggerAttached() && !fail());
+    standalone::SetDebuggerAttached(false);
+    const TK_QuietErrors section;
+    EXPECT_FALSE(fail());
     EXPECT_EQ(reports.all().size(), 2u);
 }
 

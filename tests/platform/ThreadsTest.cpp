@@ -14,6 +14,7 @@ namespace {
 
 using namespace qx::test;
 using tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors;
+using tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessorsWithProcessorIndex;
 
 TEST(Threads, BandsAreFixedAndCanBeSet) {
     std::int32_t n = 0;
@@ -22,7 +23,10 @@ TEST(Threads, BandsAreFixedAndCanBeSet) {
     EXPECT_EQ(standalone::BandCount(), 1);
     standalone::SetBandCount(7);
     EXPECT_TRUE(TK_GetNumThreads(&n) == 0 && n == 7);
+    const auto executor = tesselcore::threads::GetCPUBoundExecutor();
     standalone::SetBandCount(32);
+    EXPECT_EQ(executor->NumberOfProcessors(), 7);
+    EXPECT_EQ(tesselcore::threads::GetCPUBoundExecutor()->NumberOfProcessors(), 32);
     standalone::SetThreadCountError(44);
     EXPECT_TRUE(TK_GetNumThreads(&n) == 44 && n == 7);
     standalone::SetThreadCountError(0);
@@ -148,6 +152,38 @@ TEST(Threads, ExecutorTakesThePoolsPlace) {
     standalone::SetExecutor({});
     ExecuteCPUBoundTaskOnAllProcessors([&](int i) { order.push_back(i); }, 1);
     EXPECT_EQ(order.back(), 0);
+}
+
+/// Whoever runs the others, and in whatever order.
+TEST(Threads, IndexZeroStaysOnTheCallersThread) {
+    const auto backwards = [](const boost::function<void(int)>& task, int count) {
+        for (int i = count; i-- > 0;) task(i);
+    };
+    const auto elsewhere = [&](const boost::function<void(int)>& task, int count) {
+        in_threads(count, [&](int i) { task(i); });
+    };
+    const auto caller = std::this_thread::get_id();
+    for (const standalone::Executor& executor : {standalone::Executor(), {backwards}, {elsewhere}}) {
+        standalone::SetExecutor(executor);
+        for (const int count : {-1, 0, 1, 2, 32}) {
+            std::vector<int> runs(static_cast<std::size_t>(std::max(count, 0)));
+            std::thread::id of_zero = caller;
+            const auto task = [&](int i) {
+                ++runs.data()[i];
+                if (i == 0) of_zero = std::this_thread::get_id();
+            };
+            ExecuteCPUBoundTaskOnAllProcessorsWithProcessorIndex(task, count);
+            EXPECT_EQ(runs, std::vector<int>(runs.size(), 1));
+            EXPECT_EQ(of_zero, caller);
+        }
+    }
+    standalone::SetExecutor({});
+    for (const int thrower : {0, 3}) {
+        const auto task = [&](int i) {
+            if (i == thrower) throw 44;
+        };
+        EXPECT_EQ(code_of([&] { ExecuteCPUBoundTaskOnAllProcessorsWithProcessorIndex(task, 8); }), 44);
+    }
 }
 
 TEST(Threads, LivingThreadsHaveDifferentNumbers) {

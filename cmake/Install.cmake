@@ -14,6 +14,7 @@ endif()
 # are the module's own, in C++20.
 install(CODE "include(${PROJECT_SOURCE_DIR}/cmake/PublicHeaders.cmake)
   install_public_headers(${PROJECT_SOURCE_DIR} \"\${CMAKE_INSTALL_PREFIX}/${header_dir}\" QX/QX.h
+    platform/standalone/Cache.h
     platform/standalone/Colour.h
     platform/standalone/Host.h)" COMPONENT headers)
 

@@ -39,8 +39,8 @@ PLATFORM_EXPORT void ForgetCacheCounts();
 /// Empties the bag, but for items in use. @return bytes given back
 PLATFORM_EXPORT std::uint64_t PurgeCacheMemory();
 
-/// What lies in the folder, or lies there after `ClearCache` and `VerifyCache`; none where there is no folder. Files that
-/// processes left unfinished which are gone go every time.
+/// What lies in the folder, or lies there after `ClearCache` and `VerifyCache`; none where there is no folder. Files
+/// that processes left unfinished which are gone go every time.
 struct CacheReview {
     std::uint64_t entries = 0, bytes = 0;
     std::uint64_t removed = 0, removed_bytes = 0;
@@ -50,6 +50,7 @@ PLATFORM_EXPORT CacheReview LookAtCache();
 /// Removes all files.
 PLATFORM_EXPORT CacheReview ClearCache();
 /// Reads all files and removes those that cannot be believed.
-PLATFORM_EXPORT CacheReview VerifyCache();
+/// @param stops  is asked before each file whether the rest is to be left out; null: never
+PLATFORM_EXPORT CacheReview VerifyCache(bool (*stops)() = nullptr);
 
 }  // namespace standalone

@@ -69,7 +69,8 @@ public:
         writes_ = writes_ && done;
     }
 
-    CacheReview review(void (*look)(const std::string& folder, CacheSums* left, CacheSums* removed)) {
+    /// What look(folder, left, removed) finds.
+    template <class Look> CacheReview review(const Look& look) {
         CacheReview result;
         if (folder_.empty()) return result;
         CacheSums removed, left;
@@ -194,7 +195,11 @@ CacheReview ClearCache() {
     });
 }
 
-CacheReview VerifyCache() { return disk().review(&VerifyFiles); }
+CacheReview VerifyCache(bool (*stops)()) {
+    return disk().review([stops](const std::string& folder, CacheSums* left, CacheSums* removed) {
+        VerifyFiles(folder, stops, left, removed);
+    });
+}
 
 }  // namespace standalone
 

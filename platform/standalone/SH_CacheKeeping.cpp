@@ -158,9 +158,10 @@ void RemoveFiles(const std::string& top, CacheSums* removed) {
     });
 }
 
-void VerifyFiles(const std::string& top, CacheSums* left, CacheSums* removed) {
+void VerifyFiles(const std::string& top, bool (*stops)(), CacheSums* left, CacheSums* removed) {
     std::optional<DiskFault> first_fault;
     Walk(top, false).run([&](int folder, const File& file) {
+        if (stops != nullptr && stops()) return;
         try {
             const auto key = KeyOf(file.name);
             const EntryState state = key ? VerifyEntry(folder, file.name, *key) : EntryState::whole;

@@ -23,6 +23,7 @@ CacheSums ShrinkFiles(const std::string& top, std::uint64_t limit, const std::st
 void RemoveFiles(const std::string& top, CacheSums* removed);
 /// Reads all files and removes those that cannot be believed; other formats' files stay. The first fault is thrown
 /// after the last file.
-void VerifyFiles(const std::string& top, CacheSums* left, CacheSums* removed);
+/// @param stops  is asked before each file whether the rest is to be left out; null: never
+void VerifyFiles(const std::string& top, bool (*stops)(), CacheSums* left, CacheSums* removed);
 
 }  // namespace standalone

@@ -84,12 +84,18 @@ TEST_F(CacheBag, WithoutMemoryItIsAsItWas) {
     EXPECT_EQ(code, 0);
 }
 
-/// Under ThreadSanitizer that they share nothing else than the bag's own lock shows.
-TEST_F(CacheBag, SixteenThreadsShareIt) {
+/// With the disk behind it and without. What they share beside its locks shows under ThreadSanitizer.
+class SharedCache : public CacheTest, public testing::WithParamInterface<bool> {};
+INSTANTIATE_TEST_SUITE_P(Cache, SharedCache, testing::Bool());
+
+TEST_P(SharedCache, SixteenThreadsSeeNothingWrong) {
+    start(GetParam() ? top() : "");
     standalone::SetCacheMemoryLimit(500);
-    in_threads(16, [](int thread) {
+    standalone::SetCacheDiskLimit(1500);
+    const int rounds = GetParam() ? 60 : 600;
+    in_threads(16, [&](int thread) {
         std::minstd_rand random(static_cast<unsigned>(thread) + 1);
-        for (int round = 0; round < 600; ++round) {
+        for (int round = 0; round < rounds; ++round) {
             const auto identity = static_cast<unsigned>(random() % 20);
             const Found found(identity);
             if (found) {
@@ -100,12 +106,14 @@ TEST_F(CacheBag, SixteenThreadsShareIt) {
                 KS_ScCheckout checkout;
                 checkout.Checkout(item.get(), 1);
             }
-            if (round % 100 == 99) standalone::PurgeCacheMemory();
+            if (round % 20 == 19) standalone::PurgeCacheMemory();
         }
     });
     const auto counts = standalone::CacheStatistics();
     EXPECT_LE(counts.bytes, 500u);
-    EXPECT_EQ(counts.hits_in_memory + counts.misses, 9600u);
+    EXPECT_EQ(counts.hits_in_memory + counts.hits_on_disk + counts.misses, 16u * static_cast<unsigned>(rounds));
+    EXPECT_EQ(counts.hits_on_disk > 0, GetParam());
+    EXPECT_TRUE(counts.damaged == 0 && counts.failures == 0) << standalone::CacheNote();
     EXPECT_EQ(static_cast<std::uint64_t>(Item::living), counts.items);
 }
 

@@ -38,6 +38,7 @@ ColourMeaning meaning_of(const ColourTags& tags, bool linear) {
     if (!tags.icc.bytes.empty()) return {Kind::icc};
     if (tags.png.intent) return {Kind::srgb};
     if (tags.png.gamma) return {Kind::gamma, kUnit / *tags.png.gamma, primaries_of(tags.png)};
+    if (tags.movie) return {.kind = Kind::movie, .movie = *tags.movie};
     if (linear) return {Kind::light, 1, tags.primaries.value_or(kRec709Primaries)};
     return {};
 }

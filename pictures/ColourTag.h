@@ -30,12 +30,21 @@ struct PngColours {
     bool is_near_srgb() const;
 };
 
+/// What a movie says of its values, in the numbers of ITU-T H.273; 1 is BT.709, 2 is unknown.
+struct MovieColours {
+    int primaries = 1, transfer = 1;
+    int matrix = 1;
+    int range = 1;  ///< 0 unknown, 1 limited, 2 full
+    bool operator==(const MovieColours&) const = default;
+};
+
 /// All that a file says, which is written to another that can hold it. Whoever brings pixels to other colours puts
 /// what they are then in place of it; a profile and primaries that stand together say the same.
 struct ColourTags {
     IccProfile icc;
     PngColours png;
-    std::optional<Primaries> primaries;  ///< of OpenEXR
+    std::optional<Primaries> primaries;      ///< of OpenEXR
+    std::optional<MovieColours> movie = {};  ///< of a frame
 };
 
 /// What pixels mean, by that of the tags which counts.
@@ -46,14 +55,16 @@ struct ColourMeaning {
         srgb,
         gamma,  ///< light is a value to the power of `exponent`, in `primaries`
         light,  ///< values are light, in `primaries`
-        movie,  ///< codes of primaries and curve; nothing reads them yet
+        movie,  ///< what the codes of primaries and curve say
     };
     Kind kind = Kind::unknown;
     double exponent = 1;
     Primaries primaries = kRec709Primaries;
+    MovieColours movie = {};
 };
 
-/// The first of: the profile; of a PNG the chunk sRGB, or gAMA; light, where the format is meant for it.
+/// The first of: the profile; of a PNG the chunk sRGB, or gAMA; the codes of a movie; light, where the format is meant
+/// for it.
 /// @param linear  a format whose values are light
 ColourMeaning meaning_of(const ColourTags& tags, bool linear);
 

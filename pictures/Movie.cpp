@@ -6,10 +6,13 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "pictures/Carried.h"
 #include "pictures/Picture.h"
 
 namespace qx::pictures {
 namespace {
+
+constexpr std::int64_t kMostBytes = INT32_MAX;  // of a frame's pixels, as worlds have it
 
 /// The module lies in a folder of libraries beside that of the command, or where the system looks.
 void* open_module() {
@@ -42,18 +45,34 @@ bool is_movie(const std::string& path) {
     return std::find(std::begin(known), std::end(known), ending) != std::end(known);
 }
 
-MovieFile::MovieFile(const std::string& path, int width, int height, const Rate& rate, const MovieColours& colours)
-    : file_(path), routines_(load(path)), movie_(nullptr) {
+MovieFile::MovieFile(const std::string& path, int width, int height, const MovieSettings& settings)
+    : file_(path), routines_(load(path)), movie_(nullptr), width_(width), height_(height), depth_(settings.depth) {
     file_.check();
-    if (width % 2 != 0 || height % 2 != 0) {
+    if (!settings.lossless && (width % 2 != 0 || height % 2 != 0)) {
         const std::string size = std::to_string(width) + " x " + std::to_string(height);
         throw Failure(path, "frames of " + size + ": a movie needs even sides");
     }
-    const movie::Settings settings{path.c_str(), file_.temporary().c_str(), width,           height, rate.number,
-                                   rate.per,     colours.primaries,         colours.transfer};
+    if (!settings.lossless && depth_ != 8) throw Failure(path, "only a lossless movie has 16 bits");
+    const MovieColours& colours = settings.colours;
+    const movie::Settings asked{
+        .name = path.c_str(),
+        .file = file_.temporary().c_str(),
+        .width = width,
+        .height = height,
+        .rate = settings.rate.number,
+        .per = settings.rate.per,
+        .tags = {colours.primaries, colours.transfer, colours.matrix, colours.range},
+        .showing = {settings.orientation, {settings.aspect.number, settings.aspect.per}},
+        .lossless = settings.lossless,
+        .alpha = settings.alpha,
+        .depth = depth_,
+        .audio = settings.audio.empty() ? nullptr : settings.audio.c_str(),
+        .audio_start = settings.audio_start,
+    };
     movie::Words words{};
-    movie_ = routines_->open(&settings, &words);
+    movie_ = routines_->open(&asked, &words);
     check(movie_ != nullptr, words);
+    note_ = words.text;
 }
 
 MovieFile::~MovieFile() {
@@ -64,15 +83,75 @@ void MovieFile::check(bool done, const movie::Words& words) const {
     if (!done) throw Failure(file_.path(), words.text);
 }
 
-void MovieFile::add(const QX_World& frame) {
+void MovieFile::add_rows(const QX_World& frame, int depth) {
+    if (frame.width != width_ || frame.height != height_ || depth != depth_) {
+        throw Failure(file_.path(), "a frame has another size or depth than the movie");
+    }
     movie::Words words{};
     check(routines_->add(movie_, static_cast<const unsigned char*>(frame.data), frame.rowbytes, &words), words);
+}
+
+void MovieFile::add(const QX_World& frame) { add_rows(frame, frame.Depth() == 8 ? 8 : 0); }
+
+void MovieFile::add(const Picture& frame) {
+    const QX_World& world = *frame.world;
+    if (depth_ == 8) return add_rows(world.Depth() == 8 ? world : *at_depth(file_.path(), world, 8), 8);
+    if (world.Depth() != 8) return add_rows(*pixels_of_file16(file_.path(), frame), 16);
+    Picture sixteen;
+    sixteen.world = at_depth(file_.path(), world, 16);
+    add_rows(*pixels_of_file16(file_.path(), sixteen), 16);
 }
 
 void MovieFile::commit() {
     movie::Words words{};
     check(routines_->finish(movie_, &words), words);
     file_.commit();
+}
+
+MovieReader::MovieReader(const std::string& path, int threads) : path_(path), routines_(load(path)) {
+    const InputFile file(path);  // which refuses what is no file
+    movie::Words words{};
+    movie_ = routines_->open_reader(path.c_str(), threads, kMostBytes, &facts_, &words);
+    if (movie_ == nullptr) throw Failure(path, words.text);
+    try {
+        check_sides();
+        for (int i = 0; const char* note = routines_->note(movie_, i); ++i) notes_.emplace_back(note);
+        if (facts_.rotated) notes_.emplace_back("is to be turned by an angle that is taken as none");
+    } catch (...) {
+        routines_->close(movie_);
+        throw;
+    }
+}
+
+MovieReader::~MovieReader() { routines_->close(movie_); }
+
+void MovieReader::check_sides() const {
+    if (facts_.width <= kMostSide && facts_.height <= kMostSide) return;
+    throw Failure(path_, "frames of " + std::to_string(facts_.width) + " x " + std::to_string(facts_.height) +
+                             " pixels: a side has 1 to " + std::to_string(kMostSide));
+}
+
+MovieColours MovieReader::colours() const {
+    const movie::Tags& tags = facts_.tags;
+    return {tags.primaries, tags.transfer, tags.matrix, tags.range};
+}
+
+std::span<const std::int64_t> MovieReader::stamps() const {
+    return {facts_.stamps, static_cast<std::size_t>(facts_.frames) + 1};
+}
+
+Picture MovieReader::read(int frame) {
+    Picture picture;
+    picture.world = new_world(path_, facts_.width, facts_.height, facts_.depth, false);
+    movie::Words words{};
+    auto* const pixels = static_cast<unsigned char*>(picture.world->data);
+    if (!routines_->read(movie_, frame, pixels, picture.world->rowbytes, &words)) throw Failure(path_, words.text);
+    if (words.text[0] != 0) picture.notes.emplace_back(words.text);
+    picture.has_alpha = facts_.has_alpha;
+    picture.precision = precision_of(facts_.depth);
+    picture.colours.movie = colours();
+    settle(path_, picture, true);
+    return picture;
 }
 
 }  // namespace qx::pictures

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <span>
 #include <string>
+#include <vector>
 
 #include "QX/world/QX_World.h"
+#include "pictures/ColourTag.h"
 #include "pictures/Files.h"
+#include "pictures/Picture.h"
 #include "pictures/movie/Module.h"
 
 namespace qx::pictures {
@@ -14,30 +18,77 @@ struct Rate {
     int number = 25, per = 1;
 };
 
-/// What a movie says of its values, in the numbers of ITU-T H.273; 1 is BT.709, 2 is unknown.
-struct MovieColours {
-    int primaries = 1, transfer = 1;
-};
-
 /// True for a name that tells a movie.
 bool is_movie(const std::string& path);
+
+/// What a movie is to be.
+struct MovieSettings {
+    Rate rate = {};
+    MovieColours colours = {};  ///< whose matrix is used where it can be; lossless movies are RGB
+    int orientation = 1;        ///< 1 to 8, as EXIF numbers them
+    Rate aspect = {1, 1};       ///< width of a pixel by its height
+    bool lossless = false;
+    bool alpha = false;              ///< of a lossless movie; others have none
+    int depth = 8;                   ///< of a lossless movie: 8 or 16
+    std::string audio = {};          ///< a movie whose audio packets are copied; empty for none
+    movie::Ratio audio_start{0, 1};  ///< the time, in seconds, of that movie at which the first frame comes
+};
 
 /// A movie that appears whole or not at all. Throws Failure.
 class MovieFile {
 public:
-    MovieFile(const std::string& path, int width, int height, const Rate& rate, const MovieColours& colours = {});
+    MovieFile(const std::string& path, int width, int height, const MovieSettings& settings);
     ~MovieFile();
     MovieFile(const MovieFile&) = delete;
     MovieFile& operator=(const MovieFile&) = delete;
-    /// A world of 8 bits and of the movie's size; alpha is not looked at.
+    /// What of its settings the movie cannot have; empty where it has all.
+    const std::string& note() const { return note_; }
+    /// A world of 8 bits and of the movie's size, for a movie of that depth.
     void add(const QX_World& frame);
+    /// A picture of the movie's size, at its depth or another one. Values of a 16-bit file that it carries are kept.
+    void add(const Picture& frame);
     void commit();
 
 private:
     void check(bool done, const movie::Words& words) const;
+    void add_rows(const QX_World& frame, int depth);
     OutputFile file_;
     const movie::Routines* routines_;
     void* movie_;
+    int width_, height_, depth_;
+    std::string note_;
+};
+
+/// A movie that is read, frame by frame and in any order; in rising order fastest. Throws Failure. For one thread at a
+/// time.
+class MovieReader {
+public:
+    /// Looks through all packets of the file. @param threads  of the decoder; no bit depends on them
+    explicit MovieReader(const std::string& path, int threads = 1);
+    ~MovieReader();
+    MovieReader(const MovieReader&) = delete;
+    MovieReader& operator=(const MovieReader&) = delete;
+
+    const std::string& path() const { return path_; }
+    const movie::Facts& facts() const { return facts_; }
+    MovieColours colours() const;
+    int frames() const { return static_cast<int>(facts_.frames); }
+    /// Of frame 0 and so on, rising, in units of `facts().time_base` seconds; behind the last its end.
+    std::span<const std::int64_t> stamps() const;
+    /// What is to be said of the file.
+    const std::vector<std::string>& notes() const { return notes_; }
+
+    /// A frame as it is stored, of 8 bits, or of 16 where the file has more; its orientation and pixel aspect are left
+    /// to who shows it. Notes tell of damage.
+    Picture read(int frame);
+
+private:
+    void check_sides() const;
+    std::string path_;
+    const movie::Routines* routines_;
+    void* movie_ = nullptr;
+    movie::Facts facts_{};
+    std::vector<std::string> notes_;
 };
 
 }  // namespace qx::pictures

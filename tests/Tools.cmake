@@ -29,7 +29,9 @@ qx_discover_tests(tools "-*")
 if(QX_BUILD_MOVIE)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(FFMPEG_TEST REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
-  target_link_libraries(test_tools PRIVATE PkgConfig::FFMPEG_TEST)
+  foreach(area pictures tools)
+    target_link_libraries(test_${area} PRIVATE PkgConfig::FFMPEG_TEST)
+  endforeach()
 endif()
 
 # Loaded before the command by a named run (`make failures`): lets an allocation of it fail.

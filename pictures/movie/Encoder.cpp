@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pictures/movie/Encoder.h"
 
+#include <algorithm>
+#include <cstring>
 #include <initializer_list>
-#include <new>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -13,91 +14,167 @@ namespace {
 
 constexpr const char* kQuality = "18";  // of the encoders that have such a scale: hardly to be told from the original
 
-void must(int code, const char* what) {
-    if (code >= 0) return;
-    char text[AV_ERROR_MAX_STRING_SIZE] = "";
-    av_strerror(code, text, sizeof text);
-    throw Failure(std::string(what) + ": " + text);
-}
-
-template <class T> T* made(T* thing) {
-    if (thing == nullptr) throw std::bad_alloc();
-    return thing;
+bool takes(const AVOutputFormat& container, const AVCodec& codec) {
+    return avformat_query_codec(&container, codec.id, FF_COMPLIANCE_NORMAL) == 1;
 }
 
 /// The first encoder there is that the container takes.
 const AVCodec* encoder_for(const AVOutputFormat& container) {
     for (const char* name : {"libx264", "mpeg4", "libvpx-vp9", "libvpx"}) {
         const AVCodec* codec = avcodec_find_encoder_by_name(name);
-        if (codec != nullptr && avformat_query_codec(&container, codec->id, FF_COMPLIANCE_NORMAL) == 1) return codec;
+        if (codec != nullptr && takes(container, *codec)) return codec;
     }
     throw Failure("FFmpeg has no encoder for this kind of movie");
 }
 
-}  // namespace
-
-void FreeFormat::operator()(AVFormatContext* format) const {
-    avio_closep(&format->pb);
-    avformat_free_context(format);
+const AVCodec* lossless_encoder_for(const AVOutputFormat& container) {
+    const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_FFV1);
+    if (codec == nullptr) throw Failure("FFmpeg has no encoder for lossless movies");
+    if (std::strcmp(container.name, "matroska") != 0) throw Failure("a lossless movie needs a name that ends in mkv");
+    return codec;
 }
 
+AVPixelFormat lossless_format(const Settings& settings) {
+    if (settings.depth == 8) return settings.alpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
+    return settings.alpha ? AV_PIX_FMT_GBRAP16 : AV_PIX_FMT_GBRP16;
+}
+
+/// A, R, G, B to B, G, R, A in one plane.
+void fill_bytes(const unsigned char* from, unsigned char* to, int count) {
+    for (int i = 0; i < 4 * count; i += 4) {
+        for (int channel = 0; channel < 4; ++channel) to[i + channel] = from[i + 3 - channel];
+    }
+}
+
+/// A, R, G, B of 16 bits to planes of G, B, R and, where there is one, A.
+void fill_planes(const unsigned char* from, unsigned char* const planes[4], int count) {
+    constexpr int places[] = {2, 3, 1, 0};  // of the planes' channels
+    for (int plane = 0; plane < 4; ++plane) {
+        if (planes[plane] == nullptr) continue;
+        for (int i = 0; i < count; ++i) std::memcpy(planes[plane] + 2 * i, from + 8 * i + 2 * places[plane], 2);
+    }
+}
+
+}  // namespace
+
 Encoder::Encoder(const Settings& settings) {
-    av_log_set_level(AV_LOG_QUIET);  // what matters comes back as a code
+    open_container(settings);
+    open_codec(settings);
+    open_frame();
+    open_stream(settings);
+    show_as(settings.showing);
+    if (settings.audio != nullptr) {
+        audio_.emplace(settings.audio, settings.audio_start, *format_);
+        say(audio_->note());
+        if (audio_->is_empty()) audio_.reset();
+    }
+    must(avio_open(&format_->pb, as_file(settings.file).c_str(), AVIO_FLAG_WRITE), "file");
+    must(avformat_write_header(format_.get(), nullptr), "head of the file");
+}
+
+void Encoder::say(const std::string& note) {
+    if (!note_.empty() && !note.empty()) note_ += "; ";
+    note_ += note;
+}
+
+void Encoder::open_container(const Settings& settings) {
     AVFormatContext* format = nullptr;
     must(avformat_alloc_output_context2(&format, nullptr, nullptr, settings.name), "container");
     format_.reset(format);
-    open_codec(settings);
-    open_scaler();
-    stream_ = made(avformat_new_stream(format, nullptr));
-    stream_->time_base = codec_->time_base;
-    stream_->avg_frame_rate = codec_->framerate;
-    must(avcodec_parameters_from_context(stream_->codecpar, codec_.get()), "stream");
-    const std::string file = std::string("file:") + settings.file;  // a colon in a name tells no protocol
-    must(avio_open(&format->pb, file.c_str(), AVIO_FLAG_WRITE), "file");
-    must(avformat_write_header(format, nullptr), "head of the file");
+    format_->flags |= AVFMT_FLAG_BITEXACT;
 }
 
 void Encoder::open_codec(const Settings& settings) {
-    const AVCodec* codec = encoder_for(*format_->oformat);
+    const AVCodec* codec = settings.lossless ? lossless_encoder_for(*format_->oformat) : encoder_for(*format_->oformat);
     codec_.reset(made(avcodec_alloc_context3(codec)));
     codec_->width = settings.width;
     codec_->height = settings.height;
-    codec_->pix_fmt = AV_PIX_FMT_YUV420P;
     codec_->framerate = {settings.rate, settings.per};
     codec_->time_base = {settings.per, settings.rate};
-    codec_->colorspace = AVCOL_SPC_BT709;
-    codec_->color_primaries = static_cast<AVColorPrimaries>(settings.primaries);
-    codec_->color_trc = static_cast<AVColorTransferCharacteristic>(settings.transfer);
-    codec_->color_range = AVCOL_RANGE_MPEG;
-    codec_->bit_rate = std::int64_t{settings.width} * settings.height * 8;
-    if (av_opt_set(codec_->priv_data, "crf", kQuality, 0) >= 0) codec_->bit_rate = 0;
+    codec_->color_primaries = static_cast<AVColorPrimaries>(settings.tags.primaries);
+    codec_->color_trc = static_cast<AVColorTransferCharacteristic>(settings.tags.transfer);
+    if (settings.lossless) {
+        codec_->pix_fmt = lossless_format(settings);
+        codec_->colorspace = AVCOL_SPC_RGB;
+        codec_->color_range = AVCOL_RANGE_JPEG;
+        codec_->gop_size = 1;          // any frame can be read by itself
+        constexpr int least_side = 3;  // of frames in slices, whose halves the decoder does not take else
+        codec_->level = std::min(settings.width, settings.height) < least_side ? 1 : 3;  // 3 has slices with checksums
+    } else {
+        codec_->pix_fmt = AV_PIX_FMT_YUV420P;
+        // What is unsaid stays so, since readers take the same matrix then.
+        const int matrix = usable_matrix(settings.tags.matrix, settings.height);
+        const bool unsaid = settings.tags.matrix == AVCOL_SPC_UNSPECIFIED;
+        codec_->colorspace = static_cast<AVColorSpace>(unsaid ? AVCOL_SPC_UNSPECIFIED : matrix);
+        codec_->color_range = settings.tags.range == AVCOL_RANGE_JPEG ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+        codec_->bit_rate = std::int64_t{settings.width} * settings.height * 8;
+        if (av_opt_set(codec_->priv_data, "crf", kQuality, 0) >= 0) codec_->bit_rate = 0;
+        scaler_ = make_scaler({settings.width, settings.height, AV_PIX_FMT_ARGB, codec_->pix_fmt, matrix,
+                               codec_->color_range == AVCOL_RANGE_JPEG});
+    }
+    codec_->sample_aspect_ratio = {static_cast<int>(settings.showing.aspect.number),
+                                   static_cast<int>(settings.showing.aspect.per)};
     if (format_->oformat->flags & AVFMT_GLOBALHEADER) codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     codec_->flags |= AV_CODEC_FLAG_BITEXACT;
-    format_->flags |= AVFMT_FLAG_BITEXACT;
     must(avcodec_open2(codec_.get(), codec, nullptr), codec->name);
 }
 
-void Encoder::open_scaler() {
+void Encoder::open_frame() {
     frame_.reset(made(av_frame_alloc()));
     frame_->width = codec_->width;
     frame_->height = codec_->height;
     frame_->format = codec_->pix_fmt;
     must(av_frame_get_buffer(frame_.get(), 0), "frame");
     packet_.reset(made(av_packet_alloc()));
-    constexpr int flags = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP | SWS_BITEXACT;
-    scaler_.reset(made(sws_getContext(codec_->width, codec_->height, AV_PIX_FMT_ARGB, codec_->width, codec_->height,
-                                      codec_->pix_fmt, flags, nullptr, nullptr, nullptr)));
-    const int* table = sws_getCoefficients(SWS_CS_ITU709);
-    constexpr int one = 1 << 16;
-    sws_setColorspaceDetails(scaler_.get(), table, 1, table, 0, 0, one, one);
+}
+
+void Encoder::open_stream(const Settings& settings) {
+    stream_ = made(avformat_new_stream(format_.get(), nullptr));
+    stream_->time_base = codec_->time_base;
+    stream_->avg_frame_rate = {settings.rate, settings.per};
+    stream_->sample_aspect_ratio = codec_->sample_aspect_ratio;
+    must(avcodec_parameters_from_context(stream_->codecpar, codec_.get()), "stream");
+}
+
+void Encoder::show_as(const Showing& showing) {
+    if (showing.orientation == 1) return;
+    const std::string container = format_->oformat->name;
+    if (container != "mp4" && container != "mov") {
+        say(container + " keeps no orientation, its frames are shown as they are stored");
+        return;
+    }
+    const auto matrix = matrix_of_orientation(showing.orientation, codec_->width, codec_->height);
+    std::uint8_t* place = made(av_stream_new_side_data(stream_, AV_PKT_DATA_DISPLAYMATRIX, sizeof matrix.of));
+    std::memcpy(place, matrix.of, sizeof matrix.of);
+}
+
+void Encoder::fill(const unsigned char* pixels, std::ptrdiff_t rowbytes) {
+    if (scaler_) {
+        const unsigned char* const planes[] = {pixels, nullptr, nullptr, nullptr};
+        const int strides[] = {static_cast<int>(rowbytes), 0, 0, 0};
+        must(sws_scale(scaler_.get(), planes, strides, 0, codec_->height, frame_->data, frame_->linesize),
+             "conversion");
+        return;
+    }
+    for (int y = 0; y < codec_->height; ++y, pixels += rowbytes) {
+        unsigned char* rows[4];
+        for (int i = 0; i < 4; ++i) {
+            unsigned char* plane = frame_->data[i];
+            rows[i] = plane == nullptr ? nullptr : plane + std::ptrdiff_t{y} * frame_->linesize[i];
+        }
+        if (rows[1] == nullptr) {
+            fill_bytes(pixels, rows[0], codec_->width);
+        } else {
+            fill_planes(pixels, rows, codec_->width);
+        }
+    }
 }
 
 void Encoder::add(const unsigned char* pixels, std::ptrdiff_t rowbytes) {
     must(av_frame_make_writable(frame_.get()), "frame");
-    const unsigned char* const planes[] = {pixels, nullptr, nullptr, nullptr};
-    const int strides[] = {static_cast<int>(rowbytes), 0, 0, 0};
-    must(sws_scale(scaler_.get(), planes, strides, 0, codec_->height, frame_->data, frame_->linesize), "conversion");
+    fill(pixels, rowbytes);
     frame_->pts = frames_++;
+    if (audio_) audio_->write_until(frame_->pts, codec_->time_base);
     encode(frame_.get());
 }
 
@@ -116,6 +193,7 @@ void Encoder::encode(const AVFrame* frame) {
 
 void Encoder::finish() {
     encode(nullptr);
+    if (audio_) audio_->write_rest();
     must(av_write_trailer(format_.get()), "end of the file");
     must(avio_closep(&format_->pb), "file");
 }

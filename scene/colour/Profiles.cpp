@@ -8,6 +8,7 @@
 #include <new>
 
 #include "scene/Words.h"
+#include "scene/colour/MovieColours.h"
 
 namespace qx::scene {
 namespace {
@@ -84,6 +85,11 @@ Profile told_profile(const pictures::ColourTags& tags, const pictures::ColourMea
                                             .primaries = primaries_of(meaning.primaries),
                                             .curve = standalone::ToneCurve::linear},
                                            &fault);
+        case Kind::movie:
+            if (Profile known = profile_of_movie(meaning.movie)) return known;
+            fault = "no profile is known for its primaries " + std::to_string(meaning.movie.primaries) + " and curve " +
+                    std::to_string(meaning.movie.transfer);
+            return nullptr;
         default:
             return nullptr;
     }
@@ -93,7 +99,7 @@ Profile told_profile(const pictures::ColourTags& tags, const pictures::ColourMea
 bool say_the_same(const pictures::Picture& a, const pictures::Picture& b) {
     const auto of_a = pictures::meaning_of(a.colours, a.linear), of_b = pictures::meaning_of(b.colours, b.linear);
     return of_a.kind == of_b.kind && of_a.exponent == of_b.exponent && of_a.primaries == of_b.primaries &&
-           a.colours.icc.bytes == b.colours.icc.bytes;
+           of_a.movie == of_b.movie && a.colours.icc.bytes == b.colours.icc.bytes;
 }
 
 /// The same, with a note on words that make none or are not for such pixels.

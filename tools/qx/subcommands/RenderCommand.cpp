@@ -176,7 +176,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     render.size(frames.first, watch, &width, &height);
     const auto colours =
         scene.colours.output ? scene::movie_colours_of(scene.colours.output) : pictures::MovieColours{};
-    pictures::MovieFile movie(options.output, width, height, scene.rate, colours);
+    pictures::MovieFile movie(options.output, width, height, {.rate = scene.rate, .colours = colours});
     FrameProgress progress(frames.count());
     NotesOnce once;
     const auto make = [&](int index, pictures::Watch& frame_watch) -> scene::InTurn {

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "pictures/movie/Libraries.h"
+
+namespace qx::movie {
+
+/// A file whose streams are known. @param most_pixels  of a frame, where the library looks for itself
+Input open_movie(const char* file, std::int64_t most_pixels = INT64_MAX / 64);
+
+/// The packets of a movie's video, in the order of decoding.
+class Demuxer {
+public:
+    /// @param most_pixels  of a frame: more is refused before there is memory for it
+    Demuxer(const char* file, std::int64_t most_pixels);
+    AVFormatContext& format() const { return *format_; }
+    AVStream& video() const { return *video_; }
+    bool has_audio() const;
+    const std::string& file() const { return file_; }
+
+    /// Leaves packets of other streams unread.
+    void read_video_alone();
+    /// The next packet of any stream that is read. @return false at the end, and where damage ends the file
+    bool next(AVPacket* packet);
+    /// The same of the video.
+    bool next_of_video(AVPacket* packet);
+    bool is_damaged() const { return damaged_; }
+    /// Goes to a packet that decoding can begin with, at the stamp or before it, as far as the container can tell.
+    bool seek(std::int64_t stamp);
+
+private:
+    std::string file_;
+    Input format_;
+    AVStream* video_ = nullptr;
+    bool damaged_ = false;
+};
+
+}  // namespace qx::movie

@@ -24,7 +24,7 @@ target_compile_definitions(test_tools PRIVATE QX_COMMAND="$<TARGET_FILE:qx>" QX_
 target_link_libraries(test_tools PRIVATE PkgConfig::LCMS2)  # makes profiles
 add_dependencies(test_tools qx)
 qx_discover_tests(pictures "Watched*:ExrKinds.Blocks*")
-qx_discover_tests(scene "InOrder*:SceneFrames*:Effects.Bands*")
+qx_discover_tests(scene "InOrder*:SceneFrames*:Effects.Bands*:FrameStores*")
 qx_discover_tests(tools "-*")
 if(QX_BUILD_MOVIE)
   find_package(PkgConfig REQUIRED)

@@ -47,7 +47,11 @@ Scaler make_scaler(const Conversion& conversion) {
                                                    {"src_format", conversion.from}, {"dstw", conversion.width},
                                                    {"dsth", conversion.height},     {"dst_format", conversion.to}};
     for (const auto& [name, value] : options) av_opt_set_int(scaler.get(), name, value, 0);
-    if (to_rgb) place_chroma(scaler.get(), conversion);
+    if (to_rgb) {
+        place_chroma(scaler.get(), conversion);
+    } else {
+        av_opt_set_int(scaler.get(), "dst_h_chr_pos", 0, 0);  // to the left, where readers of movies expect them
+    }
     must(sws_init_context(scaler.get(), nullptr, nullptr), "its kind of pixels cannot be converted");
     const int* table = sws_getCoefficients(conversion.matrix);
     constexpr int one = 1 << 16;

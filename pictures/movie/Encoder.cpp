@@ -102,6 +102,7 @@ void Encoder::open_codec(const Settings& settings) {
         codec_->level = std::min(settings.width, settings.height) < least_side ? 1 : 3;  // 3 has slices with checksums
     } else {
         codec_->pix_fmt = AV_PIX_FMT_YUV420P;
+        codec_->chroma_sample_location = AVCHROMA_LOC_LEFT;
         // What is unsaid stays so, since readers take the same matrix then.
         const int matrix = usable_matrix(settings.tags.matrix, settings.height);
         const bool unsaid = settings.tags.matrix == AVCOL_SPC_UNSPECIFIED;

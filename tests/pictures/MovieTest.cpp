@@ -214,6 +214,23 @@ TEST_F(Movies, ColoursFollowMatrixAndRange) {
     }
 }
 
+/// Half a pixel aside would make 2 levels of a ramp of 4 a pixel.
+TEST_F(Movies, ColoursStayWhereTheyAre) {
+    const Picture ramp =
+        picture<QX_Pixel8>(64, 48, false, [](int x, int) { return argb(255, 2 + 4 * x, 0, 252 - 4 * x); });
+    for (const std::string name : {"m.mp4", "m.mkv", "m.avi", "m.webm"}) {
+        make(name, 1, 64, 48, {}, [&](int) {
+            return picture<QX_Pixel8>(64, 48, false,
+                                      [&](int x, int y) { return row_of<QX_Pixel8>(*ramp.world, y)[x]; });
+        });
+        const Picture read = MovieReader(folder / name).read(0);
+        double off = 0;
+        for (int x = 8; x < 56; ++x)
+            off += (channels(read, x, 24)[1] - (2 + 4 * x)) - (channels(read, x, 24)[3] - (252 - 4 * x));
+        EXPECT_NEAR(off / 96, 0, 1) << name;
+    }
+}
+
 TEST_F(Movies, KeepTagsOrientationAndAspect) {
     for (const std::string name : {"m.mp4", "m.mov", "m.mkv"}) {
         for (int orientation = 1; orientation <= 8; ++orientation) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Movies as clips.
 #include "scene/Clip.h"
+#include "scene/colour/Profiles.h"
 #include "tests/pictures/Support.h"
 #include "tests/support/TestHost.h"
 
@@ -30,6 +31,21 @@ TEST_F(MovieClips, HaveExactTimesWhateverUnitsTheirContainerHas) {
             EXPECT_TRUE(clip->time_of(i) - clip->time_of(0) == Rational(i * 1001, 30000)) << name << i;
         }
         EXPECT_TRUE(clip->facts().rate == Rational(30000, 1001) && clip->facts().is_movie);
+    }
+}
+
+TEST_F(MovieClips, FramesTellTheirProfile) {
+    const std::tuple<int, int, std::string> cases[] = {
+        {1, 1, "rec709-2.4"}, {2, 2, "rec709-2.4"}, {1, 6, "rec709-2.4"}, {1, 13, "srgb"}, {12, 13, "display-p3"},
+        {9, 14, "rec2020"},   {9, 15, "rec2020"},   {9, 1, "rec2020"},    {5, 6, ""}};
+    for (const auto& [primaries, transfer, name] : cases) {
+        make(folder / "m.mkv", {.colours = {primaries, transfer}, .lossless = true});
+        const SharedPicture frame = open_movie_clip(folder / "m.mkv")->frame(0);
+        Names notes;
+        const Meaning meaning = meaning_of(*frame, notes);
+        EXPECT_EQ(meaning.told, !name.empty()) << primaries << ' ' << transfer;
+        EXPECT_EQ(notes.empty(), !name.empty());
+        EXPECT_TRUE(name.empty() || are_one(meaning.profile, profile_of_text(name))) << name_of(meaning.profile);
     }
 }
 

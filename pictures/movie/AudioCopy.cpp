@@ -40,6 +40,7 @@ bool AudioCopy::read() {
         const int code = av_read_frame(source_.get(), packet_.get());
         if (code == AVERROR(ENOMEM)) throw std::bad_alloc();
         if (code < 0) {
+            must_have_had_memory();
             ended_ = true;
             break;
         }

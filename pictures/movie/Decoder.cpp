@@ -73,6 +73,7 @@ Decoder::Decoder(const char* file, int threads, std::int64_t most_bytes)
     stamps_.reserve(index_.frames.size() + 1);
     for (const auto& frame : index_.frames) stamps_.push_back(frame.stamp);
     stamps_.push_back(index_.end);
+    must_have_had_memory();
 }
 
 void Decoder::open_codec(int threads) {
@@ -89,6 +90,7 @@ void Decoder::open_codec(int threads) {
     codec_->thread_count = threads;
     codec_->flags |= AV_CODEC_FLAG_BITEXACT;
     must(avcodec_open2(codec_.get(), codec, nullptr), std::string("the decoder of ") + codec->name);
+    must_have_had_memory();
 }
 
 bool Decoder::feed() {
@@ -180,7 +182,6 @@ void Decoder::show(std::int64_t number) {
     if (key != nullptr && begin_at(*key) && go_on_to(frame.stamp)) return;
     begin_again();
     if (go_on_to(frame.stamp)) return;
-    last_ = AV_NOPTS_VALUE;
     throw Failure("frame " + std::to_string(number) + " cannot be decoded");
 }
 
@@ -292,9 +293,15 @@ void Decoder::convert(unsigned char* pixels, std::ptrdiff_t rowbytes) {
 
 void Decoder::read(std::int64_t frame, unsigned char* pixels, std::ptrdiff_t rowbytes, std::string& note) {
     if (frame < 0 || frame >= static_cast<std::int64_t>(index_.frames.size())) throw Failure("has no such frame");
-    show(frame);
-    check_size(frame);
-    convert(pixels, rowbytes);
+    try {
+        show(frame);
+        check_size(frame);
+        convert(pixels, rowbytes);
+        must_have_had_memory();
+    } catch (...) {
+        last_ = AV_NOPTS_VALUE;  // what comes next begins anew
+        throw;
+    }
     if (frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) != 0) {
         note = "frame " + std::to_string(frame) + " is damaged";
     }

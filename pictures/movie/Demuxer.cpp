@@ -27,11 +27,13 @@ Input open_input(const char* file) {
     options.set("protocol_whitelist", "file");
     AVFormatContext* format = nullptr;
     const int code = avformat_open_input(&format, as_file(file).c_str(), nullptr, &options.all);
+    Input opened(format);
+    must_have_had_memory();
     if (code == AVERROR_INVALIDDATA || code == AVERROR(EINVAL) || code == AVERROR_EOF) {
         throw Failure("is no movie of a known kind, or a damaged one");
     }
     must(code, "cannot be opened");
-    return Input(format);
+    return opened;
 }
 
 /// The library looks at first packets to tell what the streams are, with decoders of its own.
@@ -53,6 +55,7 @@ void find_streams(AVFormatContext& format, std::int64_t most_pixels) {
 Input open_movie(const char* file, std::int64_t most_pixels) {
     Input format = open_input(file);
     find_streams(*format, most_pixels);
+    must_have_had_memory();
     return format;
 }
 
@@ -83,6 +86,7 @@ bool Demuxer::next(AVPacket* packet) {
     const int code = av_read_frame(format_.get(), packet);
     if (code >= 0) return true;
     if (code == AVERROR(ENOMEM)) throw std::bad_alloc();
+    must_have_had_memory();
     if (code != AVERROR_EOF || (format_->pb != nullptr && format_->pb->error < 0)) damaged_ = true;
     return false;
 }

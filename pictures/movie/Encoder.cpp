@@ -70,6 +70,7 @@ Encoder::Encoder(const Settings& settings) {
     }
     must(avio_open(&format_->pb, as_file(settings.file).c_str(), AVIO_FLAG_WRITE), "file");
     must(avformat_write_header(format_.get(), nullptr), "head of the file");
+    must_have_had_memory();
 }
 
 void Encoder::say(const std::string& note) {
@@ -118,6 +119,7 @@ void Encoder::open_codec(const Settings& settings) {
     if (format_->oformat->flags & AVFMT_GLOBALHEADER) codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     codec_->flags |= AV_CODEC_FLAG_BITEXACT;
     must(avcodec_open2(codec_.get(), codec, nullptr), codec->name);
+    must_have_had_memory();
 }
 
 void Encoder::open_frame() {
@@ -177,6 +179,7 @@ void Encoder::add(const unsigned char* pixels, std::ptrdiff_t rowbytes) {
     frame_->pts = frames_++;
     if (audio_) audio_->write_until(frame_->pts, codec_->time_base);
     encode(frame_.get());
+    must_have_had_memory();
 }
 
 void Encoder::encode(const AVFrame* frame) {
@@ -196,6 +199,7 @@ void Encoder::finish() {
     encode(nullptr);
     if (audio_) audio_->write_rest();
     must(av_write_trailer(format_.get()), "end of the file");
+    must_have_had_memory();
     must(avio_closep(&format_->pb), "file");
 }
 

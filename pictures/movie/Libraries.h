@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cerrno>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -26,6 +27,11 @@ inline void must(int code, const std::string& what) {
     char text[AV_ERROR_MAX_STRING_SIZE] = "";
     av_strerror(code, text, sizeof text);
     throw Failure(what + ": " + text);
+}
+
+/// Throws once the system has refused memory: the libraries do not tell that of all they leave out.
+inline void must_have_had_memory() {
+    if (errno == ENOMEM) throw std::bad_alloc();
 }
 
 template <class T> T* made(T* thing) {

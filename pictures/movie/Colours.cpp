@@ -23,6 +23,11 @@ void place_chroma(SwsContext* scaler, const Conversion& conversion) {
 
 }  // namespace
 
+bool is_planes(int format) {
+    const AVPixFmtDescriptor* described = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
+    return described != nullptr && (described->flags & AV_PIX_FMT_FLAG_RGB) == 0;
+}
+
 int usable_matrix(int told, int height) {
     switch (told) {
         case AVCOL_SPC_BT709:
@@ -39,8 +44,7 @@ int usable_matrix(int told, int height) {
 
 Scaler make_scaler(const Conversion& conversion) {
     Scaler scaler(made(sws_alloc_context()));
-    const AVPixFmtDescriptor* target = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(conversion.to));
-    const bool to_rgb = target != nullptr && (target->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+    const bool to_rgb = !is_planes(conversion.to);
     const int whole_colours = to_rgb ? SWS_FULL_CHR_H_INT : SWS_FULL_CHR_H_INP;
     av_opt_set_int(scaler.get(), "sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_BITEXACT | whole_colours, 0);
     const std::pair<const char*, int> options[] = {{"srcw", conversion.width},      {"srch", conversion.height},
@@ -55,8 +59,11 @@ Scaler make_scaler(const Conversion& conversion) {
     must(sws_init_context(scaler.get(), nullptr, nullptr), "its kind of pixels cannot be converted");
     const int* table = sws_getCoefficients(conversion.matrix);
     constexpr int one = 1 << 16;
+    // The library has white at 255 * 256 of 16 bits; by so much more contrast it is 65535.
+    const bool falls_short = conversion.to == AV_PIX_FMT_RGBA64 && is_planes(conversion.from);
+    const int contrast = falls_short ? one + one / 256 : one;
     const int full = conversion.full_range ? 1 : 0;
-    sws_setColorspaceDetails(scaler.get(), table, to_rgb ? full : 1, table, to_rgb ? 1 : full, 0, one, one);
+    sws_setColorspaceDetails(scaler.get(), table, to_rgb ? full : 1, table, to_rgb ? 1 : full, 0, contrast, one);
     return scaler;
 }
 

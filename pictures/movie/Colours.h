@@ -6,6 +6,9 @@
 // Between the planes of movies and red, green, blue.
 namespace qx::movie {
 
+/// True for luma, with colours or without, in place of red, green, blue.
+bool is_planes(int format);
+
 /// The matrix that is meant: the told one where it can be used, else that of BT.601 below 720 lines and BT.709 from
 /// there on.
 int usable_matrix(int told, int height);

@@ -27,8 +27,6 @@ template <class Enum> int code_of(const Enum& value, int count) {
     return code >= 0 && code < count ? code : AVCOL_SPC_UNSPECIFIED;
 }
 
-bool is_planes(int format) { return (described(format).flags & AV_PIX_FMT_FLAG_RGB) == 0; }
-
 int range_of(const AVFrame& frame) {
     const int range = code_of(frame.color_range, INT_MAX);
     return range == AVCOL_RANGE_MPEG || range == AVCOL_RANGE_JPEG ? range : static_cast<int>(AVCOL_RANGE_UNSPECIFIED);
@@ -47,6 +45,19 @@ bool is_full_range(const AVFrame& frame) {
                            format == AV_PIX_FMT_YUVJ444P || format == AV_PIX_FMT_YUVJ440P ||
                            format == AV_PIX_FMT_YUVJ411P;
     return by_format || range_of(frame) == AVCOL_RANGE_JPEG;
+}
+
+/// R, G, B, A of 16 bits to A, R, G, B. The library shifts alphas of fewer bits, which leaves full ones short of full.
+void turn_row(const unsigned char* from, unsigned char* to, int count, int alpha_bits) {
+    const auto most = (1u << alpha_bits) - 1;
+    for (int i = 0; i < 8 * count; i += 8) {
+        std::uint16_t channels[4];
+        std::memcpy(channels, from + i, sizeof channels);
+        const std::uint32_t alpha = static_cast<std::uint32_t>(channels[3]) >> (16 - alpha_bits);
+        const auto full_alpha = static_cast<std::uint16_t>((alpha * 65535u + most / 2) / most);
+        const std::uint16_t turned[] = {full_alpha, channels[0], channels[1], channels[2]};
+        std::memcpy(to + i, turned, sizeof turned);
+    }
 }
 
 std::string size_words(int width, int height) { return std::to_string(width) + " x " + std::to_string(height); }
@@ -278,15 +289,16 @@ void Decoder::convert(unsigned char* pixels, std::ptrdiff_t rowbytes) {
     must(sws_scale(scaler_.get(), frame_->data, frame_->linesize, 0, height_, converted_->data, converted_->linesize),
          "conversion");
     const auto row_bytes = static_cast<std::size_t>(width_) * (depth_ == kBitsOfSmall ? 4 : 8);
+    const AVPixFmtDescriptor& pixels_of_file = described(frame_->format);
+    const bool has_few_alphas = has_alpha_ && is_planes(frame_->format) && pixels_of_file.comp[3].depth < 16;
+    const int alpha_bits = has_few_alphas ? pixels_of_file.comp[3].depth : 16;
     for (int y = 0; y < height_; ++y) {
         unsigned char* to = pixels + y * rowbytes;
-        std::memcpy(to, converted_->data[0] + std::ptrdiff_t{y} * converted_->linesize[0], row_bytes);
-        if (depth_ == kBitsOfSmall) continue;
-        for (int x = 0; x < width_; ++x) {  // R, G, B, A to A, R, G, B
-            std::uint16_t channels[4];
-            std::memcpy(channels, to + 8 * x, sizeof channels);
-            const std::uint16_t turned[] = {channels[3], channels[0], channels[1], channels[2]};
-            std::memcpy(to + 8 * x, turned, sizeof turned);
+        const unsigned char* from = converted_->data[0] + std::ptrdiff_t{y} * converted_->linesize[0];
+        if (depth_ == kBitsOfSmall) {
+            std::memcpy(to, from, row_bytes);
+        } else {
+            turn_row(from, to, width_, alpha_bits);
         }
     }
 }

@@ -214,6 +214,29 @@ TEST_F(Movies, ColoursFollowMatrixAndRange) {
     }
 }
 
+TEST_F(Movies, DeeperOnesAreReadAtSixteenBits) {
+    for (const auto format : {AV_PIX_FMT_YUV420P10LE, AV_PIX_FMT_YUVA420P10LE}) {
+        const Stream stream{AV_CODEC_ID_RAWVIDEO, {1, 25}, 8, 8, format};
+        const bool has_alpha = format == AV_PIX_FMT_YUVA420P10LE;
+        for (const auto& [y, u, v, a] : {std::tuple(482, 401, 563, 1023), {303, 512, 480, 300}, {940, 512, 512, 0}}) {
+            std::string frame;
+            for (const auto& [count, value] : {std::pair(64, y), {16, u}, {16, v}, {has_alpha ? 64 : 0, a}}) {
+                for (int i = 0; i < count; ++i)
+                    frame += {static_cast<char>(value & 255), static_cast<char>(value >> 8)};
+            }
+            ASSERT_TRUE(mux(folder / "m.nut", {stream}, {{0, 0, frame}}));
+            MovieReader movie(folder / "m.nut");
+            EXPECT_EQ(movie.facts().has_alpha, has_alpha);
+            const Picture read = movie.read(0);
+            ASSERT_EQ(read.world->Depth(), 16);
+            List expected = rgb_of(y / 4.0, u / 4.0, v / 4.0, 0.299, 0.114, false);
+            expected[0] = has_alpha ? 255 * std::round(a * 32768 / 1023.0) / 32768 : 255;
+            EXPECT_NEAR(channels(read, 5, 3)[0], expected[0] / 255 * 32768, 0.5);
+            for (std::size_t i = 1; i < 4; ++i) EXPECT_NEAR(channels(read, 5, 3)[i] / 32768, expected[i] / 255, 3e-4);
+        }
+    }
+}
+
 /// Half a pixel aside would make 2 levels of a ramp of 4 a pixel.
 TEST_F(Movies, ColoursStayWhereTheyAre) {
     const Picture ramp =
@@ -279,6 +302,9 @@ TEST_F(Movies, AudioIsCopiedPacketByPacket) {
     }
     const MovieFile silent(folder / "out.mp4", 64, 48, {.audio = folder / "in.mkv"});
     EXPECT_EQ(silent.note(), "its audio (pcm_s16le) is left out, mp4 does not take it");
+    put("text.mkv", "no movie");
+    const MovieFile without(folder / "out.mkv", 64, 48, {.audio = folder / "text.mkv"});
+    EXPECT_EQ(without.note(), "its audio is left out: is no movie of a known kind, or a damaged one");
     make_shaded("later.mkv", 20, {.audio = folder / "in.mkv", .audio_start = {-1, 2}});
     EXPECT_EQ(packets_of(folder / "later.mkv", AVMEDIA_TYPE_AUDIO).at(0).first, 0.5);
 }

@@ -165,9 +165,11 @@ Index make_index(Demuxer& movie, std::int64_t* last_duration) {
     Index& index = pass.index;
     if (index.frames.empty()) throw Failure("has no frames");
     note_a_cut(movie, pass, index.notes);
-    const auto by_stamp = [](const Index::Shown& a, const Index::Shown& b) { return a.stamp < b.stamp; };
+    const auto by_stamp = [](const Index::Shown& a, const Index::Shown& b) {
+        return a.stamp != b.stamp ? a.stamp < b.stamp : a.order < b.order;
+    };
     const auto same_stamp = [](const Index::Shown& a, const Index::Shown& b) { return a.stamp == b.stamp; };
-    std::stable_sort(index.frames.begin(), index.frames.end(), by_stamp);
+    std::sort(index.frames.begin(), index.frames.end(), by_stamp);
     const bool twice = std::adjacent_find(index.frames.begin(), index.frames.end(), same_stamp) != index.frames.end();
     index.numbered = pass.falls || pass.lacks || twice;
     *last_duration = pass.duration;

@@ -102,8 +102,9 @@ template <class Pixel> void FnMotionEstimateGradientTweenerBuildPicture<Pixel>::
         const qx::VectorRow to_second = second_rows.row(y), to_first = first_rows.row(y);
         Pixel* const to = this->first_->row(y);
         if (is_quick) {
-            quick_row<Pixel> (parameters_.has(kHighQualityFilter))({frame_of(*first_frame_), frame_of(*second_frame_), to_first, to_second,
-                                                parameters_.position, scale_, y, this->width_, to});
+            quick_row<Pixel>(parameters_.has(kHighQualityFilter))({frame_of(*first_frame_), frame_of(*second_frame_),
+                                                                   to_first, to_second, parameters_.position, scale_, y,
+                                                                   this->width_, to});
             return;
         }
         for (std::int32_t x = 0; x < this->width_; ++x) {

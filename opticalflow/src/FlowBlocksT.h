@@ -7,8 +7,6 @@
 
 namespace qx::QX_ISA {
 
-QX_INLINE Floats size_of(Floats x) { return x < Floats{} ? -x : x + 0.0f; }
-
 /// The blocks from one of a list on; lanes beyond the last repeat it.
 class BlockLanes {
 public:

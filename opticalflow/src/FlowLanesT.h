@@ -28,6 +28,26 @@ QX_INLINE Places places_of(Floats position) {
 QX_INLINE Ints limited(Ints index, std::int32_t size) { return lesser(greater(index, Ints{}), splat<Ints>(size - 1)); }
 QX_INLINE Floats mix(Floats a, Floats b, Floats f) { return a + (b - a) * f; }
 
+/// Without a sign, zeros too.
+QX_INLINE Floats size_of(Floats x) { return x < Floats{} ? -x : x + 0.0f; }
+
+/// Calls body(at, count) for each bundle of a row; the last one may have fewer than a register's.
+template <class Body> QX_INLINE void for_lanes(std::int32_t count, const Body& body) {
+    for (std::int32_t at = 0; at < count; at += lanes_in<Floats>) body(at, lesser(count - at, lanes_in<Floats>));
+}
+template <class V, class T> QX_INLINE V load_some(const T* from, std::int32_t count) {
+    if (count == lanes_in<V>) return load_lanes<V>(from);
+    T some[lanes_in<V>]{};
+    for (std::int32_t i = 0; i < count; ++i) some[i] = from[i];
+    return load_lanes<V>(some);
+}
+template <class T, class V> QX_INLINE void store_some(T* to, V v, std::int32_t count) {
+    if (count == lanes_in<V>) return store_lanes(to, v);
+    T some[lanes_in<V>];
+    store_lanes(some, v);
+    for (std::int32_t i = 0; i < count; ++i) to[i] = some[i];
+}
+
 /// An all-clear or all-set mask, of vectors or of one number.
 using Mask = decltype(Floats{} < Floats{});
 QX_INLINE Mask both(Mask a, Mask b) { return a & b; }

@@ -8,23 +8,6 @@
 
 namespace qx::QX_ISA {
 
-/// Calls body(at, count) for each bundle of a row; the last one may have fewer than a register's.
-template <class Body> QX_INLINE void for_lanes(std::int32_t count, const Body& body) {
-    for (std::int32_t at = 0; at < count; at += lanes_in<Floats>) body(at, lesser(count - at, lanes_in<Floats>));
-}
-template <class V, class T> QX_INLINE V load_some(const T* from, std::int32_t count) {
-    if (count == lanes_in<V>) return load_lanes<V>(from);
-    T some[lanes_in<V>]{};
-    for (std::int32_t i = 0; i < count; ++i) some[i] = from[i];
-    return load_lanes<V>(some);
-}
-template <class T, class V> QX_INLINE void store_some(T* to, V v, std::int32_t count) {
-    if (count == lanes_in<V>) return store_lanes(to, v);
-    T some[lanes_in<V>];
-    store_lanes(some, v);
-    for (std::int32_t i = 0; i < count; ++i) to[i] = some[i];
-}
-
 inline void widen(const HvVec2* row, std::int32_t width, const FlowColumns& columns, const VectorRow& out) {
     const float* const components = &row->x;
     for_lanes(columns.count, [&](std::int32_t at, std::int32_t count) QX_LAMBDA {

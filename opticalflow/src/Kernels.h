@@ -2,6 +2,7 @@
 #pragma once
 
 #include "opticalflow/src/FlowBox.h"
+#include "opticalflow/src/FlowChoice.h"
 #include "opticalflow/src/FlowLuminance.h"
 #include "opticalflow/src/FlowPicture.h"
 #include "opticalflow/src/FlowRing.h"
@@ -13,6 +14,7 @@ namespace solvan_of {
 /// The engine's texts for levels, of the level that the library's start chose.
 struct Kernels {
     const qx::FlowBox* box;
+    const qx::FlowChoice* choice;
     const qx::FlowLuminance* luminance;
     const qx::FlowPicture* picture;
     const qx::FlowRing* ring;

@@ -16,6 +16,7 @@ public:
     /// The next run is a first one again: all cells count as changed.
     void restart() { is_first_ = true; }
     void treat_all_as_changed() { all_changed_ = true; }
+    bool all_changed() const { return all_changed_; }
     bool saw_invalid() const { return saw_invalid_.load(std::memory_order_relaxed); }
 
     /// The neighbours of a cell that have changed, in the order below, beside, above, as they were saved.

@@ -1,16 +1,46 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "opticalflow/src/Refinement.h"
 
-#include <array>
-
+#include "opticalflow/src/CandidateRows.h"
 #include "opticalflow/src/GeneralSampler.h"
 
 namespace solvan_of {
+namespace {
+
+qx::FlowImage image_of(const FloatTexture& texture) { return {texture.row(0), texture.width(), texture.height()}; }
+
+}  // namespace
 
 void FnMotionEstimateGradientSmoothVectorsInitialAssignment::processPart(int part) {
+    const PartRows mine = rows_of(part);
+    if (mine.begin >= mine.end) return;
+    if (is_quick()) return assign_quickly(part);
     PixelChoices choices(width_);
     RandomSequence random(0);
     for_rows(part, [&](std::int32_t y) { assign_row(y, random, choices); });
+}
+
+/// The lanes' form has room for blocks of ordinary size, and knows no mask.
+bool FnMotionEstimateGradientSmoothVectorsInitialAssignment::is_quick() const {
+    return images_.mask == nullptr && looks_at_neighbours && block_width == block_height &&
+           block_width - overlap / 2 <= qx::kMostReach;
+}
+
+void FnMotionEstimateGradientSmoothVectorsInitialAssignment::assign_quickly(int part) {
+    const std::int32_t reach = block_width - overlap / 2;
+    CandidateRows rows(width_, reach);
+    qx::AssignRow row{.image = image_of(*images_.first),
+                      .data_weight = FnMotionEstimateGradientSmoothVectorsParameters::data_weight,
+                      .width = width_,
+                      .reach = reach,
+                      .settle = &lowest_after_shuffle};
+    for_rows(part, [&](std::int32_t y) {
+        rows.around(*second_, y, row.rows);
+        row.y = y;
+        row.here = images_.second->row(y);
+        row.out = first_->row(y);
+        kernels().choice->assign(row);
+    });
 }
 
 // The field of blocks has the same vector all over a block: a step of a block's own pixels leads to its neighbour's.
@@ -62,12 +92,31 @@ void FnMotionEstimateGradientSmoothVectorsSinglePass::prePass() {
 void FnMotionEstimateGradientSmoothVectorsSinglePass::processPart(int part) {
     const PartRows mine = rows_of(part);
     if (mine.begin >= mine.end) return;
+    if (images_.mask == nullptr) return refine_quickly(part, mine);
     PixelChoices choices(width_);
     RandomSequence random(0);
     for_rows(part, [&](std::int32_t y) {
         find_choices(y, random, choices);
         choices.sample(*images_.first);
         choose(y, choices, [&](std::int32_t row) { return borders_.row(*first_, part, mine, row); });
+    });
+}
+
+void FnMotionEstimateGradientSmoothVectorsSinglePass::refine_quickly(int part, const PartRows& mine) {
+    CandidateRows rows(width_, 1);
+    qx::RefineRow row{.image = image_of(*images_.first),
+                      .data_weight = data_weight,
+                      .smoothness = smoothness_weight,
+                      .width = width_,
+                      .settle = &lowest_after_shuffle};
+    for_rows(part, [&](std::int32_t y) {
+        rows.around(*monitor_, y, row.rows);
+        row.y = y;
+        row.here = images_.second->row(y);
+        row.row = first_->row(y);
+        row.above = borders_.row(*first_, part, mine, y - 1);
+        row.below = borders_.row(*first_, part, mine, y + 1);
+        kernels().choice->refine(row);
     });
 }
 

@@ -26,6 +26,8 @@ protected:
     void processPart(int part) override;
 
 private:
+    bool is_quick() const;
+    void assign_quickly(int part);
     void assign_row(std::int32_t y, RandomSequence& random, PixelChoices& choices);
     void add_candidates(std::int32_t x, std::int32_t y, PixelChoices::List& list) const;
 
@@ -46,6 +48,7 @@ protected:
     void processPart(int part) override;
 
 private:
+    void refine_quickly(int part, const PartRows& mine);
     void find_choices(std::int32_t y, RandomSequence& random, PixelChoices& choices);
     template <class RowOf> void choose(std::int32_t y, const PixelChoices& choices, const RowOf& row_of);
 

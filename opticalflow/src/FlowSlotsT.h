@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Apache-2.0
+// Slots of many pixels: which vectors each has to choose from.
+#pragma once
+
+#include "lanes/Shuffles.h"
+#include "opticalflow/src/FlowChoice.h"
+#include "opticalflow/src/FlowLanesT.h"
+#include "opticalflow/src/FlowSampleT.h"
+
+namespace qx::QX_ISA {
+
+/// The nine vectors of each pixel of a bundle.
+struct Slots {
+    Floats x[kSlots], y[kSlots];
+
+    QX_INLINE void load(std::int32_t slot, const CandidateRow& row, std::int32_t at) {
+        x[slot] = load_lanes<Floats>(row.x + at);
+        y[slot] = load_lanes<Floats>(row.y + at);
+    }
+
+    /// A bit for each slot that holds a vector which no slot before it holds.
+    QX_INLINE Ints kept() const {
+        const Floats none = splat<Floats>(INVALID_VECTOR);
+        Ints bits{};
+        for (std::int32_t i = 0; i < kSlots; ++i) {
+#ifdef __AVX512F__
+            if constexpr (sizeof(Floats) == 64) {  // masks as they are, which the compiler would make vectors
+                const auto same = [&](std::int32_t j) QX_LAMBDA {
+                    return _mm512_mask_cmp_ps_mask(_mm512_cmp_ps_mask((__m512)x[i], (__m512)x[j], _CMP_EQ_OQ),
+                                                   (__m512)y[i], (__m512)y[j], _CMP_EQ_OQ);
+                };
+                __mmask16 twin = _mm512_cmp_ps_mask((__m512)x[i], (__m512)none, _CMP_EQ_OQ);
+                for (std::int32_t j = 0; j < i; ++j) twin = _kor_mask16(twin, same(j));
+                bits = (Ints)_mm512_mask_or_epi32((__m512i)bits, _knot_mask16(twin), (__m512i)bits,
+                                                  _mm512_set1_epi32(1 << i));
+                continue;
+            }
+#endif
+            Mask twin = x[i] == none;
+            for (std::int32_t j = 0; j < i; ++j) twin = either(twin, both(x[i] == x[j], y[i] == y[j]));
+            bits |= twin ? Ints{} : splat<Ints>(1 << i);
+        }
+        return bits;
+    }
+};
+
+/// Vectors of pixels side by side, their components apart.
+template <class F> QX_INLINE void load_vectors(const HvVec2* from, F& x, F& y) {
+    if constexpr (!is_wide<F>) {
+        x = from->x;
+        y = from->y;
+    } else {
+        const auto low = load_lanes<F>(from), high = load_lanes<F>(from + lanes_in<F> / 2);
+        x = reordered(low, high, [](int lane) { return 2 * lane; });
+        y = reordered(low, high, [](int lane) { return 2 * lane + 1; });
+    }
+}
+
+template <class F> QX_INLINE void store_vectors(HvVec2* to, F x, F y) {
+    if constexpr (!is_wide<F>) {
+        *to = {x, y};
+    } else {
+        constexpr int n = lanes_in<F>;
+        store_lanes(to, reordered(x, y, [](int lane) { return lane / 2 + lane % 2 * n; }));
+        store_lanes(to + n / 2, reordered(x, y, [](int lane) { return n / 2 + lane / 2 + lane % 2 * n; }));
+    }
+}
+/// Some of them, at the end of a row.
+QX_INLINE void load_some_vectors(const HvVec2* from, std::int32_t count, Floats& x, Floats& y) {
+    if (count == lanes_in<Floats>) return load_vectors(from, x, y);
+    HvVec2 some[lanes_in<Floats>]{};
+    for (std::int32_t i = 0; i < count; ++i) some[i] = from[i];
+    load_vectors(some, x, y);
+}
+QX_INLINE void store_some_vectors(HvVec2* to, std::int32_t count, Floats x, Floats y) {
+    if (count == lanes_in<Floats>) return store_vectors(to, x, y);
+    HvVec2 some[lanes_in<Floats>];
+    store_vectors(some, x, y);
+    for (std::int32_t i = 0; i < count; ++i) to[i] = some[i];
+}
+
+/// A neighbour mean in the making; the order in which vectors are added is the caller's.
+class MeanOfVectors {
+public:
+    QX_INLINE void add(const HvVec2& v) {
+        if (v.x == INVALID_VECTOR || v.y == INVALID_VECTOR) [[unlikely]]
+            return;
+        sum_.x += v.x;
+        sum_.y += v.y;
+        ++count_;
+    }
+    QX_INLINE HvVec2 mean() const {
+        if (count_ == 0) return {0, 0};
+        const auto n = static_cast<float>(count_);
+        return {sum_.x / n, sum_.y / n};
+    }
+
+private:
+    HvVec2 sum_{0, 0};
+    std::int32_t count_ = 0;
+};
+/// Row above, beside, row below; rows beside the field are null.
+QX_INLINE HvVec2 mean_around(const HvVec2* above, const HvVec2* row, const HvVec2* below, std::int32_t x,
+                             std::int32_t width) {
+    MeanOfVectors sum;
+    const bool has_left = x > 0, has_right = x + 1 < width;
+    const auto add_three = [&](const HvVec2* three) QX_LAMBDA {
+        if (three == nullptr) return;
+        if (has_left) sum.add(three[x - 1]);
+        sum.add(three[x]);
+        if (has_right) sum.add(three[x + 1]);
+    };
+    add_three(above);
+    if (has_left) sum.add(row[x - 1]);
+    if (has_right) sum.add(row[x + 1]);
+    add_three(below);
+    return sum.mean();
+}
+QX_INLINE float apart(const HvVec2& a, const HvVec2& b) {
+    const auto size = [](float v) { return v < 0.0f ? -v : v + 0.0f; };
+    return size(a.x - b.x) + size(a.y - b.y);
+}
+
+/// What a difference of luminance costs.
+QX_INLINE Floats data_costs(Floats difference, float weight) {
+    return size_of(difference) * splat<Floats>(weight) / 123.0f * 65535.0f;
+}
+
+/// Numbers for the draws that the shuffle of so many entries takes, each a step of two of the sequence.
+struct RandomJumps {
+    std::uint32_t factor[kSlots + 1], term[kSlots + 1];
+
+    constexpr RandomJumps() : factor{}, term{} {
+        constexpr std::uint32_t kFactor = 1103515245, kTerm = 12345;
+        for (std::int32_t count = 0; count <= kSlots; ++count) {
+            factor[count] = 1;
+            for (std::int32_t k = count == 0 ? 0 : 2 * (2 * ((count - 1) / 2 + 1)); k > 0; --k) {
+                factor[count] *= kFactor;
+                term[count] = term[count] * kFactor + kTerm;
+            }
+        }
+    }
+};
+inline constexpr RandomJumps kJumps{};
+QX_INLINE void skip_shuffle(std::uint32_t& state, std::int32_t count) {
+    state = state * kJumps.factor[count] + kJumps.term[count];
+}
+
+/// Bits of lanes in memory, for work on one after another.
+struct LaneBits {
+    std::int32_t bits[lanes_in<Ints>];
+    QX_INLINE explicit LaneBits(Ints v) { store_lanes(bits, v); }
+    QX_INLINE std::int32_t operator[](std::int32_t lane) const { return bits[lane]; }
+};
+/// True where more than one bit is set.
+QX_INLINE Mask has_several(Ints bits) { return (bits & (bits - 1)) != Ints{}; }
+
+/// The costs of the slots whose bits are set, in their order, for one pixel.
+struct PixelCosts {
+    float costs[kSlots];
+    std::int32_t slots[kSlots];
+    std::int32_t count = 0;
+
+    QX_INLINE void add(std::int32_t slot, float cost) {
+        slots[count] = slot;
+        costs[count++] = cost;
+    }
+    /// The slot of the lowest one, where several are that which a shuffle puts first.
+    QX_INLINE std::int32_t lowest(SettleTie settle, std::uint32_t state) const {
+        std::int32_t best = 0, not_above = 0;
+        for (std::int32_t i = 1; i < count; ++i) best = costs[i] < costs[best] ? i : best;
+        for (std::int32_t i = 0; i < count; ++i) not_above += costs[i] > costs[best] ? 0 : 1;
+        if (not_above != 1) [[unlikely]]
+            best = settle(costs, count, state);
+        return slots[best];
+    }
+};
+
+}  // namespace qx::QX_ISA

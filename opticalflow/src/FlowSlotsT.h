@@ -142,8 +142,20 @@ struct RandomJumps {
     }
 };
 inline constexpr RandomJumps kJumps{};
+
+/// One draw, which is two steps.
+struct OneDraw {
+    std::uint32_t factor = 1103515245u * 1103515245u, term = 12345u * 1103515245u + 12345u;
+};
+inline constexpr OneDraw kOneDraw{};
 QX_INLINE void skip_shuffle(std::uint32_t& state, std::int32_t count) {
     state = state * kJumps.factor[count] + kJumps.term[count];
+}
+
+/// As if so many numbers had been drawn.
+QX_INLINE void skip_draws(std::uint32_t& state, std::int32_t draws) {
+    for (; draws > 1; draws -= 2) state = state * kJumps.factor[1] + kJumps.term[1];
+    if (draws == 1) state = state * kOneDraw.factor + kOneDraw.term;
 }
 
 /// Bits of lanes in memory, for work on one after another.

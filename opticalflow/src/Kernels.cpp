@@ -9,7 +9,7 @@ namespace {
 Kernels kernels_of(qx::Level level) {
     return {&qx::flow_box_of(level),     &qx::flow_choice_of(level), &qx::flow_luminance_of(level),
             &qx::flow_picture_of(level), &qx::flow_ring_of(level),   &qx::flow_sinc_of(level),
-            &qx::flow_solve_of(level)};
+            &qx::flow_solve_of(level),   &qx::flow_tween_of(level)};
 }
 
 Kernels chosen = kernels_of(qx::Level::plain);

@@ -8,6 +8,7 @@
 #include "opticalflow/src/FlowRing.h"
 #include "opticalflow/src/FlowSinc.h"
 #include "opticalflow/src/FlowSolve.h"
+#include "opticalflow/src/FlowTween.h"
 
 namespace solvan_of {
 
@@ -20,6 +21,7 @@ struct Kernels {
     const qx::FlowRing* ring;
     const qx::FlowSinc* sinc;
     const qx::FlowSolve* solve;
+    const qx::FlowTween* tween;
 };
 const Kernels& kernels();
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "opticalflow/src/SpatialCandidates.h"
 
+#include "opticalflow/src/CandidateRows.h"
+
 namespace solvan_of {
 
 using SinglePass = FnMotionEstimateGradientTweenerIterateSpatialCandidatesSinglePass;
@@ -42,8 +44,42 @@ void SinglePass::finish() {
 void SinglePass::processPart(int part) {
     const PartRows mine = rows_of(part);
     if (mine.begin >= mine.end) return;
+    if (is_quick()) return work_quickly(part, mine);
     TweenChoices choices(*this);
     for_rows(part, [&](std::int32_t y) { work_on_row(y, part, mine, choices); });
+}
+
+/// The lanes' form is for passes behind the first, which has lists of its own, over pixels that both frames show.
+bool SinglePass::is_quick() const {
+    return pass_number_ > 0 && (word() & (kOnlyHoles | kOnlyOccluded)) == 0 && !has(kGuessesOcclusions) &&
+           !has(kBorrowsCandidates) && mask == nullptr;
+}
+
+void SinglePass::work_quickly(int part, const PartRows& mine) {
+    CandidateRows second_rows(width, 1), first_rows(width, 1);
+    qx::TweenRow row{.symmetry = symmetry_weight,
+                     .data = data_weight * 65535.0f,
+                     .smoothness = smoothness_weight,
+                     .width = width,
+                     .settle = &cheapest_shuffled_pair};
+    const auto set = [&](qx::TweenSide& side, const FloatTexture& frame, float k, const FieldTexture& field,
+                         const FnMotionEstimateGradientChangedNeighboursMonitor& monitor, const BorderRows& borders,
+                         CandidateRows& rows) {
+        rows.around(monitor, row.y, side.rows);
+        side.image = {frame.row(0), frame.width(), frame.height()};
+        side.here = frame.row(row.y);
+        side.k = k;
+        side.row = field.row(row.y);
+        side.above = borders.row(field, part, mine, row.y - 1);
+        side.below = borders.row(field, part, mine, row.y + 1);
+    };
+    for_rows(part, [&](std::int32_t y) {
+        row.y = y;
+        row.random = pass_number_;
+        set(row.a, *second_frame, 1.0f - position, *to_second, second_monitor_, second_borders_, second_rows);
+        set(row.b, *first_frame, position, *to_first, first_monitor_, first_borders_, first_rows);
+        kernels().tween->choose(row);
+    });
 }
 
 /// Whether the pixel has any vector that it needs.

@@ -31,6 +31,8 @@ protected:
     void finish() override;
 
 private:
+    bool is_quick() const;
+    void work_quickly(int part, const PartRows& mine);
     void work_on_row(std::int32_t y, int part, const PartRows& mine, TweenChoices& choices);
     bool is_visited(std::int32_t x, std::int32_t y) const;
     bool has_needed(std::int32_t x, std::int32_t y) const;

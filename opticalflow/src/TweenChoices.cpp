@@ -2,7 +2,6 @@
 #include "opticalflow/src/TweenChoices.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "opticalflow/src/Kernels.h"
 #include "opticalflow/src/PixelChoices.h"
@@ -11,9 +10,6 @@ namespace solvan_of {
 namespace {
 
 constexpr std::int32_t kRoom = 16 * 1024;  // vectors that are sampled together
-constexpr float kWorst = 1.7014117e38f;    // a choice costs less
-constexpr float kOverflow = 128.0f;        // what stands for a sample where the displacement overflows
-constexpr float kOutside = 16711425.0f;    // and where it leads outside
 
 }  // namespace
 
@@ -79,9 +75,9 @@ void TweenChoices::sample_frame(const FloatTexture& frame, float k, Side Pixel::
             if (dx == 0.0f && dy == 0.0f) {
                 to = frame.at(pixel.x, pixel.y);
             } else if (dx == INVALID_VECTOR) {
-                to = kOverflow;
+                to = qx::kOverflowShows;
             } else if (px < 0.0f || px > width || py < 0.0f || py > height) {
-                to = kOutside;
+                to = qx::kOutsideShows;
             } else {
                 to = found[count];
             }
@@ -89,97 +85,59 @@ void TweenChoices::sample_frame(const FloatTexture& frame, float k, Side Pixel::
     }
 }
 
-/// In which order the entries of both lists are looked at.
-struct TweenChoices::Orders {
-    std::int32_t a[kMost], b[kMost];
-
-    explicit Orders(const Pixel& pixel) {
-        std::iota(a, a + pixel.a.count, 0);
-        std::iota(b, b + pixel.b.count, 0);
-    }
-    /// Borrowed entries keep the order that they have been shuffled to.
-    void shuffle(const Pixel& pixel) {
-        RandomSequence random(pixel.random);
-        if (!pixel.borrows_a) shuffle_fully(a, pixel.a.count, random);
-        if (!pixel.borrows_b) shuffle_fully(b, pixel.b.count, random);
-        if (pixel.borrows_a) std::copy_n(b, pixel.b.count, a);
-        if (pixel.borrows_b) std::copy_n(a, pixel.a.count, b);
-    }
-};
-
 void TweenChoices::choose(const Pixel& pixel, const HvVec2& mean_a, const HvVec2& mean_b, HvVec2& a, HvVec2& b) const {
     const HvVec2 *const list_a = vectors_.get() + pixel.a.first, *const list_b = vectors_.get() + pixel.b.first;
-    const bool borrows = pixel.borrows_a || pixel.borrows_b;
-    if (pixel.a.count == 1 && pixel.b.count == 1 && !borrows) {
+    if (pixel.a.count == 1 && pixel.b.count == 1 && !pixel.borrows_a && !pixel.borrows_b) {
         a = list_a[0];
         b = list_b[0];
-        return;
-    }
-    Orders orders(pixel);
-    if (pixel.state == kSeenInBoth) {
-        const auto turned = [](bool borrowed, const HvVec2& own, const HvVec2& other) {
-            return borrowed ? HvVec2{-other.x, -other.y} : own;
-        };
-        const HvVec2 ma = turned(pixel.borrows_a, mean_a, mean_b), mb = turned(pixel.borrows_b, mean_b, mean_a);
-        Pair best = cheapest_pair(pixel, ma, mb, orders);
-        if (best.is_tied) {  // a shuffle shows among equally cheap pairs alone
-            orders.shuffle(pixel);
-            best = cheapest_pair(pixel, ma, mb, orders);
-        }
+    } else if (pixel.state == kSeenInBoth) {
+        const PairChoice choice = choice_of(pixel, mean_a, mean_b);
+        ChosenPair best = cheapest_pair(choice);
+        if (best.is_tied) best = cheapest_shuffled_pair(choice);  // a shuffle shows among equally cheap pairs alone
         if (best.a < 0) return;
         a = list_a[best.a];
         b = list_b[best.b];
-    } else if (pixel.state == kFirstAlone || pixel.state == kSecondAlone) {
-        orders.shuffle(pixel);
-        const bool first_alone = pixel.state == kFirstAlone;
-        const std::int32_t best = first_alone ? nearest(pixel.a, mean_a, orders.a) : nearest(pixel.b, mean_b, orders.b);
-        if (best < 0) return;
-        (first_alone ? a : b) = (first_alone ? list_a : list_b)[best];
+    } else if (pixel.state == kFirstAlone) {
+        choose_nearest(pixel, pixel.a, mean_a, a);
+    } else if (pixel.state == kSecondAlone) {
+        choose_nearest(pixel, pixel.b, mean_b, b);
     }
 }
 
-TweenChoices::Pair TweenChoices::cheapest_pair(const Pixel& pixel, const HvVec2& mean_a, const HvVec2& mean_b,
-                                               const Orders& orders) const {
+PairChoice TweenChoices::choice_of(const Pixel& pixel, const HvVec2& mean_a, const HvVec2& mean_b) const {
     const auto& p = parameters_;
     const bool is_masked = p.mask != nullptr && p.mask->at(pixel.x, pixel.y) > 0.5f;
-    const float data = is_masked ? 0.0f : p.data_weight * 65535.0f;
-    const HvVec2 *const list_a = vectors_.get() + pixel.a.first, *const list_b = vectors_.get() + pixel.b.first;
-    const float *const shown_a = samples_.get() + pixel.a.first, *const shown_b = samples_.get() + pixel.b.first;
-    float apart_b[kMost];
-    for (std::int32_t k = 0; k < pixel.b.count; ++k) apart_b[k] = 8.0f * distance(mean_b, list_b[k]);
-    Pair best;
-    float lowest = kWorst;
-    for (std::int32_t i = 0; i < pixel.a.count; ++i) {
-        const HvVec2 a = list_a[orders.a[i]];
-        const float shown = shown_a[orders.a[i]], apart_a = 8.0f * distance(mean_a, a);
-        for (std::int32_t j = 0; j < pixel.b.count; ++j) {
-            const std::int32_t k = orders.b[j];
-            const HvVec2 b = list_b[k];
-            const float cost = (std::fabs(a.x + b.x) + std::fabs(a.y + b.y)) * p.symmetry_weight +
-                               std::fabs(shown_b[k] - shown) * data + (apart_b[k] + apart_a) * p.smoothness_weight;
-            if (cost < lowest) {
-                lowest = cost;
-                best = {orders.a[i], k, false};
-            } else if (cost == lowest) {
-                best.is_tied = true;
-            }
-        }
-    }
-    if (best.a < 0) best.is_tied = false;
-    return best;
+    const auto negated = [](const HvVec2& v) { return HvVec2{-v.x, -v.y}; };
+    return {.a = vectors_.get() + pixel.a.first,
+            .b = vectors_.get() + pixel.b.first,
+            .shown_a = samples_.get() + pixel.a.first,
+            .shown_b = samples_.get() + pixel.b.first,
+            .count_a = pixel.a.count,
+            .count_b = pixel.b.count,
+            .mean_a = pixel.borrows_a ? negated(mean_b) : mean_a,
+            .mean_b = pixel.borrows_b ? negated(mean_a) : mean_b,
+            .symmetry = p.symmetry_weight,
+            .data = is_masked ? 0.0f : p.data_weight * 65535.0f,
+            .smoothness = p.smoothness_weight,
+            .random = pixel.random,
+            .borrows_a = pixel.borrows_a,
+            .borrows_b = pixel.borrows_b};
 }
 
-/// The entry nearest to a mean, the first of equals; -1 where none is near at all.
-std::int32_t TweenChoices::nearest(const Side& side, const HvVec2& mean, const std::int32_t* order) const {
-    std::int32_t best = -1;
-    float lowest = kWorst;
+/// The entry nearest to a mean, the first of equals after the shuffles; none where none is near at all.
+void TweenChoices::choose_nearest(const Pixel& pixel, const Side& side, const HvVec2& mean, HvVec2& to) const {
+    HvVec2 shuffled[kMost];
+    std::copy_n(vectors_.get() + side.first, side.count, shuffled);
+    RandomSequence random(pixel.random);
+    if (&side == &pixel.b) random.skip(pixel.a.count);
+    shuffle_fully(shuffled, side.count, random);
+    float lowest = kMostPairCost;
     for (std::int32_t i = 0; i < side.count; ++i) {
-        const float cost = distance(mean, vectors_[side.first + order[i]]) * 8.0f * parameters_.smoothness_weight;
-        if (cost >= lowest || cost != cost) continue;
+        const float cost = distance(mean, shuffled[i]) * 8.0f * parameters_.smoothness_weight;
+        if (!(cost < lowest)) continue;
         lowest = cost;
-        best = order[i];
+        to = shuffled[i];
     }
-    return best;
 }
 
 }  // namespace solvan_of

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "opticalflow/src/Candidates.h"
+#include "opticalflow/src/PairChoice.h"
 #include "opticalflow/src/TweeningParameters.h"
 
 namespace solvan_of {
@@ -10,7 +11,7 @@ namespace solvan_of {
 /// lead. Frames do not change, so that all are sampled at once; then pixel after pixel chooses.
 class TweenChoices {
 public:
-    static constexpr int kMost = 200;  ///< vectors of one direction that a pixel chooses from
+    static constexpr int kMost = PairChoice::kMost;
     using List = Candidates<kMost>;
 
     struct Side {
@@ -41,16 +42,10 @@ public:
     void choose(const Pixel& pixel, const HvVec2& mean_a, const HvVec2& mean_b, HvVec2& a, HvVec2& b) const;
 
 private:
-    struct Pair {
-        std::int32_t a = -1, b = -1;  ///< places in the two lists, or -1
-        bool is_tied = false;
-    };
-    struct Orders;
-
     Side take(const List& list, bool negated);
     void sample_frame(const FloatTexture& frame, float k, Side Pixel::*side);
-    Pair cheapest_pair(const Pixel& pixel, const HvVec2& mean_a, const HvVec2& mean_b, const Orders& orders) const;
-    std::int32_t nearest(const Side& side, const HvVec2& mean, const std::int32_t* order) const;
+    PairChoice choice_of(const Pixel& pixel, const HvVec2& mean_a, const HvVec2& mean_b) const;
+    void choose_nearest(const Pixel& pixel, const Side& side, const HvVec2& mean, HvVec2& to) const;
 
     const FnMotionEstimateGradientTweeningParameters& parameters_;
     EngineBlock<Pixel> pixels_;

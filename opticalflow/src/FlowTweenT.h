@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "opticalflow/src/FlowSlotsT.h"
+#include "opticalflow/src/FlowTween.h"
+
+namespace qx::QX_ISA {
+
+/// The eight around a pixel, below, beside and above, and its own behind them.
+inline constexpr std::int32_t kTweenLines[kSlots] = {2, 2, 2, 1, 1, 0, 0, 0, 1};
+inline constexpr std::int32_t kTweenColumns[kSlots] = {-1, 0, 1, -1, 1, -1, 0, 1, 0};
+
+/// The slots of one side for a bundle of pixels.
+class SideLanes {
+public:
+    QX_INLINE SideLanes(const TweenSide& side, std::int32_t at, std::int32_t count) : side_(side), at_(at), count_(count) {
+        for (std::int32_t i = 0; i + 1 < kSlots; ++i) slots_.load(i, side.rows[kTweenLines[i]], at + kTweenColumns[i]);
+        load_some_vectors(side.row + at, count, slots_.x[kSlots - 1], slots_.y[kSlots - 1]);
+        bits = slots_.kept();
+    }
+
+    /// True where a vector alone is left whose bits are those of the pixel's own.
+    QX_INLINE Mask stays() const {
+        const Floats none = splat<Floats>(INVALID_VECTOR), x = slots_.x[kSlots - 1], y = slots_.y[kSlots - 1];
+        Ints differs{};
+        for (std::int32_t i = 0; i + 1 < kSlots; ++i) {
+            const Ints change = (bits_of(slots_.x[i]) ^ bits_of(x)) | (bits_of(slots_.y[i]) ^ bits_of(y));
+            differs |= slots_.x[i] == none ? Ints{} : change;
+        }
+        return both(differs == Ints{}, x != none);
+    }
+
+    /// What the frame shows where the vectors lead, of those slots that some of these pixels have.
+    QX_INLINE void sample(Mask wanted_by, std::int32_t y) {
+        const Ints wanted = wanted_by ? bits : Ints{};
+        const Floats px = to_float(lane_numbers<Ints>() + at_) + 0.5f, py = splat<Floats>(static_cast<float>(y) + 0.5f);
+        const Floats k = splat<Floats>(side_.k), zero{};
+        const auto here = load_some<Floats>(side_.here + at_, count_);
+        const Floats width = splat<Floats>(static_cast<float>(side_.image.width));
+        const Floats height = splat<Floats>(static_cast<float>(side_.image.height));
+        for (std::int32_t i = 0; i < kSlots; ++i) {
+            if (all_equal(wanted & (1 << i), 0)) continue;
+            const Floats dx = k * slots_.x[i], dy = k * slots_.y[i], u = px - dx, v = py + dy;
+            const Mask outside = either(either(u<zero, u> width), either(v<zero, v> height));
+            const Floats sample = ring_sample(side_.image, u, v);
+            const Floats led = outside ? splat<Floats>(kOutsideShows) : sample;
+            const Floats shown = dx == splat<Floats>(INVALID_VECTOR) ? splat<Floats>(kOverflowShows) : led;
+            store_lanes(shown_[i], both(dx == zero, dy == zero) ? here : shown);
+        }
+    }
+
+    /// The vectors of one pixel and what the frame shows for each.
+    struct List {
+        HvVec2 vectors[kSlots];
+        float shown[kSlots];
+        std::int32_t count = 0;
+    };
+    QX_INLINE void gather(std::int32_t lane, std::int32_t of, List& list) const {
+        const std::int32_t x = at_ + lane;
+        for (; of != 0; of &= of - 1) {
+            const std::int32_t i = __builtin_ctz(static_cast<unsigned>(of));
+            const CandidateRow& from = side_.rows[kTweenLines[i]];
+            const std::int32_t column = x + kTweenColumns[i];
+            list.vectors[list.count] = i + 1 == kSlots ? side_.row[x] : HvVec2{from.x[column], from.y[column]};
+            list.shown[list.count++] = shown_[i][lane];
+        }
+    }
+
+    Ints bits;
+
+private:
+    QX_INLINE static Ints bits_of(Floats v) {
+        if constexpr (is_wide<Floats>) {
+            return (Ints)v;
+        } else {
+            Ints b;
+            __builtin_memcpy(&b, &v, sizeof b);
+            return b;
+        }
+    }
+
+    const TweenSide& side_;
+    std::int32_t at_, count_;
+    Slots slots_;
+    float shown_[kSlots][lanes_in<Floats>];
+};
+
+/// The cheapest pair: the entries of b in lanes, those of a one after another.
+QX_INLINE solvan_of::ChosenPair cheapest(const solvan_of::PairChoice& c) {
+    constexpr std::int32_t kRoom = (kSlots + lanes_in<Floats> - 1) / lanes_in<Floats> * lanes_in<Floats>;
+    const float none = __builtin_nanf("");  // costs no number, and so is never chosen
+    float bx[kRoom], by[kRoom], shown[kRoom], apart_b[kRoom];
+    for (std::int32_t k = 0; k < kRoom; ++k) {
+        const bool has = k < c.count_b;
+        bx[k] = has ? c.b[k].x : none;
+        by[k] = has ? c.b[k].y : none;
+        shown[k] = has ? c.shown_b[k] : none;
+        apart_b[k] = has ? 8.0f * apart(c.mean_b, c.b[k]) : none;
+    }
+    solvan_of::ChosenPair best;
+    float lowest = solvan_of::kMostPairCost;
+    for (std::int32_t i = 0; i < c.count_a; ++i) {
+        const float apart_a = 8.0f * apart(c.mean_a, c.a[i]);
+        for (std::int32_t at = 0; at < c.count_b; at += lanes_in<Floats>) {
+            const auto load = [at](const float* from) QX_LAMBDA { return load_lanes<Floats>(from + at); };
+            const Floats cost = (size_of(c.a[i].x + load(bx)) + size_of(c.a[i].y + load(by))) * c.symmetry +
+                                size_of(load(shown) - c.shown_a[i]) * c.data + (load(apart_b) + apart_a) * c.smoothness;
+            float costs[lanes_in<Floats>];
+            store_lanes(costs, cost);
+            for (std::int32_t k = at; k < lesser(c.count_b, at + lanes_in<Floats>); ++k) {
+                const float one = costs[k - at];
+                best.is_tied = one < lowest ? false : best.is_tied | ((one == lowest) & (best.a >= 0));
+                best.a = one < lowest ? i : best.a;
+                best.b = one < lowest ? k : best.b;
+                lowest = one < lowest ? one : lowest;
+            }
+        }
+    }
+    return best;
+}
+
+/// One pixel after the other, since each sees what those before it have taken.
+QX_INLINE void choose_lane(TweenRow& row, const SideLanes& a, const SideLanes& b, std::int32_t x, std::int32_t lane,
+                           std::int32_t bits_a, std::int32_t bits_b) {
+    SideLanes::List from_a, from_b;
+    a.gather(lane, bits_a, from_a);
+    b.gather(lane, bits_b, from_b);
+    if (from_a.count == 1 && from_b.count == 1) {
+        row.a.row[x] = from_a.vectors[0];
+        row.b.row[x] = from_b.vectors[0];
+        return;
+    }
+    const solvan_of::PairChoice choice{.a = from_a.vectors,
+                                       .b = from_b.vectors,
+                                       .shown_a = from_a.shown,
+                                       .shown_b = from_b.shown,
+                                       .count_a = from_a.count,
+                                       .count_b = from_b.count,
+                                       .mean_a = mean_around(row.a.above, row.a.row, row.a.below, x, row.width),
+                                       .mean_b = mean_around(row.b.above, row.b.row, row.b.below, x, row.width),
+                                       .symmetry = row.symmetry,
+                                       .data = row.data,
+                                       .smoothness = row.smoothness,
+                                       .random = row.random,
+                                       .borrows_a = false,
+                                       .borrows_b = false};
+    solvan_of::ChosenPair best = cheapest(choice);
+    if (best.is_tied) best = row.settle(choice);
+    skip_draws(row.random, from_a.count + from_b.count);
+    if (best.a < 0) return;
+    row.a.row[x] = from_a.vectors[best.a];
+    row.b.row[x] = from_b.vectors[best.b];
+}
+
+inline void choose(TweenRow& row) {
+    for_lanes(row.width, [&](std::int32_t at, std::int32_t count) QX_LAMBDA {
+        SideLanes a(row.a, at, count), b(row.b, at, count);
+        const Mask lacks = either(a.bits == Ints{}, b.bits == Ints{});
+        const Mask idle = either(lacks, both(a.stays(), b.stays()));
+        if (all(idle)) return;
+        const Mask compares = both(idle == Mask{}, either(has_several(a.bits), has_several(b.bits)));
+        if (any(compares)) {
+            a.sample(compares, row.y);
+            b.sample(compares, row.y);
+        }
+        const LaneBits of_a(idle ? Ints{} : a.bits), of_b(b.bits);
+        for (std::int32_t lane = 0; lane < count; ++lane)
+            if (of_a[lane] != 0) choose_lane(row, a, b, at + lane, lane, of_a[lane], of_b[lane]);
+    });
+}
+
+extern const FlowTween flow_tween;
+const FlowTween flow_tween{.choose = &choose};
+
+}  // namespace qx::QX_ISA

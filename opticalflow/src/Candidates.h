@@ -35,10 +35,15 @@ template <class T> void shuffle_fully(T* list, int count, RandomSequence& random
 /// Vectors to choose from. What is added beyond the most is left out.
 template <int Most> class Candidates {
 public:
-    void clear() { count_ = 0; }
-    void add(const HvVec2& v) {
-        if (count_ < Most) list_[count_++] = v;
+    void clear() {
+        count_ = 0;
+        room_ = Most;
     }
+    void add(const HvVec2& v) {
+        if (count_ < room_) list_[count_++] = v;
+    }
+    /// As if so many had been added that the filter takes away.
+    void leave_out(int entries) { room_ -= entries; }
 
     /// Leaves those that are vectors, of equal ones the first.
     void filter() {
@@ -65,7 +70,7 @@ private:
     }
 
     HvVec2 list_[Most];
-    int count_ = 0;
+    int count_ = 0, room_ = Most;
 };
 
 }  // namespace solvan_of

@@ -25,6 +25,11 @@ struct CandidateRow {
     std::int32_t* changed;  ///< all set where a vector counts as changed, else 0
 };
 
+/// Rows of a field around a pixel; those beside the field are null.
+struct ThreeRows {
+    const HvVec2 *above, *row, *below;
+};
+
 /// Says which of equal costs a shuffle puts first: as lowest_after_shuffle.
 using SettleTie = int (*)(const float* costs, int count, std::uint32_t state);
 
@@ -58,6 +63,9 @@ struct FlowChoice {
     /// Makes a candidate row of a row of vectors, which may be null, for one beside the field. Without `map` all have
     /// changed.
     void (*spread)(const HvVec2* row, const std::int32_t* map, std::int32_t width, const CandidateRow& out);
+    /// What a monitor does of a row: notes which vectors differ from the saved ones, and saves them.
+    /// @return whether one has a component that is none
+    bool (*watch)(const HvVec2* row, std::int32_t width, HvVec2* saved, std::int32_t* map);
     void (*assign)(AssignRow& row);
     void (*refine)(RefineRow& row);
 };

@@ -28,6 +28,21 @@ inline void spread(const HvVec2* row, const std::int32_t* map, std::int32_t widt
     });
 }
 
+inline bool watch(const HvVec2* row, std::int32_t width, HvVec2* saved, std::int32_t* map) {
+    const Floats none = splat<Floats>(INVALID_VECTOR);
+    Ints some_are_none{};
+    for_lanes(width, [&](std::int32_t at, std::int32_t count) QX_LAMBDA {
+        Floats x, y, old_x, old_y;
+        load_some_vectors(row + at, count, x, y);
+        load_some_vectors(saved + at, count, old_x, old_y);
+        const Mask same = both(x == old_x, y == old_y);
+        some_are_none |= either(x == none, y == none) ? splat<Ints>(1) : Ints{};
+        store_some(map + at, same ? Ints{} : splat<Ints>(1), count);
+        store_some_vectors(saved + at, count, x, y);
+    });
+    return !all_equal(some_are_none, 0);
+}
+
 /// What the data of slots costs for the pixels of a bundle.
 struct SlotCosts {
     float costs[kSlots][lanes_in<Floats>];
@@ -105,7 +120,7 @@ inline void refine(RefineRow& row) {
                 skip_shuffle(row.random, of[lane]);
                 continue;
             }
-            const HvVec2 mean = mean_around(row.above, row.row, row.below, x, row.width);
+            const HvVec2 mean = mean_around({row.above, row.row, row.below}, x, row.width);
             PixelCosts pixel;
             const auto vector = [&](std::int32_t i) QX_LAMBDA {
                 const CandidateRow& from = row.rows[kAroundLines[i]];
@@ -123,6 +138,6 @@ inline void refine(RefineRow& row) {
 }
 
 extern const FlowChoice flow_choice;
-const FlowChoice flow_choice{.spread = &spread, .assign = &assign, .refine = &refine};
+const FlowChoice flow_choice{.spread = &spread, .watch = &watch, .assign = &assign, .refine = &refine};
 
 }  // namespace qx::QX_ISA

@@ -14,6 +14,8 @@ struct TweenSide {
     CandidateRow rows[3]{};                           ///< above, itself, below, as the monitor saved them
     HvVec2* row = nullptr;                            ///< live
     const HvVec2 *above = nullptr, *below = nullptr;  ///< live or as they were before the pass; null beside the field
+
+    ThreeRows live() const { return {above, row, below}; }
 };
 
 /// Which pair a shuffle puts first among the cheapest.

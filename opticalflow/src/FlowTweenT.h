@@ -13,7 +13,8 @@ inline constexpr std::int32_t kTweenColumns[kSlots] = {-1, 0, 1, -1, 1, -1, 0, 1
 /// The slots of one side for a bundle of pixels.
 class SideLanes {
 public:
-    QX_INLINE SideLanes(const TweenSide& side, std::int32_t at, std::int32_t count) : side_(side), at_(at), count_(count) {
+    QX_INLINE SideLanes(const TweenSide& side, std::int32_t at, std::int32_t count)
+        : side_(side), at_(at), count_(count) {
         for (std::int32_t i = 0; i + 1 < kSlots; ++i) slots_.load(i, side.rows[kTweenLines[i]], at + kTweenColumns[i]);
         load_some_vectors(side.row + at, count, slots_.x[kSlots - 1], slots_.y[kSlots - 1]);
         bits = slots_.kept();
@@ -89,33 +90,42 @@ private:
 QX_INLINE solvan_of::ChosenPair cheapest(const solvan_of::PairChoice& c) {
     constexpr std::int32_t kRoom = (kSlots + lanes_in<Floats> - 1) / lanes_in<Floats> * lanes_in<Floats>;
     const float none = __builtin_nanf("");  // costs no number, and so is never chosen
-    float bx[kRoom], by[kRoom], shown[kRoom], apart_b[kRoom];
+    float bx[kRoom], by[kRoom], shown[kRoom], lowest_of[kRoom];
+    std::int32_t a_of[kRoom], tied[kRoom];
     for (std::int32_t k = 0; k < kRoom; ++k) {
         const bool has = k < c.count_b;
         bx[k] = has ? c.b[k].x : none;
         by[k] = has ? c.b[k].y : none;
         shown[k] = has ? c.shown_b[k] : none;
-        apart_b[k] = has ? 8.0f * apart(c.mean_b, c.b[k]) : none;
+    }
+    for (std::int32_t at = 0; at < c.count_b; at += lanes_in<Floats>) {
+        const auto load = [at](const float* from) QX_LAMBDA { return load_lanes<Floats>(from + at); };
+        const Floats x = load(bx), y = load(by), shows = load(shown);
+        const Floats apart_of_b = 8.0f * (size_of(c.mean_b.x - x) + size_of(c.mean_b.y - y));
+        Floats lowest = splat<Floats>(solvan_of::kMostPairCost);
+        Ints best_a{}, is_tied{};
+        for (std::int32_t i = 0; i < c.count_a; ++i) {
+            const Floats cost = (size_of(c.a[i].x + x) + size_of(c.a[i].y + y)) * c.symmetry +
+                                size_of(shows - c.shown_a[i]) * c.data +
+                                (apart_of_b + 8.0f * apart(c.mean_a, c.a[i])) * c.smoothness;
+            const Mask is_lower = cost < lowest, is_equal = cost == lowest;
+            is_tied = is_lower ? Ints{} : is_equal ? splat<Ints>(1) : is_tied;
+            best_a = is_lower ? splat<Ints>(i) : best_a;
+            lowest = is_lower ? cost : lowest;
+        }
+        store_lanes(lowest_of + at, lowest);
+        store_lanes(a_of + at, best_a);
+        store_lanes(tied + at, is_tied);
     }
     solvan_of::ChosenPair best;
     float lowest = solvan_of::kMostPairCost;
-    for (std::int32_t i = 0; i < c.count_a; ++i) {
-        const float apart_a = 8.0f * apart(c.mean_a, c.a[i]);
-        for (std::int32_t at = 0; at < c.count_b; at += lanes_in<Floats>) {
-            const auto load = [at](const float* from) QX_LAMBDA { return load_lanes<Floats>(from + at); };
-            const Floats cost = (size_of(c.a[i].x + load(bx)) + size_of(c.a[i].y + load(by))) * c.symmetry +
-                                size_of(load(shown) - c.shown_a[i]) * c.data + (load(apart_b) + apart_a) * c.smoothness;
-            float costs[lanes_in<Floats>];
-            store_lanes(costs, cost);
-            for (std::int32_t k = at; k < lesser(c.count_b, at + lanes_in<Floats>); ++k) {
-                const float one = costs[k - at];
-                best.is_tied = one < lowest ? false : best.is_tied | ((one == lowest) & (best.a >= 0));
-                best.a = one < lowest ? i : best.a;
-                best.b = one < lowest ? k : best.b;
-                lowest = one < lowest ? one : lowest;
-            }
-        }
+    for (std::int32_t k = 0; k < c.count_b; ++k) {
+        const bool is_lower = lowest_of[k] < lowest;
+        best.is_tied = is_lower ? tied[k] != 0 : best.is_tied | ((lowest_of[k] == lowest) & (best.b >= 0));
+        best.b = is_lower ? k : best.b;
+        lowest = is_lower ? lowest_of[k] : lowest;
     }
+    if (best.b >= 0) best.a = a_of[best.b];
     return best;
 }
 
@@ -130,14 +140,15 @@ QX_INLINE void choose_lane(TweenRow& row, const SideLanes& a, const SideLanes& b
         row.b.row[x] = from_b.vectors[0];
         return;
     }
+    const MeanPair means = means_around(row.a.live(), row.b.live(), x, row.width);
     const solvan_of::PairChoice choice{.a = from_a.vectors,
                                        .b = from_b.vectors,
                                        .shown_a = from_a.shown,
                                        .shown_b = from_b.shown,
                                        .count_a = from_a.count,
                                        .count_b = from_b.count,
-                                       .mean_a = mean_around(row.a.above, row.a.row, row.a.below, x, row.width),
-                                       .mean_b = mean_around(row.b.above, row.b.row, row.b.below, x, row.width),
+                                       .mean_a = means.a,
+                                       .mean_b = means.b,
                                        .symmetry = row.symmetry,
                                        .data = row.data,
                                        .smoothness = row.smoothness,

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "opticalflow/src/Kernels.h"
+
 namespace solvan_of {
 
 void FnMotionEstimateGradientChangedNeighboursMonitor::initialise() {
@@ -31,14 +33,7 @@ void FnMotionEstimateGradientChangedNeighboursMonitor::begin() {
 void FnMotionEstimateGradientChangedNeighboursMonitor::processPart(int part) {
     bool invalid = false;
     for_rows(part, [&](std::int32_t y) {
-        HvVec2* const saved = saved_.row(y);
-        std::int32_t* const map = map_.row(y);
-        const HvVec2* const now = first_->row(y);
-        for (std::int32_t x = 0; x < width_; ++x) {
-            invalid |= !is_whole(now[x]);
-            map[x] = equal(now[x], saved[x]) ? 0 : 1;
-            saved[x] = now[x];
-        }
+        invalid |= kernels().choice->watch(first_->row(y), width_, saved_.row(y), map_.row(y));
     });
     if (invalid) saw_invalid_.store(true, std::memory_order_relaxed);
 }

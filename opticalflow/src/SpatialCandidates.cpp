@@ -95,35 +95,48 @@ bool SinglePass::is_visited(std::int32_t x, std::int32_t y) const {
 }
 
 void SinglePass::work_on_row(std::int32_t y, int part, const PartRows& mine, TweenChoices& choices) {
+    const auto mean = [&](const FieldTexture& field, const BorderRows& borders, std::int32_t x) {
+        return neighbour_mean(x, y, width, [&](std::int32_t row) { return borders.row(field, part, mine, row); });
+    };
     const auto choose_all = [&] {
         choices.sample();
         for (const TweenChoices::Pixel& pixel : choices) {
-            const auto mean = [&](const FieldTexture& field, const BorderRows& borders) {
-                return neighbour_mean(pixel.x, y, width,
-                                      [&](std::int32_t row) { return borders.row(field, part, mine, row); });
-            };
-            choices.choose(pixel, mean(*to_second, second_borders_), mean(*to_first, first_borders_),
-                           to_second->at(pixel.x, y), to_first->at(pixel.x, y));
-            if ((word() & kOnlyHoles) != 0 && has_needed(pixel.x, y))
-                word_.fetch_or(kProgress, std::memory_order_relaxed);
+            const std::int32_t x = pixel.x;
+            const bool is_settled = pixel.has_one_pair();
+            choices.choose(pixel, is_settled ? HvVec2{} : mean(*to_second, second_borders_, x),
+                           is_settled ? HvVec2{} : mean(*to_first, first_borders_, x), to_second->at(x, y),
+                           to_first->at(x, y));
+            if ((word() & kOnlyHoles) != 0 && has_needed(x, y)) word_.fetch_or(kProgress, std::memory_order_relaxed);
         }
         choices.clear();
     };
     RandomSequence random(pass_number_);
     for (std::int32_t x = 0; x < width; ++x) {
         if (!is_visited(x, y)) continue;
-        choices.list_a.clear();
-        choices.list_b.clear();
-        second_monitor_.add_changed_neighbours(x, y, choices.list_a);
-        first_monitor_.add_changed_neighbours(x, y, choices.list_b);
-        choices.list_a.add(to_second->at(x, y));
-        choices.list_b.add(to_first->at(x, y));
-        first_candidates->add_to(number(x, y), choices.list_a);
-        second_candidates->add_to(number(x, y), choices.list_b);
+        list_candidates(x, y, second_monitor_, *to_second, *first_candidates, choices.list_a);
+        list_candidates(x, y, first_monitor_, *to_first, *second_candidates, choices.list_b);
         choices.add(x, y, occlusion_map->at(x, y), random);
         if (choices.is_full()) choose_all();
     }
     choose_all();
+}
+
+/// What has changed around, the pixel's own, and what passes it. In the first pass nothing is there yet but the last.
+void SinglePass::list_candidates(std::int32_t x, std::int32_t y,
+                                 const FnMotionEstimateGradientChangedNeighboursMonitor& monitor,
+                                 const FieldTexture& field, const CandidateLists& lists,
+                                 TweenChoices::List& list) const {
+    list.clear();
+    if (pass_number_ > 0) {
+        monitor.add_changed_neighbours(x, y, list);
+        list.add(field.at(x, y));
+    } else {
+        const auto around = [](std::int32_t at, std::int32_t size) {
+            return 1 + (at > 0 ? 1 : 0) + (at + 1 < size ? 1 : 0);
+        };
+        list.leave_out(around(x, width) * around(y, height));
+    }
+    lists.add_to(number(x, y), list);
 }
 
 void iterate_spatial_candidates(InterruptState& state, const FnMotionEstimateGradientTweeningParameters& parameters) {

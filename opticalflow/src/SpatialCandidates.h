@@ -34,6 +34,9 @@ private:
     bool is_quick() const;
     void work_quickly(int part, const PartRows& mine);
     void work_on_row(std::int32_t y, int part, const PartRows& mine, TweenChoices& choices);
+    void list_candidates(std::int32_t x, std::int32_t y,
+                         const FnMotionEstimateGradientChangedNeighboursMonitor& monitor, const FieldTexture& field,
+                         const CandidateLists& lists, TweenChoices::List& list) const;
     bool is_visited(std::int32_t x, std::int32_t y) const;
     bool has_needed(std::int32_t x, std::int32_t y) const;
 

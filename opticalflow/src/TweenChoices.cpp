@@ -87,7 +87,7 @@ void TweenChoices::sample_frame(const FloatTexture& frame, float k, Side Pixel::
 
 void TweenChoices::choose(const Pixel& pixel, const HvVec2& mean_a, const HvVec2& mean_b, HvVec2& a, HvVec2& b) const {
     const HvVec2 *const list_a = vectors_.get() + pixel.a.first, *const list_b = vectors_.get() + pixel.b.first;
-    if (pixel.a.count == 1 && pixel.b.count == 1 && !pixel.borrows_a && !pixel.borrows_b) {
+    if (pixel.has_one_pair()) {
         a = list_a[0];
         b = list_b[0];
     } else if (pixel.state == kSeenInBoth) {

@@ -23,6 +23,8 @@ public:
         Side a, b;                  ///< vectors to frame 1, to frame 0
         bool borrows_a, borrows_b;  ///< these are the other's, negated
         std::uint32_t random;       ///< state of the random sequence before its shuffles
+
+        bool has_one_pair() const { return a.count == 1 && b.count == 1 && !borrows_a && !borrows_b; }
     };
 
     /// Want of memory is thrown as a code.

@@ -127,6 +127,7 @@ TEST(ColourTransform, AsksForProgressBetweenRowsAndFreesItsPlane) {
     engine.failing.clear(), engine.calls.clear();
     const Reports reports;
     EXPECT_EQ(short_of_memory(1, [&] { return apply(nullptr); }), 4);
+    EXPECT_EQ(out_of_memory_from(1, [&] { return apply(nullptr); }), 4);
     EXPECT_EQ(reports.last_text(), "out of memory: image plane buffer");
     EXPECT_TRUE(engine.calls.empty());
 }

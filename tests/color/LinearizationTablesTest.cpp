@@ -86,6 +86,7 @@ TEST(LinearizationTables, EveryFailedAllocationGivesItsCodeAndLeaksNothing) {
     int nth = 1;
     for (const Reports reports; short_of_memory(nth, make) != 0; ++nth) {
         EXPECT_EQ(short_of_memory(nth, make), 4) << nth;
+        EXPECT_EQ(out_of_memory_from(nth, make), 4) << nth;
         EXPECT_EQ(blocks_in_use(), blocks) << nth;
     }
     EXPECT_GT(nth, 1);

@@ -237,10 +237,8 @@ TEST(ColourFailure, NoAllocationThatFailsLeaksOrHarms) {
         ASSERT_GE(count, 20);
         const Reports reports;
         for (std::int64_t n = 1; n <= count; ++n) {
-            standalone::FailAllocation(n);
-            const CMX_Error error = deed.run();
-            standalone::FailAllocation(0);
-            ASSERT_EQ(error, 4) << "allocation " << n << " of " << count;
+            ASSERT_EQ(short_of_memory(n, deed.run), 4) << "allocation " << n << " of " << count;
+            ASSERT_EQ(out_of_memory_from(n, deed.run), 4) << "from allocation " << n << " of " << count;
             ASSERT_EQ(blocks_in_use(), before) << "allocation " << n << " of " << count;
         }
         EXPECT_TRUE(reports.all().empty()) << reports.last_text();

@@ -41,10 +41,17 @@ inline constexpr standalone::ProcessorLevel kLevels[] = {
     standalone::ProcessorLevel::widest};
 
 /// What a call gives while the n-th allocation of the host's from now on fails.
-template <class Call> auto short_of_memory(int nth, const Call& call) {
+template <class Call> auto short_of_memory(std::int64_t nth, const Call& call) {
     standalone::FailAllocation(nth);
     const auto result = call();
     standalone::FailAllocation(0);
+    return result;
+}
+/// The same while it fails and all behind it too.
+template <class Call> auto out_of_memory_from(std::int64_t nth, const Call& call) {
+    standalone::FailAllocationsFrom(nth);
+    const auto result = call();
+    standalone::FailAllocationsFrom(0);
     return result;
 }
 inline std::int64_t blocks_in_use() { return standalone::Memory().blocks_in_use; }

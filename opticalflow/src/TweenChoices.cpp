@@ -98,9 +98,9 @@ void TweenChoices::choose(const Pixel& pixel, const HvVec2& mean_a, const HvVec2
         a = list_a[best.a];
         b = list_b[best.b];
     } else if (pixel.state == kFirstAlone) {
-        choose_nearest(pixel, pixel.a, mean_a, a);
+        choose_nearest(pixel, pixel.a, choice_of(pixel, mean_a, mean_b).mean_a, a);
     } else if (pixel.state == kSecondAlone) {
-        choose_nearest(pixel, pixel.b, mean_b, b);
+        choose_nearest(pixel, pixel.b, choice_of(pixel, mean_a, mean_b).mean_b, b);
     }
 }
 
@@ -129,7 +129,8 @@ void TweenChoices::choose_nearest(const Pixel& pixel, const Side& side, const Hv
     HvVec2 shuffled[kMost];
     std::copy_n(vectors_.get() + side.first, side.count, shuffled);
     RandomSequence random(pixel.random);
-    if (&side == &pixel.b) random.skip(pixel.a.count);
+    const bool is_behind = &side == &pixel.b && !pixel.borrows_a && !pixel.borrows_b;
+    if (is_behind) random.skip(pixel.a.count);  // borrowed vectors are shuffled as the others are
     shuffle_fully(shuffled, side.count, random);
     float lowest = kMostPairCost;
     for (std::int32_t i = 0; i < side.count; ++i) {

@@ -16,8 +16,10 @@ struct InterruptState {
 
     bool is_stopped() const { return stopped.load(std::memory_order_relaxed) != 0; }
     std::int32_t current_code() const { return code.load(std::memory_order_relaxed); }
+    /// The first reason stays.
     void stop(std::int32_t why) {
-        code.store(why, std::memory_order_relaxed);
+        std::int32_t none = 0;
+        code.compare_exchange_strong(none, why, std::memory_order_relaxed);
         stopped.store(1, std::memory_order_relaxed);
     }
 };

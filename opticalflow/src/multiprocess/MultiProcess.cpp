@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "opticalflow/src/multiprocess/EngineMemory.h"
@@ -64,15 +65,20 @@ void show_once(std::atomic<char>& shown, const char* function, int line, const c
 
 /// @return 516 once a worker has failed, else 0
 int RunThread(const CallRecord& record, int index) {
+    const auto memory_is_out = [&record] {
+        record.state->stop(4);
+        show_once(memory_shown, "RunThread", __LINE__, "Out of memory in Solvan optical flow library.");
+    };
     try {
         call_by_count(record, index);
     } catch (int code) {
         if (code == 4) {
-            record.state->stop(4);
-            show_once(memory_shown, "RunThread", __LINE__, "Out of memory in Solvan optical flow library.");
+            memory_is_out();
         } else {
             worker_failed.store(1, std::memory_order_relaxed);
         }
+    } catch (const std::bad_alloc&) {
+        memory_is_out();
     } catch (...) {
         worker_failed.store(1, std::memory_order_relaxed);
     }
@@ -121,15 +127,13 @@ PartRows rows_of_part(std::int32_t rows, int part, int parts) {
 
 std::int32_t checkInterrupt(InterruptState& state, int part) {
     if (part != 0 || state.is_stopped()) return state.current_code();
+    // An answer of 0 changes nothing: meanwhile a worker may have run out of memory.
     if (state.threadSafePoll != nullptr) {
-        std::int32_t code = state.current_code();
-        state.stopped.store(state.threadSafePoll(state.data, &code, 0), std::memory_order_relaxed);
-        state.code.store(code, std::memory_order_relaxed);
+        std::int32_t code = 0;
+        if (state.threadSafePoll(state.data, &code, 0) != 0) state.stop(code);
     } else if (state.poll != nullptr) {
         const std::unique_lock<std::recursive_mutex> held(engineLock());
-        const std::int32_t code = state.poll(state.data);
-        state.code.store(code, std::memory_order_relaxed);
-        state.stopped.store(code != 0 ? 1 : 0, std::memory_order_relaxed);
+        if (const std::int32_t code = state.poll(state.data)) state.stop(code);
     }
     return state.current_code();
 }

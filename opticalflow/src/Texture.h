@@ -13,16 +13,26 @@
 
 namespace solvan_of {
 
-/// Between two pixels. Pixel classes mix their channels; integers are truncated.
-template <class Pixel> Pixel mixed(const Pixel& a, const Pixel& b, float f) {
-    if constexpr (std::is_arithmetic_v<Pixel>) {
-        return static_cast<Pixel>(lerp(static_cast<float>(a), static_cast<float>(b), f));
-    } else {
-        return Pixel::of([f](auto p, auto q) { return mixed(p, q, f); }, a, b);
+/// Between four pixels, first along x. Pixel classes mix their channels; integers are mixed as floats and truncated.
+struct MixAt {
+    float fx, fy;
+
+    template <class Pixel>
+    Pixel operator()(const Pixel& p00, const Pixel& p10, const Pixel& p01, const Pixel& p11) const {
+        if constexpr (std::is_arithmetic_v<Pixel>) {
+            const auto along_x = [this](Pixel a, Pixel b) {
+                return lerp(static_cast<float>(a), static_cast<float>(b), fx);
+            };
+            return static_cast<Pixel>(lerp(along_x(p00, p10), along_x(p01, p11), fy));
+        } else {
+            return Pixel::of(*this, p00, p10, p01, p11);
+        }
     }
-}
-/// By component; a vector that is none counts as the number that it is.
-inline HvVec2 mixed(const HvVec2& a, const HvVec2& b, float f) { return {lerp(a.x, b.x, f), lerp(a.y, b.y, f)}; }
+    /// By component; a vector that is none counts as the number that it is.
+    HvVec2 operator()(const HvVec2& p00, const HvVec2& p10, const HvVec2& p01, const HvVec2& p11) const {
+        return {(*this)(p00.x, p10.x, p01.x, p11.x), (*this)(p00.y, p10.y, p01.y, p11.y)};
+    }
+};
 
 /// A two-dimensional array of pixels with a rule for reads beside it. Accum is what its samples are.
 template <class Pixel, class Accum = Pixel> class FnTexture : public FnTexIndexer {
@@ -101,8 +111,7 @@ public:
     Accum bilinear_at(float u, float v) const {
         const Place across = place_of(u), down = place_of(v);
         const auto corner = [&](int dx, int dy) { return Accum(read(across.whole + dx, down.whole + dy)); };
-        return mixed(mixed(corner(0, 0), corner(1, 0), across.fraction),
-                     mixed(corner(0, 1), corner(1, 1), across.fraction), down.fraction);
+        return MixAt{across.fraction, down.fraction}(corner(0, 0), corner(1, 0), corner(0, 1), corner(1, 1));
     }
 
     void fill(const Pixel& value) {

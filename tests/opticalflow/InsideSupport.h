@@ -29,7 +29,7 @@ template <class From, class Pixel> void read_texture(const From& from, of::FnTex
 }
 template <class To, class Pixel> To model_of(const of::FnTexture<Pixel>& from) {
     To to(from.width(), from.height());
-    std::memcpy(to.px.data(), from.row(0), to.px.size() * sizeof(Pixel));
+    std::memcpy(static_cast<void*>(to.px.data()), from.row(0), to.px.size() * sizeof(Pixel));
     return to;
 }
 

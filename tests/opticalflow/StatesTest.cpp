@@ -52,5 +52,56 @@ TEST(FlowStates, PicturesByStates) {
     }
 }
 
+flow_model::Image random_image(scenes::Dice& dice, int w, int h) {
+    flow_model::Image image(w, h);
+    for (float& v : image.px) v = static_cast<float>(dice.below(5)) / 5;  // few values, so that costs are equal
+    return image;
+}
+
+/// Guessed occlusions and borrowed candidates, which no render asks for, at any number of parts.
+TEST(FlowStates, TweensAreTheModels) {
+    int guessed = 0;
+    for (const int bands : {1, 3}) {
+        const Born born(bands);
+        of::forgetProcessorCount();
+        for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+            scenes::Dice dice(seed);
+            flow_model::Tween tween;
+            const int w = tween.w = 3 + dice.below(20), h = tween.h = 3 + dice.below(14);
+            tween.t = static_cast<float>(dice.unit());
+            tween.iterations = 1 + dice.below(3);
+            tween.occlusion_rounds = 1 + dice.below(3);
+            tween.weights = {static_cast<float>(dice.unit()), static_cast<float>(dice.between(0, 50))};
+            tween.flags = dice.once_in(4) ? 0 : dice.once_in(2) ? 0x10 : 0x800;
+            tween.frame0 = random_image(dice, w, h), tween.frame1 = random_image(dice, w, h);
+            tween.forward = random_field(dice, w, h), tween.backward = random_field(dice, w, h);
+
+            of::FloatTexture frames[2];
+            of::FieldTexture fields[2];
+            read_texture(tween.frame0, frames[0]), read_texture(tween.frame1, frames[1]);
+            read_texture(tween.forward, fields[0]), read_texture(tween.backward, fields[1]);
+            of::InterruptState state;
+            of::FnMotionEstimateGradientTweener engine(state);
+            of::FnMotionEstimateGradientTweeningParameters& p = engine;
+            p.position = tween.t;
+            p.iterations = tween.iterations;
+            p.occlusion_smoothing_rounds = tween.occlusion_rounds;
+            p.data_weight = tween.weights.data, p.smoothness_weight = tween.weights.smoothness;
+            p.flags = tween.flags;
+            p.forward = &fields[0], p.backward = &fields[1];
+            engine.process(frames[0], frames[1], &frames[0]);
+
+            flow_model::run_tween(tween, bands);
+            ASSERT_EQ(state.current_code(), 0);
+            ASSERT_EQ(model_of<flow_model::States>(*p.occlusion_map).px, tween.map.px) << "seed " << seed;
+            ASSERT_TRUE(same_bits(model_of<flow_model::Field>(*p.to_second), tween.to1)) << "seed " << seed;
+            ASSERT_TRUE(same_bits(model_of<flow_model::Field>(*p.to_first), tween.to0)) << "seed " << seed;
+            for (const int s : tween.map.px) guessed += s != 0;
+        }
+    }
+    EXPECT_GT(guessed, 1000);
+    of::forgetProcessorCount();
+}
+
 }  // namespace
 }  // namespace qx::test

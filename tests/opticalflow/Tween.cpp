@@ -113,7 +113,7 @@ void choose(Tween& tween, const Before& before, Rows part, int x, int y, Random&
         choose_alone(a, mean1, tween.weights.smoothness, tween.to1.at(x, y));
     } else if (state == 2) {
         choose_alone(b, mean0, tween.weights.smoothness, tween.to0.at(x, y));
-    } else {
+    } else if (state == 0) {  // what stayed unknown chooses nothing
         choose_pair(tween, x, y, a, b, mean1, mean0);
     }
 }

@@ -8,16 +8,13 @@
 namespace qx::scene {
 namespace {
 
-/// What QX_AdvancedFrameBlending makes of a percentage.
-float fraction_of(float percentage) { return percentage * 0.01f; }
-double fraction_of(double percentage) {
-    constexpr double kHundredth = 0.009999999776482582;  // 0.01 as a float
-    return percentage * kHundredth;
-}
+/// What QX_AdvancedFrameBlending multiplies percentages with.
+constexpr float kHundredth = 0.01f;
 
 template <class Real> Real percentage_of(Real fraction, Real greatest) {
     constexpr Real up = std::numeric_limits<Real>::infinity();
-    Real percentage = fraction * 100;
+    const auto fraction_of = [](Real percentage) { return percentage * static_cast<Real>(kHundredth); };
+    Real percentage = fraction / static_cast<Real>(kHundredth);
     while (fraction_of(percentage) < fraction) percentage = std::nextafter(percentage, up);
     while (percentage > 0 && fraction_of(std::nextafter(percentage, -up)) >= fraction)
         percentage = std::nextafter(percentage, -up);

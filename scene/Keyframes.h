@@ -27,6 +27,8 @@ public:
     explicit Track(std::vector<Key> keys) : keys_(std::move(keys)) {}  ///< at least one, frames rising
 
     bool moves() const { return keys_.size() > 1; }
+    double first() const { return keys_.front().frame; }
+    double last() const { return keys_.back().frame; }
     Value at(double frame) const {
         const auto next =
             std::upper_bound(keys_.begin(), keys_.end(), frame, [](double f, const Key& key) { return f < key.frame; });

@@ -64,7 +64,7 @@ Result measure(const fs::path& folder, const Form& form) {
     const scene::SharedPicture first = read(folder / "frame10.png"), second = read(folder / "frame11.png");
     const scene::SharedPicture truth = read(folder / "frame10i11.png");
     const auto began = std::chrono::steady_clock::now();
-    scene::Between between(folder.string(), first, second, form.options);
+    scene::FramePair between(folder.string(), first, second, form.options);
     const scene::SharedPicture picture = between.at(0.5, pictures::unwatched());
     Result result;
     result.milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - began).count();

@@ -52,11 +52,22 @@ double flow_position(double position) {
     return static_cast<double>(steps * 0.005f);
 }
 
+SharedPicture brought_to_depth(const std::string& subject, const SharedPicture& picture, int depth) {
+    const int own = picture->world->Depth();
+    if (depth == 0 || own == depth) return picture;
+    auto copy = std::make_shared<pictures::Picture>();
+    copy->about() = picture->about();
+    copy->carried = picture->carried;
+    copy->world = pictures::at_depth(subject, *picture->world, own);
+    pictures::bring_to_depth(subject, *copy, depth);
+    return copy;
+}
+
 bool equal_pictures(const pictures::Picture& a, const pictures::Picture& b) {
     return equal_worlds(a.world.get(), b.world.get()) && equal_worlds(a.carried.get(), b.carried.get());
 }
 
-Between::Between(std::string subject, SharedPicture first, SharedPicture second, const BetweenOptions& options)
+FramePair::FramePair(std::string subject, SharedPicture first, SharedPicture second, const BetweenOptions& options)
     : subject_(std::move(subject)),
       first_(std::move(first)),
       second_(std::move(second)),
@@ -66,35 +77,24 @@ Between::Between(std::string subject, SharedPicture first, SharedPicture second,
       percentages_(in_percent(fitted(options.flow, first_->world->width, first_->world->height))),
       are_equal_(equal_pictures(*first_, *second_)) {}
 
-Between::Kind Between::kind(double position) const {
+FramePair::Kind FramePair::kind(double position) const {
     if (are_equal_) return Kind::first;
     if (options_.method == BetweenMethod::nearest) return position > 0.5 ? Kind::second : Kind::first;
     const double taken = options_.method == BetweenMethod::flow ? flow_position(position) : position;
     return taken <= 0 ? Kind::first : taken >= 1 ? Kind::second : Kind::made;
 }
 
-SharedPicture Between::frame(bool second) const {
-    const SharedPicture& frame = second ? second_ : first_;
-    if (frame->world->Depth() == depth_) return frame;
-    auto copy = std::make_shared<pictures::Picture>();
-    copy->about() = frame->about();
-    copy->carried = frame->carried;
-    copy->world = pictures::at_depth(subject_, *frame->world, frame->world->Depth());
-    pictures::bring_to_depth(subject_, *copy, depth_);
-    return copy;
-}
-
-Between::World Between::like(const QX_World& frame) const {
+FramePair::World FramePair::like(const QX_World& frame) const {
     return pictures::new_world(subject_, frame.width, frame.height, work_depth_, false);
 }
 
-Between::World Between::opaque_copy(const QX_World& frame) const {
+FramePair::World FramePair::opaque_copy(const QX_World& frame) const {
     World copy = pictures::at_depth(subject_, frame, work_depth_);
     copy->FillAlpha();
     return copy;
 }
 
-Between::Ready Between::ready(const pictures::Picture& frame) const {
+FramePair::Ready FramePair::ready(const pictures::Picture& frame) const {
     pictures::Picture copy;
     copy.carried = frame.carried;
     copy.world = pictures::at_depth(subject_, *frame.world, frame.world->Depth());
@@ -107,7 +107,7 @@ Between::Ready Between::ready(const pictures::Picture& frame) const {
     return ready;
 }
 
-void Between::get_ready() {
+void FramePair::get_ready() {
     const std::lock_guard lock(mutex_);
     if (is_ready_) return;
     first_ready_ = ready(*first_);
@@ -115,7 +115,7 @@ void Between::get_ready() {
     is_ready_ = true;
 }
 
-void Between::render(QX_SolvanMode mode, double position, QX_World& first, QX_World& second, QX_World& output,
+void FramePair::render(QX_SolvanMode mode, double position, QX_World& first, QX_World& second, QX_World& output,
                      pictures::Watch& watch) const {
     QX_Solvan_AlgoParams algo = percentages_;
     algo.interpolationMode = mode;
@@ -132,7 +132,7 @@ void Between::render(QX_SolvanMode mode, double position, QX_World& first, QX_Wo
 
 /// What no vector reached takes the mix of the frames. Their alpha tells of it where they are opaque; others are asked
 /// a second time as if they were. Their vectors, which never see alpha, are the same.
-Between::World Between::tweened(double position, pictures::Watch& watch) {
+FramePair::World FramePair::tweened(double position, pictures::Watch& watch) {
     QX_World &first = *first_ready_.world, &second = *second_ready_.world;
     World output = like(first);
     {
@@ -156,7 +156,7 @@ Between::World Between::tweened(double position, pictures::Watch& watch) {
     return output;
 }
 
-SharedPicture Between::result(World world) const {
+SharedPicture FramePair::result(World world) const {
     auto result = std::make_shared<pictures::Picture>();
     result->about() = first_->about();
     result->has_alpha = first_->has_alpha || second_->has_alpha;
@@ -165,9 +165,9 @@ SharedPicture Between::result(World world) const {
     return result;
 }
 
-SharedPicture Between::at(double position, pictures::Watch& watch) {
+SharedPicture FramePair::at(double position, pictures::Watch& watch) {
     const Kind what = kind(position);
-    if (what != Kind::made) return frame(what == Kind::second);
+    if (what != Kind::made) return brought_to_depth(subject_, what == Kind::second ? second_ : first_, options_.depth);
     get_ready();
     World world;
     if (options_.method == BetweenMethod::flow) {

@@ -19,18 +19,16 @@ struct BetweenOptions {
 };
 
 /// Pictures between two frames of one size. Any number of threads may ask at once; their vectors are made once.
-class Between {
+class FramePair {
 public:
     /// @param subject  what messages are about
-    Between(std::string subject, SharedPicture first, SharedPicture second, const BetweenOptions& options);
+    FramePair(std::string subject, SharedPicture first, SharedPicture second, const BetweenOptions& options);
 
     /// What is to be shown at a position, from 0 for the first frame to 1 for the second one.
     enum class Kind { first, second, made };
     Kind kind(double position) const;
     /// Copies are the very frames. Throws pictures::Failure, WorkFault or pictures::Stopped.
     SharedPicture at(double position, pictures::Watch& watch);
-    /// The first or the second one at the depth of results.
-    SharedPicture frame(bool second) const;
 
 private:
     using World = std::unique_ptr<QX_World>;
@@ -65,6 +63,9 @@ private:
 
 /// The position as pictures by motion take it: in steps of 0.005.
 double flow_position(double position);
+
+/// The picture at another depth, or itself for its own or 0.
+SharedPicture brought_to_depth(const std::string& subject, const SharedPicture& picture, int depth);
 
 /// True where both have the same pixels at the same depth.
 bool equal_pictures(const pictures::Picture& a, const pictures::Picture& b);

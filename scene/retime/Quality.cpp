@@ -51,7 +51,8 @@ QX_Solvan_AlgoParams fitted(QX_Solvan_AlgoParams params, int width, int height) 
     const int side = std::min(width, height);
     if (side_of_field(side, params.vectorDetail) > 0) return params;
     params.vectorDetail = 1 / static_cast<float>(side);
-    while (side_of_field(side, params.vectorDetail) == 0) params.vectorDetail = std::nextafter(params.vectorDetail, 1.0f);
+    while (side_of_field(side, params.vectorDetail) == 0)
+        params.vectorDetail = std::nextafter(params.vectorDetail, 1.0f);
     return params;
 }
 

@@ -100,6 +100,8 @@ int run_command(int argc, const char* const* argv) {
         add_adjust(app);
         add_blend(app);
         add_render(app);
+        add_retime(app);
+        add_flow(app);
         add_cache(app);
         add_modes(app);
         add_info(app);

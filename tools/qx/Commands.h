@@ -18,6 +18,8 @@ void add_adjust(CLI::App& app);
 void add_blend(CLI::App& app);
 void add_profile(CLI::App& app);
 void add_render(CLI::App& app);
+void add_retime(CLI::App& app);
+void add_flow(CLI::App& app);
 void add_cache(CLI::App& app);
 void add_modes(CLI::App& app);
 void add_info(CLI::App& app);

@@ -21,6 +21,7 @@
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/FrameFiles.h"
 
 namespace qx::tool {
 namespace {
@@ -50,20 +51,13 @@ scene::FrameRange frames_of(const RenderOptions& options, const scene::Scene& sc
     throw WrongUsage("--frames A-B is needed, the scene tells no frames");
 }
 
-/// True when the file of a frame can be read to its end and has the frame's size: what a frame's writer was stopped
-/// in, or some other program left, is made anew.
-bool is_whole(const std::string& path, scene::SceneRender& render, int frame, pictures::Watch& watch) {
+/// True when the file of a frame is there and as it should be.
+bool is_made(const std::string& path, scene::SceneRender& render, int frame, pictures::Watch& watch) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) return false;
-    std::unique_ptr<QX_World> found;
-    try {
-        found = pictures::read_picture(path, watch).world;
-    } catch (const pictures::Failure&) {
-        return false;
-    }
-    int width = 0, height = 0;
-    render.size(frame, watch, &width, &height);
-    return found->width == width && found->height == height;
+    FrameSize size{};
+    render.size(frame, watch, &size.width, &size.height);
+    return is_whole(path, size, watch);
 }
 
 /// The frames of a job.
@@ -116,7 +110,7 @@ void make_pictures(const Job& job, const scene::FramePattern& names) {
         std::shared_ptr<pictures::OutputFile> file;
         std::vector<Note> notes;
         watch.must_go_on();
-        if (!job.options.resume || !is_whole(name, job.render, number, watch)) {
+        if (!job.options.resume || !is_made(name, job.render, number, watch)) {
             pictures::Picture frame = job.render.frame(number, watch);
             notes = losses(job, number, name, frame);
             const bool dithers = job.scene.dither && pictures::file_depth(name, job.scene.depth) == 8;
@@ -155,18 +149,6 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
     make_pictures({options, scene, frames, render, watch}, names);
 }
 
-/// What is transparent becomes black.
-std::unique_ptr<QX_World> opaque(const std::string& path, const QX_World& frame, pictures::Watch& watch) {
-    auto eight = pictures::at_depth(path, frame, 8);
-    if (!pictures::any_transparency(*eight)) return eight;
-    auto black = pictures::new_world(path, frame.width, frame.height, 8);
-    black->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
-    scene::Transfer transfer;
-    transfer.layer = eight.get();
-    scene::must(scene::composite(transfer, *black, watch), path);
-    return black;
-}
-
 void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
     if (options.resume) throw WrongUsage("--resume is for pictures, a movie is made as a whole");
     const Library library;
@@ -189,7 +171,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
         auto lost = pictures::lost_at_depth(frame, 8);
         for (const auto& note : pictures::lost_beside(frame)) lost.push_back(note);
         if (scene.dither) pictures::dither_to_8(options.output, frame);
-        const std::shared_ptr<const QX_World> shown = opaque(options.output, *frame.world, frame_watch);
+        const std::shared_ptr<const QX_World> shown = over_black(options.output, *frame.world, frame_watch);
         std::vector<Note> notes;
         notes.reserve(lost.size());
         for (const auto& note : lost) notes.push_back({note, pictures::about(scene.file, note)});

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+// qx retime: pictures between pictures, and what is refused.
+#include <nlohmann/json.hpp>
+
+#include "tests/scene/Painted.h"
+#include "tests/tools/RunQx.h"
+
+namespace {
+
+using namespace qx::test;
+
+class Retime : public QxTest {
+protected:
+    void SetUp() override {
+        std::filesystem::create_directory(folder / "in");
+        paint(1, 4);
+    }
+    /// A pan by four pixels a frame.
+    void paint(int first, int last) const {
+        for (int i = first; i <= last; ++i) {
+            write("in/f." + std::to_string(i) + ".png", 64, 48, [=](int x, int y) {
+                const int v = static_cast<int>(40 + 180 * painted(1, x + 4 * i, y));
+                return argb(255, v, v / 2, 255 - v);
+            });
+        }
+    }
+    Outcome retime(const std::string& arguments) const {
+        return qx("retime 'in/f.#.png' --in 1-4 --no-cache " + arguments);
+    }
+    nlohmann::json told(const std::string& arguments) const {
+        const auto outcome = retime(arguments + " --json");
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        return nlohmann::json::parse(outcome.output);
+    }
+    std::string source(int i) const { return "in/f." + std::to_string(i) + ".png"; }
+};
+
+TEST_F(Retime, SlowsDownAndCopiesTheFramesWhoseTimesAreMet) {
+    const auto all = told("--speed 0.5 -o o.#.png");
+    EXPECT_EQ(all["frames"], 8);
+    EXPECT_EQ(all["copied"], 5);  // the last one is shown twice
+    EXPECT_EQ(all["made"], 3);
+    EXPECT_EQ(all["pairs"]["computed"], 3);
+    EXPECT_EQ(all["pairs"]["found"], 0);
+    EXPECT_EQ(all["cuts"], nlohmann::json::array());
+    for (int i = 1; i <= 4; ++i) EXPECT_TRUE(same("o." + std::to_string(2 * i - 1) + ".png", source(i))) << i;
+    EXPECT_TRUE(same("o.8.png", source(4)));
+    EXPECT_FALSE(same("o.2.png", source(1)) || same("o.2.png", source(2)));
+}
+
+TEST_F(Retime, AFramesPictureDoesNotDependOnOthersThreadsOrTheCache) {
+    told("--speed 0.3 -o o.##.png -j 1");
+    told("--speed 0.3 -o p.##.png --frames 2-14x3 -j 4");
+    told("--speed 0.3 -o q.##.png --pairs 3 --memory 1M -j 3");
+    for (const int number : {2, 5, 8, 11, 14}) {
+        const std::string name = (number < 10 ? ".0" : ".") + std::to_string(number) + ".png";
+        EXPECT_EQ(contents(folder / ("o" + name)), contents(folder / ("p" + name))) << number;
+        EXPECT_EQ(contents(folder / ("o" + name)), contents(folder / ("q" + name))) << number;
+    }
+    EXPECT_EQ(std::ranges::count_if(folder.names(), [](const auto& n) { return n.starts_with("p."); }), 5);
+    const std::string cached = "retime 'in/f.#.png' --in 1-4 --speed 0.3 --cache-dir cache --json -o ";
+    EXPECT_EQ(nlohmann::json::parse(qx(cached + "r.##.png").output)["pairs"]["computed"], 3);
+    const auto again = nlohmann::json::parse(qx(cached + "s.##.png").output)["pairs"];
+    EXPECT_EQ(again["computed"], 0);
+    EXPECT_EQ(again["found"], 3);
+    for (const std::string name : {"r.05.png", "s.05.png"})
+        EXPECT_EQ(contents(folder / name), contents(folder / "o.05.png"));
+}
+
+TEST_F(Retime, KeysNameResults) {
+    put_contents(folder / "map.json", R"({"keys": [{"frame": 10, "value": 4}, {"frame": 13, "value": 1}]})");
+    const auto all = told("--map map.json -o o.#.png");
+    EXPECT_EQ(all["copied"], 4);
+    for (int i = 0; i < 4; ++i) EXPECT_TRUE(same("o." + std::to_string(10 + i) + ".png", source(4 - i)));
+    EXPECT_FALSE(std::filesystem::exists(folder / "o.9.png") || std::filesystem::exists(folder / "o.14.png"));
+}
+
+TEST_F(Retime, ResumesAndNumbers) {
+    told("--speed 0.5 --start 101 -o o.###.png");
+    const std::string before = contents(folder / "o.102.png");
+    std::filesystem::remove(folder / "o.104.png");
+    put_contents(folder / "o.105.png", before.substr(0, before.size() / 2));
+    const auto all = told("--speed 0.5 --start 101 -o o.###.png --resume");
+    EXPECT_EQ(all["skipped"], 6);
+    EXPECT_EQ(all["made"], 1);
+    EXPECT_TRUE(same("o.105.png", source(3)));
+    EXPECT_EQ(contents(folder / "o.102.png"), before);
+}
+
+TEST_F(Retime, HoldsOrMixesOnACut) {
+    for (int i = 3; i <= 4; ++i) {
+        write(source(i), 64, 48, [=](int x, int y) {
+            const int v = static_cast<int>(30 + 200 * painted(9, x + 4 * i, y));
+            return argb(255, 255 - v, v, v);
+        });
+    }
+    auto outcome = retime("--speed 0.25 -o o.##.png --json");
+    EXPECT_EQ(nlohmann::json::parse(outcome.output)["cuts"], nlohmann::json::array({3}));
+    EXPECT_HOLDS(outcome.errors, "shots begin at 3");
+    EXPECT_TRUE(same("o.06.png", source(2)));
+    EXPECT_TRUE(same("o.07.png", source(2)));
+    EXPECT_TRUE(same("o.08.png", source(3)));
+    EXPECT_FALSE(same("o.02.png", source(1)));
+    told("--speed 0.25 --method blend --cuts none -o b.##.png");
+    told("--speed 0.25 --cuts 3 --on-cut blend -o c.##.png");
+    EXPECT_TRUE(same("c.07.png", "b.07.png"));
+    EXPECT_FALSE(same("c.03.png", "b.03.png"));
+    told("--speed 0.25 --cuts 2,3,4 -o d.##.png");
+    for (const int i : {2, 6, 10})
+        EXPECT_TRUE(same("d." + std::string(i < 10 ? "0" : "") + std::to_string(i) + ".png", source(i / 4 + 1)));
+}
+
+TEST_F(Retime, TakesGapsAsLongerIntervals) {
+    std::filesystem::remove(folder / "in/f.2.png");
+    EXPECT_HOLDS(retime("--speed 1 -o o.#.png").errors, "frame 2 is missing");
+    const auto all = told("--speed 1 --gaps --method blend -o o.#.png");
+    EXPECT_EQ(all["frames"], 4);
+    EXPECT_EQ(all["made"], 1);
+    const List a = channels(read(source(1)), 9, 9), b = channels(read(source(3)), 9, 9);
+    EXPECT_NEAR(channels(read("o.2.png"), 9, 9)[1], (a[1] + b[1]) / 2, 1);
+}
+
+TEST_F(Retime, OneFrameIsShownThroughout) {
+    const auto outcome = qx("retime 'in/f.#.png' --in 2-2 --speed 0.5 -o o.#.png");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_HOLDS(outcome.errors, "has one frame");
+    EXPECT_TRUE(same("o.1.png", source(2)) && same("o.2.png", source(2)));
+}
+
+TEST_F(Retime, WrongUseIsOneLine) {
+    for (const char* speed : {"0", "-1", "nan", "inf", "1e9", "2000", "x"}) {
+        const std::string input = "retime 'in/f.#.png' --in 1-4 -o o.#.png ";
+        expect_fault(input + "--speed=" + speed, 2, "--speed " + std::string(speed));
+        expect_fault(input + "--fps=" + speed, 2, "--fps " + std::string(speed));
+    }
+    put_contents(folder / "falls.json", R"({"keys": [{"frame": 2, "value": 1}, {"frame": 1, "value": 1}]})");
+    put_contents(folder / "none.json", R"({"keys": []})");
+    put_contents(folder / "odd.json", R"({"keys": [{"frame": 2, "value": 1}], "speed": 1})");
+    put_contents(folder / "good.json", R"({"keys": [{"frame": 2, "value": 1}]})");
+    write("in/g.1.png", 64, 48, [](int, int) { return argb(255, 1, 2, 3); });
+    write("in/g.2.png", 60, 48, [](int, int) { return argb(255, 1, 2, 3); });
+    expect_faults(2, "retime 'in/f.#.png' ", "",
+                  {"--in 1-4 -o o.#.png => one of --speed, --fps and --map is needed",
+                   "--speed 1 -o o.#.png => --in A-B is needed", "--in 1-4x2 --speed 1 -o o.#.png => there is no step",
+                   "--in 1-4 --map good.json --speed 1 -o o.#.png => --map tells the speed",
+                   "--in 1-4 --map good.json --start 7 -o o.#.png => --map numbers the results",
+                   "--in 1-4 --speed 0.5 -o o.png => more than one frame needs a place",
+                   "--in 1-4 --speed 0.5 -o o.xyz => its ending is none of",
+                   "--in 1-4 --speed 0.5 -o 'in/f.#.png' => is the input",
+                   "--in 1-4 --speed 1 --frames 4-9 -o o.#.png => the results are 1 to 4",
+                   "--in 1-4 --speed 1 --cuts 7 -o o.#.png => has no such frame",
+                   "--in 1-4 --speed 1 --quality fine -o o.#.png => --quality fine",
+                   "--in 1-4 --speed 1 --detail 0.01 -o o.#.png => --detail 0.01",
+                   "--in 1-4 --speed 1 --block 3 -o o.#.png => --block 3",
+                   "--in 1-4 --speed 1 --lossless -o o.#.png => --lossless is for movies",
+                   "--in 1-4 --speed 1 --start 9999999 -o o.#.png => more than numbers have room for",
+                   "--in 1-4 --speed 1 --resume -o o.mp4 => --resume is for pictures"});
+    expect_faults(1, "retime ", " -o o.#.png",
+                  {"'in/f.#.png' --in 1-4 --map falls.json => does not come after the key before",
+                   "'in/f.#.png' --in 1-4 --map none.json => /keys", "'in/f.#.png' --in 1-4 --map odd.json => speed",
+                   "'in/f.#.png' --in 1-9 --speed 1 => is missing",
+                   "'in/g.#.png' --in 1-2 --speed 0.5 => 60 x 48 pixels, the clip's first frame has 64 x 48",
+                   "none.mp4 --speed 0.5 => none.mp4"});
+    expect_fault("retime in/f.1.png --speed 0.5 -o o.#.png", 2, "is one picture");
+    expect_fault("retime in/f.1.png --speed 0.5 --gaps -o o.#.png", 2, "--gaps");
+}
+
+}  // namespace

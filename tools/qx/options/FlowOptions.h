@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+#include "scene/retime/Quality.h"
+
+namespace CLI {
+class App;
+}
+
+namespace qx::tool {
+
+/// How motion is followed. Texts, of which empty ones leave the quality what it is.
+struct FlowOptions {
+    std::string quality, detail, smoothness, refine_smoothness, iterations, convergence, block, filter;
+
+    scene::FlowChoices choices() const;  ///< throws WrongUsage
+};
+void add_flow_options(CLI::App& command, FlowOptions& options);
+
+}  // namespace qx::tool

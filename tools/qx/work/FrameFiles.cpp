@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/work/FrameFiles.h"
+
+#include <filesystem>
+
+#include "scene/Composite.h"
+#include "scene/Faults.h"
+
+namespace qx::tool {
+
+bool is_whole(const std::string& path, const FrameSize& size, pictures::Watch& watch) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) return false;
+    try {
+        const auto found = pictures::read_picture(path, watch).world;
+        return found->width == size.width && found->height == size.height;
+    } catch (const pictures::Failure&) {
+        return false;
+    }
+}
+
+std::unique_ptr<QX_World> over_black(const std::string& path, const QX_World& frame, pictures::Watch& watch) {
+    auto eight = pictures::at_depth(path, frame, 8);
+    if (!pictures::any_transparency(*eight)) return eight;
+    auto black = pictures::new_world(path, frame.width, frame.height, 8);
+    black->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
+    scene::Transfer transfer;
+    transfer.layer = eight.get();
+    scene::must(scene::composite(transfer, *black, watch), path);
+    return black;
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "pictures/Picture.h"
+
+// What commands share that write many frames.
+namespace qx::tool {
+
+/// True when a file is there, can be read to its end and has this size: what a frame's writer was stopped in, or some
+/// other program left, is made anew.
+struct FrameSize {
+    int width, height;
+};
+bool is_whole(const std::string& path, const FrameSize& size, pictures::Watch& watch);
+
+/// The frame at 8 bits over black, as movies without alpha show it.
+std::unique_ptr<QX_World> over_black(const std::string& path, const QX_World& frame, pictures::Watch& watch);
+
+}  // namespace qx::tool

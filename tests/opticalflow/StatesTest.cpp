@@ -72,7 +72,7 @@ TEST(FlowStates, TweensAreTheModels) {
             tween.iterations = 1 + dice.below(3);
             tween.occlusion_rounds = 1 + dice.below(3);
             tween.weights = {static_cast<float>(dice.unit()), static_cast<float>(dice.between(0, 50))};
-            tween.flags = dice.once_in(4) ? 0 : dice.once_in(2) ? 0x10 : 0x800;
+            tween.flags = (dice.once_in(4) ? 0u : 0x10u) | (dice.once_in(2) ? 0x800u : 0u);
             tween.frame0 = random_image(dice, w, h), tween.frame1 = random_image(dice, w, h);
             tween.forward = random_field(dice, w, h), tween.backward = random_field(dice, w, h);
 

@@ -28,7 +28,7 @@ TEST_F(MemoryDeathTest, FailedAllocationsEndInOneLine) {
         failed += last == kWorkFailed;
         return last == kDone || last == kWorkFailed;
     };
-    for (std::int64_t nth = 1; nth < 6000; nth += 1 + nth / 40) {
+    for (std::int64_t nth = 1; nth < 20000; nth += 1 + nth / 40) {
         EXPECT_EXIT(failing_run(nth), done_or_failed, "^(qx: [^\n]+\n)?$") << nth;
         for (const auto& name : folder.names()) EXPECT_TRUE(name == "a.png" || name == "o.tif") << nth << name;
     }

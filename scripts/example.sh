@@ -17,6 +17,19 @@ echo "The composite lies in $out/composite.png, a sheet of all modes in $out/mod
 "$qx" render "$scene" -o "$out/moving-layer.mp4"
 echo "Frames of a moving layer lie in $out/moving-layer, its movie is $out/moving-layer.mp4."
 
+retime=$out/retime
+mkdir -p "$retime"
+QX_CACHE_DIR=$retime/cache
+export QX_CACHE_DIR
+"$qx" render "$(dirname "$0")/../examples/retime/scene.json" -o "$retime/every-fourth.##.png" --frames 1-33x4
+between() { "$qx" retime "$retime/every-fourth.##.png" --in 1-33 --gaps --in-fps 24 --fps 24 "$@"; }
+between -o "$retime/flow.mp4"
+between --frames 19 -o "$retime/flow.##.png"
+between --frames 19 --method blend -o "$retime/blend.##.png"
+"$qx" render "$(dirname "$0")/../examples/retime/scene.json" -o "$retime/own.##.png" --frames 19
+echo "Every fourth frame of a scene lies in $retime, made whole again in flow.mp4; its frame 19 as it is rendered, as it is
+made between two others, and as their mix: own.19.png, flow.19.png, blend.19.png."
+
 effects=$(dirname "$0")/../examples/effects
 "$qx" render "$effects/scene.json" -o "$out/shadow-and-glow.mp4"
 "$qx" blur "$photograph" --kind disc --radius 14 --map "$effects/depth.png" --gain 1.5 --threshold 0.7 --linear 2.2 \

@@ -28,8 +28,14 @@ QX_INLINE Places places_of(Floats position) {
 QX_INLINE Ints limited(Ints index, std::int32_t size) { return lesser(greater(index, Ints{}), splat<Ints>(size - 1)); }
 QX_INLINE Floats mix(Floats a, Floats b, Floats f) { return a + (b - a) * f; }
 
-/// Without a sign, zeros too.
-QX_INLINE Floats size_of(Floats x) { return x < Floats{} ? -x : x + 0.0f; }
+/// Without a sign.
+template <class F> QX_INLINE F size_of(F x) {
+    if constexpr (is_wide<F>) {
+        return (F)((Vector<std::int32_t, sizeof(F)>)x & 0x7FFFFFFF);
+    } else {
+        return __builtin_fabsf(x);
+    }
+}
 
 /// Calls body(at, count) for each bundle of a row; the last one may have fewer than a register's.
 template <class Body> QX_INLINE void for_lanes(std::int32_t count, const Body& body) {

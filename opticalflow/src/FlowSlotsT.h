@@ -124,8 +124,7 @@ QX_INLINE HvVec2 mean_around(const ThreeRows& rows, std::int32_t x, std::int32_t
     return means_around(rows, rows, x, width).a;
 }
 QX_INLINE float apart(const HvVec2& a, const HvVec2& b) {
-    const auto size = [](float v) { return v < 0.0f ? -v : v + 0.0f; };
-    return size(a.x - b.x) + size(a.y - b.y);
+    return size_of(a.x - b.x) + size_of(a.y - b.y);
 }
 
 /// What a difference of luminance costs.

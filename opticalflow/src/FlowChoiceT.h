@@ -72,6 +72,7 @@ inline void assign(AssignRow& row) {
         Slots slots;
         for (std::int32_t i = 0; i < kSlots; ++i) slots.load(i, row.rows[kLines[i]], at + dx[i]);
         const Ints bits = slots.kept();
+        const SlotVectors vectors(slots);
         SlotCosts costs;
         costs.measure(row.image, slots, bits, load_some<Floats>(row.here + at, count), row.data_weight, at, row.y);
         const LaneBits of(bits);
@@ -81,8 +82,7 @@ inline void assign(AssignRow& row) {
             for_slots(of[lane], [&](std::int32_t i) QX_LAMBDA { pixel.add(i, costs.costs[i][lane]); });
             const std::int32_t i = pixel.count == 1 ? pixel.slots[0] : pixel.lowest(row.settle, row.random);
             skip_shuffle(row.random, pixel.count);
-            const CandidateRow& from = row.rows[kLines[i]];
-            row.out[at + lane] = {from.x[at + lane + dx[i]], from.y[at + lane + dx[i]]};
+            row.out[at + lane] = vectors.at(i, lane);
         }
     });
 }
@@ -112,6 +112,7 @@ inline void refine(RefineRow& row) {
             for (std::int32_t lane = 0; lane < count; ++lane) skip_shuffle(row.random, of[lane]);
             return;
         }
+        const SlotVectors vectors(slots);
         SlotCosts costs;
         costs.measure(row.image, slots, bits, load_some<Floats>(row.here + at, count), row.data_weight, at, row.y);
         for (std::int32_t lane = 0; lane < count; ++lane) {
@@ -122,17 +123,12 @@ inline void refine(RefineRow& row) {
             }
             const HvVec2 mean = mean_around({row.above, row.row, row.below}, x, row.width);
             PixelCosts pixel;
-            const auto vector = [&](std::int32_t i) QX_LAMBDA {
-                const CandidateRow& from = row.rows[kAroundLines[i]];
-                const std::int32_t column = x + kAroundColumns[i];
-                return i == 0 ? row.row[x] : HvVec2{from.x[column], from.y[column]};
-            };
             for_slots(of[lane], [&](std::int32_t i) QX_LAMBDA {
-                pixel.add(i, costs.costs[i][lane] + apart(mean, vector(i)) * row.smoothness * 8.0f);
+                pixel.add(i, costs.costs[i][lane] + apart(mean, vectors.at(i, lane)) * row.smoothness * 8.0f);
             });
             const std::int32_t i = pixel.count == 1 ? pixel.slots[0] : pixel.lowest(row.settle, row.random);
             skip_shuffle(row.random, pixel.count);
-            row.row[x] = vector(i);
+            row.row[x] = vectors.at(i, lane);
         }
     });
 }

@@ -44,6 +44,19 @@ struct Slots {
     }
 };
 
+/// The vectors of slots in memory, for work on one pixel after another.
+struct SlotVectors {
+    float x[kSlots][lanes_in<Floats>], y[kSlots][lanes_in<Floats>];
+
+    QX_INLINE explicit SlotVectors(const Slots& slots) {
+        for (std::int32_t i = 0; i < kSlots; ++i) {
+            store_lanes(x[i], slots.x[i]);
+            store_lanes(y[i], slots.y[i]);
+        }
+    }
+    QX_INLINE HvVec2 at(std::int32_t slot, std::int32_t lane) const { return {x[slot][lane], y[slot][lane]}; }
+};
+
 /// Vectors of pixels side by side, their components apart.
 template <class F> QX_INLINE void load_vectors(const HvVec2* from, F& x, F& y) {
     if constexpr (!is_wide<F>) {
@@ -123,9 +136,7 @@ QX_INLINE MeanPair means_around(const ThreeRows& a, const ThreeRows& b, std::int
 QX_INLINE HvVec2 mean_around(const ThreeRows& rows, std::int32_t x, std::int32_t width) {
     return means_around(rows, rows, x, width).a;
 }
-QX_INLINE float apart(const HvVec2& a, const HvVec2& b) {
-    return size_of(a.x - b.x) + size_of(a.y - b.y);
-}
+QX_INLINE float apart(const HvVec2& a, const HvVec2& b) { return size_of(a.x - b.x) + size_of(a.y - b.y); }
 
 /// What a difference of luminance costs.
 QX_INLINE Floats data_costs(Floats difference, float weight) {

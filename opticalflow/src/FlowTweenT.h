@@ -50,22 +50,8 @@ public:
         }
     }
 
-    /// The vectors of one pixel and what the frame shows for each.
-    struct List {
-        HvVec2 vectors[kSlots];
-        float shown[kSlots];
-        std::int32_t count = 0;
-    };
-    QX_INLINE void gather(std::int32_t lane, std::int32_t of, List& list) const {
-        const std::int32_t x = at_ + lane;
-        for (; of != 0; of &= of - 1) {
-            const std::int32_t i = __builtin_ctz(static_cast<unsigned>(of));
-            const CandidateRow& from = side_.rows[kTweenLines[i]];
-            const std::int32_t column = x + kTweenColumns[i];
-            list.vectors[list.count] = i + 1 == kSlots ? side_.row[x] : HvVec2{from.x[column], from.y[column]};
-            list.shown[list.count++] = shown_[i][lane];
-        }
-    }
+    QX_INLINE SlotVectors vectors() const { return SlotVectors(slots_); }
+    QX_INLINE float shown(std::int32_t slot, std::int32_t lane) const { return shown_[slot][lane]; }
 
     Ints bits;
 
@@ -86,28 +72,42 @@ private:
     float shown_[kSlots][lanes_in<Floats>];
 };
 
-/// The cheapest pair: the entries of b in lanes, those of a one after another.
-QX_INLINE solvan_of::ChosenPair cheapest(const solvan_of::PairChoice& c) {
-    constexpr std::int32_t kRoom = (kSlots + lanes_in<Floats> - 1) / lanes_in<Floats> * lanes_in<Floats>;
-    const float none = __builtin_nanf("");  // costs no number, and so is never chosen
-    float bx[kRoom], by[kRoom], shown[kRoom], lowest_of[kRoom];
-    std::int32_t a_of[kRoom], tied[kRoom];
-    for (std::int32_t k = 0; k < kRoom; ++k) {
-        const bool has = k < c.count_b;
-        bx[k] = has ? c.b[k].x : none;
-        by[k] = has ? c.b[k].y : none;
-        shown[k] = has ? c.shown_b[k] : none;
+/// The vectors that one pixel has of a side, and what the frame shows for each. Behind them are none, which cost no
+/// number and so are never chosen.
+struct SideList {
+    static constexpr std::int32_t kRoom = (kSlots + lanes_in<Floats> - 1) / lanes_in<Floats> * lanes_in<Floats>;
+    float x[kRoom], y[kRoom], shown[kRoom];
+    std::int32_t count = 0;
+
+    QX_INLINE SideList(const SideLanes& side, const SlotVectors& vectors, std::int32_t lane, std::int32_t bits) {
+        for (std::int32_t at = 0; at < kRoom; at += lanes_in<Floats>)
+            store_lanes(x + at, splat<Floats>(__builtin_nanf(""))), store_lanes(y + at, Floats{}),
+                store_lanes(shown + at, Floats{});
+        for (; bits != 0; bits &= bits - 1) {
+            const std::int32_t i = __builtin_ctz(static_cast<unsigned>(bits));
+            x[count] = vectors.x[i][lane];
+            y[count] = vectors.y[i][lane];
+            shown[count++] = side.shown(i, lane);
+        }
     }
-    for (std::int32_t at = 0; at < c.count_b; at += lanes_in<Floats>) {
+    QX_INLINE HvVec2 at(std::int32_t i) const { return {x[i], y[i]}; }
+};
+
+/// The cheapest pair: the entries of b in lanes, those of a one after another.
+QX_INLINE solvan_of::ChosenPair cheapest(const TweenRow& row, const SideList& a, const SideList& b,
+                                         const MeanPair& means) {
+    float lowest_of[SideList::kRoom];
+    std::int32_t a_of[SideList::kRoom], tied[SideList::kRoom];
+    for (std::int32_t at = 0; at < b.count; at += lanes_in<Floats>) {
         const auto load = [at](const float* from) QX_LAMBDA { return load_lanes<Floats>(from + at); };
-        const Floats x = load(bx), y = load(by), shows = load(shown);
-        const Floats apart_of_b = 8.0f * (size_of(c.mean_b.x - x) + size_of(c.mean_b.y - y));
+        const Floats x = load(b.x), y = load(b.y), shows = load(b.shown);
+        const Floats apart_of_b = 8.0f * (size_of(means.b.x - x) + size_of(means.b.y - y));
         Floats lowest = splat<Floats>(solvan_of::kMostPairCost);
         Ints best_a{}, is_tied{};
-        for (std::int32_t i = 0; i < c.count_a; ++i) {
-            const Floats cost = (size_of(c.a[i].x + x) + size_of(c.a[i].y + y)) * c.symmetry +
-                                size_of(shows - c.shown_a[i]) * c.data +
-                                (apart_of_b + 8.0f * apart(c.mean_a, c.a[i])) * c.smoothness;
+        for (std::int32_t i = 0; i < a.count; ++i) {
+            const Floats cost = (size_of(a.x[i] + x) + size_of(a.y[i] + y)) * row.symmetry +
+                                size_of(shows - a.shown[i]) * row.data +
+                                (apart_of_b + 8.0f * apart(means.a, a.at(i))) * row.smoothness;
             const Mask is_lower = cost < lowest, is_equal = cost == lowest;
             is_tied = is_lower ? Ints{} : is_equal ? splat<Ints>(1) : is_tied;
             best_a = is_lower ? splat<Ints>(i) : best_a;
@@ -119,7 +119,7 @@ QX_INLINE solvan_of::ChosenPair cheapest(const solvan_of::PairChoice& c) {
     }
     solvan_of::ChosenPair best;
     float lowest = solvan_of::kMostPairCost;
-    for (std::int32_t k = 0; k < c.count_b; ++k) {
+    for (std::int32_t k = 0; k < b.count; ++k) {
         const bool is_lower = lowest_of[k] < lowest;
         best.is_tied = is_lower ? tied[k] != 0 : best.is_tied | ((lowest_of[k] == lowest) & (best.b >= 0));
         best.b = is_lower ? k : best.b;
@@ -129,38 +129,43 @@ QX_INLINE solvan_of::ChosenPair cheapest(const solvan_of::PairChoice& c) {
     return best;
 }
 
+/// Among equally cheap pairs, that which shuffles put first.
+inline solvan_of::ChosenPair settled(const TweenRow& row, const SideList& a, const SideList& b, const MeanPair& means) {
+    HvVec2 from_a[kSlots], from_b[kSlots];
+    for (std::int32_t i = 0; i < a.count; ++i) from_a[i] = a.at(i);
+    for (std::int32_t i = 0; i < b.count; ++i) from_b[i] = b.at(i);
+    return row.settle({.a = from_a,
+                       .b = from_b,
+                       .shown_a = a.shown,
+                       .shown_b = b.shown,
+                       .count_a = a.count,
+                       .count_b = b.count,
+                       .mean_a = means.a,
+                       .mean_b = means.b,
+                       .symmetry = row.symmetry,
+                       .data = row.data,
+                       .smoothness = row.smoothness,
+                       .random = row.random,
+                       .borrows_a = false,
+                       .borrows_b = false});
+}
+
 /// One pixel after the other, since each sees what those before it have taken.
-QX_INLINE void choose_lane(TweenRow& row, const SideLanes& a, const SideLanes& b, std::int32_t x, std::int32_t lane,
-                           std::int32_t bits_a, std::int32_t bits_b) {
-    SideLanes::List from_a, from_b;
-    a.gather(lane, bits_a, from_a);
-    b.gather(lane, bits_b, from_b);
-    if (from_a.count == 1 && from_b.count == 1) {
-        row.a.row[x] = from_a.vectors[0];
-        row.b.row[x] = from_b.vectors[0];
+QX_INLINE void choose_one(TweenRow& row, const SideList& a, const SideList& b, std::int32_t x) {
+    HvVec2 &to_a = row.a.row[x], &to_b = row.b.row[x];
+    if (a.count == 1 && b.count == 1) {
+        to_a = a.at(0);
+        to_b = b.at(0);
         return;
     }
     const MeanPair means = means_around(row.a.live(), row.b.live(), x, row.width);
-    const solvan_of::PairChoice choice{.a = from_a.vectors,
-                                       .b = from_b.vectors,
-                                       .shown_a = from_a.shown,
-                                       .shown_b = from_b.shown,
-                                       .count_a = from_a.count,
-                                       .count_b = from_b.count,
-                                       .mean_a = means.a,
-                                       .mean_b = means.b,
-                                       .symmetry = row.symmetry,
-                                       .data = row.data,
-                                       .smoothness = row.smoothness,
-                                       .random = row.random,
-                                       .borrows_a = false,
-                                       .borrows_b = false};
-    solvan_of::ChosenPair best = cheapest(choice);
-    if (best.is_tied) best = row.settle(choice);
-    skip_draws(row.random, from_a.count + from_b.count);
+    solvan_of::ChosenPair best = cheapest(row, a, b, means);
+    if (best.is_tied) [[unlikely]]
+        best = settled(row, a, b, means);
+    skip_draws(row.random, a.count + b.count);
     if (best.a < 0) return;
-    row.a.row[x] = from_a.vectors[best.a];
-    row.b.row[x] = from_b.vectors[best.b];
+    to_a = a.at(best.a);
+    to_b = b.at(best.b);
 }
 
 inline void choose(TweenRow& row) {
@@ -174,9 +179,12 @@ inline void choose(TweenRow& row) {
             a.sample(compares, row.y);
             b.sample(compares, row.y);
         }
+        const SlotVectors from_a = a.vectors(), from_b = b.vectors();
         const LaneBits of_a(idle ? Ints{} : a.bits), of_b(b.bits);
-        for (std::int32_t lane = 0; lane < count; ++lane)
-            if (of_a[lane] != 0) choose_lane(row, a, b, at + lane, lane, of_a[lane], of_b[lane]);
+        for (std::int32_t lane = 0; lane < count; ++lane) {
+            if (of_a[lane] == 0) continue;
+            choose_one(row, SideList(a, from_a, lane, of_a[lane]), SideList(b, from_b, lane, of_b[lane]), at + lane);
+        }
     });
 }
 

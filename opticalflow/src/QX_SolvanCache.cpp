@@ -85,6 +85,7 @@ int QX_SolvanCache_Stuff::Unflatten(KS_Stream& stream) {
     if (const int code = stream.Read(words.data(), sizeof words)) return code;
     auto record = std::make_unique<SolvanVectorRecord>();
     if (!read_header(words, stream.BytesLeft(), *record)) return 3;
+    if (record->width != size_.width || record->height != size_.height) return 3;
     for (FloatTexture* frame : {&record->firstFrame, &record->secondFrame}) {
         if (!frame->allocate_clear(record->width, record->height)) return 4;
         frame->setAddressing(Addressing::clamp, Addressing::clamp);

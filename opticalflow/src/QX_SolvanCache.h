@@ -15,7 +15,8 @@ inline constexpr std::uint32_t kEngineNumber = 1;
 /// A pair's vectors in the host's cache.
 class QX_SolvanCache_Stuff : public KS_Stuff {
 public:
-    QX_SolvanCache_Stuff() = default;
+    /// An item without data, for vectors of this size: no others are read into it.
+    explicit QX_SolvanCache_Stuff(const FieldSize& size) : size_(size) {}
     explicit QX_SolvanCache_Stuff(std::unique_ptr<SolvanVectorRecord> record) : record_(std::move(record)) {}
 
     std::uint32_t GetEngineNumber() const override { return kEngineNumber; }
@@ -32,6 +33,7 @@ public:
 
 private:
     std::unique_ptr<SolvanVectorRecord> record_;
+    FieldSize size_{};
     std::mutex luminance_lock_;
 };
 

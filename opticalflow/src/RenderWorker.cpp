@@ -70,16 +70,19 @@ template <class Pixel> void RenderWorker<Pixel>::mix() {
 
 template <class Pixel> void RenderWorker<Pixel>::tween_pass() {
     KS_ScCheckout checkout;
-    const Item probe(new QX_SolvanCache_Stuff);
+    const FieldSize size = field_size(frames_.first, algo_.vectorDetail);
+    const Item probe(new QX_SolvanCache_Stuff(size));
     probe->SetGuid(vectors_identity(algo_, other_.firstFrameId, other_.secondFrameId));
     checkout.FindAndCheckout(probe.get(), 1);
-    if (checkout.DidCheckout()) {
-        checkout.EnsureInMemory();
-    } else {
+    auto* item = dynamic_cast<QX_SolvanCache_Stuff*>(checkout.GetStuff());
+    // Vectors of another size are somebody else's, who used the ids of this pair.
+    const bool is_found = item != nullptr && checkout.EnsureInMemory() && item->record().width == size.width &&
+                          item->record().height == size.height;
+    if (!is_found) {
         add_vectors(checkout);
+        if (state_.is_stopped()) return;
+        item = dynamic_cast<QX_SolvanCache_Stuff*>(checkout.GetStuff());
     }
-    auto* const item = dynamic_cast<QX_SolvanCache_Stuff*>(checkout.GetStuff());
-    if (state_.is_stopped() || item == nullptr || !item->HasData()) return;
     fill_luminance(*item);
     if (state_.is_stopped()) return;
 

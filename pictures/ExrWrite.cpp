@@ -13,6 +13,7 @@
 
 #include "pictures/Carried.h"
 #include "pictures/Exr.h"
+#include "pictures/ExrChannels.h"
 #include "pictures/ExrTasks.h"
 #include "pictures/Pixels.h"
 
@@ -165,12 +166,11 @@ void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf
         [&] { (type == Imf::HALF ? write_rows<half> : write_rows<float>)(exr, picture, type, with_alpha, watch); });
 }
 
-}  // namespace
-
-void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
+/// What fails is a fault of the file, or want of memory.
+template <class Write> void write_whole(OutputFile& file, const Write& write) {
     try {
         start_library();
-        write_blocks(file, picture, with_alpha, options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT, watch);
+        write();
         check_complete(file);
     } catch (const Failure&) {
         file.check();
@@ -181,6 +181,39 @@ void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const 
         throw Failure(file.path(), std::string("could not be written: ") + fault.what());
     }
     file.check();
+}
+
+}  // namespace
+
+void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
+    const Imf::PixelType type = options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT;
+    write_whole(file, [&] { write_blocks(file, picture, with_alpha, type, watch); });
+}
+
+void write_exr_channels(OutputFile& file, int width, int height, const std::vector<FloatChannel>& channels,
+                        Watch& watch) {
+    write_whole(file, [&] {
+        Imf::Header header(width, height);
+        header.compression() = Imf::ZIP_COMPRESSION;
+        Imf::FrameBuffer buffer;
+        for (const FloatChannel& channel : channels) {
+            header.channels().insert(channel.name, Imf::Channel(Imf::FLOAT));
+            auto* const values = reinterpret_cast<char*>(const_cast<float*>(channel.values));  // which it only reads
+            const std::size_t step = channel.step * sizeof(float);
+            buffer.insert(channel.name, Imf::Slice(Imf::FLOAT, values, step, step * static_cast<std::size_t>(width)));
+        }
+        Stream stream(file);
+        Imf::OutputFile exr(stream, header, exr_threads());
+        exr.setFrameBuffer(buffer);
+        with_idle_threads([&] {
+            for (int y = 0; y < height; ++y) {
+                watch.must_next_row(y, height);
+                errno = 0;
+                exr.writePixels(1);
+                if (work_ran_out_of_memory() || exr.currentScanLine() != y + 1) throw std::bad_alloc();
+            }
+        });
+    });
 }
 
 const Format& exr_format() {

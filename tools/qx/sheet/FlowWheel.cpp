@@ -50,8 +50,8 @@ struct Legend {
 };
 /// Of no radius where there is no room.
 Legend legend_of(int width, int height) {
-    constexpr int least = 12, most = 80, margin = 4;
-    const int radius = std::min(std::min(width, height) / 8, most);
+    constexpr int least = 8, most = 60, margin = 4;
+    const int radius = std::min(std::min(width, height) / 12, most);
     return {radius < least ? 0 : radius, width - radius - margin, height - radius - margin - kGlyphHeight - 2};
 }
 

@@ -27,8 +27,10 @@ between -o "$retime/flow.mp4"
 between --frames 19 -o "$retime/flow.##.png"
 between --frames 19 --method blend -o "$retime/blend.##.png"
 "$qx" render "$(dirname "$0")/../examples/retime/scene.json" -o "$retime/own.##.png" --frames 19
+"$qx" flow "$retime/every-fourth.17.png" "$retime/every-fourth.21.png" -o "$retime/field.flo" \
+      --picture "$retime/field.png"
 echo "Every fourth frame of a scene lies in $retime, made whole again in flow.mp4; its frame 19 as it is rendered, as it is
-made between two others, and as their mix: own.19.png, flow.19.png, blend.19.png."
+made between two others, and as their mix: own.19.png, flow.19.png, blend.19.png; what moves where there, in field.png."
 
 effects=$(dirname "$0")/../examples/effects
 "$qx" render "$effects/scene.json" -o "$out/shadow-and-glow.mp4"

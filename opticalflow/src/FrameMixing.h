@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "opticalflow/src/GeneralSampler.h"
+#include "opticalflow/src/CopySampler.h"
 #include "opticalflow/src/Pixels.h"
 
 namespace solvan_of {
@@ -26,29 +26,37 @@ private:
 };
 
 /// Copies of a frame: as it is, with its colours inverted, or its alpha in all channels.
-template <class Pixel> class AlphaMatter : public GeneralSampler<Pixel, Pixel> {
+template <class Pixel>
+class AlphaMatter : public Sampler<FnTexture<Pixel>, FnTexture<Pixel>>, private SimpleLineCopier<Pixel> {
 public:
     enum class Mode { copy, inverted, alpha };
-    AlphaMatter(InterruptState& state, Mode mode) : GeneralSampler<Pixel, Pixel>(state), mode_(mode) {}
+    AlphaMatter(InterruptState& state, Mode mode) : Sampler<FnTexture<Pixel>, FnTexture<Pixel>>(state), mode_(mode) {}
 
 protected:
-    void pixel(const Pixel& in, Pixel& out, int, std::int32_t, std::int32_t) override {
-        using Channel = typename Pixel::Channel;
-        switch (mode_) {
-            case Mode::copy:
-                out = in;
-                return;
-            case Mode::inverted:
-                out = Pixel::of(
-                    [](Channel c) { return static_cast<Channel>(static_cast<Channel>(kRange<Channel>) - c); }, in);
-                out.alpha = in.alpha;
-                return;
-            case Mode::alpha:
-                out.alpha = out.red = out.green = out.blue = in.alpha;
-        }
+    void processPart(const FnTexture<Pixel>& in, FnTexture<Pixel>& out, int part) override {
+        this->for_rows(part, [&](std::int32_t y) {
+            for_runs(in, this->rectangle_, y, [&](std::int32_t x, const TexRun& run, const Pixel* from) {
+                Pixel* const to = out.row(y) + x;
+                if (mode_ == Mode::copy) return this->copy_line(run, from, to);
+                for (std::int32_t i = 0; i < run.length; ++i) to[i] = made(from[i * run.step]);
+            });
+        });
     }
 
 private:
+    Pixel made(const Pixel& in) const {
+        using Channel = typename Pixel::Channel;
+        const bool inverts = mode_ == Mode::inverted;
+        const auto alpha = in.alpha;
+        Pixel out = Pixel::of(
+            [=](Channel c) {
+                return inverts ? static_cast<Channel>(static_cast<Channel>(kRange<Channel>) - c) : alpha;
+            },
+            in);
+        out.alpha = alpha;
+        return out;
+    }
+
     Mode mode_;
 };
 

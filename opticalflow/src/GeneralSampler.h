@@ -13,16 +13,25 @@ struct TexRun {
 /// The run that begins at place `from` of [from, end).
 TexRun run_of(const TexAxis& axis, std::int32_t from, std::int32_t end);
 
+/// Calls body(x, run, pixel) for each run of row y of the target's rectangle, with where it begins and its first pixel
+/// in `in`.
+template <class Pixel, class Accum, class Body>
+void for_runs(const FnTexture<Pixel, Accum>& in, const TexRect& rectangle, std::int32_t y, const Body& body) {
+    const std::int32_t line = in.y.index(y);
+    for (std::int32_t x = rectangle.left; x < rectangle.right;) {
+        TexRun run = run_of(in.x, x, rectangle.right);
+        const bool outside = run.index < 0 || line < 0;
+        if (outside) run.step = 0;
+        body(x, run, outside ? &in.background : &in.at(run.index, line));
+        x += run.length;
+    }
+}
 /// Calls body(x, pixel) for each place of row y of the target's rectangle with what stands there in `in`.
 template <class Pixel, class Accum, class Body>
 void for_run_pixels(const FnTexture<Pixel, Accum>& in, const TexRect& rectangle, std::int32_t y, const Body& body) {
-    const std::int32_t line = in.y.index(y);
-    for (std::int32_t x = rectangle.left; x < rectangle.right;) {
-        const TexRun run = run_of(in.x, x, rectangle.right);
-        const bool outside = run.index < 0 || line < 0;
-        const Pixel* from = outside ? &in.background : &in.at(run.index, line);
-        for (std::int32_t i = 0; i < run.length; ++i, ++x, from += outside ? 0 : run.step) body(x, *from);
-    }
+    for_runs(in, rectangle, y, [&](std::int32_t x, const TexRun& run, const Pixel* from) {
+        for (std::int32_t i = 0; i < run.length; ++i) body(x + i, from[i * run.step]);
+    });
 }
 
 /// Works pixel by pixel: `pixel` gets what is read and what is to be written.
@@ -71,30 +80,6 @@ protected:
         });
     }
     virtual void pixel(const A& a, const B& b, Out& out, int part) = 0;
-};
-
-/// Copies.
-template <class Pixel> class SimpleCopySampler : public GeneralSampler<Pixel, Pixel> {
-public:
-    using GeneralSampler<Pixel, Pixel>::GeneralSampler;
-
-protected:
-    void pixel(const Pixel& in, Pixel& out, int, std::int32_t, std::int32_t) override { out = in; }
-};
-
-/// Copies to another type of channel, in proportion to their ranges.
-template <class In, class Out> class CopySampler : public GeneralSampler<In, Out> {
-public:
-    CopySampler(InterruptState& state, float in_range, float out_range)
-        : GeneralSampler<In, Out>(state), factor_(out_range / in_range) {}
-
-protected:
-    void pixel(const In& in, Out& out, int, std::int32_t, std::int32_t) override {
-        out = static_cast<Out>(static_cast<float>(in) * factor_);
-    }
-
-private:
-    float factor_;
 };
 
 /// One colour all over.

@@ -35,27 +35,8 @@ void FnImgProc::processImage(FnTexIndexer* target) {
     width_ = target->width();
     height_ = target->height();
     if ((options_ & kKeepsRectangle) == 0 || (flags_ & kHasRectangle) == 0) set_rectangle_from(*target);
-    initialise();
-    run();
-    finish();
+    FnMultiProcessor::process();
     target_ = nullptr;
-}
-
-// A stop ends its pass alone, so that all passes are walked through quickly.
-void FnImgProc::run() {
-    for (pass_ = 0; pass_ < pass_count_; ++pass_) {
-        if (interrupted(0)) continue;
-        prePass();
-        if (interrupted(0)) continue;
-        if ((options_ & kParallel) != 0) {
-            flags_ |= kInParallel;
-            run_parts<FnImgProc, &FnImgProc::run_part>(*this);
-            flags_ &= ~kInParallel;
-        } else {
-            processPart(0);
-        }
-        postPass();
-    }
 }
 
 PartRows FnImgProc::rows_of(int part) const {

@@ -5,16 +5,17 @@
 #include <cstdint>
 
 #include "opticalflow/src/Imager.h"
+#include "opticalflow/src/MultiProcessor.h"
 
 namespace solvan_of {
 
 /// Work on a texture in place, in passes over its rows.
-class FnImgProc : public FnInteruptable {
+class FnImgProc : protected FnMultiProcessor {
 public:
-    explicit FnImgProc(InterruptState& state) : FnInteruptable(state) {}
+    using FnMultiProcessor::FnMultiProcessor;
+    using FnMultiProcessor::set_parallel;
+    using FnMultiProcessor::set_pass_count;
 
-    void set_parallel(bool parallel) { options_ = parallel ? options_ | kParallel : options_ & ~kParallel; }
-    void set_pass_count(int count) { pass_count_ = count; }
     /// Rows and columns to work on in place of the whole target.
     void keep_rectangle(const TexRect& rectangle) {
         rectangle_ = rectangle;
@@ -32,30 +33,19 @@ public:
     void processImage(FnTexIndexer* target);
 
 protected:
-    virtual void initialise() {}
-    virtual void processPart(int part) = 0;
-    virtual void finish() {}
-    virtual void prePass() {}
-    virtual void postPass() {}
-    virtual void run();
-
     PartRows rows_of(int part) const;
     template <class Body> void for_rows(int part, const Body& body) const {
         const PartRows rows = rows_of(part);
         for (std::int32_t line = rows.begin; line < rows.end && !interrupted(part); ++line) body(line);
     }
 
-    static constexpr std::uint32_t kInParallel = 1, kHasRectangle = 2;
-    static constexpr std::uint32_t kParallel = 1, kKeepsRectangle = 2;
-    std::uint32_t flags_ = 0, options_ = kParallel;
+    static constexpr std::uint32_t kHasRectangle = 2;    // a flag
+    static constexpr std::uint32_t kKeepsRectangle = 2;  // an option
     TexRect rectangle_;
-    int pass_count_ = 1, pass_ = 0;
     FnTexIndexer* target_ = nullptr;
     std::int32_t width_ = 0, height_ = 0;
 
 private:
-    void run_part(int part) { processPart(part); }
-
     std::array<TexRect, 10> saved_;
     std::size_t saved_count_ = 0;
 };

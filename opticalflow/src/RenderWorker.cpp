@@ -6,6 +6,7 @@
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 
 #include "opticalflow/src/BuildPicture.h"
+#include "opticalflow/src/CopySampler.h"
 #include "opticalflow/src/FrameMixing.h"
 #include "opticalflow/src/Tweener.h"
 

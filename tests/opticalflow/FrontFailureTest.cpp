@@ -272,6 +272,7 @@ TEST_F(FlowFailure, EveryPollMayEndIt) {
         }
     }
     Shot shot;
+    const Reports reports;
     EXPECT_EQ(shot.render({[](void* argument) { return argument == nullptr ? 12 : 13; }, nullptr}), 12);
 }
 

@@ -57,7 +57,7 @@ private:
     }
     void take(const SceneNode& node, const char* name, const PictureKey& key) {
         *key.to = (key.is_data ? read_data_file : read_file)(node.need(name), folder_);
-        moves_ = moves_ || (*key.to)->name.has_place();
+        moves_ = moves_ || (*key.to)->moves();
     }
     void take(const SceneNode& node, const char* name, const ListKey& key) {
         for (const SceneNode& item : node.need(name).items(1, kMostItems)) read(item, key.next(), {});

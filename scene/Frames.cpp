@@ -72,6 +72,15 @@ FramePattern FramePattern::plain(const std::string& path) {
     return pattern;
 }
 
+std::optional<int> FramePattern::number_in(const std::string& path) const {
+    const std::size_t around = before_.size() + after_.size();
+    if (!has_place() || path.size() <= around || !path.starts_with(before_) || !path.ends_with(after_)) return {};
+    const std::string digits = path.substr(before_.size(), path.size() - around);
+    if (digits.size() > 7 || digits.find_first_not_of("0123456789") != std::string::npos) return {};  // kMostFrame
+    const int number = std::stoi(digits);
+    return name(number) == path ? std::optional(number) : std::nullopt;
+}
+
 std::string FramePattern::name(int frame) const {
     if (!has_place()) return before_;
     const std::string number = std::to_string(std::abs(frame));

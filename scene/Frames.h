@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace qx::scene {
@@ -25,7 +26,8 @@ public:
     explicit FramePattern(const std::string& path);
     static FramePattern plain(const std::string& path);  ///< without a place, whatever signs the path has
     bool has_place() const { return digits_ > 0; }
-    std::string name(int frame) const;  ///< without a place the path itself
+    std::string name(int frame) const;                            ///< without a place the path itself
+    std::optional<int> number_in(const std::string& path) const;  ///< of a frame that has this name
 
 private:
     std::string before_, after_;

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <set>
 
+#include "scene/retime/SceneClip.h"
+
 #include "scene/Faults.h"
 
 namespace qx::scene {
@@ -14,7 +16,7 @@ namespace {
 template <class See> void each_file(const Scene& scene, const FrameRange& frames, const See& see) {
     for (int i = 0; i < frames.count(); ++i) {
         const auto visit = [&](const SceneFile& file) {
-            if (i == 0 || file.name.has_place()) see(file, frames.frame(i));
+            if (i == 0 || file.moves()) see(file, frames.frame(i));
         };
         if (scene.background) visit(*scene.background);
         for (const SceneLayer& layer : scene.layers) {
@@ -55,7 +57,7 @@ M_Matrix3 SceneTransform::at(double frame) const {
 }
 
 bool SceneLayer::effects_move() const {
-    return file.name.has_place() ||
+    return file.moves() ||
            std::any_of(effects.begin(), effects.end(), [](const SceneEffect& effect) { return effect.moves; });
 }
 
@@ -74,6 +76,7 @@ std::vector<M_Matrix3> SceneLayer::matrices(int frame, int left, int top) const 
 
 void check_files(const Scene& scene, const FrameRange& frames) {
     each_file(scene, frames, [&](const SceneFile& file, int frame) {
+        if (file.clip) return;  // it was looked at when the scene was read
         const std::string path = file.at(frame);
         std::error_code ignored;
         if (std::filesystem::exists(path, ignored)) return;
@@ -86,8 +89,11 @@ std::optional<Overwritten> overwritten(const Scene& scene, const FrameRange& fra
     for (int i = 0; i < frames.count(); ++i) outputs.insert(absolute(names.name(frames.frame(i))));
     std::optional<Overwritten> first;
     each_file(scene, frames, [&](const SceneFile& file, int frame) {
-        if (first || outputs.count(absolute(file.at(frame))) == 0) return;
-        first = {file.at(frame), file.place};
+        const auto check = [&](const std::string& path) {
+            if (!first && outputs.count(absolute(path)) != 0) first = {path, file.place};
+        };
+        if (!file.clip) return check(file.at(frame));
+        for (const auto& path : file.clip->files()) check(path);
     });
     return first;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "scene/Frames.h"
@@ -8,13 +9,17 @@
 
 namespace qx::scene {
 
-/// A picture, or a sequence of pictures with a number in their names.
+struct ClipChoice;
+
+/// A picture, a sequence of pictures with a number in their names, or a clip.
 struct SceneFile {
     FramePattern name;
-    int offset = 0;        ///< picture `frame + offset` of a sequence is shown
-    std::string place;     ///< in the scene, such as /layers/2/file
-    Profile profile{};     ///< of its values; null: what the files say
-    bool is_data = false;  ///< a mask, whose values are no colours
+    int offset = 0;                                          ///< picture `frame + offset` of a sequence is shown
+    std::string place;                                       ///< in the scene, such as /layers/2/file
+    Profile profile{};                                       ///< of its values; null: what the files say
+    bool is_data = false;                                    ///< a mask, whose values are no colours
+    std::shared_ptr<const ClipChoice> clip{};                ///< null for what is none; its offset is its own
+    bool moves() const { return clip || name.has_place(); }  ///< shows other pictures in other frames
     std::string at(int frame) const { return name.name(frame + offset); }
 };
 

@@ -35,8 +35,7 @@ void SceneRender::settle_space(int first, pictures::Watch& watch) {
     Profile profile = scene_.colours.space ? scene_.colours.space : scene_.background->profile;
     if (!profile) {
         std::vector<std::string> told_with_the_picture;
-        profile =
-            meaning_of(pictures::read_picture(scene_.background->at(first), watch), told_with_the_picture).profile;
+        profile = meaning_of(stored(*scene_.background, first, watch), told_with_the_picture).profile;
     }
     space_.emplace(profile, scene_.colours.linearize);
 }
@@ -68,11 +67,10 @@ void SceneRender::note_losses(const SceneFile& file, const std::string& path, co
 
 SceneRender::Shown SceneRender::show(const SceneFile& file, int frame, const QX_PixelFloat* matte,
                                      pictures::Watch& watch) {
-    const std::string path = file.at(frame);
-    if (file.name.has_place()) return read(file, path, matte, watch);
+    if (file.moves()) return read(file, frame, matte, watch);
     Still& still = still_of(file, matte);
     const std::lock_guard lock(still.mutex);  // others wait for the picture, which they need as well
-    if (!still.picture) still.picture = read(file, path, matte, watch);
+    if (!still.picture) still.picture = read(file, frame, matte, watch);
     return still.picture;
 }
 
@@ -86,10 +84,10 @@ SceneRender::Still& SceneRender::still_of(const SceneFile& file, const QX_PixelF
 /// left to where the picture is shown.
 void SceneRender::read_stills(pictures::Watch& watch) {
     const auto visit = [&](const SceneFile& file, const QX_PixelFloat* matte) {
-        if (file.name.has_place()) return;
+        if (file.moves()) return;
         Still& still = still_of(file, matte);
         const std::unique_lock lock(still.mutex, std::try_to_lock);
-        if (lock && !still.picture) still.picture = read(file, file.at(0), matte, watch);
+        if (lock && !still.picture) still.picture = read(file, 0, matte, watch);
     };
     try {
         if (scene_.background) visit(*scene_.background, nullptr);
@@ -104,9 +102,28 @@ void SceneRender::read_stills(pictures::Watch& watch) {
     }
 }
 
-SceneRender::Shown SceneRender::read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte,
+SceneClip& SceneRender::clip_of(const SceneFile& file) {
+    OpenClip& open = [&]() -> OpenClip& {
+        const std::lock_guard lock(mutex_);
+        return clips_[file.place];
+    }();
+    const std::lock_guard lock(open.mutex);
+    if (!open.clip) {
+        open.clip =
+            std::make_unique<SceneClip>(*file.clip, Rational(scene_.rate.number, scene_.rate.per), scene_.depth);
+        note_losses(file, file.clip->path, open.clip->notes());
+    }
+    return *open.clip;
+}
+
+pictures::Picture SceneRender::stored(const SceneFile& file, int frame, pictures::Watch& watch) {
+    return file.clip ? clip_of(file).frame(frame, watch) : pictures::read_picture(file.at(frame), watch);
+}
+
+SceneRender::Shown SceneRender::read(const SceneFile& file, int frame, const QX_PixelFloat* matte,
                                      pictures::Watch& watch) {
-    auto picture = std::make_shared<pictures::Picture>(pictures::read_picture(path, watch));
+    const std::string path = file.at(frame);
+    auto picture = std::make_shared<pictures::Picture>(stored(file, frame, watch));
     note_losses(file, path, picture->notes);
     note_losses(file, path, pictures::lost_at_depth(*picture, scene_.depth));
     if (matte != nullptr) must(unmultiply(*picture->world, *matte), pictures::about(scene_.file, file.place));
@@ -130,7 +147,7 @@ void SceneRender::size(int number, pictures::Watch& watch, int* width, int* heig
 int SceneRender::frames_within(std::uint64_t bytes, int width, int height) const {
     std::uint64_t stills = 0, read = 0;
     bool worked = false;
-    const auto count = [&](const SceneFile& file) { ++(file.name.has_place() ? read : stills); };
+    const auto count = [&](const SceneFile& file) { ++(file.moves() ? read : stills); };
     if (scene_.background) count(*scene_.background);
     for (const SceneLayer& layer : scene_.layers) {
         count(layer.file);

@@ -14,6 +14,7 @@
 #include "pictures/Watch.h"
 #include "scene/Composite.h"
 #include "scene/Scene.h"
+#include "scene/retime/SceneClip.h"
 
 namespace qx::scene {
 
@@ -51,10 +52,18 @@ private:
         std::mutex mutex;
         std::shared_ptr<const Canvas> canvas;
     };
+    /// A file's clip, opened when it is first shown.
+    struct OpenClip {
+        std::mutex mutex;
+        std::unique_ptr<SceneClip> clip;
+    };
+    SceneClip& clip_of(const SceneFile& file);
+    /// What the file shows at a frame, as it is stored.
+    pictures::Picture stored(const SceneFile& file, int frame, pictures::Watch& watch);
     Still& still_of(const SceneFile& file, const QX_PixelFloat* matte);
     Shown show(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch);
     void read_stills(pictures::Watch& watch);
-    Shown read(const SceneFile& file, const std::string& path, const QX_PixelFloat* matte, pictures::Watch& watch);
+    Shown read(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch);
     /// @param key  what is told once
     void note_once(const std::string& key, const std::string& note);
     void note_losses(const SceneFile& file, const std::string& path, const std::vector<std::string>& notes);
@@ -76,7 +85,8 @@ private:
     std::vector<LightTables> tables_;                  ///< of each layer
     std::vector<std::unique_ptr<Prepared>> prepared_;  ///< of each layer
     std::mutex mutex_;                                 // of what follows
-    std::map<std::string, Still> stills_;  ///< by what makes it another picture and path, so that layers share one
+    std::map<std::string, Still> stills_;    ///< by what makes it another picture and path, so that layers share one
+    std::map<std::string, OpenClip> clips_;  ///< by the place of their file
     std::set<std::string> noted_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "pictures/Failure.h"
 #include "pictures/Files.h"
+#include "scene/retime/SceneClip.h"
 
 namespace qx::scene {
 
@@ -22,6 +23,12 @@ SceneFile read_file(const SceneNode& node, const std::string& folder) {
     SceneFile file;
     file.place = node.place();
     SceneNode name = node;
+    if (node.is_object() && node.find("clip")) {
+        file.clip = read_clip(node, folder);
+        file.name = FramePattern::plain(file.clip->path);
+        if (const auto profile = node.find("profile")) file.profile = read_profile(*profile, folder);
+        return file;
+    }
     if (node.is_object()) {
         node.check_keys({"name", "offset", "profile"});
         if (const auto profile = node.find("profile")) file.profile = read_profile(*profile, folder);

@@ -53,7 +53,7 @@ void read_track(const SceneNode& node, const char* key, std::size_t fewest, doub
     }
 }
 
-/// A name, or an object of a name, an offset and a profile.
+/// A name, an object of a name, an offset and a profile, or one of a clip.
 /// @param folder  that names count from
 SceneFile read_file(const SceneNode& node, const std::string& folder);
 /// The same of a mask, which has no profile.

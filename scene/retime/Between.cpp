@@ -116,7 +116,7 @@ void FramePair::get_ready() {
 }
 
 void FramePair::render(QX_SolvanMode mode, double position, QX_World& first, QX_World& second, QX_World& output,
-                     pictures::Watch& watch) const {
+                       pictures::Watch& watch) const {
     QX_Solvan_AlgoParams algo = percentages_;
     algo.interpolationMode = mode;
     QX_Solvan_OtherParams other{};
@@ -167,7 +167,8 @@ SharedPicture FramePair::result(World world) const {
 
 SharedPicture FramePair::at(double position, pictures::Watch& watch) {
     const Kind what = kind(position);
-    if (what != Kind::made) return brought_to_depth(subject_, what == Kind::second ? second_ : first_, options_.depth);
+    if (what != Kind::made)
+        return brought_to_depth(subject_, what == Kind::second ? second_ : first_, options_.depth_of_copies());
     get_ready();
     World world;
     if (options_.method == BetweenMethod::flow) {

@@ -16,6 +16,8 @@ struct BetweenOptions {
     /// To work with and of the results. 0: that of the deeper frame, and frames of 8 bits are worked on at 16, since at
     /// 8 bits still pixels lose a level at some positions.
     int depth = 0;
+    bool keeps_copies = false;  ///< frames that are shown as they are stay at their own depth
+    int depth_of_copies() const { return keeps_copies ? 0 : depth; }
 };
 
 /// Pictures between two frames of one size. Any number of threads may ask at once; their vectors are made once.

@@ -7,7 +7,7 @@ Retimer::Retimer(Clip& clip, const RetimeOptions& options)
     : clip_(clip), options_(options), cut_search_(clip, options.cuts, options.begins) {}
 
 SharedPicture Retimer::copy(int frame, pictures::Watch& watch) {
-    return brought_to_depth(clip_.name_of(frame), clip_.frame(frame, watch), options_.between.depth);
+    return brought_to_depth(clip_.name_of(frame), clip_.frame(frame, watch), options_.between.depth_of_copies());
 }
 
 bool Retimer::is_cut(int frame, pictures::Watch& watch) {
@@ -26,7 +26,7 @@ std::shared_ptr<FramePair> Retimer::between(int frame, BetweenMethod method, pic
     BetweenOptions options = options_.between;
     options.method = method;
     auto made = std::make_shared<FramePair>(clip_.name_of(frame), clip_.frame(frame, watch),
-                                          clip_.frame(frame + 1, watch), options);
+                                            clip_.frame(frame + 1, watch), options);
     const std::lock_guard lock(mutex_);
     std::weak_ptr<FramePair>& known = pairs_[frame];
     if (auto shared = known.lock()) return shared;
@@ -34,7 +34,7 @@ std::shared_ptr<FramePair> Retimer::between(int frame, BetweenMethod method, pic
     return made;
 }
 
-Retimer::Shown Retimer::at(const Moment& moment, pictures::Watch& watch) {
+Retimer::Shown Retimer::at(const ClipMoment& moment, pictures::Watch& watch) {
     const auto [frame, position] = moment;
     if (position <= 0 || frame + 1 >= clip_.frames()) return {copy(frame, watch), false};
     BetweenMethod method = options_.between.method;

@@ -32,7 +32,7 @@ public:
         bool is_made;  ///< else it is a frame of the clip
     };
     /// Throws pictures::Failure, WorkFault or pictures::Stopped.
-    Shown at(const Moment& moment, pictures::Watch& watch);
+    Shown at(const ClipMoment& moment, pictures::Watch& watch);
 
     /// The frames before which a cut was met so far, in order.
     std::vector<int> cuts() const;

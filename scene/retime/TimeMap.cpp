@@ -26,14 +26,14 @@ Rational upwards(const Rational& number) { return -(Rational(0) - number).floor(
 Rational speed_of_text(const std::string& text) { return between(text, kLeastSpeed, kMostSpeed); }
 Rational rate_of_text(const std::string& text) { return between(text, kLeastRate, kMostRate); }
 
-Moment moment_of_time(const Clip& clip, const Rational& time) {
+ClipMoment moment_of_time(const Clip& clip, const Rational& time) {
     const int frame = clip.frame_at(time);
     const Rational& from = clip.time_of(frame);
     if (frame + 1 >= clip.frames() || time <= from) return {frame, 0};
     return {frame, ((time - from) / (clip.time_of(frame + 1) - from)).real()};
 }
 
-Moment moment_of_number(const Clip& clip, double number) {
+ClipMoment moment_of_number(const Clip& clip, double number) {
     int below = 0, above = clip.frames();  // the first one and one behind the last one that may be it
     while (above - below > 1) {
         const int middle = below + (above - below) / 2;
@@ -60,7 +60,7 @@ TimeMap::TimeMap(const Clip& clip, const Track<1>& map) : clip_(clip), map_(map)
         throw BadText(words(map.first()) + " to " + words(map.last()), "no whole number lies between the keys");
 }
 
-Moment TimeMap::at(int number) const {
+ClipMoment TimeMap::at(int number) const {
     if (map_) return moment_of_number(clip_, map_->at(number)[0]);
     return moment_of_time(clip_, clip_.time_of(0) + step_ * Rational(number - numbers_.first));
 }

@@ -10,7 +10,7 @@
 namespace qx::scene {
 
 /// A place in a clip: between the frame with this index and the one behind it.
-struct Moment {
+struct ClipMoment {
     int frame = 0;
     double position = 0;  ///< from 0 to less than 1; 0 for the last frame
 };
@@ -37,7 +37,7 @@ public:
     TimeMap(const Clip& clip, const Track<1>& map);
 
     const FrameRange& numbers() const { return numbers_; }  ///< of the results
-    Moment at(int number) const;
+    ClipMoment at(int number) const;
 
 private:
     const Clip& clip_;
@@ -46,9 +46,9 @@ private:
     FrameRange numbers_;
 };
 
-Moment moment_of_time(const Clip& clip, const Rational& time);
+ClipMoment moment_of_time(const Clip& clip, const Rational& time);
 /// @param number  as numbers of pictures or frames of a movie count; need not be whole
-Moment moment_of_number(const Clip& clip, double number);
+ClipMoment moment_of_number(const Clip& clip, double number);
 
 /// {"keys": [{"frame": F, "value": SOURCE}, ...], "interpolation": ...}. Throws SceneFault.
 Track<1> read_time_track(const SceneNode& node);

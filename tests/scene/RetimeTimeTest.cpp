@@ -39,7 +39,7 @@ using Shown = std::pair<int, double>;
 std::vector<Shown> shown(const TimeMap& map) {
     std::vector<Shown> all;
     for (int i = 0; i < map.numbers().count(); ++i) {
-        const Moment moment = map.at(map.numbers().frame(i));
+        const ClipMoment moment = map.at(map.numbers().frame(i));
         all.emplace_back(moment.frame, moment.position);
     }
     return all;
@@ -72,7 +72,7 @@ TEST(RetimeTime, IsExactOverLongClips) {
     const TimeMap map(clip, {1, Rational(60000, 1001), 1});
     EXPECT_EQ(map.numbers().count(), 500000);
     for (const int k : {0, 1, 2, 3, 4, 250000, 499990, 499994}) {  // two frames are five results
-        const Moment moment = map.at(k + 1);
+        const ClipMoment moment = map.at(k + 1);
         EXPECT_EQ(moment.frame, k * 2 / 5);
         EXPECT_EQ(moment.position, k * 2 % 5 / 5.0) << k;
     }
@@ -103,7 +103,7 @@ TEST(RetimeTime, TimesRiseAtEverySpeedAndRate) {
             const TimeMap map(clip, {speed_of_text(speed), rate_of_text(rate), 1});
             double before = -1;
             for (int i = 0; i < map.numbers().count(); ++i) {
-                const Moment moment = map.at(i + 1);
+                const ClipMoment moment = map.at(i + 1);
                 const double time = moment.frame + moment.position;
                 ASSERT_GE(moment.position, 0);
                 ASSERT_LT(moment.position, 1);

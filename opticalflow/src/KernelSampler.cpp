@@ -3,11 +3,14 @@
 
 #include <cmath>
 
+#include "opticalflow/src/CopySampler.h"
+
 namespace solvan_of {
 namespace {
 
-/// Over places -radius to radius of `read`.
-template <class Read> float filtered(const Taps& taps, std::int32_t radius, const Read& read) {
+/// Over the places around that which `read` has at 0.
+template <class Read> float filtered(const Taps& taps, const Read& read) {
+    const auto radius = static_cast<std::int32_t>(taps.size() / 2);
     float sum = 0;
     for (std::int32_t k = -radius; k <= radius; ++k) sum += taps[static_cast<std::size_t>(k + radius)] * read(k);
     return sum;
@@ -26,28 +29,33 @@ Taps gaussian_taps(int length, float variance) {
     return taps;
 }
 
-void KernelSampler::preProcess(const FloatTexture& in, FloatTexture&) {
-    pass_count_ = radius() == 0 ? 1 : 2;
-    if (radius() > 0 && !allocate_like(across_, in)) {
+void BiKernelSampler::preProcess(const FloatTexture& in, FloatTexture&) {
+    pass_count_ = 2;
+    if (!allocate_like(across_, in)) {
         state().stop(4);
         pass_count_ = 0;
     }
 }
 
-void KernelSampler::processPart(const FloatTexture& in, FloatTexture& out, int part) {
-    const bool copies = radius() == 0, along_rows = pass_ == 0;
+void BiKernelSampler::processPart(const FloatTexture& in, FloatTexture& out, int part) {
+    const bool along_rows = pass_ == 0;
     for_rows(part, [&](std::int32_t y) {
-        float* const to = along_rows && !copies ? across_.row(y) : out.row(y);
+        float* const to = along_rows ? across_.row(y) : out.row(y);
         for (std::int32_t x = rectangle_.left; x < rectangle_.right; ++x) {
-            if (copies) {
-                to[x] = in.read(x, y);
-            } else if (along_rows) {
-                to[x] = filtered(taps_, radius(), [&](std::int32_t k) { return in.read(x + k, y); });
-            } else {
-                to[x] = filtered(taps_, radius(), [&](std::int32_t k) { return across_.read(x, y + k); });
-            }
+            to[x] = along_rows ? filtered(horizontal_, [&](std::int32_t k) { return in.read(x + k, y); })
+                               : filtered(vertical_, [&](std::int32_t k) { return across_.read(x, y + k); });
         }
     });
+}
+
+void KernelSamplerMasked::preProcess(const FloatTexture& in, FloatTexture& out) {
+    pass_count_ = 0;
+    const bool copies = kernels_.empty() || (kernels_.back().first.size() < 2 && kernels_.back().second.size() < 2);
+    if (!copies) {
+        BiKernelSampler(state(), kernels_.back().first, kernels_.back().second).process(in, &out);
+    } else if (&in != &out) {
+        SimpleCopySampler<float>(state()).process(in, &out);
+    }
 }
 
 }  // namespace solvan_of

@@ -259,6 +259,9 @@ void check_output(const Job& job) {
     };
     if (job.options.output_is_movie()) return check(job.options.output);
     const scene::FramePattern names(job.options.output);
+    if (job.range.count() > 1 && !names.has_place())
+        throw WrongUsage("-o " + job.options.output +
+                         ": more than one frame needs a place for its number, such as ####");
     for (int i = 0; i < job.range.count(); ++i) check(names.name(job.range.frame(i)));
 }
 
@@ -320,21 +323,17 @@ void run(const RetimeCommandOptions& options) {
     const auto began = std::chrono::steady_clock::now();
     constexpr std::uint64_t share = 4;  // of the memory, for frames that were read
     const auto clip = options.open(options.memory_bytes() / share, standalone::PoolThreads(), watch);
-    tell_clip(options, *clip);
     const scene::TimeMap map = options.time_map(*clip);
     const auto retime = options.retime_options(*clip);
     scene::Retimer retimer(*clip, retime);
     Job job{options, *clip, map, retime, options.range(map), retimer, watch};
     check_output(job);
+    tell_clip(options, *clip);
     standalone::ForgetCacheCounts();
     if (options.output_is_movie()) {
         make_movie(job);
     } else {
-        const scene::FramePattern names(options.output);
-        if (job.range.count() > 1 && !names.has_place())
-            throw WrongUsage("-o " + options.output +
-                             ": more than one frame needs a place for its number, such as ####");
-        make_pictures(job, names);
+        make_pictures(job, scene::FramePattern(options.output));
     }
     if (const std::string note = standalone::CacheNote(); !note.empty()) say_note(note);
     tell(job, std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count());

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+// qx retime from movies and into them.
+#include "tests/pictures/Muxing.h"
+#include "tests/scene/Painted.h"
+#include "tests/tools/RunQx.h"
+
+namespace {
+
+using namespace qx::test;
+
+class RetimeMovies : public QxTest {
+protected:
+    template <class Pixel> void paint(int frames, int width, int height, int full) const {
+        for (int i = 1; i <= frames; ++i) {
+            auto made = picture<Pixel>(width, height, false, [=](int x, int y) {
+                using Channel = decltype(Pixel::red);
+                const auto v = static_cast<Channel>(full * (0.2 + 0.7 * painted(1, x + 4 * i, y)));
+                return Pixel{static_cast<Channel>(full), v, static_cast<Channel>(v / 3),
+                             static_cast<Channel>(full - v)};
+            });
+            qx::pictures::write_picture(folder / ("f." + std::to_string(i) + ".png"), made, made.world->Depth());
+        }
+    }
+    /// Grey frames, 32 brighter from one to the next, at these times in units of 10 ms, and audio beside them.
+    void mux_greys(const std::string& name, const std::vector<int>& times) const {
+        std::vector<Packed> packets;
+        for (std::size_t i = 0; i < times.size(); ++i) {
+            const std::string luma(32 * 16, static_cast<char>(40 + 32 * i)),
+                chroma(32 * 16 / 2, static_cast<char>(128));
+            packets.push_back({0, times[i] * 10, luma + chroma, 40});
+            packets.push_back({1, times[i] * 8, std::string(640, static_cast<char>(i + 1)), 32});
+        }
+        const Stream video{AV_CODEC_ID_RAWVIDEO, {1, 1000}, 32, 16, AV_PIX_FMT_YUV420P};
+        Stream audio{AV_CODEC_ID_PCM_S16LE, {1, 800}};
+        audio.sample_rate = 8000;
+        ASSERT_TRUE(mux(folder / name, {video, audio}, packets));
+    }
+    double grey(const std::string& name) const { return channels(read(name), 8, 8)[2]; }
+    std::size_t audio_packets(const std::string& name) const {
+        return packets_of(folder / name, AVMEDIA_TYPE_AUDIO).size();
+    }
+};
+
+TEST_F(RetimeMovies, LosslessOnesHoldTheFramesThatAreMetBitForBit) {
+    const auto check = [&](const std::string& made) {
+        EXPECT_EQ(qx("retime 'f.#.png' --in 1-4 --speed 0.5 --no-cache --lossless -o " + made + ".mkv").status, 0);
+        EXPECT_EQ(qx("retime " + made + ".mkv --speed 1 --cuts none -o " + made + ".#.png").status, 0);
+        for (int i = 1; i <= 4; ++i) {
+            EXPECT_TRUE(same(made + "." + std::to_string(2 * i - 1) + ".png", "f." + std::to_string(i) + ".png")) << i;
+        }
+        EXPECT_FALSE(same(made + ".2.png", "f.1.png"));
+    };
+    paint<QX_Pixel8>(4, 63, 47, 255);
+    check("eight");
+    paint<QX_Pixel16>(4, 63, 47, 32768);
+    check("sixteen");
+}
+
+TEST_F(RetimeMovies, FramesOfUnevenLengthKeepTheirTimes) {
+    mux_greys("uneven.mkv", {0, 4, 16, 20});
+    const auto outcome = qx("retime uneven.mkv --fps 25 --method blend --cuts none --no-cache -o o.#.png");
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    const double first = grey("o.1.png"), second = grey("o.2.png"), third = grey("o.5.png"), fourth = grey("o.6.png");
+    EXPECT_GT(second, first + 30);
+    EXPECT_GT(third, second + 30);
+    EXPECT_GT(fourth, third + 30);
+    EXPECT_NEAR(grey("o.3.png"), second + (third - second) / 3, 1);
+    EXPECT_NEAR(grey("o.4.png"), second + (third - second) * 2 / 3, 1);
+}
+
+TEST_F(RetimeMovies, AudioGoesWithWhatRunsAsItDid) {
+    mux_greys("a.mkv", {0, 4, 8, 12, 16});
+    const auto retime = [&](const std::string& arguments) {
+        const auto outcome = qx("retime a.mkv --method blend --no-cache --cuts none " + arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        return outcome.errors;
+    };
+    EXPECT_EQ(retime("--fps 50 -o b.mkv"), "");
+    EXPECT_EQ(packets_of(folder / "b.mkv", AVMEDIA_TYPE_AUDIO), packets_of(folder / "a.mkv", AVMEDIA_TYPE_AUDIO));
+    EXPECT_HOLDS(retime("--speed 0.5 -o c.mkv"), "a.mkv: its audio is left out");
+    EXPECT_HOLDS(retime("--fps 50 --frames 2-5 -o d.mkv"), "a.mkv: its audio is left out");
+    EXPECT_EQ(retime("--fps 50 --audio drop -o e.mkv"), "");
+    for (const char* name : {"c.mkv", "d.mkv", "e.mkv"}) EXPECT_EQ(audio_packets(name), 0u) << name;
+    EXPECT_EQ(packets_of(folder / "b.mkv", AVMEDIA_TYPE_VIDEO).size(), 10u);
+    EXPECT_EQ(packets_of(folder / "d.mkv", AVMEDIA_TYPE_VIDEO).size(), 4u);
+}
+
+TEST_F(RetimeMovies, WhatCannotBeIsOneLine) {
+    paint<QX_Pixel8>(2, 63, 47, 255);
+    mux_greys("a.mkv", {0, 4});
+    put_contents(folder / "text.mp4", "this is no movie");
+    expect_fault("retime 'f.#.png' --in 1-2 --speed 0.5 --no-cache -o o.mp4", 1, "o.mp4");
+    expect_fault("retime text.mp4 --speed 0.5 -o o.#.png", 1, "text.mp4");
+    expect_fault("retime a.mkv --speed 0.5 -o a.mkv", 2, "-o a.mkv: is the input");
+    expect_fault("retime a.mkv --speed 0.5 --in 1-2 -o o.#.png", 2, "--in is for numbered pictures");
+    expect_fault("retime a.mkv --speed 0.5 --resume -o o.mkv", 2, "--resume is for pictures");
+    expect_fault("retime a.mkv --speed 0.5 --cuts 2 -o o.#.png", 2, "--cuts 2: a.mkv has no such frame");
+}
+
+}  // namespace

@@ -6,11 +6,14 @@
 namespace qx::test {
 namespace {
 
-flow_model::Field random_field(scenes::Dice& dice, int w, int h) {
+/// Some vectors are none; wild ones are no numbers, or too large ones.
+flow_model::Field random_field(scenes::Dice& dice, int w, int h, bool wild = false) {
     flow_model::Field field(w, h);
     for (auto& v : field.px) {
         const auto component = [&] { return static_cast<float>(std::round(dice.between(-6, 6) * 10) / 10); };
         v = dice.once_in(9) ? flow_model::Vec{flow_model::kInvalid, 0} : flow_model::Vec{component(), component()};
+        constexpr float kWild[] = {NAN, HUGE_VALF, -HUGE_VALF, 1e38f, -1e38f, flow_model::kInvalid, -0.0f, 1e-40f};
+        if (wild && dice.once_in(6)) (dice.once_in(2) ? v.x : v.y) = kWild[dice.below(8)];
     }
     return field;
 }
@@ -74,7 +77,8 @@ TEST(FlowStates, TweensAreTheModels) {
             tween.weights = {static_cast<float>(dice.unit()), static_cast<float>(dice.between(0, 50))};
             tween.flags = (dice.once_in(4) ? 0u : 0x10u) | (dice.once_in(2) ? 0x800u : 0u);
             tween.frame0 = random_image(dice, w, h), tween.frame1 = random_image(dice, w, h);
-            tween.forward = random_field(dice, w, h), tween.backward = random_field(dice, w, h);
+            tween.forward = random_field(dice, w, h, seed % 4 == 0);
+            tween.backward = random_field(dice, w, h, seed % 4 == 0);
 
             of::FloatTexture frames[2];
             of::FieldTexture fields[2];

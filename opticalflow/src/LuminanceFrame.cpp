@@ -96,9 +96,8 @@ const float* FnMotionEstimateLuminanceFrameGenerator<Pixel>::rows(std::int32_t f
 }
 
 FieldSize field_size(const FnTexIndexer& frame, float detail) {
-    const auto side = [detail](std::int32_t pixels) {
-        return static_cast<std::int32_t>(static_cast<float>(pixels) * detail);
-    };
+    // A detail that is no number, negative or huge leaves no pixel, or more than there is memory for.
+    const auto side = [detail](std::int32_t pixels) { return place_of(static_cast<float>(pixels) * detail).whole; };
     return {side(frame.width()), side(frame.height())};
 }
 

@@ -127,8 +127,10 @@ TEST_F(FlowBuffers, OthersAreRefused) {
     EXPECT_EQ(code(&a, &b), 516);
     params.block = 3;
     EXPECT_EQ(code(&a, &b, &mask), 0);
-    params.detail = 0.01f;
-    EXPECT_EQ(code(&a, &b), 4);
+    for (const float none : {0.01f, 0.0f, -1.0f, -HUGE_VALF, std::nanf("")}) {
+        params.detail = none;
+        EXPECT_EQ(code(&a, &b), 4) << none;
+    }
     params.detail = 0.2f;
     for (const auto& [bits, channels] : {std::pair{8u, 2u}, {8u, 5u}, {10u, 4u}, {64u, 3u}}) {
         for (Buffer* const buffer : {&a, &b}) buffer->record.bits = bits, buffer->record.channels = channels;

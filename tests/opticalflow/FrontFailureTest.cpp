@@ -131,6 +131,8 @@ TEST_F(FlowFailure, WorldsAreRefused) {
     gpu->platform_ref = nullptr;
 
     const Reports reports;
+    OddWorld odd[3] = {{41, 29, 1}, {41, 29, 1}, {41, 29, 1}};  // of a depth that there is none of
+    EXPECT_EQ(QX_AdvancedFrameBlending({}, {}).Render(&odd[0], &odd[1], &odd[2]), 0);
     EXPECT_EQ(shot.render(), 514);
     EXPECT_TRUE(reports.all().empty());
     EXPECT_TRUE(same_bits(shot.result(), before));

@@ -109,7 +109,9 @@ TEST_F(Flow, WrongUseIsOneLine) {
     expect_faults(2, "flow a.png b.png ", "",
                   {"-o f.png => its ending is none of flo, exr", "-o f.flo --backward g.txt => --backward g.txt",
                    "-o f.flo --max 3 => --max is for --picture", "-o f.flo --picture w.png --max 0 => --max 0",
-                   "-o f.flo --detail 2 => --detail 2"});
+                   "-o f.flo --detail 2 => --detail 2", "-o f.flo --picture w.flo => --picture w.flo",
+                   "-o f.flo --picture a.png => --picture a.png: is the input too",
+                   "-o f.flo --backward ./f.flo => --backward ./f.flo: is -o too"});
     expect_fault("flow a.png c.png -o f.flo", 1, "40 x 30 pixels, a.png has 96 x 80 pixels");
     expect_fault("flow a.png none.png -o f.flo", 1, "none.png");
 }

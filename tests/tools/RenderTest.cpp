@@ -157,7 +157,7 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
                   {"moving.json => --output", "endless.json -o x.#.png => --frames A-B is needed",
                    "moving.json -o x.png => more than one frame", "moving.json -o x.#.gif => none of png",
                    "moving.json -o ../$(basename $PWD)/q.%02d.png --frames 3-4 => q.03.png: is a picture of the scene",
-                   "moving.json -o x.#.png --memory 2X => --memory 2X: not a whole number",
+                   "moving.json -o x.#.png --memory 2X => --memory 2X: not a size",
                    "moving.json -o x.#.png --compression 10 => --compression 10",
                    "moving.json -o x.#.tif --compression 1 => --compression is for PNG",
                    "moving.json -o x.#.png --half => --half is for OpenEXR",

@@ -45,8 +45,8 @@ void add_cache_options(CLI::App& command, CacheOptions& options) {
         ->type_name("FOLDER");
     command
         .add_option("--cache-limit", options.limit,
-                    "bytes of the cache, beyond which the oldest files go (QX_CACHE_LIMIT; default: 10G)")
-        ->type_name("SIZE");
+                    "size of the cache, beyond which the oldest files go (QX_CACHE_LIMIT; default: 10G)")
+        ->type_name("N[K|M|G]");
 }
 
 void add_no_cache_option(CLI::App& command, CacheOptions& options) {

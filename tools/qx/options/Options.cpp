@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -111,11 +112,16 @@ void add_picture_options(CLI::App& command, PictureOptions& options) {
 }
 
 std::uint64_t memory_size(const std::string& option, const std::string& text) {
-    constexpr const char* units = "KMG";
-    const char* unit = text.empty() ? nullptr : std::strchr(units, text.back());
-    const std::string number = text.substr(0, text.size() - (unit != nullptr ? 1 : 0));
-    const auto bytes = static_cast<std::uint64_t>(whole_number(option, number, 1, INT_MAX));
-    return unit == nullptr ? bytes : bytes << 10 * (unit - units + 1);
+    constexpr std::uint64_t most = std::uint64_t{1} << 62;
+    constexpr const char* units = "KMGT";
+    const char* const unit = text.empty() ? nullptr : std::strchr(units, text.back());
+    const int shift = unit == nullptr ? 0 : 10 * static_cast<int>(unit - units + 1);
+    std::uint64_t number = 0;
+    const char* const end = text.data() + text.size() - (unit == nullptr ? 0 : 1);
+    const auto [behind, fault] = std::from_chars(text.data(), end, number);
+    if (fault != std::errc{} || behind != end || number == 0 || number > most >> shift)
+        throw WrongUsage(option + " " + text + ": not a size such as 3000000, 500M or 2G");
+    return number << shift;
 }
 
 std::uint64_t half_the_memory() {

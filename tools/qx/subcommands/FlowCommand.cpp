@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // qx flow: what moves where between two pictures.
 #include <CLI/CLI.hpp>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -24,7 +25,9 @@ struct FlowCommandOptions {
     void check() const {
         check_field("-o", output);
         if (!backward.empty()) check_field("--backward", backward);
-        if (!picture.empty()) check_output_option(picture);
+        if (!picture.empty() && !pictures::known_format(picture))
+            throw WrongUsage("--picture " + picture + ": its ending is none of " + pictures::known_endings());
+        check_places();
         if (picture.empty() && !most.empty()) throw WrongUsage("--max is for --picture");
         most_length();
         flow.choices();
@@ -36,6 +39,20 @@ struct FlowCommandOptions {
     }
 
 private:
+    /// Refuses results that would be written over what is read, or over one another.
+    void check_places() const {
+        std::map<std::string, std::string> taken;  // by whom
+        const auto take = [&](const std::string& path, const std::string& by, const std::string& words) {
+            if (path.empty()) return;
+            const auto [place, is_free] = taken.emplace(place_of(path), by);
+            if (!is_free && !words.empty()) throw WrongUsage(words + " " + path + ": is " + place->second + " too");
+        };
+        take(first, "the input", "");
+        take(second, "the input", "");
+        take(output, "-o", "-o");
+        take(backward, "--backward", "--backward");
+        take(picture, "--picture", "--picture");
+    }
     static void check_field(const char* option, const std::string& path) {
         if (!is_field_file(path))
             throw WrongUsage(std::string(option) + " " + path + ": its ending is none of flo, exr");

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -20,6 +19,7 @@
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/Files.h"
 #include "tools/qx/work/FrameFiles.h"
 
 namespace qx::tool {
@@ -243,19 +243,14 @@ void make_movie(Job& job) {
     say_detail(output, "written");
 }
 
-std::string absolute(const std::string& path) {
-    std::error_code ignored;
-    return std::filesystem::weakly_canonical(path, ignored).string();
-}
-
 /// Refuses results that would be written over what is read.
 void check_output(const Job& job) {
     std::set<std::string> inputs;
     for (int i = 0; i < job.clip.frames(); ++i) inputs.insert(job.clip.name_of(i));
     std::set<std::string> places;
-    for (const auto& input : inputs) places.insert(absolute(input));
+    for (const auto& input : inputs) places.insert(place_of(input));
     const auto check = [&](const std::string& name) {
-        if (places.count(absolute(name)) != 0) throw WrongUsage("-o " + name + ": is the input");
+        if (places.count(place_of(name)) != 0) throw WrongUsage("-o " + name + ": is the input");
     };
     if (job.options.output_is_movie()) return check(job.options.output);
     const scene::FramePattern names(job.options.output);

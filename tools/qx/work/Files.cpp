@@ -2,6 +2,7 @@
 #include "tools/qx/work/Files.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 #include "pictures/Carried.h"
@@ -66,6 +67,11 @@ void write_result(const std::string& path, const pictures::Picture& picture, int
         pictures::write_picture(path, picture, depth, encoding.write_options(), progress);
     }
     say_detail(path, "written");
+}
+
+std::string place_of(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored).string();
 }
 
 }  // namespace qx::tool

@@ -30,4 +30,7 @@ int unify(const Files& files, int depth, NotesOnce& once);
 void write_result(const std::string& path, const pictures::Picture& picture, int depth,
                   const EncodingOptions& encoding);
 
+/// The same for all names of a file, be it there or not.
+std::string place_of(const std::string& path);
+
 }  // namespace qx::tool

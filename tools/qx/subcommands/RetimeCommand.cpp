@@ -153,13 +153,15 @@ template <class Make, class Finish> void make_all(Job& job, const Make& make, co
     scene::in_order(static_cast<int>(tasks.size()), job.at_once(), job.watch, work);
 }
 
+int depth_of_movie(const Job& job) { return job.options.lossless && job.depth() != 8 ? 16 : 8; }
+
 Result shown(Job& job, int number, const std::string& name, pictures::Watch& watch) {
     Result result(number);
     const auto made = job.retimer.at(job.map.at(number), watch);
     result.picture = made.picture;
     result.is_made = made.is_made;
-    const bool becomes_eight = pictures::is_movie(name) && !job.options.lossless;
-    result.notes = losses(job, name, *made.picture, becomes_eight ? 8 : made.picture->world->Depth());
+    const int depth = pictures::is_movie(name) ? depth_of_movie(job) : int{made.picture->world->Depth()};
+    result.notes = losses(job, name, *made.picture, depth);
     return result;
 }
 
@@ -214,7 +216,7 @@ pictures::MovieSettings settings_of(const Job& job) {
     }
     settings.lossless = job.options.lossless;
     settings.alpha = job.options.lossless && facts.has_alpha;
-    settings.depth = job.options.lossless && job.depth() != 8 ? 16 : 8;
+    settings.depth = depth_of_movie(job);
     settings.audio = audio_of(job);
     const scene::Rational& start = job.clip.time_of(0);
     settings.audio_start = {start.number(), start.per()};

@@ -71,7 +71,7 @@ void FnMotionEstimateGradientSmooth::measure(std::int32_t y, Choice* begin, Choi
 }
 
 float FnMotionEstimateGradientSmooth::smoothness_cost(const HvVec2& v, const HvVec2& mean) const {
-    return ((std::fabs(v.x - mean.x) + std::fabs(v.y - mean.y)) / 400.0f / 255.0f) * smoothness_weight;
+    return distance(v, mean) / 400.0f / 255.0f * smoothness_weight;
 }
 
 // What is kept of the chosen vector has its weight, and is weighted again when it is used again: kept.

@@ -79,6 +79,8 @@ template <class Pixel> FloatPixel as_floats(const Pixel& p) {
 
 template <class Pixel> void FnMotionEstimateGradientTweenerBuildPicture<Pixel>::initialise() {
     scale_ = static_cast<float>(this->width_) / static_cast<float>(parameters_.to_second->width());
+    to_second_.emplace(*parameters_.to_second, this->width_, 1.0f / scale_);
+    to_first_.emplace(*parameters_.to_first, this->width_, 1.0f / scale_);
     has_states_ = false;
     const IntTexture* const map = parameters_.occlusion_map;
     if (map == nullptr) return;
@@ -94,9 +96,7 @@ template <class Pixel> bool FnMotionEstimateGradientTweenerBuildPicture<Pixel>::
 template <class Pixel> void FnMotionEstimateGradientTweenerBuildPicture<Pixel>::processPart(int part) {
     const PartRows mine = this->rows_of(part);
     if (mine.begin >= mine.end) return;
-    const EnlargedField second(*parameters_.to_second, this->width_, 1.0f / scale_);
-    const EnlargedField first(*parameters_.to_first, this->width_, 1.0f / scale_);
-    EnlargedField::Rows second_rows(second), first_rows(first);
+    EnlargedField::Rows second_rows(*to_second_), first_rows(*to_first_);
     const bool is_quick = is_plain() && fits_vectors(*first_frame_) && fits_vectors(*second_frame_);
     this->for_rows(part, [&](std::int32_t y) {
         const qx::VectorRow to_second = second_rows.row(y), to_first = first_rows.row(y);
@@ -128,11 +128,7 @@ FloatPixel FnMotionEstimateGradientTweenerBuildPicture<Pixel>::read(const Frame&
     const Place across = place_of(px - 0.5f), down = place_of(py - 0.5f);
     if (parameters_.has(kHighQualityFilter)) return read_by_sinc(frame, across, down);
     const auto corner = [&](int dx, int dy) { return as_floats(frame.read(across.whole + dx, down.whole + dy)); };
-    const auto mix = [](const FloatPixel& a, const FloatPixel& b, float f) {
-        return FloatPixel::of([f](float p, float q) { return lerp(p, q, f); }, a, b);
-    };
-    return mix(mix(corner(0, 0), corner(1, 0), across.fraction), mix(corner(0, 1), corner(1, 1), across.fraction),
-               down.fraction);
+    return MixAt{across.fraction, down.fraction}(corner(0, 0), corner(1, 0), corner(0, 1), corner(1, 1));
 }
 
 template <class Pixel>

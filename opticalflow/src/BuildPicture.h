@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "opticalflow/src/FlowPicture.h"
@@ -75,7 +76,8 @@ private:
 
     const Frame *first_frame_, *second_frame_;
     FnMotionEstimateGradientTweeningParameters parameters_;
-    float scale_ = 1;  ///< picture pixels a pixel of the field
+    float scale_ = 1;                                    ///< picture pixels a pixel of the field
+    std::optional<EnlargedField> to_second_, to_first_;  ///< the results at the picture's size
     bool has_states_ = false;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <utility>
 
@@ -13,6 +14,9 @@ inline bool equal(const HvVec2& a, const HvVec2& b) { return a.x == b.x && a.y =
 inline bool is_valid(const HvVec2& v) { return v.x != INVALID_VECTOR; }
 /// What stands in for a neighbour's vector in a mean has both components.
 inline bool is_whole(const HvVec2& v) { return v.x != INVALID_VECTOR && v.y != INVALID_VECTOR; }
+
+/// How far two vectors lie apart, along both axes.
+inline float distance(const HvVec2& a, const HvVec2& b) { return std::fabs(a.x - b.x) + std::fabs(a.y - b.y); }
 
 /// Half as many exchanges as there are entries, and one where there is one.
 template <class T> void shuffle(T* list, int count, RandomSequence& random) {
@@ -54,7 +58,6 @@ public:
     }
 
     void shuffle(RandomSequence& random) { solvan_of::shuffle(list_, count_, random); }
-    void shuffle_fully(RandomSequence& random) { solvan_of::shuffle_fully(list_, count_, random); }
 
     int count() const { return count_; }
     const HvVec2& operator[](int i) const { return list_[i]; }

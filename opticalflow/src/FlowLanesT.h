@@ -4,21 +4,20 @@
 
 #include "lanes/Level.h"
 #include "lanes/PixelAccess.h"
+#include "opticalflow/src/Position.h"
 
 namespace qx::QX_ISA {
 
 using Floats = Wide<float>;
 using Ints = Wide<std::int32_t>;
 
-inline constexpr float kFarAway = 1e9f;  ///< what lies farther off, and what is no number, counts as this
-
-/// Integer parts of positions, the lower ones for negatives too, and what is above them.
+/// Integer parts of positions, the lower ones for negatives too, and what is above them: place_of in lanes.
 struct Places {
     Ints whole;
     Floats fraction;
 };
 QX_INLINE Places places_of(Floats position) {
-    const Floats far = splat<Floats>(kFarAway);
+    const Floats far = splat<Floats>(solvan_of::kFarAway);
     const Floats within = position < far ? position : far;  // a NaN becomes what it must not yet
     const Floats near = position >= -far ? within : -far;
     const Floats below = floor_of(near);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "lanes/Shuffles.h"
+#include "opticalflow/src/Candidates.h"
 #include "opticalflow/src/FlowChoice.h"
 #include "opticalflow/src/FlowLanesT.h"
 #include "opticalflow/src/FlowSampleT.h"
@@ -143,36 +144,32 @@ QX_INLINE Floats data_costs(Floats difference, float weight) {
     return size_of(difference) * splat<Floats>(weight) / 123.0f * 65535.0f;
 }
 
-/// Numbers for the draws that the shuffle of so many entries takes, each a step of two of the sequence.
+/// What becomes of the random state by the shuffle of so many entries.
 struct RandomJumps {
     std::uint32_t factor[kSlots + 1], term[kSlots + 1];
 
     constexpr RandomJumps() : factor{}, term{} {
-        constexpr std::uint32_t kFactor = 1103515245, kTerm = 12345;
+        using Sequence = solvan_of::RandomSequence;
         for (std::int32_t count = 0; count <= kSlots; ++count) {
             factor[count] = 1;
-            for (std::int32_t k = count == 0 ? 0 : 2 * (2 * ((count - 1) / 2 + 1)); k > 0; --k) {
-                factor[count] *= kFactor;
-                term[count] = term[count] * kFactor + kTerm;
+            for (int draws = solvan_of::draws_of_shuffle(count); draws > 0; --draws) {
+                factor[count] *= Sequence::kTwoFactor;
+                term[count] = term[count] * Sequence::kTwoFactor + Sequence::kTwoTerm;
             }
         }
     }
 };
 inline constexpr RandomJumps kJumps{};
 
-/// One draw, which is two steps.
-struct OneDraw {
-    std::uint32_t factor = 1103515245u * 1103515245u, term = 12345u * 1103515245u + 12345u;
-};
-inline constexpr OneDraw kOneDraw{};
 QX_INLINE void skip_shuffle(std::uint32_t& state, std::int32_t count) {
     state = state * kJumps.factor[count] + kJumps.term[count];
 }
 
 /// As if so many numbers had been drawn.
 QX_INLINE void skip_draws(std::uint32_t& state, std::int32_t draws) {
+    using Sequence = solvan_of::RandomSequence;
     for (; draws > 1; draws -= 2) state = state * kJumps.factor[1] + kJumps.term[1];
-    if (draws == 1) state = state * kOneDraw.factor + kOneDraw.term;
+    if (draws == 1) state = state * Sequence::kTwoFactor + Sequence::kTwoTerm;
 }
 
 /// Bits of lanes in memory, for work on one after another.

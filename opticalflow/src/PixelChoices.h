@@ -8,9 +8,6 @@
 
 namespace solvan_of {
 
-/// How far two vectors lie apart, along both axes.
-inline float distance(const HvVec2& a, const HvVec2& b) { return std::fabs(a.x - b.x) + std::fabs(a.y - b.y); }
-
 /// What a difference of luminance costs.
 inline float data_cost(float difference, float weight) { return std::fabs(difference) * weight / 123.0f * 65535.0f; }
 

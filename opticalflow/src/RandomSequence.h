@@ -8,6 +8,10 @@ namespace solvan_of {
 /// Numbers of 15 bits for the order of candidates; equal on every machine.
 class RandomSequence {
 public:
+    /// A step of the state; a draw takes two.
+    static constexpr std::uint32_t kFactor = 1103515245, kTerm = 12345;
+    static constexpr std::uint32_t kTwoFactor = kFactor * kFactor, kTwoTerm = kTerm * kFactor + kTerm;
+
     explicit RandomSequence(std::uint32_t state) : state_(state) {}
 
     std::uint32_t draw() {
@@ -24,8 +28,6 @@ public:
     std::uint32_t state() const { return state_; }
 
 private:
-    static constexpr std::uint32_t kFactor = 1103515245, kTerm = 12345;
-    static constexpr std::uint32_t kTwoFactor = kFactor * kFactor, kTwoTerm = kTerm * kFactor + kTerm;
     static constexpr std::uint32_t step(std::uint32_t s) { return s * kFactor + kTerm; }
 
     std::uint32_t state_;

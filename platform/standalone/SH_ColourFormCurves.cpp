@@ -180,7 +180,7 @@ bool FormCurves::make_for_floats(cmsToneCurve* const* curves, Side side, int ter
     if (std::all_of(curves, curves + 3, is_table)) {
         kind_ = qx::CurveKind::steps;
         return make_values(steps_, curves, [](const cmsToneCurve* curve, std::size_t place) {
-            const auto step = static_cast<cmsUInt16Number>(place - 1);  // the last one comes first
+            const auto step = static_cast<cmsUInt16Number>(place);
             return static_cast<float>(cmsEvalToneCurve16(curve, step) / 65535.0);
         });
     }

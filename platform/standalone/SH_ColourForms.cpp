@@ -3,6 +3,7 @@
 
 #include <lcms2_plugin.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
@@ -84,7 +85,8 @@ class Form final : public ColourForm, public TK_MemTrackedObject {
 public:
     /// @return false where there is no such form
     bool make(const Chain& law, ColourDepth src, ColourDepth dst, bool clip) {
-        const auto& kernels = qx::colour_kernels_of(level_of_processor());
+        const qx::Level level = level_of_processor();
+        const auto& kernels = qx::colour_kernels_of(level);
         if (!set_matrix(law.matrix, chain_)) return false;
         const int terms = dst == ColourDepth::eight ? qx::kPowerTerms8 : qx::kPowerTerms;
         const bool made = src == ColourDepth::real
@@ -94,13 +96,17 @@ public:
         chain_.in = in_.curves(), chain_.out = out_.curves(), chain_.clip = clip;
         const auto from = static_cast<int>(src), to = static_cast<int>(dst);
         const auto kind_in = static_cast<int>(in_.kind()), kind_out = static_cast<int>(out_.kind());
-        const auto& runs = src == ColourDepth::real ? kernels.from_floats[kind_in] : kernels.from_codes[from];
+        const auto& own = looks_up_all() ? qx::colour_kernels_of(std::min(level, qx::Level::avx2)) : kernels;
+        const auto& runs = src == ColourDepth::real ? own.from_floats[kind_in] : own.from_codes[from];
         run_ = runs.to[to][kind_out];
         return true;
     }
     void run(const void* src, void* dst, std::int64_t count) const override { run_(chain_, count, src, dst); }
 
 private:
+    /// Lookups are all that counts then, and registers of 64 bytes take longer for them than those of 32.
+    bool looks_up_all() const { return in_.kind() == qx::CurveKind::steps && out_.kind() == qx::CurveKind::steps; }
+
     FormCurves in_, out_;
     qx::ColourChain chain_{};
     qx::ColourRun run_ = nullptr;

@@ -30,7 +30,7 @@ struct PowerCurve {
     float scales[256];
 };
 
-/// A curve of the library that is a table tells 65,536 numbers apart. The last of its answers comes first.
+/// A curve of the library that is a table tells 65,536 numbers apart.
 inline constexpr int kSteps = 65536;
 
 /// Curves of the three colours.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Body of the kernels of colour chains, for one level. A bundle of pixels is read into planes, each colour goes through
 // its curve, the matrix mixes them, each goes through its curve again.
-#include "lanes/Doubles.h"
 #include "lanes/Level.h"
 #include "lanes/PixelAccess.h"
 #include "lanes/Scattered.h"
@@ -109,29 +108,27 @@ void power(const PowerCurve& curve, int terms, std::int64_t count, const float* 
 
 // --- steps -----------------------------------------------------------------------------------------
 /// The colour library's own way to the nearest step, which begins one in 131,072 of a step early: what lies 32,767
-/// below the step is rounded to 16.16. The last step does not fit and gives the least place, where its value lies. What
-/// is no number goes where it goes there.
+/// below the step is rounded to 16.16. What is no number goes where it goes there.
 inline constexpr float kStepOfNone = 32767.0f / 65535;
 inline constexpr double kFixed = 65535.0 * 65536, kFixedStart = -32766.5 * 65536;
 
-template <class F> QX_INLINE auto fixed_step(F x) {
+/// Registers find the step without doubles: one that is right or one too low, then what is left of x * 65535, of which
+/// x * 65536 less the step is exact, and so is that less where the next step begins.
+template <class F> QX_INLINE auto step_of(F x) {
     if constexpr (!is_wide<F>) {
-        return _mm_cvtsd_si32(_mm_set_sd(double{x} * kFixed + kFixedStart));
-    } else if constexpr (sizeof(F) == 16) {
-        Vector<std::int32_t, sizeof(F)> made;
-        for (int i = 0; i < 4; ++i) made[i] = fixed_step<float>(x[i]);
-        return made;
+        const std::int64_t fixed = _mm_cvtsd_si64(_mm_set_sd(double{x} * kFixed + kFixedStart));
+        return static_cast<std::int32_t>(fixed >> 16) + 32767;
     } else {
-        const auto half = [](auto part) QX_LAMBDA { return rounded_to_int(to_double(part) * kFixed + kFixedStart); };
-        return of_both(half(part_of<sizeof(F) / 2, 0>(x)), half(part_of<sizeof(F) / 2, 1>(x)));
+        constexpr float next = 0.5f - 0x1p-17f;
+        const auto low = truncate_to_int(x * 65535.0f + 0.49f);
+        const F left = x * 65536.0f - to_float(low);
+        return low - (Vector<std::int32_t, sizeof(F)>)(left - next >= x);
     }
 }
-/// Gathers where that is asked for: in registers of 64 bytes chains from floats with two tables were half as fast by
-/// loads.
+/// Gathers where that is asked for: in registers of 64 bytes single loads are slower.
 template <bool Gathers> QX_INLINE Floats value_of_step(const float* values, Floats x) {
     const Floats limited = lesser(greater(x, Floats{}), splat<Floats>(1.0f));
-    const Ints fixed = fixed_step<Floats>(x == x ? limited : splat<Floats>(kStepOfNone));
-    const Ints place = (fixed >> 16) + kSteps / 2;
+    const Ints place = step_of(x == x ? limited : splat<Floats>(kStepOfNone));
     return Gathers ? of_bits(gather(values, place * 4)) : value_at(values, place);
 }
 

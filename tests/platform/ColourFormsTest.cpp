@@ -200,6 +200,41 @@ TEST(ColourForms, FloatsKeepToTheLaw) {
     }
 }
 
+/// Numbers around the place where each step of a table begins, and the smallest ones.
+Pixels<float> around_steps(int stride) {
+    Pixels<float> made;
+    for (int step = 0; step < 65536; step += stride) {
+        float x = static_cast<float>((step + 0.5 - 1.0 / 131072) / 65535);
+        for (int i = 0; i < 24; ++i) x = std::nextafter(x, 0.0f);
+        for (int i = 0; i < 16; ++i) {
+            const float y = std::nextafter(x, 2.0f), z = std::nextafter(y, 2.0f);
+            made.push_back({1, x, y, z});
+            x = std::nextafter(z, 2.0f);
+        }
+    }
+    for (float x = 1e-45f; x < 1; x *= 1.9f) made.push_back({1, x, 1 - x, -x});
+    return made;
+}
+
+TEST(ColourForms, StepsOfTablesBeginWhereTheLawsDo) {
+    const Curve every_step = table(32768, 1);  // of more the library's products wrap
+    Stages stages;
+    const Pipeline& law = stages.curves(every_step).curves(parametric(1, {1})).pipeline;
+    const Pixels<float> src = around_steps(kWhole ? 1 : 97);
+    for (const auto level : kLevels) {
+        if (level > standalone::DetectedProcessorLevel()) continue;
+        standalone::SetProcessorLevel(level);
+        const auto form = MakeColourForm(law.get(), ColourDepth::real, ColourDepth::real, false);
+        standalone::SetProcessorLevel(standalone::ProcessorLevel::widest);
+        const Pixels<float> own = made<float, float>(*form, src);
+        for (std::size_t i = 0; i < src.size(); ++i) {
+            ASSERT_EQ(own[i].red, cmsEvalToneCurveFloat(every_step.get(), src[i].red)) << src[i].red;
+            ASSERT_EQ(own[i].green, cmsEvalToneCurveFloat(every_step.get(), src[i].green)) << src[i].green;
+            ASSERT_EQ(own[i].blue, cmsEvalToneCurveFloat(every_step.get(), src[i].blue)) << src[i].blue;
+        }
+    }
+}
+
 /// Stages of all kinds, by hand. Channels differ, but for the tables.
 std::vector<Pair> chains_by_hand() {
     const std::array<double, 9> mixing{0.7, 0.2, 0.1, 0.1, 0.8, 0.1, -0.05, 0.15, 0.9},

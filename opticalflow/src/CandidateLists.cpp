@@ -6,16 +6,17 @@
 namespace solvan_of {
 
 bool CandidateLists::begin(const FieldTexture& field) {
-    count_ = field.width() * field.height();
+    width_ = field.width(), height_ = field.height();
     field_ = field.row(0);
-    lists_ = engineBlock<List>(static_cast<std::size_t>(count_));
-    next_ = engineBlock<std::int32_t>(static_cast<std::size_t>(count_));
-    if (lists_ == nullptr || next_ == nullptr) return false;
-    empty_all();
-    return true;
+    const auto count = std::size_t(width_) * std::size_t(height_);
+    lists_ = engineBlock<List>(count);
+    next_ = engineBlock<std::int32_t>(count);
+    return lists_ != nullptr && next_ != nullptr;
 }
 
-void CandidateLists::empty_all() { std::fill_n(lists_.get(), count_, List{0, 0, 0}); }
+void CandidateLists::empty_rows(std::int32_t begin, std::int32_t end) {
+    std::fill_n(lists_.get() + std::ptrdiff_t{begin} * width_, std::ptrdiff_t{end - begin} * width_, List{0, 0, 0});
+}
 
 bool CandidateLists::holds(std::int32_t list, const HvVec2& v) const {
     for (std::int32_t left = lists_[list].count, at = lists_[list].head; left > 0; --left, at = next_[at])

@@ -10,15 +10,19 @@ namespace solvan_of {
 /// which stands in one list at most. So the lists of a field take one block of four numbers a pixel.
 class CandidateLists {
 public:
-    /// Lists of a field, all empty. @return false where there is no memory
+    /// Lists of a field, to be emptied. @return false where there is no memory
     bool begin(const FieldTexture& field);
-    void empty_all();
+    void empty_all() { empty_rows(0, height_); }
+    void empty_rows(std::int32_t begin, std::int32_t end);
 
     bool is_empty(std::int32_t list) const { return lists_[list].count == 0; }
     void empty(std::int32_t list) { lists_[list].count = 0; }
-    bool holds(std::int32_t list, const HvVec2& v) const;
     /// The field's pixel `entry` behind what the list has.
     void append(std::int32_t list, std::int32_t entry);
+    /// The same, unless the list has such a vector.
+    void append_new(std::int32_t list, std::int32_t entry) {
+        if (is_empty(list) || !holds(list, field_[entry])) append(list, entry);
+    }
     std::int32_t first(std::int32_t list) const { return lists_[list].head; }
     /// The list becomes that one entry, wherever else it stands.
     void become(std::int32_t list, std::int32_t entry) { lists_[list] = {entry, entry, 1}; }
@@ -31,13 +35,15 @@ public:
     }
 
 private:
+    bool holds(std::int32_t list, const HvVec2& v) const;
+
     struct List {
         std::int32_t head, tail, count;
     };
     EngineBlock<List> lists_;
     EngineBlock<std::int32_t> next_;
     const HvVec2* field_ = nullptr;
-    std::int32_t count_ = 0;
+    std::int32_t width_ = 0, height_ = 0;
 };
 
 }  // namespace solvan_of

@@ -33,8 +33,19 @@ struct TweenRow {
 /// What stands for a frame where a vector's displacement overflows, and where it leads outside.
 inline constexpr float kOverflowShows = 128.0f, kOutsideShows = 16711425.0f;
 
+/// Vectors of a stretch of a row, and the field that they lead through.
+struct LeadRow {
+    const HvVec2* vectors;
+    std::int32_t x, y, count;  ///< where the stretch begins, its length
+    std::int32_t width, height;
+    float k;  ///< share of a vector
+};
+inline constexpr std::int32_t kLeadsNowhere = -1;
+
 struct FlowTween {
     void (*choose)(TweenRow& row);
+    /// Numbers of the pixels to which the vectors lead.
+    void (*lead)(const LeadRow& row, std::int32_t* to);
 };
 QX_DECLARE_LEVELS(FlowTween, flow_tween)
 

@@ -188,7 +188,23 @@ inline void choose(TweenRow& row) {
     });
 }
 
+/// What overflows leads to the first pixel.
+inline void lead(const LeadRow& row, std::int32_t* to) {
+    const Floats middle = splat<Floats>(static_cast<float>(row.y) + 0.5f), none = splat<Floats>(INVALID_VECTOR);
+    for_lanes(row.count, [&](std::int32_t at, std::int32_t count) QX_LAMBDA {
+        Floats vx, vy;
+        load_some_vectors(row.vectors + at, count, vx, vy);
+        const Floats dx = row.k * vx, dy = row.k * vy;
+        const Mask overflows = dx == none;
+        const Ints x = places_of(to_float(lane_numbers<Ints>() + (row.x + at)) + 0.5f - dx).whole;
+        const Ints y = places_of(middle + dy).whole;
+        const Mask inside = both(vx != none, both(lies_in(x, row.width), lies_in(y, row.height)));
+        const Ints led = inside ? y * row.width + x : splat<Ints>(kLeadsNowhere);
+        store_some(to + at, both(vx != none, overflows) ? Ints{} : led, count);
+    });
+}
+
 extern const FlowTween flow_tween;
-const FlowTween flow_tween{.choose = &choose};
+const FlowTween flow_tween{.choose = &choose, .lead = &lead};
 
 }  // namespace qx::QX_ISA

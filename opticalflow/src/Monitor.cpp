@@ -25,9 +25,15 @@ void FnMotionEstimateGradientChangedNeighboursMonitor::begin() {
     const HvVec2 b = first_->background;
     map_.background = place_of(std::sqrt(b.x * b.x + b.y * b.y)).whole;
     saved_.background = b;
-    map_.fill(1);
-    for (std::int32_t y = 0; y < height_; ++y) std::copy_n(first_->row(y), width_, saved_.row(y));
+    run_parts<FnMotionEstimateGradientChangedNeighboursMonitor,
+              &FnMotionEstimateGradientChangedNeighboursMonitor::save_rows>(state(), *this);
     is_first_ = false;
+}
+
+void FnMotionEstimateGradientChangedNeighboursMonitor::save_rows(int part) {
+    const PartRows rows = rows_of_part(height_, part, processorCount());
+    map_.fill_rows(rows.begin, rows.end, 1);
+    for (std::int32_t y = rows.begin; y < rows.end; ++y) std::copy_n(first_->row(y), width_, saved_.row(y));
 }
 
 void FnMotionEstimateGradientChangedNeighboursMonitor::processPart(int part) {

@@ -39,6 +39,7 @@ protected:
 
 private:
     void begin();
+    void save_rows(int part);
 
     IntTexture map_;
     FieldTexture saved_;

@@ -17,7 +17,7 @@ void FnMultiProcessor::run() {
         if (interrupted(0)) continue;
         if ((options_ & kParallel) != 0) {
             flags_ |= kInParallel;
-            run_parts<FnMultiProcessor, &FnMultiProcessor::run_part>(*this);
+            run_parts<FnMultiProcessor, &FnMultiProcessor::run_part>(state(), *this);
             flags_ &= ~kInParallel;
         } else {
             processPart(0);

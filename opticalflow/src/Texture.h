@@ -114,8 +114,9 @@ public:
         return MixAt{across.fraction, down.fraction}(corner(0, 0), corner(1, 0), corner(0, 1), corner(1, 1));
     }
 
-    void fill(const Pixel& value) {
-        for (std::int32_t line = y.first; line <= y.last; ++line) {
+    void fill(const Pixel& value) { fill_rows(y.first, y.last + 1, value); }
+    void fill_rows(std::int32_t begin, std::int32_t end, const Pixel& value) {
+        for (std::int32_t line = begin; line < end; ++line) {
             Pixel* const to = row(line);
             for (std::int32_t i = x.first; i <= x.last; ++i) to[i] = value;
         }

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "opticalflow/src/Tweener.h"
 
+#include <algorithm>
+#include <array>
+
+#include "opticalflow/src/Kernels.h"
 #include "opticalflow/src/Occlusion.h"
 #include "opticalflow/src/SpatialCandidates.h"
 
@@ -16,18 +20,15 @@ float tween_position(double position) {
 void FnMotionEstimateGradientTweenerGenerateTemporalCandidates::processPart(int part) {
     const float k = from_first_ ? position : 1.0f - position;
     CandidateLists& lists = from_first_ ? *first_candidates : *second_candidates;
+    const auto lead = kernels().tween->lead;
+    std::array<std::int32_t, 256> led;
     for_rows(part, [&](std::int32_t y) {
         const HvVec2* const row = first_->row(y);
-        for (std::int32_t x = 0; x < width; ++x) {
-            const HvVec2 v = row[x];
-            if (!is_valid(v)) continue;
-            const float dx = k * v.x, dy = k * v.y;
-            const bool overflows = dx == INVALID_VECTOR;
-            const std::int32_t qx = overflows ? 0 : place_of(static_cast<float>(x) + 0.5f - dx).whole;
-            const std::int32_t qy = overflows ? 0 : place_of(static_cast<float>(y) + 0.5f + dy).whole;
-            if (qx < 0 || qy < 0 || qx >= width || qy >= height) continue;
-            const std::int32_t list = number(qx, qy);
-            if (!lists.holds(list, v)) lists.append(list, number(x, y));
+        for (std::int32_t x = 0, count; x < width; x += count) {
+            count = std::min(width - x, static_cast<std::int32_t>(led.size()));
+            lead({row + x, x, y, count, width, height, k}, led.data());
+            for (std::int32_t i = 0; i < count; ++i)
+                if (led[i] != qx::kLeadsNowhere) lists.append_new(led[i], number(x + i, y));
         }
     });
 }
@@ -50,17 +51,26 @@ bool FnMotionEstimateGradientTweener::prepare() {
         occlusion_map = &own_map_;
         if (!own_map_.allocate(width, height)) return false;
     }
-    occlusion_map->fill(has(kGuessesOcclusions) ? kNotLookedAt : kSeenInBoth);
     if (!has(kResultsAreGiven)) {
         to_second = &own_to_second_;
         to_first = &own_to_first_;
         if (!own_to_second_.allocate(width, height) || !own_to_first_.allocate(width, height)) return false;
     }
-    to_second->fill({INVALID_VECTOR, INVALID_VECTOR});
-    to_first->fill({INVALID_VECTOR, INVALID_VECTOR});
     first_candidates = &first_lists_;
     second_candidates = &second_lists_;
-    return first_lists_.begin(*forward) && second_lists_.begin(*backward);
+    if (!first_lists_.begin(*forward) || !second_lists_.begin(*backward)) return false;
+    run_parts<FnMotionEstimateGradientTweener, &FnMotionEstimateGradientTweener::empty_rows>(state(), *this);
+    return true;
+}
+
+/// Side by side, since memory that the system gives anew takes longer to come than to be filled.
+void FnMotionEstimateGradientTweener::empty_rows(int part) {
+    const PartRows rows = rows_of_part(height, part, processorCount());
+    occlusion_map->fill_rows(rows.begin, rows.end, has(kGuessesOcclusions) ? kNotLookedAt : kSeenInBoth);
+    to_second->fill_rows(rows.begin, rows.end, {INVALID_VECTOR, INVALID_VECTOR});
+    to_first->fill_rows(rows.begin, rows.end, {INVALID_VECTOR, INVALID_VECTOR});
+    first_lists_.empty_rows(rows.begin, rows.end);
+    second_lists_.empty_rows(rows.begin, rows.end);
 }
 
 void FnMotionEstimateGradientTweener::generate_candidates() {

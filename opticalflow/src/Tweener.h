@@ -37,6 +37,7 @@ protected:
 
 private:
     bool prepare();
+    void empty_rows(int part);
     void generate_candidates();
 
     CandidateLists first_lists_, second_lists_;

@@ -12,8 +12,10 @@ std::recursive_mutex& engineLock() {
 
 void* engineAllocate(std::size_t bytes) {
     const std::unique_lock<std::recursive_mutex> held(engineLock());
-    return TK_AllocatePtr(0, "Solvan image", bytes);
+    return engineAllocateUnlocked(bytes);
 }
+
+void* engineAllocateUnlocked(std::size_t bytes) { return TK_AllocatePtr(0, "Solvan image", bytes); }
 
 void engineFree(void* block) {
     if (block != nullptr) TK_FreePtr(block);

@@ -32,10 +32,10 @@ struct PartRows {
 PartRows rows_of_part(std::int32_t rows, int part, int parts);
 
 /// Runs `stage.*member(part)` for all parts.
-template <class Stage, void (Stage::*member)(int)> void run_parts(Stage& stage) {
+template <class Stage, void (Stage::*member)(int)> void run_parts(InterruptState& state, Stage& stage) {
     const auto enter = +[](std::intptr_t object, int part) { (reinterpret_cast<Stage*>(object)->*member)(part); };
     const auto argument = reinterpret_cast<std::intptr_t>(&stage);
-    runOnAllProcessors(stage.state(), reinterpret_cast<PartFunction>(enter), 1, &argument);
+    runOnAllProcessors(state, reinterpret_cast<PartFunction>(enter), 1, &argument);
 }
 
 /// What hosts that iterate through a suite are asked by; kept from call to call.

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "opticalflow/src/Kernels.h"
+#include "opticalflow/src/NeighbourMean.h"
 
 namespace solvan_of {
 
@@ -77,9 +78,8 @@ float FnMotionEstimateGradientSmooth::smoothness_cost(const HvVec2& v, const HvV
 // What is kept of the chosen vector has its weight, and is weighted again when it is used again: kept.
 void FnMotionEstimateGradientSmooth::choose(std::int32_t y, const Choice& choice) {
     const FieldTexture& saved = monitor_->saved();
-    const HvVec2 mean = neighbour_mean(choice.x, y, width_, [&](std::int32_t row) -> const HvVec2* {
-        return row < 0 || row >= height_ ? nullptr : saved.row(row);
-    });
+    const auto row_of = [&](std::int32_t row) { return row < 0 || row >= height_ ? nullptr : saved.row(row); };
+    const HvVec2 mean = qx::mean_around({row_of(y - 1), row_of(y), row_of(y + 1)}, choice.x, width_);
     float best = INVALID_VECTOR, best_data = INVALID_VECTOR;
     int chosen = -1;
     for (int i = 0; i < choice.list.count() && best != 0.0f; ++i) {

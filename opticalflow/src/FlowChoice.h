@@ -7,6 +7,7 @@
 #include "lanes/Levels.h"
 #include "opticalflow/src/FlowRing.h"
 #include "opticalflow/src/HvVec2.h"
+#include "opticalflow/src/NeighbourMean.h"
 
 namespace qx {
 
@@ -23,11 +24,6 @@ constexpr std::size_t padded_row(std::int32_t width) { return std::size_t(width)
 struct CandidateRow {
     float *x, *y;
     std::int32_t* changed;  ///< all set where a vector counts as changed, else 0
-};
-
-/// Rows of a field around a pixel; those beside the field are null.
-struct ThreeRows {
-    const HvVec2 *above, *row, *below;
 };
 
 /// Says which of equal costs a shuffle puts first: as lowest_after_shuffle.

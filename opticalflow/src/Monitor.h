@@ -47,23 +47,4 @@ private:
     std::atomic<bool> saw_invalid_{false};
 };
 
-/// The mean of a cell's whole neighbours, row above, beside, row below; (0, 0) where there are none. `row_of(y)` gives
-/// a row of vectors, null beside the field.
-template <class RowOf> HvVec2 neighbour_mean(std::int32_t x, std::int32_t y, std::int32_t width, const RowOf& row_of) {
-    HvVec2 sum{0, 0};
-    int count = 0;
-    const auto add = [&](const HvVec2* row, std::int32_t nx) {
-        if (row == nullptr || nx < 0 || nx >= width || !is_whole(row[nx])) return;
-        sum.x += row[nx].x;
-        sum.y += row[nx].y;
-        ++count;
-    };
-    const HvVec2 *above = row_of(y - 1), *own = row_of(y), *below = row_of(y + 1);
-    for (int dx = -1; dx <= 1; ++dx) add(above, x + dx);
-    add(own, x - 1), add(own, x + 1);
-    for (int dx = -1; dx <= 1; ++dx) add(below, x + dx);
-    if (count == 0) return {0, 0};
-    return {sum.x / static_cast<float>(count), sum.y / static_cast<float>(count)};
-}
-
 }  // namespace solvan_of

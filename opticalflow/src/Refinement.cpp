@@ -3,6 +3,7 @@
 
 #include "opticalflow/src/CandidateRows.h"
 #include "opticalflow/src/GeneralSampler.h"
+#include "opticalflow/src/NeighbourMean.h"
 
 namespace solvan_of {
 namespace {
@@ -142,7 +143,7 @@ void FnMotionEstimateGradientSmoothVectorsSinglePass::choose(std::int32_t y, con
     const float masked_cost = data_weight / 123.0f * 65535.0f * 123.0f;
     for (const PixelChoices::Pixel& pixel : choices) {
         const bool is_masked = images_.mask != nullptr && images_.mask->at(pixel.x, y) > 0.5f;
-        const HvVec2 mean = neighbour_mean(pixel.x, y, width_, row_of);
+        const HvVec2 mean = qx::mean_around({row_of(y - 1), row_of(y), row_of(y + 1)}, pixel.x, width_);
         const float here = images_.second->at(pixel.x, y);
         const HvVec2* const vectors = choices.vectors(pixel);
         float costs[PixelChoices::kMost];

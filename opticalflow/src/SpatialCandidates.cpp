@@ -2,6 +2,7 @@
 #include "opticalflow/src/SpatialCandidates.h"
 
 #include "opticalflow/src/CandidateRows.h"
+#include "opticalflow/src/NeighbourMean.h"
 
 namespace solvan_of {
 
@@ -96,7 +97,8 @@ bool SinglePass::is_visited(std::int32_t x, std::int32_t y) const {
 
 void SinglePass::work_on_row(std::int32_t y, int part, const PartRows& mine, TweenChoices& choices) {
     const auto mean = [&](const FieldTexture& field, const BorderRows& borders, std::int32_t x) {
-        return neighbour_mean(x, y, width, [&](std::int32_t row) { return borders.row(field, part, mine, row); });
+        const auto row_of = [&](std::int32_t row) { return borders.row(field, part, mine, row); };
+        return qx::mean_around({row_of(y - 1), row_of(y), row_of(y + 1)}, x, width);
     };
     const auto choose_all = [&] {
         choices.sample();

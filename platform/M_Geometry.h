@@ -32,6 +32,8 @@ static_assert(sizeof(M_LPoint) == 8);
 /// A rectangle is empty when it has no column or no row.
 constexpr bool M_EmptyLRect(const M_LRect& r) { return r.right <= r.left || r.bottom <= r.top; }
 
+template <class Number> struct RectT { Number left, top, right, bottom; };
+
 constexpr M_LRect M_RectToLRect(const M_Rect& r) { return {r.left, r.top, r.right, r.bottom}; }
 
 /// The negative in two's complement; the least number stays as it is.

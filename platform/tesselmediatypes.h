@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "platform/Platform_Export.h"
 
@@ -29,16 +30,53 @@ constexpr PixelFormat FourChannelFormat(const char (&text)[5], std::uint32_t pre
     return {std::uint64_t{properties} << 32 | FourCC(text)};
 }
 
-/// Bits of a component of a format of plain samples, else 0.
-constexpr int ComponentBits(PixelFormat format) {
+/// Whether a format's samples are plain numbers.
+constexpr bool IsPlain(PixelFormat format) { return (format.properties() >> 19 & 3) == 1; }
+/// Bits that the precision of a format stands for, whatever its samples are.
+constexpr int PrecisionBits(PixelFormat format) {
     constexpr int bits[8] = {8, 10, 16, 16, 24, 32, 0, 0};
-    const bool plain = (format.properties() >> 19 & 3) == 1;
-    return plain ? bits[format.properties() >> 1 & 7] : 0;
+    return bits[format.properties() >> 1 & 7];
 }
+/// Bits of a component of a format of plain samples, else 0.
+constexpr int ComponentBits(PixelFormat format) { return IsPlain(format) ? PrecisionBits(format) : 0; }
+
+/// Bytes of a pixel; 0 for a format without samples of whole pixels.
+constexpr std::uint32_t BytesPerPixel(PixelFormat format) {
+    const auto bits = static_cast<std::uint32_t>(PrecisionBits(format));
+    const std::uint32_t layout = format.properties() >> 8 & 7, packing = format.properties() >> 11 & 3;
+    if (IsPlain(format) && packing == 0 && layout != 0) return bits * 4 / 8;
+    if (IsPlain(format) && packing == 1) return (bits == 10 ? 0 : bits) * 2 / 8;
+    if (bits == 10) return 4;
+    return IsPlain(format) && packing == 0 ? bits * 3 / 8 : 0;
+}
+
+/// Of a format that is none: samples of no known kind.
+inline constexpr std::uint32_t kPixelFormatProperties_Invalid = 3u << 19;
 
 inline constexpr PixelFormat kPixelFormat_ARGB_4444_8u = FourChannelFormat("ARGB", 0);
 inline constexpr PixelFormat kPixelFormat_ARGB_4444_15u = FourChannelFormat("AR15", 2);
 inline constexpr PixelFormat kPixelFormat_ARGB_4444_32f = FourChannelFormat("ARGf", 5);
+inline constexpr PixelFormat kPixelFormat_None{std::uint64_t{kPixelFormatProperties_Invalid} << 32 | FourCC("badf")};
+
+/// The width of a pixel beside its height.
+class PixelAspectRatio {
+public:
+    constexpr PixelAspectRatio(std::uint32_t numerator, std::uint32_t denominator)
+        : numerator_(numerator), denominator_(denominator) {}
+    constexpr std::uint32_t GetNumerator() const { return numerator_; }
+    constexpr std::uint32_t GetDenominator() const { return denominator_; }
+
+private:
+    std::uint32_t numerator_, denominator_;
+};
+
+namespace color {
+/// What colours mean, by the host's name for it.
+struct ColorSpace {
+    std::string name;
+};
+inline bool operator==(const ColorSpace& a, const ColorSpace& b) { return a.name == b.name; }
+}  // namespace color
 
 /// Bytes that `height` rows of `width` pixels of a format take; 0 for a format without samples.
 PLATFORM_EXPORT std::uint64_t PixelFormatSize(PixelFormat format, int width, int height);

@@ -18,10 +18,10 @@ std::int32_t unknown_depth() {
 }
 
 std::int32_t depth_of_frame(VPix** frame) {
-    tesselmediatypes::PixelFormat format{};
-    if (!FK::GetFramePixelFormat(frame, &format)) return unknown_depth();
+    const auto behind = FK::GetVPixHandFrameMapping(frame);
+    if (!behind) return unknown_depth();
     int depth = 8;  // stays when the format is unknown, which is reported
-    QXp_PixelFormatToEffectWorldDepth(QXp_PixelFormatFromFrameFormat(format), &depth);
+    QXp_PixelFormatToEffectWorldDepth(QXp_PixelFormatFromFrameFormat(behind->GetPixelFormat()), &depth);
     return depth;
 }
 

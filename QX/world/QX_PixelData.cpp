@@ -3,7 +3,6 @@
 
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_WorldDepth.h"
-#include "platform/FK_Frames.h"
 #include "platform/TK_Report.h"
 
 namespace {
@@ -12,6 +11,10 @@ void report(const char* words) { TKp_ReportErrString(qx::site(qx::Place::pixel_d
 
 int pixel_data(QX_LayerDef* world, void* pixels, int depth, const char* refusal, void** out) {
     if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::pixel_data);
+    if (out == nullptr) {
+        qx::report_text(qx::Place::pixel_data, qx::Text::invalid_parameter);
+        return kQX_BadParameter;
+    }
     *out = nullptr;
     if (world == nullptr) {
         report(refusal);
@@ -34,21 +37,4 @@ int QX_GetPixelData16(QX_LayerDef* world, void* pixels, void** out) {
 
 int QX_GetPixelDataFloat(QX_LayerDef* world, void* pixels, void** out) {
     return pixel_data(world, pixels, 32, "bad parameter passed to QX_GetPixelDataFloat", out);
-}
-
-int QX_GetPixelDataFloatGPU(const QX_LayerDef* world, void** out) {
-    *out = nullptr;
-    void* memory = nullptr;
-    VPix** frame = world != nullptr ? world->platform_ref : nullptr;
-    if (frame == nullptr || !FK::GetFrameDeviceMemory(frame, &memory)) {
-        report("bad parameter passed to QX_GetPixelDataFloatGPU");
-        return kQX_BadParameter;
-    }
-    tesselmediatypes::PixelFormat format{};
-    if (!FK::GetFramePixelFormat(frame, &format) || !(format == GK::kPixelFormat_GPU_BGRA_4444_32f)) {
-        report("unsupported gpu pixel format passed to QX_GetPixelDataFloatGPU");
-        return 0;
-    }
-    *out = memory;
-    return 0;
 }

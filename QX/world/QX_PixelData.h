@@ -10,7 +10,3 @@
 QX_EXPORT int QX_GetPixelData8(QX_LayerDef* world, void* pixels, void** out);
 QX_EXPORT int QX_GetPixelData16(QX_LayerDef* world, void* pixels, void** out);
 QX_EXPORT int QX_GetPixelDataFloat(QX_LayerDef* world, void* pixels, void** out);
-
-/// The device's address of a float frame that lives on the GPU. A frame of another format gives null after a report.
-/// @return 0; 516 after a report for a world without a frame on the GPU
-QX_EXPORT int QX_GetPixelDataFloatGPU(const QX_LayerDef* world, void** out);

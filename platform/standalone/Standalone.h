@@ -52,10 +52,25 @@ PLATFORM_EXPORT void FailAllocationsFrom(std::int64_t nth);
 PLATFORM_EXPORT std::int64_t PurgeRecycled();
 
 // --- frames and registry ---------------------------------------------------------------------------
-/// A frame without pixels, for tests of what refuses it. Those of other formats than the processor's pass for frames on
-/// a GPU. Lives until disposed.
+/// The handle of a frame without pixels, for tests of what refuses it. Those of other formats than the processor's pass
+/// for frames on a GPU. Lives until disposed.
 PLATFORM_EXPORT VPix** NewFakeFrame(tesselmediatypes::PixelFormat format);
-PLATFORM_EXPORT int LiveFakeFrames();
+/// Handles of frames that were not given back.
+PLATFORM_EXPORT int LiveFrameHandles();
+
+/// What a GPU and its library of renderers would do, for which the host itself has nothing: there is no device, no
+/// frame can be made or read back, and a renderer's identity goes nowhere. What is empty stays so.
+struct Gpu {
+    std::function<boost::shared_ptr<GK::Device>(GK::DeviceFramework framework)> device{};
+    std::function<std::int32_t(tesselmediatypes::PixelFormat format, const MK::FrameBounds& bounds,
+                               InterfaceRef<MK::IVideoFrame>* frame)>
+        new_frame{};
+    std::function<InterfaceRef<MK::IVideoFrame>(const InterfaceRef<MK::IVideoFrame>& frame,
+                                                tesselmediatypes::PixelFormat format)>
+        read_back{};
+    std::function<void(const Guid& id)> renderer_changed{};
+};
+PLATFORM_EXPORT void SetGpu(const Gpu& gpu);
 /// Makes HCL_GetXIFAddressProc fail with this code; 0 ends that.
 PLATFORM_EXPORT void SetRegistryError(int code);
 /// What the registry finds instead of the stand-alone engine's procedures; an empty one gives them back. Either way the

@@ -88,14 +88,14 @@ TEST(Processor, LevelsSetFlagsButNeverAboveTheProcessor) {
 }
 
 TEST(Frames, FakeFrameAnswersUntilItIsDisposed) {
-    const int live = standalone::LiveFakeFrames();
+    const int live = standalone::LiveFrameHandles();
     VPix** frame = standalone::NewFakeFrame(GK::kPixelFormat_GPU_BGRA_4444_16f);
-    EXPECT_EQ(standalone::LiveFakeFrames(), live + 1);
-    tesselmediatypes::PixelFormat format{};
-    EXPECT_TRUE(FK::GetFramePixelFormat(frame, &format) && format == GK::kPixelFormat_GPU_BGRA_4444_16f);
+    EXPECT_EQ(standalone::LiveFrameHandles(), live + 1);
+    const auto behind = FK::GetVPixHandFrameMapping(frame);
+    EXPECT_TRUE(behind && behind->GetPixelFormat() == GK::kPixelFormat_GPU_BGRA_4444_16f);
     FK::DisposeVPixFromVideoFrame(frame);
-    EXPECT_EQ(standalone::LiveFakeFrames(), live);
-    EXPECT_FALSE(FK::GetFramePixelFormat(frame, &format) || FK::GetFramePixelFormat(nullptr, &format));
+    EXPECT_EQ(standalone::LiveFrameHandles(), live);
+    EXPECT_FALSE(FK::GetVPixHandFrameMapping(frame) || FK::GetVPixHandFrameMapping(nullptr));
 }
 
 TEST(Frames, BytesOfAPixelFollowFromTheProperties) {

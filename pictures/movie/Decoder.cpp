@@ -81,9 +81,7 @@ Decoder::Decoder(const char* file, int threads, std::int64_t most_bytes)
         index_.begin_at(last_);
         index_.find_rate(movie_->video(), last_duration);
     }
-    stamps_.reserve(index_.frames.size() + 1);
-    for (const auto& frame : index_.frames) stamps_.push_back(frame.stamp);
-    stamps_.push_back(index_.end);
+    stamps_ = index_.stamps(movie_->video(), &time_base_);
     must_have_had_memory();
 }
 
@@ -200,7 +198,7 @@ void Decoder::count_frames() {
     begin_again();
     std::int64_t count = 0;
     while (count <= kMostFrames && next_frame()) ++count;
-    if (count == 0) throw Failure("none of its frames can be decoded");
+    if (count == 0) movie_->refuse("none of its frames can be decoded");
     if (count > kMostFrames) throw Failure("has more than " + std::to_string(kMostFrames) + " frames");
     index_.number(count, movie_->video());
     begin_again();
@@ -209,7 +207,7 @@ void Decoder::count_frames() {
 void Decoder::look_at_first_frame() {
     begin_again();
     do {
-        if (!next_frame()) throw Failure("none of its frames can be decoded");
+        if (!next_frame()) movie_->refuse("none of its frames can be decoded");
     } while (!index_.numbered && index_.frame_at(last_) == nullptr);
     const AVStream& video = movie_->video();
     const AVPixFmtDescriptor& pixels = described(frame_->format);
@@ -243,8 +241,7 @@ Facts Decoder::facts() const {
     facts.tags = tags_;
     facts.showing = showing_;
     facts.rate = index_.rate;
-    const AVRational unit = movie_->video().time_base;
-    facts.time_base = index_.numbered ? Ratio{index_.rate.per, index_.rate.number} : Ratio{unit.num, unit.den};
+    facts.time_base = time_base_;
     facts.stamps = stamps_.data();
     facts.frames = static_cast<std::int64_t>(index_.frames.size());
     facts.regular = index_.regular;

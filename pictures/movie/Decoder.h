@@ -44,6 +44,7 @@ private:
     Scaler scaler_;
     std::optional<Conversion> scaled_;  ///< what the scaler is made for
     std::vector<std::int64_t> stamps_;
+    Ratio time_base_{1, 1};  ///< of these
 
     // Of the first frame, which all others are to be like.
     int width_ = 0, height_ = 0, depth_ = 8;

@@ -3,12 +3,15 @@
 
 #include <vector>
 
+#include "pictures/movie/Ending.h"
+
 namespace qx::movie {
 namespace {
 
-/// Containers of movies: lists of other files, texts and devices are none.
+/// Containers of movies, and of sound, which are told apart by what they hold: lists of other files, texts and devices
+/// are none.
 constexpr const char* kContainers =
-    "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpeg,mpegts,mxf,flv,asf,ogg,nut,dv,yuv4mpegpipe";
+    "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpeg,mpegts,mxf,flv,asf,ogg,nut,dv,yuv4mpegpipe,wav,mp3,flac,aac,aiff";
 
 /// Options in the library's form.
 class Options {
@@ -30,6 +33,7 @@ Input open_input(const char* file) {
     Input opened(format);
     must_have_had_memory();
     if (code == AVERROR_INVALIDDATA || code == AVERROR(EINVAL) || code == AVERROR_EOF) {
+        if (missing_bytes(file).value_or(0) > 0) throw Failure(kNothingLeft);
         throw Failure("is no movie of a known kind, or a damaged one");
     }
     must(code, "cannot be opened");
@@ -59,15 +63,17 @@ Input open_movie(const char* file, std::int64_t most_pixels) {
     return format;
 }
 
-Demuxer::Demuxer(const char* file, std::int64_t most_pixels) : file_(file), format_(open_movie(file, most_pixels)) {
+Demuxer::Demuxer(const char* file, std::int64_t most_pixels)
+    : file_(file), missing_(missing_bytes(file)), format_(open_movie(file, most_pixels)) {
+    if (is_cut()) format_->flags |= AVFMT_FLAG_DISCARD_CORRUPT;  // half of a packet, where the file ends
     const int number = av_find_best_stream(format_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
     if (number >= 0) video_ = format_->streams[number];
     if (video_ == nullptr || (video_->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) {
-        throw Failure("has no video");
+        refuse("has no video");
     }
     const AVCodecParameters& codec = *video_->codecpar;
     const std::string size = std::to_string(codec.width) + " x " + std::to_string(codec.height) + " pixels";
-    if (codec.width < 1 || codec.height < 1) throw Failure("does not tell the size of its frames");
+    if (codec.width < 1 || codec.height < 1) refuse("does not tell the size of its frames");
     if (std::int64_t{codec.width} * codec.height > most_pixels) throw Failure("frames of " + size + " are too large");
 }
 

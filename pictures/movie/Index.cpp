@@ -2,6 +2,7 @@
 #include "pictures/movie/Index.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace qx::movie {
 namespace {
@@ -48,7 +49,8 @@ void Pass::take_time(const AVPacket& packet, const AVStream& stream) {
     seconds = std::max(seconds, static_cast<double>(stamp + packet.duration) * av_q2d(stream.time_base));
 }
 
-/// Notes on a file that holds less than it tells of.
+/// Notes on a file that holds less than it tells of. What a container tells of frames and times is not exact, and
+/// frames that were dropped count for some: nothing is cut off where all bytes are there.
 void note_a_cut(const Demuxer& movie, const Pass& pass, std::vector<std::string>& notes) {
     const std::int64_t told = movie.video().nb_frames;
     const auto found = static_cast<std::int64_t>(pass.orders);
@@ -57,28 +59,38 @@ void note_a_cut(const Demuxer& movie, const Pass& pass, std::vector<std::string>
     const double length = format.duration > 0 ? static_cast<double>(format.duration) / AV_TIME_BASE : 0;
     const double start = is_time(format.start_time) ? static_cast<double>(format.start_time) / AV_TIME_BASE : 0;
     const double frame = found > 0 ? pass.seconds / static_cast<double>(found) : 0;
-    if (told > found) {
+    const bool may_be_cut = movie.is_cut() || !movie.missing();
+    if (may_be_cut && told > found) {
         notes.push_back("is cut short: it tells of " + std::to_string(told) + " frames and holds " +
                         std::to_string(found));
+    } else if (may_be_cut && length + start - pass.seconds > slack + frame) {
+        notes.push_back("is cut short: it tells of a longer time than its " + std::to_string(found) + " frames last");
+    } else if (movie.is_cut()) {
+        notes.push_back("is cut short: " + std::to_string(*movie.missing()) + " bytes are missing at its end, and " +
+                        std::to_string(found) + " frames are there");
     } else if (movie.is_damaged()) {
         notes.push_back("is damaged or cut short: it ends after " + std::to_string(found) + " frames");
-    } else if (length + start - pass.seconds > slack + frame) {
-        notes.push_back("is cut short: it tells of a longer time than its " + std::to_string(found) + " frames last");
     }
 }
 
-/// Whether frame i comes at i / rate behind the first but for the units of stamps. Coarse units make everything so:
-/// there the stamps must be exact.
-bool are_regular(const std::vector<Index::Shown>& frames, const AVRational& rate, const AVRational& unit) {
-    if (rate.num < 1 || rate.den < 1) return false;
+/// The number of each frame by a rate, from that of the first on, which its stamp tells but for the units of stamps;
+/// none where frames come at other times. Coarse units make everything so: there the stamps must be exact.
+std::vector<std::int64_t> places_by(const AVRational& rate, const std::vector<Index::Shown>& frames,
+                                    const AVRational& unit) {
+    if (rate.num < 1 || rate.den < 1) return {};
     // A frame lasts number / per units.
     const auto number = static_cast<__int128>(rate.den) * unit.den, per = static_cast<__int128>(rate.num) * unit.num;
     const __int128 slack = number >= 4 * per ? per : 1;
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        const __int128 off = (frames[i].stamp - frames[0].stamp) * per - static_cast<__int128>(i) * number;
-        if (off >= slack || -off >= slack) return false;
+    std::vector<std::int64_t> places;
+    places.reserve(frames.size());
+    for (const Index::Shown& frame : frames) {
+        const __int128 units = (frame.stamp - frames[0].stamp) * per, place = (units + number / 2) / number;
+        const __int128 off = units - place * number;
+        if (off >= slack || -off >= slack || place > kFarthest || (!places.empty() && place <= places.back()))
+            return {};
+        places.push_back(static_cast<std::int64_t>(place));
     }
-    return true;
+    return places;
 }
 
 Ratio lowest(__int128 number, __int128 per) {
@@ -122,10 +134,11 @@ void Index::begin_at(std::int64_t stamp) {
 void Index::find_rate(const AVStream& video, std::int64_t last_duration) {
     const AVRational unit = video.time_base;
     for (const AVRational told : {video.avg_frame_rate, video.r_frame_rate}) {
-        regular = frames.size() > 1 && are_regular(frames, told, unit);
-        if (frames.size() < 2 && told.num > 0 && told.den > 0) regular = true;
-        if (!regular) continue;
+        auto by_rate = places_by(told, frames, unit);
+        regular = !by_rate.empty() && by_rate.back() + 1 == static_cast<std::int64_t>(frames.size());
+        if (!regular && (!is_cut || by_rate.empty())) continue;
         rate = {told.num, told.den};
+        if (!regular) places = std::move(by_rate);
         break;
     }
     const std::int64_t span = frames.back().stamp - frames.front().stamp;
@@ -136,9 +149,28 @@ void Index::find_rate(const AVStream& video, std::int64_t last_duration) {
         last_duration = std::max<std::int64_t>(last_duration, 1);
     }
     end = frames.back().stamp + last_duration;
-    if (!regular)
+    if (!regular && places.empty())
         rate =
             lowest(static_cast<__int128>(gaps + 1) * unit.den, static_cast<__int128>(span + last_duration) * unit.num);
+}
+
+std::vector<std::int64_t> Index::stamps(const AVStream& video, Ratio* unit) const {
+    const AVRational& base = video.time_base;
+    *unit = numbered ? Ratio{rate.per, rate.number} : Ratio{base.num, base.den};
+    std::vector<std::int64_t> all;
+    all.reserve(frames.size() + 1);
+    for (const Shown& frame : frames) all.push_back(frame.stamp);
+    all.push_back(end);
+    if (places.empty()) return all;
+    // The first stamp and frames of the rate in one unit, unless that takes larger numbers than those of any movie.
+    const std::int64_t first = frames.front().stamp, parts = rate.number * base.num, frame_parts = rate.per * base.den;
+    const auto farthest =
+        static_cast<__int128>(std::abs(first)) * parts + static_cast<__int128>(places.back() + 1) * frame_parts;
+    if (farthest > kFarthest) return all;
+    *unit = {1, rate.number * base.den};
+    for (std::size_t i = 0; i < places.size(); ++i) all[i] = first * parts + places[i] * frame_parts;
+    all.back() = all[places.size() - 1] + frame_parts;
+    return all;
 }
 
 void Index::number(std::int64_t count, const AVStream& video) {
@@ -152,6 +184,7 @@ void Index::number(std::int64_t count, const AVStream& video) {
     for (std::int64_t i = 0; i < count; ++i) frames.push_back({i, static_cast<std::size_t>(i)});
     end = count;
     numbered = regular = true;
+    if (is_cut) return;  // and with it went the list of times, which is no news
     notes.emplace_back("its frames have no usable time stamps; they are numbered in their order, at the rate it tells");
 }
 
@@ -163,8 +196,9 @@ Index make_index(Demuxer& movie, std::int64_t* last_duration) {
         pass.take_time(*packet, *movie.format().streams[packet->stream_index]);
     }
     Index& index = pass.index;
-    if (index.frames.empty()) throw Failure("has no frames");
+    if (index.frames.empty()) movie.refuse("has no frames");
     note_a_cut(movie, pass, index.notes);
+    index.is_cut = movie.is_cut();
     const auto by_stamp = [](const Index::Shown& a, const Index::Shown& b) {
         return a.stamp != b.stamp ? a.stamp < b.stamp : a.order < b.order;
     };

@@ -25,7 +25,10 @@ struct Index {
     std::int64_t end = 0;       ///< of the last frame
     bool numbered = false;      ///< stamps do not tell the frames, which are counted as they come out of the decoder
     bool regular = false;
+    /// Of a movie that is cut off, whose last frames have holes between them: the number of each one by the rate.
+    std::vector<std::int64_t> places;
     Ratio rate{25, 1};
+    bool is_cut = false;
     std::vector<std::string> notes;
 
     /// The last place from which the frame can be decoded, or null.
@@ -35,6 +38,8 @@ struct Index {
     void begin_at(std::int64_t stamp);
     /// Tells rate and end from the stamps, and whether they are regular.
     void find_rate(const AVStream& video, std::int64_t last_duration);
+    /// Of all frames, and the end. @param unit  gets seconds of a unit of theirs
+    std::vector<std::int64_t> stamps(const AVStream& video, Ratio* unit) const;
     /// Makes it one of so many frames that are numbered.
     void number(std::int64_t count, const AVStream& video);
 };

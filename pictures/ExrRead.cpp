@@ -170,6 +170,7 @@ Picture read_file(const std::string& path, Watch& watch) {
     Picture picture;
     picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
                               std::int64_t{display.max.y} - display.min.y + 1, 32, false);
+    watch.must_go_on_with(picture.world->width, picture.world->height);
     read_pixels(exr, path, picture, watch);
     picture.associated = true;
     read_extras(header, picture);

@@ -98,6 +98,7 @@ public:
             refuse_cmyk(file_.path(), picture);
         }
         picture.world = new_world(file_.path(), jpeg_.image_width, jpeg_.image_height, 8, false);
+        watch_.must_go_on_with(picture.world->width, picture.world->height);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
         if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);

@@ -191,7 +191,30 @@ Picture read_and_settle(const std::string& path, const Takes& takes, Watch& watc
     throw Failure(path, "is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
 }
 
+/// Stops the reading of a picture once its size is known.
+class SizeWatch : public Watch {
+public:
+    explicit SizeWatch(const Watch& watch) : watch_(watch) {}
+    bool stops() const noexcept override { return found.width > 0 || watch_.stops(); }
+    void rows(std::int64_t, std::int64_t) noexcept override {}
+    void size(int width, int height) noexcept override { found = {width, height}; }
+    PictureSize found{0, 0};
+
+private:
+    const Watch& watch_;
+};
+
 }  // namespace
+
+PictureSize picture_size(const std::string& path, Watch& watch) {
+    SizeWatch sizes(watch);
+    try {
+        read_picture(path, sizes);
+    } catch (const Stopped&) {
+        watch.must_go_on();
+    }
+    return sizes.found;
+}
 
 bool is_picture(const std::string& path) { return format_of(InputFile(path)) != nullptr; }
 

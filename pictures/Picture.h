@@ -87,6 +87,13 @@ Picture read_picture_as_stored(const std::string& path, Watch& watch = unwatched
 /// They are to become RGB before anything else is done with them.
 Picture read_picture_or_cmyk(const std::string& path, Watch& watch = unwatched());
 
+/// What `read_picture` gives, by the file's head alone. Throws as it does.
+struct PictureSize {
+    int width, height;
+    bool operator==(const PictureSize&) const = default;
+};
+PictureSize picture_size(const std::string& path, Watch& watch = unwatched());
+
 /// What is to be said of a CMYK picture that tells no profile.
 inline constexpr const char* kCmykIsUnknown = "is CMYK without a usable colour profile, its colours are not known";
 

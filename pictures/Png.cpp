@@ -61,6 +61,7 @@ public:
         Picture picture;
         picture.has_alpha = alpha_;
         picture.world = new_world(file_.path(), width_, height_, depth_, false);
+        watch_.must_go_on_with(picture.world->width, picture.world->height);
         checked([this, &picture] { read_rows(*picture.world); });
         watch_.must_go_on();
         read_extras(picture);

@@ -99,6 +99,7 @@ public:
         picture.half = layout_.is_float() && layout_.bits == 16;
         const int depth = layout_.direct() ? layout_.depth() : 8;
         picture.world = new_world(path_, layout_.width, layout_.height, depth, false);
+        watch_.must_go_on_with(picture.world->width, picture.world->height);
         if (!layout_.direct()) {
             read_converted(*picture.world);
         } else if (depth == 8) {

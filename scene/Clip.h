@@ -76,6 +76,8 @@ public:
 
     /// A frame of the clip's size. Throws pictures::Failure or pictures::Stopped.
     virtual SharedPicture frame(int index, pictures::Watch& watch = pictures::unwatched()) = 0;
+    /// Throws as `frame` does, where that can be known without decoding.
+    virtual void check(int, pictures::Watch&) const {}
 
 protected:
     Clip() = default;

@@ -27,6 +27,10 @@ public:
         return store_.get(index, [&] { return read(index, watch); });
     }
 
+    void check(int index, pictures::Watch& watch) const override {
+        check_size(index, pictures::picture_size(name_of(index), watch));
+    }
+
 private:
     void find_numbers() {
         for (int i = 0; i < pictures_.range.count(); ++i) {
@@ -55,12 +59,15 @@ private:
 
     SharedPicture read(int index, pictures::Watch& watch) const {
         auto picture = std::make_shared<const pictures::Picture>(pictures::read_picture(name_of(index), watch));
-        const int width = picture->world->width, height = picture->world->height;
-        if (facts_.width != 0 && (width != facts_.width || height != facts_.height)) {
-            throw pictures::Failure(name_of(index), size_words(width, height) + " pixels, the clip's first frame has " +
-                                                        size_words(facts_.width, facts_.height));
-        }
+        if (facts_.width != 0) check_size(index, {picture->world->width, picture->world->height});
         return picture;
+    }
+
+    void check_size(int index, const pictures::PictureSize& size) const {
+        if (size == pictures::PictureSize{facts_.width, facts_.height}) return;
+        throw pictures::Failure(name_of(index), size_words(size.width, size.height) +
+                                                    " pixels, the clip's first frame has " +
+                                                    size_words(facts_.width, facts_.height));
     }
 
     const NumberedPictures pictures_;

@@ -7,6 +7,8 @@
 #include <exception>
 #include <map>
 #include <mutex>
+#include <numeric>
+#include <vector>
 
 #include "platform/tesselcore_Threads.h"
 
@@ -17,18 +19,20 @@ using Make = std::function<InTurn(int index, pictures::Watch& watch)>;
 
 class Line {
 public:
-    Line(int first, int count, int ahead, pictures::Watch& watch, const Make& make)
-        : count_(count), ahead_(ahead), watch_(watch), make_(make), failed_(count), next_(first), turn_(first) {}
+    Line(int first, std::span<const int> ends, int ahead, pictures::Watch& watch, const Make& make)
+        : ends_(ends),
+          count_(ends.back()),
+          ahead_(ahead),
+          watch_(watch),
+          make_(make),
+          failed_(count_),
+          next_(first),
+          turn_(first) {}
 
     /// One worker of several.
     void work() {
-        for (int i = begin(); i < failed_; i = begin()) {
-            try {
-                ItemWatch watch(*this, i);
-                hand_over(i, make_(i, watch));
-            } catch (...) {
-                fail(i, std::current_exception());
-            }
+        for (Group group = begin(); group.first < failed_; group = begin()) {
+            for (int i = group.first; i < group.end && i < failed_; ++i) make(i);
         }
     }
 
@@ -49,12 +53,29 @@ private:
         const int index_;
     };
 
-    /// The next one to make, `count` or more when there is none. What waits for its turn does not grow without end:
-    /// whoever is far ahead waits for the one whose turn it is, which is at work then.
-    int begin() {
+    struct Group {
+        int first, end;
+    };
+    std::ptrdiff_t group_of(int index) const { return std::ranges::upper_bound(ends_, index) - ends_.begin(); }
+
+    /// The next ones to make, from `count` on when there are none. What waits for its turn does not grow without end:
+    /// whoever is far ahead waits for the group whose turn it is, which is at work then.
+    Group begin() {
         std::unique_lock lock(mutex_);
-        turned_.wait(lock, [&] { return next_ - turn_ < ahead_ || next_ >= failed_; });
-        return next_ < failed_ ? next_++ : count_;
+        turned_.wait(lock, [&] { return group_of(next_) - group_of(turn_) < ahead_ || next_ >= failed_; });
+        if (next_ >= failed_) return {count_, count_};
+        const Group group{next_, ends_[static_cast<std::size_t>(group_of(next_))]};
+        next_ = group.end;
+        return group;
+    }
+
+    void make(int index) {
+        try {
+            ItemWatch watch(*this, index);
+            hand_over(index, make_(index, watch));
+        } catch (...) {
+            fail(index, std::current_exception());
+        }
     }
 
     /// Whose turn it is runs, and all that wait behind it.
@@ -89,6 +110,7 @@ private:
         turned_.notify_all();
     }
 
+    const std::span<const int> ends_;
     const int count_, ahead_;
     pictures::Watch& watch_;
     const Make& make_;
@@ -117,11 +139,18 @@ InTurn made_alone(int index, const std::exception_ptr& fault, pictures::Watch& w
 }  // namespace
 
 void in_order(int count, int at_once, pictures::Watch& watch, const Make& make) {
-    const int workers = std::clamp(at_once, 1, std::max(count, 1));
+    std::vector<int> ends(static_cast<std::size_t>(count));
+    std::iota(ends.begin(), ends.end(), 1);
+    in_order(ends, at_once, watch, make);
+}
+
+void in_order(std::span<const int> ends, int at_once, pictures::Watch& watch, const Make& make) {
+    const int groups = static_cast<int>(ends.size()), count = groups > 0 ? ends.back() : 0;
+    const int workers = std::clamp(at_once, 1, std::max(groups, 1));
     for (int first = 0; first < count; ++first) {
         std::exception_ptr fault;
         {
-            Line line(first, count, 2 * workers, watch, make);
+            Line line(first, ends, 2 * workers, watch, make);
             tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors([&](int) { line.work(); }, workers);
             first = line.failed();
             fault = line.fault();

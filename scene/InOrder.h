@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 
 #include "pictures/Watch.h"
 
@@ -16,6 +17,13 @@ using InTurn = std::function<void()>;
 /// thing that could not be made beside others is made once more, alone, before that is a fault.
 /// @param make   gets a watch of the thing's own, which stops with `watch` too
 void in_order(int count, int at_once, pictures::Watch& watch,
+              const std::function<InTurn(int index, pictures::Watch& watch)>& make);
+
+/// The same of things in groups, each of which one thread makes one by one: those of a group share what was costly.
+/// They do not wait for each other: a thing's turn comes when all before it are done.
+/// @param ends      where each group ends, rising; the last one is the number of things
+/// @param at_once   groups
+void in_order(std::span<const int> ends, int at_once, pictures::Watch& watch,
               const std::function<InTurn(int index, pictures::Watch& watch)>& make);
 
 }  // namespace qx::scene

@@ -67,6 +67,38 @@ TEST(InOrder, TakesAllBeforeTheFirstFaultAndNoneBehindIt) {
     standalone::SetPoolLimit(0);
 }
 
+TEST(InOrder, ThingsOfAGroupAreMadeOneByOneAndDoNotWaitForEachOther) {
+    std::vector<int> ends;
+    for (int size = 1, end = 1; end <= kCount; end += size++) ends.push_back(end);
+    const int count = ends.back();
+    for (const int threads : {1, 3, 7}) {
+        standalone::SetPoolLimit(threads);
+        for (const int bad : {-1, 0, 13, count - 1}) {
+            std::vector<std::atomic<int>> begun(ends.size());
+            List taken;
+            int fault = -1;
+            try {
+                in_order(ends, threads, qx::pictures::unwatched(), [&](int index, Watch&) -> InTurn {
+                    const auto group = static_cast<std::size_t>(std::ranges::upper_bound(ends, index) - ends.begin());
+                    const int first = group == 0 ? 0 : ends[group - 1];
+                    EXPECT_TRUE(bad >= 0 || begun[group]++ == index - first) << index;
+                    EXPECT_TRUE(threads > 1 || taken.size() == static_cast<std::size_t>(index)) << index;
+                    std::this_thread::yield();
+                    if (index == bad) throw index;
+                    return [&taken, index] { taken.push_back(index); };
+                });
+            } catch (int index) {
+                fault = index;
+            }
+            EXPECT_EQ(fault, bad);
+            List expected;
+            for (int i = 0; i < (bad < 0 ? count : bad); ++i) expected.push_back(i);
+            EXPECT_EQ(taken, expected) << threads << " threads, bad " << bad;
+        }
+    }
+    standalone::SetPoolLimit(0);
+}
+
 /// As with a disk that has room for one of them only.
 TEST(InOrder, WhatCannotBeMadeBesideOthersIsMadeAlone) {
     standalone::SetPoolLimit(4);

@@ -120,6 +120,29 @@ TEST_F(Retime, TakesGapsAsLongerIntervals) {
     EXPECT_NEAR(channels(read("o.2.png"), 9, 9)[1], (a[1] + b[1]) / 2, 1);
 }
 
+TEST_F(Retime, WhatIsWholeStaysAndWhatCanBeKnownIsRefusedBefore) {
+    const std::string broken = contents(folder / source(3));
+    put_contents(folder / source(3), broken.substr(0, broken.size() / 2));
+    for (const char* pairs : {"1", "3"}) {
+        const auto outcome = retime("--speed 0.25 --cuts none -o o.##.png -j 3 --pairs " + std::string(pairs));
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_HOLDS(outcome.errors, source(3));
+        Names expected{"in"};  // the last one is the copy of frame 2
+        for (const char* name : {"o.01.png", "o.02.png", "o.03.png", "o.04.png", "o.05.png"}) expected.push_back(name);
+        EXPECT_EQ(folder.names(), expected);
+    }
+    EXPECT_EQ(told("--speed 0.25 --cuts none --frames 1-5 -o o.##.png --resume")["skipped"], 5);
+    for (const std::string ending : {"png", "jpg", "tif", "exr"}) {
+        for (int i = 1; i <= 4; ++i) write("in/g." + std::to_string(i) + "." + ending, noise(i < 4 ? 64 : 60, 48));
+        const std::string clip = "retime 'in/g.#." + ending + "' --in 1-4 --speed 0.5 --method nearest --no-cache ";
+        const std::string words = "in/g.4." + ending + ": 60 x 48 pixels, the clip's first frame has 64 x 48";
+        expect_fault(clip + "-o p.#.png", 1, words);
+        expect_fault(clip + "-o p.#.png --frames 5-6", 1, words);
+        EXPECT_EQ(qx(clip + "-o p.#.png --frames 1-5").status, 0);  // which the last one is no part of
+        for (int i = 1; i <= 5; ++i) std::filesystem::remove(folder / ("p." + std::to_string(i) + ".png"));
+    }
+}
+
 TEST_F(Retime, OneFrameIsShownThroughout) {
     const auto outcome = qx("retime 'in/f.#.png' --in 2-2 --speed 0.5 -o o.#.png");
     EXPECT_EQ(outcome.status, 0);

@@ -37,24 +37,23 @@ Example:
   qx retime clip.mov --fps 60000/1001 --quality best --lossless -o smooth.mkv
   qx retime in/f.####.png --in 1-100 --speed 0.5 -o out/f.####.png --frames 1-50 --resume)";
 
-/// Results of one pair of frames, which lie side by side.
-struct Task {
-    int begin, end;  ///< indices of the range
-};
-
 /// One pair is a task with all that lies in it, so that its frames are read and its vectors are there; but results wait
 /// for their turn in memory, so not without end.
+/// @return the ends of the tasks, as indices of the range
 constexpr int kMostOfTask = 32;
-std::vector<Task> tasks_of(const scene::FrameRange& range, const scene::TimeMap& map) {
-    std::vector<Task> tasks;
-    int pair = -1;
+std::vector<int> tasks_of(const scene::FrameRange& range, const scene::TimeMap& map) {
+    std::vector<int> ends;
+    int pair = -1, begin = 0;
     for (int i = 0; i < range.count(); ++i) {
         const int frame = map.at(range.frame(i)).frame;
-        if (tasks.empty() || frame != pair || i - tasks.back().begin == kMostOfTask) tasks.push_back({i, i});
-        tasks.back().end = i + 1;
+        if (ends.empty() || frame != pair || i - begin == kMostOfTask) {
+            ends.push_back(i);
+            begin = i;
+        }
+        ends.back() = i + 1;
         pair = frame;
     }
-    return tasks;
+    return ends;
 }
 
 /// What is told at the end.
@@ -134,23 +133,16 @@ template <class Make, class Finish> void make_all(Job& job, const Make& make, co
     FrameProgress progress(job.range.count());
     NotesOnce once;
     const auto work = [&](int index, pictures::Watch& watch) -> scene::InTurn {
-        const Task task = tasks[static_cast<std::size_t>(index)];
-        std::vector<Result> results;
-        for (int i = task.begin; i < task.end; ++i) {
-            watch.must_go_on();
-            results.push_back(make(job.range.frame(i), watch));
-        }
-        const auto shared = std::make_shared<const std::vector<Result>>(std::move(results));
-        return [&, shared] {
-            for (const Result& result : *shared) {
-                job.watch.must_go_on();
-                once.say(result.notes);
-                finish(result);
-                count(job, result, progress);
-            }
+        watch.must_go_on();
+        const auto result = std::make_shared<const Result>(make(job.range.frame(index), watch));
+        return [&, result] {
+            job.watch.must_go_on();
+            once.say(result->notes);
+            finish(*result);
+            count(job, *result, progress);
         };
     };
-    scene::in_order(static_cast<int>(tasks.size()), job.at_once(), job.watch, work);
+    scene::in_order(tasks, job.at_once(), job.watch, work);
 }
 
 int depth_of_movie(const Job& job) { return job.options.lossless && job.depth() != 8 ? 16 : 8; }
@@ -262,6 +254,20 @@ void check_output(const Job& job) {
     for (int i = 0; i < job.range.count(); ++i) check(names.name(job.range.frame(i)));
 }
 
+/// Refuses frames that cannot be used, as far as that shows without decoding, before there is a result.
+void check_frames(const Job& job) {
+    std::set<int> needed;
+    for (int i = 0; i < job.range.count(); ++i) {
+        const scene::ClipMoment moment = job.map.at(job.range.frame(i));
+        needed.insert(moment.frame);
+        if (moment.position > 0) needed.insert(std::min(moment.frame + 1, job.clip.frames() - 1));
+    }
+    for (const int frame : needed) {
+        job.watch.must_go_on();
+        job.clip.check(frame, job.watch);
+    }
+}
+
 /// Before anything is read: the name of the results.
 void check_names(const RetimeCommandOptions& options) {
     if (options.output_is_movie()) return;
@@ -325,6 +331,7 @@ void run(const RetimeCommandOptions& options) {
     scene::Retimer retimer(*clip, retime);
     Job job{options, *clip, map, retime, options.range(map), retimer, watch};
     check_output(job);
+    check_frames(job);
     tell_clip(options, *clip);
     standalone::ForgetCacheCounts();
     if (options.output_is_movie()) {

@@ -88,7 +88,7 @@ private:
         } catch (const DiskFault& refused) {
             if (refused.error == ESTALE) return true;  // somebody removed the file on another machine
             tell(refused.doing, std::strerror(refused.error), fault);
-            return false;
+            return refused.error == EISDIR;  // in the way of one entry, not of others
         } catch (const std::bad_alloc&) {
             tell("used", "out of memory", fault);
         } catch (...) {

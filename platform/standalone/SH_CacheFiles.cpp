@@ -124,6 +124,8 @@ public:
         if (::close(file_.release()) != 0) fail("written");
         if (::renameat(folder_, name_.c_str(), folder_, name.c_str()) == 0) {
             closed_ = false;
+        } else if (errno == EISDIR) {
+            throw DiskFault{"used whole", EISDIR};
         } else if (errno != ENOENT) {
             fail("renamed");
         }
@@ -193,8 +195,10 @@ public:
         return sum.value() == checksum_;
     }
     EntryState remove() {
-        if (::unlinkat(folder_, name_.rest.c_str(), 0) != 0 && errno != ENOENT) fail("removed");
-        return EntryState::removed;
+        if (::unlinkat(folder_, name_.rest.c_str(), 0) == 0 || errno == ENOENT) return EntryState::removed;
+        if (errno != EISDIR) fail("removed");
+        if (::unlinkat(folder_, name_.rest.c_str(), AT_REMOVEDIR) == 0) return EntryState::removed;
+        throw DiskFault{"used whole", EISDIR};  // somebody's, who has put something in it
     }
     /// Where that is not allowed the file is merely older than it might be.
     void renew() { static_cast<void>(::futimens(file_.get(), nullptr)); }

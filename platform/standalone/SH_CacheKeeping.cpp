@@ -74,7 +74,9 @@ bool remove(int folder, const std::string& name) {
 /// none of the cache's. With `emptying` folders that are empty afterwards go.
 class Walk {
 public:
-    Walk(const std::string& top, bool emptying) : emptying_(emptying), top_(OpenFolder(AT_FDCWD, top)) {}
+    /// @param in_the_way  null, or folders with names of entries go if they are empty, and of others this tells
+    explicit Walk(const std::string& top, bool emptying = false, std::optional<DiskFault>* in_the_way = nullptr)
+        : emptying_(emptying), in_the_way_(in_the_way), top_(OpenFolder(AT_FDCWD, top)) {}
 
     template <class Visit> void run(const Visit& visit) const {
         if (!top_) return;
@@ -100,8 +102,10 @@ private:
             struct stat facts;
             const CacheName name{numbers, first, rest};
             const bool whole = IsEntryName(name);
-            if ((!whole && !IsUnfinished(rest)) || !look_at(folder.get(), rest, &facts)) continue;
-            if (whole) {
+            if (!whole && !IsUnfinished(rest)) continue;
+            if (!look_at(folder.get(), rest, &facts)) {
+                if (whole && in_the_way_ != nullptr) try_to_remove_folder(folder.get(), rest);
+            } else if (whole) {
                 visit(folder.get(), File{name, static_cast<std::uint64_t>(facts.st_size), facts.st_mtim});
             } else if (IsAbandoned(rest, age(facts.st_mtim))) {
                 ::unlinkat(folder.get(), rest.c_str(), 0);  // where that is not allowed it is others' to do
@@ -114,7 +118,14 @@ private:
         if (emptying_) ::unlinkat(at, name.c_str(), AT_REMOVEDIR);
     }
 
+    /// Links and pipes stay: they are replaced when the entry is written.
+    void try_to_remove_folder(int at, const std::string& name) const {
+        const bool is_removed = ::unlinkat(at, name.c_str(), AT_REMOVEDIR) == 0;
+        if (!is_removed && errno != ENOENT && errno != ENOTDIR) *in_the_way_ = DiskFault{"used whole", EISDIR};
+    }
+
     const bool emptying_;
+    std::optional<DiskFault>* const in_the_way_;
     const Descriptor top_;
 };
 
@@ -126,13 +137,13 @@ void add(CacheSums* sums, const File& file) {
 }  // namespace
 
 void SweepFiles(const std::string& top, CacheSums* left) {
-    Walk(top, false).run([&](int, const File& file) { add(left, file); });
+    Walk(top).run([&](int, const File& file) { add(left, file); });
 }
 
 CacheSums ShrinkFiles(const std::string& top, std::uint64_t limit, const std::string& numbers) {
     std::vector<File> files;
     CacheSums sums;
-    Walk(top, false).run([&](int, const File& file) {
+    Walk(top).run([&](int, const File& file) {
         files.push_back(file);
         add(&sums, file);
     });
@@ -153,14 +164,16 @@ CacheSums ShrinkFiles(const std::string& top, std::uint64_t limit, const std::st
 }
 
 void RemoveFiles(const std::string& top, CacheSums* removed) {
-    Walk(top, true).run([&](int folder, const File& file) {
+    std::optional<DiskFault> in_the_way;
+    Walk(top, true, &in_the_way).run([&](int folder, const File& file) {
         if (remove(folder, file.name.rest)) add(removed, file);
     });
+    if (in_the_way) throw *in_the_way;
 }
 
 void VerifyFiles(const std::string& top, bool (*stops)(), CacheSums* left, CacheSums* removed) {
     std::optional<DiskFault> first_fault;
-    Walk(top, false).run([&](int folder, const File& file) {
+    Walk(top, false, &first_fault).run([&](int folder, const File& file) {
         if (stops != nullptr && stops()) return;
         try {
             const auto key = KeyOf(file.name);

@@ -233,6 +233,29 @@ TEST_F(CacheFiles, LinksAreNotFollowed) {
     }
 }
 
+TEST_F(CacheFiles, AFolderInTheWayOfAnEntryHarmsNoOther) {
+    const fs::path path = file_of(3, 12);
+    fs::remove(path);
+    fs::create_directories(path / "something");
+    start();
+    EXPECT_FALSE(Found(3));
+    for (const unsigned i : {3u, 4u}) EXPECT_TRUE(add(i, 12) == 0 && is_there(i, 12));
+    EXPECT_NE(standalone::CacheNote().find("cannot be used whole: Is a directory"), std::string::npos);
+    EXPECT_EQ(files().size(), 1u);  // that of the other one
+    EXPECT_NE(standalone::VerifyCache().fault.find("Is a directory"), std::string::npos);
+    auto cleared = standalone::ClearCache();
+    EXPECT_NE(cleared.fault.find("Is a directory"), std::string::npos);
+    EXPECT_EQ(cleared.removed, 1u);
+    EXPECT_TRUE(fs::exists(path / "something"));
+    fs::remove(path / "something");
+    EXPECT_EQ(standalone::ClearCache().fault, "");
+    EXPECT_TRUE(fs::is_empty(top()));
+    fs::create_directories(path);
+    start();
+    EXPECT_FALSE(Found(3));
+    EXPECT_TRUE(add(3, 12) == 0 && fs::is_regular_file(path) && standalone::CacheNote().empty());
+}
+
 /// A fault of the disk is told once, and everything goes on in memory.
 TEST_F(CacheFiles, WhatCannotBeWrittenIsNotedAndDone) {
     std::vector<std::string> lines;

@@ -12,6 +12,7 @@
 namespace qx::pictures {
 namespace {
 
+constexpr const char* kEndings[] = {"mp4", "mov", "mkv", "webm", "avi"};
 constexpr std::int64_t kMostBytes = INT32_MAX;  // of a frame's pixels, as worlds have it
 
 /// The module lies in a folder of libraries beside that of the command, or where the system looks.
@@ -40,9 +41,13 @@ const movie::Routines* load(const std::string& path) {
 }  // namespace
 
 bool is_movie(const std::string& path) {
-    const std::string ending = extension_of(path);
-    const std::string known[] = {"mp4", "mov", "mkv", "webm", "avi"};
-    return std::find(std::begin(known), std::end(known), ending) != std::end(known);
+    return std::find(std::begin(kEndings), std::end(kEndings), extension_of(path)) != std::end(kEndings);
+}
+
+std::string movie_endings() {
+    std::string all;
+    for (const char* ending : kEndings) all += (all.empty() ? "" : ", ") + std::string(ending);
+    return all;
 }
 
 MovieFile::MovieFile(const std::string& path, int width, int height, const MovieSettings& settings)

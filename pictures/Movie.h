@@ -20,6 +20,8 @@ struct Rate {
 
 /// True for a name that tells a movie.
 bool is_movie(const std::string& path);
+/// The endings of movies, with commas between.
+std::string movie_endings();
 
 /// What a movie is to be.
 struct MovieSettings {

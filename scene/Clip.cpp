@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "scene/Words.h"
+
 namespace qx::scene {
 namespace {
 
@@ -62,6 +64,16 @@ SharedPicture FrameStore::get(int number, const std::function<SharedPicture()>& 
 int Clip::frame_at(const Rational& time) const {
     const auto behind = std::upper_bound(times_.begin() + 1, times_.end() - 1, time);
     return static_cast<int>(behind - times_.begin()) - 1;
+}
+
+int index_of_number(const Clip& clip, int number) {
+    for (int i = 0; i < clip.frames(); ++i) {
+        if (clip.number_of(i) == number) return i;
+    }
+    const std::string first = std::to_string(clip.number_of(0)),
+                      last = std::to_string(clip.number_of(clip.frames() - 1));
+    throw BadText(std::to_string(number),
+                  "no such frame, the clip has " + std::to_string(clip.frames()) + " from " + first + " to " + last);
 }
 
 }  // namespace qx::scene

@@ -86,6 +86,9 @@ protected:
     std::vector<std::string> notes_;
 };
 
+/// The index of the frame with a number. Throws BadText, which tells the numbers there are.
+int index_of_number(const Clip& clip, int number);
+
 struct ClipOptions {
     std::uint64_t most_bytes = std::uint64_t{512} << 20;  ///< of frames that are kept
     int threads = 1;                                      ///< of a movie's decoder; no bit depends on them

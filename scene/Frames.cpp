@@ -41,7 +41,11 @@ FrameRange frame_range(const std::string& text) {
     const auto number = [&](const std::string& part, int least) {
         const bool digits = !part.empty() && part.find_first_not_of("0123456789") == std::string::npos;
         if (!digits) throw BadText(text, "not frames A-B or A-BxSTEP");
-        return whole_number(part, least, kMostFrame);
+        try {
+            return whole_number(part, least, kMostFrame);
+        } catch (const BadText&) {
+            throw BadText(text, part + " is not from " + std::to_string(least) + " to " + std::to_string(kMostFrame));
+        }
     };
     std::string rest = text;
     bool has_last = false, has_step = false;

@@ -50,7 +50,8 @@ int SceneNode::whole(int least, int most) const {
 }
 
 std::string SceneNode::text() const {
-    if (!is_text() || value_->get_ref<const std::string&>().empty()) fault("is not a text");
+    if (!is_text()) fault("is not a text");
+    if (value_->get_ref<const std::string&>().empty()) fault("is an empty text");
     return value_->get<std::string>();
 }
 

@@ -109,8 +109,12 @@ SceneClip& SceneRender::clip_of(const SceneFile& file) {
     }();
     const std::lock_guard lock(open.mutex);
     if (!open.clip) {
-        open.clip =
-            std::make_unique<SceneClip>(*file.clip, Rational(scene_.rate.number, scene_.rate.per), scene_.depth);
+        try {
+            open.clip =
+                std::make_unique<SceneClip>(*file.clip, Rational(scene_.rate.number, scene_.rate.per), scene_.depth);
+        } catch (const BadText& bad) {
+            throw SceneFault(scene_.file, file.place + "/cuts", bad.what());
+        }
         note_losses(file, file.clip->path, open.clip->notes());
     }
     return *open.clip;

@@ -112,10 +112,7 @@ SceneClip::SceneClip(const ClipChoice& choice, const Rational& rate, int depth) 
     RetimeOptions options;
     options.between = {choice.method, flow_params(flow), depth > 8 ? depth : 0, true};
     options.cuts = choice.cuts;
-    for (int i = 0; i < clip_->frames(); ++i) {
-        const auto& begins = choice.begins;
-        if (std::find(begins.begin(), begins.end(), clip_->number_of(i)) != begins.end()) options.begins.push_back(i);
-    }
+    for (const int begin : choice.begins) options.begins.push_back(index_of_number(*clip_, begin));
     retimer_ = std::make_unique<Retimer>(*clip_, options);
 }
 

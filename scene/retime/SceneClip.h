@@ -32,6 +32,7 @@ std::shared_ptr<const ClipChoice> read_clip(const SceneNode& node, const std::st
 /// A clip that is shown in frames of a scene. For any number of threads.
 class SceneClip {
 public:
+    /// Throws pictures::Failure, and BadText where the clip has no frame that is to begin a shot.
     /// @param rate   the scene's
     /// @param depth  the scene's: pictures that are made have it if it is above 8
     SceneClip(const ClipChoice& choice, const Rational& rate, int depth);

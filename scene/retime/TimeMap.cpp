@@ -13,18 +13,22 @@ namespace {
 // Keys are doubles: what they miss a frame by through rounding is no motion.
 constexpr double kMeets = 1e-6;
 
-Rational between(const std::string& text, const Rational& least, const Rational& most) {
-    const Rational number = rational_of_text(text);
-    if (number >= least && number <= most) return number;
-    throw BadText(text, "not a number from " + words(least) + " to " + words(most));
+Rational between(const std::string& text, const Rational& least, const Rational& most, const char* such_as) {
+    try {
+        const Rational number = rational_of_text(text);
+        if (number >= least && number <= most) return number;
+    } catch (const BadText&) {
+    }
+    throw BadText(text,
+                  "not a number from " + words(least.real()) + " to " + words(most.real()) + ", such as " + such_as);
 }
 
 Rational upwards(const Rational& number) { return -(Rational(0) - number).floor(); }
 
 }  // namespace
 
-Rational speed_of_text(const std::string& text) { return between(text, kLeastSpeed, kMostSpeed); }
-Rational rate_of_text(const std::string& text) { return between(text, kLeastRate, kMostRate); }
+Rational speed_of_text(const std::string& text) { return between(text, kLeastSpeed, kMostSpeed, "0.25 or 1/3"); }
+Rational rate_of_text(const std::string& text) { return between(text, kLeastRate, kMostRate, "60 or 24000/1001"); }
 
 ClipMoment moment_of_time(const Clip& clip, const Rational& time) {
     const int frame = clip.frame_at(time);

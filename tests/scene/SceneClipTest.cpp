@@ -87,6 +87,9 @@ TEST_F(SceneClips, WhatCannotBeIsTold) {
         {R"({"clip": "f.#.png", "method": "magic"})", "/layers/0/file/method"},
         {R"({"clip": "f.#.png", "quality": 7})", "/layers/0/file/quality"},
         {R"({"clip": "f.#.png", "cuts": "some"})", "/layers/0/file/cuts"},
+        {R"({"clip": "f.#.png", "cuts": [6, 9]})",
+         "s.json: /layers/0/file/cuts 9: no such frame, the clip has 4 from 5 to 8"},
+        {R"({"clip": ""})", "/layers/0/file/clip is an empty text"},
     };
     for (const auto& [file, words] : rows) EXPECT_HOLDS(fault_of<SceneFault>([&] { frame(file, 0); }), words);
     std::filesystem::remove(folder / name(6));

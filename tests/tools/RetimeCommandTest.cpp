@@ -8,6 +8,7 @@
 namespace {
 
 using namespace qx::test;
+using namespace std::string_literals;
 
 class Retime : public QxTest {
 protected:
@@ -105,6 +106,7 @@ TEST_F(Retime, HoldsOrMixesOnACut) {
     told("--speed 0.25 --cuts 3 --on-cut blend -o c.##.png");
     EXPECT_TRUE(same("c.07.png", "b.07.png"));
     EXPECT_FALSE(same("c.03.png", "b.03.png"));
+    EXPECT_EQ(retime("--speed 0.25 --cuts 3 -o c.##.png").errors, "");  // what was asked for is no news
     told("--speed 0.25 --cuts 2,3,4 -o d.##.png");
     for (const int i : {2, 6, 10})
         EXPECT_TRUE(same("d." + std::string(i < 10 ? "0" : "") + std::to_string(i) + ".png", source(i / 4 + 1)));
@@ -150,11 +152,34 @@ TEST_F(Retime, OneFrameIsShownThroughout) {
     EXPECT_TRUE(same("o.1.png", source(2)) && same("o.2.png", source(2)));
 }
 
+TEST_F(Retime, ScenesWithClipsHaveTheOptionsOfTheCache) {
+    put_contents(folder / "s.json", R"({"size": [64, 48], "frames": [0, 6], "layers": [
+        {"file": {"clip": "in/f.#.png", "speed": 0.5}}]})");
+    const auto entries = [&](const std::string& cache) {
+        return nlohmann::json::parse(qx("cache --json --cache-dir " + cache).output)["entries"].get<int>();
+    };
+    run("render s.json -o a.#.png --cache-dir cache");
+    EXPECT_EQ(entries("cache"), 3);
+    run("render s.json -o b.#.png", "QX_CACHE_DIR=other");
+    EXPECT_EQ(entries("other"), 3);
+    run("render s.json -o c.#.png --no-cache", "QX_CACHE_DIR=none");
+    EXPECT_FALSE(std::filesystem::exists(folder / "none"));
+    run("render s.json -o d.#.png --cache-dir small --cache-limit 1K");
+    EXPECT_LT(entries("small"), 3);
+    EXPECT_TRUE(same("a.3.png", "b.3.png") && same("a.3.png", "c.3.png") && same("a.3.png", "d.3.png"));
+    put("file", "no folder");
+    const auto outcome = qx("render s.json -o e.#.png --cache-dir file");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_HOLDS(outcome.errors, "qx: note: the cache in file cannot be");
+    EXPECT_TRUE(same("a.3.png", "e.3.png"));
+}
+
 TEST_F(Retime, WrongUseIsOneLine) {
-    for (const char* speed : {"0", "-1", "nan", "inf", "1e9", "2000", "x"}) {
+    const std::string form = ": not a number from 0.001 to 1000, such as ";
+    for (const std::string& speed : {"0"s, "-1"s, "nan"s, "inf"s, "1e9"s, "2000"s, "x"s}) {
         const std::string input = "retime 'in/f.#.png' --in 1-4 -o o.#.png ";
-        expect_fault(input + "--speed=" + speed, 2, "--speed " + std::string(speed));
-        expect_fault(input + "--fps=" + speed, 2, "--fps " + std::string(speed));
+        expect_fault(input + "--speed=" + speed, 2, "--speed " + speed + form + "0.25 or 1/3");
+        expect_fault(input + "--fps=" + speed, 2, "--fps " + speed + form + "60 or 24000/1001");
     }
     put_contents(folder / "falls.json", R"({"keys": [{"frame": 2, "value": 1}, {"frame": 1, "value": 1}]})");
     put_contents(folder / "none.json", R"({"keys": []})");
@@ -168,10 +193,12 @@ TEST_F(Retime, WrongUseIsOneLine) {
                    "--in 1-4 --map good.json --speed 1 -o o.#.png => --map tells the speed",
                    "--in 1-4 --map good.json --start 7 -o o.#.png => --map numbers the results",
                    "--in 1-4 --speed 0.5 -o o.png => more than one frame needs a place",
-                   "--in 1-4 --speed 0.5 -o o.xyz => its ending is none of",
+                   "--in 1-4 --speed 0.5 -o o.xyz => its ending is none of png, jpg, tif, exr, nor of movies: mp4, "
+                   "mov, mkv, webm, avi",
                    "--in 1-4 --speed 0.5 -o 'in/f.#.png' => is the input",
                    "--in 1-4 --speed 1 --frames 4-9 -o o.#.png => the results are 1 to 4",
-                   "--in 1-4 --speed 1 --cuts 7 -o o.#.png => has no such frame",
+                   "--in 1-4 --speed 1 --cuts 7 -o o.#.png => --cuts 7: no such frame, the clip has 4 from 1 to 4",
+                   "--in 1-4 --speed 1 --frames 1-5x0 -o o.#.png => --frames 1-5x0: 0 is not from 1 to 9999999",
                    "--in 1-4 --speed 1 --quality fine -o o.#.png => --quality fine",
                    "--in 1-4 --speed 1 --detail 0.01 -o o.#.png => --detail 0.01",
                    "--in 1-4 --speed 1 --block 3 -o o.#.png => --block 3",

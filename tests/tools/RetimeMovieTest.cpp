@@ -85,6 +85,20 @@ TEST_F(RetimeMovies, AudioGoesWithWhatRunsAsItDid) {
     EXPECT_EQ(packets_of(folder / "d.mkv", AVMEDIA_TYPE_VIDEO).size(), 4u);
 }
 
+TEST_F(RetimeMovies, WhatBecomesBlackIsToldOnce) {
+    for (int i = 1; i <= 3; ++i) gradient("g." + std::to_string(i) + ".png", 16, 8, i == 1 ? 255 : 90);
+    const auto notes = [&](const std::string& arguments) {
+        const auto outcome =
+            qx("retime 'g.#.png' --in 1-3 --speed 0.5 --method nearest --cuts none --no-cache " + arguments);
+        EXPECT_EQ(outcome.status, 0);
+        return outcome.errors;
+    };
+    EXPECT_EQ(notes("-o o.mp4"),
+              "qx: note: g.#.png: what is transparent becomes black, since the movie has no transparency\n");
+    EXPECT_EQ(notes("-o o.mp4 --frames 1-1"), "");
+    EXPECT_EQ(notes("-o o.#.png"), "");
+}
+
 TEST_F(RetimeMovies, WhatCannotBeIsOneLine) {
     paint<QX_Pixel8>(2, 63, 47, 255);
     mux_greys("a.mkv", {0, 4});
@@ -94,7 +108,8 @@ TEST_F(RetimeMovies, WhatCannotBeIsOneLine) {
     expect_fault("retime a.mkv --speed 0.5 -o a.mkv", 2, "-o a.mkv: is the input");
     expect_fault("retime a.mkv --speed 0.5 --in 1-2 -o o.#.png", 2, "--in is for numbered pictures");
     expect_fault("retime a.mkv --speed 0.5 --resume -o o.mkv", 2, "--resume is for pictures");
-    expect_fault("retime a.mkv --speed 0.5 --cuts 2 -o o.#.png", 2, "--cuts 2: a.mkv has no such frame");
+    expect_fault("retime a.mkv --speed 0.5 --cuts 2 -o o.#.png", 2,
+                 "--cuts 2: no such frame, the clip has 2 from 0 to 1");
 }
 
 }  // namespace

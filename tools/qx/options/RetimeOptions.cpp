@@ -22,10 +22,7 @@ std::optional<scene::Rational> exact(const char* option, const std::string& text
 /// The index of the frame with a number of the clip's.
 int index_of(const scene::Clip& clip, const std::string& text) {
     const int number = whole_number("--cuts", text, 0, scene::kMostFrame);
-    for (int i = 0; i < clip.frames(); ++i) {
-        if (clip.number_of(i) == number) return i;
-    }
-    throw WrongUsage("--cuts " + text + ": " + clip.name_of(0) + " has no such frame");
+    return value_of("--cuts", [&] { return scene::index_of_number(clip, number); });
 }
 
 std::vector<int> indices_of(const scene::Clip& clip, const std::string& list) {

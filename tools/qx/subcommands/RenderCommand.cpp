@@ -9,6 +9,7 @@
 #include "pictures/Light.h"
 #include "pictures/Losses.h"
 #include "pictures/Movie.h"
+#include "platform/standalone/Cache.h"
 #include "platform/standalone/Host.h"
 #include "scene/Faults.h"
 #include "scene/InOrder.h"
@@ -16,6 +17,7 @@
 #include "scene/colour/MovieColours.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
+#include "tools/qx/options/CacheOptions.h"
 #include "tools/qx/options/ColourOptions.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Interrupt.h"
@@ -30,6 +32,7 @@ struct RenderOptions {
     CommonOptions common;
     EncodingOptions encoding;
     ColourOptions colours;
+    CacheOptions cache;
     std::string scene, output, frames, depth, memory;
     bool resume = false;
 };
@@ -38,8 +41,8 @@ const char* const kFooter =
     R"(OUT has a place for the frame's number, #### or %04d, unless one frame is asked for. A name that
 ends in mp4, mov, mkv, webm or avi becomes a movie of the frames. As many frames are at work at
 once as there are threads and --memory has room for; they appear in their order. Frames do not
-depend on each other: a farm gives each machine a part of --frames. docs/scene.md describes the
-scene file.
+depend on each other: a farm gives each machine a part of --frames. Vectors of motion in clips
+stay in a cache on disk, see qx cache. docs/scene.md describes the scene file.
 
 Example:
   qx render scene.json -o out/frame.####.png --frames 1001-1100 --resume
@@ -139,7 +142,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames,
     if (frames.count() > 1 && !names.has_place()) {
         throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
     }
-    check_output_option(names.name(frames.first));
+    check_frames_option(names.name(frames.first));
     if (const auto input = scene::overwritten(scene, frames, names)) {
         throw WrongUsage("-o " + input->path + ": is a picture of the scene, at " + input->place);
     }
@@ -195,6 +198,7 @@ void run(const RenderOptions& options) {
     apply_common_options(options.common);
     if (!options.memory.empty()) memory_size("--memory", options.memory);
     options.encoding.check(options.output);
+    options.cache.apply();
     const int depth = depth_of(options.depth);
     const bool movie = pictures::is_movie(options.output);
     scene::Scene scene = scene::read_scene(options.scene);
@@ -208,6 +212,7 @@ void run(const RenderOptions& options) {
     const scene::FrameRange frames = frames_of(options, scene);
     scene::check_files(scene, frames);
     (movie ? render_movie : render_pictures)(scene, frames, options);
+    if (const std::string note = standalone::CacheNote(); !note.empty()) say_note(note);
 }
 
 }  // namespace
@@ -229,6 +234,8 @@ void add_render(CLI::App& app) {
         ->add_option("--memory", options->memory,
                      "memory for frames that are at work at once (default: half of the machine's)")
         ->type_name("N[K|M|G]");
+    add_cache_options(*command, options->cache);
+    add_no_cache_option(*command, options->cache);
     add_encoding_options(*command, options->encoding);
     add_common_options(*command, options->common);
     set_usage(*command, "SCENE.json [options] -o OUT.####.EXT");

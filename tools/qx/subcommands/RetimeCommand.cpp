@@ -179,6 +179,8 @@ void make_pictures(Job& job, const scene::FramePattern& names) {
     });
 }
 
+constexpr const char* kBlack = "what is transparent becomes black, since the movie has no transparency";
+
 /// A rate that files can tell, the very one unless its numbers are too large.
 pictures::Rate file_rate(const scene::Rational& rate) {
     constexpr std::int64_t most = 1'000'000;
@@ -222,6 +224,8 @@ void make_movie(Job& job) {
     if (!movie.note().empty()) say_note(pictures::about(output, movie.note()));
     const auto make = [&](int number, pictures::Watch& watch) {
         Result result = shown(job, number, output, watch);
+        if (!settings.alpha && pictures::any_transparency(*result.picture->world))
+            result.notes.push_back({kBlack, pictures::about(job.options.input, kBlack)});
         if (settings.lossless) return result;
         auto flat = std::make_shared<pictures::Picture>();
         flat->world = over_black(output, *result.picture->world, watch);
@@ -272,7 +276,7 @@ void check_frames(const Job& job) {
 void check_names(const RetimeCommandOptions& options) {
     if (options.output_is_movie()) return;
     const auto names = value_of("-o", [&] { return scene::FramePattern(options.output); });
-    check_output_option(names.name(1));
+    check_frames_option(names.name(1));
 }
 
 nlohmann::ordered_json report(const Job& job, double seconds) {
@@ -292,7 +296,7 @@ nlohmann::ordered_json report(const Job& job, double seconds) {
 
 void tell(const Job& job, double seconds) {
     const nlohmann::ordered_json all = report(job, seconds);
-    if (!all["cuts"].empty()) {
+    if (!all["cuts"].empty() && job.retime.cuts == scene::CutSearch::automatic) {
         std::string list;
         for (const auto& cut : all["cuts"]) list += (list.empty() ? "" : ", ") + cut.dump();
         say_note(pictures::about(job.options.input, "shots begin at " + list + " (--cuts tells it otherwise)"));

@@ -3,8 +3,10 @@
 
 #include <filesystem>
 
+#include "pictures/Movie.h"
 #include "scene/Composite.h"
 #include "scene/Faults.h"
+#include "tools/qx/options/Options.h"
 
 namespace qx::tool {
 
@@ -17,6 +19,14 @@ bool is_whole(const std::string& path, const FrameSize& size, pictures::Watch& w
     } catch (const pictures::Failure&) {
         return false;
     }
+}
+
+void check_frames_option(const std::string& path) {
+    if (!pictures::known_format(path)) {
+        throw WrongUsage("-o " + path + ": its ending is none of " + pictures::known_endings() +
+                         ", nor of movies: " + pictures::movie_endings());
+    }
+    check_output_option(path);
 }
 
 std::unique_ptr<QX_World> over_black(const std::string& path, const QX_World& frame, pictures::Watch& watch) {

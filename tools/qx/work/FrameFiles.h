@@ -16,6 +16,9 @@ struct FrameSize {
 };
 bool is_whole(const std::string& path, const FrameSize& size, pictures::Watch& watch);
 
+/// `check_output_option` of commands that write movies too.
+void check_frames_option(const std::string& path);
+
 /// The frame at 8 bits over black, as movies without alpha show it.
 std::unique_ptr<QX_World> over_black(const std::string& path, const QX_World& frame, pictures::Watch& watch);
 

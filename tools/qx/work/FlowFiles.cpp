@@ -59,6 +59,7 @@ bool is_field_file(const std::string& path) {
 std::unique_ptr<pictures::OutputFile> write_fields(const std::string& path, const scene::FlowField* forward,
                                                    const scene::FlowField* backward, pictures::Watch& watch) {
     auto file = std::make_unique<pictures::OutputFile>(path);
+    file->check();
     if (pictures::extension_of(path) == "flo") {
         write_flo(*file, forward != nullptr ? *forward : *backward, watch);
     } else {

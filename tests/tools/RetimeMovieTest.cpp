@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // qx retime from movies and into them.
+#include <algorithm>
+#include <random>
+
 #include "tests/pictures/Muxing.h"
 #include "tests/scene/Painted.h"
 #include "tests/tools/RunQx.h"
@@ -83,6 +86,30 @@ TEST_F(RetimeMovies, AudioGoesWithWhatRunsAsItDid) {
     for (const char* name : {"c.mkv", "d.mkv", "e.mkv"}) EXPECT_EQ(audio_packets(name), 0u) << name;
     EXPECT_EQ(packets_of(folder / "b.mkv", AVMEDIA_TYPE_VIDEO).size(), 10u);
     EXPECT_EQ(packets_of(folder / "d.mkv", AVMEDIA_TYPE_VIDEO).size(), 4u);
+}
+
+/// As a camera would have it: noise, and what an encoder makes of it.
+TEST_F(RetimeMovies, CutsAreFoundInWhatWasEncoded) {
+    const auto scene = [](int i, int x, int y) {
+        if (i < 7) return painted(11, x + 9 * i, y);
+        if (i < 15) return painted(12, x, y - 5 * i) + (i == 11 ? 0.4 : 0);  // a flash
+        const double u = std::clamp((i - 19) / 6.0, 0.0, 1.0);               // a fade
+        return painted(13, x - 4 * i, y) * (1 - u) + painted(14, x + 2 * i, y) * u;
+    };
+    std::mt19937 random(5);
+    std::normal_distribution<double> noise(0, 3);
+    for (int i = 0; i < 27; ++i) {
+        const auto level = [&](double v) { return static_cast<int>(std::clamp(v, 0.0, 255.0)); };
+        write("c." + std::to_string(i) + ".png", 320, 180, [&](int x, int y) {
+            const double v = 20 + 200 * scene(i, x, y) + noise(random);
+            return argb(255, level(v), level(0.8 * v + 20), level(230 - v));
+        });
+    }
+    for (const std::string name : {"c.mp4", "c.webm"}) {
+        EXPECT_EQ(qx("retime 'c.#.png' --in 0-26 --speed 1 -o " + name).errors, "");
+        EXPECT_EQ(qx("retime " + name + " --speed 0.7 --method blend -o o.##.png").errors,
+                  "qx: note: " + name + ": shots begin at 7, 15 (--cuts tells it otherwise)\n");
+    }
 }
 
 TEST_F(RetimeMovies, WhatBecomesBlackIsToldOnce) {

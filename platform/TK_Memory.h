@@ -29,7 +29,8 @@ PLATFORM_EXPORT void TK_FreeHandle(TK_Handle handle);  ///< Null is allowed.
 PLATFORM_EXPORT void* TK_LockHandle(TK_Handle handle);
 PLATFORM_EXPORT void TK_UnlockHandle(TK_Handle handle);
 PLATFORM_EXPORT std::size_t TK_GetHandleSize(TK_Handle handle);
-PLATFORM_EXPORT int TK_ResizeHandle(std::size_t bytes, TK_Handle* handle);  ///< 0 or 4; on 4 nothing changed.
+/// A failure is reported as above. @return 0, or 4 with nothing changed
+PLATFORM_EXPORT int TK_ResizeHandle(int site, const char* name, std::size_t bytes, TK_Handle* handle);
 
 /// Memory for frames that come and go: freed blocks wait in a pool for the next request of their
 /// size. Quiet: a failure gives null without a report. Any thread.

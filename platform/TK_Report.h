@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <string>
+#include <utility>
 
 #include "platform/Platform_Export.h"
 
@@ -15,15 +16,21 @@ PLATFORM_EXPORT void TK_ReportFailedVerification(int site, int line, int flags, 
 /// Reports what a library threw and gives the code for it: 4 for a failed allocation, else 3.
 PLATFORM_EXPORT int TK_TranslateAndReportException(const std::exception& fault);
 
-/// While a section is open on a thread, reports made on that thread are kept back. Sections nest.
+/// While a section is open on a thread, reports made on that thread are kept back. Sections nest. The end of one
+/// gives 0, or a code of the host's for what it kept back.
 PLATFORM_EXPORT void TK_StartQuietErrorsOnCurrentThread();
-PLATFORM_EXPORT void TK_EndQuietErrorsOnCurrentThread();
+PLATFORM_EXPORT int TK_EndQuietErrorsOnCurrentThread();
 
 /// Opens a quiet section for a scope, and closes it also when the scope ends with an exception.
 class TK_QuietErrors {
 public:
     TK_QuietErrors() { TK_StartQuietErrorsOnCurrentThread(); }
-    ~TK_QuietErrors() { TK_EndQuietErrorsOnCurrentThread(); }
+    ~TK_QuietErrors() { end(); }
+    /// Closes it early. @return what the end of the section gave; 0 for one that is closed
+    int end() { return std::exchange(open_, false) ? TK_EndQuietErrorsOnCurrentThread() : 0; }
     TK_QuietErrors(const TK_QuietErrors&) = delete;
     TK_QuietErrors& operator=(const TK_QuietErrors&) = delete;
+
+private:
+    bool open_ = true;
 };

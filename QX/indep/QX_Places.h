@@ -62,6 +62,7 @@ namespace qx {
     X(merge_mask, 114)         \
     X(lazy_tiles, 115)         \
     X(summed_areas, 116)       \
+    X(handles, 117)            \
     X(colour_apply, 120)       \
     X(linear_tables, 121)      \
     X(colour_settings, 122)    \

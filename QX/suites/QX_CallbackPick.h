@@ -52,7 +52,7 @@ constexpr Pick by_alpha(Source straight, Source premul) { return {straight, prem
 inline constexpr Pick blend = by_alpha(Private::blend_straight, Private::blend_premul);
 /// RGBtoHLS, HLStoRGB, RGBtoYIQ, YIQtoRGB, Luminance, Hue, Lightness, Saturation.
 constexpr Pick colour(int i) {
-    return by_alpha(Source(Private::colour_straight).next(i), Source(Private::colour_premul).next(i));
+    return by_alpha(Source(Private::rgb_to_hls_straight).next(i), Source(Private::rgb_to_hls_premul).next(i));
 }
 }  // namespace picks
 

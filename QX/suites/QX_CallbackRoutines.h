@@ -31,45 +31,58 @@ inline constexpr int kAnsiCount = 20;
 /// The mathematics and text functions in the order of the block; the last one is null.
 void* const* ansi_block();
 
-inline constexpr int kColourModels = 8;
+/// The colour models of one form in the order of the block.
+#define QX_COLOUR_ROUTINES(X, form, Form)    \
+    X(rgb_to_hls_##form, QX_RGBtoHLS_##Form) \
+    X(hls_to_rgb_##form, QX_HLStoRGB_##Form) \
+    X(rgb_to_yiq_##form, QX_RGBtoYIQ_##Form) \
+    X(yiq_to_rgb_##form, QX_YIQtoRGB_##Form) \
+    X(luminance_##form, QX_Luminance_##Form) \
+    X(hue_##form, QX_Hue_##Form)             \
+    X(lightness_##form, QX_Lightness_##Form) \
+    X(saturation_##form, QX_Saturation_##Form)
 
-/// The routines that stand in the block or behind a selector but in no slot, in the order of their private table.
-/// Those whose family is still to come are null there.
+/// The routines that stand in the block or behind a selector but in no slot, as X(name, routine).
+#define QX_PRIVATE_ROUTINES(X)                   \
+    X(batch_sample, batch_sample_stub)           \
+    X(fill, QX_Fill)                             \
+    X(fill16, QX_Fill16)                         \
+    X(new_world, new_world_callback)             \
+    X(dispose_world, dispose_world_callback)     \
+    X(transfer_rect, transfer_rect_callback)     \
+    X(transform_world, transform_world_callback) \
+    X(get_callback_addr, QX_GetCallbackAddr)     \
+    X(app, QX_AppCallback)                       \
+    X(get_platform_data, platform_data_callback) \
+    X(gaussian_kernel, QX_GaussianKernel)        \
+    X(gaussian_value, QXp_GaussianValue)         \
+    X(premultiply, QX_Premul)                    \
+    X(premultiply_color, QX_PremulColor)         \
+    X(premultiply_color16, QX_PremulColor16)     \
+    X(blend_straight, QX_Blend_Straight)         \
+    X(blend_premul, QX_Blend_Premul)             \
+    X(insert_planes, QX_InsertPlanes)            \
+    X(extract_planes, QX_ExtractPlanes)          \
+    X(paint_spot, QX_PaintSpot)                  \
+    X(get_pixel_data8, QX_GetPixelData8)         \
+    X(get_pixel_data16, QX_GetPixelData16)       \
+    X(new_handle, qx::new_handle)                \
+    X(lock_handle, qx::lock_handle)              \
+    X(unlock_handle, qx::unlock_handle)          \
+    X(dispose_handle, qx::dispose_handle)        \
+    X(get_handle_size, handle_size)              \
+    X(resize_handle, qx::resize_handle)          \
+    QX_COLOUR_ROUTINES(X, straight, Straight)    \
+    QX_COLOUR_ROUTINES(X, premul, Premul)
+
 enum class Private : signed char {
     none = -1,
-    batch_sample,
-    fill,
-    fill16,
-    new_world,
-    dispose_world,
-    transfer_rect,
-    transform_world,
-    get_callback_addr,
-    app,
-    get_platform_data,
-    gaussian_kernel,
-    gaussian_value,
-    premultiply,
-    premultiply_color,
-    premultiply_color16,
-    blend_straight,
-    blend_premul,
-    insert_planes,
-    extract_planes,
-    paint_spot,
-    get_pixel_data8,
-    get_pixel_data16,
-    new_handle,
-    lock_handle,
-    unlock_handle,
-    dispose_handle,
-    get_handle_size,
-    resize_handle,
-    colour_straight,  ///< the first of kColourModels, as the next is
-    colour_premul = colour_straight + kColourModels
+#define X(name, routine) name,
+    QX_PRIVATE_ROUTINES(X)
+#undef X
 };
 
-/// Address of a routine; null for one still to come.
+/// Address of a routine; not for `none`.
 void* private_routine(Private routine);
 
 }  // namespace qx

@@ -97,6 +97,18 @@ TK_Handle NewHandle(std::size_t bytes, bool clear) {
     return nullptr;
 }
 
+/// The block of a handle at another length, or null with everything as it was. A locked block stays where it is, so
+/// that it can shrink only.
+void* ResizedData(Movable& movable, std::size_t bytes) {
+    if (movable.locks > 0) {
+        if (bytes > movable.bytes) return nullptr;
+        return movable.data;
+    }
+    void* const block = ResizedBlock(movable.data, bytes);
+    if (block != nullptr) movable.data = block;
+    return block;
+}
+
 void ReportShortage(int site, const char* name) {
     try {
         const std::string text = std::string("out of memory: ") + (name == nullptr ? "" : TK_ZString(name));
@@ -168,16 +180,9 @@ void TK_UnlockHandle(TK_Handle handle) {
 
 std::size_t TK_GetHandleSize(TK_Handle handle) { return handle == nullptr ? 0 : MovableOf(handle)->bytes; }
 
-int TK_ResizeHandle(std::size_t bytes, TK_Handle* handle) {
+int TK_ResizeHandle(int site, const char* name, std::size_t bytes, TK_Handle* handle) {
     Movable* movable = MovableOf(*handle);
-    if (movable->locks > 0) {  // a locked block stays where it is, so that it can shrink only
-        if (bytes > movable->bytes) return 4;
-        movable->bytes = bytes;
-        return 0;
-    }
-    void* block = ResizedBlock(movable->data, bytes);
-    if (block == nullptr) return 4;
-    movable->data = block;
+    if (OrReport(ResizedData(*movable, bytes), site, name) == nullptr) return 4;
     movable->bytes = bytes;
     return 0;
 }

@@ -16,6 +16,7 @@ namespace {
 
 thread_local int quiet_depth = 0;
 std::atomic<bool> debugger_attached{false};
+std::atomic<int> quiet_end_code{0};
 std::recursive_mutex mutex;  // a sink may itself run into a report
 ReportSink sink;
 
@@ -33,6 +34,7 @@ void SetReportSink(const ReportSink& new_sink) {
 }
 
 void SetDebuggerAttached(bool attached) { debugger_attached = attached; }
+void SetQuietEndCode(int code) { quiet_end_code.store(code, std::memory_order_relaxed); }
 
 }  // namespace standalone
 
@@ -59,8 +61,9 @@ int TK_TranslateAndReportException(const std::exception& fault) {
 
 void TK_StartQuietErrorsOnCurrentThread() { ++standalone::quiet_depth; }
 
-void TK_EndQuietErrorsOnCurrentThread() {
+int TK_EndQuietErrorsOnCurrentThread() {
     if (standalone::quiet_depth > 0) --standalone::quiet_depth;
+    return standalone::quiet_end_code.load(std::memory_order_relaxed);
 }
 
 namespace tesselcore::debug {

@@ -84,6 +84,8 @@ PLATFORM_EXPORT void SetRegistry(const FindProcedure& find);
 PLATFORM_EXPORT void SetBasicSuite(const QSBasicSuite* suite, int code = 0);
 /// What tesselcore::debug::IsDebuggerAttached says; false from the start.
 PLATFORM_EXPORT void SetDebuggerAttached(bool attached);
+/// What the end of a quiet section gives; 0 ends that.
+PLATFORM_EXPORT void SetQuietEndCode(int code);
 
 // --- preferences and profiling ---------------------------------------------------------------------
 PLATFORM_EXPORT void SetPreference(const char* section, const char* key, const std::string& value);

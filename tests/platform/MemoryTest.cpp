@@ -84,16 +84,20 @@ TEST(Memory, HopelessSizesGiveNull) {
     EXPECT_EQ(TK_GetRecycledPtrBaseAddress(nullptr), nullptr);
 }
 
+int resized(std::size_t bytes, TK_Handle* handle) { return TK_ResizeHandle(9, "rows", bytes, handle); }
+
 TEST(Memory, HandlesKeepContentsWhenResized) {
+    const Reports reports;
     TK_Handle handle = TK_AllocateHandleClear(0, "chunk", 4);
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(std::memcmp(*handle, "\0\0\0\0", 4), 0);
     std::memcpy(*handle, "abcd", 4);
-    ASSERT_EQ(TK_ResizeHandle(kMiB, &handle), 0);
+    ASSERT_EQ(resized(kMiB, &handle), 0);
     EXPECT_EQ(std::memcmp(*handle, "abcd", 4), 0);
-    EXPECT_EQ(short_of_memory(1, [&] { return TK_ResizeHandle(2 * kMiB, &handle); }), 4);
+    EXPECT_EQ(short_of_memory(1, [&] { return resized(2 * kMiB, &handle); }), 4);
+    EXPECT_TRUE(reports.all().size() == 1 && reports.last_text() == "out of memory: rows");
     EXPECT_EQ(TK_GetHandleSize(handle), kMiB);
-    EXPECT_EQ(TK_ResizeHandle(8, &handle), 0);
+    EXPECT_EQ(resized(8, &handle), 0);
     EXPECT_EQ(std::memcmp(*handle, "abcd", 4), 0);
     TK_FreeHandle(handle);
 }
@@ -121,12 +125,13 @@ TEST(Memory, LocksOfHandlesNestAndAreCounted) {
     EXPECT_EQ(locks(), 3);
     for (const TK_Handle handle : {a, b, b, TK_Handle{}}) TK_UnlockHandle(handle);  // one more than b has
     EXPECT_EQ(locks(), 1);
-    EXPECT_EQ(TK_ResizeHandle(kMiB, &a), 4) << "still locked";
-    EXPECT_EQ(TK_ResizeHandle(2, &a), 0);
+    const Reports quiet;
+    EXPECT_EQ(resized(kMiB, &a), 4) << "still locked";
+    EXPECT_EQ(resized(2, &a), 0);
     EXPECT_EQ(*a, locked);
     TK_UnlockHandle(a);
     EXPECT_EQ(locks(), 0);
-    EXPECT_EQ(TK_ResizeHandle(kMiB, &a), 0);
+    EXPECT_EQ(resized(kMiB, &a), 0);
     for (const TK_Handle handle : {a, b}) TK_FreeHandle(handle);
 }
 

@@ -42,9 +42,15 @@ TEST(Report, QuietSectionsNestAndEndWithTheirScopeOnTheirThread) {
     }
     EXPECT_EQ(reports.all().size(), 2u);
     TK_EndQuietErrorsOnCurrentThread();  // one too many does not make the next section loud
-    const TK_QuietErrors section;
+    TK_QuietErrors section;
     report();
     EXPECT_EQ(reports.all().size(), 2u);
+    standalone::SetQuietEndCode(77);
+    EXPECT_EQ(section.end(), 77);
+    EXPECT_EQ(section.end(), 0) << "it is closed once";
+    standalone::SetQuietEndCode(0);
+    report();
+    EXPECT_EQ(reports.all().size(), 3u);
 }
 
 TEST(Report, ExceptionsBecomeCodes) {

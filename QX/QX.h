@@ -49,6 +49,7 @@
 #include "QX/sampling/QX_SummedArea.h"
 #include "QX/suites/QX_CallbackBlock.h"
 #include "QX/suites/QX_General.h"
+#include "QX/suites/QX_Suites.h"
 #include "QX/world/QX_Chunk.h"
 #include "QX/world/QX_EffectWorld.h"
 #include "QX/world/QX_Frame.h"

@@ -63,6 +63,8 @@ namespace qx {
     X(lazy_tiles, 115)         \
     X(summed_areas, 116)       \
     X(handles, 117)            \
+    X(suites, 118)             \
+    X(chunk, 119)              \
     X(colour_apply, 120)       \
     X(linear_tables, 121)      \
     X(colour_settings, 122)    \

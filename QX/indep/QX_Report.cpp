@@ -48,6 +48,11 @@ int report_bad_parameter(Place place) {
     return kQX_FailedVerification;
 }
 
+int report_invalid_parameter(Place place) {
+    report_text(place, Text::invalid_parameter);
+    return kQX_BadParameter;
+}
+
 int report_failed_verification(Place place, const char* message) {
     TK_ReportFailedVerification(site(place), static_cast<int>(place), 0, message);
     return kQX_FailedVerification;

@@ -43,6 +43,8 @@ const char* text_of(Text text);
 
 /// "bad parameter passed to effect callback" at this site. @return 3
 int report_bad_parameter(Place place);
+/// "invalid parameter". @return 516
+int report_invalid_parameter(Place place);
 /// An assertion-style failure. @return 3
 int report_failed_verification(Place place, const char* message);
 /// Text of the table through the narrow report.

@@ -14,11 +14,6 @@ namespace qx {
 
 namespace {
 
-/// A world that is missing. @return 3
-int report_null_world() {
-    return report_failed_verification(Place::callback_routine, "Invalid parameter, effect world cannot be null.");
-}
-
 /// The 8-bit opacity counts from one step up; a record without it has the 16-bit one.
 float opacity_of(const QX_CompositeMode& mode) {
     const double coarse = mode.opacity / 255.0;
@@ -32,6 +27,10 @@ std::optional<QX_CompositeModePlus> unpack(const QX_CompositeMode* mode) {
 }
 
 }  // namespace
+
+int report_null_world() {
+    return report_failed_verification(Place::callback_routine, "Invalid parameter, effect world cannot be null.");
+}
 
 int batch_sample_stub(...) {
     return report_failed_verification(Place::callback_routine,

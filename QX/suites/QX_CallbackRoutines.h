@@ -5,8 +5,11 @@
 #include "QX/indep/QX_Records.h"
 #include "QX/indep/QX_RoutineTypes.h"
 
-/// What the callback block holds besides the table of routines.
+/// What the callback block and the suites hold besides the table of routines.
 namespace qx {
+
+/// "Invalid parameter, effect world cannot be null." @return 3
+int report_null_world();
 
 /// Takes any arguments and refuses. @return 3
 int batch_sample_stub(...);
@@ -42,42 +45,57 @@ void* const* ansi_block();
     X(lightness_##form, QX_Lightness_##Form) \
     X(saturation_##form, QX_Saturation_##Form)
 
-/// The routines that stand in the block or behind a selector but in no slot, as X(name, routine).
-#define QX_PRIVATE_ROUTINES(X)                   \
-    X(batch_sample, batch_sample_stub)           \
-    X(fill, QX_Fill)                             \
-    X(fill16, QX_Fill16)                         \
-    X(new_world, new_world_callback)             \
-    X(dispose_world, dispose_world_callback)     \
-    X(transfer_rect, transfer_rect_callback)     \
-    X(transform_world, transform_world_callback) \
-    X(get_callback_addr, QX_GetCallbackAddr)     \
-    X(app, QX_AppCallback)                       \
-    X(get_platform_data, platform_data_callback) \
-    X(gaussian_kernel, QX_GaussianKernel)        \
-    X(gaussian_value, QXp_GaussianValue)         \
-    X(premultiply, QX_Premul)                    \
-    X(premultiply_color, QX_PremulColor)         \
-    X(premultiply_color16, QX_PremulColor16)     \
-    X(blend_straight, QX_Blend_Straight)         \
-    X(blend_premul, QX_Blend_Premul)             \
-    X(insert_planes, QX_InsertPlanes)            \
-    X(extract_planes, QX_ExtractPlanes)          \
-    X(paint_spot, QX_PaintSpot)                  \
-    X(get_pixel_data8, QX_GetPixelData8)         \
-    X(get_pixel_data16, QX_GetPixelData16)       \
-    X(new_handle, qx::new_handle)                \
-    X(lock_handle, qx::lock_handle)              \
-    X(unlock_handle, qx::unlock_handle)          \
-    X(dispose_handle, qx::dispose_handle)        \
-    X(get_handle_size, handle_size)              \
-    X(resize_handle, qx::resize_handle)          \
-    QX_COLOUR_ROUTINES(X, straight, Straight)    \
+/// The routines that stand in the block, behind a selector or in a suite but in no slot, as X(name, routine).
+#define QX_PRIVATE_ROUTINES(X)                                      \
+    X(batch_sample, batch_sample_stub)                              \
+    X(fill, QX_Fill)                                                \
+    X(fill16, QX_Fill16)                                            \
+    X(new_world, new_world_callback)                                \
+    X(dispose_world, dispose_world_callback)                        \
+    X(transfer_rect, transfer_rect_callback)                        \
+    X(transform_world, transform_world_callback)                    \
+    X(get_callback_addr, QX_GetCallbackAddr)                        \
+    X(app, QX_AppCallback)                                          \
+    X(get_platform_data, platform_data_callback)                    \
+    X(gaussian_kernel, QX_GaussianKernel)                           \
+    X(gaussian_value, QXp_GaussianValue)                            \
+    X(premultiply, QX_Premul)                                       \
+    X(premultiply_color, QX_PremulColor)                            \
+    X(premultiply_color16, QX_PremulColor16)                        \
+    X(blend_straight, QX_Blend_Straight)                            \
+    X(blend_premul, QX_Blend_Premul)                                \
+    X(insert_planes, QX_InsertPlanes)                               \
+    X(extract_planes, QX_ExtractPlanes)                             \
+    X(paint_spot, QX_PaintSpot)                                     \
+    X(get_pixel_data8, QX_GetPixelData8)                            \
+    X(get_pixel_data16, QX_GetPixelData16)                          \
+    X(get_pixel_data_float, QX_GetPixelDataFloat)                   \
+    X(get_pixel_data_float_gpu, QX_GetPixelDataFloatGPU)            \
+    X(fill_float, QX_FillFloat)                                     \
+    X(premultiply_color_float, QX_PremulColorFloat)                 \
+    X(nn_sample_float, QX_NNSampleFloat)                            \
+    X(subpixel_sample_float, QX_SubpixelBilinearFloat)              \
+    X(area_sample_float, QX_AreaSample_CPlusPlus<QX_PixelFloat, 1>) \
+    X(processor_flag0, qx::processor_flag0)                         \
+    X(processor_flag1, qx::processor_flag1)                         \
+    X(processor_flag2, qx::processor_flag2)                         \
+    X(processor_flag3, qx::processor_flag3)                         \
+    X(new_world_by_format, qx::new_world_by_format)                 \
+    X(pixel_format_of_world, qx::pixel_format_of_world)             \
+    X(new_handle, qx::new_handle)                                   \
+    X(lock_handle, qx::lock_handle)                                 \
+    X(unlock_handle, qx::unlock_handle)                             \
+    X(dispose_handle, qx::dispose_handle)                           \
+    X(get_handle_size, handle_size)                                 \
+    X(resize_handle, qx::resize_handle)                             \
+    QX_COLOUR_ROUTINES(X, straight, Straight)                       \
+    QX_COLOUR_ROUTINES(X, straight16, Straight16)                   \
+    QX_COLOUR_ROUTINES(X, straight_float, StraightFloat)            \
     QX_COLOUR_ROUTINES(X, premul, Premul)
 
 enum class Private : signed char {
     none = -1,
-#define X(name, routine) name,
+#define X(name, ...) name,
     QX_PRIVATE_ROUTINES(X)
 #undef X
 };

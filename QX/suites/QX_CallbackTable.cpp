@@ -11,10 +11,13 @@
 #include "QX/pixelops/QX_Fill.h"
 #include "QX/pixelops/QX_ImagePlanes.h"
 #include "QX/pixelops/QX_Premul.h"
+#include "QX/sampling/QX_AreaSample.h"
+#include "QX/sampling/QX_Samp.h"
 #include "QX/suites/QX_CallbackBlock.h"
 #include "QX/suites/QX_CallbackRoutines.h"
 #include "QX/suites/QX_General.h"
 #include "QX/suites/QX_Handles.h"
+#include "QX/suites/QX_SuiteRoutines.h"
 #include "QX/world/QX_PixelData.h"
 #include "platform/M_Tables.h"
 
@@ -45,7 +48,7 @@ void* const* ansi_block() {
 
 void* private_routine(Private routine) {
     static void* const table[] = {
-#define X(name, routine) address(&routine),
+#define X(name, ...) address(&__VA_ARGS__),
         QX_PRIVATE_ROUTINES(X)
 #undef X
     };

@@ -10,11 +10,6 @@
 
 namespace {
 
-int null_record(qx::Place place) {
-    qx::report_text(place, qx::Text::invalid_parameter);
-    return kQX_BadParameter;
-}
-
 /// Kept: without a text to show, a record of someone else's is let through.
 bool refused(bool ours) {
     if (ours || qx::text_of(qx::Text::not_your_world) == nullptr) return false;
@@ -25,7 +20,7 @@ bool refused(bool ours) {
 }  // namespace
 
 int QX_NewEffectWorld(int width, int height, int depth, char reserved, char clear, QX_LayerDef* out) {
-    if (out == nullptr) return null_record(qx::Place::new_effect_world);
+    if (out == nullptr) return qx::report_invalid_parameter(qx::Place::new_effect_world);
     if (reserved != 0) return kQX_UnknownSelector;
     return qx::guarded([&] {
         if (depth != static_cast<short>(depth)) throw int{kQX_FailedVerification};
@@ -38,7 +33,7 @@ int QX_NewEffectWorld(int width, int height, int depth, char reserved, char clea
 }
 
 int QX_DisposeEffectWorld(QX_LayerDef* world) {
-    if (world == nullptr) return null_record(qx::Place::dispose_effect_world);
+    if (world == nullptr) return qx::report_invalid_parameter(qx::Place::dispose_effect_world);
     const bool marked = world->ownership_mark == kQX_OwnedMark;
     if (qx::is_gpu_world(world)) {
         if (refused(marked)) return kQX_BadParameter;

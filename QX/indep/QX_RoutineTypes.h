@@ -14,6 +14,7 @@ struct QX_LinearBlendingTables;
 struct QX_ScratchBlock;
 struct M_Matrix3;
 struct QX_SampPB;
+struct QX_Destination;
 template <class Pixel> struct QX_EXPORT QX_BlendingMode;
 template <class Pixel> struct QX_EXPORT QX_BlendModeDescriptor;
 
@@ -119,6 +120,8 @@ using ConvolveFn = int(const QX_ProgressInfo* progress, const QX_LayerDef* src, 
                        std::uint32_t flags, std::int32_t size, const std::int32_t* a_kernel,
                        const std::int32_t* r_kernel, const std::int32_t* g_kernel, const std::int32_t* b_kernel,
                        QX_LayerDef* dst);
+using OpenDestinationFn = int(void* destination, void* ref, QX_Destination* out);
+using CloseDestinationFn = int(QX_Destination* out);
 using PremulRectFn = int(void* effect_ref, bool forward, const M_LRect* rect, QX_LayerDef* world);
 template <class Pixel> using FilterFn = std::remove_pointer_t<QX_FilterFunc<Pixel>>;
 template <class Pixel> using MergeFn = std::remove_pointer_t<QX_MergeFunc<Pixel>>;

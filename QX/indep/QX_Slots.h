@@ -17,9 +17,10 @@ QX_EXPORT int QX_SetOverrideFunc(int index, void* routine);
 
 namespace qx {
 
-/// What a slot holds that has no type of its own: a routine whose family is still to come, and nothing for good (old
-/// entries that are kept for the others' positions).
-using RoutineToCome = int();
+/// What a slot holds that is null for good, and is kept for the others' positions: numbers that never had a routine
+/// (None...), and rows of batch sampling, which nothing calls any more (OldBatch...). Besides these, null for good are
+/// in the callback block its fields of slots 0 and 1, the 20th of mathematics, the last, and 16-bit sampling of
+/// premultiplied pixels at best quality, which there is none of; and in the suites the four entries of batch sampling.
 using NoRoutine = void();
 
 /// All slots, as X(number, name, type): the one place where their numbers stand.
@@ -70,8 +71,8 @@ using NoRoutine = void();
     X(42, Iterate, IterateFn)                                  \
     X(43, IterateOrigin, IterateOriginFn)                      \
     X(44, IterateLUT, IterateLUTFn)                            \
-    X(45, OpenDestination, RoutineToCome)                      \
-    X(46, CloseDestination, RoutineToCome)                     \
+    X(45, OpenDestination, OpenDestinationFn)                  \
+    X(46, CloseDestination, CloseDestinationFn)                \
     X(47, TransferRectPlus, TransferRectPlusFn)                \
     X(48, TransformWorldPlus, TransformWorldPlusFn)            \
     X(49, None49, NoRoutine)                                   \

@@ -7,6 +7,7 @@
 #include "QX/iterate/QX_IterateSlots.h"
 #include "QX/pixelops/QX_PixelopsSlots.h"
 #include "QX/sampling/QX_SamplingSlots.h"
+#include "QX/world/QX_Chunk.h"
 #include "QX/world/QX_UnoKernels.h"
 #include "opticalflow/src/Kernels.h"
 
@@ -19,4 +20,5 @@ void qx::fill_slots(const Processor& processor) {
     fill_compositing_slots(processor.level());
     solvan_of::begin(processor.level());
     fill_geometry_slots();
+    fill_destination_slots();
 }

@@ -15,6 +15,7 @@
 #include "QX/library/QX_FillSlots.h"
 #include "QX/pixelops/QX_Noise.h"
 #include "QX/suites/QX_CallbackRoutines.h"
+#include "QX/world/QX_Chunk.h"
 #include "QX/world/QX_WorldX.h"
 #include "platform/ALOG.h"
 #include "platform/HCL_Registry.h"
@@ -67,6 +68,7 @@ int QX_Birth() {
     return qx::guarded([] {
         std::fill_n(QXp_G_OverFuncs, kQX_SlotCount, nullptr);
         qx::reset_live_world_count();
+        qx::reset_live_chunk_count();
         qx::throw_if(M_PrepareFCMD(true, false, 0, &QXp_G_fcm_table, &QXp_G_fcd_table));
         qx::throw_if(qx::start_noise());
         qx::build_soft_light_tables();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "QX/indep/QX_Export.h"
@@ -29,5 +30,43 @@ enum QX_ChunkType : std::uint32_t {
     kQX_ChunkUnsignedShort = 0x55535432   ///< "UST2"
 };
 
-/// Bytes of one value of a type. @return 0
+static_assert(sizeof(QX_ChannelChunk) == 40 && offsetof(QX_ChannelChunk, row_bytes) == 12);
+static_assert(offsetof(QX_ChannelChunk, data_type) == 16 && offsetof(QX_ChannelChunk, handle) == 24);
+static_assert(offsetof(QX_ChannelChunk, data) == 32);
+
+/// Bytes of one value of a type. @return 0, or 516 after a report for a null `size`
 QX_EXPORT int QX_ChunkDataSize(std::uint32_t data_type, std::uint16_t* size);
+
+/// Chunks lie in the host's handles. A chunk belongs to its caller: nothing is locked between threads. The routines
+/// give 0, or 516 after a report for a null record.
+
+/// Makes a chunk of cleared values, locked. Rows lie one behind another.
+/// @return 516 for a side or dimension below 1, with the record as it was; 4 after a report where memory is short or a
+///         row passes 31 bits, with sizes and type set, `row_bytes` 0 where it does not fit, and no block
+QX_EXPORT int QX_NewChunk(int width, int height, int dimension, std::uint32_t data_type, QX_ChannelChunk* chunk);
+/// Takes `data` from the handle, also from one that is locked. @return 516 after a report without a handle
+QX_EXPORT int QX_LockChunk(QX_ChannelChunk* chunk);
+/// Forgets `data` and leaves the handle alone. @return 516 after a report for one that is not locked
+QX_EXPORT int QX_UnlockChunk(QX_ChannelChunk* chunk);
+/// Frees the handle, if there is one, locked or not, and zeroes the record.
+QX_EXPORT int QX_DisposeChunk(QX_ChannelChunk* chunk);
+
+/// Where output goes. A host may put routines of its own into the two slots.
+struct QX_Destination {
+    void* destination;
+    void* reserved[3];  ///< null
+};
+static_assert(sizeof(QX_Destination) == 32);
+
+/// Through the table of slots. @param ref  not read @return 0, or 516 after a report for a null `out`
+QX_EXPORT int QX_OpenDestination(void* destination, void* ref, QX_Destination* out);
+QX_EXPORT int QX_CloseDestination(QX_Destination* out);  ///< zeroes it
+
+namespace qx {
+/// Chunks alive that have a handle. For inspection only.
+QX_EXPORT std::int32_t live_chunk_count();
+/// Starts the count over, at the library's start.
+void reset_live_chunk_count();
+/// Writes the family's routines into the table of slots.
+void fill_destination_slots();
+}  // namespace qx

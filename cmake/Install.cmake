@@ -10,10 +10,11 @@ if(QX_BUILD_TOOLS)
     install(TARGETS qxmovie LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endif()
 endif()
-# Headers: QX/QX.h, the stand-alone host's for embedders, and what they reach, found when they are installed. All others
-# are the module's own, in C++20.
+# Headers: QX/QX.h, that for effects in C, the stand-alone host's for embedders, and what they reach, found when they are
+# installed. All others are the module's own, in C++20.
 install(CODE "include(${PROJECT_SOURCE_DIR}/cmake/PublicHeaders.cmake)
   install_public_headers(${PROJECT_SOURCE_DIR} \"\${CMAKE_INSTALL_PREFIX}/${header_dir}\" QX/QX.h
+    QX/QX_Effect.h
     platform/standalone/Cache.h
     platform/standalone/Colour.h
     platform/standalone/Host.h)" COMPONENT headers)

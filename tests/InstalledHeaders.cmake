@@ -11,3 +11,15 @@ list(TRANSFORM headers REPLACE "(.+)" "#include <\\1>\n")
 file(WRITE ${FOLDER}/all.cpp ${headers} "int main() { return 0; }\n")
 execute_process(COMMAND ${CXX} -std=c++17 -pedantic-errors -Wall -Wextra -Werror -fsyntax-only
   -I ${FOLDER}/include/qx ${FOLDER}/all.cpp COMMAND_ERROR_IS_FATAL ANY)
+
+# The header for effects stands alone, in C as in C++.
+set(effect ${FOLDER}/include/qx/QX/QX_Effect.h)
+file(STRINGS ${effect} includes REGEX "^ *# *include")
+if(NOT "${includes}" STREQUAL "#include <stddef.h>;#include <stdint.h>")
+  message(FATAL_ERROR "QX/QX_Effect.h has ${includes}")
+endif()
+foreach(language "c;-std=c99" "c;-std=c11" "c++;-std=c++17")
+  file(WRITE ${FOLDER}/effect.c "#include <QX/QX_Effect.h>\n#include <QX/QX_Effect.h>\nint main(void) { return QXE_NoError; }\n")
+  execute_process(COMMAND ${CXX} -x ${language} -pedantic-errors -Wall -Wextra -Wconversion -Werror -fsyntax-only
+    -I ${FOLDER}/include/qx ${FOLDER}/effect.c COMMAND_ERROR_IS_FATAL ANY)
+endforeach()

@@ -224,7 +224,7 @@ TEST_F(Suites, WorldsByFormat) {
                     {make("badf", &world), "Unsupported QX_PixelFormat"},
                     {make("ARGB", &world), "Unsupported QX_PixelFormat"},
                     {make("argb", &world, 0), "invalid image buffer size (0x3).", 516}});
-    reports.clear();
+    const Reports quiet;
     EXPECT_EQ(short_make(), 4);
     EXPECT_TRUE(world.data == nullptr && world.ownership_mark == 0);
     EXPECT_EQ(blocks_in_use(), before);

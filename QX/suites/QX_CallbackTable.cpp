@@ -19,6 +19,7 @@
 #include "QX/suites/QX_Handles.h"
 #include "QX/suites/QX_SuiteRoutines.h"
 #include "QX/world/QX_PixelData.h"
+#include "QX/world/QX_VideoFrameFactory.h"
 #include "platform/M_Tables.h"
 
 namespace qx {

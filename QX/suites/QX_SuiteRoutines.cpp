@@ -6,6 +6,7 @@
 #include "QX/indep/QX_WorldDepth.h"
 #include "QX/suites/QX_CallbackRoutines.h"
 #include "QX/world/QX_EffectWorld.h"
+#include "QX/world/QX_GPU.h"
 #include "platform/TK_CPU.h"
 
 namespace qx {
@@ -27,7 +28,7 @@ int processor_flag3(bool* is_set) { return processor_flag(3, is_set); }
 
 int new_world_by_format(void*, int width, int height, int clear, std::uint32_t format, QX_LayerDef* world) {
     if (world == nullptr) return report_null_world();
-    if (format == kQX_PixelFormat_GPUFloat) return report_gpu_world(Place::suites);
+    if (vn::qx::GPU::IsPixelFormatGPUSupported(static_cast<int>(format))) return report_gpu_world(Place::suites);
     return guarded([&] {
         int depth = 0;
         throw_if(QXp_PixelFormatToEffectWorldDepth(format, &depth));

@@ -16,6 +16,7 @@ namespace qx::pictures {
 /// Frames: `number` in `per` seconds.
 struct Rate {
     int number = 25, per = 1;
+    bool operator==(const Rate&) const = default;
 };
 
 /// True for a name that tells a movie.

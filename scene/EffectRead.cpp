@@ -44,6 +44,10 @@ private:
         *key.to = value.read_by([&] { return choice(text, key.words); });
     }
     void take(const SceneNode& node, const char* name, const FlagKey& key) { *key.to = node.need(name).flag(); }
+    void take(const SceneNode& node, const char* name, const ColourKey& key) {
+        const auto c = node.need(name).numbers(3, 4, 0, 1);
+        *key.to = {c.size() == 4 ? c[3] : 1, c[0], c[1], c[2]};
+    }
     void take(const SceneNode& node, const char* name, const TextKey& key) {
         const SceneNode value = node.need(name);
         value.read_by([&] { key.read(value.text()); });
@@ -67,16 +71,29 @@ private:
     bool moves_ = false;
 };
 
+/// {"plugin": NAME, "parameters": {KEY: VALUE, ...}}
+SceneEffect read_plug_in(const SceneNode& node, const std::string& folder, EffectSource* others) {
+    node.check_keys({"plugin", "parameters", "comment"});
+    const SceneNode name = node.need("plugin");
+    if (others == nullptr) name.fault("cannot be had here");
+    std::shared_ptr<Effect> effect = name.read_by([&] { return others->find(name.text()); });
+    Reader reader(folder);
+    if (const auto parameters = node.find("parameters")) reader.read(*parameters, effect->keys(), {});
+    node.read_by([&] { effect->settle(); });
+    return {node.place(), effect, reader.moves() || effect->depends_on_frame()};
+}
+
 }  // namespace
 
-SceneEffect read_effect(const SceneNode& node, const std::string& folder) {
+SceneEffect read_effect(const SceneNode& node, const std::string& folder, EffectSource* others) {
     if (!node.is_object()) node.fault("is not an object");
+    if (node.find("plugin")) return read_plug_in(node, folder, others);
     const SceneNode name = node.need("effect");
     std::shared_ptr<Effect> effect = name.read_by([&] { return new_effect(name.text()); });
     Reader reader(folder);
     reader.read(node, effect->keys(), {"effect"});
     node.read_by([&] { effect->settle(); });
-    return {node.place(), effect, reader.moves()};
+    return {node.place(), effect, reader.moves() || effect->depends_on_frame()};
 }
 
 }  // namespace qx::scene

@@ -5,11 +5,13 @@
 
 #include "scene/Scene.h"
 #include "scene/SceneNode.h"
+#include "scene/effects/EffectSource.h"
 
 namespace qx::scene {
 
 /// {"effect": NAME, KEY: VALUE, ...}
 /// @param folder  that names of files count from
-SceneEffect read_effect(const SceneNode& node, const std::string& folder);
+/// @param others  has the effects that are named by "plugin" in place of "effect", with "parameters"; may be null
+SceneEffect read_effect(const SceneNode& node, const std::string& folder, EffectSource* others);
 
 }  // namespace qx::scene

@@ -12,7 +12,7 @@
 #include "scene/Placing.h"
 #include "scene/SceneFile.h"
 #include "scene/colour/WorkingSpace.h"
-#include "scene/effects/Effect.h"
+#include "scene/effects/EffectSource.h"
 
 /// What a scene file says, checked; docs/scene.md describes the file.
 namespace qx::scene {
@@ -79,7 +79,8 @@ struct Scene {
 };
 
 /// Throws SceneFault, or pictures::Failure for a file that cannot be read.
-Scene read_scene(const std::string& path);
+/// @param others  effects besides the scene's own; null: none
+Scene read_scene(const std::string& path, EffectSource* others = nullptr);
 
 /// Throws SceneFault for choices of colour that do not go together: what needs a space where there is none, and a space
 /// of a background that is no picture.

@@ -23,7 +23,10 @@ constexpr int kMostMatrices = 257;
 
 class Reader {
 public:
-    explicit Reader(const std::string& path) : folder_(fs::path(path).parent_path().string()) { scene_.file = path; }
+    Reader(const std::string& path, EffectSource* others)
+        : folder_(fs::path(path).parent_path().string()), others_(others) {
+        scene_.file = path;
+    }
 
     Scene read(const SceneNode& root) {
         root.check_keys({"size", "depth", "dither", "rate", "frames", "space", "linearize", "output-space",
@@ -175,7 +178,7 @@ private:
         if (layer.mode == xfer_mask_crossfade && !layer.mask) node.need("mask");
         if (const auto effects = node.find("effects")) {
             for (const SceneNode& effect : effects->items(0, kMostItems)) {
-                layer.effects.push_back(read_effect(effect, folder_));
+                layer.effects.push_back(read_effect(effect, folder_, others_));
             }
         }
         if (const auto transform = node.find("transform")) layer.transform = read_transform(*transform);
@@ -184,6 +187,7 @@ private:
     }
 
     const std::string folder_;
+    EffectSource* const others_;
     Scene scene_;
 };
 
@@ -227,9 +231,9 @@ void check_colours(const Scene& scene) {
     }
 }
 
-Scene read_scene(const std::string& path) {
+Scene read_scene(const std::string& path, EffectSource* others) {
     const Tree tree{parse_json(text_of_file(path), path)};
-    return Reader(path).read(SceneNode(tree.value, path));
+    return Reader(path, others).read(SceneNode(tree.value, path));
 }
 
 }  // namespace qx::scene

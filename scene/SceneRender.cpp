@@ -31,6 +31,12 @@ SceneRender::SceneRender(const Scene& scene, Notes notes, int first, pictures::W
     }
 }
 
+SceneRender::~SceneRender() {
+    for (const SceneLayer& layer : scene_.layers) {
+        for (const SceneEffect& effect : layer.effects) effect.effect->rest();
+    }
+}
+
 void SceneRender::settle_space(int first, pictures::Watch& watch) {
     Profile profile = scene_.colours.space ? scene_.colours.space : scene_.background->profile;
     if (!profile) {
@@ -215,7 +221,14 @@ std::shared_ptr<const Canvas> SceneRender::worked_on(const SceneLayer& layer, in
         const auto note = [&](const std::string& words) {
             note_once(subject + words, pictures::about(subject, words));
         };
-        effect.effect->apply(*canvas, {static_cast<double>(number), subject, show_file, note, watch});
+        effect.effect->apply(*canvas, {.frame = static_cast<double>(number),
+                                       .subject = subject,
+                                       .picture = show_file,
+                                       .note = note,
+                                       .watch = watch,
+                                       .layer = static_cast<int>(&layer - scene_.layers.data()) + 1,
+                                       .quality = layer.quality,
+                                       .rate = scene_.rate});
     }
     return canvas;
 }

@@ -28,6 +28,9 @@ public:
     /// @param notes  gets what the user is to know, each note once and one at a time; may be null
     /// @param first  the frame whose background tells the space where it is that of the background
     SceneRender(const Scene& scene, Notes notes, int first = 0, pictures::Watch& watch = pictures::unwatched());
+    ~SceneRender();
+    SceneRender(const SceneRender&) = delete;
+    SceneRender& operator=(const SceneRender&) = delete;
 
     /// Throws pictures::Failure, WorkFault or pictures::Stopped.
     /// @param watch  hears of the rows of each step: a picture that is read, a layer that is laid on

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "QX/world/QX_World.h"
+#include "pictures/Movie.h"
 #include "pictures/Watch.h"
 #include "scene/effects/Keys.h"
 
@@ -28,6 +29,9 @@ struct Moment {
     std::function<std::shared_ptr<const QX_World>(const SceneFile& file)> picture;
     std::function<void(const std::string& note)> note;
     pictures::Watch& watch;
+    int layer = 1;              ///< its number, from 1
+    int quality = 1;            ///< of its layer: 0 is draft
+    pictures::Rate rate{0, 1};  ///< of the scene; 0 for a still picture
 };
 
 /// Told by its keys, then used by any number of threads.
@@ -42,8 +46,12 @@ public:
     /// To be called once the keys are told. Throws BadText for what does not go together.
     virtual void settle() {}
     virtual std::vector<const SceneFile*> files() const { return {}; }
+    /// Whether other frames may give other results where neither picture nor keys are others.
+    virtual bool depends_on_frame() const { return false; }
     /// Throws Stopped, pictures::Failure or WorkFault.
     virtual void apply(Canvas& canvas, const Moment& moment) const = 0;
+    /// Lets go of what it keeps for frames to come. While the library runs, and no frame is at work.
+    virtual void rest() const {}
 };
 
 /// As scenes and subcommands name it.

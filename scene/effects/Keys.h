@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <span>
@@ -32,6 +33,10 @@ struct ChoiceKey {
 struct FlagKey {
     bool* to;
 };
+/// Red, green, blue and perhaps alpha, from 0 to 1.
+struct ColourKey {
+    std::array<double, 4>* to;  ///< alpha first
+};
 /// A text that `read` makes something of. It throws BadText.
 struct TextKey {
     std::function<void(const std::string& text)> read;
@@ -60,7 +65,7 @@ struct Key {
     const char* name;   ///< in kebab case; an option has -- before it
     const char* value;  ///< what stands for the value in a help text; of a flag null
     const char* help;
-    std::variant<NumbersKey, WholeKey, ChoiceKey, FlagKey, TextKey, DocumentKey, PictureKey, ListKey> kind;
+    std::variant<NumbersKey, WholeKey, ChoiceKey, FlagKey, ColourKey, TextKey, DocumentKey, PictureKey, ListKey> kind;
 };
 
 }  // namespace qx::scene

@@ -103,6 +103,7 @@ int run_command(int argc, const char* const* argv) {
         add_retime(app);
         add_flow(app);
         add_cache(app);
+        add_effects(app);
         add_modes(app);
         add_info(app);
         return parse_and_run(app, argc, argv);

@@ -21,6 +21,7 @@ void add_render(CLI::App& app);
 void add_retime(CLI::App& app);
 void add_flow(CLI::App& app);
 void add_cache(CLI::App& app);
+void add_effects(CLI::App& app);
 void add_modes(CLI::App& app);
 void add_info(CLI::App& app);
 

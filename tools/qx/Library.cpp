@@ -6,6 +6,7 @@
 
 #include "QX/indep/QX_Errors.h"
 #include "QX/library/QX_Library.h"
+#include "host/LastReport.h"
 #include "platform/standalone/Host.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -21,6 +22,7 @@ Library::Library() {
     standalone::SetReportSink([](const standalone::Report& report) {
         const std::lock_guard lock(mutex);
         report_text = report.text;
+        host::keep_report(report.text);
     });
     const int code = QX_Birth();
     if (code == kQX_OutOfMemory) throw std::bad_alloc();

@@ -22,6 +22,10 @@ public:
     void operator()(const scene::WholeKey& key) const { *key.to = whole_number(option_, text_, key.least, key.most); }
     void operator()(const scene::ChoiceKey& key) const { *key.to = choice(option_, text_, key.words); }
     void operator()(const scene::FlagKey& key) const { *key.to = flag(option_, text_); }
+    void operator()(const scene::ColourKey& key) const {
+        const auto c = real_numbers(option_, text_, "a colour R,G,B or R,G,B,A", 3, 4, 0, 1);
+        *key.to = {c.size() == 4 ? c[3] : 1, c[0], c[1], c[2]};
+    }
     void operator()(const scene::TextKey& key) const {
         value_of(option_, [&] { key.read(text_); });
     }
@@ -75,10 +79,14 @@ void EffectOptions::read(const Texts& texts, const scene::Keys& keys) const {
         for (const auto& [added, name] : added_) {
             if (added != option) continue;
             for (const scene::Key& key : keys) {
-                if (key.name == name) std::visit(Taker("--" + name, text), key.kind);
+                if (key.name == name) read_key(key, "--" + name, text);
             }
         }
     }
+}
+
+void read_key(const scene::Key& key, const std::string& option, const std::string& text) {
+    std::visit(Taker(option, text), key.kind);
 }
 
 void settle(scene::Effect& effect) {

@@ -35,6 +35,10 @@ private:
     std::vector<std::pair<const CLI::Option*, std::string>> added_;  ///< with the key's name
 };
 
+/// Gives a key the value that a text tells. Throws WrongUsage.
+/// @param option  that stands before what is wrong
+void read_key(const scene::Key& key, const std::string& option, const std::string& text);
+
 /// Settles an effect whose keys are told. Throws WrongUsage.
 void settle(scene::Effect& effect);
 

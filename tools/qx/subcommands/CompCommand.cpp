@@ -2,6 +2,8 @@
 // qx comp: layers onto a background.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <deque>
+#include <map>
 #include <memory>
 
 #include "pictures/Light.h"
@@ -26,8 +28,11 @@ struct Inputs {
     pictures::Picture background;
     struct Layer {
         pictures::Picture picture, mask;
+        int left = 0, top = 0;                                       ///< where effects have moved its corner to
+        std::map<const scene::SceneFile*, pictures::Picture> shown;  ///< by its effects
     };
     std::vector<Layer> layers;
+    std::deque<std::string> names;  ///< of pictures that effects show
 };
 
 /// Of all pictures, the background first.
@@ -38,6 +43,12 @@ Files files_of(const CompOptions& options, Inputs& inputs) {
         const LayerOptions& layer = options.layers[i];
         files.emplace_back(&layer.file, &inputs.layers[i].picture);
         if (!layer.mask_file.empty()) files.emplace_back(&layer.mask_file, &inputs.layers[i].mask);
+        for (const auto& effect : layer.effects) {
+            for (const scene::SceneFile* file : effect->files()) {
+                inputs.names.push_back(file->at(0));
+                files.emplace_back(&inputs.names.back(), &inputs.layers[i].shown[file]);
+            }
+        }
     }
     return files;
 }
@@ -75,8 +86,8 @@ scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& la
                             const QX_LinearBlendingTables* tables) {
     scene::Transfer transfer;
     transfer.layer = layer.picture.world.get();
-    transfer.x = options.at.x;
-    transfer.y = options.at.y;
+    transfer.x = options.at.x + layer.left;
+    transfer.y = options.at.y + layer.top;
     transfer.mode = options.mode;
     transfer.opacity = options.opacity;
     transfer.rgb_only = options.rgb_only;
@@ -90,9 +101,35 @@ scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& la
     transfer.quality = options.quality;
     if (options.placing || options.matrix) {
         const M_Matrix3 matrix = options.matrix ? *options.matrix : scene::matrix_of(*options.placing);
-        transfer.matrices = {scene::moved(matrix, options.at.x, options.at.y)};
+        const M_Matrix3 placed = scene::moved(matrix, options.at.x, options.at.y);
+        const bool is_moved = layer.left != 0 || layer.top != 0;
+        transfer.matrices = {is_moved ? M_MultiplyMatrix(scene::moved(kM_IdentityMatrix, layer.left, layer.top), placed)
+                                      : placed};
     }
     return transfer;
+}
+
+/// Lets a layer's effects work, in their order.
+void apply_effects(const LayerOptions& options, int number, Inputs::Layer& layer, NotesOnce& once,
+                   pictures::Watch& watch) {
+    scene::Canvas canvas{std::move(layer.picture.world)};
+    const auto show = [&](const scene::SceneFile& file) {
+        return std::shared_ptr<const QX_World>(std::shared_ptr<void>(), layer.shown.at(&file).world.get());
+    };
+    const auto note = [&](const std::string& words) { tell_losses(once, options.file, {words}); };
+    for (const auto& effect : options.effects) {
+        effect->apply(canvas, {.frame = 0,
+                               .subject = options.file,
+                               .picture = show,
+                               .note = note,
+                               .watch = watch,
+                               .layer = number,
+                               .quality = options.quality});
+        effect->rest();
+    }
+    layer.picture.world = std::move(canvas.world);
+    layer.left = canvas.x;
+    layer.top = canvas.y;
 }
 
 void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX_World& background,
@@ -124,6 +161,9 @@ void bring_into_space(const CompOptions& options, Inputs& inputs, int depth, Not
     bring(options.background, inputs.background, options.background_profile);
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         bring(options.layers[i].file, inputs.layers[i].picture, options.layers[i].profile);
+        for (auto& [file, picture] : inputs.layers[i].shown) {
+            if (!file->is_data) bring(file->at(0), picture, file->profile);
+        }
     }
 }
 
@@ -157,9 +197,16 @@ void run(const CompOptions& options) {
     const int depth = unify(files, asked, once);
     QX_World& background = *inputs.background.world;
     {
-        Progress progress("compositing", PartWatch::kSteps * static_cast<std::int64_t>(options.layers.size()));
+        const auto worked_on = std::count_if(options.layers.begin(), options.layers.end(),
+                                             [](const LayerOptions& layer) { return !layer.effects.empty(); });
+        const auto parts = static_cast<std::int64_t>(options.layers.size()) + worked_on;
+        Progress progress("compositing", PartWatch::kSteps * parts);
         const SignalWatch signals;
         for (std::size_t i = 0; i < options.layers.size(); ++i) {
+            if (!options.layers[i].effects.empty()) {
+                PartWatch watch(progress, signals);
+                apply_effects(options.layers[i], static_cast<int>(i) + 1, inputs.layers[i], once, watch);
+            }
             PartWatch watch(progress, signals);
             composite_layer(options.layers[i], inputs.layers[i], background, space ? &*space : nullptr, watch);
         }

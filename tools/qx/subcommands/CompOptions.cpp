@@ -10,6 +10,7 @@
 #include "pictures/Picture.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
+#include "tools/qx/options/EffectArgument.h"
 
 namespace qx::tool {
 
@@ -97,6 +98,8 @@ const LayerOption kLayerOptions[] = {
     {"--matrix", "M11,...,M33", "in place of these four: rows of a matrix, (x', y', w') = (x, y, 1) * M", set_matrix},
     {"--quality", "QUALITY", "of transformed layers: draft, bilinear or bicubic (default: bilinear)",
      [](L& l, S option, S text) { l.quality = choice(option, text, scene::kQualityWords); }},
+    {"--effect", "NAME[:KEY=VALUE]...", "what is done to the layer before it is placed, in order; see `qx effects`",
+     [](L& l, S, S text) { l.effect_texts.push_back(text); }},
 };
 
 const char* const kFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
@@ -107,7 +110,8 @@ Example:
   qx comp photo.jpg logo.png --mode screen --opacity 0.5 --at 40,40 -o out.png
   qx comp photo.jpg logo.png --anchor 64,64 --scale 0.5 --rotate 30 --at 200,150 -o out.png
   qx comp a.tif b.tif --mode multiply c.exr --mode add --depth 32 -o out.exr
-  qx comp photo.jpg wide.png --space srgb --linear profile -o out.png)";
+  qx comp photo.jpg wide.png --space srgb --linear profile -o out.png
+  qx comp photo.jpg logo.png --effect blur:radius=4 --effect ./shadow.so:opacity=0.6 -o out.png)";
 
 void check(const LayerOptions& layer) {
     if (layer.matrix && layer.placing) {
@@ -137,6 +141,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
         .add_option("--background-profile", background_profile_,
                     "profile of the background's values (default: what its file says)")
         ->type_name("PROFILE");
+    add_effect_folders_option(command, common_.effect_folders);
     add_picture_options(command, common_);
     command.footer(kFooter);
     set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
@@ -160,6 +165,12 @@ CompOptions CompCommandLine::options() const {
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
     for (const LayerOptions& layer : options.layers) check(layer);
+    host::EffectFolders folders(options.effect_folders);
+    for (LayerOptions& layer : options.layers) {
+        for (const std::string& text : layer.effect_texts) {
+            layer.effects.push_back(effect_of("--effect", text, folders));
+        }
+    }
     read_colours(options);
     return options;
 }

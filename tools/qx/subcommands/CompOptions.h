@@ -9,6 +9,7 @@
 
 #include "scene/Composite.h"
 #include "scene/Placing.h"
+#include "scene/effects/Effect.h"
 #include "tools/qx/options/ColourOptions.h"
 #include "tools/qx/options/Options.h"
 
@@ -39,6 +40,8 @@ struct LayerOptions {
     std::string placing_option;             ///< one that `placing` came from
     std::optional<M_Matrix3> matrix;
     int quality = 1;
+    std::vector<std::string> effect_texts;  ///< done in order, before the transform
+    std::vector<std::shared_ptr<const scene::Effect>> effects;
 };
 
 struct CompOptions : PictureOptions {
@@ -46,6 +49,7 @@ struct CompOptions : PictureOptions {
     scene::Profile background_profile;
     scene::ColourChoices colours;
     std::vector<LayerOptions> layers;
+    std::vector<std::string> effect_folders;
 };
 
 struct LayerOption;

@@ -19,6 +19,7 @@
 #include "tools/qx/Library.h"
 #include "tools/qx/options/CacheOptions.h"
 #include "tools/qx/options/ColourOptions.h"
+#include "tools/qx/options/EffectArgument.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
@@ -35,6 +36,7 @@ struct RenderOptions {
     CacheOptions cache;
     std::string scene, output, frames, depth, memory;
     bool resume = false;
+    std::vector<std::string> effect_folders;
 };
 
 const char* const kFooter =
@@ -201,7 +203,8 @@ void run(const RenderOptions& options) {
     options.cache.apply();
     const int depth = depth_of(options.depth);
     const bool movie = pictures::is_movie(options.output);
-    scene::Scene scene = scene::read_scene(options.scene);
+    host::EffectFolders folders(options.effect_folders);
+    scene::Scene scene = scene::read_scene(options.scene, &folders);
     if (depth != 0) scene.depth = depth;
     options.colours.apply(scene.colours);
     if (const char* option = options.colours.without_space(); option != nullptr && !scene.colours.has_space) {
@@ -229,6 +232,7 @@ void add_render(CLI::App& app) {
     command->add_flag("--resume", options->resume, "leave frames alone whose file is there and whole")
         ->disable_flag_override();
     add_depth_option(*command, options->depth, "those of the scene");
+    add_effect_folders_option(*command, options->effect_folders);
     add_colour_options(*command, options->colours);
     command
         ->add_option("--memory", options->memory,

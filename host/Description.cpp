@@ -32,24 +32,24 @@ public:
 
     void run() const {
         switch (p_.kind) {
-            case QXE_NUMBER:
+            case QXE_KindNumber:
                 return check_numbers(1);
-            case QXE_POINT:
+            case QXE_KindPoint:
                 return check_numbers(2);
-            case QXE_WHOLE:
+            case QXE_KindWhole:
                 check_range();
                 return check(std::floor(p_.least) == p_.least && p_.least >= INT32_MIN && p_.most <= INT32_MAX &&
                                  within(p_.standard.whole),
                              kOutside);
-            case QXE_SWITCH:
+            case QXE_KindSwitch:
                 return check(p_.standard.whole == 0 || p_.standard.whole == 1, kOutside);
-            case QXE_CHOICE:
+            case QXE_KindChoice:
                 return check_choices();
-            case QXE_COLOUR:
+            case QXE_KindColour:
                 return check(std::all_of(p_.standard.numbers, p_.standard.numbers + 4,
                                          [](double c) { return std::isfinite(c); }),
                              kOutside);
-            case QXE_TEXT:
+            case QXE_KindText:
                 return;
             default:
                 fault("is of an unknown kind");
@@ -91,7 +91,7 @@ std::vector<const QXE_ParameterInfo*> checked_parameters(const QXE_EffectInfo& i
         if (!holds) throw BadText("its description", words);
     };
     check(is_spelled(info.name), "has no name of letters a to z, digits and -");
-    check((info.depths & QXE_ANY_DEPTH) != 0, "takes no depth");
+    check((info.depths & QXE_AnyDepth) != 0, "takes no depth");
     check(info.render != nullptr, "has no function render");
     check(info.parameter_count <= kMostParameters, "has too many parameters");
     check(info.parameter_count == 0 || info.parameters != nullptr, "counts parameters and has none");

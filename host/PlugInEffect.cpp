@@ -66,26 +66,26 @@ struct PlugInEffect::Parameter {
           point(scene::Track<2>::Value{told.standard.numbers[0], told.standard.numbers[1]}),
           whole(told.standard.whole),
           is_on(told.standard.whole != 0),
-          text(told.kind == QXE_TEXT && told.standard.text != nullptr ? told.standard.text : "") {
+          text(told.kind == QXE_KindText && told.standard.text != nullptr ? told.standard.text : "") {
         std::copy_n(told.standard.numbers, 4, colour.begin());
-        for (auto word = told.choices; told.kind == QXE_CHOICE && *word != nullptr; ++word) words.push_back(*word);
+        for (auto word = told.choices; told.kind == QXE_KindChoice && *word != nullptr; ++word) words.push_back(*word);
     }
 
     scene::Key key() {
         const char* const help = info.help != nullptr ? info.help : "";
         switch (info.kind) {
-            case QXE_NUMBER:
+            case QXE_KindNumber:
                 return {info.name, "N", help, scene::NumbersKey{1, info.least, info.most, &number}};
-            case QXE_POINT:
+            case QXE_KindPoint:
                 return {info.name, "X,Y", help, scene::NumbersKey{2, info.least, info.most, &point}};
-            case QXE_WHOLE:
+            case QXE_KindWhole:
                 return {info.name, "N", help,
                         scene::WholeKey{static_cast<int>(info.least), static_cast<int>(info.most), &whole}};
-            case QXE_SWITCH:
+            case QXE_KindSwitch:
                 return {info.name, kHelpOfSwitch, help, scene::FlagKey{&is_on}};
-            case QXE_CHOICE:
+            case QXE_KindChoice:
                 return {info.name, "WORD", help, scene::ChoiceKey{words, &whole}};
-            case QXE_COLOUR:
+            case QXE_KindColour:
                 return {info.name, "R,G,B[,A]", help, scene::ColourKey{&colour}};
             default:
                 return {info.name, "TEXT", help, scene::TextKey{[this](const std::string& told) { text = told; }}};
@@ -95,19 +95,19 @@ struct PlugInEffect::Parameter {
     QXE_Value at(double frame) const {
         QXE_Value value{};
         switch (info.kind) {
-            case QXE_NUMBER:
+            case QXE_KindNumber:
                 value.numbers[0] = number.at(frame)[0];
                 break;
-            case QXE_POINT:
+            case QXE_KindPoint:
                 std::copy_n(point.at(frame).begin(), 2, value.numbers);
                 break;
-            case QXE_COLOUR:
+            case QXE_KindColour:
                 std::copy_n(colour.begin(), 4, value.numbers);
                 break;
-            case QXE_TEXT:
+            case QXE_KindText:
                 value.text = text.c_str();
                 break;
-            case QXE_SWITCH:
+            case QXE_KindSwitch:
                 value.whole = is_on ? 1 : 0;
                 break;
             default:
@@ -134,7 +134,7 @@ public:
 
     void run() {
         const int depth = canvas_.world->Depth();
-        const unsigned bit = depth == 8 ? QXE_DEPTH8 : depth == 16 ? QXE_DEPTH16 : QXE_DEPTH32;
+        const unsigned bit = depth == 8 ? QXE_Depth8 : depth == 16 ? QXE_Depth16 : QXE_Depth32;
         if ((effect_.module_->info().depths & bit) == 0) {
             fail(depth == 32 ? "does not take floats" : "does not take " + std::to_string(depth) + " bits");
         }

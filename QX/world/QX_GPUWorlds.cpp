@@ -95,10 +95,7 @@ int QX_GetPixelDataFloatGPU(const QX_LayerDef* world, void** out) {
     const auto report = [](const char* words) {
         TKp_ReportErrString(qx::site(qx::Place::pixel_data), qx::kReportSeverity, words);
     };
-    if (out == nullptr) {
-        qx::report_text(qx::Place::pixel_data, qx::Text::invalid_parameter);
-        return kQX_BadParameter;
-    }
+    if (out == nullptr) return qx::report_invalid_parameter(qx::Place::pixel_data);
     *out = nullptr;
     const auto frame = vn::qx::VideoFrameFactory::GetGPUIVFFromQXEffectWorld(world);
     const auto memory = frame.query<FK::IVideoFrameGPUMemoryAccess>();

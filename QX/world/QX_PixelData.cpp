@@ -11,10 +11,7 @@ void report(const char* words) { TKp_ReportErrString(qx::site(qx::Place::pixel_d
 
 int pixel_data(QX_LayerDef* world, void* pixels, int depth, const char* refusal, void** out) {
     if (qx::is_gpu_world(world)) return qx::report_gpu_world(qx::Place::pixel_data);
-    if (out == nullptr) {
-        qx::report_text(qx::Place::pixel_data, qx::Text::invalid_parameter);
-        return kQX_BadParameter;
-    }
+    if (out == nullptr) return qx::report_invalid_parameter(qx::Place::pixel_data);
     *out = nullptr;
     if (world == nullptr) {
         report(refusal);

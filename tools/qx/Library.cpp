@@ -6,6 +6,8 @@
 
 #include "QX/indep/QX_Errors.h"
 #include "QX/library/QX_Library.h"
+#include "QX/suites/QX_Suites.h"
+#include "QX/world/QX_GPU.h"
 #include "host/LastReport.h"
 #include "platform/standalone/Host.h"
 #include "tools/qx/terminal/Messages.h"
@@ -24,9 +26,11 @@ Library::Library() {
         report_text = report.text;
         host::keep_report(report.text);
     });
-    const int code = QX_Birth();
+    int code = QX_Birth();
+    if (code == 0) code = QX_InstallSuites();
     if (code == kQX_OutOfMemory) throw std::bad_alloc();
     if (code != 0) throw WorkFailed("the library does not start (code " + std::to_string(code) + ")");
+    vn::qx::GPU::SetRendererID(vn::qx::GPU::kSoftwareRenderer);
 }
 
 Library::~Library() { QX_Death(); }

@@ -34,17 +34,17 @@ const char* kind_of(const QXE_ParameterInfo& p) {
 Json standard_of(const QXE_ParameterInfo& p) {
     const double* n = p.standard.numbers;
     switch (p.kind) {
-        case QXE_NUMBER:
+        case QXE_KindNumber:
             return n[0];
-        case QXE_POINT:
+        case QXE_KindPoint:
             return Json{n[0], n[1]};
-        case QXE_COLOUR:
+        case QXE_KindColour:
             return Json{n[1], n[2], n[3], n[0]};
-        case QXE_SWITCH:
+        case QXE_KindSwitch:
             return p.standard.whole != 0;
-        case QXE_CHOICE:
+        case QXE_KindChoice:
             return p.choices[p.standard.whole];
-        case QXE_TEXT:
+        case QXE_KindText:
             return p.standard.text != nullptr ? p.standard.text : "";
         default:
             return p.standard.whole;
@@ -52,26 +52,26 @@ Json standard_of(const QXE_ParameterInfo& p) {
 }
 
 bool has_range(const QXE_ParameterInfo& p) {
-    return p.kind == QXE_NUMBER || p.kind == QXE_WHOLE || p.kind == QXE_POINT;
+    return p.kind == QXE_KindNumber || p.kind == QXE_KindWhole || p.kind == QXE_KindPoint;
 }
 
 Json choices_of(const QXE_ParameterInfo& p) {
     Json words = Json::array();
-    for (auto word = p.choices; p.kind == QXE_CHOICE && *word != nullptr; ++word) words.push_back(*word);
+    for (auto word = p.choices; p.kind == QXE_KindChoice && *word != nullptr; ++word) words.push_back(*word);
     return words;
 }
 
 Json told(const QXE_ParameterInfo& p) {
     Json made = {{"name", p.name}, {"kind", kind_of(p)}, {"default", standard_of(p)}};
     if (has_range(p)) made["range"] = {p.least, p.most};
-    if (p.kind == QXE_CHOICE) made["choices"] = choices_of(p);
+    if (p.kind == QXE_KindChoice) made["choices"] = choices_of(p);
     made["help"] = p.help != nullptr ? p.help : "";
     return made;
 }
 
 Json depths_of(const QXE_EffectInfo& info) {
     Json depths = Json::array();
-    for (const auto& [bit, depth] : {std::pair{QXE_DEPTH8, 8}, {QXE_DEPTH16, 16}, {QXE_DEPTH32, 32}}) {
+    for (const auto& [bit, depth] : {std::pair{QXE_Depth8, 8}, {QXE_Depth16, 16}, {QXE_Depth32, 32}}) {
         if ((info.depths & static_cast<unsigned>(bit)) != 0) depths.push_back(depth);
     }
     return depths;

@@ -271,7 +271,8 @@ typedef int QXE_WorldFormat(const QXE_World* world, uint32_t* format);
 typedef int QXE_PixelFunc(void* refcon, int32_t x, int32_t y, void* in, void* out);
 /// `func` at every pixel of `area` in `dst`, in bands on all processors. `src` has the depth of `dst` and may be null
 /// or `dst` itself: `in` is then the destination's pixel. With a `final` other than 0 the progress of `in_data` is
-/// called after rows with (row + 1 + base, final) on the thread that called; without, `in_data` may be null.
+/// called after rows with (row + 1 + base, final), on the thread that called: QXE_Interrupted from it ends the work, of
+/// other codes the last row's counts. Without, `in_data` may be null.
 typedef int QXE_Iterate(QXE_InData* in_data, int32_t base, int32_t final, QXE_World* src, const QXE_Rect* area,
                         void* refcon, QXE_PixelFunc* func, QXE_World* dst);
 /// The same where the source's corner lies at `origin`. Only where the source lies is visited; without one `in` is

@@ -103,6 +103,22 @@ TEST_F(Broker, EveryAllocationFailsOnce) {
     EXPECT_EQ(reports.all().size(), static_cast<std::size_t>(failures));
 }
 
+TEST_F(Broker, ThreadsAcquireAndRelease) {
+    ASSERT_EQ(add("Lines", 1, one), 0);
+    in_threads(4, [&](int i) {
+        const QSBasicSuite* basic = basic_suite();
+        const std::string own = "Spots" + std::to_string(i);
+        for (int n = 0; n < 500; ++n) {
+            const void* suite = nullptr;
+            EXPECT_TRUE(basic->AcquireSuite("Lines", 1, &suite) == 0 && suite == one);
+            EXPECT_EQ(add(own.c_str(), n % 5, other), 0);
+            EXPECT_EQ(basic->ReleaseSuite("Lines", 1), 0);
+        }
+    });
+    EXPECT_EQ(standalone::SuitesOut(), 0);
+    EXPECT_EQ(standalone::RegisteredSuites().size(), 21u);
+}
+
 TEST_F(Broker, AGateAnswersForTheRegistration) {
     standalone::SetRegistrationGate(
         [](const char* name, int) { return std::strcmp(name, "Lines") == 0 ? 9 : throw 5; });

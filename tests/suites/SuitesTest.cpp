@@ -218,15 +218,25 @@ TEST_F(Suites, WorldsByFormat) {
     const auto make = [&](const char* bytes, QX_LayerDef* out, int width = 5) {
         return [=] { return new_world(nullptr, width, 3, 0, code(bytes), out); };
     };
-    const auto short_make = [&] { return short_of_memory(1, make("vn16", &world)); };
     expect_refused({{make("@CDA", nullptr), "Invalid parameter, effect world cannot be null."},
                     {make("@CDA", &world), kOnGpu},
                     {make("badf", &world), "Unsupported QX_PixelFormat"},
                     {make("ARGB", &world), "Unsupported QX_PixelFormat"},
                     {make("argb", &world, 0), "invalid image buffer size (0x3).", 516}});
     const Reports quiet;
-    EXPECT_EQ(short_make(), 4);
-    EXPECT_TRUE(world.data == nullptr && world.ownership_mark == 0);
+    for (const auto fail : {standalone::FailAllocation, NewCounter::fail}) {
+        int failures = 0;
+        for (int nth = 1; world.data == nullptr; ++nth) {
+            fail(nth);
+            const int got = make("vn16", &world)();
+            fail(0);
+            EXPECT_EQ(got, world.data == nullptr ? 4 : 0);
+            failures += got == 4 ? 1 : 0;
+            EXPECT_TRUE(got == 0 || blocks_in_use() == before);
+        }
+        EXPECT_GE(failures, fail == NewCounter::fail ? 0 : 1);
+        EXPECT_EQ(QX_DisposeEffectWorld(&world), 0);
+    }
     EXPECT_EQ(blocks_in_use(), before);
 }
 

@@ -290,14 +290,14 @@ typedef int QXE_IterateGeneric(int32_t iterations, void* refcon, QXE_IndexFunc* 
 /// Composites `src_rect` (not null) of one world onto another of its depth, its corner at (dest_x, dest_y). `ref` is
 /// null or begins with a QXE_ProgressInfo. `quality` and `flags` are not read. `field` 1 takes even rows of the
 /// destination, 2 odd ones, others all. `mask` may be null, but for QXE_xfer_mask_crossfade. QXE_UnimplementedMode for
-/// a mode that is none. All calls share one scratch block: no two may run at the same time.
+/// a mode that is none.
 typedef int QXE_TransferRect(void* ref, int quality, int flags, int field, const QXE_Rect* src_rect, QXE_World* src,
                              const QXE_CompositeMode* mode, const QXE_MaskWorld* mask, int dest_x, int dest_y,
                              QXE_World* dst);
 /// Places one world on another of its depth through a matrix, in bands on all processors. Two matrices are the ends of
 /// a motion on a straight line, n of them n - 1 moments, 257 at most. `quality` 0 takes nearest pixels, 1 bilinear, 2
 /// and 3 bicubic. `src2dst` tells which way the matrices map. `mask` may be null. The source may not be the
-/// destination. All calls share one scratch block where there is one processor: no two may run at the same time.
+/// destination.
 typedef int QXE_TransformWorld(void* ref, int quality, int flags, int field, QXE_World* src,
                                const QXE_CompositeMode* mode, const QXE_MaskWorld* mask, const QXE_Matrix3* matrices,
                                int num_matrices, QXE_Bool src2dst, const QXE_Rect* dest_rect, QXE_World* dst);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <optional>
+
 #include "QX/compositing/QX_CompositeMode.h"
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/indep/QX_Guard.h"
@@ -17,7 +19,7 @@ struct CompositeCall {
     const QX_CompositeModePlus* mode;
     const QX_LinearBlendingTables* tables;  ///< may be null
     const QX_MaskWorld* mask;               ///< may be null
-    QX_ScratchBlock* scratch;               ///< null takes the shared block
+    QX_ScratchBlock* scratch;               ///< null takes the shared block, or one of its own
     QX_LayerDef* dst;
 };
 
@@ -31,15 +33,13 @@ int check_composite(Place place, const CompositeCall& call, bool has_geometry, c
 template <class Pixel> struct CompositeRun {
     const CompositeCall& call;
     QX_BlendingMode<Pixel> mode;
+    std::optional<LentScratch> lent;
     QX_ScratchBlock scratch;
 
-    /// @param width  of the rows of a shared block. Throws what keeps it from growing.
+    /// @param width  of the rows of a lent block. Throws what keeps it from being had.
     CompositeRun(const CompositeCall& c, int width) : call(c), mode(*c.mode), scratch{} {
-        if (c.scratch != nullptr) {
-            scratch = *c.scratch;
-        } else {
-            throw_if(QXp_ReallocScratch(width, static_cast<int>(sizeof(QX_ChannelOf<Pixel>)), false, &scratch));
-        }
+        if (c.scratch == nullptr) lent.emplace(width, static_cast<int>(sizeof(QX_ChannelOf<Pixel>)));
+        scratch = lent ? lent->block() : *c.scratch;
     }
 };
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <atomic>
 #include <cstddef>
 
 #include "QX/compositing/QX_TransferRect.h"
 #include "QX/indep/QX_Errors.h"
+#include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "platform/TK_Memory.h"
 
@@ -20,9 +22,10 @@ constexpr MotionBuffer kMotionBuffers[7] = {
     {"motion blur scratch data7", 26624},
 };
 
-/// The block that single calls share, and the bytes of its mask row. Not protected: one such call runs at a time.
+/// The block that calls share, one at a time, and the bytes of its mask row.
 QX_ScratchBlock shared{};
 std::size_t shared_row_bytes = 0;
+std::atomic_flag shared_is_lent;
 
 void free_rows(QX_ScratchBlock& block) {
     for (void** row : {&block.alpha_row, &block.mask_row, &block.spare_row}) {
@@ -109,6 +112,25 @@ OwnScratch::~OwnScratch() {
 int OwnScratch::allocate(int width, int bytes_per_channel, bool with_motion) {
     if (!allocate_rows(row_bytes_for(width, bytes_per_channel), block_)) return kQX_OutOfMemory;
     return with_motion ? QX_AllocateMotionBlurScratch(block_.motion) : kQX_NoError;
+}
+
+LentScratch::LentScratch(int width, int bytes_per_channel)
+    : is_shared_(!shared_is_lent.test_and_set(std::memory_order_acquire)) {
+    if (!is_shared_) {
+        throw_if(own_.allocate(width, bytes_per_channel, true));
+        block_ = *own_.get();
+        return;
+    }
+    try {
+        throw_if(QXp_ReallocScratch(width, bytes_per_channel, false, &block_));
+    } catch (...) {
+        shared_is_lent.clear(std::memory_order_release);
+        throw;
+    }
+}
+
+LentScratch::~LentScratch() {
+    if (is_shared_) shared_is_lent.clear(std::memory_order_release);
 }
 
 }  // namespace qx

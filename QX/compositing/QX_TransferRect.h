@@ -26,7 +26,7 @@ struct QX_ScratchBlock {
 /// @param dest_x    where the corner of `src_rect` lands, with `dest_y`
 /// @return 0 (also when the clip is empty); 3 for a GPU world, different or unknown depths, 4 for missing scratch,
 ///         5 for an unknown mode: nothing is written then. A code of the progress function ends after whole rows.
-/// Uses the scratch block that the library shares: only one call at a time.
+/// Any number of calls at once on different destinations.
 QX_EXPORT int QX_TransferRect(const QX_ProgressInfo* progress, int quality, int flags, int field,
                               const M_LRect* src_rect, QX_LayerDef* src_world, const QX_CompositeModePlus* mode,
                               const QX_LinearBlendingTables* tables, const QX_MaskWorld* mask, int dest_x, int dest_y,
@@ -68,6 +68,22 @@ public:
     QX_ScratchBlock* get() { return &block_; }
 
 private:
+    QX_ScratchBlock block_{};
+};
+
+/// A scratch block for one call: the library's shared one, or where another call has that, one of its own.
+class LentScratch {
+public:
+    /// Throws 4 where there is no memory.
+    LentScratch(int width, int bytes_per_channel);
+    ~LentScratch();
+    LentScratch(const LentScratch&) = delete;
+    LentScratch& operator=(const LentScratch&) = delete;
+    const QX_ScratchBlock& block() const { return block_; }
+
+private:
+    const bool is_shared_;
+    OwnScratch own_;
     QX_ScratchBlock block_{};
 };
 }  // namespace qx

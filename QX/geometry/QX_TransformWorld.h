@@ -24,8 +24,8 @@ inline constexpr int kQX_MaxSubFrames = 256;
 /// @return 0, also when nothing is to be drawn or the first matrix has no inverse; 3 for null or GPU worlds and for
 ///         different or unknown depths; 4 for missing memory; 5 for an unknown mode; 516 for too many matrices. A code
 ///         of the progress function ends after whole rows.
-/// Runs on all processors where the acceleration layer is installed; without it the call uses the scratch block that
-/// the library shares, so that only one may run at a time. The source may not be the destination.
+/// Runs on all processors where the acceleration layer is installed. Any number of calls at once on different
+/// destinations. The source may not be the destination.
 QX_EXPORT int QX_TransformWorld(const QX_ProgressInfo* progress, int quality, int flags, int field,
                                 QX_LayerDef* src_world, const QX_CompositeModePlus* mode,
                                 const QX_LinearBlendingTables* tables, const QX_MaskWorld* mask,

@@ -48,6 +48,28 @@ TYPED_TEST(BandsAtDepth, AnyCutGivesTheSamePixels) {
     standalone::SetPoolLimit(0);
 }
 
+/// The library's scratch block serves one of them at a time.
+TYPED_TEST(BandsAtDepth, CallsAtOnceDoNotShowInEachOther) {
+    const auto calls = [](int i) {
+        std::vector<std::vector<TypeParam>> made;
+        for (int k = 0; k < 40; ++k) {
+            const int width = 20 + (i * 7 + k * 13) % 50;
+            TestWorld<TypeParam> src(width, 9, FillKind::layer, 10 + k), mask(width, 9, FillKind::random, k);
+            TestWorld<TypeParam> dst(70, 12, FillKind::random, 3);
+            const QX_MaskWorld record = mask_at(*mask.record(), 0, 0, kQX_MaskInverseLuma);
+            const TransferCall call{
+                .mode = mode_of(k % 2 == 0 ? +xfer_over : +xfer_soft_light, 0.8f, true), .mask = &record, .dest_x = i};
+            EXPECT_EQ(call(src.record(), dst.record()), 0);
+            made.push_back(dst.pixels());
+        }
+        return made;
+    };
+    std::vector<std::vector<std::vector<TypeParam>>> alone, together(8);
+    for (int i = 0; i < 8; ++i) alone.push_back(calls(i));
+    in_threads(8, [&](int i) { together[static_cast<std::size_t>(i)] = calls(i); });
+    EXPECT_EQ(together, alone);
+}
+
 TYPED_TEST(BandsAtDepth, NothingIsAllocatedByRowOrPixel) {
     const auto tables = tables_of_gamma(2.2f);
     TestWorld<TypeParam> src(600, 320, FillKind::layer, 1), dst(600, 320, FillKind::random, 2),

@@ -19,8 +19,7 @@ bool is_unfinished(const fs::path& path) { return path.filename().string().start
 /// Killed at any moment, a writer loses nothing that it had said is there, and leaves nothing behind.
 TEST_F(CacheProcesses, KilledWritersLoseNothing) {
     std::ptrdiff_t runs = 0, unfinished = 0;
-    for (const auto seed : seeds(30)) {
-        ++runs;
+    const auto kill_one = [&](std::ptrdiff_t seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::minstd_rand random(static_cast<unsigned>(seed));
         standalone::ClearCache();
@@ -52,7 +51,13 @@ TEST_F(CacheProcesses, KilledWritersLoseNothing) {
         const auto review = standalone::VerifyCache();
         EXPECT_TRUE(review.removed == 0 && review.entries >= said.size() && review.fault.empty());
         EXPECT_EQ(standalone::CacheStatistics().failures, 0u) << standalone::CacheNote();
+    };
+    for (const auto seed : seeds(30)) {
+        ++runs;
+        kill_one(seed);
     }
+    // On a busy machine the kills may all have met writers that waited.
+    for (std::ptrdiff_t seed = 1000; unfinished == 0 && runs >= 30 && seed < 1300; ++seed) kill_one(seed);
     EXPECT_TRUE(unfinished > 0 || runs < 30);  // the kills met writers at work
 }
 

@@ -17,12 +17,12 @@ namespace fs = std::filesystem;
 
 constexpr const char* kEnding = ".so";
 
-/// Beside the libraries of the command, wherever that was moved to; else where it was to be installed.
+/// Beside the libraries of the command, wherever that was moved to; empty where the system does not tell.
 std::string installed_folder() {
     std::error_code ignored;
-    const auto root = fs::read_symlink("/proc/self/exe", ignored).parent_path().parent_path();
-    const auto beside = root / "lib" / "qx" / "effects";
-    return fs::is_directory(beside, ignored) ? beside.string() : QX_EFFECT_FOLDER;
+    const fs::path command = fs::read_symlink("/proc/self/exe", ignored);
+    if (!command.is_absolute()) return {};
+    return (command.parent_path().parent_path() / QX_LIBRARY_FOLDER / "qx" / "effects").string();
 }
 
 std::string without_ending(const std::string& name) {
@@ -37,11 +37,10 @@ std::string without_ending(const std::string& name) {
 EffectFolders::EffectFolders(const std::vector<std::string>& first) : folders_(first) {
     if (const char* path = std::getenv("QX_EFFECT_PATH")) {
         std::istringstream parts(path);
-        for (std::string part; std::getline(parts, part, ':');) {
-            if (!part.empty()) folders_.push_back(part);
-        }
+        for (std::string part; std::getline(parts, part, ':');) folders_.push_back(part);
     }
     folders_.push_back(installed_folder());
+    std::erase(folders_, "");  // else that would be the working folder
 }
 
 std::vector<std::string> EffectFolders::modules() const {
@@ -84,20 +83,24 @@ std::shared_ptr<const EffectModule> EffectFolders::module(const std::string& pat
     return module;
 }
 
-std::unique_ptr<scene::Effect> EffectFolders::find(const std::string& name) {
-    if (name.find('/') != std::string::npos) {
-        throw scene::BadText(name, "is a path; an effect is named by a plain name here");
-    }
-    const std::string path = path_of(name);
-    if (!path.empty()) return std::make_unique<PlugInEffect>(module(path));
+std::shared_ptr<const EffectModule> EffectFolders::module_named(const std::string& name) {
+    const bool is_file = name.find('/') != std::string::npos;
+    const std::string path = is_file ? name : path_of(name);
+    if (!path.empty()) return module(path);
     const auto names = this->names();
     throw scene::BadText(
         name, "no such effect" + (names.empty() ? "" : "; the nearest is " + scene::nearest_word(name, names)));
 }
 
+std::unique_ptr<scene::Effect> EffectFolders::find(const std::string& name) {
+    if (name.find('/') != std::string::npos) {
+        throw scene::BadText(name, "is a path; an effect is named by a plain name here");
+    }
+    return std::make_unique<PlugInEffect>(module_named(name));
+}
+
 std::unique_ptr<scene::Effect> EffectFolders::find_or_load(const std::string& name) {
-    if (name.find('/') == std::string::npos) return find(name);
-    return std::make_unique<PlugInEffect>(module(name));
+    return std::make_unique<PlugInEffect>(module_named(name));
 }
 
 }  // namespace qx::host

@@ -33,6 +33,8 @@ public:
     /// A name with a / is a file, any other one as find has it.
     std::unique_ptr<scene::Effect> find_or_load(const std::string& name);
     std::shared_ptr<const EffectModule> module(const std::string& path);
+    /// As find_or_load has it.
+    std::shared_ptr<const EffectModule> module_named(const std::string& name);
 
 private:
     std::vector<std::string> folders_;

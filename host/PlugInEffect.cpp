@@ -14,8 +14,6 @@
 namespace qx::host {
 namespace {
 
-constexpr const char* kHelpOfSwitch = nullptr;
-
 /// Bits that no effect writes into a whole pixel: at 8 bits by no likely chance, in deeper ones never, as they lie
 /// above full and are no number.
 constexpr QX_Pixel8 kMark8{0x5A, 0xC7, 0x13, 0xE9};
@@ -82,7 +80,7 @@ struct PlugInEffect::Parameter {
                 return {info.name, "N", help,
                         scene::WholeKey{static_cast<int>(info.least), static_cast<int>(info.most), &whole}};
             case QXE_KindSwitch:
-                return {info.name, kHelpOfSwitch, help, scene::FlagKey{&is_on}};
+                return {info.name, nullptr, help, scene::FlagKey{&is_on}};
             case QXE_KindChoice:
                 return {info.name, "WORD", help, scene::ChoiceKey{words, &whole}};
             case QXE_KindColour:
@@ -92,14 +90,17 @@ struct PlugInEffect::Parameter {
         }
     }
 
+    /// What lies between two keys may be rounded out of the range.
+    double in_range(double x) const { return std::clamp(x, info.least, info.most); }
+
     QXE_Value at(double frame) const {
         QXE_Value value{};
         switch (info.kind) {
             case QXE_KindNumber:
-                value.numbers[0] = number.at(frame)[0];
+                value.numbers[0] = in_range(number.at(frame)[0]);
                 break;
             case QXE_KindPoint:
-                std::copy_n(point.at(frame).begin(), 2, value.numbers);
+                for (std::size_t i = 0; i < 2; ++i) value.numbers[i] = in_range(point.at(frame)[i]);
                 break;
             case QXE_KindColour:
                 std::copy_n(colour.begin(), 4, value.numbers);
@@ -182,7 +183,7 @@ private:
             fail("asks for room for " + std::to_string(width) + " x " + std::to_string(height) + " pixels; at most " +
                  std::to_string(most) + " a side");
         }
-        return scene::new_canvas(moment_, width, height, canvas_.world->Depth());
+        return pictures::new_world(moment_.subject, width, height, canvas_.world->Depth(), false);  // it is marked
     }
 
     const PlugInEffect& effect_;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scene/EffectRead.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "scene/SceneValues.h"
@@ -17,9 +18,10 @@ public:
     /// @param more  keys that are known besides
     void read(const SceneNode& node, const Keys& keys, std::vector<std::string> more) {
         for (const Key& key : keys) more.emplace_back(key.name);
-        more.emplace_back("comment");
+        const bool has_own = std::find(more.begin(), more.end(), "comment") != more.end();
+        if (!has_own) more.emplace_back("comment");
         node.check_keys(more);
-        if (const auto comment = node.find("comment")) static_cast<void>(comment->text());
+        if (const auto comment = node.find("comment"); comment && !has_own) static_cast<void>(comment->text());
         for (const Key& key : keys) {
             if (!node.find(key.name)) continue;
             std::visit([&](const auto& kind) { take(node, key.name, kind); }, key.kind);

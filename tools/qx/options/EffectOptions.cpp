@@ -30,7 +30,10 @@ public:
         value_of(option_, [&] { key.read(text_); });
     }
     void operator()(const scene::DocumentKey& key) const { *key.to = {text_, scene::text_of_file(text_)}; }
-    void operator()(const scene::PictureKey& key) const { *key.to = file_named(text_); }
+    void operator()(const scene::PictureKey& key) const {
+        *key.to = file_named(text_);
+        (*key.to)->is_data = key.is_data;
+    }
     void operator()(const scene::ListKey&) const {}
 
 private:

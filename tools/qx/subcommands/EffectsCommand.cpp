@@ -116,6 +116,16 @@ std::string form_of(const Json& parameter) {
     return form + " " + words(0) + ".." + words(1);
 }
 
+/// A value as a command line tells it.
+std::string as_typed(const Json& value) {
+    if (value.is_string()) return value;
+    if (value.is_number()) return scene::words(value.get<double>());
+    if (!value.is_array()) return value.dump();
+    std::string list;
+    for (const auto& one : value) list += (list.empty() ? "" : ",") + as_typed(one);
+    return list;
+}
+
 void print(const Json& effect) {
     std::printf("%s", effect["name"].get<std::string>().c_str());
     if (effect.contains("module")) {
@@ -129,9 +139,7 @@ void print(const Json& effect) {
         std::printf("    %-12s %-22s %s", parameter["name"].get<std::string>().c_str(), form_of(parameter).c_str(),
                     parameter["help"].get<std::string>().c_str());
         if (parameter.contains("default")) {
-            const Json& standard = parameter["default"];
-            const std::string text = standard.is_string() ? standard.get<std::string>() : standard.dump();
-            std::printf(" (default: %s)", text.c_str());
+            std::printf(" (default: %s)", as_typed(parameter["default"]).c_str());
         }
         std::printf("\n");
     }
@@ -141,9 +149,7 @@ Json all_of(const EffectsOptions& options) {
     host::EffectFolders folders(options.folders);
     Json effects = Json::array();
     if (!options.module.empty()) {
-        const bool is_file = options.module.find('/') != std::string::npos;
-        const bool is_here = !is_file && !folders.has(options.module);
-        effects.push_back(told(*folders.module(is_file || is_here ? options.module : folders.path_of(options.module))));
+        effects.push_back(value_of("MODULE", [&] { return told(*folders.module_named(options.module)); }));
         return effects;
     }
     for (const scene::EffectKind& kind : scene::effect_kinds()) effects.push_back(told(kind));
@@ -161,7 +167,7 @@ void run(const EffectsOptions& options) {
     apply_common_options(options.common);
     const Json effects = all_of(options);
     if (options.json) {
-        std::printf("%s\n", effects.dump(2).c_str());
+        std::printf("%s\n", effects.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
     } else {
         for (const auto& effect : effects) print(effect);
     }

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "platform/Platform_Export.h"
 
@@ -33,5 +35,15 @@ PLATFORM_EXPORT void SetReportSink(const ReportSink& sink);  ///< An empty one: 
 /// Receives lines of the log; levels rise with detail.
 using LogSink = std::function<void(int level, const std::string& line)>;
 PLATFORM_EXPORT void SetLogSink(const LogSink& sink);  ///< An empty one: nowhere.
+
+/// A suite as the broker of suites has it.
+struct RegisteredSuite {
+    std::string name;
+    int version, internal_version, entries;
+    const void* table;
+    std::int64_t out;  ///< how often it was acquired and not released yet
+};
+/// What the broker has, in the order of registration.
+PLATFORM_EXPORT std::vector<RegisteredSuite> RegisteredSuites();
 
 }  // namespace standalone

@@ -82,14 +82,6 @@ PLATFORM_EXPORT void SetRegistry(const FindProcedure& find);
 /// What TK_QS_GetQSBasicSuite gives instead of the broker's own; null gives that one back. With a code it fails with
 /// it.
 PLATFORM_EXPORT void SetBasicSuite(const QSBasicSuite* suite, int code = 0);
-struct RegisteredSuite {
-    std::string name;
-    int version, internal_version, entries;
-    const void* table;
-    std::int64_t out;  ///< how often it was acquired and not released yet
-};
-/// What the broker has, in the order of registration.
-PLATFORM_EXPORT std::vector<RegisteredSuite> RegisteredSuites();
 PLATFORM_EXPORT std::int64_t SuitesOut();  ///< of all suites
 PLATFORM_EXPORT void ForgetSuites();       ///< Empties the broker.
 /// Asked before each registration: a code is its result, and what it throws passes on. An empty one asks nobody.

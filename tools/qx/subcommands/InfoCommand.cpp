@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "QX/indep/QX_Slots.h"
+#include "host/EffectFolders.h"
 #include "platform/TK_CPU.h"
 #include "platform/standalone/Host.h"
 #include "tools/qx/Commands.h"
@@ -33,15 +34,25 @@ void run(const InfoOptions& options) {
     const auto filled = std::count_if(std::begin(QXp_G_OverFuncs), std::end(QXp_G_OverFuncs),
                                       [](const void* routine) { return routine != nullptr; });
     const int slots = static_cast<int>(filled);
+    const std::size_t suites = standalone::RegisteredSuites().size();
+    const std::vector<std::string> effects = host::EffectFolders({}).names();
     if (options.json) {
-        const nlohmann::ordered_json info = {
-            {"version", QX_VERSION},  {"processor", processor_level()},       {"slots_filled", slots},
-            {"slots", kQX_SlotCount}, {"threads", standalone::PoolThreads()}, {"bands", standalone::BandCount()}};
+        const nlohmann::ordered_json info = {{"version", QX_VERSION},
+                                             {"processor", processor_level()},
+                                             {"slots_filled", slots},
+                                             {"slots", kQX_SlotCount},
+                                             {"threads", standalone::PoolThreads()},
+                                             {"bands", standalone::BandCount()},
+                                             {"suites", suites},
+                                             {"effects", effects}};
         std::printf("%s\n", info.dump(2).c_str());
     } else {
+        std::string names;
+        for (const std::string& effect : effects) names += (names.empty() ? "" : ", ") + effect;
         std::printf("version    %s\nprocessor  %s\nslots      %d of %d filled\nthreads    %d\nbands      %d\n",
                     QX_VERSION, processor_level(), slots, kQX_SlotCount, standalone::PoolThreads(),
                     standalone::BandCount());
+        std::printf("suites     %zu\neffects    %s\n", suites, names.empty() ? "none in the folders" : names.c_str());
     }
     if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
 }
@@ -49,7 +60,8 @@ void run(const InfoOptions& options) {
 }  // namespace
 
 void add_info(CLI::App& app) {
-    auto* command = app.add_subcommand("info", "Version, processor level, slots, threads and bands");
+    auto* command =
+        app.add_subcommand("info", "Version, processor level, slots, threads, bands, suites, and effects found");
     const auto options = std::make_shared<InfoOptions>();
     command->add_flag("--json", options->json, "machine-readable, on standard output");
     add_common_options(*command, options->common);

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "QX/indep/QX_Report.h"
+#include "QX/indep/QX_Wrapping.h"
 #include "QX/world/QX_FrameLimits.h"
 #include "QX/world/QX_VideoFrameFactory.h"
 #include "platform/TK_Memory.h"
@@ -37,7 +38,7 @@ QX_LayerDef* CreateGPUEffectWorld(const boost::shared_ptr<GK::Device>& device, c
     const std::size_t alignment = device->GetRowAlignment(format) * tesselmediatypes::BytesPerPixel(format);
     int depth = 0;
     if (const int code = QXp_PixelFormatToEffectWorldDepth(QXp_PixelFormatFromFrameFormat(format), &depth)) throw code;
-    const int width = rect.right - rect.left, height = rect.bottom - rect.top;
+    const int width = ::qx::extent(rect.left, rect.right), height = ::qx::extent(rect.top, rect.bottom);
     const auto fits = ::qx::numeric_limits::CanAllocateGPUFrame(width, height, static_cast<short>(depth), alignment);
     if (!std::get<0>(fits)) throw int{kQX_OutOfMemory};
     InterfaceRef<MK::IVideoFrame> frame;
@@ -49,6 +50,8 @@ QX_LayerDef* CreateGPUEffectWorld(const boost::shared_ptr<GK::Device>& device, c
         TK_AllocatePtrClear(::qx::site(::qx::Place::new_effect_world), "gpu effect world", sizeof(QX_LayerDef))));
     if (record == nullptr) throw int{kQX_OutOfMemory};
     InitEffectWorldFromIVideoFrame(frame, record.get());
+    // A record without the handle that its frame may have is no GPU world, and has lost the frame.
+    if (record->platform_ref == nullptr && frame.query<FK::IVideoFrameVPix>()) throw int{kQX_OutOfMemory};
     return record.release();
 }
 
@@ -66,11 +69,12 @@ void InitEffectWorldFromIVideoFrame(const InterfaceRef<MK::IVideoFrame>& frame, 
     record->rowbytes = memory->GetRowBytes();
     record->width = bounds.width;
     record->height = bounds.height;
-    record->extent_hint = {bounds.left, bounds.top, bounds.left + bounds.width, bounds.top + bounds.height};
+    record->extent_hint = {bounds.left, bounds.top, ::qx::wrapping_sum(bounds.left, bounds.width),
+                           ::qx::wrapping_sum(bounds.top, bounds.height)};
     record->pix_aspect_num = aspect.GetNumerator();
     record->pix_aspect_den = aspect.GetDenominator();
-    record->origin_x = -bounds.left;
-    record->origin_y = -bounds.top;
+    record->origin_x = ::qx::wrapping_difference(0, bounds.left);
+    record->origin_y = ::qx::wrapping_difference(0, bounds.top);
     if (frame.query<FK::IVideoFrameVPix>()) record->platform_ref = FK::NewVPixFromVideoFrame(frame);
 }
 

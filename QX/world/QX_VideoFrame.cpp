@@ -3,6 +3,11 @@
 
 #include <cstring>
 
+void* RecycledMemoryVideoFrameBase::GetMemory() const {
+    const std::ptrdiff_t lowest = fields_.stride < 0 ? std::ptrdiff_t{fields_.stride} * (GetHeight() - 1) : 0;
+    return static_cast<std::byte*>(fields_.pixels) + lowest;
+}
+
 void RecycledMemoryVideoFrameBase::Clear() {
     auto* row = static_cast<std::byte*>(fields_.pixels);
     const auto bytes = static_cast<std::size_t>(GetWidth()) * fields_.pixel_bytes;

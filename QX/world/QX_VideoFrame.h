@@ -36,7 +36,7 @@ public:
     tesselmediatypes::PixelAspectRatio GetPixelAspectRatio() const override { return fields_.aspect; }
     std::int32_t GetFieldType() const override { return fields_.field_type; }
     tesselmediatypes::color::ColorSpace GetColorSpace() const override { return fields_.color_space; }
-    void* GetMemory() const override { return fields_.pixels; }
+    void* GetMemory() const override;  ///< the lowest row, from which the size counts
     std::uint64_t GetSize() const override { return fields_.size; }
     void* GetPixels() const override { return fields_.pixels; }
     std::int32_t GetRowBytes() const override { return fields_.stride; }  ///< of both interfaces of memory

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "QX/indep/QX_Wrapping.h"
 #include "QX/world/QX_VideoFrame.h"
 
 namespace vn::qx::VideoFrameFactory {
@@ -54,7 +55,8 @@ InterfaceRef<MK::IVideoFrame> frame_on(QX_World* world, const boost::shared_ptr<
     const InterfaceRef<RecycledMemoryVideoFrame> made(new RecycledMemoryVideoFrame(RecycledMemoryFields{
         .size = row * static_cast<std::uint64_t>(height),
         .format = format != nullptr ? *format : format_of(depth),
-        .bounds = {world->origin_x, world->origin_y, width - world->origin_x, height - world->origin_y},
+        .bounds = {world->origin_x, world->origin_y, ::qx::wrapping_difference(width, world->origin_x),
+                   ::qx::wrapping_difference(height, world->origin_y)},
         .stored_size = {width, height, width, height},
         .aspect = aspect_of(*world),
         .field_type = 0,

@@ -3,22 +3,14 @@
 #include "QX/world/QX_IteratePixels.h"
 #include "QX/world/QX_WorldX.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "QX/indep/QX_Area.h"
 #include "QX/indep/QX_Guard.h"
 #include "QX/indep/QX_Report.h"
 #include "QX/indep/QX_WithDepth.h"
+#include "QX/world/QX_FrameLimits.h"
 #include "QX/world/QX_SubRecord.h"
 
 namespace {
-
-/// A size as an int; what does not fit is no valid size on either side.
-int extent(std::int32_t from, std::int32_t to) {
-    using Limits = std::numeric_limits<int>;
-    return static_cast<int>(std::clamp<std::int64_t>(std::int64_t{to} - from, Limits::min(), Limits::max()));
-}
 
 void check_sub_rect(const QX_LayerDef& source, const M_LRect& rect, qx::Place place, const char* message) {
     const bool inside = rect.left >= 0 && rect.right <= source.width && rect.top >= 0 && rect.bottom <= source.height;
@@ -37,7 +29,7 @@ template <class... Args> QX_World* make(int depth, Args... args) {
 QX_World* QX_World::New(int width, int height, short depth, int flags) { return make(depth, width, height, flags); }
 
 QX_World* QX_World::New(const M_LRect& rect, short depth, int flags) {
-    QX_World* world = New(extent(rect.left, rect.right), extent(rect.top, rect.bottom), depth, flags);
+    QX_World* world = New(qx::extent(rect.left, rect.right), qx::extent(rect.top, rect.bottom), depth, flags);
     world->origin_x = rect.left;
     world->origin_y = rect.top;
     return world;

@@ -53,10 +53,10 @@ std::vector<unsigned char> row_of(const QX_World& world, int y) {
 TEST_F(VideoFrames, ShowAWorldAndComeBackWithoutACopy) {
     for (int d = 0; d < 3; ++d) {
         for (const bool flip : {false, true}) {
-            for (const int origin : {0, 3, -4}) {
+            for (const int origin : {0, 3, -4, INT_MIN}) {
                 const auto world = new_world(kDepths[d]);
                 world->origin_x = origin;
-                world->origin_y = 2 * origin;
+                world->origin_y = origin / 2;
                 world->pix_aspect_num = 12;
                 world->pix_aspect_den = 5;
                 const Frame frame = CreateFromQXWorld(world.get(), kSpace, flip, nullptr);
@@ -64,8 +64,10 @@ TEST_F(VideoFrames, ShowAWorldAndComeBackWithoutACopy) {
                 EXPECT_TRUE(frame->GetPixelFormat() == kFormats[d] && frame->GetColorSpace() == kSpace);
                 EXPECT_EQ(block->GetSize(), 5u * static_cast<unsigned>(world->rowbytes));
                 const auto bounds = frame->GetBounds();
-                EXPECT_TRUE(bounds.left == origin && bounds.top == 2 * origin && bounds.width == 7 - origin &&
-                            bounds.height == 5 - 2 * origin);
+                const auto rest = [](unsigned side, int from) { return static_cast<int>(side - unsigned(from)); };
+                EXPECT_TRUE(bounds.left == origin && bounds.top == origin / 2 && bounds.width == rest(7, origin) &&
+                            bounds.height == rest(5, origin / 2));
+                EXPECT_EQ(block->GetMemory(), world->data) << "all bytes lie in the world, flipped or not";
                 EXPECT_EQ(frame->GetPixelAspectRatio().GetNumerator(), 12u);
                 EXPECT_EQ(frame->GetPixelAspectRatio().GetDenominator(), 5u);
                 const std::unique_ptr<QX_World> back(CreateFromIVideoFrame(frame));
@@ -197,6 +199,7 @@ int code_of_creation(PixelFormat format, bool clear = true, const RectT<int>& re
     try {
         QX_LayerDef* record = CreateGPUEffectWorld(device, rect, {1, 1}, 0, clear, format);
         EXPECT_TRUE(record->width == 4 && record->height == 3 && record->origin_x == -2 && record->origin_y == -3);
+        EXPECT_NE(record->platform_ref, nullptr);
         FK::DisposeVPixFromVideoFrame(record->platform_ref);
         TK_FreePtr(record);
     } catch (int thrown) {
@@ -222,6 +225,7 @@ TEST_F(VideoFrames, AreMadeOnADevice) {
     EXPECT_EQ(CreateGPUEffectWorld({}, {0, 0, 1, 1}, {1, 1}, 0, false, format), nullptr);
     EXPECT_EQ(code_of_creation(format), 0);
     EXPECT_EQ(code_of_creation(format, true, {0, 0, 30001, 1}), 4);
+    EXPECT_EQ(code_of_creation(format, true, {INT_MAX - 1, 0, INT_MIN + 2, 3}), 4) << "the side does not wrap to 4";
     EXPECT_EQ(code_of_creation(PixelFormat{0x55}), 3);
     EXPECT_EQ(quiet.last_text(), "Unsupported QX_PixelFormat");
     traits.is_clearable = false;

@@ -8,7 +8,7 @@
 /// What holds of all routines, where they don't say otherwise:
 /// - They return a code, 0 for done. What is refused is reported to the user and leaves everything as it was.
 /// - A world, its pixels, a record and an out pointer may not be null; a missing one is refused with QXE_Failed or
-///   QXE_BadParameter. `ref` is not read and may be null.
+///   QXE_BadParameter. `ref` may be null, and is not read where it is not told.
 /// - A world on a GPU (no `data`, but a `platform_ref`) is refused with QXE_Failed.
 /// - Pixels are straight, that is, not multiplied by alpha. Rectangles are half-open and are clipped to their world;
 ///   null is the whole world.
@@ -219,14 +219,15 @@ enum QXE_ConvolveFlags {
     QXE_Convolve_HonourOrigin = 256  ///< the worlds lie by their origins
 };
 /// Sums a window around every pixel of `src` into `dst`, which has its depth and none of its pixels. A kernel for each
-/// channel has `size` * `size` weights, row by row, where 256 stands for one; `size` is odd. Outside is nothing. `rect`
-/// is not read.
+/// channel has `size` * `size` weights, row by row; `size` is odd. A sum is divided by 256 times the number of weights,
+/// or with Normalise by the sum of them. Outside is nothing. `rect` is not read.
 typedef int QXE_Convolve(const QXE_ProgressInfo* progress, const QXE_World* src, const QXE_Rect* rect, uint32_t flags,
                          int32_t size, const int32_t* a_kernel, const int32_t* r_kernel, const int32_t* g_kernel,
                          const int32_t* b_kernel, QXE_World* dst);
 
 /// Copies a rectangle onto another of any size. The draft form takes nearest pixels, between any two depths; the others
-/// are bilinear, or average where the picture shrinks, and want one depth (8 bits in the premultiplied form).
+/// are bilinear, or average where the picture shrinks, and want one depth (8 bits in the premultiplied form) and a
+/// destination rectangle with no side above 32767; they ask the abort function. Empty rectangles are nothing to do.
 typedef int QXE_Copy(const QXE_ProgressInfo* progress, QXE_World* src, QXE_World* dst, const QXE_Rect* src_rect,
                      const QXE_Rect* dst_rect);
 
@@ -240,13 +241,14 @@ enum QXE_GaussianKernelFlags {
     QXE_GaussianKernel_OneRow = 1,    ///< a row in place of a square
     QXE_GaussianKernel_Normalise = 2  ///< scale until the mean is about 255
 };
-/// Fills a kernel with a bell of 0 to 255, times `multiplier`. `*width` becomes 2 * ceil(radius) + 1, and `weights` has
-/// room for its square, or for one row. `radius` lies within 0 to 32767.
+/// Fills a kernel with a bell of 0 to 255, times `multiplier` and limited to 255. `*width` becomes one more than
+/// 2 * ceil(radius), and `weights` has room for its square, or for one row. `radius` lies within 0 to 32767; in a
+/// square the bell is round up to 181.
 typedef int QXE_GaussianKernel(void* ref, double radius, uint32_t flags, double multiplier, int32_t* width,
                                uint32_t* weights);
 
-/// Multiplies colour by alpha, or divides it (`forward` false), at any depth and in place. `ref` is null or begins with
-/// a QXE_ProgressInfo, whose abort function is asked.
+/// Multiplies colour by alpha, or divides it (`forward` false), at any depth and in place. Divided by an alpha of 0,
+/// colour is full. `ref` is null or begins with a QXE_ProgressInfo, whose abort function is asked.
 typedef int QXE_Premultiply(void* ref, QXE_Bool forward, QXE_World* world);
 /// The same against a matte's colour; null is black. `src` may be `dst`; both have one depth, any of the three, and lie
 /// corner on corner.
@@ -258,7 +260,7 @@ typedef int QXE_PremultiplyColourFloat(void* ref, QXE_World* src, const QXE_Pixe
                                        QXE_World* dst);
 
 /// A world of the effect's own, which fills the record, whatever was in it. Bit 0 of `flags` asks for cleared pixels,
-/// bit 1 for 16 bits in place of 8. QXE_BadParameter for a size that is none, QXE_OutOfMemory.
+/// bit 1 for 16 bits in place of 8. QXE_BadParameter for a side that is not 1 to 30000, QXE_OutOfMemory.
 typedef int QXE_NewWorld(void* ref, int width, int height, int flags, QXE_World* world);
 /// The same by QXE_FORMAT_...; any `clear` but 0 asks for cleared pixels.
 typedef int QXE_NewWorldByFormat(void* ref, int width, int height, int clear, uint32_t format, QXE_World* world);
@@ -271,15 +273,18 @@ typedef int QXE_WorldFormat(const QXE_World* world, uint32_t* format);
 typedef int QXE_PixelFunc(void* refcon, int32_t x, int32_t y, void* in, void* out);
 /// `func` at every pixel of `area` in `dst`, in bands on all processors. `src` has the depth of `dst` and may be null
 /// or `dst` itself: `in` is then the destination's pixel. With a `final` other than 0 the progress of `in_data` is
-/// called after rows with (row + 1 + base, final), on the thread that called: QXE_Interrupted from it ends the work, of
-/// other codes the last row's counts. Without, `in_data` may be null.
+/// called with (n + base, final) after the n-th row of a band, on the thread that called and for its bands alone:
+/// QXE_Interrupted from it ends the work; other codes may be the result too, and rows may be left out. With a `final`
+/// of 0, `in_data` may be null.
 typedef int QXE_Iterate(QXE_InData* in_data, int32_t base, int32_t final, QXE_World* src, const QXE_Rect* area,
                         void* refcon, QXE_PixelFunc* func, QXE_World* dst);
 /// The same where the source's corner lies at `origin`. Only where the source lies is visited; without one `in` is
-/// null. The form that does not clip visits the whole area, and `in` is a transparent pixel where there is no source.
+/// null. The form that does not clip visits the whole area, and where there is no source `in` is a transparent pixel,
+/// which may not be written.
 typedef int QXE_IterateOrigin(QXE_InData* in_data, int32_t base, int32_t final, QXE_World* src, const QXE_Rect* area,
                               const QXE_Point* origin, void* refcon, QXE_PixelFunc* func, QXE_World* dst);
 /// Each channel of 8-bit worlds through a table of 256 bytes, on the thread that called; a null table changes nothing.
+/// 16-bit worlds are refused, float ones are taken for 8 bits.
 typedef int QXE_IterateLUT(QXE_InData* in_data, int32_t base, int32_t final, QXE_World* src, const QXE_Rect* area,
                            const uint8_t* a_lut, const uint8_t* r_lut, const uint8_t* g_lut, const uint8_t* b_lut,
                            QXE_World* dst);
@@ -290,14 +295,14 @@ typedef int QXE_IterateGeneric(int32_t iterations, void* refcon, QXE_IndexFunc* 
 /// Composites `src_rect` (not null) of one world onto another of its depth, its corner at (dest_x, dest_y). `ref` is
 /// null or begins with a QXE_ProgressInfo. `quality` and `flags` are not read. `field` 1 takes even rows of the
 /// destination, 2 odd ones, others all. `mask` may be null, but for QXE_xfer_mask_crossfade. QXE_UnimplementedMode for
-/// a mode that is none.
+/// a mode that is none. QXE_xfer_alpha_multiply and _luma also clear the alpha of all that lies outside.
 typedef int QXE_TransferRect(void* ref, int quality, int flags, int field, const QXE_Rect* src_rect, QXE_World* src,
                              const QXE_CompositeMode* mode, const QXE_MaskWorld* mask, int dest_x, int dest_y,
                              QXE_World* dst);
 /// Places one world on another of its depth through a matrix, in bands on all processors. Two matrices are the ends of
-/// a motion on a straight line, n of them n - 1 moments, 257 at most. `quality` 0 takes nearest pixels, 1 bilinear, 2
-/// and 3 bicubic. `src2dst` tells which way the matrices map. `mask` may be null. The source may not be the
-/// destination.
+/// a motion on a straight line, n of them n - 1 moments; more than 257 are QXE_BadParameter. `ref`, `field`, `mask` and
+/// modes as above. `quality` 0 takes nearest pixels, 1 bilinear, 2 and 3 bicubic. `src2dst` tells which way the
+/// matrices map. The source may not be the destination.
 typedef int QXE_TransformWorld(void* ref, int quality, int flags, int field, QXE_World* src,
                                const QXE_CompositeMode* mode, const QXE_MaskWorld* mask, const QXE_Matrix3* matrices,
                                int num_matrices, QXE_Bool src2dst, const QXE_Rect* dest_rect, QXE_World* dst);
@@ -315,7 +320,8 @@ typedef int QXE_ResizeHandle(uint64_t bytes, void*** handle);
 /// The pixels as a pointer if the world has the depth of the routine, else null, with code 0: `pixels`, or the world's
 /// first row where that is null. A null world gives QXE_BadParameter.
 typedef int QXE_GetPixelData(QXE_World* world, void* pixels, void** out);
-/// The device's address of a float frame on a GPU; QXE_BadParameter for a world in the processor's memory.
+/// The device's address of a float frame on a GPU; null with code 0, after a report, for one of another format.
+/// QXE_BadParameter for a world in the processor's memory.
 typedef int QXE_GetPixelDataGPU(const QXE_World* world, void** out);
 
 /// One pixel between RGB and three numbers in 16.16: hue in degrees, lightness and saturation from 0 to 1; or Y, I, Q.

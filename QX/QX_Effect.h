@@ -362,7 +362,8 @@ typedef struct QXE_ProcessorSuite1 {
 } QXE_ProcessorSuite1;
 
 #define QXE_ANSI_SUITE "QX ANSI Suite"  ///< version 1
-/// The host's mathematics. `fmod` by 0 is 0.
+/// The host's mathematics. `fmod` by 0 is 0. `sqrt`, `hypot`, `fabs`, `ceil`, `floor` and `fmod` give the same bits on
+/// every machine; the last bits of the others are those of the machine's library and processor.
 typedef struct QXE_AnsiSuite1 {
     double (*atan)(double);
     double (*atan2)(double y, double x);

@@ -10,8 +10,10 @@
 #include "host/EffectFolders.h"
 #include "platform/TK_CPU.h"
 #include "platform/standalone/Host.h"
+#include "platform/standalone/Standalone.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
+#include "tools/qx/options/EffectArgument.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -20,6 +22,7 @@ namespace {
 
 struct InfoOptions {
     CommonOptions common;
+    std::vector<std::string> folders;
     bool json = false;
 };
 
@@ -28,14 +31,36 @@ const char* processor_level() {
     return TK_G_CPU_DataP->flags[kTK_CPU_Vector] != 0 ? "SSE4.1" : "plain";
 }
 
+/// The suites that effects find, with their versions.
+std::vector<std::string> suites() {
+    std::vector<std::string> names;
+    for (const auto& suite : standalone::RegisteredSuites()) {
+        names.push_back(suite.name + " " + std::to_string(suite.version));
+    }
+    return names;
+}
+
+/// Those that a layer can name, without a look into modules.
+std::vector<std::string> effects(const std::vector<std::string>& folders) {
+    std::vector<std::string> names;
+    for (const scene::EffectKind& kind : scene::effect_kinds()) names.emplace_back(kind.name);
+    for (const std::string& name : host::EffectFolders(folders).names()) names.push_back(name);
+    return names;
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
 void run(const InfoOptions& options) {
     apply_common_options(options.common);
     const Library library;
     const auto filled = std::count_if(std::begin(QXp_G_OverFuncs), std::end(QXp_G_OverFuncs),
                                       [](const void* routine) { return routine != nullptr; });
     const int slots = static_cast<int>(filled);
-    const std::size_t suites = standalone::RegisteredSuites().size();
-    const std::vector<std::string> effects = host::EffectFolders({}).names();
+    const auto found = effects(options.folders);
     if (options.json) {
         const nlohmann::ordered_json info = {{"version", QX_VERSION},
                                              {"processor", processor_level()},
@@ -43,16 +68,14 @@ void run(const InfoOptions& options) {
                                              {"slots", kQX_SlotCount},
                                              {"threads", standalone::PoolThreads()},
                                              {"bands", standalone::BandCount()},
-                                             {"suites", suites},
-                                             {"effects", effects}};
-        std::printf("%s\n", info.dump(2).c_str());
+                                             {"suites", suites()},
+                                             {"effects", found}};
+        std::printf("%s\n", info.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
     } else {
-        std::string names;
-        for (const std::string& effect : effects) names += (names.empty() ? "" : ", ") + effect;
         std::printf("version    %s\nprocessor  %s\nslots      %d of %d filled\nthreads    %d\nbands      %d\n",
                     QX_VERSION, processor_level(), slots, kQX_SlotCount, standalone::PoolThreads(),
                     standalone::BandCount());
-        std::printf("suites     %zu\neffects    %s\n", suites, names.empty() ? "none in the folders" : names.c_str());
+        std::printf("suites     %zu\neffects    %s\n", suites().size(), joined(found).c_str());
     }
     if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
 }
@@ -60,10 +83,10 @@ void run(const InfoOptions& options) {
 }  // namespace
 
 void add_info(CLI::App& app) {
-    auto* command =
-        app.add_subcommand("info", "Version, processor level, slots, threads, bands, suites, and effects found");
+    auto* command = app.add_subcommand("info", "Version, processor level, slots, threads, bands, suites and effects");
     const auto options = std::make_shared<InfoOptions>();
     command->add_flag("--json", options->json, "machine-readable, on standard output");
+    add_effect_folders_option(*command, options->folders);
     add_common_options(*command, options->common);
     set_usage(*command, "[options]");
     command->footer("Example:\n  qx info --json");

@@ -1,0 +1,32 @@
+# Installs the package into FOLDER, builds the effects of examples/ outside of the tree from its header, as C and as C++,
+# and runs the installed command with them.
+cmake_minimum_required(VERSION 3.24)
+file(REMOVE_RECURSE ${FOLDER})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${FOLDER}/package
+  OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+file(COPY ${SOURCE}/Makefile ${SOURCE}/tint.c ${SOURCE}/shadow.c DESTINATION ${FOLDER}/own)
+find_program(clang clang)
+foreach(compiler "${CC};-std=c99 -pedantic" "${clang};-std=c11" "${CXX} -x c++;-std=c++17")
+  list(GET compiler 0 name)
+  list(GET compiler 1 flags)
+  if(name MATCHES "NOTFOUND")
+    continue()
+  endif()
+  execute_process(COMMAND make -B -C ${FOLDER}/own PREFIX=${FOLDER}/package CC=${name}
+    "CFLAGS=${flags} -O2 -Wall -Wextra -Wconversion -Werror" OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+  foreach(effect tint shadow)
+    execute_process(COMMAND ldd ${FOLDER}/own/${effect}.so OUTPUT_VARIABLE libraries COMMAND_ERROR_IS_FATAL ANY)
+    if(libraries MATCHES "QX|qx")
+      message(FATAL_ERROR "${effect}.so is linked to ${libraries}")
+    endif()
+    execute_process(COMMAND ${FOLDER}/package/bin/qx effects ${FOLDER}/own/${effect}.so OUTPUT_VARIABLE said
+      COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT said MATCHES "^${effect} - ")
+      message(FATAL_ERROR "qx effects says: ${said}")
+    endif()
+  endforeach()
+endforeach()
+execute_process(COMMAND ${FOLDER}/package/bin/qx effects shadow OUTPUT_VARIABLE said COMMAND_ERROR_IS_FATAL ANY)
+if(NOT said MATCHES "${FOLDER}/package/[^ ]*/qx/effects/shadow.so")
+  message(FATAL_ERROR "the installed command finds: ${said}")
+endif()

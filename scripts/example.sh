@@ -34,9 +34,6 @@ made between two others, and as their mix: own.19.png, flow.19.png, blend.19.png
 
 effects=$(dirname "$0")/../examples/effects
 "$qx" render "$effects/scene.json" -o "$out/shadow-and-glow.mp4"
-"$qx" render "$effects/rising.json" -o "$out/rising.mp4"
-"$qx" render "$effects/rising.json" -o "$out/rising.##.png" --frames 4-24x10
-echo "What effects in C do to a moving layer lies in $out/rising.mp4."
 "$qx" blur "$photograph" --kind disc --radius 14 --map "$effects/depth.png" --gain 1.5 --threshold 0.7 --linear 2.2 \
       -o "$out/focus.png"
 "$qx" convolve "$photograph" --filter edges -o "$out/edges.png"

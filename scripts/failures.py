@@ -73,6 +73,8 @@ LINES = [
     "convert p16.png --from srgb --to display-p3 --depth 8 -j 2 -o OUT/p3.png",
     "convert p8.png --from rec709 --to linear-rec2020 -j 2 -o OUT/light.exr",
     "profile linear-display-p3 -o OUT/p3.icc",
+    "comp opaque.png p8.png --effect shadow:offset=3,-2 --effect tint -j 2 -o OUT/effect.png",
+    "comp opaque.png p16.tif --effect blur:radius=2 --effect shadow --depth 32 -j 2 -o OUT/effect.exr",
     "comp opaque.png p16.tif --profile display-p3 --space srgb --linear profile -j 2 -o OUT/space.png",
     "render scene.json --space background --linearize --to display-p3 --depth 32 -j 2 -o OUT/#.tif",
     "guess-alpha p8.png -j 2 -o OUT/repaired.png",

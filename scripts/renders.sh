@@ -92,7 +92,7 @@ made() {
     cp "$samples/grace_hopper.jpg" photo.jpg
     cp "$samples/Minduka_Present_Blue_Pack.png" logo.png
     cp "$example"/*.png .
-    sed '/"name":/d; /"comment":/d' "$example/scene.json" >scene.json # older states know neither
+    sed '/"name":/d; /"comment":/d; /"plugin":/d' "$example/scene.json" >scene.json # older states know none
     ls >"$work/inputs"
     pictures
     [ -n "$lacking" ] || effects

@@ -5,6 +5,10 @@ file(REMOVE_RECURSE ${FOLDER})
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${FOLDER}/package
   OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 file(COPY ${SOURCE}/Makefile ${SOURCE}/tint.c ${SOURCE}/shadow.c DESTINATION ${FOLDER}/own)
+# The effect of the document is held to compile as well.
+file(READ ${SOURCE}/../../docs/effects.md page)
+string(REGEX REPLACE "^.*```c\n(.*)```\nBuild it.*$" "\\1" page "${page}")
+file(WRITE ${FOLDER}/own/negative.c "${page}")
 find_program(clang clang)
 foreach(compiler "${CC};-std=c99 -pedantic" "${clang};-std=c11" "${CXX} -x c++;-std=c++17")
   list(GET compiler 0 name)
@@ -12,9 +16,9 @@ foreach(compiler "${CC};-std=c99 -pedantic" "${clang};-std=c11" "${CXX} -x c++;-
   if(name MATCHES "NOTFOUND")
     continue()
   endif()
-  execute_process(COMMAND make -B -C ${FOLDER}/own PREFIX=${FOLDER}/package CC=${name}
+  execute_process(COMMAND make -B -C ${FOLDER}/own tint.so shadow.so negative.so PREFIX=${FOLDER}/package CC=${name}
     "CFLAGS=${flags} -O2 -Wall -Wextra -Wconversion -Werror" OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
-  foreach(effect tint shadow)
+  foreach(effect tint shadow negative)
     execute_process(COMMAND ldd ${FOLDER}/own/${effect}.so OUTPUT_VARIABLE libraries COMMAND_ERROR_IS_FATAL ANY)
     if(libraries MATCHES "QX|qx")
       message(FATAL_ERROR "${effect}.so is linked to ${libraries}")

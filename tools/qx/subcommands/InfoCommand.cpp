@@ -10,7 +10,6 @@
 #include "host/EffectFolders.h"
 #include "platform/TK_CPU.h"
 #include "platform/standalone/Host.h"
-#include "platform/standalone/Standalone.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/options/EffectArgument.h"

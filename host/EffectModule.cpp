@@ -19,6 +19,12 @@ std::string words(const QXE_Version& version) {
     return std::to_string(version.major) + "." + std::to_string(version.minor);
 }
 
+/// Twice, since the loader has other words where it was short of memory.
+void* open(const std::string& path) {
+    void* const module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    return module != nullptr ? module : ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
 /// The loader's words, without the file's name, which stands before them.
 std::string loader_words(const std::string& path) {
     const char* const told = ::dlerror();
@@ -28,8 +34,7 @@ std::string loader_words(const std::string& path) {
 
 }  // namespace
 
-EffectModule::EffectModule(const std::string& path)
-    : path_(path), module_(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+EffectModule::EffectModule(const std::string& path) : path_(path), module_(open(path)) {
     if (module_ == nullptr) throw pictures::Failure(path, "cannot be loaded as an effect: " + loader_words(path));
 }
 

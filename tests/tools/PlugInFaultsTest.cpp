@@ -85,6 +85,11 @@ TEST_F(PlugInFaults, OfTheirWorkNameLayerAndFrame) {
                         "render-int => threw a number (code 7)",
                         "render-exception => threw bad luck (code 3)",
                         "render-other => threw something unknown (code 3)",
+                        "pixel-4 => out of memory (code 4)",
+                        "pixel-99 => failed (code 99)",
+                        "pixel-int => failed (code 7)",
+                        "pixel-exception => failed (code 3): bad luck",
+                        "pixel-other => threw something unknown (code 3)",
                         "report => failed (code 3): bad parameter passed to effect callback",
                         "nothing => wrote nothing",
                         "behind => wrote behind the last pixel of its result"};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // An effect that copies its source, or does wrong what the variable FAULT in the environment says: "STEP-HOW", or a
-// word. A step is describe, begin, room or render; how is a code to give back, or what to throw.
+// word. A step is describe, begin, room, render or pixel; how is a code to give back, or what to throw.
 #include <QX/QX_Effect.h>
 
 #include <csignal>
@@ -48,6 +48,18 @@ std::int32_t room(QXE_Instance*, const QXE_Frame*, QXE_Room* room) {
     return fault_in("room");
 }
 
+int pixel(void*, std::int32_t, std::int32_t, void*, void*) { return fault_in("pixel"); }
+
+int each_pixel(const QXE_Instance* instance, const QXE_Frame* frame, QXE_World* from, QXE_World* to) {
+    QXE_Iterate* iterate = instance->depth == 8 ? instance->callbacks->iterate : instance->callbacks->iterate16;
+    if (instance->depth == 32) {
+        const void* suite = nullptr;
+        if (const int code = instance->basic->acquire(QXE_ITERATE_FLOAT_SUITE, 1, &suite)) return code;
+        iterate = static_cast<const QXE_IterateDeepSuite1*>(suite)->iterate;
+    }
+    return iterate(frame->in_data, 0, from->height, from, nullptr, nullptr, &pixel, to);
+}
+
 void copy(const QXE_Instance* instance, const QXE_World* from, QXE_World* to) {
     const auto bytes = static_cast<std::size_t>(from->width * instance->depth / 2);
     for (std::ptrdiff_t y = 0; y < from->height; ++y) {
@@ -69,6 +81,7 @@ std::string told_values(const QXE_Frame& frame) {
 
 std::int32_t render(QXE_Instance* instance, const QXE_Frame* frame, QXE_World* source, QXE_World* destination) {
     if (const std::int32_t code = fault_in("render")) return code;
+    if (const std::int32_t code = each_pixel(instance, frame, source, destination)) return code;
     if (is_told("nothing")) return 0;
     if (is_told("values")) throw std::runtime_error(told_values(*frame));
     if (is_told("report")) return instance->callbacks->fill(nullptr, nullptr, nullptr, nullptr);

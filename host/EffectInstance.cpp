@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/EffectInstance.h"
 
+#include <algorithm>
+
 #include "platform/TK_Suites.h"
 
 namespace qx::host {
@@ -50,7 +52,7 @@ int EffectProgress::abort(void* progress) {
 }
 
 int EffectProgress::advance(void* progress, std::int32_t count, std::int32_t total) {
-    if (total > 0) static_cast<EffectProgress*>(progress)->watch_.rows(count, total);
+    if (total > 0) static_cast<EffectProgress*>(progress)->watch_.rows(std::clamp(count, 0, total), total);
     return abort(progress);
 }
 

@@ -89,7 +89,7 @@ std::shared_ptr<const EffectModule> EffectFolders::module_named(const std::strin
     if (!path.empty()) return module(path);
     const auto names = this->names();
     throw scene::BadText(
-        name, "no such effect" + (names.empty() ? "" : "; the nearest is " + scene::nearest_word(name, names)));
+        name, "no such effect" + scene::suggestion(name, names, "see qx effects"));
 }
 
 std::unique_ptr<scene::Effect> EffectFolders::find(const std::string& name) {

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace qx::scene {
 
@@ -33,5 +34,8 @@ private:
     std::string before_, after_;
     int digits_ = 0;
 };
+
+/// Numbers of the pattern's files that are there, rising; none for a folder that cannot be read.
+std::vector<int> numbers_there(const FramePattern& pattern);
 
 }  // namespace qx::scene

@@ -9,27 +9,39 @@
 namespace qx::scene {
 namespace {
 
-std::string plain_name(std::string text) {
-    for (char& c : text) c = static_cast<char>(c == '-' ? '_' : c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-    return text.rfind("xfer_", 0) == 0 ? text.substr(5) : text;
+/// What spellings of a name have in common.
+std::string bare(const std::string& text) {
+    std::string name;
+    for (const char c : text) {
+        if (c == '-' || c == '_' || c == ' ') continue;
+        name += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    }
+    if (name.rfind("xfer", 0) == 0) name.erase(0, 4);
+    if (const auto at = name.find("color"); at != std::string::npos) name.insert(at + 4, "u");
+    return name;
 }
 
-std::string nearest(const std::string& name) {
+const Mode* mode_named(const std::string& text) {
+    const std::string name = bare(text);
+    for (const Mode& mode : all_modes()) {
+        if (name == bare(mode.name)) return &mode;
+    }
+    for (const Mode& mode : all_modes()) {
+        for (const char* alias : mode.aliases) {
+            if (name == bare(alias)) return &mode;
+        }
+    }
+    return nullptr;
+}
+
+std::vector<std::string> all_names() {
     std::vector<std::string> names;
-    for (const ModeName& mode : all_modes()) names.emplace_back(mode.name);
-    return nearest_word(name, names);
+    for (const Mode& mode : all_modes()) names.emplace_back(mode.name);
+    for (const Mode& mode : all_modes()) names.insert(names.end(), mode.aliases.begin(), mode.aliases.end());
+    return names;
 }
 
 }  // namespace
-
-const std::vector<ModeName>& all_modes() {
-    static const std::vector<ModeName> modes = {
-#define X(number, name) {number, #name},
-        QX_TRANSFER_MODES(X)
-#undef X
-    };
-    return modes;
-}
 
 int mode_number(const std::string& text) {
     int number = 0;
@@ -38,11 +50,8 @@ int mode_number(const std::string& text) {
         if (QX_IsTransferMode(number)) return number;
         throw BadText(text, "mode numbers are -3, -2 and 0 to " + std::to_string(kQX_LastMode));
     }
-    const std::string name = plain_name(text);
-    for (const ModeName& mode : all_modes()) {
-        if (name == mode.name) return mode.number;
-    }
-    throw BadText(text, "no such mode; the nearest is " + nearest(name));
+    if (const Mode* mode = mode_named(text)) return mode->number;
+    throw BadText(text, "no such mode" + suggestion(text, all_names(), "see qx modes --list"));
 }
 
 }  // namespace qx::scene

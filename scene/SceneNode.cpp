@@ -84,7 +84,7 @@ void SceneNode::check_keys(const std::vector<std::string>& known) const {
     if (!is_object()) fault("is not an object");
     for (const auto& item : value_->items()) {
         if (std::find(known.begin(), known.end(), item.key()) != known.end()) continue;
-        child(item.value(), item.key()).fault("is an unknown key; the nearest is " + nearest_word(item.key(), known));
+        child(item.value(), item.key()).fault("is an unknown key" + suggestion(item.key(), known));
     }
 }
 

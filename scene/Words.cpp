@@ -12,6 +12,26 @@ template <class Number> bool parse(const std::string& text, Number& number) {
     return parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
 }
 
+/// Small letters, one sign between words: what nobody means to be another word by.
+std::string folded(std::string word) {
+    for (char& c : word) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c == '_' || c == ' ' ? '-' : c);
+    return word;
+}
+
+/// The nearest of the words if it lies within two edits, else empty.
+std::string near_word(const std::string& word, const std::vector<std::string>& known) {
+    constexpr std::size_t most_edits = 2;
+    const std::string* nearest = nullptr;
+    std::size_t fewest = std::min(most_edits + 1, word.size());  // not all of it may be changed
+    for (const std::string& name : known) {
+        const std::size_t edits = edit_distance(folded(name), folded(word));
+        if (edits >= fewest) continue;
+        fewest = edits;
+        nearest = &name;
+    }
+    return nearest != nullptr ? *nearest : "";
+}
+
 }  // namespace
 
 std::string words(double number) {
@@ -39,7 +59,8 @@ int choice(const std::string& text, std::span<const char* const> known) {
         list.append(i == 0 ? "" : ", ").append(known[i]);
         words.emplace_back(known[i]);
     }
-    throw BadText(text, "not one of " + list + "; the nearest is " + nearest_word(text, words));
+    const std::string near = near_word(text, words);
+    throw BadText(text, "not one of " + list + (near.empty() ? "" : "; the nearest is " + near));
 }
 
 std::size_t edit_distance(const std::string& a, const std::string& b) {
@@ -57,10 +78,13 @@ std::size_t edit_distance(const std::string& a, const std::string& b) {
     return row[b.size()];
 }
 
-std::string nearest_word(const std::string& word, const std::vector<std::string>& words) {
-    return *std::min_element(words.begin(), words.end(), [&](const std::string& a, const std::string& b) {
-        return edit_distance(word, a) < edit_distance(word, b);
-    });
+std::string suggestion(const std::string& word, const std::vector<std::string>& known, const std::string& list) {
+    const std::string near = near_word(word, known);
+    if (!near.empty()) return "; the nearest is " + near;
+    if (!list.empty()) return "; " + list;
+    std::string all;
+    for (const std::string& name : known) all += (all.empty() ? "" : ", ") + name;
+    return all.empty() ? "" : "; known are " + all;
 }
 
 }  // namespace qx::scene

@@ -26,7 +26,8 @@ int choice(const std::string& text, std::span<const char* const> known);
 /// Insertions, deletions and exchanges that make one word of the other.
 std::size_t edit_distance(const std::string& a, const std::string& b);
 
-/// The first of the words that are most like `word`. There is at least one.
-std::string nearest_word(const std::string& word, const std::vector<std::string>& words);
+/// What a message about an unknown word ends in: "; the nearest is X" if one of the known words lies within two edits,
+/// else where to look: "; LIST", or by default the known words themselves. A guess that is farther off misleads.
+std::string suggestion(const std::string& word, const std::vector<std::string>& known, const std::string& list = "");
 
 }  // namespace qx::scene

@@ -135,7 +135,7 @@ Profile profile_of_text(const std::string& text) {
     if (const std::string why = number_fault(text, fault); !why.empty()) throw BadText(text, why);
     auto names = standalone::ProfileNames();
     names.emplace_back("gamma-2.2");
-    throw BadText(text, "is no profile's name and no ICC file; the nearest name is " + nearest_word(text, names));
+    throw BadText(text, "is no profile's name and no ICC file" + suggestion(text, names));
 }
 
 Profile rgb_profile_of_text(const std::string& text) {

@@ -19,7 +19,7 @@ std::unique_ptr<Effect> new_effect(const std::string& name) {
         if (name == kind.name) return kind.make();
         names.emplace_back(kind.name);
     }
-    throw BadText(name, "no such effect; the nearest is " + nearest_word(name, names));
+    throw BadText(name, "no such effect" + suggestion(name, names));
 }
 
 }  // namespace qx::scene

@@ -143,7 +143,7 @@ Kernels kernels_of_filter(const std::string& filter, KernelForm form) {
         if (name == "edges") return for_colours({-1, -1, -1, -1, 8, -1, -1, -1, -1});
         return for_colours({-2, -1, 0, -1, 1, 1, 0, 1, 2});
     }
-    throw BadText("filter " + filter, "no such filter; the nearest is " + nearest_word(filter, names));
+    throw BadText("filter " + filter, "no such filter" + suggestion(filter, names));
 }
 
 }  // namespace qx::scene

@@ -17,20 +17,6 @@ bool exists(const std::string& path) {
     return fs::exists(path, ignored);
 }
 
-/// Numbers of a sequence's pictures that are there, in order.
-std::vector<int> numbers_of(const FramePattern& pattern) {
-    std::vector<int> numbers;
-    const fs::path folder = fs::path(pattern.name(0)).parent_path();
-    std::error_code fault;
-    for (auto entry = fs::directory_iterator(folder.empty() ? fs::path(".") : folder, fault);
-         !fault && entry != fs::directory_iterator(); entry.increment(fault)) {
-        if (const auto number = pattern.number_in((folder / entry->path().filename()).string()))
-            numbers.push_back(*number);
-    }
-    std::sort(numbers.begin(), numbers.end());
-    return numbers;
-}
-
 Rational read_rational(const SceneNode& node, const Rational& least, const Rational& most,
                        Rational (*read)(const std::string&)) {
     if (node.is_text()) return node.read_by([&] { return read(node.text()); });
@@ -65,7 +51,7 @@ std::vector<std::string> ClipChoice::files() const {
     if (!is_pictures()) return {path};
     const FramePattern pattern(path);
     std::vector<std::string> names;
-    for (const int number : numbers_of(pattern)) names.push_back(pattern.name(number));
+    for (const int number : numbers_there(pattern)) names.push_back(pattern.name(number));
     return names;
 }
 
@@ -96,7 +82,7 @@ std::shared_ptr<const ClipChoice> read_clip(const SceneNode& node, const std::st
 SceneClip::SceneClip(const ClipChoice& choice, const Rational& rate, int depth) : choice_(choice) {
     if (choice.is_pictures()) {
         const FramePattern pattern(choice.path);
-        const auto numbers = numbers_of(pattern);
+        const auto numbers = numbers_there(pattern);
         if (numbers.empty()) throw pictures::Failure(choice.path, "no picture of it is there");
         clip_ = open_pictures_clip({pattern, {numbers.front(), numbers.back(), 1}, choice.rate.value_or(rate)});
         step_ = choice.speed / rate;

@@ -36,7 +36,7 @@ TEST(Composite, BandsGiveWhatOneTransferGives) {
     QX_MaskWorld record{{}, 3, 25, 0};
     mask.world->FillOutEffectWorld(&record.world);
     const M_LRect all{0, 0, 50, 80};
-    for (const ModeName& mode : all_modes()) {
+    for (const Mode& mode : all_modes()) {
         for (int kind = mode.number == xfer_mask_crossfade ? 0 : -1; kind < 4; ++kind) {
             Transfer t{.layer = layer.world.get(),
                        .x = -5,

@@ -218,9 +218,9 @@ TEST_F(ColourCommands, WrongUseIsToldInALine) {
     put("no.icc", "no profile");
     put("lab.icc", text_of(saved(cmsCreateLab4Profile(nullptr))));
     expect_faults(2, "convert a.png ", " -o o.png",
-                  {"--to sgrb => --to sgrb: is no profile's name and no ICC file; the nearest name is srgb",
+                  {"--to sgrb => --to sgrb: is no profile's name and no ICC file; the nearest is srgb",
                    "--to srgb --from linear-disply-p3 => --from linear-disply-p3: is no profile's name and no",
-                   "--assign gama-2.2 => the nearest name is gamma-2.2", "--to gamma-0 => --to gamma-0: the exponent",
+                   "--assign gama-2.2 => the nearest is gamma-2.2", "--to gamma-0 => --to gamma-0: the exponent",
                    "--to inks.icc => --to inks.icc: is a profile of inks", "--assign inks.icc => of inks",
                    "--to no.icc => --to no.icc: ", "--to lab.icc => --to lab.icc: ", "--to a.png => --to a.png: it is",
                    "--to srgb --assign srgb => excludes", "--from srgb => --from requires --to",

@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/standalone/Colour.h"
+#include "tests/support/Test.h"
 #include "tests/tools/RunQx.h"
 
 namespace {
@@ -47,10 +48,28 @@ TEST_F(Command, FaultsGiveOneLineAStatusAndNoFile) {
          "--scale 2 --matrix 1,0,0,0,1,0,0,0,1 => --matrix and --scale exclude each other",
          "--field both => --field both: not one of all, even, odd", "--mask-kind luma => --mask-kind needs --mask"});
     expect_faults(2, "comp a.png b.png ", " -o out.png",
-                  {"--wrong => --wrong (see", "--mask= => --mask=: its value is empty", "--mode -1 => --mode -1",
-                   "--mode -2 => needs --mask", "--opacity abc => --opacity abc", "--at 5 => --at 5",
-                   "--rotate inf => --rotate inf: not a number", "--depth 12 => --depth 12", "--linear 0 => --linear 0",
-                   "-j 0 => --threads 0", "-q -v => --quiet"});
+                  {"--wrong => --wrong; see qx comp --help", "--mask= => --mask=: its value is empty",
+                   "--mode -1 => --mode -1", "--mode -2 => needs --mask", "--opacity abc => --opacity abc",
+                   "--at 5 => --at 5", "--rotate inf => --rotate inf: not a number", "--depth 12 => --depth 12",
+                   "--linear 0 => --linear 0", "-j 0 => --threads 0", "-q -v => --quiet"});
+}
+
+TEST_F(Command, HelpAndVersionAreWordsToo) {
+    for (const auto& [word, flag] : Cases<std::string, std::string>{{"help", "--help"},
+                                                                    {"version", "--version"},
+                                                                    {"help comp", "comp --help"},
+                                                                    {"help version", "--version"}}) {
+        const auto told = qx(word);
+        EXPECT_EQ(told.status, 0) << told.errors;
+        EXPECT_EQ(told.output, qx(flag).output) << word;
+    }
+    expect_faults(2, "", "",
+                  {"help com => com: no such subcommand; the nearest is comp", "help comp x => one subcommand"});
+    const auto list = nlohmann::json::parse(qx("modes --list --json").output);
+    EXPECT_EQ(list.size(), 43u);
+    EXPECT_EQ(list[4]["name"], "over");
+    EXPECT_EQ(list[4]["aliases"][0], "normal");
+    expect_faults(2, "modes ", "", {"--json => --json needs --list", "a.png b.png --list => takes no pictures"});
 }
 
 TEST_F(Command, SettingsComeFromFlagThenEnvironmentThenDefault) {

@@ -91,7 +91,7 @@ TEST_F(Losses, EachIsToldOnceAJob) {
         {"comp tame.exr wide.exr --mask wide.exr -o o.exr", {"wide.exr: what lies outside"}},
         {"render wide.json -o o.#.exr", {}},
         {"render cut.json -o o.#.exr", {"wide.exr: what lies outside"}},
-        {"comp pages.tif pages.tif --mask pages.tif -o o.tif", {"pages.tif: only its first page is used"}},
+        {"comp pages.tif pages.tif --mask pages.tif --mask-kind alpha -o o.tif", {"pages.tif: only its first page is used"}},
         {"render pages.json -o o.#.tif -j 1", {"p.1.tif: only its first page is used"}},
         {"comp q.1.exr q.1.exr --mode copy -o o.tif --depth 16",
          {mixed, "q.1.exr: its floats become 16 bits", "q.1.exr: values below 0 and above 1"}},

@@ -116,7 +116,7 @@ TEST_F(PlugInFaults, OfUseNameThePlace) {
         2, "comp a.png a.png -o o.png --effects effects --effect ", "",
         {"fault => --effect fault: no such effect; the nearest is Faulty",
          "blr => --effect blr: no such effect; the nearest is blur",
-         ":radius=3 => --effect : no such effect; the nearest is ",
+         ":radius=3 => --effect : no such effect; see qx effects",
          "blur:raduis=3 => --effect blur: raduis: no such parameter; the nearest is radius",
          "blur:radius=nan => --effect blur: radius nan: not a number from 0 to 30000",
          "blur:map=a.png => --effect blur: map: is for the kinds mean and disc",

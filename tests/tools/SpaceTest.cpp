@@ -131,7 +131,7 @@ TEST_F(Space, WrongUseIsOneLine) {
     expect_faults(2, "comp bg.png p3.png ", " -o o.png",
                   {"--linear profile => needs --space", "--to srgb => needs --space", "--linearize => needs --space",
                    "--profile srgb => needs --space", "--background-profile srgb => needs --space",
-                   "--space sRBG => the nearest name is srgb", "--space srgb --to nosuch.icc => no ICC file",
+                   "--space sRBG => the nearest is srgb", "--space srgb --to nosuch.icc => no ICC file",
                    "--space broken.icc => --space broken.icc", "--space srgb --linear profil => --linear profil"});
     put_quoted("s.json", "{'frames': [1, 1], 'background': [0, 0, 0], 'size': [4, 4], 'layers': []}");
     expect_faults(2, "render s.json ", " -o o.png", {"--to srgb => needs --space", "--linearize => needs --space"});

@@ -28,10 +28,17 @@ void check_subcommand(const CLI::App& app, const std::string& word) {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands(nullptr)) names.push_back(command->get_name());
     if (word[0] == '-' || std::find(names.begin(), names.end(), word) != names.end()) return;
-    throw WrongUsage(word + ": no such subcommand; the nearest is " + scene::nearest_word(word, names));
+    throw WrongUsage(word + ": no such subcommand" + scene::suggestion(word, names, "see qx --help"));
 }
 
-/// "; the nearest is --name" for the first long option that the subcommand does not know, if one is near.
+/// How the options of the subcommand at hand are shown.
+std::string help_of(const CLI::App& app) {
+    const auto called = app.get_subcommands();
+    return called.empty() ? "qx --help" : "qx " + called.front()->get_name() + " --help";
+}
+
+/// "; the nearest is --name" for the first long option that the subcommand does not know, if one is near; else where
+/// all of them are told.
 std::string nearest_option(const CLI::App& app, const std::vector<std::string>& words) {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands()) {
@@ -42,11 +49,10 @@ std::string nearest_option(const CLI::App& app, const std::vector<std::string>& 
     for (const auto& word : words) {
         const std::string option = word.substr(0, word.find('='));
         if (names.empty() || option.rfind("--", 0) != 0) continue;
-        const std::string nearest = scene::nearest_word(option, names);
-        if (nearest == option) continue;
-        return scene::edit_distance(nearest, option) <= option.size() / 3 ? "; the nearest is " + nearest : "";
+        if (std::find(names.begin(), names.end(), option) != names.end()) continue;
+        return scene::suggestion(option, names, "see " + help_of(app));
     }
-    return "";
+    return "; see " + help_of(app);
 }
 
 /// A name in square brackets stays the name of a file; the parser would take it for a list.
@@ -58,10 +64,21 @@ void keep_brackets(std::vector<std::string>& words) {
     }
 }
 
+/// "help", "help SUBCOMMAND" and "version" stand for the flags that other programs have them as.
+void take_plain_words(std::vector<std::string>& words) {
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        if (words.size() > 1) throw WrongUsage("help " + words[0] + " " + words[1] + ": help is for one subcommand");
+        words.emplace_back("--help");
+    }
+    if (!words.empty() && words.front() == "version") words.front() = "--version";
+}
+
 int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
     std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     refuse_empty(words);
     keep_brackets(words);
+    take_plain_words(words);
     if (!words.empty()) check_subcommand(app, words.front());
     try {
         app.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // it takes them from the end
@@ -71,9 +88,9 @@ int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
         if (!std::cout) throw WorkFailed(kNoStandardOutput);
         return kDone;
     } catch (const CLI::ExtrasError& error) {
-        throw WrongUsage(error.what() + nearest_option(app, words) + " (see qx --help)");
+        throw WrongUsage(error.what() + nearest_option(app, words));
     } catch (const CLI::ParseError& error) {
-        throw WrongUsage(std::string(error.what()) + " (see qx --help)");
+        throw WrongUsage(std::string(error.what()) + " (see " + help_of(app) + ")");
     }
     return kDone;
 }
@@ -93,6 +110,9 @@ int run_command(int argc, const char* const* argv) {
         add_comp(app);
         add_convert(app);
         add_profile(app);
+        add_diff(app);
+        add_hash(app);
+        add_sheet(app);
         add_guess_alpha(app);
         add_blur(app);
         add_matte(app);
@@ -110,6 +130,8 @@ int run_command(int argc, const char* const* argv) {
     } catch (const pictures::Stopped&) {
         say_error("interrupted");
         return kInterruptedStatus;
+    } catch (const EndedWith& end) {
+        return end.status;
     } catch (const WrongUsage& fault) {
         say_error(fault.what());
         return kWrongUsage;

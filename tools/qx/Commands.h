@@ -10,6 +10,9 @@ namespace qx::tool {
 /// Each adds its subcommand with its options; what it does runs when the command line has been read.
 void add_comp(CLI::App& app);
 void add_convert(CLI::App& app);
+void add_diff(CLI::App& app);
+void add_hash(CLI::App& app);
+void add_sheet(CLI::App& app);
 void add_guess_alpha(CLI::App& app);
 void add_blur(CLI::App& app);
 void add_matte(CLI::App& app);

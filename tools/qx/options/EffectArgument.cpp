@@ -34,7 +34,7 @@ std::unique_ptr<scene::Effect> named(const std::string& option, const std::strin
         known.emplace_back(kind.name);
     }
     if (name.find('/') != std::string::npos || folders.has(name)) return folders.find_or_load(name);
-    throw WrongUsage(option + " " + name + ": no such effect; the nearest is " + scene::nearest_word(name, known));
+    throw WrongUsage(option + " " + name + ": no such effect" + scene::suggestion(name, known, "see qx effects"));
 }
 
 const scene::Key& key_named(const std::string& option, const std::string& name, const scene::Keys& keys) {
@@ -44,8 +44,7 @@ const scene::Key& key_named(const std::string& option, const std::string& name, 
         if (name == key.name) return key;
         known.emplace_back(key.name);
     }
-    throw WrongUsage(option + ": " + name + ": no such parameter" +
-                     (known.empty() ? "" : "; the nearest is " + scene::nearest_word(name, known)));
+    throw WrongUsage(option + ": " + name + ": no such parameter" + scene::suggestion(name, known));
 }
 
 }  // namespace

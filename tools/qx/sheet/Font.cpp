@@ -9,6 +9,8 @@
 namespace qx::tool {
 namespace {
 
+static_assert(kGlyphAdvance == kDebugGlyphWidth);
+
 void fill_square(QX_World& world, int x, int y, int side, const QX_Pixel8& colour) {
     for (int row = std::max(y, 0); row < std::min(y + side, world.height); ++row) {
         auto* pixels = pictures::row_of<QX_Pixel8>(world, row);
@@ -31,7 +33,7 @@ void draw_glyph(QX_World& world, int x, int y, int scale, const QX_Pixel8& colou
 void draw_text(QX_World& world, int x, int y, int scale, const QX_Pixel8& colour, const std::string& text) {
     for (const char character : text) {
         draw_glyph(world, x, y, scale, colour, character);
-        x += kDebugGlyphWidth * scale;
+        x += kGlyphAdvance * scale;
     }
 }
 

@@ -8,8 +8,8 @@
 
 namespace qx::tool {
 
-/// Of a letter without what hangs below the line.
-inline constexpr int kGlyphHeight = 7;
+/// Of a letter without what hangs below the line, and from a letter to the next.
+inline constexpr int kGlyphHeight = 7, kGlyphAdvance = 6;
 
 /// Draws ASCII text in the library's own font into an 8-bit world; other characters are blanks.
 /// @param x  left edge; what does not fit is left out

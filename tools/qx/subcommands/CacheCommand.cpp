@@ -13,6 +13,7 @@
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
+#include "tools/qx/work/Output.h"
 
 namespace qx::tool {
 namespace {
@@ -43,14 +44,14 @@ void run(const CacheCommandOptions& options) {
                                    {"limit", standalone::CacheDiskLimit()}};
     if (options.clear || options.verify) told["removed"] = found.removed;
     if (options.json) {
-        std::printf("%s\n", told.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        print_json(told);
     } else {
         for (const auto& [what, value] : told.items()) {
             const std::string words = value.is_string() ? pictures::one_line(value.get<std::string>()) : value.dump();
             std::printf("%-8s %s\n", what.c_str(), words.c_str());
         }
     }
-    if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
+    finish_output();
 }
 
 }  // namespace

@@ -28,6 +28,8 @@ struct Inputs {
     pictures::Picture background;
     struct Layer {
         pictures::Picture picture, mask;
+        QX_MaskKind mask_kind = kQX_MaskAlpha;
+        scene::Settled place;
         int left = 0, top = 0;                                       ///< where effects have moved its corner to
         std::map<const scene::SceneFile*, pictures::Picture> shown;  ///< by its effects
     };
@@ -82,12 +84,44 @@ void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnc
                 pictures::left_out(options.output, result, depth, options.encoding.write_options()));
 }
 
+/// Once all sizes are known.
+void settle_layers(const CompOptions& options, Inputs& inputs) {
+    const auto extent = [](const pictures::Picture& picture) {
+        return scene::Extent{picture.world->width, picture.world->height};
+    };
+    for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
+        const LayerOptions& told = options.layers[i];
+        Inputs::Layer& layer = inputs.layers[i];
+        layer.place =
+            scene::settle(told.place, told.placing ? &*told.placing : nullptr, told.matrix ? &*told.matrix : nullptr,
+                          extent(layer.picture), extent(inputs.background));
+        if (layer.mask.world == nullptr) continue;
+        layer.mask_kind = told.mask_kind.value_or(layer.mask.has_alpha ? kQX_MaskAlpha : kQX_MaskLuma);
+        if (!told.mask_kind && !layer.mask.has_alpha) {
+            say_note(pictures::about(told.mask_file, scene::kMaskCountsByLuma));
+        }
+    }
+}
+
+/// A layer of which nothing can be seen is hardly meant.
+void note_unseen(const LayerOptions& options, const scene::Transfer& transfer, const QX_World& background) {
+    const QX_World& layer = *transfer.layer;
+    const M_Matrix3 matrix =
+        transfer.matrices.empty() ? scene::moved(kM_IdentityMatrix, transfer.x, transfer.y) : transfer.matrices.front();
+    const M_FloatRect seen = scene::bounds_of({0, 0, double(layer.width), double(layer.height)}, matrix);
+    if (seen.left >= seen.right || seen.top >= seen.bottom) {
+        say_note(pictures::about(options.file, "its scale leaves nothing of it"));
+    } else if (seen.left >= background.width || seen.top >= background.height || seen.right <= 0 || seen.bottom <= 0) {
+        say_note(pictures::about(options.file, "lies outside of the picture"));
+    }
+}
+
 scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& layer,
                             const QX_LinearBlendingTables* tables) {
     scene::Transfer transfer;
     transfer.layer = layer.picture.world.get();
-    transfer.x = options.at.x + layer.left;
-    transfer.y = options.at.y + layer.top;
+    transfer.x = layer.place.x + layer.left;
+    transfer.y = layer.place.y + layer.top;
     transfer.mode = options.mode;
     transfer.opacity = options.opacity;
     transfer.rgb_only = options.rgb_only;
@@ -95,16 +129,14 @@ scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& la
     transfer.field = options.field;
     transfer.tables = tables;
     transfer.mask = layer.mask.world.get();
-    transfer.mask_x = options.has_mask_at ? options.mask_at.x : options.at.x;
-    transfer.mask_y = options.has_mask_at ? options.mask_at.y : options.at.y;
-    transfer.mask_kind = options.mask_kind;
+    transfer.mask_x = options.has_mask_at ? options.mask_at.x : layer.place.x;
+    transfer.mask_y = options.has_mask_at ? options.mask_at.y : layer.place.y;
+    transfer.mask_kind = layer.mask_kind;
     transfer.quality = options.quality;
-    if (options.placing || options.matrix) {
-        const M_Matrix3 matrix = options.matrix ? *options.matrix : scene::matrix_of(*options.placing);
-        const M_Matrix3 placed = scene::moved(matrix, options.at.x, options.at.y);
+    if (const auto& placed = layer.place.matrix) {
         const bool is_moved = layer.left != 0 || layer.top != 0;
-        transfer.matrices = {is_moved ? M_MultiplyMatrix(scene::moved(kM_IdentityMatrix, layer.left, layer.top), placed)
-                                      : placed};
+        const M_Matrix3 corner = scene::moved(kM_IdentityMatrix, layer.left, layer.top);
+        transfer.matrices = {is_moved ? M_MultiplyMatrix(corner, *placed) : *placed};
     }
     return transfer;
 }
@@ -138,7 +170,9 @@ void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX
         say_note(pictures::about(options.file, scene::kDissolveIsIdle));
     }
     const auto tables = scene::tables_of(options.light, space);
-    scene::must(scene::composite(transfer_of(options, layer, tables.get()), background, watch), options.file);
+    const scene::Transfer transfer = transfer_of(options, layer, tables.get());
+    note_unseen(options, transfer, background);
+    scene::must(scene::composite(transfer, background, watch), options.file);
 }
 
 /// All pictures but masks.
@@ -195,6 +229,7 @@ void run(const CompOptions& options) {
         note_profiles(options, inputs, once);
     }
     const int depth = unify(files, asked, once);
+    settle_layers(options, inputs);
     QX_World& background = *inputs.background.world;
     {
         const auto worked_on = std::count_if(options.layers.begin(), options.layers.end(),

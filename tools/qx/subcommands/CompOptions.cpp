@@ -11,6 +11,7 @@
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
 #include "tools/qx/options/EffectArgument.h"
+#include "tools/qx/options/PlaceOptions.h"
 
 namespace qx::tool {
 
@@ -34,6 +35,7 @@ void set_scale(LayerOptions& layer, const std::string& option, const std::string
     scene::Placing& placing = placing_of(layer, option);
     placing.scale[0] = scale.front();
     placing.scale[1] = scale.back();
+    layer.has_scale = true;
 }
 
 void set_pair(double (&pair)[2], const std::string& option, const std::string& text) {
@@ -62,10 +64,19 @@ const LayerOption kLayerOptions[] = {
      [](L& l, S option, S text) { l.mode = value_of(option, [&] { return scene::mode_number(text); }); }},
     {"--opacity", "0..1", "opacity (default: 1)",
      [](L& l, S option, S text) { l.opacity = static_cast<float>(real_number(option, text, 0, 1)); }},
-    {"--at", "X,Y", "where the layer's left top corner lands, or the origin of its transform (default: 0,0)",
-     [](L& l, S option, S text) { l.at = place(option, text); }},
+    {"--at", "X,Y",
+     "where the layer's left top corner lands, or the origin of its transform, in pixels, which need not be whole, or "
+     "in per cent of the background, such as 50%,25% (default: 0,0)",
+     [](L& l, S option, S text) { read_at(option, text, l.place); }},
+    {"--gravity", "SIDE",
+     "north-west, north, north-east, west, center, east, south-west, south or south-east: the layer is put there, and "
+     "--at counts from there inwards",
+     [](L& l, S option, S text) { l.place.gravity = gravity_of(option, text); }},
+    {"--fit", "WxH|contain|cover",
+     "scale the layer by one factor: to lie within so many pixels or within the background, or to cover that",
+     [](L& l, S option, S text) { l.place.fit = fit_of(option, text); }},
     {"--mask", "FILE", "picture whose alpha or luma limits the layer", [](L& l, S, S text) { l.mask_file = text; }},
-    {"--mask-kind", "KIND", "alpha, inverse, luma or inverse-luma (default: alpha)",
+    {"--mask-kind", "KIND", "alpha, inverse, luma or inverse-luma (default: alpha; luma of a mask without alpha)",
      [](L& l, S option, S text) {
          l.mask_kind = static_cast<QX_MaskKind>(choice(option, text, scene::kMaskKindWords));
          l.mask_option = option;
@@ -117,6 +128,8 @@ void check(const LayerOptions& layer) {
     if (layer.matrix && layer.placing) {
         throw WrongUsage(layer.file + ": --matrix and " + layer.placing_option + " exclude each other");
     }
+    if (layer.place.fit && layer.matrix) throw WrongUsage(layer.file + ": --fit and --matrix exclude each other");
+    if (layer.place.fit && layer.has_scale) throw WrongUsage(layer.file + ": --fit and --scale exclude each other");
     if (!layer.mask_file.empty()) return;
     if (layer.mode == xfer_mask_crossfade) {
         throw WrongUsage(layer.file + ": mode mask_crossfade (-2) needs --mask FILE");

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "scene/Composite.h"
-#include "scene/Placing.h"
+#include "scene/LayerPlace.h"
 #include "scene/effects/Effect.h"
 #include "tools/qx/options/ColourOptions.h"
 #include "tools/qx/options/Options.h"
@@ -25,10 +25,11 @@ struct LayerOptions {
     std::string file;
     int mode = xfer_over;
     float opacity = 1;
-    Place at{0, 0};
+    scene::LayerPlace place;
+    bool has_scale = false;
     std::string mask_file;
-    std::string mask_option;  ///< an option that makes sense with a mask only
-    QX_MaskKind mask_kind = kQX_MaskAlpha;
+    std::string mask_option;               ///< an option that makes sense with a mask only
+    std::optional<QX_MaskKind> mask_kind;  ///< without it alpha, or luma of a mask that has none
     bool has_mask_at = false;
     Place mask_at{0, 0};
     scene::LightChoice light;
@@ -36,7 +37,7 @@ struct LayerOptions {
     bool rgb_only = false;
     int seed = 0;
     int field = 0;
-    std::optional<scene::Placing> placing;  ///< counts from `at`, as `matrix` does
+    std::optional<scene::Placing> placing;  ///< counts from `place`, as `matrix` does
     std::string placing_option;             ///< one that `placing` came from
     std::optional<M_Matrix3> matrix;
     int quality = 1;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qx convert: a picture in another profile, depth or format, with its alpha told otherwise.
+// qx convert: a picture in another profile, depth, format or shape, with its alpha told otherwise.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
@@ -11,6 +11,7 @@
 #include "scene/colour/WorkingSpace.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/work/PictureJob.h"
+#include "tools/qx/work/Reshape.h"
 
 namespace qx::tool {
 namespace {
@@ -19,6 +20,7 @@ struct ConvertOptions {
     PictureOptions picture;
     std::string file, matte;
     std::string from, to, assign, intent;
+    std::string crop, resize, channels;
     bool dither = false, premultiply = false, unpremultiply = false, black_point = false;
 };
 
@@ -32,10 +34,12 @@ says that they are, or from --from, at the deeper of its depth and --depth. CMYK
 --depth is that of the file too, where its format has it. --premultiply mixes colours with the
 matte's by their alpha, for programs that take them so; --unpremultiply undoes that. Dither is
 noise in place of rounding where deeper pixels become 8-bit ones, the same in every run.
+Colours are converted first, then comes --crop, then --resize, then --channels.
 
 Example:
   qx convert photo.jpg --to display-p3 --depth 16 -o photo.png
   qx convert scan.tif --depth 8 --dither -o scan.png
+  qx convert photo.jpg --crop 800x600+100+50 --resize 50% -o part.png
   qx convert logo.png --unpremultiply --matte 1,1,1 -o logo-straight.png)";
 
 QX_PixelFloat matte_of(const ConvertOptions& options) {
@@ -105,6 +109,25 @@ void change_colours(const ConvertOptions& options, const Wanted& wanted, Picture
     if (asked != 0 && !options.dither) job.bring_to_depth(asked);
 }
 
+/// A part of the picture, then another size, then other channels.
+void reshape(const ConvertOptions& options, PictureJob& job) {
+    const auto extent = [&] { return scene::Extent{job.picture().world->width, job.picture().world->height}; };
+    if (!options.crop.empty()) {
+        const M_LRect part = crop_of("--crop", options.crop, extent());
+        job.change_pixels("cropping",
+                          [&](const QX_World& world, pictures::Watch&) { return cropped(options.file, world, part); });
+    }
+    if (!options.resize.empty()) {
+        const scene::Extent size = size_of("--resize", options.resize, extent());
+        job.change_pixels("resizing", [&](const QX_World& world, pictures::Watch& watch) {
+            return resized(options.file, world, size, watch);
+        });
+    }
+    if (!options.channels.empty()) {
+        shuffle(options.file, job.picture(), channels_of("--channels", options.channels));
+    }
+}
+
 void run(const ConvertOptions& options) {
     const QX_PixelFloat matte = matte_of(options);
     if (!options.matte.empty() && !options.premultiply && !options.unpremultiply) {
@@ -118,7 +141,9 @@ void run(const ConvertOptions& options) {
     PictureJob job(work, {options.file}, result ? Colours::managed : Colours::as_they_are);
     if (job.picture().cmyk && !wanted.to) pictures::refuse_cmyk(options.file, job.picture());
     if (wanted.to) change_colours(options, wanted, job, matte);
-    if (options.premultiply || (options.unpremultiply && !wanted.to)) multiply(options, job, matte);
+    if (options.unpremultiply && !wanted.to) multiply(options, job, matte);
+    reshape(options, job);
+    if (options.premultiply) multiply(options, job, matte);
     if (wanted.assigned) scene::assign(job.picture(), wanted.assigned);
     const std::string note = result ? scene::not_light(work.output, result) : "";
     if (!note.empty()) say_note(note);
@@ -147,7 +172,7 @@ void add_profile_options(CLI::App& command, ConvertOptions& options) {
 }  // namespace
 
 void add_convert(CLI::App& app) {
-    auto* command = app.add_subcommand("convert", "Convert a picture to another profile, depth or format");
+    auto* command = app.add_subcommand("convert", "Convert a picture to another profile, depth, format or shape");
     const auto options = std::make_shared<ConvertOptions>();
     command->add_option("IN", options->file, "the picture")->required()->type_name("FILE");
     add_profile_options(*command, *options);
@@ -160,6 +185,18 @@ void add_convert(CLI::App& app) {
         ->excludes(forward);
     command->add_option("--matte", options->matte, "the matte's colour, each from 0 to 1 (default: 0,0,0)")
         ->type_name("R,G,B");
+    command->add_option("--crop", options->crop, "a part of the picture, X and Y from its left top corner (default: 0)")
+        ->type_name("WxH[+X+Y]");
+    command
+        ->add_option("--resize", options->resize,
+                     "to lie within WxH, to be WxH!, to be so wide or so high, or by a factor; what shrinks is "
+                     "averaged, what grows is bicubic")
+        ->type_name("WxH[!]|Wx|xH|P%");
+    command
+        ->add_option("--channels", options->channels,
+                     "what red, green, blue and alpha become, out of r, g, b, a, 0 and 1: bgra, rgb1, or a for alpha "
+                     "as grey")
+        ->type_name("LETTERS");
     add_picture_options(*command, options->picture);
     set_usage(*command, "IN [options] -o OUT");
     command->footer(kFooter);

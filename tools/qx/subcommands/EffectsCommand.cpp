@@ -12,6 +12,7 @@
 #include "tools/qx/options/EffectArgument.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Messages.h"
+#include "tools/qx/work/Output.h"
 
 namespace qx::tool {
 namespace {
@@ -167,11 +168,11 @@ void run(const EffectsOptions& options) {
     apply_common_options(options.common);
     const Json effects = all_of(options);
     if (options.json) {
-        std::printf("%s\n", effects.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+        print_json(effects);
     } else {
         for (const auto& effect : effects) print(effect);
     }
-    if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
+    finish_output();
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Progress.h"
 #include "tools/qx/work/Files.h"
+#include "tools/qx/work/Output.h"
 
 namespace qx::tool {
 namespace {
@@ -123,8 +124,8 @@ void run(const GuessOptions& options) {
         }
         if (!options.output.empty()) repair(options, guess, *picture);
     }
-    if (options.json) std::printf("%s\n", all.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
-    if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
+    if (options.json) print_json(all);
+    finish_output();
 }
 
 }  // namespace

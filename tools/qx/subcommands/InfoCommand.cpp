@@ -15,6 +15,7 @@
 #include "tools/qx/options/EffectArgument.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Messages.h"
+#include "tools/qx/work/Output.h"
 
 namespace qx::tool {
 namespace {
@@ -69,14 +70,14 @@ void run(const InfoOptions& options) {
                                              {"bands", standalone::BandCount()},
                                              {"suites", suites()},
                                              {"effects", found}};
-        std::printf("%s\n", info.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        print_json(info);
     } else {
         std::printf("version    %s\nprocessor  %s\nslots      %d of %d filled\nthreads    %d\nbands      %d\n",
                     QX_VERSION, processor_level(), slots, kQX_SlotCount, standalone::PoolThreads(),
                     standalone::BandCount());
         std::printf("suites     %zu\neffects    %s\n", suites().size(), joined(found).c_str());
     }
-    if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
+    finish_output();
 }
 
 }  // namespace

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// qx modes: a contact sheet of all modes of two pictures.
+// qx modes: the list of all modes, or a contact sheet of them on two pictures.
 #include <CLI/CLI.hpp>
+#include <iomanip>
+#include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "pictures/Picture.h"
 #include "scene/Composite.h"
@@ -29,6 +33,7 @@ constexpr QX_Pixel8 kPaper{255, 32, 32, 36}, kInk{255, 235, 235, 235};
 struct ModesOptions {
     CommonOptions common;
     std::string background, layer, output;
+    bool list = false, json = false;
 };
 
 /// The two pictures as thumbnails, and the mask of the mode that has no meaning without one.
@@ -62,7 +67,7 @@ Pair read_pair(const ModesOptions& options) {
 }
 
 /// One mode's result, laid over checkers on the sheet.
-void draw_cell(const Pair& pair, const scene::ModeName& mode, int x, int y, QX_World& sheet) {
+void draw_cell(const Pair& pair, const scene::Mode& mode, int x, int y, QX_World& sheet) {
     const auto result = pictures::at_depth("sheet", *pair.background, 8);
     scene::Transfer transfer;
     transfer.layer = pair.layer.get();
@@ -95,14 +100,61 @@ pictures::Picture draw_sheet(const Pair& pair) {
     pictures::each_pixel<QX_Pixel8>(*sheet.world, [](QX_Pixel8& p, int, int) { p = kPaper; });
     Progress progress("modes", static_cast<std::int64_t>(modes.size()));
     for (int i = 0; i < static_cast<int>(modes.size()); ++i) {
-        const scene::ModeName& mode = modes[static_cast<std::size_t>(i)];
+        const scene::Mode& mode = modes[static_cast<std::size_t>(i)];
         draw_cell(pair, mode, kGap + i % kColumns * step_x, kGap + i / kColumns * step_y, *sheet.world);
         progress.reach(i + 1);
     }
     return sheet;
 }
 
+std::string kebab(std::string name) {
+    std::replace(name.begin(), name.end(), '_', '-');
+    return name;
+}
+
+std::string list_as_json() {
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const scene::Mode& mode : scene::all_modes()) {
+        list.push_back({{"number", mode.number},
+                        {"name", kebab(mode.name)},
+                        {"aliases", mode.aliases},
+                        {"kind", scene::kModeKindWords[static_cast<int>(mode.kind)]},
+                        {"words", mode.words}});
+        if (mode.formula != nullptr) list.back()["formula"] = mode.formula;
+    }
+    return list.dump(2) + "\n";
+}
+
+std::string list_as_text() {
+    std::ostringstream list;
+    for (const scene::Mode& mode : scene::all_modes()) {
+        list << std::setw(3) << mode.number << "  " << std::left << std::setw(29) << kebab(mode.name) << std::right
+             << mode.words;
+        for (const char* alias : mode.aliases) list << (alias == mode.aliases.front() ? "; also " : ", ") << alias;
+        list << '\n';
+    }
+    return list.str();
+}
+
+void check(const ModesOptions& options) {
+    if (options.list) {
+        if (!options.background.empty()) throw WrongUsage("--list takes no pictures");
+        if (!options.output.empty()) throw WrongUsage("--list writes to standard output, not to -o");
+        return;
+    }
+    if (options.json) throw WrongUsage("--json needs --list");
+    if (options.background.empty()) throw WrongUsage("A is required, or --list");
+    if (options.layer.empty()) throw WrongUsage("B is required");
+    if (options.output.empty()) throw WrongUsage("--output is required");
+}
+
 void run(const ModesOptions& options) {
+    check(options);
+    if (options.list) {
+        std::cout << (options.json ? list_as_json() : list_as_text()) << std::flush;
+        if (!std::cout) throw WorkFailed(kNoStandardOutput);
+        return;
+    }
     apply_common_options(options.common);
     check_output_option(options.output);
     const Library library;
@@ -118,20 +170,22 @@ void run(const ModesOptions& options) {
 }  // namespace
 
 void add_modes(CLI::App& app) {
-    auto* command = app.add_subcommand("modes", "Draw a contact sheet of all 43 modes of two pictures");
+    auto* command = app.add_subcommand("modes", "List the 43 modes, or draw a contact sheet of them on two pictures");
     const auto options = std::make_shared<ModesOptions>();
-    command->add_option("A", options->background, "background")->required()->type_name("FILE");
+    command->add_option("A", options->background, "background")->type_name("FILE");
     command->add_option("B", options->layer, "layer, at full opacity; without alpha of its own it gets soft edges")
-        ->required()
         ->type_name("FILE");
     command->add_option("-o,--output", options->output, "file to write: " + pictures::known_endings())
-        ->required()
         ->type_name("FILE");
+    command->add_flag("--list", options->list, "number, name, what it does and other names of each mode")
+        ->disable_flag_override();
+    command->add_flag("--json", options->json, "the list for programs, with kinds and formulas")
+        ->disable_flag_override();
     add_common_options(*command, options->common);
-    set_usage(*command, "A B [options] -o OUT");
+    set_usage(*command, "--list [--json] | A B [options] -o OUT");
     command->footer(
         "Transparency of a result shows as checkers. Mode -2 gets a horizontal ramp as its mask.\n\n"
-        "Example:\n  qx modes photo.jpg logo.png -o sheet.png");
+        "Example:\n  qx modes --list\n  qx modes photo.jpg logo.png -o sheet.png");
     command->callback([options] { run(*options); });
 }
 

@@ -13,6 +13,7 @@
 #include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/work/Files.h"
+#include "tools/qx/work/Output.h"
 
 namespace qx::tool {
 namespace {
@@ -144,11 +145,12 @@ void run(const ProfileOptions& options) {
     const Found result = found(options.what);
     const auto file = options.output.empty() ? nullptr : uncommitted(options.output, result.profile);
     const auto facts = standalone::FactsOf(*result.profile);
-    const std::string text = options.json
-                                 ? in_json(facts, result).dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
-                                 : in_words(facts, result);
-    std::fputs((text + (options.json ? "\n" : "")).c_str(), stdout);
-    if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
+    if (options.json) {
+        print_json(in_json(facts, result));
+    } else {
+        std::fputs(in_words(facts, result).c_str(), stdout);
+    }
+    finish_output();
     if (!file) return;
     file->commit();
     say_detail(options.output, "written");

@@ -21,6 +21,7 @@
 #include "tools/qx/terminal/Progress.h"
 #include "tools/qx/work/Files.h"
 #include "tools/qx/work/FrameFiles.h"
+#include "tools/qx/work/Output.h"
 
 namespace qx::tool {
 namespace {
@@ -308,8 +309,8 @@ void tell(const Job& job, double seconds) {
                                        " there; vectors of " + all["pairs"]["computed"].dump() +
                                        " pairs computed, of " + all["pairs"]["found"].dump() + " found; " + took);
     if (job.options.json) {
-        std::printf("%s\n", all.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
-        if (std::fflush(stdout) != 0) throw WorkFailed(kNoStandardOutput);
+        print_json(all);
+        finish_output();
     }
 }
 

@@ -20,6 +20,11 @@ struct WorkFailed : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// Ends the command with a status when all has been said: that pictures differ is no failure.
+struct EndedWith {
+    int status;
+};
+
 inline constexpr const char* kNoStandardOutput = "standard output cannot be written";
 
 enum class Talk { quiet, normal, verbose };

@@ -57,9 +57,26 @@ void PictureJob::apply(const scene::Effect& effect, const char* words) {
     scene::Canvas canvas{std::move(work.world)};
     effect.apply(canvas, {0, file, show, note, watch});
     work.world = std::move(canvas.world);
-    if (work.world->width == width && work.world->height == height) return;
-    tell_losses(once_, file, pictures::lost_beside(work));
-    pictures::drop_beside(work);
+    if (work.world->width != width || work.world->height != height) drop_beside();
+}
+
+void PictureJob::change_pixels(const char* words, const Change& change) {
+    Progress progress(words, PartWatch::kSteps);
+    const SignalWatch signals;
+    PartWatch watch(progress, signals);
+    picture().world = change(*picture().world, watch);
+    drop_beside();
+}
+
+void PictureJob::move_pixels(const char* words, const Change& change) {
+    const auto carried = picture().carried;
+    change_pixels(words, change);
+    if (carried) picture().carried = change(*carried, pictures::unwatched());
+}
+
+void PictureJob::drop_beside() {
+    tell(pictures::lost_beside(picture()));
+    pictures::drop_beside(picture());
 }
 
 void PictureJob::write(int depth, bool dither) {

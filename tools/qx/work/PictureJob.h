@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +33,11 @@ public:
     void tell(const std::vector<std::string>& notes);
     /// Shows a bar with these words. Pictures that it asks for are those of the inputs.
     void apply(const scene::Effect& effect, const char* words);
+    /// Puts other pixels in the place of the picture's. What the file tells beside its pixels is dropped.
+    using Change = std::function<std::unique_ptr<QX_World>(const QX_World& world, pictures::Watch& watch)>;
+    void change_pixels(const char* words, const Change& change);
+    /// The same where pixels keep their values, and with them those that 16-bit files have beside them.
+    void move_pixels(const char* words, const Change& change);
     /// Brings the picture to another profile, see scene::convert, with a bar.
     void convert(const scene::Profile& from, const scene::Profile& to, int depth, const scene::Rendering& rendering);
     /// @param depth   of the file, where its format has it
@@ -39,6 +46,7 @@ public:
     void write() { write(depth_, false); }
 
 private:
+    void drop_beside();
     const PictureOptions& options_;
     const std::vector<std::string> inputs_;
     std::optional<Library> library_;

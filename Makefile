@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads renders failures mutants bench bench-table tidy install clean
+.PHONY: all setup build run test test-release test-dev test-threads renders failures mutants reference figures mode-pages bench bench-table tidy install clean
 
 all: build
 
@@ -37,6 +37,18 @@ bench: build
 # make bench-table: what the routines reach beside what the memory allows, as Markdown; fewer lines by LINES=over
 bench-table: build
 	python3 scripts/bench-table.py build/$(PRESET) $(LINES)
+
+# make figures: those of README, beside the tools that are installed
+figures: build
+	python3 scripts/figures.py build/$(PRESET)/bin/qx
+
+# make mode-pages: a page for each mode, in docs/modes
+mode-pages: build
+	python3 scripts/mode-pages.py build/$(PRESET)/bin/qx docs/modes
+
+# make reference: pages of the interface, from its comments
+reference: setup
+	sh scripts/reference.sh build/reference
 
 # make renders OTHER=/path/of/another/build: whether both make the same renders, bit for bit
 renders: build

@@ -7,6 +7,15 @@ install(EXPORT QXTargets NAMESPACE QX:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmak
 if(QX_BUILD_TOOLS)
   install(TARGETS qx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(TARGETS qx_tint qx_shadow LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/qx/effects)
+  foreach(text "man:man/man1:qx.1" "bash:bash-completion/completions:qx" "zsh:zsh/site-functions:_qx"
+      "fish:fish/vendor_completions.d:qx.fish")
+    string(REPLACE ":" ";" text ${text})
+    list(GET text 0 made)
+    list(GET text 1 folder)
+    list(GET text 2 name)
+    install(FILES ${PROJECT_BINARY_DIR}/tools/qx/generated/${made} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
+      RENAME ${name})
+  endforeach()
   if(QX_BUILD_MOVIE)
     install(TARGETS qxmovie LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endif()
@@ -15,10 +24,12 @@ endif()
 # installed. All others are the module's own, in C++20.
 install(CODE "include(${PROJECT_SOURCE_DIR}/cmake/PublicHeaders.cmake)
   install_public_headers(${PROJECT_SOURCE_DIR} \"\${CMAKE_INSTALL_PREFIX}/${header_dir}\" QX/QX.h
+    QX/QX_C.h
     QX/QX_Effect.h
     platform/standalone/Cache.h
     platform/standalone/Colour.h
-    platform/standalone/Host.h)" COMPONENT headers)
+    platform/standalone/Host.h
+    platform/standalone/Host_C.h)" COMPONENT headers)
 
 configure_package_config_file(cmake/QXConfig.cmake.in QXConfig.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)

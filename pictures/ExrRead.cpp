@@ -5,6 +5,7 @@
 #include <ImfMultiPartInputFile.h>
 #include <ImfPartType.h>
 #include <ImfStandardAttributes.h>
+#include <ImfStringAttribute.h>
 
 #include <algorithm>
 #include <climits>
@@ -14,6 +15,7 @@
 #include "pictures/Exr.h"
 #include "pictures/ExrHeader.h"
 #include "pictures/ExrTasks.h"
+#include "pictures/Format.h"
 #include "pictures/Losses.h"
 #include "pictures/Pixels.h"
 
@@ -175,6 +177,7 @@ Picture read_file(const std::string& path, Watch& watch) {
     picture.associated = true;
     read_extras(header, picture);
     keep_attributes(header, picture);
+    if (const auto* mark = header.findTypedAttribute<Imf::StringAttribute>(kMarkKey)) picture.mark = mark->value();
     note_rest(header.channels(), picture);
     if (header.hasType() && Imf::isDeepData(header.type())) {
         picture.notes.emplace_back("its samples in depth become one a pixel");
@@ -207,6 +210,7 @@ bool is_own_attribute(const std::string& name) {
                                    "displayWindow",
                                    "dwaCompressionLevel",
                                    "lineOrder",
+                                   kMarkKey,
                                    "maxSamplesPerPixel",
                                    "multiView",
                                    "name",

@@ -5,6 +5,7 @@
 #include <ImfInputFile.h>
 #include <ImfOutputFile.h>
 #include <ImfStandardAttributes.h>
+#include <ImfStringAttribute.h>
 #include <half.h>
 
 #include <algorithm>
@@ -15,6 +16,7 @@
 #include "pictures/Exr.h"
 #include "pictures/ExrChannels.h"
 #include "pictures/ExrTasks.h"
+#include "pictures/Format.h"
 #include "pictures/Pixels.h"
 
 namespace qx::pictures {
@@ -158,9 +160,11 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
     }
 }
 
-void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf::PixelType type, Watch& watch) {
+void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf::PixelType type,
+                  const std::string& mark, Watch& watch) {
     Stream stream(file);
-    const Imf::Header header = header_for(picture, type, with_alpha);
+    Imf::Header header = header_for(picture, type, with_alpha);
+    if (!mark.empty()) header.insert(kMarkKey, Imf::StringAttribute(mark));
     Imf::OutputFile exr(stream, header, exr_threads());
     with_idle_threads(
         [&] { (type == Imf::HALF ? write_rows<half> : write_rows<float>)(exr, picture, type, with_alpha, watch); });
@@ -187,7 +191,7 @@ template <class Write> void write_whole(OutputFile& file, const Write& write) {
 
 void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     const Imf::PixelType type = options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT;
-    write_whole(file, [&] { write_blocks(file, picture, with_alpha, type, watch); });
+    write_whole(file, [&] { write_blocks(file, picture, with_alpha, type, options.mark, watch); });
 }
 
 void write_exr_channels(OutputFile& file, int width, int height, const std::vector<FloatChannel>& channels,

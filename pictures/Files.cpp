@@ -9,9 +9,12 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <new>
+#include <vector>
 
 #include "pictures/Picture.h"
 
@@ -45,11 +48,22 @@ void forget_unfinished(const char* name) {
     }
 }
 
+/// What names of unfinished files of this machine begin with: others may work in the same folder.
+std::string unfinished_name() {
+    char host[256] = "";
+    ::gethostname(host, sizeof host - 1);
+    std::uint32_t hash = 2166136261u;  // FNV-1a
+    for (const char* c = host; *c != '\0'; ++c) hash = (hash ^ static_cast<unsigned char>(*c)) * 16777619u;
+    char name[32];
+    std::snprintf(name, sizeof name, ".qx-%08x-", static_cast<unsigned>(hash));
+    return name;
+}
+
 /// Opens a new file beside `target`, under a name of its own that is short enough for any name to take its place.
 /// The system gives it the rights of a new file: to ask for these would change them for all threads.
 int open_beside(const std::string& target, std::string& name) {
     static std::atomic<unsigned> number{0};
-    const std::string begin = ".qx-" + std::to_string(::getpid()) + "-";
+    const std::string begin = unfinished_name() + std::to_string(::getpid()) + "-";
     int descriptor = -1;
     do {
         name = std::filesystem::path(target).replace_filename(begin + std::to_string(++number)).string();
@@ -166,6 +180,37 @@ void OutputFile::commit() {
     check();
     forget_unfinished(temporary_.c_str());
     temporary_.clear();
+}
+
+void flush_disk_of(const std::string& path) noexcept {
+    try {
+        const std::string folder = std::filesystem::path(path).parent_path().string();
+        const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (descriptor < 0) return;
+        ::syncfs(descriptor);
+        ::close(descriptor);
+    } catch (const std::exception&) {  // no memory for a name: the system writes it in its own time
+    }
+}
+
+int sweep_unfinished(const std::string& path) noexcept {
+    int swept = 0;
+    try {
+        const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+        const std::string begin = unfinished_name();
+        std::vector<std::filesystem::path> left;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.empty() ? "." : folder)) {
+            const std::string name = entry.path().filename().string();
+            int process = 0, number = 0, length = 0;
+            const bool ours = name.starts_with(begin) &&
+                              std::sscanf(name.c_str() + begin.size(), "%d-%d%n", &process, &number, &length) == 2 &&
+                              begin.size() + static_cast<std::size_t>(length) == name.size();
+            if (ours && process > 0 && ::kill(process, 0) != 0 && errno == ESRCH) left.push_back(entry.path());
+        }
+        for (const auto& file : left) swept += ::unlink(file.c_str()) == 0 ? 1 : 0;
+    } catch (const std::exception&) {  // a folder that cannot be read keeps what it has
+    }
+    return swept;
 }
 
 void remove_unfinished() noexcept {

@@ -57,6 +57,14 @@ private:
     int error_ = 0;
 };
 
+/// Puts all that was written to the file system of a path on its disk, names and contents, so that a power cut takes
+/// nothing back. What cannot be done is left.
+void flush_disk_of(const std::string& path) noexcept;
+
+/// Removes files that processes of this machine have left unfinished beside `path` when they were killed. @return how
+/// many
+int sweep_unfinished(const std::string& path) noexcept;
+
 /// Removes the files that are being written, from any thread and from within a signal handler that ends the process.
 void remove_unfinished() noexcept;
 

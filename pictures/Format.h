@@ -40,6 +40,10 @@ const Format& exr_format();
 /// The format that a name's ending tells. Throws Failure.
 const Format& format_to_write(const std::string& path);
 
+/// What a job's mark is kept by, or begins with where a file has no keys.
+inline constexpr const char* kMarkKey = "qx-job";
+inline constexpr unsigned kMostMark = 80;  ///< bytes of it with its key
+
 inline constexpr const char* kOrientationNote = "is taken as stored, its orientation is not applied";
 
 }  // namespace qx::pictures

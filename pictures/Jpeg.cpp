@@ -118,6 +118,7 @@ private:
     }
 
     void read_extras(Picture& picture) const {
+        picture.mark = mark_;
         if (turned_) picture.notes.emplace_back(kOrientationNote);
         constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch,
                                               Resolution::Unit::centimetre};
@@ -139,13 +140,22 @@ private:
         jpeg_stdio_src(&jpeg_, file_.stream());
         jpeg_save_markers(&jpeg_, kExifMarker, 0xFFFF);
         jpeg_save_markers(&jpeg_, JPEG_APP0 + 2, 0xFFFF);
+        jpeg_save_markers(&jpeg_, JPEG_COM, kMostMark);
         jpeg_read_header(&jpeg_, TRUE);
         for (auto* marker = jpeg_.marker_list; marker != nullptr; marker = marker->next) {
+            if (marker->marker == JPEG_COM) keep_mark(reinterpret_cast<const char*>(marker->data), marker->data_length);
             if (marker->marker == kExifMarker && exif_orientation(marker->data, marker->data_length) != 1)
                 turned_ = true;
         }
         jpeg_read_icc_profile(&jpeg_, &profile_, &profile_bytes_);
         jpeg_.out_color_space = space() == IccSpace::cmyk ? JCS_CMYK : JCS_EXT_ARGB;  // sets every alpha to 255
+    }
+
+    /// Of a fixed length, since the library's jumps leave nothing to be freed.
+    void keep_mark(const char* words, std::size_t length) {
+        const std::string_view comment(words, length), key(kMarkKey);
+        if (!comment.starts_with(key) || length <= key.size() || length - key.size() >= sizeof mark_) return;
+        std::snprintf(mark_, sizeof mark_, "%.*s", static_cast<int>(length - key.size() - 1), words + key.size() + 1);
     }
 
     void read_rows(QX_World& world) {
@@ -170,11 +180,14 @@ private:
     bool turned_ = false;  ///< the picture is meant to be shown so; the library forgets markers when it is done
     JOCTET* profile_ = nullptr;
     unsigned int profile_bytes_ = 0;
+    char mark_[kMostMark] = "";
 };
 
 class Writer {
 public:
-    Writer(OutputFile& file, const Picture& picture, Watch& watch) : file_(file), picture_(picture), watch_(watch) {
+    Writer(OutputFile& file, const Picture& picture, const WriteOptions& options, Watch& watch)
+        : file_(file), picture_(picture), watch_(watch) {
+        if (!options.mark.empty()) comment_ = std::string(kMarkKey) + " " + options.mark;
         jpeg_.err = prepare(fault_);
     }
     ~Writer() { jpeg_destroy_compress(&jpeg_); }
@@ -206,6 +219,10 @@ private:
         set_resolution();
         jpeg_start_compress(&jpeg_, TRUE);
         const auto* icc = profile_for(jpeg_format(), picture_.colours);
+        if (!comment_.empty()) {
+            jpeg_write_marker(&jpeg_, JPEG_COM, reinterpret_cast<const JOCTET*>(comment_.data()),
+                              static_cast<unsigned>(comment_.size()));
+        }
         if (icc != nullptr) jpeg_write_icc_profile(&jpeg_, icc->data(), static_cast<unsigned>(icc->size()));
     }
 
@@ -231,13 +248,14 @@ private:
     const Picture& picture_;
     Watch& watch_;
     Fault fault_;
+    std::string comment_;
     jpeg_compress_struct jpeg_{};
 };
 
 Picture read(InputFile& file, bool takes_cmyk, Watch& watch) { return Reader(file, watch).read(takes_cmyk); }
 
-void write(OutputFile& file, const Picture& picture, bool, const WriteOptions&, Watch& watch) {
-    Writer(file, picture, watch).write();
+void write(OutputFile& file, const Picture& picture, bool, const WriteOptions& options, Watch& watch) {
+    Writer(file, picture, options, watch).write();
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include "pictures/Picture.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <new>
@@ -164,6 +166,23 @@ bool any_transparency(const QX_World& world) {
 
 namespace {
 
+std::atomic<std::int64_t> reading_nanoseconds{0};
+
+/// Adds the time that it lives to that of reading.
+class ReadingTime {
+public:
+    ReadingTime() = default;
+    ~ReadingTime() {
+        const auto passed = std::chrono::steady_clock::now() - start_;
+        reading_nanoseconds += std::chrono::duration_cast<std::chrono::nanoseconds>(passed).count();
+    }
+    ReadingTime(const ReadingTime&) = delete;
+    ReadingTime& operator=(const ReadingTime&) = delete;
+
+private:
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
 /// What a caller takes as it is.
 struct Takes {
     bool associated = false, cmyk = false;
@@ -171,6 +190,7 @@ struct Takes {
 
 Picture read_and_settle(const std::string& path, const Takes& takes, Watch& watch) {
     const bool straighten = !takes.associated;
+    const ReadingTime time;
     watch.must_go_on();
     errno = 0;
     try {
@@ -205,6 +225,8 @@ private:
 };
 
 }  // namespace
+
+double seconds_of_reading() { return static_cast<double>(reading_nanoseconds.load()) / 1e9; }
 
 PictureSize picture_size(const std::string& path, Watch& watch) {
     SizeWatch sizes(watch);

@@ -59,6 +59,7 @@ struct Beside {
 struct Picture : About, Beside {
     std::unique_ptr<QX_World> world;
     bool cmyk = false;               ///< the world has inks, see `read_picture_or_cmyk`
+    std::string mark;                ///< of the job that wrote the file, see WriteOptions; never passed on
     std::vector<std::string> notes;  ///< what the file holds and this does not
     About& about() { return *this; }
     const About& about() const { return *this; }
@@ -70,6 +71,8 @@ inline constexpr int kMostCompression = 9;
 
 struct WriteOptions {
     std::optional<bool> half = {};  ///< OpenEXR: half or float; unset, what the picture says
+    /// A word that the file keeps, by which a job knows its own results again; none where it is empty.
+    std::string mark = {};
     int compression = 4;  ///< PNG: 0 (none) to 9 (smallest); 4 takes two fifths of the time of 6, 4 % more bytes
 };
 
@@ -86,6 +89,9 @@ Picture read_picture_as_stored(const std::string& path, Watch& watch = unwatched
 /// memory, where alpha, red, green, blue lie else, from 0, no ink, to full; and its profile is one for CMYK or none.
 /// They are to become RGB before anything else is done with them.
 Picture read_picture_or_cmyk(const std::string& path, Watch& watch = unwatched());
+
+/// Seconds that reading pictures has taken since the process began, of all threads together.
+double seconds_of_reading();
 
 /// What `read_picture` gives, by the file's head alone. Throws as it does.
 struct PictureSize {

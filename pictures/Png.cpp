@@ -112,6 +112,11 @@ private:
 
     void read_extras(Picture& picture) {
         read_colours(picture);
+        png_textp texts = nullptr;
+        const int count = png_get_text(png_, info_, &texts, nullptr);
+        const auto* mark =
+            std::find_if(texts, texts + count, [](const png_text& t) { return kMarkKey == std::string(t.key); });
+        if (mark != texts + count && mark->text != nullptr) picture.mark = mark->text;
         png_uint_32 x = 0, y = 0;
         int unit = 0;
         if (png_get_pHYs(png_, info_, &x, &y, &unit) != 0) {
@@ -151,13 +156,13 @@ void flush_nothing(png_structp) {}
 
 class Writer {
 public:
-    Writer(OutputFile& file, const Picture& picture, bool with_alpha, int compression, Watch& watch)
+    Writer(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch)
         : file_(file),
           picture_(picture),
           colours_(chunks_of(picture.colours)),
           watch_(watch),
           alpha_(with_alpha),
-          compression_(compression),
+          options_(options),
           png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
     }
@@ -182,11 +187,12 @@ private:
         const QX_World& world = *picture_.world;
         png_set_benign_errors(png_, 1);
         png_set_write_fn(png_, &file_, write_bytes, flush_nothing);
-        png_set_compression_level(png_, compression_);
+        png_set_compression_level(png_, options_.compression);
         png_set_IHDR(png_, info_, png_uint_32(world.width), png_uint_32(world.height), world.Depth(),
                      alpha_ ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         write_resolution();
+        write_mark();
         png_write_info_before_PLTE(png_, info_);
         for (const PngChunk& chunk : colours_) {
             png_write_chunk(png_, reinterpret_cast<png_const_bytep>(chunk.name), chunk.bytes.data(),
@@ -199,6 +205,16 @@ private:
             png_set_filler(png_, 0, PNG_FILLER_BEFORE);
         }
         if (world.Depth() == 16) png_set_swap(png_);
+    }
+
+    void write_mark() {
+        if (options_.mark.empty()) return;
+        std::string key = kMarkKey, words = options_.mark;
+        png_text text{};
+        text.compression = PNG_TEXT_COMPRESSION_NONE;
+        text.key = key.data();
+        text.text = words.data();
+        png_set_text(png_, info_, &text, 1);
     }
 
     void write_resolution() {
@@ -223,7 +239,7 @@ private:
     const std::vector<PngChunk> colours_;
     Watch& watch_;
     bool alpha_;
-    int compression_;
+    const WriteOptions& options_;
     Fault fault_;
     png_structp png_;
     png_infop info_;
@@ -232,7 +248,7 @@ private:
 Picture read(InputFile& file, bool, Watch& watch) { return Reader(file, watch).read(); }
 
 void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
-    Writer(file, picture, with_alpha, options.compression, watch).write();
+    Writer(file, picture, with_alpha, options, watch).write();
 }
 
 }  // namespace

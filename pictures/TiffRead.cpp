@@ -298,6 +298,12 @@ private:
     }
 
     void read_extras(Picture& picture) {
+        const char* software = nullptr;
+        const std::string key = std::string(kMarkKey) + " ";
+        if (TIFFGetField(handle_.tiff, TIFFTAG_SOFTWARE, &software) != 0 &&
+            std::string_view(software).starts_with(key)) {
+            picture.mark = software + key.size();
+        }
         float x = 0, y = 0;
         std::uint16_t unit = RESUNIT_INCH;
         TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_RESOLUTIONUNIT, &unit);

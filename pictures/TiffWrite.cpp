@@ -57,7 +57,7 @@ template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int sa
 }
 
 /// @return false when a field was not taken: without it the file would mean something else
-bool set_fields(TIFF* tiff, const Picture& picture, int samples) {
+bool set_fields(TIFF* tiff, const Picture& picture, int samples, const std::string& mark) {
     bool all = true;
     const auto set = [&](std::uint32_t tag, auto... values) { all = TIFFSetField(tiff, tag, values...) == 1 && all; };
     const int depth = picture.world->Depth();
@@ -77,6 +77,7 @@ bool set_fields(TIFF* tiff, const Picture& picture, int samples) {
     }
     set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
     set(TIFFTAG_PREDICTOR, depth == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
+    if (!mark.empty()) set(TIFFTAG_SOFTWARE, (kMarkKey + (" " + mark)).c_str());
     set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
     const auto* icc = profile_for(tiff_format(), picture.colours);
     if (icc != nullptr) set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(icc->size()), icc->data());
@@ -91,10 +92,10 @@ bool set_fields(TIFF* tiff, const Picture& picture, int samples) {
     return all;
 }
 
-bool write_all(TiffHandle& handle, const Picture& picture, int samples, Watch& watch) {
+bool write_all(TiffHandle& handle, const Picture& picture, int samples, const std::string& mark, Watch& watch) {
     TIFF* const tiff = handle.tiff;
     const QX_World& world = *picture.world;
-    if (!set_fields(tiff, picture, samples)) {
+    if (!set_fields(tiff, picture, samples, mark)) {
         handle.abandon();
         return false;
     }
@@ -105,14 +106,14 @@ bool write_all(TiffHandle& handle, const Picture& picture, int samples, Watch& w
 
 }  // namespace
 
-void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions&, Watch& watch) {
+void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     const auto pixels =
         static_cast<std::uint64_t>(picture.world->width) * static_cast<std::uint64_t>(picture.world->height);
     const bool big = pixels * picture.world->PixelSize() > kClassicLimit;
     TiffHandle handle;
     handle.tiff = TIFFClientOpenExt(file.path().c_str(), big ? "w8" : "w", &file, on_read, on_write, on_seek, on_close,
                                     on_size, nullptr, nullptr, handle.options());
-    const bool done = handle.tiff != nullptr && write_all(handle, picture, with_alpha ? 4 : 3, watch);
+    const bool done = handle.tiff != nullptr && write_all(handle, picture, with_alpha ? 4 : 3, options.mark, watch);
     handle.close();
     file.check();
     handle.check_memory();

@@ -13,6 +13,10 @@ PLATFORM_EXPORT void TK_ReportError(int site, int severity, const std::wstring& 
 PLATFORM_EXPORT void TKp_ReportErrString(int site, int severity, const char* text);
 PLATFORM_EXPORT void TK_ReportFailedVerification(int site, int line, int flags, const char* message);
 
+/// Tells which argument the next report of this thread is about, in plain words (UTF-8), which are copied. A host may
+/// show them beside the report's text, which stands as it is.
+PLATFORM_EXPORT void TK_ReportDetail(const char* words);
+
 /// Reports what a library threw and gives the code for it: 4 for a failed allocation, else 3.
 PLATFORM_EXPORT int TK_TranslateAndReportException(const std::exception& fault);
 

@@ -233,7 +233,9 @@ void check_colours(const Scene& scene) {
 
 Scene read_scene(const std::string& path, EffectSource* others) {
     const Tree tree{parse_json(text_of_file(path), path)};
-    return Reader(path, others).read(SceneNode(tree.value, path));
+    Scene scene = Reader(path, others).read(SceneNode(tree.value, path));
+    scene.text = tree.value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return scene;
 }
 
 }  // namespace qx::scene

@@ -3,8 +3,9 @@
 # where the results lie.
 set -eu
 qx=$1 samples=$2 out=$3
-photograph=$samples/grace_hopper.jpg
-layer=$samples/Minduka_Present_Blue_Pack.png
+sh "$(dirname "$0")/example-files.sh" "$samples" "$out"
+photograph=$out/photograph.jpg
+layer=$out/gift.png
 scene=$(dirname "$0")/../examples/moving-layer/scene.json
 mkdir -p "$out/moving-layer"
 "$qx" comp "$photograph" "$layer" --at 20,20 --mode over \

@@ -36,11 +36,10 @@ int blend(bool straight, const QX_LayerDef* src1, const QX_LayerDef* src2, std::
     if (is_gpu_world(src1) || is_gpu_world(src2)) return report_gpu_world(Place::blend);
     if (src1 == nullptr || src2 == nullptr || dst == nullptr) return report_bad_parameter(Place::blend);
     const int depth = QXp_WorldDepth(dst);
-    if (QXp_WorldDepth(src1) != depth || QXp_WorldDepth(src2) != depth) {
-        // Kept: the words name one form in both.
-        return report_failed_verification(Place::blend,
-                                          "QX_BlendPremul requires src1, src2 and dst worlds to be same depth");
-    }
+    // Kept: the words name one form in both.
+    constexpr const char* differ = "QX_BlendPremul requires src1, src2 and dst worlds to be same depth";
+    if (const int code = must_have_depth(depth, QXp_WorldDepth(src1), "src1", Place::blend, differ)) return code;
+    if (const int code = must_have_depth(depth, QXp_WorldDepth(src2), "src2", Place::blend, differ)) return code;
     return with_depth(*dst, Place::blend, [&]<class Pixel>() {
         if (src1->data == nullptr || src2->data == nullptr || dst->data == nullptr) {
             return report_bad_parameter(Place::blend);

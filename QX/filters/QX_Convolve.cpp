@@ -125,9 +125,10 @@ int QX_Convolve(const QX_ProgressInfo* progress, const QX_LayerDef* src, const M
     using qx::Place;
     if (qx::is_gpu_world(src) || qx::is_gpu_world(dst)) return qx::report_gpu_world(Place::convolve);
     if (src == nullptr || dst == nullptr) return qx::report_bad_parameter(Place::convolve);
-    if (QXp_WorldDepth(src) != QXp_WorldDepth(dst)) {
-        return qx::report_failed_verification(Place::convolve,
-                                              "QX_Convolve requires source and dst worlds to be same depth");
+    const int depth = QXp_WorldDepth(src);
+    if (const int code = qx::must_have_depth(QXp_WorldDepth(dst), depth, "source", Place::convolve,
+                                             "QX_Convolve requires source and dst worlds to be same depth")) {
+        return code;
     }
     const std::int32_t* const kernel[4] = {a_kernel, r_kernel, g_kernel, b_kernel};
     const auto missing = [&] { return std::find(kernel, kernel + 4, nullptr) != kernel + 4; };

@@ -98,9 +98,11 @@ int copy_hq(qx::Place place, const QX_ProgressInfo* progress, QX_LayerDef* src, 
     }
     const Side s(src_rect, src->width, src->height), d(dst_rect, dst->width, dst->height);
     if (same_size(s, d)) return QX_CopyBits_Draft_Static(progress, src, dst, src_rect, dst_rect);
-    if (QXp_WorldDepth(src) != QXp_WorldDepth(dst)) {
-        return qx::report_failed_verification(
-            place, "QX_CopyBits_HQ_Straight_Static requires src and dst worlds to have same bit depth");
+    const int depth = QXp_WorldDepth(src);
+    if (const int code =
+            qx::must_have_depth(QXp_WorldDepth(dst), depth, "source", place,
+                                "QX_CopyBits_HQ_Straight_Static requires src and dst worlds to have same bit depth")) {
+        return code;
     }
     if (s.nothing() || d.nothing()) return 0;
     return resample(make_plan(*src, s, d));

@@ -76,6 +76,14 @@ struct QX_MaskWorld {
 };
 static_assert(offsetof(QX_MaskWorld, x) == 120 && offsetof(QX_MaskWorld, flags) == 128);
 
+/// Rows of the destination that a transfer or transform changes.
+enum QX_Field : std::int32_t { kQX_AllRows = 0, kQX_EvenRows = 1, kQX_OddRows = 2 };
+/// How a layer is sampled; from bilinear on, one that shrinks is averaged.
+enum QX_Quality : std::int32_t { kQX_QualityDraft = 0, kQX_QualityBilinear = 1, kQX_QualityBicubic = 2 };
+inline constexpr std::int32_t kQX_NoFlags = 0;
+inline constexpr char kQX_Reserved = 0;     ///< what an argument is to be that means nothing yet
+inline constexpr char kQX_ClearPixels = 1;  ///< of a new world: all of it transparent black
+
 enum QX_MaskKind : std::uint32_t {
     kQX_MaskAlpha = 0,         ///< the mask's alpha; clips
     kQX_MaskInverseAlpha = 1,  ///< its complement; outside the mask coverage is full

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QX/indep/QX_Report.h"
 
+#include <cstdarg>
+#include <cstdio>
 #include <iterator>
 
 #include "platform/TK_Report.h"
@@ -56,6 +58,21 @@ int report_invalid_parameter(Place place) {
 int report_failed_verification(Place place, const char* message) {
     TK_ReportFailedVerification(site(place), static_cast<int>(place), 0, message);
     return kQX_FailedVerification;
+}
+
+void tell_detail(const char* format, ...) {
+    char words[128];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(words, sizeof words, format, arguments);
+    va_end(arguments);
+    TK_ReportDetail(words);
+}
+
+int must_have_depth(int destination, int depth, const char* argument, Place place, const char* message) {
+    if (depth == destination) return kQX_NoError;
+    tell_detail("%s depth %d, destination %d", argument, depth, destination);
+    return report_failed_verification(place, message);
 }
 
 int report_gpu_world(Place place) {

@@ -47,6 +47,10 @@ int report_bad_parameter(Place place);
 int report_invalid_parameter(Place place);
 /// An assertion-style failure. @return 3
 int report_failed_verification(Place place, const char* message);
+/// Tells which argument the next report of this thread is about, in the manner of printf.
+[[gnu::format(printf, 1, 2)]] void tell_detail(const char* format, ...);
+/// Whether an argument has the depth of a call's destination. @return 0; 3 after the report, which tells both depths
+int must_have_depth(int destination, int depth, const char* argument, Place place, const char* message);
 /// Text of the table through the narrow report.
 void report_text(Place place, Text text);
 

@@ -35,8 +35,10 @@ int premul_colour(const Texts& texts, void* effect_ref, QX_LayerDef* src, const 
     if (src == nullptr || src->data == nullptr || dst == nullptr || dst->data == nullptr) {
         return qx::report_bad_parameter(qx::Place::missing_pixels);
     }
-    if (QXp_WorldDepth(src) != QXp_WorldDepth(dst)) {
-        return qx::report_failed_verification(qx::Place::premul_colour, texts.same_depth);
+    const int depth = QXp_WorldDepth(src);
+    if (const int code =
+            qx::must_have_depth(QXp_WorldDepth(dst), depth, "source", qx::Place::premul_colour, texts.same_depth)) {
+        return code;
     }
     return qx::with_depth(
         *dst, qx::Place::premul_colour,

@@ -32,6 +32,9 @@ struct Report {
 /// Receives every report that no quiet section holds back, on the thread that made it, one at a time.
 using ReportSink = std::function<void(const Report&)>;
 PLATFORM_EXPORT void SetReportSink(const ReportSink& sink);  ///< An empty one: standard error.
+/// Within a sink: which argument the report is about, such as "mask depth 8, destination 16"; empty where that is not
+/// told.
+PLATFORM_EXPORT std::string ReportDetail();
 /// Receives lines of the log; levels rise with detail.
 using LogSink = std::function<void(int level, const std::string& line)>;
 PLATFORM_EXPORT void SetLogSink(const LogSink& sink);  ///< An empty one: nowhere.

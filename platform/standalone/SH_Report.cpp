@@ -15,15 +15,20 @@ namespace standalone {
 namespace {
 
 thread_local int quiet_depth = 0;
+thread_local char detail[160] = "";
 std::atomic<bool> debugger_attached{false};
 std::atomic<int> quiet_end_code{0};
 std::recursive_mutex mutex;  // a sink may itself run into a report
 ReportSink sink;
 
 void Deliver(ReportKind kind, int site, int severity, const std::string& text) {
+    const struct Forget {
+        ~Forget() { detail[0] = '\0'; }
+    } when_it_is_told;
     const std::lock_guard lock(mutex);
     if (sink) return sink({kind, site, severity, text});
-    std::fprintf(stderr, "QX: %s (site %x)\n", text.c_str(), static_cast<unsigned>(site));
+    const bool bare = detail[0] == '\0';
+    std::fprintf(stderr, "QX: %s%s%s (site %x)\n", text.c_str(), bare ? "" : ": ", detail, static_cast<unsigned>(site));
 }
 
 }  // namespace
@@ -33,10 +38,17 @@ void SetReportSink(const ReportSink& new_sink) {
     sink = new_sink;
 }
 
+std::string ReportDetail() { return detail; }
+
 void SetDebuggerAttached(bool attached) { debugger_attached = attached; }
 void SetQuietEndCode(int code) { quiet_end_code.store(code, std::memory_order_relaxed); }
 
 }  // namespace standalone
+
+void TK_ReportDetail(const char* words) {
+    if (standalone::quiet_depth > 0) return;
+    std::snprintf(standalone::detail, sizeof standalone::detail, "%s", words);
+}
 
 void TK_ReportError(int site, int severity, const std::wstring& text) {
     if (standalone::quiet_depth > 0) return;

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The command qx render.
+#include <nlohmann/json.hpp>
+#include <sstream>
+
 #include "tests/tools/RunQx.h"
 #include "tools/qx/terminal/Progress.h"
 
@@ -103,18 +106,91 @@ TEST_F(Render, AFrameThatFailsLeavesThoseBeforeItAlone) {
 }
 
 TEST_F(Render, ResumeKeepsWholeFramesAndMakesTheOthersAnew) {
+    const auto changed_at = [&](const std::string& name) { return std::filesystem::last_write_time(folder / name); };
+    for (const std::string ending : {"png", "tif", "exr", "jpg"}) {
+        SCOPED_TRACE(ending);
+        const std::string out = "f.#." + ending, quiet = " -q ";
+        run("render moving.json -o " + out + quiet);
+        run("render moving.json -o g.#." + ending + quiet);
+        const auto whole = changed_at("f.1." + ending);
+        const auto bytes_of = [&](const char* name) { return bytes(name + ending); };
+        put("f.2." + ending, bytes("g.1.png"));  // another frame, or another kind of file
+        put("f.3." + ending, bytes_of("g.1.").substr(0, bytes_of("g.1.").size() * 3 / 4));  // cut off
+        std::filesystem::remove(folder / ("f.4." + ending));
+        run("render moving.json --resume -o " + out + quiet);
+        EXPECT_EQ(changed_at("f.1." + ending), whole);
+        for (const char* number : {"1.", "2.", "3.", "4."}) {
+            EXPECT_EQ(bytes_of((std::string("f.") + number).c_str()), bytes_of((std::string("g.") + number).c_str()));
+        }
+        run("render moving.json --resume --depth 16 -o " + out + quiet);
+        EXPECT_NE(changed_at("f.1." + ending), whole) << "another depth";
+    }
+    const auto before = changed_at("f.1.png");
+    std::string scene = bytes("moving.json");
+    put("moving.json", "\n " + scene);
+    run("render moving.json --resume --depth 16 -q -o f.#.png");
+    EXPECT_EQ(changed_at("f.1.png"), before) << "laid out otherwise, the same scene";
+    put_quoted("moving.json", scene.insert(scene.find('{') + 1, "'comment': 'new', "));
+    run("render moving.json --resume --depth 16 -q -o f.#.png");
+    EXPECT_NE(changed_at("f.1.png"), before) << "another scene";
+}
+
+TEST_F(Render, ResumeSweepsWhatKilledRunsLeft) {
     run("render moving.json -o f.#.png");
-    run("render moving.json -o g.#.png");
-    gradient("f.1.png", 40, 30, 255, 77);                                         // whole, so it stays
-    gradient("f.2.png", 41, 30, 255, 77);                                         // of another size
-    put("f.3.png", bytes("g.1.png").substr(0, bytes("g.1.png").size() * 3 / 4));  // cut off
-    std::filesystem::remove(folder / "f.4.png");
-    const auto kept = bytes("f.1.png");
-    run("render moving.json -o f.#.png --resume");
-    EXPECT_EQ(bytes("f.1.png"), kept);
-    expect_same("g", "f", "234");
-    run("render moving.json -o f.#.png");
-    expect_same("g", "f", "1");
+    const std::string killed = "cd " + (folder / "") + "; " + QX_COMMAND +
+                               " render moving.json -q -o g.#.png & sleep 0.02; kill -9 $!; wait $! 2>/dev/null";
+    put(".qx-not-ours", "stays");
+    for (int i = 0; i < 20; ++i) static_cast<void>(std::system(killed.c_str()));
+    run("render moving.json -o g.#.png --resume");
+    expect_same("f", "g", "1234");
+    for (const std::string& name : folder.names())
+        EXPECT_TRUE(!name.starts_with(".qx-") || name == ".qx-not-ours") << name;
+}
+
+TEST_F(Render, ShardsMakeAllFramesOnce) {
+    run("render moving.json -o whole.#.png");
+    for (const char* shard : {"1/3", "2/3", "3/3"})
+        run(std::string("render moving.json -o part.#.png --shard ") + shard);
+    expect_same("whole", "part", "1234");
+    run("render moving.json -o odd.#.png --shard 2/4");
+    EXPECT_TRUE(std::filesystem::exists(folder / "odd.2.png"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "odd.1.png"));
+    expect_faults(2, "render moving.json -o f.#.png --shard ", "",
+                  {"3 => not a part I/N", "0/3 => --shard 0: not a whole number from 1 to 3", "4/3 => from 1 to 3",
+                   "5/9 => there are 4 frames only", "a/3 => --shard a"});
+}
+
+TEST_F(Render, KeepGoingMakesWhatCanBeMade) {
+    put("q.03.png", bytes("q.03.png").substr(0, 60));
+    run("render moving.json -o g.#.png --frames 4");
+    for (const char* threads : {"1", "7"}) {
+        const auto outcome = qx(std::string("render moving.json -o f.#.png --keep-going -j ") + threads);
+        EXPECT_EQ(outcome.status, 5);
+        EXPECT_HOLDS(outcome.errors, "qx: q.03.png: damaged");
+        EXPECT_HOLDS(outcome.errors, "qx: 1 of 4 frames failed: 3\n");
+        EXPECT_FALSE(std::filesystem::exists(folder / "f.3.png"));
+        EXPECT_EQ(bytes("f.4.png"), bytes("g.4.png"));
+        std::filesystem::remove(folder / "f.4.png");
+    }
+    expect_fault("render moving.json -o f.mp4 --keep-going", 2, "--keep-going is for pictures");
+}
+
+TEST_F(Render, ProgressAndStatsAreTold) {
+    const auto outcome = qx("render moving.json -o f.#.png --progress json --stats -j 2");
+    std::istringstream lines(outcome.errors);
+    std::string line;
+    for (int done = 1; done <= 4; ++done) {
+        ASSERT_TRUE(std::getline(lines, line));
+        const auto told = nlohmann::json::parse(line);
+        EXPECT_EQ(told["frame"], done);
+        EXPECT_EQ(told["done"], done);
+        EXPECT_EQ(told["of"], 4);
+        EXPECT_EQ(told["state"], "made");
+    }
+    ASSERT_TRUE(std::getline(lines, line));
+    EXPECT_TRUE(line.starts_with("qx: 4 frames in ")) << line;
+    EXPECT_HOLDS(qx("render moving.json -o f.#.png --progress json --resume").errors, "\"there\"");
+    expect_fault("render moving.json -o f.#.png --progress xml", 2, "--progress xml: not one of line, json, none");
 }
 
 /// A fifth of (0.8, 0, 0) over the matte comes back as that colour, at the depth of the file.

@@ -126,6 +126,7 @@ int run_command(int argc, const char* const* argv) {
         add_effects(app);
         add_modes(app);
         add_info(app);
+        add_generate(app);
         return parse_and_run(app, argc, argv);
     } catch (const pictures::Stopped&) {
         say_error("interrupted");

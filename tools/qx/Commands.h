@@ -27,6 +27,7 @@ void add_cache(CLI::App& app);
 void add_effects(CLI::App& app);
 void add_modes(CLI::App& app);
 void add_info(CLI::App& app);
+void add_generate(CLI::App& app);
 
 /// Reads the command line, runs the subcommand, says what went wrong. @return exit status
 int run_command(int argc, const char* const* argv);

@@ -23,8 +23,9 @@ std::string report_text;
 Library::Library() {
     standalone::SetReportSink([](const standalone::Report& report) {
         const std::lock_guard lock(mutex);
-        report_text = report.text;
-        host::keep_report(report.text);
+        const std::string detail = standalone::ReportDetail();
+        report_text = detail.empty() ? report.text : report.text + ": " + detail;
+        host::keep_report(report_text);
     });
     int code = QX_Birth();
     if (code == 0) code = QX_InstallSuites();

@@ -162,7 +162,7 @@ void make_pictures(Job& job, const scene::FramePattern& names) {
     const FrameSize size{job.clip.facts().width, job.clip.facts().height};
     const auto make = [&](int number, pictures::Watch& watch) {
         const std::string name = names.name(number);
-        if (job.options.resume && is_whole(name, size, watch)) {
+        if (job.options.resume && is_whole(name, size, "", watch)) {
             Result result(number);
             result.is_there = true;
             return result;

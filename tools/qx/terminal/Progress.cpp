@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "tools/qx/terminal/Messages.h"
 
@@ -49,20 +50,41 @@ std::string speed_words(int done, int all, double seconds) {
     return text;
 }
 
-FrameProgress::FrameProgress(int frames)
+FrameProgress::FrameProgress(int frames, Style style)
     : frames_(frames),
-      wanted_(talk() != Talk::quiet && ::isatty(STDERR_FILENO) == 1),
+      style_(style),
+      wanted_(style == Style::json || (style == Style::line && talk() != Talk::quiet && ::isatty(STDERR_FILENO) == 1)),
       start_(std::chrono::steady_clock::now()) {}
 
 FrameProgress::~FrameProgress() { show_line(""); }
 
+double FrameProgress::seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+}
+
+void FrameProgress::tell(int frame, const char* state, const std::string& fault) {
+    if (!wanted_) return;
+    if (style_ == Style::line) {
+        return show_line("frame " + std::to_string(frame) + " (" + std::to_string(done_) + " of " +
+                         std::to_string(frames_) + "), " + speed_words(made(), frames_ - done_ + made(), seconds()));
+    }
+    nlohmann::ordered_json line = {
+        {"frame", frame}, {"state", state}, {"done", done_}, {"of", frames_}, {"seconds", seconds()}};
+    if (!fault.empty()) line["error"] = fault;
+    std::fprintf(stderr, "%s\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+}
+
 void FrameProgress::done(int frame, bool skipped) {
     ++done_;
     skipped_ += skipped ? 1 : 0;
-    if (!wanted_) return;
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start_;
-    show_line("frame " + std::to_string(frame) + " (" + std::to_string(done_) + " of " + std::to_string(frames_) +
-              "), " + speed_words(done_ - skipped_, frames_ - skipped_, passed.count()));
+    tell(frame, skipped ? "there" : "made", "");
+}
+
+void FrameProgress::failed(int frame, const std::string& words) {
+    ++done_;
+    failures_.push_back(frame);
+    say_error(words);
+    tell(frame, "failed", words);
 }
 
 void PartWatch::rows(std::int64_t done, std::int64_t total) noexcept {

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/qx/terminal/Interrupt.h"
 
@@ -38,21 +39,34 @@ private:
 /// "3.4 frames/s, 1:05 left" after `done` of `all` in some seconds.
 std::string speed_words(int done, int all, double seconds);
 
-/// A line on standard error, if that is a terminal, after each frame of many.
+/// Tells of each frame of many on standard error.
 class FrameProgress {
 public:
-    explicit FrameProgress(int frames);
+    enum class Style {
+        line,  ///< one that changes, if that is a terminal
+        json,  ///< an object a line, for programs that watch
+        none
+    };
+    explicit FrameProgress(int frames, Style style = Style::line);
     ~FrameProgress();
     FrameProgress(const FrameProgress&) = delete;
     FrameProgress& operator=(const FrameProgress&) = delete;
     /// @param skipped  it was there, so that it tells nothing of the speed
     void done(int frame, bool skipped);
+    /// It could not be made, and others are.
+    void failed(int frame, const std::string& words);
+    const std::vector<int>& failures() const { return failures_; }
+    double seconds() const;
+    int made() const { return done_ - skipped_ - static_cast<int>(failures_.size()); }
 
 private:
+    void tell(int frame, const char* state, const std::string& fault);
     const int frames_;
+    const Style style_;
     const bool wanted_;
     const std::chrono::steady_clock::time_point start_;
     int done_ = 0, skipped_ = 0;
+    std::vector<int> failures_;
 };
 
 /// One piece of work among some that share a bar, one after the other or at once. Stops when another watch does.

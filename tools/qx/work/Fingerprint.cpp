@@ -37,6 +37,18 @@ void add_rows(XXH3_state_t& state, const QX_World& world) {
     });
 }
 
+std::string in_digits(const XXH128_hash_t& hash) {
+    XXH128_canonical_t digest;
+    XXH128_canonicalFromHash(&digest, hash);
+    std::string text;
+    for (const unsigned char byte : digest.digest) {
+        constexpr char digits[] = "0123456789abcdef";
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string fingerprint(const std::string& path, const pictures::Picture& picture) {
@@ -52,15 +64,9 @@ std::string fingerprint(const std::string& path, const pictures::Picture& pictur
     } else {
         add_rows(*state, world);
     }
-    XXH128_canonical_t digest;
-    XXH128_canonicalFromHash(&digest, XXH3_128bits_digest(state.get()));
-    std::string text;
-    for (const unsigned char byte : digest.digest) {
-        constexpr char digits[] = "0123456789abcdef";
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
+    return in_digits(XXH3_128bits_digest(state.get()));
 }
+
+std::string fingerprint(const std::string& text) { return in_digits(XXH3_128bits(text.data(), text.size())); }
 
 }  // namespace qx::tool

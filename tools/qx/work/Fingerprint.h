@@ -13,4 +13,7 @@ namespace qx::tool {
 /// all with the low byte first. Alpha is full in a file without.
 std::string fingerprint(const std::string& path, const pictures::Picture& picture);
 
+/// The same of a text.
+std::string fingerprint(const std::string& text);
+
 }  // namespace qx::tool

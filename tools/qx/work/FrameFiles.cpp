@@ -10,12 +10,13 @@
 
 namespace qx::tool {
 
-bool is_whole(const std::string& path, const FrameSize& size, pictures::Watch& watch) {
+bool is_whole(const std::string& path, const FrameSize& size, const std::string& mark, pictures::Watch& watch) {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored)) return false;
     try {
-        const auto found = pictures::read_picture(path, watch).world;
-        return found->width == size.width && found->height == size.height;
+        const pictures::Picture found = pictures::read_picture(path, watch);
+        const bool is_ours = mark.empty() || found.mark == mark;
+        return is_ours && found.world->width == size.width && found.world->height == size.height;
     } catch (const pictures::Failure&) {
         return false;
     }

@@ -1,0 +1,277 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/work/RenderJob.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "pictures/Dither.h"
+#include "pictures/Light.h"
+#include "pictures/Losses.h"
+#include "pictures/Movie.h"
+#include "platform/standalone/Host.h"
+#include "scene/Faults.h"
+#include "scene/InOrder.h"
+#include "scene/SceneRender.h"
+#include "scene/colour/MovieColours.h"
+#include "tools/qx/Library.h"
+#include "tools/qx/terminal/Interrupt.h"
+#include "tools/qx/terminal/Messages.h"
+#include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/Fingerprint.h"
+#include "tools/qx/work/FrameFiles.h"
+
+namespace qx::tool {
+namespace {
+
+/// True when the file of a frame is there and as it should be.
+bool is_made(const std::string& path, scene::SceneRender& render, int frame, const std::string& mark,
+             pictures::Watch& watch) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) return false;
+    FrameSize size{};
+    render.size(frame, watch, &size.width, &size.height);
+    return is_whole(path, size, mark, watch);
+}
+
+/// By which frames of this job are known again: the scene, what is asked for beside it, and who made them.
+std::string mark_of(const scene::Scene& scene, const RenderOptions& options) {
+    const auto& c = options.colours;
+    const std::string parts[] = {QX_VERSION,
+                                 scene.text,
+                                 std::to_string(scene.depth),
+                                 c.space,
+                                 c.to,
+                                 c.linearize ? "linearize" : "",
+                                 options.encoding.half ? "half" : "",
+                                 options.encoding.real ? "float" : "",
+                                 options.encoding.compression};
+    std::string all;
+    for (const std::string& part : parts) all += part + '\n';
+    return fingerprint(all);
+}
+
+/// The frames of a job.
+struct Job {
+    const RenderOptions& options;
+    const scene::Scene& scene;
+    const scene::FrameRange frames;
+    scene::SceneRender& render;
+    pictures::Watch& watch;
+    std::string mark;  ///< that files of pictures keep, each with its number
+
+    /// A file of another frame is none of this one.
+    std::string mark_of(int number) const { return mark + "-" + std::to_string(number); }
+    pictures::WriteOptions write_options(int number) const {
+        pictures::WriteOptions written = options.encoding.write_options();
+        written.mark = mark_of(number);
+        return written;
+    }
+
+    /// How many frames are at work at once.
+    int at_once() const {
+        int width = 0, height = 0;
+        render.size(frames.first, watch, &width, &height);
+        const std::uint64_t memory =
+            options.memory.empty() ? half_the_memory() : memory_size("--memory", options.memory);
+        return std::min(render.frames_within(memory, width, height), standalone::PoolThreads());
+    }
+};
+
+/// What is to be said of values that a format is not meant for; empty where there is nothing.
+std::string light_note(const Job& job, const std::string& name, const pictures::Picture& frame) {
+    if (job.render.space() != nullptr) {
+        const scene::Profile& output = job.scene.colours.output;
+        return scene::not_light(name, output ? output : job.render.space()->profile());
+    }
+    const bool mixed = job.scene.background && frame.linear != pictures::is_linear_format(name);
+    return mixed ? pictures::kLightIsMixed : "";
+}
+
+/// What a frame loses in its file.
+std::vector<Note> losses(const Job& job, int number, const std::string& name, const pictures::Picture& frame) {
+    const auto& background = job.scene.background;
+    const std::string subject = background ? background->at(number) : job.scene.file;
+    const std::string mixed = light_note(job, name, frame);
+    std::vector<Note> notes;
+    if (!mixed.empty()) notes.push_back({mixed, mixed});
+    for (const auto& note : pictures::left_out(name, frame, job.scene.depth, job.options.encoding.write_options())) {
+        notes.push_back({note, pictures::about(subject, note)});
+    }
+    return notes;
+}
+
+/// Where a job's time went, of all threads together.
+struct Stages {
+    std::atomic<std::int64_t> making{0}, writing{0};  ///< nanoseconds
+
+    template <class Work> static auto timed(std::atomic<std::int64_t>& stage, const Work& work) {
+        const auto start = std::chrono::steady_clock::now();
+        auto result = work();
+        stage += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
+        return result;
+    }
+};
+
+void tell_stats(const FrameProgress& progress, const Stages& stages) {
+    rusage used{};
+    ::getrusage(RUSAGE_SELF, &used);
+    const auto seconds = [](const timeval& t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
+    const double reading = pictures::seconds_of_reading(), making = double(stages.making) / 1e9 - reading;
+    char words[256];
+    std::snprintf(words, sizeof words,
+                  "%d frames in %.2f s; threads spent %.2f s reading, %.2f s making, %.2f s writing; %.2f s of "
+                  "processors; at most %.0f MB",
+                  progress.made(), progress.seconds(), reading, std::max(making, 0.0), double(stages.writing) / 1e9,
+                  seconds(used.ru_utime) + seconds(used.ru_stime), double(used.ru_maxrss) / 1024);
+    say_error(words);
+}
+
+/// A frame that has been made, and waits for its turn.
+struct MadeFrame {
+    std::shared_ptr<pictures::OutputFile> file;  ///< null where it is there already
+    std::vector<Note> notes;
+};
+
+MadeFrame make_picture(const Job& job, int number, const std::string& name, Stages& stages, pictures::Watch& watch) {
+    MadeFrame made;
+    if (job.options.work.resume && is_made(name, job.render, number, job.mark_of(number), watch)) return made;
+    pictures::Picture frame = Stages::timed(stages.making, [&] { return job.render.frame(number, watch); });
+    made.notes = losses(job, number, name, frame);
+    if (job.scene.dither && pictures::file_depth(name, job.scene.depth) == 8) pictures::dither_to_8(name, frame);
+    made.file = Stages::timed(stages.writing, [&] {
+        return pictures::write_uncommitted(name, frame, job.scene.depth, job.write_options(number), watch);
+    });
+    return made;
+}
+
+/// What is said of a frame that others need not wait for; a stop and a want of memory pass on.
+std::string fault_of(const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const pictures::Failure& fault) {
+        return fault.what();
+    } catch (const scene::WorkFault& fault) {
+        return fault.subject() + ": " + reason_of(fault.code());
+    }
+    return "";
+}
+
+/// Throws the status of a job of which some frames are missing.
+void tell_failures(const FrameProgress& progress, int frames) {
+    if (progress.failures().empty()) return;
+    std::string list;
+    for (const int frame : progress.failures()) list += (list.empty() ? "" : ",") + std::to_string(frame);
+    say_error(std::to_string(progress.failures().size()) + " of " + std::to_string(frames) + " frames failed: " + list);
+    throw EndedWith{kSomeFailed};
+}
+
+void make_pictures(const Job& job, const scene::FramePattern& names) {
+    FrameProgress progress(job.frames.count(), job.options.work.style());
+    NotesOnce once;
+    Stages stages;
+    const auto make = [&](int index, pictures::Watch& watch) -> scene::InTurn {
+        const int number = job.frames.frame(index);
+        const std::string name = names.name(number);
+        watch.must_go_on();
+        MadeFrame made;
+        const auto work = [&] { made = make_picture(job, number, name, stages, watch); };
+        std::string fault;
+        if (job.options.work.keep_going) {
+            fault = fault_of(work);
+        } else {
+            work();
+        }
+        return [&, number, name, made, fault] {
+            job.watch.must_go_on();
+            if (!fault.empty()) return progress.failed(number, fault);
+            once.say(made.notes);
+            if (made.file) made.file->commit();
+            say_detail(name, made.file ? "written" : "is there");
+            progress.done(number, !made.file);
+        };
+    };
+    scene::in_order(job.frames.count(), job.at_once(), job.watch, make);
+    pictures::flush_disk_of(names.name(job.frames.first));
+    if (job.options.work.stats) tell_stats(progress, stages);
+    tell_failures(progress, job.frames.count());
+}
+
+/// The frame whose background tells the space, whatever part of a scene is rendered.
+int first_of(const scene::Scene& scene, const scene::FrameRange& frames) {
+    return scene.frames ? scene.frames->first : frames.first;
+}
+
+}  // namespace
+
+void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
+    const auto names = value_of("-o", [&] { return scene::FramePattern(options.output); });
+    if (frames.count() > 1 && !names.has_place()) {
+        throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
+    }
+    check_frames_option(names.name(frames.first));
+    if (const auto input = scene::overwritten(scene, frames, names)) {
+        throw WrongUsage("-o " + input->path + ": is a picture of the scene, at " + input->place);
+    }
+    const Library library;
+    SignalWatch watch;
+    scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
+    if (options.work.resume) pictures::sweep_unfinished(names.name(frames.first));
+    make_pictures({options, scene, frames, render, watch, mark_of(scene, options)}, names);
+}
+
+void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
+    const LongWorkOptions& work = options.work;
+    const char* const only_pictures = work.resume          ? "--resume"
+                                      : work.keep_going    ? "--keep-going"
+                                      : work.shard.empty() ? nullptr
+                                                           : "--shard";
+    if (only_pictures != nullptr)
+        throw WrongUsage(std::string(only_pictures) + " is for pictures, a movie is made as a whole");
+    const Library library;
+    SignalWatch watch;
+    scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
+    int width = 0, height = 0;
+    render.size(frames.first, watch, &width, &height);
+    const auto colours =
+        scene.colours.output ? scene::movie_colours_of(scene.colours.output) : pictures::MovieColours{};
+    pictures::MovieFile movie(options.output, width, height, {.rate = scene.rate, .colours = colours});
+    FrameProgress progress(frames.count(), options.work.style());
+    NotesOnce once;
+    Stages stages;
+    const auto make = [&](int index, pictures::Watch& frame_watch) -> scene::InTurn {
+        const int number = frames.frame(index);
+        pictures::Picture frame = Stages::timed(stages.making, [&] { return render.frame(number, frame_watch); });
+        if (frame.world->width != width || frame.world->height != height) {
+            throw pictures::Failure(options.output,
+                                    "frame " + std::to_string(number) + " has another size than the first");
+        }
+        auto lost = pictures::lost_at_depth(frame, 8);
+        for (const auto& note : pictures::lost_beside(frame)) lost.push_back(note);
+        if (scene.dither) pictures::dither_to_8(options.output, frame);
+        const std::shared_ptr<const QX_World> shown = over_black(options.output, *frame.world, frame_watch);
+        std::vector<Note> notes;
+        notes.reserve(lost.size());
+        for (const auto& note : lost) notes.push_back({note, pictures::about(scene.file, note)});
+        return [&, number, shown, notes] {
+            watch.must_go_on();
+            once.say(notes);
+            movie.add(*shown);
+            progress.done(number, false);
+        };
+    };
+    scene::in_order(frames.count(), Job{options, scene, frames, render, watch, ""}.at_once(), watch, make);
+    watch.must_go_on();
+    movie.commit();
+    pictures::flush_disk_of(options.output);
+    if (options.work.stats) tell_stats(progress, stages);
+    say_detail(options.output, "written");
+}
+
+}  // namespace qx::tool

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "scene/Frames.h"
+#include "scene/Scene.h"
+#include "tools/qx/options/CacheOptions.h"
+#include "tools/qx/options/ColourOptions.h"
+#include "tools/qx/options/LongWorkOptions.h"
+#include "tools/qx/options/Options.h"
+
+// The frames of a scene, made and written.
+namespace qx::tool {
+
+struct RenderOptions {
+    CommonOptions common;
+    EncodingOptions encoding;
+    ColourOptions colours;
+    CacheOptions cache;
+    std::string scene, output, frames, depth, memory;
+    LongWorkOptions work;
+    std::vector<std::string> effect_folders;
+};
+
+inline constexpr int kSomeFailed = 5;  ///< the status where others could be made
+
+/// Both throw WrongUsage, and what SceneRender throws.
+void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options);
+void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options);
+
+}  // namespace qx::tool

@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Scenes from JSON.
-#include <climits>
 #include <cmath>
 #include <filesystem>
 
 #include "pictures/Picture.h"
-#include "scene/EffectRead.h"
-#include "scene/Faults.h"
+#include "scene/LayerRead.h"
 #include "scene/LayerWords.h"
-#include "scene/Modes.h"
 #include "scene/Scene.h"
-#include "scene/SceneNode.h"
 #include "scene/SceneValues.h"
 
 namespace qx::scene {
@@ -18,13 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr double kMostAngle = 3600;
-constexpr int kMostMatrices = 257;
-
 class Reader {
 public:
-    Reader(const std::string& path, EffectSource* others)
-        : folder_(fs::path(path).parent_path().string()), others_(others) {
+    Reader(const std::string& path, EffectSource* others) : context_{fs::path(path).parent_path().string(), others} {
         scene_.file = path;
     }
 
@@ -36,8 +28,7 @@ public:
         read_colours(root);
         if (const auto background = root.find("background")) read_background(*background);
         if (scene_.width == 0 && !scene_.background) root.need("size");
-        for (const SceneNode& layer : root.need("layers").items(0, kMostItems))
-            scene_.layers.push_back(read_layer(layer));
+        scene_.layers = read_layers(root.need("layers"), context_);
         return std::move(scene_);
     }
 
@@ -65,10 +56,10 @@ private:
         ColourChoices& colours = scene_.colours;
         if (const auto space = root.find("space")) {
             colours.has_space = true;
-            if (space->text() != kOfBackground) colours.space = read_profile(*space, folder_);
+            if (space->text() != kOfBackground) colours.space = read_profile(*space, context_.folder);
         }
         if (const auto linearize = root.find("linearize")) colours.linearize = linearize->flag();
-        if (const auto output = root.find("output-space")) colours.output = read_profile(*output, folder_);
+        if (const auto output = root.find("output-space")) colours.output = read_profile(*output, context_.folder);
     }
 
     void read_rate(const SceneNode& rate) {
@@ -84,7 +75,7 @@ private:
 
     void read_background(const SceneNode& node) {
         if (node.is_text() || node.is_object()) {
-            scene_.background = read_file(node);
+            scene_.background = read_file(node, context_.folder);
             return;
         }
         const auto c = node.numbers(3, 4, 0, 1);
@@ -92,102 +83,7 @@ private:
         scene_.colour = {c.size() == 4 ? channel(3) : 1.0f, channel(0), channel(1), channel(2)};
     }
 
-    SceneFile read_file(const SceneNode& node) const { return scene::read_file(node, folder_); }
-
-    SceneMask read_mask(const SceneNode& node) {
-        SceneMask mask;
-        if (!node.is_object()) {
-            mask.file = read_data_file(node, folder_);
-            return mask;
-        }
-        node.check_keys({"file", "kind", "at"});
-        mask.file = read_data_file(node.need("file"), folder_);
-        if (const auto kind = node.find("kind")) mask.kind = static_cast<QX_MaskKind>(kind->choice(kMaskKindWords));
-        if (const auto at = node.find("at")) {
-            const auto place = at->items(2, 2);
-            mask.x = place[0].whole(-kFarthest, kFarthest);
-            mask.y = place[1].whole(-kFarthest, kFarthest);
-        }
-        return mask;
-    }
-
-    static SceneTransform read_transform(const SceneNode& node) {
-        node.check_keys({"anchor", "translate", "scale", "rotate", "matrix"});
-        SceneTransform transform;
-        read_track(node, "anchor", 2, -kMostPlacing, kMostPlacing, transform.anchor);
-        read_track(node, "translate", 2, -kMostPlacing, kMostPlacing, transform.translate);
-        read_track(node, "scale", 1, -kMostPlacing, kMostPlacing, transform.scale);
-        read_track(node, "rotate", 1, -kMostPlacing, kMostPlacing, transform.rotate);
-        if (const auto matrix = node.find("matrix")) {
-            for (const char* other : {"anchor", "translate", "scale", "rotate"}) {
-                if (node.find(other)) matrix->fault(std::string("excludes ") + other);
-            }
-            transform.matrix.emplace(Track<9>::Value{});
-            read_track(node, "matrix", 9, -kMostPlacing, kMostPlacing, *transform.matrix);
-        }
-        return transform;
-    }
-
-    static Shutter read_shutter(const SceneNode& node) {
-        node.check_keys({"angle", "phase", "matrices"});
-        Shutter shutter;
-        if (const auto angle = node.find("angle")) shutter.angle = angle->number(0, kMostAngle);
-        if (const auto phase = node.find("phase")) shutter.phase = phase->number(-kMostAngle, kMostAngle);
-        if (const auto matrices = node.find("matrices")) shutter.matrices = matrices->whole(2, kMostMatrices);
-        return shutter;
-    }
-
-    static QX_PixelFloat read_matte(const SceneNode& node) {
-        const auto c = node.numbers(3, 3, 0, 1);
-        return {1, static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2])};
-    }
-
-    static int read_mode(const SceneNode& node) {
-        const std::string text = node.is_number() ? std::to_string(node.whole(-100, 100)) : node.text();
-        return node.read_by([&] { return mode_number(text); });
-    }
-
-    static void read_look(const SceneNode& node, SceneLayer& layer) {
-        read_track(node, "opacity", 1, 0, 1, layer.opacity);
-        if (const auto mode = node.find("mode")) layer.mode = read_mode(*mode);
-        if (const auto matte = node.find("matte")) layer.matte = read_matte(*matte);
-        if (const auto field = node.find("field")) layer.field = field->choice(kFieldWords);
-        if (const auto quality = node.find("quality")) layer.quality = quality->choice(kQualityWords);
-        if (const auto keep = node.find("rgb-only")) layer.rgb_only = keep->flag();
-        if (const auto gamma = node.find("linear")) {
-            layer.light.by_profile = gamma->is_text() && gamma->choice(kLinearWords) == 0;
-            if (!layer.light.by_profile) layer.light.gamma = static_cast<float>(gamma->number(kLeastGamma, kMostGamma));
-        }
-        if (const auto seed = node.find("seed")) layer.seed = seed->whole(INT_MIN, INT_MAX);
-    }
-
-    static void read_comment(const SceneNode& node) {
-        if (const auto comment = node.find("comment")) static_cast<void>(comment->text());
-    }
-
-    SceneLayer read_layer(SceneNode node) {
-        node.check_keys({"file", "mode", "opacity", "mask", "matte", "effects", "field", "quality", "transform",
-                         "shutter", "rgb-only", "linear", "seed", "name", "comment"});
-        read_comment(node);
-        if (const auto name = node.find("name")) node.set_title(name->text());
-        SceneLayer layer;
-        layer.place = node.place();
-        layer.file = read_file(node.need("file"));
-        read_look(node, layer);
-        if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask);
-        if (layer.mode == xfer_mask_crossfade && !layer.mask) node.need("mask");
-        if (const auto effects = node.find("effects")) {
-            for (const SceneNode& effect : effects->items(0, kMostItems)) {
-                layer.effects.push_back(read_effect(effect, folder_, others_));
-            }
-        }
-        if (const auto transform = node.find("transform")) layer.transform = read_transform(*transform);
-        if (const auto shutter = node.find("shutter")) layer.shutter = read_shutter(*shutter);
-        return layer;
-    }
-
-    const std::string folder_;
-    EffectSource* const others_;
+    const ReadContext context_;
     Scene scene_;
 };
 
@@ -207,29 +103,7 @@ struct Tree {
     ~Tree() { take_apart(value); }
 };
 
-void check_file(const Scene& scene, const SceneFile& file) {
-    if (file.profile && !scene.colours.has_space) throw SceneFault(scene.file, file.place + "/profile", kNeedsSpace);
-}
-
 }  // namespace
-
-void check_colours(const Scene& scene) {
-    const ColourChoices& colours = scene.colours;
-    if (colours.has_space) {
-        if (colours.space || scene.background) return;
-        throw SceneFault(scene.file, "/space", "is that of the background, which is no picture");
-    }
-    if (colours.linearize) throw SceneFault(scene.file, "/linearize", kNeedsSpace);
-    if (colours.output) throw SceneFault(scene.file, "/output-space", kNeedsSpace);
-    if (scene.background) check_file(scene, *scene.background);
-    for (const SceneLayer& layer : scene.layers) {
-        if (layer.light.by_profile) throw SceneFault(scene.file, layer.place + "/linear", kNeedsSpace);
-        check_file(scene, layer.file);
-        for (const SceneEffect& effect : layer.effects) {
-            for (const SceneFile* file : effect.effect->files()) check_file(scene, *file);
-        }
-    }
-}
 
 Scene read_scene(const std::string& path, EffectSource* others) {
     const Tree tree{parse_json(text_of_file(path), path)};

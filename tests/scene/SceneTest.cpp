@@ -165,9 +165,9 @@ TEST_F(SceneFile, WhatItSaysArrives) {
                          scene.frames->last, scene.colour.alpha, scene.colour.red),
               std::tuple(64, 48, 30000, 1001, 3, 9, 1, 0.25f));
     const SceneLayer& layer = scene.layers.at(0);
-    EXPECT_EQ(layer.file.at(5), folder / "a#1.png");
-    EXPECT_EQ(std::tuple(layer.mode, layer.field, layer.quality, layer.rgb_only, layer.seed, layer.matte->red,
-                         layer.matte->green, layer.matte->blue),
+    EXPECT_EQ(layer.source->file()->at(5), folder / "a#1.png");
+    EXPECT_EQ(std::tuple(layer.mode, layer.field, layer.quality, layer.rgb_only, layer.seed, layer.source->matte()->red,
+                         layer.source->matte()->green, layer.source->matte()->blue),
               std::tuple(8, 2, 0, true, -7, 0.0f, 0.5f, 1.0f));
     EXPECT_EQ(std::tuple(layer.mask->kind, layer.mask->x, layer.mask->y, layer.shutter.angle, layer.shutter.phase,
                          layer.shutter.matrices),
@@ -175,7 +175,7 @@ TEST_F(SceneFile, WhatItSaysArrives) {
     EXPECT_EQ(layer.opacity.at(1)[0], 0.0625 * 3 - 2 * 0.015625);
     EXPECT_EQ(layer.transform->scale.at(0), (Track<2>::Value{2, 3}));
     EXPECT_EQ(scene.layers.at(1).place, "/layers/1 (clip)");
-    EXPECT_EQ(scene.layers.at(1).file.at(9), folder / "pic.007.png");
+    EXPECT_EQ(scene.layers.at(1).source->file()->at(9), folder / "pic.007.png");
     EXPECT_THROW(check_files(scene, *scene.frames), SceneFault);
 }
 

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+// Layers from JSON.
+#include "scene/LayerRead.h"
+
+#include <climits>
+
+#include "scene/EffectRead.h"
+#include "scene/LayerWords.h"
+#include "scene/Modes.h"
+#include "scene/SceneValues.h"
+#include "scene/sources/SourceRead.h"
+
+namespace qx::scene {
+namespace {
+
+constexpr double kMostAngle = 3600;
+constexpr int kMostMatrices = 257;
+
+SceneMask read_mask(const SceneNode& node, const std::string& folder) {
+    SceneMask mask;
+    if (!node.is_object()) {
+        mask.file = read_data_file(node, folder);
+        return mask;
+    }
+    node.check_keys({"file", "kind", "at"});
+    mask.file = read_data_file(node.need("file"), folder);
+    if (const auto kind = node.find("kind")) mask.kind = static_cast<QX_MaskKind>(kind->choice(kMaskKindWords));
+    if (const auto at = node.find("at")) {
+        const auto place = at->items(2, 2);
+        mask.x = place[0].whole(-kFarthest, kFarthest);
+        mask.y = place[1].whole(-kFarthest, kFarthest);
+    }
+    return mask;
+}
+
+SceneTransform read_transform(const SceneNode& node) {
+    node.check_keys({"anchor", "translate", "scale", "rotate", "matrix"});
+    SceneTransform transform;
+    read_track(node, "anchor", 2, -kMostPlacing, kMostPlacing, transform.anchor);
+    read_track(node, "translate", 2, -kMostPlacing, kMostPlacing, transform.translate);
+    read_track(node, "scale", 1, -kMostPlacing, kMostPlacing, transform.scale);
+    read_track(node, "rotate", 1, -kMostPlacing, kMostPlacing, transform.rotate);
+    if (const auto matrix = node.find("matrix")) {
+        for (const char* other : {"anchor", "translate", "scale", "rotate"}) {
+            if (node.find(other)) matrix->fault(std::string("excludes ") + other);
+        }
+        transform.matrix.emplace(Track<9>::Value{});
+        read_track(node, "matrix", 9, -kMostPlacing, kMostPlacing, *transform.matrix);
+    }
+    return transform;
+}
+
+Shutter read_shutter(const SceneNode& node) {
+    node.check_keys({"angle", "phase", "matrices"});
+    Shutter shutter;
+    if (const auto angle = node.find("angle")) shutter.angle = angle->number(0, kMostAngle);
+    if (const auto phase = node.find("phase")) shutter.phase = phase->number(-kMostAngle, kMostAngle);
+    if (const auto matrices = node.find("matrices")) shutter.matrices = matrices->whole(2, kMostMatrices);
+    return shutter;
+}
+
+int read_mode(const SceneNode& node) {
+    const std::string text = node.is_number() ? std::to_string(node.whole(-100, 100)) : node.text();
+    return node.read_by([&] { return mode_number(text); });
+}
+
+void read_look(const SceneNode& node, SceneLayer& layer) {
+    read_track(node, "opacity", 1, 0, 1, layer.opacity);
+    if (const auto mode = node.find("mode")) layer.mode = read_mode(*mode);
+    if (const auto field = node.find("field")) layer.field = field->choice(kFieldWords);
+    if (const auto quality = node.find("quality")) layer.quality = quality->choice(kQualityWords);
+    if (const auto keep = node.find("rgb-only")) layer.rgb_only = keep->flag();
+    if (const auto gamma = node.find("linear")) {
+        layer.light.by_profile = gamma->is_text() && gamma->choice(kLinearWords) == 0;
+        if (!layer.light.by_profile) layer.light.gamma = static_cast<float>(gamma->number(kLeastGamma, kMostGamma));
+    }
+    if (const auto seed = node.find("seed")) layer.seed = seed->whole(INT_MIN, INT_MAX);
+}
+
+SceneLayer read_layer(SceneNode node, const ReadContext& context) {
+    std::vector<std::string> keys = source_keys(node);
+    keys.insert(keys.end(), {"mode", "opacity", "mask", "effects", "field", "quality", "transform", "shutter",
+                             "rgb-only", "linear", "seed", "name", "comment"});
+    node.check_keys(keys);
+    read_comment(node);
+    if (const auto name = node.find("name")) node.set_title(name->text());
+    SceneLayer layer;
+    layer.place = node.place();
+    layer.source = read_source(node, context);
+    read_look(node, layer);
+    if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask, context.folder);
+    if (layer.mode == xfer_mask_crossfade && !layer.mask) node.need("mask");
+    if (const auto effects = node.find("effects")) {
+        for (const SceneNode& effect : effects->items(0, kMostItems)) {
+            layer.effects.push_back(read_effect(effect, context.folder, context.others));
+        }
+    }
+    if (const auto transform = node.find("transform")) layer.transform = read_transform(*transform);
+    if (const auto shutter = node.find("shutter")) layer.shutter = read_shutter(*shutter);
+    return layer;
+}
+
+}  // namespace
+
+void read_comment(const SceneNode& node) {
+    if (const auto comment = node.find("comment")) static_cast<void>(comment->text());
+}
+
+SceneLayers read_layers(const SceneNode& node, const ReadContext& context) {
+    SceneLayers layers;
+    for (const SceneNode& layer : node.items(0, kMostItems)) layers.push_back(read_layer(layer, context));
+    return layers;
+}
+
+}  // namespace qx::scene

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "scene/SceneLayer.h"
+#include "scene/SceneNode.h"
+#include "scene/effects/EffectSource.h"
+
+namespace qx::scene {
+
+/// What the readers of a scene's parts know of it.
+struct ReadContext {
+    std::string folder;              ///< that names of files count from
+    EffectSource* others = nullptr;  ///< effects besides the scene's own; null: none
+};
+
+/// A list of layers. Throws SceneFault, or pictures::Failure for a file that cannot be read.
+SceneLayers read_layers(const SceneNode& node, const ReadContext& context);
+
+void read_comment(const SceneNode& node);
+
+}  // namespace qx::scene

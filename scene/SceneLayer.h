@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "QX/compositing/QX_CompositeMode.h"
+#include "QX/indep/QX_Records.h"
+#include "scene/Keyframes.h"
+#include "scene/Placing.h"
+#include "scene/SceneFile.h"
+#include "scene/colour/WorkingSpace.h"
+#include "scene/effects/Effect.h"
+#include "scene/sources/Source.h"
+
+// A layer of a scene, as its file tells it.
+namespace qx::scene {
+
+struct SceneMask {
+    SceneFile file;
+    QX_MaskKind kind = kQX_MaskAlpha;
+    int x = 0, y = 0;
+};
+
+struct SceneTransform {
+    Track<2> anchor{Track<2>::Value{0, 0}}, translate{Track<2>::Value{0, 0}}, scale{Track<2>::Value{1, 1}};
+    Track<1> rotate{Track<1>::Value{0}};
+    std::optional<Track<9>> matrix;  ///< in place of these four
+
+    bool moves() const;
+    M_Matrix3 at(double frame) const;
+};
+
+/// When the shutter is open: from frame + phase / 360 on, for angle / 360 frames.
+struct Shutter {
+    double angle = 0, phase = 0;
+    int matrices = 17;
+};
+
+struct SceneEffect {
+    std::string place;  ///< in the scene, such as /layers/2/effects/0
+    std::shared_ptr<const Effect> effect;
+    bool moves;  ///< its numbers or its pictures change from frame to frame
+};
+
+struct SceneLayer {
+    std::string place;  ///< in the scene, such as /layers/2
+    std::shared_ptr<const Source> source;
+    int mode = xfer_over;
+    Track<1> opacity{Track<1>::Value{1}};
+    std::optional<SceneMask> mask;
+    std::vector<SceneEffect> effects;  ///< done in order, before the transform
+    int field = 0, quality = 1;
+    std::optional<SceneTransform> transform;
+    Shutter shutter;
+    bool rgb_only = false;
+    LightChoice light;
+    int seed = 0;
+
+    /// Of the layer at a frame, in time order; none for a layer that is not transformed.
+    /// @param left  where effects have moved its corner to, as `top` tells of rows
+    std::vector<M_Matrix3> matrices(int frame, int left = 0, int top = 0) const;
+    bool effects_move() const;
+};
+
+using SceneLayers = std::vector<SceneLayer>;
+
+/// Hands all files that a layer shows to `see`.
+/// @param see  gets a file, and the colour that it was mixed with or null
+template <class See> void each_file(const SceneLayer& layer, const See& see) {
+    if (const SceneFile* file = layer.source->file()) see(*file, layer.source->matte());
+    if (layer.mask) see(layer.mask->file, nullptr);
+    for (const SceneEffect& effect : layer.effects) {
+        for (const SceneFile* file : effect.effect->files()) see(*file, nullptr);
+    }
+}
+
+}  // namespace qx::scene

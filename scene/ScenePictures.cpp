@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/ScenePictures.h"
+
+#include "QX/pixelops/QX_Premul.h"
+#include "pictures/Carried.h"
+#include "pictures/Losses.h"
+#include "scene/Faults.h"
+#include "scene/Words.h"
+
+namespace qx::scene {
+namespace {
+
+int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
+    QX_LayerDef record{};
+    world.FillOutEffectWorld(&record);
+    return QX_PremulColorFloat(nullptr, &record, &matte, false, &record);
+}
+
+}  // namespace
+
+ScenePictures::ScenePictures(const Scene& scene, SceneNotes& notes, int first, pictures::Watch& watch)
+    : scene_(scene), notes_(notes) {
+    if (scene.colours.has_space) settle_space(first, watch);
+}
+
+void ScenePictures::settle_space(int first, pictures::Watch& watch) {
+    Profile profile = scene_.colours.space ? scene_.colours.space : scene_.background->profile;
+    if (!profile) {
+        std::vector<std::string> told_with_the_picture;
+        profile = meaning_of(stored(*scene_.background, first, watch), told_with_the_picture).profile;
+    }
+    space_.emplace(profile, scene_.colours.linearize);
+}
+
+void ScenePictures::bring_into_space(const SceneFile& file, const std::string& path, pictures::Picture& picture,
+                                     pictures::Watch& watch) {
+    if (file.is_data) return;
+    if (!space_) return notes_.losses(file, path, unusable_profile(picture));
+    std::vector<std::string> notes;
+    space_->take(path, picture, file.profile, scene_.depth, notes, watch);
+    for (const auto& note : notes) {
+        if (note == kMeaningIsUsual) {
+            notes_.once("", note);
+        } else {
+            notes_.losses(file, path, {note});
+        }
+    }
+}
+
+Shown ScenePictures::show(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch) {
+    if (file.moves()) return read(file, frame, matte, watch);
+    Still& still = still_of(file, matte);
+    const std::lock_guard lock(still.mutex);  // others wait for the picture, which they need as well
+    if (!still.picture) still.picture = read(file, frame, matte, watch);
+    return still.picture;
+}
+
+ScenePictures::Still& ScenePictures::still_of(const SceneFile& file, const QX_PixelFloat* matte) {
+    const std::lock_guard lock(mutex_);
+    const std::string kind = matte != nullptr || file.profile ? file.place : file.is_data ? "data" : "";
+    return stills_[kind + '\n' + file.at(0)];
+}
+
+void ScenePictures::read_stills(pictures::Watch& watch) {
+    try {
+        each_file(scene_, [&](const SceneFile& file, const QX_PixelFloat* matte) {
+            if (file.moves()) return;
+            Still& still = still_of(file, matte);
+            const std::unique_lock lock(still.mutex, std::try_to_lock);
+            if (lock && !still.picture) still.picture = read(file, 0, matte, watch);
+        });
+    } catch (const pictures::Failure&) {
+    }
+}
+
+SceneClip& ScenePictures::clip_of(const SceneFile& file) {
+    OpenClip& open = [&]() -> OpenClip& {
+        const std::lock_guard lock(mutex_);
+        return clips_[file.place];
+    }();
+    const std::lock_guard lock(open.mutex);
+    if (!open.clip) {
+        try {
+            open.clip =
+                std::make_unique<SceneClip>(*file.clip, Rational(scene_.rate.number, scene_.rate.per), scene_.depth);
+        } catch (const BadText& bad) {
+            throw SceneFault(scene_.file, file.place + "/cuts", bad.what());
+        }
+        notes_.losses(file, file.clip->path, open.clip->notes());
+    }
+    return *open.clip;
+}
+
+pictures::Picture ScenePictures::stored(const SceneFile& file, int frame, pictures::Watch& watch) {
+    return file.clip ? clip_of(file).frame(frame, watch) : pictures::read_picture(file.at(frame), watch);
+}
+
+Shown ScenePictures::read(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch) {
+    const std::string path = file.at(frame);
+    auto picture = std::make_shared<pictures::Picture>(stored(file, frame, watch));
+    notes_.losses(file, path, picture->notes);
+    notes_.losses(file, path, pictures::lost_at_depth(*picture, scene_.depth));
+    if (matte != nullptr) must(unmultiply(*picture->world, *matte), pictures::about(scene_.file, file.place));
+    bring_into_space(file, path, *picture, watch);
+    pictures::bring_to_depth(path, *picture, scene_.depth);
+    if (scene_.background && &file == &*scene_.background) return picture;
+    notes_.losses(file, path, pictures::lost_beside(*picture));
+    pictures::drop_beside(*picture);
+    return picture;
+}
+
+}  // namespace qx::scene

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "pictures/Picture.h"
+#include "pictures/Watch.h"
+#include "scene/SceneFile.h"
+
+// What a layer shows, before its effects.
+namespace qx::scene {
+
+/// A picture at the scene's depth and in its space.
+using Shown = std::shared_ptr<const pictures::Picture>;
+
+/// What a source may ask for while a frame is made.
+struct SourceMoment {
+    int frame = 0;
+    /// What a file shows at the frame. @param matte  colour that its pixels were mixed with; may be null
+    std::function<Shown(const SceneFile& file, const QX_PixelFloat* matte)> file;
+    pictures::Watch& watch;
+};
+
+/// Told once, then used by any number of threads.
+class Source {
+public:
+    Source() = default;
+    virtual ~Source() = default;
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    /// Whether it shows other pictures in other frames.
+    virtual bool moves() const = 0;
+    /// Throws Stopped, pictures::Failure or WorkFault.
+    virtual Shown picture(const SourceMoment& moment) const = 0;
+    /// The file that it shows; null for what is made.
+    virtual const SceneFile* file() const { return nullptr; }
+    virtual const QX_PixelFloat* matte() const { return nullptr; }
+};
+
+}  // namespace qx::scene

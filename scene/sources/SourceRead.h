@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "scene/LayerRead.h"
+#include "scene/sources/Source.h"
+
+namespace qx::scene {
+
+/// The keys of a layer that tell what it shows.
+std::vector<std::string> source_keys(const SceneNode& layer);
+/// What a layer shows. Throws SceneFault.
+std::shared_ptr<const Source> read_source(const SceneNode& layer, const ReadContext& context);
+
+}  // namespace qx::scene

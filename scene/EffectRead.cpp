@@ -46,10 +46,7 @@ private:
         *key.to = value.read_by([&] { return choice(text, key.words); });
     }
     void take(const SceneNode& node, const char* name, const FlagKey& key) { *key.to = node.need(name).flag(); }
-    void take(const SceneNode& node, const char* name, const ColourKey& key) {
-        const auto c = node.need(name).numbers(3, 4, 0, 1);
-        *key.to = {c.size() == 4 ? c[3] : 1, c[0], c[1], c[2]};
-    }
+    void take(const SceneNode& node, const char* name, const ColourKey& key) { *key.to = read_colour(node.need(name)); }
     void take(const SceneNode& node, const char* name, const TextKey& key) {
         const SceneNode value = node.need(name);
         value.read_by([&] { key.read(value.text()); });
@@ -62,7 +59,7 @@ private:
         *key.to = {path, text_of_file(path)};
     }
     void take(const SceneNode& node, const char* name, const PictureKey& key) {
-        *key.to = (key.is_data ? read_data_file : read_file)(node.need(name), folder_);
+        *key.to = (key.is_data ? read_data_file : read_file)(node.need(name), folder_, Missing::error);
         moves_ = moves_ || (*key.to)->moves();
     }
     void take(const SceneNode& node, const char* name, const ListKey& key) {
@@ -75,7 +72,7 @@ private:
 
 /// {"plugin": NAME, "parameters": {KEY: VALUE, ...}}
 SceneEffect read_plug_in(const SceneNode& node, const std::string& folder, EffectSource* others) {
-    node.check_keys({"plugin", "parameters", "comment"});
+    node.check_keys(kPlugInKeys);
     const SceneNode name = node.need("plugin");
     if (others == nullptr) name.fault("cannot be had here");
     std::shared_ptr<Effect> effect = name.read_by([&] { return others->find(name.text()); });

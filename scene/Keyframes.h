@@ -4,14 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
+#include "scene/Ease.h"
+
 namespace qx::scene {
-
-enum class Between { linear, smooth };
-
-/// How much of the next key's value there is after part `u` of the way; smooth starts and ends at rest.
-constexpr double share(Between between, double u) { return between == Between::linear ? u : u * u * (3 - 2 * u); }
 
 /// N numbers that change from key to key, and stay before the first and after the last.
 template <std::size_t N> class Track {
@@ -20,11 +18,15 @@ public:
     struct Key {
         double frame;
         Value value;
-        Between between;  ///< on the way to the next key
+        Ease ease;  ///< on the way to the next key
     };
 
-    explicit Track(const Value& constant) : keys_{{0, constant, Between::linear}} {}
-    explicit Track(std::vector<Key> keys) : keys_(std::move(keys)) {}  ///< at least one, frames rising
+    explicit Track(const Value& constant) : keys_{{0, constant, {}}} {}
+    /// @param keys   at least one, frames rising
+    /// @param least  a curve that goes beyond its keys' values is cut here, as at `most`
+    explicit Track(std::vector<Key> keys, double least = -std::numeric_limits<double>::infinity(),
+                   double most = std::numeric_limits<double>::infinity())
+        : keys_(std::move(keys)), least_(least), most_(most) {}
 
     bool moves() const { return keys_.size() > 1; }
     double first() const { return keys_.front().frame; }
@@ -35,14 +37,18 @@ public:
         if (next == keys_.begin()) return keys_.front().value;
         if (next == keys_.end()) return keys_.back().value;
         const Key &from = *std::prev(next), &to = *next;
-        const double w = share(from.between, (frame - from.frame) / (to.frame - from.frame));
+        const double w = from.ease.share((frame - from.frame) / (to.frame - from.frame));
         Value value;
         for (std::size_t i = 0; i < N; ++i) value[i] = from.value[i] + (to.value[i] - from.value[i]) * w;
+        if (from.ease.between == Between::bezier) {
+            for (double& number : value) number = std::clamp(number, least_, most_);
+        }
         return value;
     }
 
 private:
     std::vector<Key> keys_;
+    double least_ = -std::numeric_limits<double>::infinity(), most_ = std::numeric_limits<double>::infinity();
 };
 
 }  // namespace qx::scene

@@ -16,14 +16,14 @@ namespace {
 constexpr double kMostAngle = 3600;
 constexpr int kMostMatrices = 257;
 
-SceneMask read_mask(const SceneNode& node, const std::string& folder) {
+SceneMask read_mask(const SceneNode& node, const std::string& folder, Missing missing) {
     SceneMask mask;
     if (!node.is_object()) {
-        mask.file = read_data_file(node, folder);
+        mask.file = read_data_file(node, folder, missing);
         return mask;
     }
-    node.check_keys({"file", "kind", "at"});
-    mask.file = read_data_file(node.need("file"), folder);
+    node.check_keys(kMaskKeys);
+    mask.file = read_data_file(node.need("file"), folder, missing);
     if (const auto kind = node.find("kind")) mask.kind = static_cast<QX_MaskKind>(kind->choice(kMaskKindWords));
     if (const auto at = node.find("at")) {
         const auto place = at->items(2, 2);
@@ -34,7 +34,7 @@ SceneMask read_mask(const SceneNode& node, const std::string& folder) {
 }
 
 SceneTransform read_transform(const SceneNode& node) {
-    node.check_keys({"anchor", "translate", "scale", "rotate", "matrix"});
+    node.check_keys(kTransformKeys);
     SceneTransform transform;
     read_track(node, "anchor", 2, -kMostPlacing, kMostPlacing, transform.anchor);
     read_track(node, "translate", 2, -kMostPlacing, kMostPlacing, transform.translate);
@@ -51,7 +51,7 @@ SceneTransform read_transform(const SceneNode& node) {
 }
 
 Shutter read_shutter(const SceneNode& node) {
-    node.check_keys({"angle", "phase", "matrices"});
+    node.check_keys(kShutterKeys);
     Shutter shutter;
     if (const auto angle = node.find("angle")) shutter.angle = angle->number(0, kMostAngle);
     if (const auto phase = node.find("phase")) shutter.phase = phase->number(-kMostAngle, kMostAngle);
@@ -77,18 +77,28 @@ void read_look(const SceneNode& node, SceneLayer& layer) {
     if (const auto seed = node.find("seed")) layer.seed = seed->whole(INT_MIN, INT_MAX);
 }
 
+void read_life(const SceneNode& node, SceneLayer& layer) {
+    if (const auto in = node.find("in")) layer.in = in->whole(-kMostFrame, kMostFrame);
+    if (const auto out = node.find("out")) {
+        layer.out = out->whole(-kMostFrame, kMostFrame);
+        if (layer.out < layer.in) out->fault("comes before in");
+    }
+    if (const auto visible = node.find("visible")) layer.visible = visible->flag();
+}
+
 SceneLayer read_layer(SceneNode node, const ReadContext& context) {
-    std::vector<std::string> keys = source_keys(node);
-    keys.insert(keys.end(), {"mode", "opacity", "mask", "effects", "field", "quality", "transform", "shutter",
-                             "rgb-only", "linear", "seed", "name", "comment"});
+    const auto own = source_keys(node);
+    std::vector<std::string> keys(own.begin(), own.end());
+    keys.insert(keys.end(), std::begin(kLayerKeys), std::end(kLayerKeys));
     node.check_keys(keys);
     read_comment(node);
     if (const auto name = node.find("name")) node.set_title(name->text());
     SceneLayer layer;
     layer.place = node.place();
     layer.source = read_source(node, context);
+    read_life(node, layer);
     read_look(node, layer);
-    if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask, context.folder);
+    if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask, context.folder, read_missing(node));
     if (layer.mode == xfer_mask_crossfade && !layer.mask) node.need("mask");
     if (const auto effects = node.find("effects")) {
         for (const SceneNode& effect : effects->items(0, kMostItems)) {

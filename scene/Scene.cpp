@@ -13,10 +13,17 @@ namespace {
 
 /// Hands each file that the frames show to `see`, with the first frame that shows it.
 template <class See> void each_file_of(const Scene& scene, const FrameRange& frames, const See& see) {
+    each_file(scene, [&](const SceneFile& file, const QX_PixelFloat*) {
+        if (!file.moves()) see(file, frames.first);
+    });
     for (int i = 0; i < frames.count(); ++i) {
-        each_file(scene, [&](const SceneFile& file, const QX_PixelFloat*) {
-            if (i == 0 || file.moves()) see(file, frames.frame(i));
-        });
+        const auto visit = [&](const SceneFile& file, const QX_PixelFloat*) {
+            if (file.moves()) see(file, frames.frame(i));
+        };
+        if (scene.background) visit(*scene.background, nullptr);
+        for (const SceneLayer& layer : scene.layers) {
+            if (layer.lasts(frames.frame(i))) each_file(layer, visit);
+        }
     }
 }
 
@@ -45,7 +52,7 @@ void check_colours(const Scene& scene) {
 
 void check_files(const Scene& scene, const FrameRange& frames) {
     each_file_of(scene, frames, [&](const SceneFile& file, int frame) {
-        if (file.clip) return;  // it was looked at when the scene was read
+        if (file.clip || file.missing != Missing::error) return;  // looked at when the scene was read
         const std::string path = file.at(frame);
         std::error_code ignored;
         if (std::filesystem::exists(path, ignored)) return;

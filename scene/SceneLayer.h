@@ -48,6 +48,8 @@ struct SceneEffect {
 struct SceneLayer {
     std::string place;  ///< in the scene, such as /layers/2
     std::shared_ptr<const Source> source;
+    int in = -kMostFrame, out = kMostFrame;  ///< the first and the last frame at which it shows
+    bool visible = true;
     int mode = xfer_over;
     Track<1> opacity{Track<1>::Value{1}};
     std::optional<SceneMask> mask;
@@ -63,6 +65,7 @@ struct SceneLayer {
     /// @param left  where effects have moved its corner to, as `top` tells of rows
     std::vector<M_Matrix3> matrices(int frame, int left = 0, int top = 0) const;
     bool effects_move() const;
+    bool lasts(int frame) const { return frame >= in && frame <= out; }
 };
 
 using SceneLayers = std::vector<SceneLayer>;

@@ -47,6 +47,9 @@ public:
 
     /// The value is to be an object with keys out of these.
     void check_keys(const std::vector<std::string>& known) const;
+    void check_keys(std::span<const char* const> known) const {
+        check_keys(std::vector<std::string>(known.begin(), known.end()));
+    }
     std::optional<SceneNode> find(const std::string& key) const;
     SceneNode need(const std::string& key) const;
 

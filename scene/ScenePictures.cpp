@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scene/ScenePictures.h"
 
+#include <algorithm>
+#include <filesystem>
+
 #include "QX/pixelops/QX_Premul.h"
 #include "pictures/Carried.h"
 #include "pictures/Losses.h"
 #include "scene/Faults.h"
+#include "scene/NumberedFiles.h"
 #include "scene/Words.h"
 
 namespace qx::scene {
@@ -14,6 +18,12 @@ int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
     QX_LayerDef record{};
     world.FillOutEffectWorld(&record);
     return QX_PremulColorFloat(nullptr, &record, &matte, false, &record);
+}
+
+/// Of what the scene does without.
+bool is_missing(const SceneFile& file, int frame) {
+    std::error_code ignored;
+    return file.missing != Missing::error && !file.clip && !std::filesystem::exists(file.at(frame), ignored);
 }
 
 }  // namespace
@@ -47,12 +57,47 @@ void ScenePictures::bring_into_space(const SceneFile& file, const std::string& p
     }
 }
 
-Shown ScenePictures::show(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch) {
-    if (file.moves()) return read(file, frame, matte, watch);
+Shown ScenePictures::show(const SceneFile& file, const FrameAsked& asked, const QX_PixelFloat* matte) {
+    if (is_missing(file, asked.frame)) return stand_in(file, asked, matte);
+    if (file.moves()) return read(file, asked.frame, matte, asked.watch);
     Still& still = still_of(file, matte);
     const std::lock_guard lock(still.mutex);  // others wait for the picture, which they need as well
-    if (!still.picture) still.picture = read(file, frame, matte, watch);
+    if (!still.picture) still.picture = read(file, asked.frame, matte, asked.watch);
     return still.picture;
+}
+
+std::optional<int> ScenePictures::nearest(const SceneFile& file, int frame) {
+    const std::lock_guard lock(mutex_);
+    const auto [found, is_new] = there_.try_emplace(file.place);
+    if (is_new && file.name.has_place()) found->second = numbers_there(file.name);
+    const std::vector<int>& numbers = found->second;
+    if (numbers.empty()) return std::nullopt;
+    const auto behind = std::upper_bound(numbers.begin(), numbers.end(), frame + file.offset);
+    return behind == numbers.begin() ? *behind : *std::prev(behind);
+}
+
+Shown ScenePictures::stand_in(const SceneFile& file, const FrameAsked& asked, const QX_PixelFloat* matte) {
+    const std::string path = file.at(asked.frame);
+    const auto note = [&](const std::string& words) {
+        notes_.once(path + words, pictures::about(path, "is missing, " + words));
+    };
+    if (file.missing == Missing::skip) {
+        note("its layer is left out");
+        return nullptr;
+    }
+    const std::optional<int> number = nearest(file, asked.frame);
+    if (file.missing == Missing::hold) {
+        if (!number) throw pictures::Failure(path, "is missing, and no other picture of it is there");
+        note(file.name.name(*number) + " is shown");
+        return read(file, *number - file.offset, matte, asked.watch);
+    }
+    note("black is shown");
+    pictures::PictureSize size{asked.width, asked.height};
+    if (number) size = pictures::picture_size(file.name.name(*number), asked.watch);
+    auto black = std::make_shared<pictures::Picture>();
+    black->world = pictures::new_world(path, size.width, size.height, scene_.depth, false);
+    black->world->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
+    return black;
 }
 
 ScenePictures::Still& ScenePictures::still_of(const SceneFile& file, const QX_PixelFloat* matte) {
@@ -64,7 +109,7 @@ ScenePictures::Still& ScenePictures::still_of(const SceneFile& file, const QX_Pi
 void ScenePictures::read_stills(pictures::Watch& watch) {
     try {
         each_file(scene_, [&](const SceneFile& file, const QX_PixelFloat* matte) {
-            if (file.moves()) return;
+            if (file.moves() || is_missing(file, 0)) return;
             Still& still = still_of(file, matte);
             const std::unique_lock lock(still.mutex, std::try_to_lock);
             if (lock && !still.picture) still.picture = read(file, 0, matte, watch);

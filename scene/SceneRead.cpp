@@ -21,8 +21,7 @@ public:
     }
 
     Scene read(const SceneNode& root) {
-        root.check_keys({"size", "depth", "dither", "rate", "frames", "space", "linearize", "output-space",
-                         "background", "layers", "comment"});
+        root.check_keys(kSceneKeys);
         read_comment(root);
         read_frame(root);
         read_colours(root);
@@ -78,9 +77,9 @@ private:
             scene_.background = read_file(node, context_.folder);
             return;
         }
-        const auto c = node.numbers(3, 4, 0, 1);
+        const auto c = read_colour(node);
         const auto channel = [&](std::size_t i) { return static_cast<float>(c[i]); };
-        scene_.colour = {c.size() == 4 ? channel(3) : 1.0f, channel(0), channel(1), channel(2)};
+        scene_.colour = {channel(0), channel(1), channel(2), channel(3)};
     }
 
     const ReadContext context_;

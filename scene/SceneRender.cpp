@@ -17,7 +17,7 @@ void SceneRender::size(int number, pictures::Watch& watch, int* width, int* heig
     *width = scene_.width;
     *height = scene_.height;
     if (scene_.width != 0) return;
-    const Shown picture = pictures_.show(*scene_.background, number, nullptr, watch);
+    const Shown picture = pictures_.show(*scene_.background, {number, watch});
     *width = picture->world->width;
     *height = picture->world->height;
 }
@@ -27,7 +27,7 @@ int SceneRender::frames_within(std::uint64_t bytes, int width, int height) const
 }
 
 pictures::Picture SceneRender::background(int number, pictures::Watch& watch) {
-    const Shown picture = scene_.background ? pictures_.show(*scene_.background, number, nullptr, watch) : nullptr;
+    const Shown picture = scene_.background ? pictures_.show(*scene_.background, {number, watch}) : nullptr;
     pictures::Picture frame;
     const int width = scene_.width != 0 ? scene_.width : picture->world->width;
     const int height = scene_.width != 0 ? scene_.height : picture->world->height;

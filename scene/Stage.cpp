@@ -32,32 +32,34 @@ void Stage::composite(const SceneLayers& layers, int frame, pictures::Picture& o
     }
 }
 
-Shown Stage::picture_of(const SceneLayer& layer, const Scenery& scenery) {
+Piece Stage::piece_of(const SceneLayer& layer, const Scenery& scenery) {
     const auto file = [&](const SceneFile& name, const QX_PixelFloat* matte) {
-        return pictures_.show(name, scenery.frame, matte, scenery.watch);
+        return pictures_.show(name, scenery.asked(), matte);
     };
     return layer.source->picture({.frame = scenery.frame, .file = file, .watch = scenery.watch});
 }
 
-std::shared_ptr<const Canvas> Stage::with_effects(const SceneLayer& layer, int number, const pictures::Picture& picture,
+std::shared_ptr<const Canvas> Stage::with_effects(const SceneLayer& layer, int number, const Piece& piece,
                                                   const Scenery& scenery) {
     if (layer.effects.empty()) return nullptr;
-    const auto make = [&] { return worked_on(layer, number, picture, scenery); };
+    const auto make = [&] { return worked_on(layer, number, piece, scenery); };
     if (layer.effects_move()) return make();
     return wings_.at(&layer).canvas.get(scenery.onto.world->width, scenery.onto.world->height, make);
 }
 
-std::shared_ptr<const Canvas> Stage::worked_on(const SceneLayer& layer, int number, const pictures::Picture& picture,
+std::shared_ptr<const Canvas> Stage::worked_on(const SceneLayer& layer, int number, const Piece& piece,
                                                const Scenery& scenery) {
     auto canvas = std::make_shared<Canvas>();
     const SceneFile* const own = layer.source->file();
     canvas->world =
         pictures::at_depth(own != nullptr ? own->at(scenery.frame) : pictures::about(scene_.file, layer.place),
-                           *picture.world, scene_.depth);
+                           *piece.picture->world, scene_.depth);
+    canvas->x = piece.x;
+    canvas->y = piece.y;
     for (const SceneEffect& effect : layer.effects) {
         const std::string subject = pictures::about(scene_.file, effect.place);
         const auto show_file = [&](const SceneFile& file) {
-            const Shown shown = pictures_.show(file, scenery.frame, nullptr, scenery.watch);
+            const Shown shown = pictures_.show(file, scenery.asked());
             return std::shared_ptr<const QX_World>(shown, shown->world.get());
         };
         const auto note = [&](const std::string& words) {
@@ -76,20 +78,20 @@ std::shared_ptr<const Canvas> Stage::worked_on(const SceneLayer& layer, int numb
 }
 
 void Stage::composite(const SceneLayer& layer, int number, const Scenery& scenery) {
-    const Shown picture = picture_of(layer, scenery);
-    const Shown mask = layer.mask ? pictures_.show(layer.mask->file, scenery.frame, nullptr, scenery.watch) : nullptr;
+    if (!layer.visible || !layer.lasts(scenery.frame)) return;
+    const Piece piece = piece_of(layer, scenery);
+    const Shown mask = layer.mask ? pictures_.show(layer.mask->file, scenery.asked()) : nullptr;
+    if (!piece.picture || (layer.mask && !mask)) return;
     const SceneFile* const file = layer.source->file();
     if (file != nullptr && pictures_.space() == nullptr && scene_.background) {
-        notes_.losses(*file, file->at(scenery.frame), taken_otherwise(*picture, scenery.onto));
+        notes_.losses(*file, file->at(scenery.frame), taken_otherwise(*piece.picture, scenery.onto));
     }
-    pictures::add_precision(scenery.onto, *picture);
+    pictures::add_precision(scenery.onto, *piece.picture);
     Transfer transfer;
-    const auto canvas = with_effects(layer, number, *picture, scenery);
-    transfer.layer = canvas ? canvas->world.get() : picture->world.get();
-    if (canvas) {
-        transfer.x = canvas->x;
-        transfer.y = canvas->y;
-    }
+    const auto canvas = with_effects(layer, number, piece, scenery);
+    transfer.layer = canvas ? canvas->world.get() : piece.picture->world.get();
+    transfer.x = canvas ? canvas->x : piece.x;
+    transfer.y = canvas ? canvas->y : piece.y;
     transfer.mode = layer.mode;
     transfer.opacity = static_cast<float>(layer.opacity.at(scenery.frame)[0]);
     transfer.rgb_only = layer.rgb_only;

@@ -33,14 +33,15 @@ private:
         int frame;
         pictures::Picture& onto;
         pictures::Watch& watch;
+        FrameAsked asked() const { return {frame, watch, onto.world->width, onto.world->height}; }
     };
     void add(const SceneLayers& layers);
     void composite(const SceneLayer& layer, int number, const Scenery& scenery);
-    Shown picture_of(const SceneLayer& layer, const Scenery& scenery);
+    Piece piece_of(const SceneLayer& layer, const Scenery& scenery);
     /// A layer's picture after its effects; null when it has none.
-    std::shared_ptr<const Canvas> with_effects(const SceneLayer& layer, int number, const pictures::Picture& picture,
+    std::shared_ptr<const Canvas> with_effects(const SceneLayer& layer, int number, const Piece& piece,
                                                const Scenery& scenery);
-    std::shared_ptr<const Canvas> worked_on(const SceneLayer& layer, int number, const pictures::Picture& picture,
+    std::shared_ptr<const Canvas> worked_on(const SceneLayer& layer, int number, const Piece& piece,
                                             const Scenery& scenery);
 
     const Scene& scene_;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "scene/NumberedFiles.h"
 #include "scene/SceneValues.h"
 #include "scene/Words.h"
 
@@ -56,7 +57,7 @@ std::vector<std::string> ClipChoice::files() const {
 }
 
 std::shared_ptr<const ClipChoice> read_clip(const SceneNode& node, const std::string& folder) {
-    node.check_keys({"clip", "offset", "speed", "map", "rate", "method", "quality", "cuts", "profile"});
+    node.check_keys(kClipKeys);
     auto choice = std::make_shared<ClipChoice>();
     const SceneNode name = node.need("clip");
     choice->path = (fs::path(folder) / name.text()).string();

@@ -69,7 +69,11 @@ ClipMoment TimeMap::at(int number) const {
     return moment_of_time(clip_, clip_.time_of(0) + step_ * Rational(number - numbers_.first));
 }
 
-Track<1> read_time_track(const SceneNode& node) { return Track<1>(track_keys<1>(node, 1, -kMostFrame, kMostFrame)); }
+Track<1> read_time_track(const SceneNode& node) { 
+    return Track<1>(
+        track_keys<1>(node, [](const SceneNode& value) { return track_value<1>(value, 1, -kMostFrame, kMostFrame); }),
+        -kMostFrame, kMostFrame);
+}
 
 Track<1> read_time_track_file(const std::string& path) {
     const nlohmann::json json = parse_json(text_of_file(path), path);

@@ -15,7 +15,7 @@ public:
         : file_(std::move(file)), matte_(matte) {}
 
     bool moves() const override { return file_.moves(); }
-    Shown picture(const SourceMoment& moment) const override { return moment.file(file_, matte()); }
+    Piece picture(const SourceMoment& moment) const override { return {moment.file(file_, matte())}; }
     const SceneFile* file() const override { return &file_; }
     const QX_PixelFloat* matte() const override { return matte_ ? &*matte_ : nullptr; }
 

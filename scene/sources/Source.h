@@ -15,6 +15,12 @@ namespace qx::scene {
 /// A picture at the scene's depth and in its space.
 using Shown = std::shared_ptr<const pictures::Picture>;
 
+/// What a source shows; null where that is nothing.
+struct Piece {
+    Shown picture;
+    int x = 0, y = 0;  ///< where its left top corner lies, seen from that of the layer
+};
+
 /// What a source may ask for while a frame is made.
 struct SourceMoment {
     int frame = 0;
@@ -34,7 +40,7 @@ public:
     /// Whether it shows other pictures in other frames.
     virtual bool moves() const = 0;
     /// Throws Stopped, pictures::Failure or WorkFault.
-    virtual Shown picture(const SourceMoment& moment) const = 0;
+    virtual Piece picture(const SourceMoment& moment) const = 0;
     /// The file that it shows; null for what is made.
     virtual const SceneFile* file() const { return nullptr; }
     virtual const QX_PixelFloat* matte() const { return nullptr; }

@@ -13,7 +13,7 @@ QX_PixelFloat read_matte(const SceneNode& node) {
 }
 
 std::shared_ptr<const Source> read_file_source(const SceneNode& layer, const ReadContext& context) {
-    SceneFile file = read_file(layer.need("file"), context.folder);
+    SceneFile file = read_file(layer.need("file"), context.folder, read_missing(layer));
     std::optional<QX_PixelFloat> matte;
     if (const auto node = layer.find("matte")) matte = read_matte(*node);
     return std::make_shared<FileSource>(std::move(file), matte);
@@ -21,7 +21,12 @@ std::shared_ptr<const Source> read_file_source(const SceneNode& layer, const Rea
 
 }  // namespace
 
-std::vector<std::string> source_keys(const SceneNode&) { return {"file", "matte"}; }
+Missing read_missing(const SceneNode& layer) {
+    const auto node = layer.find("missing");
+    return node ? static_cast<Missing>(node->choice(kMissingWords)) : Missing::error;
+}
+
+std::span<const char* const> source_keys(const SceneNode&) { return kFileSourceKeys; }
 
 std::shared_ptr<const Source> read_source(const SceneNode& layer, const ReadContext& context) {
     return read_file_source(layer, context);

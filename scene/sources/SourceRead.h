@@ -2,8 +2,7 @@
 #pragma once
 
 #include <memory>
-#include <string>
-#include <vector>
+#include <span>
 
 #include "scene/LayerRead.h"
 #include "scene/sources/Source.h"
@@ -11,7 +10,9 @@
 namespace qx::scene {
 
 /// The keys of a layer that tell what it shows.
-std::vector<std::string> source_keys(const SceneNode& layer);
+std::span<const char* const> source_keys(const SceneNode& layer);
+/// What becomes of pictures of a layer and its mask that are not there.
+Missing read_missing(const SceneNode& layer);
 /// What a layer shows. Throws SceneFault.
 std::shared_ptr<const Source> read_source(const SceneNode& layer, const ReadContext& context);
 

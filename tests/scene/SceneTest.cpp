@@ -49,6 +49,36 @@ TEST(Keyframes, LinearAndSmoothBetweenKeysAndStillOutside) {
     EXPECT_EQ(track.at(1e9), (Track<2>::Value{8, 0}));
 }
 
+/// The curve of two control points by its definition, as sums of Bernstein's polynomials, at fine parts of it.
+TEST(Keyframes, BezierGoesAlongTheCurveOfItsPoints) {
+    const double points[][4] = {{0.25, 0.1, 0.25, 1},  {0.42, 0, 0.58, 1}, {0, 0, 1, 1},
+                                {0.3, -0.8, 0.6, 1.9}, {1, 0, 0, 1},       {0, 1, 1, 0}};
+    for (const auto& p : points) {
+        const Ease ease(p[0], p[1], p[2], p[3]);
+        EXPECT_EQ(ease.share(0), 0);
+        for (int i = 1; i < 1000; ++i) {
+            const double s = i / 1000.0, r = 1 - s;
+            const double x = 3 * r * r * s * p[0] + 3 * r * s * s * p[2] + s * s * s;
+            const double y = 3 * r * r * s * p[1] + 3 * r * s * s * p[3] + s * s * s;
+            const bool is_steep = p[0] == 1 && std::abs(s - 0.5) < 0.1;  // x stands still there, which y does not
+            EXPECT_NEAR(ease.share(x), y, is_steep ? 1e-4 : 1e-9) << p[0] << " at " << s;
+        }
+    }
+}
+
+TEST(Keyframes, HoldStaysAndWhatShootsOverIsCut) {
+    const Track<1> held({{0, {3}, Between::hold}, {4, {7}, {}}});
+    for (const double frame : {0.0, 1.0, 3.999}) EXPECT_EQ(held.at(frame)[0], 3) << frame;
+    EXPECT_EQ(held.at(4)[0], 7);
+    const std::vector<Track<1>::Key> keys{{0, {0.1}, {0.3, -3, 0.7, 4}}, {10, {0.9}, {}}};
+    const Track<1> free(keys), cut(keys, 0, 1);
+    EXPECT_LT(free.at(1.5)[0], 0);
+    EXPECT_GT(free.at(8.5)[0], 1);
+    for (double frame = 0; frame < 10; frame += 0.25) {
+        EXPECT_EQ(cut.at(frame)[0], std::clamp(free.at(frame)[0], 0.0, 1.0)) << frame;
+    }
+}
+
 /// In complex numbers a clockwise turn, with y downwards, is a product with e to the i phi.
 TEST(Placing, AnchorLandsOnTranslateAndTheRestTurnsClockwiseAboutIt) {
     for (const double degrees : {0.0, 30.0, 90.0, -90.0, 200.0, 359.0, 725.0}) {
@@ -136,6 +166,16 @@ TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
             "'opacity': {'keys': [{'frame': 1, 'value': 'x'}]} => opacity/keys/0/value is not a list",
             "'opacity': {'keys': [{'frame': 2, 'value': 1}, {'frame': 2, 'value': 0}]} => opacity/keys/1/frame does "
             "not come after",
+            "'in': 2, 'out': 1 => out comes before in",
+            "'in': 0.5 => in is not a whole number",
+            "'visible': 'no' => visible is neither true nor false",
+            "'missing': 'blak' => missing blak: not one of error, hold, black, skip; the nearest is black",
+            "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': {'bezier': [0, 1, 2]}} => "
+            "opacity/interpolation/bezier does not have 4 items",
+            "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': {'bezier': [0, 1, 1.1, 1]}} => "
+            "opacity/interpolation/bezier/2 is not a number from 0 to 1",
+            "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': {'curve': 1}} => "
+            "opacity/interpolation/curve is an unknown key; the nearest is bezier",
             "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': 'cubic'} => opacity/interpolation cubic: "
             "not one of linear, smooth",
             "'mode': 'scren' => mode scren: no such mode; the nearest is screen",
@@ -169,8 +209,8 @@ TEST_F(SceneFile, WhatItSaysArrives) {
     EXPECT_EQ(std::tuple(layer.mode, layer.field, layer.quality, layer.rgb_only, layer.seed, layer.source->matte()->red,
                          layer.source->matte()->green, layer.source->matte()->blue),
               std::tuple(8, 2, 0, true, -7, 0.0f, 0.5f, 1.0f));
-    EXPECT_EQ(std::tuple(layer.mask->kind, layer.mask->x, layer.mask->y, layer.shutter.angle, layer.shutter.phase,
-                         layer.shutter.matrices),
+    EXPECT_EQ(std::tuple(layer.mask->kind, layer.mask->x, layer.mask->y, layer.shutter.angle,
+                         layer.shutter.phase, layer.shutter.matrices),
               std::tuple(2, -3, 4, 90, -45, 3));
     EXPECT_EQ(layer.opacity.at(1)[0], 0.0625 * 3 - 2 * 0.015625);
     EXPECT_EQ(layer.transform->scale.at(0), (Track<2>::Value{2, 3}));

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// The keys that objects of a scene file may have, which the reader and the schema of the file share.
+#pragma once
+
+namespace qx::scene {
+
+inline constexpr const char* kSceneKeys[] = {"size",      "depth",        "dither",     "rate",   "frames", "space",
+                                             "linearize", "output-space", "background", "layers", "comment"};
+inline constexpr const char* kFileKeys[] = {"name", "offset", "profile"};
+inline constexpr const char* kClipKeys[] = {"clip",   "offset",  "speed", "map",    "rate",
+                                            "method", "quality", "cuts",  "profile"};
+/// Of every layer; what it shows has keys besides.
+inline constexpr const char* kLayerKeys[] = {"mode",      "opacity", "mask",     "effects", "field", "quality",
+                                             "transform", "shutter", "rgb-only", "linear",  "seed",  "name",
+                                             "comment",   "in",      "out",      "visible"};
+inline constexpr const char* kFileSourceKeys[] = {"file", "matte", "missing"};
+inline constexpr const char* kMaskKeys[] = {"file", "kind", "at"};
+inline constexpr const char* kTransformKeys[] = {"anchor", "translate", "scale", "rotate", "matrix"};
+inline constexpr const char* kShutterKeys[] = {"angle", "phase", "matrices"};
+inline constexpr const char* kPlugInKeys[] = {"plugin", "parameters", "comment"};
+inline constexpr const char* kTrackKeys[] = {"keys", "interpolation"};
+inline constexpr const char* kBezierKeys[] = {"bezier"};
+inline constexpr const char* kKeyKeys[] = {"frame", "value", "interpolation"};
+
+}  // namespace qx::scene

@@ -13,6 +13,8 @@ struct PictureCount {
 
     void add(bool moves) { ++(moves ? each_frame : stills); }
     void add(const SceneLayer& layer) {
+        if (layer.source->file() == nullptr) add(layer.source->moves());  // it is made
+        if (layer.matte_layer || (layer.mask && layer.mask->transform)) add(true);
         if (layer.effects.empty()) return;
         add(layer.effects_move());
         worked = true;
@@ -24,7 +26,10 @@ struct PictureCount {
 int frames_within(const Scene& scene, std::uint64_t bytes, int width, int height) {
     PictureCount count;
     each_file(scene, [&](const SceneFile& file, const QX_PixelFloat*) { count.add(file.moves()); });
-    for (const SceneLayer& layer : scene.layers) count.add(layer);
+    each_layer(scene.layers, [&](const SceneLayer& layer) {
+        count.add(layer);
+        return true;
+    });
     const std::uint64_t picture =
         static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) * static_cast<unsigned>(scene.depth / 2);
     // The result and what its file is made from; a picture as the file has it and at the scene's depth; an effect at

@@ -5,6 +5,7 @@
 #include <climits>
 
 #include "scene/EffectRead.h"
+#include "scene/LayerLinks.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
 #include "scene/SceneValues.h"
@@ -15,23 +16,6 @@ namespace {
 
 constexpr double kMostAngle = 3600;
 constexpr int kMostMatrices = 257;
-
-SceneMask read_mask(const SceneNode& node, const std::string& folder, Missing missing) {
-    SceneMask mask;
-    if (!node.is_object()) {
-        mask.file = read_data_file(node, folder, missing);
-        return mask;
-    }
-    node.check_keys(kMaskKeys);
-    mask.file = read_data_file(node.need("file"), folder, missing);
-    if (const auto kind = node.find("kind")) mask.kind = static_cast<QX_MaskKind>(kind->choice(kMaskKindWords));
-    if (const auto at = node.find("at")) {
-        const auto place = at->items(2, 2);
-        mask.x = place[0].whole(-kFarthest, kFarthest);
-        mask.y = place[1].whole(-kFarthest, kFarthest);
-    }
-    return mask;
-}
 
 SceneTransform read_transform(const SceneNode& node) {
     node.check_keys(kTransformKeys);
@@ -48,6 +32,34 @@ SceneTransform read_transform(const SceneNode& node) {
         read_track(node, "matrix", 9, -kMostPlacing, kMostPlacing, *transform.matrix);
     }
     return transform;
+}
+
+/// A position that stays is of whole pixels; one that moves is rounded to them.
+void read_mask_place(const SceneNode& node, SceneMask& mask) {
+    const auto at = node.find("at");
+    if (at) {
+        mask.at = track_of<2>(*at, 2, -kFarthest, kFarthest);
+        if (!at->is_object()) {
+            for (const SceneNode& place : at->items(2, 2)) static_cast<void>(place.whole(-kFarthest, kFarthest));
+        }
+    }
+    if (const auto transform = node.find("transform")) {
+        if (at) transform->fault("excludes at");
+        mask.transform = read_transform(*transform);
+    }
+}
+
+SceneMask read_mask(const SceneNode& node, const std::string& folder, Missing missing) {
+    SceneMask mask;
+    if (!node.is_object()) {
+        mask.file = read_data_file(node, folder, missing);
+        return mask;
+    }
+    node.check_keys(kMaskKeys);
+    mask.file = read_data_file(node.need("file"), folder, missing);
+    if (const auto kind = node.find("kind")) mask.kind = static_cast<QX_MaskKind>(kind->choice(kMaskKindWords));
+    read_mask_place(node, mask);
+    return mask;
 }
 
 Shutter read_shutter(const SceneNode& node) {
@@ -86,7 +98,8 @@ void read_life(const SceneNode& node, SceneLayer& layer) {
     if (const auto visible = node.find("visible")) layer.visible = visible->flag();
 }
 
-SceneLayer read_layer(SceneNode node, const ReadContext& context) {
+/// @param node  gets the layer's name as its title
+SceneLayer read_layer(SceneNode& node, const ReadContext& context) {
     const auto own = source_keys(node);
     std::vector<std::string> keys(own.begin(), own.end());
     keys.insert(keys.end(), std::begin(kLayerKeys), std::end(kLayerKeys));
@@ -99,7 +112,7 @@ SceneLayer read_layer(SceneNode node, const ReadContext& context) {
     read_life(node, layer);
     read_look(node, layer);
     if (const auto mask = node.find("mask")) layer.mask = read_mask(*mask, context.folder, read_missing(node));
-    if (layer.mode == xfer_mask_crossfade && !layer.mask) node.need("mask");
+    if (layer.mode == xfer_mask_crossfade && !layer.mask && !node.find("matte-layer")) node.need("mask");
     if (const auto effects = node.find("effects")) {
         for (const SceneNode& effect : effects->items(0, kMostItems)) {
             layer.effects.push_back(read_effect(effect, context.folder, context.others));
@@ -118,7 +131,9 @@ void read_comment(const SceneNode& node) {
 
 SceneLayers read_layers(const SceneNode& node, const ReadContext& context) {
     SceneLayers layers;
-    for (const SceneNode& layer : node.items(0, kMostItems)) layers.push_back(read_layer(layer, context));
+    std::vector<SceneNode> nodes = node.items(0, kMostItems);
+    for (SceneNode& layer : nodes) layers.push_back(read_layer(layer, context));
+    link_layers(nodes, layers);
     return layers;
 }
 

@@ -11,6 +11,7 @@ namespace qx::scene {
 struct ReadContext {
     std::string folder;              ///< that names of files count from
     EffectSource* others = nullptr;  ///< effects besides the scene's own; null: none
+    int nested = 0;                  ///< groups that the part lies in
 };
 
 /// A list of layers. Throws SceneFault, or pictures::Failure for a file that cannot be read.

@@ -21,9 +21,10 @@ template <class See> void each_file_of(const Scene& scene, const FrameRange& fra
             if (file.moves()) see(file, frames.frame(i));
         };
         if (scene.background) visit(*scene.background, nullptr);
-        for (const SceneLayer& layer : scene.layers) {
+        each_layer(scene.layers, [&](const SceneLayer& layer) {
             if (layer.lasts(frames.frame(i))) each_file(layer, visit);
-        }
+            return layer.lasts(frames.frame(i));
+        });
     }
 }
 
@@ -42,9 +43,10 @@ void check_colours(const Scene& scene) {
     }
     if (colours.linearize) throw SceneFault(scene.file, "/linearize", kNeedsSpace);
     if (colours.output) throw SceneFault(scene.file, "/output-space", kNeedsSpace);
-    for (const SceneLayer& layer : scene.layers) {
+    each_layer(scene.layers, [&](const SceneLayer& layer) {
         if (layer.light.by_profile) throw SceneFault(scene.file, layer.place + "/linear", kNeedsSpace);
-    }
+        return true;
+    });
     each_file(scene, [&](const SceneFile& file, const QX_PixelFloat*) {
         if (file.profile) throw SceneFault(scene.file, file.place + "/profile", kNeedsSpace);
     });

@@ -45,7 +45,10 @@ std::optional<Overwritten> overwritten(const Scene& scene, const FrameRange& fra
 /// Hands all files of the scene to `see`, as that of a layer does.
 template <class See> void each_file(const Scene& scene, const See& see) {
     if (scene.background) see(*scene.background, nullptr);
-    for (const SceneLayer& layer : scene.layers) each_file(layer, see);
+    each_layer(scene.layers, [&](const SceneLayer& layer) {
+        each_file(layer, see);
+        return true;
+    });
 }
 
 }  // namespace qx::scene

@@ -19,41 +19,67 @@ Stage::~Stage() {
 }
 
 void Stage::add(const SceneLayers& layers) {
-    for (const SceneLayer& layer : layers) {
+    each_layer(layers, [&](const SceneLayer& layer) {
         if (layer.mode == xfer_dissolve && scene_.depth == 32)
             notes_.once("", pictures::about(scene_.file, kDissolveIsIdle));
         wings_[&layer].tables = tables_of(layer.light, pictures_.space());
-    }
+        return true;
+    });
 }
 
 void Stage::composite(const SceneLayers& layers, int frame, pictures::Picture& onto, pictures::Watch& watch) {
-    for (std::size_t i = 0; i < layers.size(); ++i) {
-        composite(layers[i], static_cast<int>(i) + 1, {frame, onto, watch});
+    Scenery scenery{layers, frame, onto, watch, {}, {}};
+    for (const SceneLayer& layer : layers) {
+        if (layer.visible && scenery.shows(layer)) composite(layer, scenery);
     }
 }
 
-Piece Stage::piece_of(const SceneLayer& layer, const Scenery& scenery) {
+Piece Stage::piece_of(const SceneLayer& layer, Scenery& scenery) {
+    const auto known = scenery.pieces.find(&layer);
+    if (known != scenery.pieces.end()) return known->second;
+    const auto made = [&] { return std::make_shared<Piece>(new_piece(layer, scenery)); };
+    const QX_World& onto = *scenery.onto.world;
+    const bool is_kept = layer.source->file() == nullptr && !layer.source->moves();  // files keep their own
+    const Piece piece =
+        is_kept ? *wings_.at(&layer).piece.get(onto.width, onto.height, made) : new_piece(layer, scenery);
+    if (layer.is_matte) scenery.pieces[&layer] = piece;
+    return piece;
+}
+
+Piece Stage::new_piece(const SceneLayer& layer, Scenery& scenery) {
+    const std::string subject = pictures::about(scene_.file, layer.place);
     const auto file = [&](const SceneFile& name, const QX_PixelFloat* matte) {
         return pictures_.show(name, scenery.asked(), matte);
     };
-    return layer.source->picture({.frame = scenery.frame, .file = file, .watch = scenery.watch});
+    const auto composite_group = [&](const SceneLayers& layers, pictures::Picture& onto) {
+        onto.colours = scenery.onto.colours;
+        onto.linear = scenery.onto.linear;
+        composite(layers, scenery.frame, onto, scenery.watch);
+    };
+    const auto note = [&](const std::string& words) { notes_.once(subject + words, pictures::about(subject, words)); };
+    return layer.source->picture({.frame = scenery.frame,
+                                  .width = scenery.onto.world->width,
+                                  .height = scenery.onto.world->height,
+                                  .depth = scene_.depth,
+                                  .subject = subject,
+                                  .file = file,
+                                  .composite = composite_group,
+                                  .note = note,
+                                  .watch = scenery.watch});
 }
 
-std::shared_ptr<const Canvas> Stage::with_effects(const SceneLayer& layer, int number, const Piece& piece,
-                                                  const Scenery& scenery) {
+std::shared_ptr<const Canvas> Stage::with_effects(const SceneLayer& layer, const Piece& piece, Scenery& scenery) {
     if (layer.effects.empty()) return nullptr;
-    const auto make = [&] { return worked_on(layer, number, piece, scenery); };
+    const auto make = [&] { return worked_on(layer, piece, scenery); };
     if (layer.effects_move()) return make();
     return wings_.at(&layer).canvas.get(scenery.onto.world->width, scenery.onto.world->height, make);
 }
 
-std::shared_ptr<const Canvas> Stage::worked_on(const SceneLayer& layer, int number, const Piece& piece,
-                                               const Scenery& scenery) {
+std::shared_ptr<const Canvas> Stage::worked_on(const SceneLayer& layer, const Piece& piece, Scenery& scenery) {
     auto canvas = std::make_shared<Canvas>();
     const SceneFile* const own = layer.source->file();
-    canvas->world =
-        pictures::at_depth(own != nullptr ? own->at(scenery.frame) : pictures::about(scene_.file, layer.place),
-                           *piece.picture->world, scene_.depth);
+    const std::string whose = own != nullptr ? own->at(scenery.frame) : pictures::about(scene_.file, layer.place);
+    canvas->world = pictures::at_depth(whose, *piece.picture->world, scene_.depth);
     canvas->x = piece.x;
     canvas->y = piece.y;
     for (const SceneEffect& effect : layer.effects) {
@@ -70,43 +96,55 @@ std::shared_ptr<const Canvas> Stage::worked_on(const SceneLayer& layer, int numb
                                        .picture = show_file,
                                        .note = note,
                                        .watch = scenery.watch,
-                                       .layer = number,
+                                       .layer = scenery.number_of(layer),
                                        .quality = layer.quality,
                                        .rate = scene_.rate});
     }
     return canvas;
 }
 
-void Stage::composite(const SceneLayer& layer, int number, const Scenery& scenery) {
-    if (!layer.visible || !layer.lasts(scenery.frame)) return;
-    const Piece piece = piece_of(layer, scenery);
-    const Shown mask = layer.mask ? pictures_.show(layer.mask->file, scenery.asked()) : nullptr;
-    if (!piece.picture || (layer.mask && !mask)) return;
-    const SceneFile* const file = layer.source->file();
-    if (file != nullptr && pictures_.space() == nullptr && scene_.background) {
-        notes_.losses(*file, file->at(scenery.frame), taken_otherwise(*piece.picture, scenery.onto));
-    }
-    pictures::add_precision(scenery.onto, *piece.picture);
+bool Stage::dress(const SceneLayer& layer, Scenery& scenery, Costume& costume) {
+    costume.piece = piece_of(layer, scenery);
+    if (!costume.piece.picture || !cover(layer, scenery, costume.coverage)) return false;
+    costume.canvas = with_effects(layer, costume.piece, scenery);
+    return true;
+}
+
+Transfer Stage::transfer_of(const SceneLayer& layer, const Costume& costume, int frame) const {
+    const auto& [piece, canvas, coverage] = costume;
     Transfer transfer;
-    const auto canvas = with_effects(layer, number, piece, scenery);
     transfer.layer = canvas ? canvas->world.get() : piece.picture->world.get();
     transfer.x = canvas ? canvas->x : piece.x;
     transfer.y = canvas ? canvas->y : piece.y;
     transfer.mode = layer.mode;
-    transfer.opacity = static_cast<float>(layer.opacity.at(scenery.frame)[0]);
+    transfer.opacity = static_cast<float>(layer.opacity.at(frame)[0]);
     transfer.rgb_only = layer.rgb_only;
     transfer.seed = layer.seed;
     transfer.field = layer.field;
     transfer.tables = wings_.at(&layer).tables.get();
-    if (layer.mask) {
-        transfer.mask = mask->world.get();
-        transfer.mask_kind = layer.mask->kind;
-        transfer.mask_x = layer.mask->x;
-        transfer.mask_y = layer.mask->y;
-    }
-    transfer.matrices = layer.matrices(scenery.frame, transfer.x, transfer.y);
+    transfer.mask = coverage.world.get();
+    transfer.mask_kind = coverage.kind;
+    transfer.mask_x = coverage.x;
+    transfer.mask_y = coverage.y;
+    transfer.matrices = layer.matrices(frame, transfer.x, transfer.y);
     transfer.quality = layer.quality;
-    must(scene::composite(transfer, *scenery.onto.world, scenery.watch), pictures::about(scene_.file, layer.place));
+    return transfer;
+}
+
+void Stage::composite(const SceneLayer& layer, Scenery& scenery) {
+    Costume costume;
+    if (!dress(layer, scenery, costume)) return;
+    const pictures::Picture& picture = *costume.piece.picture;
+    const SceneFile* const file = layer.source->file();
+    if (file != nullptr && pictures_.space() == nullptr && scene_.background) {
+        notes_.losses(*file, file->at(scenery.frame), taken_otherwise(picture, scenery.onto));
+    }
+    pictures::add_precision(scenery.onto, picture);
+    lay(layer, transfer_of(layer, costume, scenery.frame), *scenery.onto.world, scenery.watch);
+}
+
+void Stage::lay(const SceneLayer& layer, const Transfer& transfer, QX_World& onto, pictures::Watch& watch) const {
+    must(scene::composite(transfer, onto, watch), pictures::about(scene_.file, layer.place));
 }
 
 }  // namespace qx::scene

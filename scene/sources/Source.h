@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "pictures/Picture.h"
 #include "pictures/Watch.h"
@@ -11,6 +12,8 @@
 
 // What a layer shows, before its effects.
 namespace qx::scene {
+
+struct SceneLayer;
 
 /// A picture at the scene's depth and in its space.
 using Shown = std::shared_ptr<const pictures::Picture>;
@@ -24,8 +27,15 @@ struct Piece {
 /// What a source may ask for while a frame is made.
 struct SourceMoment {
     int frame = 0;
+    int width = 0, height = 0;  ///< of what the layer is laid onto
+    int depth = 8;
+    std::string subject;  ///< what failures are told about
     /// What a file shows at the frame. @param matte  colour that its pixels were mixed with; may be null
     std::function<Shown(const SceneFile& file, const QX_PixelFloat* matte)> file;
+    /// Lays layers onto a picture.
+    std::function<void(const std::vector<SceneLayer>& layers, pictures::Picture& onto)> composite;
+    /// Tells the user what is to be known.
+    std::function<void(const std::string& note)> note;
     pictures::Watch& watch;
 };
 
@@ -43,6 +53,8 @@ public:
     virtual Piece picture(const SourceMoment& moment) const = 0;
     /// The file that it shows; null for what is made.
     virtual const SceneFile* file() const { return nullptr; }
+    /// The layers that it is made of; null for what is no group.
+    virtual const std::vector<SceneLayer>* layers() const { return nullptr; }
     virtual const QX_PixelFloat* matte() const { return nullptr; }
 };
 

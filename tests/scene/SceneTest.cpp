@@ -209,7 +209,7 @@ TEST_F(SceneFile, WhatItSaysArrives) {
     EXPECT_EQ(std::tuple(layer.mode, layer.field, layer.quality, layer.rgb_only, layer.seed, layer.source->matte()->red,
                          layer.source->matte()->green, layer.source->matte()->blue),
               std::tuple(8, 2, 0, true, -7, 0.0f, 0.5f, 1.0f));
-    EXPECT_EQ(std::tuple(layer.mask->kind, layer.mask->x, layer.mask->y, layer.shutter.angle,
+    EXPECT_EQ(std::tuple(layer.mask->kind, layer.mask->at.at(0)[0], layer.mask->at.at(0)[1], layer.shutter.angle,
                          layer.shutter.phase, layer.shutter.matrices),
               std::tuple(2, -3, 4, 90, -45, 3));
     EXPECT_EQ(layer.opacity.at(1)[0], 0.0625 * 3 - 2 * 0.015625);

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scene/sources/GradientSource.h"
+
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+
+#include "QX/indep/QX_Depth.h"
+#include "pictures/Pixels.h"
+#include "scene/effects/Work.h"
+
+namespace qx::scene {
+namespace {
+
+template <class Pixel> Pixel rounded(const Gradient::Colour& colour) {
+    using D = DepthOf<Pixel>;
+    using Channel = QX_ChannelOf<Pixel>;
+    const auto channel = [&](std::size_t i) {
+        if constexpr (std::is_same_v<Pixel, QX_PixelFloat>)
+            return static_cast<Channel>(colour[i]);
+        else
+            return static_cast<Channel>(std::floor(colour[i] * D::full + 0.5));
+    };
+    return {channel(0), channel(1), channel(2), channel(3)};
+}
+
+}  // namespace
+
+bool GradientTracks::moves() const {
+    return from.moves() || to.moves() ||
+           std::any_of(stops.begin(), stops.end(), [](const Stop& stop) { return stop.colour.moves(); });
+}
+
+Gradient GradientTracks::at(int frame) const {
+    Gradient gradient{.radial = radial, .from = from.at(frame), .to = to.at(frame), .stops = {}};
+    for (const Stop& stop : stops) gradient.stops.push_back({stop.at, stop.colour.at(frame)});
+    return gradient;
+}
+
+Piece GradientSource::picture(const SourceMoment& moment) const {
+    auto picture = new_made(moment, size_);
+    picture->precision = pictures::precision_of(moment.depth);
+    const QX_World& world = *picture->world;
+    const Gradient gradient = gradient_.at(moment.frame);
+    const Moment work{.subject = moment.subject, .picture = {}, .note = {}, .watch = moment.watch};
+    on_all_rows(world.height, work, moment.watch, [&](int y) {
+        pictures::with_pixel_of(world, [&]<class Pixel>() {
+            Pixel* const row = row_of<Pixel>(world, y);
+            for (int x = 0; x < world.width; ++x) row[x] = rounded<Pixel>(gradient.at(x + 0.5, y + 0.5));
+        });
+    });
+    return {picture};
+}
+
+}  // namespace qx::scene

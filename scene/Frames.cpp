@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 
 #include "scene/Words.h"
 
@@ -94,20 +93,6 @@ std::string FramePattern::name(int frame) const {
     if (frame < 0) name += '-';
     name.append(digits - std::min(digits, number.size()), '0').append(number).append(after_);
     return name;
-}
-
-std::vector<int> numbers_there(const FramePattern& pattern) {
-    std::vector<int> numbers;
-    namespace fs = std::filesystem;
-    const fs::path folder = fs::path(pattern.name(0)).parent_path();
-    std::error_code fault;
-    for (auto entry = fs::directory_iterator(folder.empty() ? fs::path(".") : folder, fault);
-         !fault && entry != fs::directory_iterator(); entry.increment(fault)) {
-        if (const auto number = pattern.number_in((folder / entry->path().filename()).string()))
-            numbers.push_back(*number);
-    }
-    std::sort(numbers.begin(), numbers.end());
-    return numbers;
 }
 
 }  // namespace qx::scene

@@ -3,7 +3,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace qx::scene {
 
@@ -34,8 +33,5 @@ private:
     std::string before_, after_;
     int digits_ = 0;
 };
-
-/// Numbers of the pattern's files that are there, rising; none for a folder that cannot be read.
-std::vector<int> numbers_there(const FramePattern& pattern);
 
 }  // namespace qx::scene

@@ -29,9 +29,8 @@ public:
         const std::string name = node.text();
         const auto found = places_.find(name);
         if (found == places_.end()) {
-            const std::string hint =
-                known_.empty() ? "none has a name" : "the nearest is " + nearest_word(name, known_);
-            node.fault(name + ": no such layer in its list; " + hint);
+            node.fault(name + ": no such layer in its list" +
+                       suggestion(name, known_, known_.empty() ? "none has a name" : ""));
         }
         if (found->second == kNone) node.fault(name + ": several layers of the list have this name");
         return found->second;

@@ -5,7 +5,7 @@
 usage: figures.py QX   (the command; peers that are not installed are left out)
 
 Each line of the table is one job, done by each program from the same files to the same kind of file; the least of some
-runs counts, in wall-clock time, and the most memory that the process had.
+runs counts, in wall-clock time, and the most memory that its process had.
 """
 import os
 import pathlib
@@ -32,20 +32,40 @@ def picture(qx, path, width, height, alpha, seed):
     subprocess.run([qx, "convert", str(small), "--resize", f"{width}x{height}!", "-q", "-o", path], check=True)
 
 
+def start(command):
+    return subprocess.Popen(command, shell=isinstance(command, str), stdout=subprocess.DEVNULL,
+                            stderr=subprocess.DEVNULL)
+
+
 def run(command):
-    """Seconds, processor seconds and megabytes of a command."""
-    start = time.monotonic()
-    process = subprocess.Popen(command, shell=isinstance(command, str), stdout=subprocess.DEVNULL,
-                               stderr=subprocess.DEVNULL)
+    """Seconds and processor seconds of a command."""
+    begin = time.monotonic()
+    process = start(command)
     _, status, used = os.wait4(process.pid, 0)
     if status != 0:
         raise SystemExit(f"{command}: failed")
-    return time.monotonic() - start, used.ru_utime + used.ru_stime, used.ru_maxrss / 1024
+    return time.monotonic() - begin, used.ru_utime + used.ru_stime
+
+
+def memory(command):
+    """Most megabytes of a command, of its one process: what the system counts begins with those of this program."""
+    process = start(command)
+    most = 0
+    while process.poll() is None:
+        try:
+            with open(f"/proc/{process.pid}/status") as status:
+                lines = dict(line.split(":", 1) for line in status)
+            if lines["Name"].strip() not in ("python3", "sh"):
+                most = max(most, int(lines.get("VmHWM", "0 kB").split()[0]))
+        except (OSError, KeyError):
+            pass
+        time.sleep(0.0005)
+    return most / 1024
 
 
 def least(command, runs=RUNS):
     results = [run(command) for _ in range(runs)]
-    return min(r[0] for r in results), min(r[1] for r in results), min(r[2] for r in results)
+    return min(r[0] for r in results), min(r[1] for r in results)
 
 
 def jobs(qx, folder):
@@ -100,11 +120,11 @@ def main():
                 if command is None:
                     cells.append("")
                     continue
-                seconds, processor, memory = least(command, 2 if "frames" in what else RUNS)
-                if "start-up" in what:
-                    cells.append(f"{processor * 1000:.0f} ms of processor, {memory:.0f} MB")
-                else:
-                    cells.append(f"{seconds:.2f} s, {memory:.0f} MB")
+                seconds, processor = least(command, 2 if "frames" in what else RUNS)
+                words = f"{processor * 1000:.0f} ms of processor" if "start-up" in what else f"{seconds:.2f} s"
+                if not isinstance(command, str) and "start-up" not in what:
+                    words += f", {memory(command):.0f} MB"
+                cells.append(words)
             print(f"| {what} | " + " | ".join(cells) + " |", flush=True)
     print(f"\n{os.cpu_count()} processors; least of {RUNS} runs. `convert` is ImageMagick's, `gm` GraphicsMagick's.")
 

@@ -12,6 +12,7 @@
 #include "scene/Composite.h"
 #include "scene/Faults.h"
 #include "scene/InOrder.h"
+#include "scene/NumberedFiles.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"

@@ -12,9 +12,9 @@ namespace qx::scene {
 namespace {
 
 /// Hands each file that the frames show to `see`, with the first frame that shows it.
-template <class See> void each_file_of(const Scene& scene, const FrameRange& frames, const See& see) {
+template <class See> void each_file_of(const Scene& scene, const FrameList& frames, const See& see) {
     each_file(scene, [&](const SceneFile& file, const QX_PixelFloat*) {
-        if (!file.moves()) see(file, frames.first);
+        if (!file.moves()) see(file, frames.frame(0));
     });
     for (int i = 0; i < frames.count(); ++i) {
         const auto visit = [&](const SceneFile& file, const QX_PixelFloat*) {
@@ -52,7 +52,7 @@ void check_colours(const Scene& scene) {
     });
 }
 
-void check_files(const Scene& scene, const FrameRange& frames) {
+void check_files(const Scene& scene, const FrameList& frames) {
     each_file_of(scene, frames, [&](const SceneFile& file, int frame) {
         if (file.clip || file.missing != Missing::error) return;  // looked at when the scene was read
         const std::string path = file.at(frame);
@@ -62,7 +62,7 @@ void check_files(const Scene& scene, const FrameRange& frames) {
     });
 }
 
-std::optional<Overwritten> overwritten(const Scene& scene, const FrameRange& frames, const FramePattern& names) {
+std::optional<Overwritten> overwritten(const Scene& scene, const FrameList& frames, const FramePattern& names) {
     std::set<std::string> outputs;
     for (int i = 0; i < frames.count(); ++i) outputs.insert(absolute(names.name(frames.frame(i))));
     std::optional<Overwritten> first;

@@ -19,7 +19,7 @@ struct Scene {
     int depth = 8;
     bool dither = false;  ///< noise where deeper pixels become 8-bit ones
     pictures::Rate rate;
-    std::optional<FrameRange> frames;
+    std::optional<FrameList> frames;
     QX_PixelFloat colour{0, 0, 0, 0};  ///< of the background
     ColourChoices colours;
     std::optional<SceneFile> background;
@@ -34,13 +34,13 @@ Scene read_scene(const std::string& path, EffectSource* others = nullptr);
 /// of a background that is no picture.
 void check_colours(const Scene& scene);
 
-/// Throws SceneFault for the first file that a frame of the range needs and that is not there.
-void check_files(const Scene& scene, const FrameRange& frames);
-/// A file that a frame of the range shows and that one of them would be written over, if there is one.
+/// Throws SceneFault for the first file that one of the frames needs and that is not there.
+void check_files(const Scene& scene, const FrameList& frames);
+/// A file that one of the frames shows and that one of them would be written over, if there is one.
 struct Overwritten {
     std::string path, place;
 };
-std::optional<Overwritten> overwritten(const Scene& scene, const FrameRange& frames, const FramePattern& names);
+std::optional<Overwritten> overwritten(const Scene& scene, const FrameList& frames, const FramePattern& names);
 
 /// Hands all files of the scene to `see`, as that of a layer does.
 template <class See> void each_file(const Scene& scene, const See& see) {

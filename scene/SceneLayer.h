@@ -30,7 +30,7 @@ struct SceneTransform {
 
 struct SceneMask {
     SceneFile file;
-    QX_MaskKind kind = kQX_MaskAlpha;
+    std::optional<QX_MaskKind> kind;          ///< without it alpha, or luma of a file that has none
     Track<2> at{Track<2>::Value{0, 0}};       ///< whole pixels count
     std::optional<SceneTransform> transform;  ///< in place of a position
     bool moves() const { return file.moves() || at.moves() || (transform && transform->moves()); }

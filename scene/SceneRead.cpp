@@ -44,11 +44,18 @@ private:
         }
         if (const auto dither = root.find("dither")) scene_.dither = dither->flag();
         if (const auto rate = root.find("rate")) read_rate(*rate);
-        if (const auto frames = root.find("frames")) {
-            const auto ends = frames->items(2, 2);
-            scene_.frames = FrameRange{ends[0].whole(0, kMostFrame), ends[1].whole(0, kMostFrame), 1};
-            if (scene_.frames->last < scene_.frames->first) frames->fault("ends before it begins");
+        if (const auto frames = root.find("frames")) read_frames(*frames);
+    }
+
+    void read_frames(const SceneNode& node) {
+        if (node.is_text()) {
+            scene_.frames = node.read_by([&] { return frame_list(node.text()); });
+            return;
         }
+        const auto ends = node.items(2, 2);
+        const FrameRange range{ends[0].whole(-kMostFrame, kMostFrame), ends[1].whole(-kMostFrame, kMostFrame), 1};
+        if (range.last < range.first) node.fault("ends before it begins");
+        scene_.frames = range;
     }
 
     void read_colours(const SceneNode& root) {

@@ -2,6 +2,7 @@
 // How far layers cover a picture: masks, and other layers as mattes.
 #include <cmath>
 
+#include "scene/LayerWords.h"
 #include "scene/Stage.h"
 
 namespace qx::scene {
@@ -30,9 +31,11 @@ bool Stage::cover(const SceneLayer& layer, Scenery& scenery, Coverage& coverage)
 
 Stage::Coverage Stage::mask_of(const SceneLayer& layer, const Shown& mask, Scenery& scenery) {
     const SceneMask& own = *layer.mask;
+    const QX_MaskKind kind = own.kind.value_or(mask->has_alpha ? kQX_MaskAlpha : kQX_MaskLuma);
+    if (!own.kind && !mask->has_alpha) notes_.losses(own.file, own.file.at(scenery.frame), {kMaskCountsByLuma});
     if (!own.transform) {
         const auto at = own.at.at(scenery.frame);
-        return {world_of(mask), static_cast<int>(std::lround(at[0])), static_cast<int>(std::lround(at[1])), own.kind};
+        return {world_of(mask), static_cast<int>(std::lround(at[0])), static_cast<int>(std::lround(at[1])), kind};
     }
     std::shared_ptr<QX_World> placed = clear_world(layer, scenery);
     const SceneTransform* const transform = &*own.transform;
@@ -41,7 +44,7 @@ Stage::Coverage Stage::mask_of(const SceneLayer& layer, const Shown& mask, Scene
     transfer.matrices = matrices_of({&transform, 1}, layer.shutter, scenery.frame);
     transfer.quality = layer.quality;
     lay(layer, transfer, *placed, scenery.watch);
-    return {placed, 0, 0, own.kind};
+    return {placed, 0, 0, kind};
 }
 
 /// On clear ground nothing is left of modes and light.

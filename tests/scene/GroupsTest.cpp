@@ -88,11 +88,11 @@ TEST_F(Groups, FramesAtOnceShareWhatStays) {
 
 TEST_F(Groups, FilesAndColoursInThemAreChecked) {
     const Scene scene = scene_of("{'layers': [{'file': 'q.#.png'}], 'in': 3}");
-    EXPECT_NO_THROW(check_files(scene, {1, 2, 1}));
-    EXPECT_THROW(check_files(scene, {1, 3, 1}), SceneFault);
+    EXPECT_NO_THROW(check_files(scene, FrameRange{1, 2, 1}));
+    EXPECT_THROW(check_files(scene, FrameRange{1, 3, 1}), SceneFault);
     EXPECT_THROW(check_colours(scene_of("{'layers': [{'file': 'a.png', 'linear': 'profile'}]}")), SceneFault);
-    const auto clash =
-        overwritten(scene_of("{'layers': [{'file': 'a.png'}]}"), {1, 1, 1}, FramePattern::plain(folder / "a.png"));
+    const auto clash = overwritten(scene_of("{'layers': [{'file': 'a.png'}]}"), FrameRange{1, 1, 1},
+                                   FramePattern::plain(folder / "a.png"));
     ASSERT_TRUE(clash);
     EXPECT_EQ(clash->place, "/layers/0/layers/0/file");
 }

@@ -32,9 +32,9 @@ TEST_F(LayerKeys, InOutAndVisibleTellWhenALayerShows) {
 
 TEST_F(LayerKeys, PicturesAreNeededOnlyWhereTheirLayerShows) {
     const Scene part = scene_of("{'file': 'q.#.png', 'in': 2, 'out': 3}");
-    EXPECT_NO_THROW(check_files(part, {1, 9, 1}));
-    EXPECT_THROW(check_files(scene_of("{'file': 'q.#.png', 'in': 2, 'out': 4}"), {1, 9, 1}), SceneFault);
-    EXPECT_THROW(check_files(scene_of("{'file': 'q.#.png', 'visible': false}"), {1, 9, 1}), SceneFault)
+    EXPECT_NO_THROW(check_files(part, FrameRange{1, 9, 1}));
+    EXPECT_THROW(check_files(scene_of("{'file': 'q.#.png', 'in': 2, 'out': 4}"), FrameRange{1, 9, 1}), SceneFault);
+    EXPECT_THROW(check_files(scene_of("{'file': 'q.#.png', 'visible': false}"), FrameRange{1, 9, 1}), SceneFault)
         << "what does not show is checked";
 }
 

@@ -99,9 +99,9 @@ TEST_F(SceneClips, WhatCannotBeIsTold) {
 TEST_F(SceneClips, ResultsAreNotWrittenOverTheClip) {
     put_contents(folder / "s.json", R"({"size": [64, 48], "layers": [{"file": {"clip": "f.#.png"}}]})");
     const Scene scene = read_scene(folder / "s.json");
-    EXPECT_EQ(overwritten(scene, {0, 5, 1}, FramePattern(folder / "f.#.png"))->path, folder / name(5));
-    EXPECT_FALSE(overwritten(scene, {0, 4, 1}, FramePattern(folder / "f.#.png")));
-    EXPECT_NO_THROW(check_files(scene, {0, 50, 1}));
+    EXPECT_EQ(overwritten(scene, FrameRange{0, 5, 1}, FramePattern(folder / "f.#.png"))->path, folder / name(5));
+    EXPECT_FALSE(overwritten(scene, FrameRange{0, 4, 1}, FramePattern(folder / "f.#.png")));
+    EXPECT_NO_THROW(check_files(scene, FrameRange{0, 50, 1}));
 }
 
 TEST(FramePatterns, TellTheNumberInAName) {

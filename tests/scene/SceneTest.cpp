@@ -26,6 +26,49 @@ TEST(Frames, RangesAndWhatIsNone) {
     }
 }
 
+TEST(Frames, ListsRiseFallAndGoBelowZero) {
+    const std::pair<const char*, std::vector<int>> cases[] = {
+        {"1,3,5-9x2", {1, 3, 5, 7, 9}}, {"-5", {-5}},         {"-5--1", {-5, -4, -3, -2, -1}},
+        {"-2-1", {-2, -1, 0, 1}},       {"9-1x3", {9, 6, 3}}, {"-1--3", {-1, -2, -3}},
+        {"2-0,1,2", {2, 1, 0, 1, 2}},   {"4-4", {4}},         {"7-1x100", {7}}};
+    for (const auto& [text, frames] : cases) {
+        const FrameList list = frame_list(text);
+        std::vector<int> found;
+        for (int i = 0; i < list.count(); ++i) found.push_back(list.frame(i));
+        EXPECT_EQ(found, frames) << text;
+    }
+    const FrameList once = frame_list("2-0,1,2,3").once();
+    std::vector<int> found;
+    for (int i = 0; i < once.count(); ++i) found.push_back(once.frame(i));
+    EXPECT_EQ(found, (std::vector<int>{2, 1, 0, 3}));
+    for (const char* text : {"", ",", "1,", ",1", "1,,2", "a", "1-", "--1", "1---2", "1-9x0", "1-9x-2", "1-9x", "1x2",
+                             "1-2-3", "1-99999999", "1 - 2", "1-9x2x2"}) {
+        EXPECT_THROW(frame_list(text), BadText) << text;
+    }
+    std::string many = "0-9999999";
+    for (int i = 0; i < 4; ++i) many += "," + many;
+    EXPECT_THROW(frame_list(many), BadText);
+}
+
+TEST(Frames, NumbersBelowZeroInNames) {
+    for (const auto& [pattern, name] : {std::pair{"a.####.png", "a.-0005.png"},
+                                        {"a.#.png", "a.-5.png"},
+                                        {"a.%05d.png", "a.-0005.png"},
+                                        {"a.%04d.png", "a.-005.png"},
+                                        {"a.%d.png", "a.-5.png"}}) {
+        EXPECT_EQ(FramePattern(pattern).name(-5), name);
+        EXPECT_EQ(FramePattern(pattern).number_in(name), -5);
+    }
+    char by_printf[32];
+    for (const int number : {-1234567, -10, -1, 0, 7}) {
+        std::snprintf(by_printf, sizeof by_printf, "%04d", number);
+        EXPECT_EQ(FramePattern("%04d").name(number), by_printf);
+    }
+    for (const char* name : {"a.-.png", "a.--005.png", "a.-05.png", "a.-0000.png"}) {
+        EXPECT_FALSE(FramePattern("a.####.png").number_in(name)) << name;
+    }
+}
+
 TEST(Frames, NamesWithAPlaceForTheNumber) {
     const std::pair<const char*, const char*> cases[] = {{"a.####.png", "a.0042.png"}, {"#.exr", "42.exr"},
                                                          {"%04d.tif", "0042.tif"},     {"x_%d.png", "x_42.png"},
@@ -143,6 +186,7 @@ TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
     expect("{'size': [8, 8], ", ", 'layers': []}", "/",
            {"'depth': 12 => depth is none of 8, 16, 32", "'rate': 0 => rate is not a number",
             "'rate': [24, 0] => rate/1 is not a whole number", "'frames': [3, 2] => frames ends before it begins",
+            "'frames': '3-' => frames 3-: not frames A, A-B", "'frames': [1, 2, 3] => frames does not have 2 items",
             "'background': [0, 2, 0] => background/1 is not a number from 0 to 1"});
     expect("{'size': [8, 8], ", ", 'layers': []}", "/b.png: ", {"'background': 'b.png' => no such file"});
     expect("{'size': [8, 8], 'layers': [", "]}", "/layers/0/file ",
@@ -201,9 +245,9 @@ TEST_F(SceneFile, WhatItSaysArrives) {
          'transform': {'scale': [2, 3]}, 'shutter': {'angle': 90, 'phase': -45, 'matrices': 3}},
         {'file': {'name': 'pic.%03d.png', 'offset': -2}, 'name': 'clip', 'comment': 'neither'}]})");
     const Scene scene = read_scene(folder / "s.json");
-    EXPECT_EQ(std::tuple(scene.width, scene.height, scene.rate.number, scene.rate.per, scene.frames->first,
-                         scene.frames->last, scene.colour.alpha, scene.colour.red),
-              std::tuple(64, 48, 30000, 1001, 3, 9, 1, 0.25f));
+    EXPECT_EQ(std::tuple(scene.width, scene.height, scene.rate.number, scene.rate.per, scene.frames->frame(0),
+                         scene.frames->count(), scene.colour.alpha, scene.colour.red),
+              std::tuple(64, 48, 30000, 1001, 3, 7, 1, 0.25f));
     const SceneLayer& layer = scene.layers.at(0);
     EXPECT_EQ(layer.source->file()->at(5), folder / "a#1.png");
     EXPECT_EQ(std::tuple(layer.mode, layer.field, layer.quality, layer.rgb_only, layer.seed, layer.source->matte()->red,

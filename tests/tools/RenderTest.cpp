@@ -68,6 +68,23 @@ TEST_F(Render, PartsOfTheFramesAreThoseOfTheWhole) {
     EXPECT_FALSE(same("whole.1.png", "whole.2.png"));
 }
 
+/// Lists in any order, with repeats, below 0, on the line and in the scene.
+TEST_F(Render, ListsOfFrames) {
+    run("render moving.json -o whole.%d.png");
+    run("render moving.json -o l.%d.png --frames 4-3,1,4,3");
+    expect_same("whole", "l", "134");
+    EXPECT_FALSE(std::filesystem::exists(folder / "l.2.png"));
+    put_quoted("below.json", R"({'frames': '-1--2', 'background': 'a.png', 'layers': [
+        {'file': {'name': 'q.##.png', 'offset': 4}}]})");
+    run("render below.json -o n.####.png");
+    run("render below.json -o m.%04d.png --frames -2");
+    put_quoted("above.json", R"({'background': 'a.png', 'layers': [{'file': 'q.##.png'}]})");
+    run("render above.json -o p.#.png --frames 2,3");
+    EXPECT_TRUE(same("n.-0001.png", "p.3.png"));
+    EXPECT_TRUE(same("n.-0002.png", "p.2.png"));
+    EXPECT_TRUE(same("m.-002.png", "p.2.png"));
+}
+
 TEST_F(Render, FilesAreTheSameHoweverManyFramesAreAtWork) {
     const Names ways{"-j 1", "-j 2", "-j 7", "-j 7 --memory 1"};
     for (const std::string name : {"f.#.png", "f.#.tif", "f.#.exr", "f.#.jpg", "f.mp4"}) {

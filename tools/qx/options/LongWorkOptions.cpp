@@ -2,6 +2,7 @@
 #include "tools/qx/options/LongWorkOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <vector>
 
 #include "tools/qx/options/Options.h"
 
@@ -13,7 +14,7 @@ FrameProgress::Style LongWorkOptions::style() const {
                             : static_cast<FrameProgress::Style>(choice("--progress", progress, styles));
 }
 
-scene::FrameRange LongWorkOptions::part_of(const scene::FrameRange& frames) const {
+scene::FrameList LongWorkOptions::part_of(const scene::FrameList& frames) const {
     if (shard.empty()) return frames;
     const auto slash = shard.find('/');
     if (slash == std::string::npos) throw WrongUsage("--shard " + shard + ": not a part I/N, such as 2/8");
@@ -22,11 +23,9 @@ scene::FrameRange LongWorkOptions::part_of(const scene::FrameRange& frames) cons
     if (part > frames.count()) {
         throw WrongUsage("--shard " + shard + ": there are " + std::to_string(frames.count()) + " frames only");
     }
-    scene::FrameRange own = frames;
-    own.first = frames.frame(part - 1);
-    own.step = frames.count() > parts ? frames.step * parts : frames.step;
-    own.last = frames.count() > parts ? frames.last : own.first;
-    return own;
+    std::vector<scene::FrameRange> own;
+    for (int i = part - 1; i < frames.count(); i += parts) own.push_back({frames.frame(i), frames.frame(i), 1});
+    return scene::FrameList(std::move(own));
 }
 
 void add_long_work_options(CLI::App& command, LongWorkOptions& options) {

@@ -19,7 +19,7 @@ struct LongWorkOptions {
 
     FrameProgress::Style style() const;  ///< throws WrongUsage, as what follows does
     /// The part of the frames that --shard I/N names: every Nth from the Ith on.
-    scene::FrameRange part_of(const scene::FrameRange& frames) const;
+    scene::FrameList part_of(const scene::FrameList& frames) const;
 };
 void add_long_work_options(CLI::App& command, LongWorkOptions& options);
 

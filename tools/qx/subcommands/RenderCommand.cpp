@@ -25,8 +25,8 @@ Example:
   qx render scene.json -o out/frame.####.png --frames 1001-1100 --resume
   qx render scene.json -o out.mp4)";
 
-scene::FrameRange frames_of(const RenderOptions& options, const scene::Scene& scene) {
-    if (!options.frames.empty()) return value_of("--frames", [&] { return scene::frame_range(options.frames); });
+scene::FrameList frames_of(const RenderOptions& options, const scene::Scene& scene) {
+    if (!options.frames.empty()) return value_of("--frames", [&] { return scene::frame_list(options.frames); });
     if (scene.frames) return *scene.frames;
     throw WrongUsage("--frames A-B is needed, the scene tells no frames");
 }
@@ -51,7 +51,7 @@ void run(const RenderOptions& options) {
     scene::check_colours(scene);
     if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();
     options.work.style();
-    const scene::FrameRange frames = options.work.part_of(frames_of(options, scene));
+    const scene::FrameList frames = options.work.part_of(frames_of(options, scene));
     scene::check_files(scene, frames);
     (movie ? render_movie : render_pictures)(scene, frames, options);
     if (const std::string note = standalone::CacheNote(); !note.empty()) say_note(note);
@@ -66,8 +66,8 @@ void add_render(CLI::App& app) {
     command->add_option("-o,--output", options->output, "files to write: " + pictures::known_endings() + ", or a movie")
         ->required()
         ->type_name("OUT");
-    command->add_option("--frames", options->frames, "frames, every STEPth (default: those of the scene)")
-        ->type_name("A-B[xSTEP]");
+    command->add_option("--frames", options->frames, "frames, such as 1,3,5-9x2 (default: those of the scene)")
+        ->type_name("A[-B[xSTEP]],...");
     add_long_work_options(*command, options->work);
     add_depth_option(*command, options->depth, "those of the scene");
     add_effect_folders_option(*command, options->effect_folders);

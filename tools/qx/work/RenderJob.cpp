@@ -61,7 +61,7 @@ std::string mark_of(const scene::Scene& scene, const RenderOptions& options) {
 struct Job {
     const RenderOptions& options;
     const scene::Scene& scene;
-    const scene::FrameRange frames;
+    const scene::FrameList frames;
     scene::SceneRender& render;
     pictures::Watch& watch;
     std::string mark;  ///< that files of pictures keep, each with its number
@@ -77,7 +77,7 @@ struct Job {
     /// How many frames are at work at once.
     int at_once() const {
         int width = 0, height = 0;
-        render.size(frames.first, watch, &width, &height);
+        render.size(frames.frame(0), watch, &width, &height);
         const std::uint64_t memory =
             options.memory.empty() ? half_the_memory() : memory_size("--memory", options.memory);
         return std::min(render.frames_within(memory, width, height), standalone::PoolThreads());
@@ -198,35 +198,36 @@ void make_pictures(const Job& job, const scene::FramePattern& names) {
         };
     };
     scene::in_order(job.frames.count(), job.at_once(), job.watch, make);
-    pictures::flush_disk_of(names.name(job.frames.first));
+    pictures::flush_disk_of(names.name(job.frames.frame(0)));
     if (job.options.work.stats) tell_stats(progress, stages);
     tell_failures(progress, job.frames.count());
 }
 
 /// The frame whose background tells the space, whatever part of a scene is rendered.
-int first_of(const scene::Scene& scene, const scene::FrameRange& frames) {
-    return scene.frames ? scene.frames->first : frames.first;
+int first_of(const scene::Scene& scene, const scene::FrameList& frames) {
+    return scene.frames ? scene.frames->frame(0) : frames.frame(0);
 }
 
 }  // namespace
 
-void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
+void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, const RenderOptions& options) {
+    const scene::FrameList frames = listed.once();  // a movie shows a frame as often as it is listed
     const auto names = value_of("-o", [&] { return scene::FramePattern(options.output); });
     if (frames.count() > 1 && !names.has_place()) {
         throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
     }
-    check_frames_option(names.name(frames.first));
+    check_frames_option(names.name(frames.frame(0)));
     if (const auto input = scene::overwritten(scene, frames, names)) {
         throw WrongUsage("-o " + input->path + ": is a picture of the scene, at " + input->place);
     }
     const Library library;
     SignalWatch watch;
     scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
-    if (options.work.resume) pictures::sweep_unfinished(names.name(frames.first));
+    if (options.work.resume) pictures::sweep_unfinished(names.name(frames.frame(0)));
     make_pictures({options, scene, frames, render, watch, mark_of(scene, options)}, names);
 }
 
-void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options) {
+void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options) {
     const LongWorkOptions& work = options.work;
     const char* const only_pictures = work.resume          ? "--resume"
                                       : work.keep_going    ? "--keep-going"
@@ -238,7 +239,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, co
     SignalWatch watch;
     scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
     int width = 0, height = 0;
-    render.size(frames.first, watch, &width, &height);
+    render.size(frames.frame(0), watch, &width, &height);
     const auto colours =
         scene.colours.output ? scene::movie_colours_of(scene.colours.output) : pictures::MovieColours{};
     pictures::MovieFile movie(options.output, width, height, {.rate = scene.rate, .colours = colours});

@@ -27,7 +27,7 @@ struct RenderOptions {
 inline constexpr int kSomeFailed = 5;  ///< the status where others could be made
 
 /// Both throw WrongUsage, and what SceneRender throws.
-void render_pictures(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options);
-void render_movie(const scene::Scene& scene, const scene::FrameRange& frames, const RenderOptions& options);
+void render_pictures(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options);
+void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options);
 
 }  // namespace qx::tool

@@ -219,7 +219,7 @@ TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
             "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': {'bezier': [0, 1, 1.1, 1]}} => "
             "opacity/interpolation/bezier/2 is not a number from 0 to 1",
             "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': {'curve': 1}} => "
-            "opacity/interpolation/curve is an unknown key; the nearest is bezier",
+            "opacity/interpolation/curve is an unknown key; known are bezier",
             "'opacity': {'keys': [{'frame': 2, 'value': 1}], 'interpolation': 'cubic'} => opacity/interpolation cubic: "
             "not one of linear, smooth",
             "'mode': 'scren' => mode scren: no such mode; the nearest is screen",

@@ -154,11 +154,11 @@ TEST_F(PictureCommands, WrongUseIsToldInALine) {
     expect_faults(
         2, "convert a.png ", " -o o.png",
         {"--crop 10 => --crop 10: not a part", "--crop 10x5+3 => not a part", "--crop 10x5+3+4x => not a part",
-         "--crop 0x5 => not a part", "--crop 10x5+11+0 => goes beyond the picture, which has 20 x 16",
-         "--crop 21x1 => goes beyond", "--resize 0x => --resize 0: not a whole number from 1 to 30000",
-         "--resize 9 => not a size", "--resize x => not a size", "--resize 30001x1! => not a whole number",
-         "--resize -5% => not a number", "--channels rgbx => --channels rgbx: not one to four",
-         "--channels rgbar => not one to four"});
+         "--crop 0x5 => not a part", "--crop 3x5+-2+0 => not a part",
+         "--crop 10x5+11+0 => goes beyond the picture, which has 20 x 16", "--crop 21x1 => goes beyond",
+         "--resize 0x => --resize 0: not a whole number from 1 to 30000", "--resize 9 => not a size",
+         "--resize x => not a size", "--resize 30001x1! => not a whole number", "--resize -5% => not a number",
+         "--channels rgbx => --channels rgbx: not one to four", "--channels rgbar => not one to four"});
     expect_faults(2, "sheet a.png ", " -o o.png",
                   {"--columns 0 => --columns 0", "--size 8 => --size 8: not a whole number from 16 to 4096"});
 }

@@ -36,17 +36,12 @@ struct Pair {
     bool same_size() const { return a.world->width == b.world->width && a.world->height == b.world->height; }
 };
 
-/// A file that cannot be read must not pass for one that differs.
 Pair read_pair(const DiffOptions& options) {
     Pair pair;
     NotesOnce once;
-    try {
-        read_all({{&options.a, &pair.a}, {&options.b, &pair.b}}, once);
-        pictures::bring_to_depth(options.a, pair.a, 32);
-        pictures::bring_to_depth(options.b, pair.b, 32);
-    } catch (const pictures::Failure& fault) {
-        throw WrongUsage(fault.what());
-    }
+    read_all({{&options.a, &pair.a}, {&options.b, &pair.b}}, once);
+    pictures::bring_to_depth(options.a, pair.a, 32);
+    pictures::bring_to_depth(options.b, pair.b, 32);
     return pair;
 }
 
@@ -119,6 +114,19 @@ void run(const DiffOptions& options) {
     if (found.differing != 0) throw EndedWith{kWorkFailed};
 }
 
+/// Trouble must not pass for a difference: it has the status of wrong usage.
+void run_or_tell_trouble(const DiffOptions& options) {
+    try {
+        run(options);
+    } catch (const pictures::Stopped&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw WrongUsage("out of memory");
+    } catch (const std::exception& fault) {
+        throw WrongUsage(fault.what());
+    }
+}
+
 }  // namespace
 
 void add_diff(CLI::App& app) {
@@ -136,7 +144,7 @@ void add_diff(CLI::App& app) {
     add_common_options(*command, options->common);
     set_usage(*command, "A B [options]");
     command->footer(kFooter);
-    command->callback([options] { run(*options); });
+    command->callback([options] { run_or_tell_trouble(*options); });
 }
 
 }  // namespace qx::tool

@@ -68,7 +68,7 @@ M_LRect crop_of(const std::string& option, const std::string& text, scene::Exten
         const int read = std::sscanf(text.c_str() + length, "+%6d+%6d%n", &x, &y, &more);
         length = read == 2 ? length + more : -1;
     }
-    if (!has_size || length != static_cast<int>(text.size()) || width < 1 || height < 1) {
+    if (!has_size || length != static_cast<int>(text.size()) || width < 1 || height < 1 || x < 0 || y < 0) {
         throw WrongUsage(option + " " + text + ": not a part WxH or WxH+X+Y");
     }
     if (x + width > whole.width || y + height > whole.height) {

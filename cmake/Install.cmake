@@ -19,6 +19,9 @@ if(QX_BUILD_TOOLS)
   if(QX_BUILD_MOVIE)
     install(TARGETS qxmovie LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endif()
+  if(QX_BUILD_TEXT)
+    install(TARGETS qxtext LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endif()
 endif()
 # Headers: QX/QX.h, that for effects in C, the stand-alone host's for embedders, and what they reach, found when they are
 # installed. All others are the module's own, in C++20.

@@ -4,9 +4,9 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "pictures/Carried.h"
+#include "pictures/OwnModule.h"
 #include "pictures/Picture.h"
 
 namespace qx::pictures {
@@ -15,22 +15,8 @@ namespace {
 constexpr const char* kEndings[] = {"mp4", "mov", "mkv", "webm", "avi"};
 constexpr std::int64_t kMostBytes = INT32_MAX;  // of a frame's pixels, as worlds have it
 
-/// The module lies in a folder of libraries beside that of the command, or where the system looks.
-void* open_module() {
-    std::error_code ignored;
-    const auto command = std::filesystem::read_symlink("/proc/self/exe", ignored);
-    const auto root = command.parent_path().parent_path();
-    for (const char* folder : {"lib", QX_LIBRARY_FOLDER}) {
-        const auto file = root / folder / movie::kFileName;
-        if (!std::filesystem::exists(file, ignored)) continue;
-        if (void* module = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) return module;
-    }
-    return ::dlopen(movie::kFileName, RTLD_NOW | RTLD_LOCAL);
-}
-
-/// Kept once it is loaded: its libraries do not stand being unloaded.
 const movie::Routines* load(const std::string& path) {
-    void* module = open_module();
+    void* module = open_own_module(movie::kFileName);
     if (module == nullptr) throw Failure(path, std::string("movies need the module ") + ::dlerror());
     const auto entry = reinterpret_cast<movie::Entry>(::dlsym(module, movie::kEntryName));
     const movie::Routines* routines = entry != nullptr ? entry() : nullptr;

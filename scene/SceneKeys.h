@@ -4,8 +4,8 @@
 
 namespace qx::scene {
 
-inline constexpr const char* kSceneKeys[] = {"size",      "depth",        "dither",     "rate",   "frames", "space",
-                                             "linearize", "output-space", "background", "layers", "comment"};
+inline constexpr const char* kSceneKeys[] = {"$schema", "size",      "depth",        "dither",     "rate",   "frames",
+                                             "space",   "linearize", "output-space", "background", "layers", "comment"};
 inline constexpr const char* kFileKeys[] = {"name", "offset", "profile"};
 inline constexpr const char* kClipKeys[] = {"clip",   "offset",  "speed", "map",    "rate",
                                             "method", "quality", "cuts",  "profile"};
@@ -17,6 +17,7 @@ inline constexpr const char* kFileSourceKeys[] = {"file", "matte", "missing"};
 inline constexpr const char* kSolidSourceKeys[] = {"solid", "size"};
 inline constexpr const char* kGradientSourceKeys[] = {"gradient", "size"};
 inline constexpr const char* kGroupSourceKeys[] = {"layers", "size"};
+inline constexpr const char* kTextSourceKeys[] = {"text", "font", "size", "colour", "align", "line-height", "width"};
 inline constexpr const char* kGradientKeys[] = {"kind", "from", "to", "stops"};
 inline constexpr const char* kStopKeys[] = {"at", "colour"};
 inline constexpr const char* kMaskKeys[] = {"file", "kind", "at", "transform"};

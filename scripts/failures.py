@@ -141,7 +141,7 @@ class Room(NamedTuple):
 
 # Modules whose frames tell nothing of the fault: they raise what others have caused.
 MEANS = ("libqx_fail", "libc.so", "libstdc++", "libgcc_s", "ld-linux")
-OURS = ("qx(", "libQX", "libqxmovie")
+OURS = ("qx(", "libQX", "libqxmovie", "libqxtext")
 
 
 def stack(report: str, headline: str) -> list[str]:

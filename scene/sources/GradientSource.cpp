@@ -2,30 +2,12 @@
 #include "scene/sources/GradientSource.h"
 
 #include <algorithm>
-#include <cmath>
-#include <type_traits>
 
-#include "QX/indep/QX_Depth.h"
 #include "pictures/Pixels.h"
 #include "scene/effects/Work.h"
+#include "scene/sources/Rounded.h"
 
 namespace qx::scene {
-namespace {
-
-template <class Pixel> Pixel rounded(const Gradient::Colour& colour) {
-    using D = DepthOf<Pixel>;
-    using Channel = QX_ChannelOf<Pixel>;
-    const auto channel = [&](std::size_t i) {
-        if constexpr (std::is_same_v<Pixel, QX_PixelFloat>)
-            return static_cast<Channel>(colour[i]);
-        else
-            return static_cast<Channel>(std::floor(colour[i] * D::full + 0.5));
-    };
-    return {channel(0), channel(1), channel(2), channel(3)};
-}
-
-}  // namespace
-
 bool GradientTracks::moves() const {
     return from.moves() || to.moves() ||
            std::any_of(stops.begin(), stops.end(), [](const Stop& stop) { return stop.colour.moves(); });

@@ -7,6 +7,7 @@
 #include "scene/sources/GradientSource.h"
 #include "scene/sources/GroupSource.h"
 #include "scene/sources/SolidSource.h"
+#include "scene/sources/TextSource.h"
 
 namespace qx::scene {
 namespace {
@@ -73,6 +74,7 @@ struct SourceKind {
 constexpr SourceKind kSourceKinds[] = {{"file", kFileSourceKeys, read_file_source},
                                        {"solid", kSolidSourceKeys, read_solid},
                                        {"gradient", kGradientSourceKeys, read_gradient},
+                                       {"text", kTextSourceKeys, read_text},
                                        {"layers", kGroupSourceKeys, read_group}};
 
 /// That of a file where nothing is told.

@@ -6,6 +6,7 @@ install(TARGETS QX QXHost EXPORT QXTargets LIBRARY DESTINATION ${CMAKE_INSTALL_L
 install(EXPORT QXTargets NAMESPACE QX:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)
 if(QX_BUILD_TOOLS)
   install(TARGETS qx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES docs/scene.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/qx)
   install(TARGETS qx_tint qx_shadow LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/qx/effects)
   foreach(text "man:man/man1:qx.1" "bash:bash-completion/completions:qx" "zsh:zsh/site-functions:_qx"
       "fish:fish/vendor_completions.d:qx.fish")

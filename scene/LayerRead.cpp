@@ -96,6 +96,11 @@ void read_life(const SceneNode& node, SceneLayer& layer) {
         if (layer.out < layer.in) out->fault("comes before in");
     }
     if (const auto visible = node.find("visible")) layer.visible = visible->flag();
+    if (const auto at = node.find("at")) {
+        const auto place = at->items(2, 2);
+        layer.x = place[0].whole(-kFarthest, kFarthest);
+        layer.y = place[1].whole(-kFarthest, kFarthest);
+    }
 }
 
 /// @param node  gets the layer's name as its title
@@ -132,8 +137,12 @@ void read_comment(const SceneNode& node) {
 SceneLayers read_layers(const SceneNode& node, const ReadContext& context) {
     SceneLayers layers;
     std::vector<SceneNode> nodes = node.items(0, kMostItems);
-    for (SceneNode& layer : nodes) layers.push_back(read_layer(layer, context));
-    link_layers(nodes, layers);
+    for (SceneNode& layer : nodes) {
+        layers.emplace_back();
+        context.part([&] { layers.back() = read_layer(layer, context); });
+    }
+    const bool all_read = context.faults == nullptr || context.faults->empty();
+    if (all_read) context.part([&] { link_layers(nodes, layers); });
     return layers;
 }
 

@@ -28,7 +28,9 @@ struct Scene {
 
 /// Throws SceneFault, or pictures::Failure for a file that cannot be read.
 /// @param others  effects besides the scene's own; null: none
-Scene read_scene(const std::string& path, EffectSource* others = nullptr);
+/// @param faults  gets those of the scene's parts, one of each, in place of the first one being thrown; a scene with
+///                some is none
+Scene read_scene(const std::string& path, EffectSource* others = nullptr, std::vector<std::string>* faults = nullptr);
 
 /// Throws SceneFault for choices of colour that do not go together: what needs a space where there is none, and a space
 /// of a background that is no picture.
@@ -36,6 +38,8 @@ void check_colours(const Scene& scene);
 
 /// Throws SceneFault for the first file that one of the frames needs and that is not there.
 void check_files(const Scene& scene, const FrameList& frames);
+/// All files that the frames need: each one's faults, by as much of the file as tells that it is a picture.
+std::vector<std::string> faults_of_files(const Scene& scene, const FrameList& frames, pictures::Watch& watch);
 /// A file that one of the frames shows and that one of them would be written over, if there is one.
 struct Overwritten {
     std::string path, place;

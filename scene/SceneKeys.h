@@ -10,9 +10,9 @@ inline constexpr const char* kFileKeys[] = {"name", "offset", "profile"};
 inline constexpr const char* kClipKeys[] = {"clip",   "offset",  "speed", "map",    "rate",
                                             "method", "quality", "cuts",  "profile"};
 /// Of every layer; what it shows has keys besides.
-inline constexpr const char* kLayerKeys[] = {"mode",      "opacity", "mask",     "effects", "field",  "quality",
-                                             "transform", "shutter", "rgb-only", "linear",  "seed",   "name",
-                                             "comment",   "in",      "out",      "visible", "parent", "matte-layer"};
+inline constexpr const char* kLayerKeys[] = {
+    "mode", "opacity", "mask",    "effects", "field", "quality", "transform", "shutter",     "rgb-only", "linear",
+    "seed", "name",    "comment", "in",      "out",   "visible", "parent",    "matte-layer", "at"};
 inline constexpr const char* kFileSourceKeys[] = {"file", "matte", "missing"};
 inline constexpr const char* kSolidSourceKeys[] = {"solid", "size"};
 inline constexpr const char* kGradientSourceKeys[] = {"gradient", "size"};

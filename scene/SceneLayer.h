@@ -64,6 +64,7 @@ struct SceneLayer {
     std::shared_ptr<const Source> source;
     int in = -kMostFrame, out = kMostFrame;  ///< the first and the last frame at which it shows
     bool visible = true;
+    int x = 0, y = 0;  ///< where its left top corner lies, before it is transformed
     int mode = xfer_over;
     Track<1> opacity{Track<1>::Value{1}};
     std::optional<SceneMask> mask;

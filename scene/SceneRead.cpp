@@ -16,45 +16,62 @@ namespace fs = std::filesystem;
 
 class Reader {
 public:
-    Reader(const std::string& path, EffectSource* others) : context_{fs::path(path).parent_path().string(), others} {
+    Reader(const std::string& path, EffectSource* others, std::vector<std::string>* faults)
+        : context_{fs::path(path).parent_path().string(), others, 0, faults} {
         scene_.file = path;
     }
 
     Scene read(const SceneNode& root) {
-        root.check_keys(kSceneKeys);
-        read_comment(root);
-        read_frame(root);
-        read_colours(root);
-        if (const auto background = root.find("background")) read_background(*background);
-        if (scene_.width == 0 && !scene_.background) root.need("size");
-        scene_.layers = read_layers(root.need("layers"), context_);
+        if (!root.is_object()) root.fault("is not an object");
+        constexpr void (Reader::*parts[])(const SceneNode&) = {
+            &Reader::check_keys,      &Reader::read_size,    &Reader::read_depth,
+            &Reader::read_rate,       &Reader::read_frames,  &Reader::read_colours,
+            &Reader::read_background, &Reader::check_ground, &Reader::read_all_layers,
+        };
+        for (const auto part : parts) context_.part([&] { (this->*part)(root); });
         return std::move(scene_);
     }
 
 private:
-    void read_frame(const SceneNode& root) {
-        if (const auto size = root.find("size")) {
-            const auto sides = size->items(2, 2);
-            scene_.width = sides[0].whole(1, pictures::kMostSide);
-            scene_.height = sides[1].whole(1, pictures::kMostSide);
-        }
-        if (const auto depth = root.find("depth")) {
-            scene_.depth = depth->whole(8, 32);
-            if (scene_.depth != 8 && scene_.depth != 16 && scene_.depth != 32) depth->fault("is none of 8, 16, 32");
-        }
+    void check_keys(const SceneNode& root) {
+        root.check_keys(kSceneKeys);
+        if (const auto schema = root.find("$schema")) static_cast<void>(schema->text());  // for editors
+        read_comment(root);
         if (const auto dither = root.find("dither")) scene_.dither = dither->flag();
-        if (const auto rate = root.find("rate")) read_rate(*rate);
-        if (const auto frames = root.find("frames")) read_frames(*frames);
     }
 
-    void read_frames(const SceneNode& node) {
-        if (node.is_text()) {
-            scene_.frames = node.read_by([&] { return frame_list(node.text()); });
+    void read_size(const SceneNode& root) {
+        const auto size = root.find("size");
+        if (!size) return;
+        const auto sides = size->items(2, 2);
+        scene_.width = sides[0].whole(1, pictures::kMostSide);
+        scene_.height = sides[1].whole(1, pictures::kMostSide);
+    }
+
+    void read_depth(const SceneNode& root) {
+        const auto depth = root.find("depth");
+        if (!depth) return;
+        scene_.depth = depth->whole(8, 32);
+        if (scene_.depth != 8 && scene_.depth != 16 && scene_.depth != 32) depth->fault("is none of 8, 16, 32");
+    }
+
+    void check_ground(const SceneNode& root) {
+        const auto ground = root.find("background");
+        if (!ground || ground->is_list()) root.need("size");
+    }
+
+    void read_all_layers(const SceneNode& root) { scene_.layers = read_layers(root.need("layers"), context_); }
+
+    void read_frames(const SceneNode& root) {
+        const auto node = root.find("frames");
+        if (!node) return;
+        if (node->is_text()) {
+            scene_.frames = node->read_by([&] { return frame_list(node->text()); });
             return;
         }
-        const auto ends = node.items(2, 2);
+        const auto ends = node->items(2, 2);
         const FrameRange range{ends[0].whole(-kMostFrame, kMostFrame), ends[1].whole(-kMostFrame, kMostFrame), 1};
-        if (range.last < range.first) node.fault("ends before it begins");
+        if (range.last < range.first) node->fault("ends before it begins");
         scene_.frames = range;
     }
 
@@ -68,23 +85,27 @@ private:
         if (const auto output = root.find("output-space")) colours.output = read_profile(*output, context_.folder);
     }
 
-    void read_rate(const SceneNode& rate) {
+    void read_rate(const SceneNode& root) {
         constexpr int most = 1000, fine = 1000;
-        if (rate.is_list()) {
-            const auto parts = rate.items(2, 2);
+        const auto rate = root.find("rate");
+        if (!rate) return;
+        if (rate->is_list()) {
+            const auto parts = rate->items(2, 2);
             scene_.rate = {parts[0].whole(1, most * 1001), parts[1].whole(1, most * 1001)};
         } else {
-            const double number = std::nearbyint(rate.number(1.0 / fine, most) * fine);
+            const double number = std::nearbyint(rate->number(1.0 / fine, most) * fine);
             scene_.rate = {static_cast<int>(number), fine};
         }
     }
 
-    void read_background(const SceneNode& node) {
-        if (node.is_text() || node.is_object()) {
-            scene_.background = read_file(node, context_.folder);
+    void read_background(const SceneNode& root) {
+        const auto node = root.find("background");
+        if (!node) return;
+        if (node->is_text() || node->is_object()) {
+            scene_.background = read_file(*node, context_.folder);
             return;
         }
-        const auto c = read_colour(node);
+        const auto c = read_colour(*node);
         const auto channel = [&](std::size_t i) { return static_cast<float>(c[i]); };
         scene_.colour = {channel(0), channel(1), channel(2), channel(3)};
     }
@@ -111,9 +132,9 @@ struct Tree {
 
 }  // namespace
 
-Scene read_scene(const std::string& path, EffectSource* others) {
+Scene read_scene(const std::string& path, EffectSource* others, std::vector<std::string>* faults) {
     const Tree tree{parse_json(text_of_file(path), path)};
-    Scene scene = Reader(path, others).read(SceneNode(tree.value, path));
+    Scene scene = Reader(path, others, faults).read(SceneNode(tree.value, path));
     scene.text = tree.value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return scene;
 }

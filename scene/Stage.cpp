@@ -114,8 +114,8 @@ Transfer Stage::transfer_of(const SceneLayer& layer, const Costume& costume, int
     const auto& [piece, canvas, coverage] = costume;
     Transfer transfer;
     transfer.layer = canvas ? canvas->world.get() : piece.picture->world.get();
-    transfer.x = canvas ? canvas->x : piece.x;
-    transfer.y = canvas ? canvas->y : piece.y;
+    transfer.x = layer.x + (canvas ? canvas->x : piece.x);
+    transfer.y = layer.y + (canvas ? canvas->y : piece.y);
     transfer.mode = layer.mode;
     transfer.opacity = static_cast<float>(layer.opacity.at(frame)[0]);
     transfer.rgb_only = layer.rgb_only;

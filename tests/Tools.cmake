@@ -27,6 +27,13 @@ endforeach()
 target_compile_definitions(test_tools PRIVATE QX_COMMAND="$<TARGET_FILE:qx>" QX_SOURCES="${PROJECT_SOURCE_DIR}")
 target_link_libraries(test_tools PRIVATE PkgConfig::LCMS2)  # makes profiles
 add_dependencies(test_tools qx)
+target_compile_definitions(test_scene PRIVATE QX_SOURCES="${PROJECT_SOURCE_DIR}")
+# The schema of scenes against the command, by a validator of another hand.
+find_program(SYSTEM_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)  # which has the validator's package
+if(QX_BUILD_TEXT AND SYSTEM_PYTHON)
+  add_test(NAME scene/schema COMMAND ${SYSTEM_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/scene/schema.py
+    ${PROJECT_SOURCE_DIR} $<TARGET_FILE:qx>)
+endif()
 # Effects that keep no rule: of the library they know the header alone.
 foreach(source Faulty.cpp NoEntry.c)
   get_filename_component(effect ${source} NAME_WE)

@@ -30,6 +30,17 @@ TEST_F(LayerKeys, InOutAndVisibleTellWhenALayerShows) {
     }
 }
 
+/// With a transform it is a move before that.
+TEST_F(LayerKeys, APlaceIsAMoveOfWholePixels) {
+    for (const std::string more :
+         {"'mask': 'b.png'", "'mode': 'multiply', 'effects': [{'effect': 'blur', 'grow': true}]"}) {
+        EXPECT_TRUE(same_pixels(shown("{'file': 'a.png', 'at': [-5, 7], " + more + "}"),
+                                shown("{'file': 'a.png', 'transform': {'translate': [-5, 7]}, " + more + "}")));
+    }
+    EXPECT_TRUE(same_pixels(shown("{'file': 'a.png', 'at': [-4, 6], 'transform': {'scale': 0.5, 'rotate': 90}}"),
+                            shown("{'file': 'a.png', 'transform': {'matrix': [0, 0.5, 0, -0.5, 0, 0, -3, -2, 1]}}")));
+}
+
 TEST_F(LayerKeys, PicturesAreNeededOnlyWhereTheirLayerShows) {
     const Scene part = scene_of("{'file': 'q.#.png', 'in': 2, 'out': 3}");
     EXPECT_NO_THROW(check_files(part, FrameRange{1, 9, 1}));

@@ -211,6 +211,7 @@ TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
             "'opacity': {'keys': [{'frame': 2, 'value': 1}, {'frame': 2, 'value': 0}]} => opacity/keys/1/frame does "
             "not come after",
             "'in': 2, 'out': 1 => out comes before in",
+            "'at': [0.5, 1] => at/0 is not a whole number",
             "'in': 0.5 => in is not a whole number",
             "'visible': 'no' => visible is neither true nor false",
             "'missing': 'blak' => missing blak: not one of error, hold, black, skip; the nearest is black",

@@ -258,6 +258,31 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
                    "moving.json -o x.#.png --frame 1 => --frame; the nearest is --frames"});
 }
 
+TEST_F(Render, CheckTellsEveryFault) {
+    const auto fine = qx("render moving.json --check");
+    EXPECT_EQ(fine.status, 0);
+    EXPECT_EQ(fine.output + fine.errors, "moving.json: fine, 4 frames\n");
+    EXPECT_EQ(qx("render moving.json --check --frames 2").output, "moving.json: fine, 1 frame\n");
+    put_quoted("bad.json", R"({'size': [8, 0], 'depth': 9, 'frames': [1, 2], 'layers': [
+        {'file': 'a.png', 'mod': 2}, {'file': 'a.png'}, {'layers': [{'file': 'no.png'}, {'solid': [2, 0, 0]}]}]})");
+    const auto bad = qx("render bad.json --check");
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.output, "");
+    const std::string in = "qx: bad.json: /";
+    EXPECT_EQ(bad.errors, in + "size/1 is not a whole number from 1 to 30000\n" +  //
+                              in + "depth is none of 8, 16, 32\n" +                //
+                              in + "layers/0/mod is an unknown key; the nearest is mode\n" + in +
+                              "layers/2/layers/0/file no.png: no such file\n" + in +
+                              "layers/2/layers/1/solid/0 is not a number from 0 to 1\n");
+    put("q.02.png", "no picture");
+    const auto files = qx("render moving.json --check --frames 1-6");
+    EXPECT_EQ(files.status, 1);
+    EXPECT_HOLDS(files.errors, "qx: moving.json: /layers/0/file q.02.png: ");
+    EXPECT_HOLDS(files.errors, "qx: moving.json: /layers/0/file q.05.png: no such file, frame 5 needs it\n");
+    EXPECT_HOLDS(files.errors, "qx: moving.json: /layers/0/file q.06.png: no such file, frame 6 needs it\n");
+    EXPECT_EQ(std::count(files.errors.begin(), files.errors.end(), '\n'), 3);
+}
+
 /// The signal comes while a movie is open, then while the second picture is made: of those the first is there.
 TEST_F(RenderDeathTest, InterruptLeavesWholeFramesOnly) {
     GTEST_FLAG_SET(death_test_style, "fast");  // the child works in this folder, not in one of its own

@@ -58,27 +58,32 @@ void add_effect_folders_option(CLI::App& command, std::vector<std::string>& fold
 
 std::shared_ptr<const scene::Effect> effect_of(const std::string& option, const std::string& text,
                                                host::EffectFolders& folders) {
+    return effect_argument(option, text, folders).effect;
+}
+
+EffectArgument effect_argument(const std::string& option, const std::string& text, host::EffectFolders& folders) {
     const std::vector<std::string> parts = parts_of(text);
-    std::shared_ptr<scene::Effect> effect = named(option, parts.front(), folders);
+    EffectArgument told{parts.front(), named(option, parts.front(), folders), {}};
     const std::string about = option + " " + parts.front();
-    const scene::Keys keys = effect->keys();
-    std::set<std::string> told;
+    const scene::Keys keys = told.effect->keys();
+    std::set<std::string> known;
     for (auto part = parts.begin() + 1; part != parts.end(); ++part) {
         const std::size_t equals = part->find('=');
         const std::string name = part->substr(0, equals);
         const scene::Key& key = key_named(about, name, keys);
-        if (!told.insert(name).second) throw WrongUsage(about + ": " + name + " is told twice");
+        if (!known.insert(name).second) throw WrongUsage(about + ": " + name + " is told twice");
         const bool is_switch = std::holds_alternative<scene::FlagKey>(key.kind);
         if (equals == std::string::npos && !is_switch)
             throw WrongUsage(about + ": " + name + " needs a value: " + name + "=" + key.value);
-        read_key(key, about + ": " + name, equals == std::string::npos ? "true" : part->substr(equals + 1));
+        told.values.emplace_back(name, equals == std::string::npos ? "true" : part->substr(equals + 1));
+        read_key(key, about + ": " + name, told.values.back().second);
     }
     try {
-        effect->settle();
+        told.effect->settle();
     } catch (const scene::BadText& bad) {
         throw WrongUsage(about + ": " + bad.what());
     }
-    return effect;
+    return told;
 }
 
 }  // namespace qx::tool

@@ -15,6 +15,7 @@
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/subcommands/CompOptions.h"
+#include "tools/qx/subcommands/CompScene.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
@@ -101,6 +102,12 @@ void settle_layers(const CompOptions& options, Inputs& inputs) {
             say_note(pictures::about(told.mask_file, scene::kMaskCountsByLuma));
         }
     }
+}
+
+std::vector<scene::Settled> places_of(const Inputs& inputs) {
+    std::vector<scene::Settled> places;
+    for (const Inputs::Layer& layer : inputs.layers) places.push_back(layer.place);
+    return places;
 }
 
 /// A layer of which nothing can be seen is hardly meant.
@@ -216,6 +223,8 @@ void run(const CompOptions& options) {
     check_output_option(options.output);
     options.encoding.check(options.output);
     const int asked = options.asked_depth();
+    std::optional<CompScene> scene;
+    if (!options.scene.empty()) scene.emplace(options);
     const Library library;
     NotesOnce once;
     Inputs inputs;
@@ -248,7 +257,9 @@ void run(const CompOptions& options) {
     }
     if (space) finish_colours(options, *space, inputs.background);
     note_losses(options, inputs, depth, once);
+    if (scene) scene->write(depth, places_of(inputs));
     write_result(options.output, inputs.background, depth, options.encoding);
+    if (scene) scene->commit();
 }
 
 }  // namespace

@@ -90,7 +90,10 @@ const LayerOption kLayerOptions[] = {
     {"--linear", "GAMMA|profile", "blend in linear light, by this exponent of the values or by the curve of --space",
      set_light},
     {"--profile", "PROFILE", "profile of the layer's values (default: what its file says)",
-     [](L& l, S option, S text) { l.profile = value_of(option, [&] { return scene::rgb_profile_of_text(text); }); }},
+     [](L& l, S option, S text) {
+         l.profile = value_of(option, [&] { return scene::rgb_profile_of_text(text); });
+         l.profile_text = text;
+     }},
     {"--rgb-only", nullptr, "keep the background's alpha",
      [](L& l, S option, S text) { l.rgb_only = flag(option, text); }},
     {"--seed", "N", "start of the noise of mode dissolve (default: 0)",
@@ -122,7 +125,8 @@ Example:
   qx comp photo.jpg logo.png --anchor 64,64 --scale 0.5 --rotate 30 --at 200,150 -o out.png
   qx comp a.tif b.tif --mode multiply c.exr --mode add --depth 32 -o out.exr
   qx comp photo.jpg wide.png --space srgb --linear profile -o out.png
-  qx comp photo.jpg logo.png --effect blur:radius=4 --effect ./shadow.so:opacity=0.6 -o out.png)";
+  qx comp photo.jpg logo.png --effect blur:radius=4 --effect ./shadow.so:opacity=0.6 -o out.png
+  qx comp photo.jpg logo.png --at 40,40 --emit-scene scene.json -o out.png)";
 
 void check(const LayerOptions& layer) {
     if (layer.matrix && layer.placing) {
@@ -155,6 +159,10 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
                     "profile of the background's values (default: what its file says)")
         ->type_name("PROFILE");
     add_effect_folders_option(command, common_.effect_folders);
+    command
+        .add_option("--emit-scene", common_.scene,
+                    "also write a scene file of which `qx render` makes the same picture")
+        ->type_name("FILE.json");
     add_picture_options(command, common_);
     command.footer(kFooter);
     set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
@@ -191,6 +199,8 @@ CompOptions CompCommandLine::options() const {
 void CompCommandLine::read_colours(CompOptions& options) const {
     if (const char* option = colours_.without_space()) throw WrongUsage(option + std::string(kNeedsSpaceOption));
     colours_.apply(options.colours);
+    options.colour_texts = colours_;
+    options.background_profile_text = background_profile_;
     if (!background_profile_.empty()) {
         options.background_profile =
             value_of("--background-profile", [&] { return scene::rgb_profile_of_text(background_profile_); });

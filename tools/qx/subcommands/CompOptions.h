@@ -34,6 +34,7 @@ struct LayerOptions {
     Place mask_at{0, 0};
     scene::LightChoice light;
     scene::Profile profile;  ///< null: what the file says
+    std::string profile_text;
     bool rgb_only = false;
     int seed = 0;
     int field = 0;
@@ -51,6 +52,9 @@ struct CompOptions : PictureOptions {
     scene::ColourChoices colours;
     std::vector<LayerOptions> layers;
     std::vector<std::string> effect_folders;
+    ColourOptions colour_texts;
+    std::string background_profile_text;
+    std::string scene;  ///< a file that is to tell the same; empty for none
 };
 
 struct LayerOption;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // qx render: frames of a scene, as pictures or as a movie.
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <memory>
 
 #include "pictures/Movie.h"
@@ -8,7 +9,9 @@
 #include "scene/Faults.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/options/EffectArgument.h"
+#include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
+#include "tools/qx/work/Output.h"
 #include "tools/qx/work/RenderJob.h"
 
 namespace qx::tool {
@@ -23,7 +26,8 @@ stay in a cache on disk, see qx cache. docs/scene.md describes the scene file.
 
 Example:
   qx render scene.json -o out/frame.####.png --frames 1001-1100 --resume
-  qx render scene.json -o out.mp4)";
+  qx render scene.json -o out.mp4
+  qx render scene.json --frames 1,3,5-9x2 --check)";
 
 scene::FrameList frames_of(const RenderOptions& options, const scene::Scene& scene) {
     if (!options.frames.empty()) return value_of("--frames", [&] { return scene::frame_list(options.frames); });
@@ -34,21 +38,50 @@ scene::FrameList frames_of(const RenderOptions& options, const scene::Scene& sce
 /// What players of movies take frames for.
 scene::Profile movie_profile() { return scene::profile_of_text("rec709-2.4"); }
 
-void run(const RenderOptions& options) {
-    apply_common_options(options.common);
-    if (!options.memory.empty()) memory_size("--memory", options.memory);
-    options.encoding.check(options.output);
-    options.cache.apply();
+/// Puts what the options ask for in the place of what the scene says.
+void settle(const RenderOptions& options, scene::Scene& scene) {
     const int depth = depth_of(options.depth);
-    const bool movie = pictures::is_movie(options.output);
-    host::EffectFolders folders(options.effect_folders);
-    scene::Scene scene = scene::read_scene(options.scene, &folders);
     if (depth != 0) scene.depth = depth;
     options.colours.apply(scene.colours);
     if (const char* option = options.colours.without_space(); option != nullptr && !scene.colours.has_space) {
         throw WrongUsage(option + std::string(kNeedsSpaceOption));
     }
     scene::check_colours(scene);
+}
+
+/// Looks at all of a scene, and tells each fault in a line of its own.
+void check(const RenderOptions& options, host::EffectFolders& folders) {
+    std::vector<std::string> faults;
+    scene::Scene scene = scene::read_scene(options.scene, &folders, &faults);
+    int count = 0;
+    if (faults.empty()) {
+        try {
+            settle(options, scene);
+        } catch (const scene::SceneFault& fault) {
+            faults.emplace_back(fault.what());
+        }
+        const scene::FrameList frames = frames_of(options, scene);
+        SignalWatch watch;
+        for (auto& fault : scene::faults_of_files(scene, frames, watch)) faults.push_back(std::move(fault));
+        count = frames.count();
+    }
+    for (std::size_t i = 0; i + 1 < faults.size(); ++i) say_error(faults[i]);
+    if (!faults.empty()) throw WorkFailed(faults.back());
+    std::printf("%s: fine, %d frame%s\n", options.scene.c_str(), count, count == 1 ? "" : "s");
+    finish_output();
+}
+
+void run(const RenderOptions& options) {
+    apply_common_options(options.common);
+    if (!options.memory.empty()) memory_size("--memory", options.memory);
+    host::EffectFolders folders(options.effect_folders);
+    if (options.check) return check(options, folders);
+    if (options.output.empty()) throw WrongUsage("--output is required (see qx --help)");
+    options.encoding.check(options.output);
+    options.cache.apply();
+    const bool movie = pictures::is_movie(options.output);
+    scene::Scene scene = scene::read_scene(options.scene, &folders);
+    settle(options, scene);
     if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();
     options.work.style();
     const scene::FrameList frames = options.work.part_of(frames_of(options, scene));
@@ -64,8 +97,11 @@ void add_render(CLI::App& app) {
     const auto options = std::make_shared<RenderOptions>();
     command->add_option("SCENE", options->scene, "scene file")->required()->type_name("FILE");
     command->add_option("-o,--output", options->output, "files to write: " + pictures::known_endings() + ", or a movie")
-        ->required()
         ->type_name("OUT");
+    command
+        ->add_flag("--check", options->check,
+                   "make nothing: look whether the scene and its files are as they should be")
+        ->disable_flag_override();
     command->add_option("--frames", options->frames, "frames, such as 1,3,5-9x2 (default: those of the scene)")
         ->type_name("A[-B[xSTEP]],...");
     add_long_work_options(*command, options->work);

@@ -21,6 +21,7 @@ struct RenderOptions {
     CacheOptions cache;
     std::string scene, output, frames, depth, memory;
     LongWorkOptions work;
+    bool check = false;
     std::vector<std::string> effect_folders;
 };
 

@@ -239,6 +239,7 @@ void run(const CompOptions& options) {
     }
     const int depth = unify(files, asked, once);
     settle_layers(options, inputs);
+    if (scene) scene->settle(depth, places_of(inputs));
     QX_World& background = *inputs.background.world;
     {
         const auto worked_on = std::count_if(options.layers.begin(), options.layers.end(),
@@ -257,7 +258,7 @@ void run(const CompOptions& options) {
     }
     if (space) finish_colours(options, *space, inputs.background);
     note_losses(options, inputs, depth, once);
-    if (scene) scene->write(depth, places_of(inputs));
+    if (scene) scene->write();
     write_result(options.output, inputs.background, depth, options.encoding);
     if (scene) scene->commit();
 }

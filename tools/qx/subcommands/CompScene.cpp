@@ -191,9 +191,12 @@ Json CompScene::value_of_key(const scene::Key& key, const std::string& text) con
     return std::visit(Value{*this, text}, key.kind);
 }
 
-void CompScene::write(int depth, const std::vector<scene::Settled>& places) {
+void CompScene::settle(int depth, const std::vector<scene::Settled>& places) {
     scene_["depth"] = depth;
     for (std::size_t i = 0; i < places.size(); ++i) scene_["layers"][i] = layer_of(options_.layers[i], places[i]);
+}
+
+void CompScene::write() {
     const std::string text = scene_.dump(2) + "\n";
     file_ = std::make_unique<pictures::OutputFile>(options_.scene);
     file_->write(text.data(), text.size());

@@ -17,9 +17,11 @@ class CompScene {
 public:
     /// Throws WrongUsage for what a scene cannot tell.
     explicit CompScene(const CompOptions& options);
-    /// Writes the file but for its name, which `commit` gives it. @param depth   that the line works with
-    /// @param places  of the layers, which sizes have told
-    void write(int depth, const std::vector<scene::Settled>& places);
+    /// Takes what the pictures have told, before they are worked on. Throws as the constructor does.
+    /// @param depth   that the line works with
+    /// @param places  of the layers
+    void settle(int depth, const std::vector<scene::Settled>& places);
+    void write();  ///< the file but for its name, which `commit` gives it
     void commit() { file_->commit(); }
 
 private:

@@ -46,7 +46,7 @@ int main() {
         code = QX_TransformWorld(nullptr, kQX_QualityBilinear, kQX_NoFlags, kQX_AllRows, &from, &over, nullptr, nullptr,
                                  moments.data(), kMoments, true, nullptr, &to);
         std::printf("transform: code %d, alpha is %d in the middle, %d at a corner's path, %d beside it\n", code,
-                    alpha_at(*frame, kSide / 2, kSide / 2), alpha_at(*frame, 68, 76), alpha_at(*frame, 10, 10));
+                    alpha_at(*frame, kSide / 2, kSide / 2), alpha_at(*frame, 77, 66), alpha_at(*frame, 10, 10));
     }
     QX_Death();
     return code;

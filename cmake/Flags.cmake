@@ -23,3 +23,8 @@ endif()
 # Warnings of our own code; libraries' headers come in as system headers.
 add_library(qx_warnings INTERFACE)
 target_compile_options(qx_warnings INTERFACE -Wall -Wextra -Wconversion)
+
+# What most files of the rooms above the library include: read once a room (target_precompile_headers), it costs a third of
+# the time of a build.
+set(QX_COMMON_HEADERS <algorithm> <array> <cmath> <cstdint> <filesystem> <functional> <map> <memory> <mutex> <optional> <set>
+  <sstream> <string> <vector>)

@@ -17,7 +17,7 @@ std::string bare(const std::string& text) {
         name += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
     }
     if (name.rfind("xfer", 0) == 0) name.erase(0, 4);
-    if (const auto at = name.find("color"); at != std::string::npos) name.insert(at + 4, "u");
+    if (const auto at = name.find("color"); at != std::string::npos) name.insert(at + 4, 1, 'u');
     return name;
 }
 

@@ -4,6 +4,7 @@
 
 #include "tests/support/TestHost.h"
 #include "tests/tools/RunQx.h"
+#include "tools/qx/Commands.h"
 
 namespace {
 

@@ -58,11 +58,11 @@ QXC_EXPORT int QXC_Copy(QXE_World* src, QXE_World* dst, const QXE_Rect* src_rect
 QXC_EXPORT int QXC_TransferRect(const QXE_ProgressInfo* progress, const QXE_Rect* src_rect, QXE_World* src,
                                 const QXE_CompositeMode* mode, const QXE_MaskWorld* mask, int dest_x, int dest_y,
                                 QXE_World* dst);
-/// As QXE_TransformWorld, with matrices from the source to the destination. @param progress, mask, dest_rect  may be null
+/// As QXE_TransformWorld, with matrices from the source to the destination. @param progress, mask, dest_rect  may be
+/// null
 QXC_EXPORT int QXC_TransformWorld(const QXE_ProgressInfo* progress, int quality, QXE_World* src,
-                                  const QXE_CompositeMode* mode, const QXE_MaskWorld* mask,
-                                  const QXE_Matrix3* matrices, int num_matrices, const QXE_Rect* dest_rect,
-                                  QXE_World* dst);
+                                  const QXE_CompositeMode* mode, const QXE_MaskWorld* mask, const QXE_Matrix3* matrices,
+                                  int num_matrices, const QXE_Rect* dest_rect, QXE_World* dst);
 /// As QXE_Blend.
 QXC_EXPORT int QXC_Blend(const QXE_World* src1, const QXE_World* src2, int32_t ratio, QXE_World* dst);
 

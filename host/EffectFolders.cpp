@@ -88,8 +88,7 @@ std::shared_ptr<const EffectModule> EffectFolders::module_named(const std::strin
     const std::string path = is_file ? name : path_of(name);
     if (!path.empty()) return module(path);
     const auto names = this->names();
-    throw scene::BadText(
-        name, "no such effect" + scene::suggestion(name, names, "see qx effects"));
+    throw scene::BadText(name, "no such effect" + scene::suggestion(name, names, "see qx effects"));
 }
 
 std::unique_ptr<scene::Effect> EffectFolders::find(const std::string& name) {

@@ -193,8 +193,7 @@ void flush_disk_of(const std::string& path) noexcept {
     }
 }
 
-int sweep_unfinished(const std::string& path) noexcept {
-    int swept = 0;
+void sweep_unfinished(const std::string& path) noexcept {
     try {
         const std::filesystem::path folder = std::filesystem::path(path).parent_path();
         const std::string begin = unfinished_name();
@@ -207,10 +206,9 @@ int sweep_unfinished(const std::string& path) noexcept {
                               begin.size() + static_cast<std::size_t>(length) == name.size();
             if (ours && process > 0 && ::kill(process, 0) != 0 && errno == ESRCH) left.push_back(entry.path());
         }
-        for (const auto& file : left) swept += ::unlink(file.c_str()) == 0 ? 1 : 0;
+        for (const auto& file : left) ::unlink(file.c_str());
     } catch (const std::exception&) {  // a folder that cannot be read keeps what it has
     }
-    return swept;
 }
 
 void remove_unfinished() noexcept {

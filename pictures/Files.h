@@ -61,9 +61,8 @@ private:
 /// nothing back. What cannot be done is left.
 void flush_disk_of(const std::string& path) noexcept;
 
-/// Removes files that processes of this machine have left unfinished beside `path` when they were killed. @return how
-/// many
-int sweep_unfinished(const std::string& path) noexcept;
+/// Removes files that processes of this machine have left unfinished beside `path` when they were killed.
+void sweep_unfinished(const std::string& path) noexcept;
 
 /// Removes the files that are being written, from any thread and from within a signal handler that ends the process.
 void remove_unfinished() noexcept;

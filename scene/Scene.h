@@ -14,7 +14,7 @@ namespace qx::scene {
 
 struct Scene {
     std::string file;
-    std::string text;  ///< the values of the file, however it is laid out
+    std::string text;           ///< the values of the file, however it is laid out
     int width = 0, height = 0;  ///< 0: those of the background's picture
     int depth = 8;
     bool dither = false;  ///< noise where deeper pixels become 8-bit ones

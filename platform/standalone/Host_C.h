@@ -16,8 +16,8 @@ extern "C" {
 QXHOST_EXPORT void QXHost_SetThreads(int threads);
 /// Bands that work is cut into, 32 at first: results that depend on their number agree where it does.
 QXHOST_EXPORT void QXHost_SetBands(int bands);
-/// Receives what routines say of their faults and of the argument at fault, in UTF-8, on the thread that made them, one at a time. Null: standard
-/// error.
+/// Receives what routines say of their faults and of the argument at fault, in UTF-8, on the thread that made them, one
+/// at a time. Null: standard error.
 QXHOST_EXPORT void QXHost_SetReports(void (*report)(void* refcon, const char* text), void* refcon);
 
 #ifdef __cplusplus

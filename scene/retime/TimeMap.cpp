@@ -69,7 +69,7 @@ ClipMoment TimeMap::at(int number) const {
     return moment_of_time(clip_, clip_.time_of(0) + step_ * Rational(number - numbers_.first));
 }
 
-Track<1> read_time_track(const SceneNode& node) { 
+Track<1> read_time_track(const SceneNode& node) {
     return Track<1>(
         track_keys<1>(node, [](const SceneNode& value) { return track_value<1>(value, 1, -kMostFrame, kMostFrame); }),
         -kMostFrame, kMostFrame);

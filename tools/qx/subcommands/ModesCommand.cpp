@@ -19,6 +19,7 @@
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/Files.h"
 
 namespace qx::tool {
 namespace {
@@ -159,12 +160,7 @@ void run(const ModesOptions& options) {
     check_output_option(options.output);
     const Library library;
     const Pair pair = read_pair(options);
-    const pictures::Picture sheet = draw_sheet(pair);
-    {
-        FileProgress progress("writing");
-        pictures::write_picture(options.output, sheet, 8, {}, progress);
-    }
-    say_detail(options.output, "written");
+    write_result(options.output, draw_sheet(pair), 8, {});
 }
 
 }  // namespace

@@ -19,6 +19,7 @@
 #include "tools/qx/sheet/Font.h"
 #include "tools/qx/sheet/Thumbnail.h"
 #include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/Files.h"
 
 namespace qx::tool {
 namespace {
@@ -152,11 +153,7 @@ void run(const SheetOptions& options) {
     check_output_option(options.output);
     const Library library;
     const pictures::Picture sheet = draw_sheet(cells_of(options), options);
-    {
-        FileProgress progress("writing");
-        pictures::write_picture(options.output, sheet, 8, {}, progress);
-    }
-    say_detail(options.output, "written");
+    write_result(options.output, sheet, 8, {});
 }
 
 }  // namespace

@@ -3,9 +3,7 @@
 
 #include <xxhash.h>
 
-#include <array>
 #include <bit>
-#include <cstdio>
 #include <memory>
 #include <new>
 #include <vector>

@@ -41,7 +41,7 @@ bool is_made(const std::string& path, scene::SceneRender& render, int frame, con
 }
 
 /// By which frames of this job are known again: the scene, what is asked for beside it, and who made them.
-std::string mark_of(const scene::Scene& scene, const RenderOptions& options) {
+std::string mark_of_job(const scene::Scene& scene, const RenderOptions& options) {
     const auto& c = options.colours;
     const std::string parts[] = {QX_VERSION,
                                  scene.text,
@@ -224,7 +224,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, 
     SignalWatch watch;
     scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
     if (options.work.resume) pictures::sweep_unfinished(names.name(frames.frame(0)));
-    make_pictures({options, scene, frames, render, watch, mark_of(scene, options)}, names);
+    make_pictures({options, scene, frames, render, watch, mark_of_job(scene, options)}, names);
 }
 
 void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options) {

@@ -29,7 +29,8 @@ bool stop_at_work(pid_t writer, const std::function<bool()>& at_work) {
     return false;
 }
 
-/// Killed at any moment, also within a write, a writer loses nothing that it had said is there, and leaves nothing behind.
+/// Killed at any moment, also within a write, a writer loses nothing that it had said is there, and leaves nothing
+/// behind.
 TEST_F(CacheProcesses, KilledWritersLoseNothing) {
     const auto at_work = [&] { return std::ranges::any_of(files(), is_unfinished); };
     for (const auto seed : seeds(30)) {

@@ -43,7 +43,8 @@ void QxTest::expect_faults(int status, const std::string& before, const std::str
 }
 
 void QxTest::gradient(const std::string& name, int width, int height, int alpha, int blue) const {
-    write(name, width, height, [=](int x, int y) { return argb(alpha, 9 * x, 7 * y, blue); }, alpha < 255);
+    write(
+        name, width, height, [=](int x, int y) { return argb(alpha, 9 * x, 7 * y, blue); }, alpha < 255);
 }
 
 void QxTest::run_interrupted(const std::vector<int>& signals, const std::string& sign, const Names& words) {

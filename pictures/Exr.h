@@ -81,7 +81,7 @@ private:
     int top_ = 0;
 };
 
-Picture read_exr(InputFile& file, bool takes_cmyk, Watch& watch);
+Picture read_exr(InputFile& file, const ReadOptions& options, Watch& watch);
 void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
 
 }  // namespace qx::pictures

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
-#include <ImfInputFile.h>
+#include <ImfInputPart.h>
 #include <ImfMultiPartInputFile.h>
 #include <ImfPartType.h>
 #include <ImfStandardAttributes.h>
@@ -13,7 +13,9 @@
 #include <new>
 
 #include "pictures/Exr.h"
+#include "pictures/ExrFacts.h"
 #include "pictures/ExrHeader.h"
+#include "pictures/ExrLayers.h"
 #include "pictures/ExrTasks.h"
 #include "pictures/Format.h"
 #include "pictures/Losses.h"
@@ -24,38 +26,36 @@ namespace {
 
 constexpr int kMostRead = 1 << 16;  // a side of a file's windows: more than a picture has, for what lies outside it
 
-/// Slices for what the file has. @return false when it has nothing that makes a picture
-bool bind_channels(const Imf::ChannelList& channels, const Lines<QX_PixelFloat>& lines, Imf::FrameBuffer& buffer,
-                   bool& grey) {
-    const auto bind = [&](const char* name, float* first, double fill) {
+/// A part of a file that is read, and what of it.
+struct Part {
+    Imf::InputPart& exr;
+    const ExrChosen& channels;
+    const std::string& path;
+};
+
+/// Slices for what is chosen.
+void bind_channels(const ExrChosen& channels, const Lines<QX_PixelFloat>& lines, Imf::FrameBuffer& buffer) {
+    const auto bind = [&](const std::string& name, float* first, double fill) {
         buffer.insert(name, lines.slice(Imf::FLOAT, first, fill));
     };
-    const bool rgb = channels.findChannel("R") && channels.findChannel("G") && channels.findChannel("B");
-    grey = !rgb && channels.findChannel("Y") && !channels.findChannel("RY");
-    if (!rgb && !grey) return false;
-    bind("A", &lines.first()->alpha, 1.0);
-    bind(grey ? "Y" : "R", &lines.first()->red, 0.0);
-    if (rgb) bind("G", &lines.first()->green, 0.0);
-    if (rgb) bind("B", &lines.first()->blue, 0.0);
-    return true;
+    QX_PixelFloat* const first = lines.first();
+    float* const places[] = {&first->red, &first->green, &first->blue};
+    for (std::size_t i = 0; i < channels.colours.size(); ++i) bind(channels.colours[i], places[i], 0.0);
+    bind(channels.alpha.empty() ? "A" : channels.alpha, &first->alpha, 1.0);
 }
 
-/// @return whether the picture is grey
-bool read_lines(Imf::InputFile& exr, const std::string& path, const Lines<QX_PixelFloat>& lines, int last) {
+void read_lines(const Part& part, const Lines<QX_PixelFloat>& lines, int last) {
     Imf::FrameBuffer buffer;
-    bool grey = false;
-    if (!bind_channels(exr.header().channels(), lines, buffer, grey)) {
-        throw Failure(path, "has no channels R, G, B, and no Y alone");
-    }
+    bind_channels(part.channels, lines, buffer);
     for (auto i = buffer.begin(); i != buffer.end(); ++i) {
-        const Imf::Channel* channel = exr.header().channels().findChannel(i.name());
+        const Imf::Channel* channel = part.exr.header().channels().findChannel(i.name());
         if (channel && (channel->xSampling != 1 || channel->ySampling != 1)) {
-            throw Failure(path, std::string("its channel ") + i.name() + " has fewer samples than there are pixels");
+            throw Failure(part.path,
+                          std::string("its channel ") + i.name() + " has fewer samples than there are pixels");
         }
     }
-    exr.setFrameBuffer(buffer);
-    exr.readPixels(lines.top(), last);
-    return grey;
+    part.exr.setFrameBuffer(buffer);
+    part.exr.readPixels(lines.top(), last);
 }
 
 /// What lies outside of the picture is kept if a window around both is not larger than a picture may be.
@@ -69,16 +69,17 @@ bool is_kept(const Imath::Box2i& display, const Imath::Box2i& data) {
 
 /// Rows of the data window go to their place in the display window, which is the picture.
 /// @param outside  gets the pixels that have none there, may be null
-void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, std::vector<QX_PixelFloat>* outside,
-               Watch& watch) {
-    const Imath::Box2i &display = exr.header().displayWindow(), &data = exr.header().dataWindow();
+void read_rows(const Part& part, QX_World& world, std::vector<QX_PixelFloat>* outside, Watch& watch) {
+    const Imf::Header& header = part.exr.header();
+    const Imath::Box2i &display = header.displayWindow(), &data = header.dataWindow();
+    const bool grey = part.channels.is_grey();
     const int top = outside ? data.min.y : std::max(data.min.y, display.min.y);
     const int bottom = (outside ? data.max.y : std::min(data.max.y, display.max.y)) + 1;
     Lines<QX_PixelFloat> lines(data);
     for (int first = top; first < bottom; first += lines.rows()) {
         lines.begin_at(first);
         const int end = std::min(first + lines.rows(), bottom);
-        const bool grey = read_lines(exr, path, lines, end - 1);
+        read_lines(part, lines, end - 1);
         for (int y = first; y < end; ++y) {
             watch.must_next_row(y - top, bottom - top);
             QX_PixelFloat* line = lines.row(y);
@@ -101,16 +102,14 @@ void read_rows(Imf::InputFile& exr, const std::string& path, QX_World& world, st
 }
 
 /// The picture's pixels as they lie in the file, and what lies beside them.
-void read_pixels(Imf::InputFile& exr, const std::string& path, Picture& picture, Watch& watch) {
-    const Imf::Header& header = exr.header();
+void read_pixels(const Part& part, Picture& picture, Watch& watch) {
+    const Imf::Header& header = part.exr.header();
     auto window = std::make_shared<ExrWindow>();
     window->display = header.displayWindow();
     window->data = header.dataWindow();
-    window->has_alpha = header.channels().findChannel("A") != nullptr;
-    picture.has_alpha = window->has_alpha || window->data != window->display;
+    window->has_alpha = !part.channels.alpha.empty();
     const bool keeps = is_kept(window->display, window->data);
-    const auto all = [&] { read_rows(exr, path, *picture.world, keeps ? &window->outside : nullptr, watch); };
-    with_idle_threads(all);
+    with_idle_threads([&] { read_rows(part, *picture.world, keeps ? &window->outside : nullptr, watch); });
     if (!keeps) picture.notes.emplace_back(kOutsideIsLost);
     const bool usual = window->data == window->display && window->data.min == Imath::V2i(0, 0);
     if (keeps && !usual) picture.window = std::move(window);
@@ -130,19 +129,12 @@ void keep_attributes(const Imf::Header& header, Picture& picture) {
     if (any) picture.attributes = std::move(kept);
 }
 
-/// True for a channel that makes the picture.
-bool is_used(const Imf::ChannelList& channels, const std::string& name) {
-    const bool rgb = channels.findChannel("R") != nullptr && channels.findChannel("G") != nullptr &&
-                     channels.findChannel("B") != nullptr;
-    return name == "A" || (rgb ? name == "R" || name == "G" || name == "B" : name == "Y");
-}
-
 /// What a picture has no place for, and whether all channels that make it are half floats.
-void note_rest(const Imf::ChannelList& channels, Picture& picture) {
+void note_rest(const Imf::ChannelList& channels, const ExrChosen& chosen, Picture& picture) {
     std::string further;
     picture.half = true;
     for (auto i = channels.begin(); i != channels.end(); ++i) {
-        if (!is_used(channels, i.name())) {
+        if (!chosen.uses(i.name())) {
             further += (further.empty() ? "" : ", ") + std::string(i.name());
         } else if (i.channel().type != Imf::HALF) {
             picture.half = false;
@@ -164,25 +156,55 @@ void read_extras(const Imf::Header& header, Picture& picture) {
     picture.colours.primaries = {c.red.x, c.red.y, c.green.x, c.green.y, c.blue.x, c.blue.y, c.white.x, c.white.y};
 }
 
-Picture read_file(const std::string& path, Watch& watch) {
-    start_library();
-    Imf::InputFile exr(path.c_str(), exr_threads());
-    const Imf::Header& header = exr.header();
-    const auto& display = header.displayWindow();
-    Picture picture;
-    picture.world = new_world(path, std::int64_t{display.max.x} - display.min.x + 1,
-                              std::int64_t{display.max.y} - display.min.y + 1, 32, false);
-    watch.must_go_on_with(picture.world->width, picture.world->height);
-    read_pixels(exr, path, picture, watch);
+std::string with_commas(const std::vector<std::string>& names) {
+    std::string all;
+    for (const std::string& name : names) all += (all.empty() ? "" : ", ") + name;
+    return all;
+}
+
+/// What the name that the file was given stands for.
+ExrLayer layer_of(const InputFile& file, const Imf::MultiPartInputFile& exr) {
+    if (auto found = find_layer(exr, file.layer())) return *found;
+    const std::string others = with_commas(layers_of(exr));
+    if (!file.layer().empty()) {
+        const std::string known = others.empty() ? "none beside its own picture" : others;
+        throw Failure(file.path(), "no part, layer or channel of that name; it has " + known);
+    }
+    const std::string hint = others.empty() ? "" : ", but " + others + "; name one behind the file and a colon";
+    throw Failure(file.path(), "has no channels R, G, B, and no Y alone" + hint);
+}
+
+/// All that the head tells.
+void read_head(const InputFile& file, const Imf::MultiPartInputFile& exr, const ExrLayer& layer, Picture& picture) {
+    const Imf::Header& header = exr.header(layer.part);
+    picture.in_file.layers = layers_of(exr);
+    picture.has_alpha = !layer.channels.alpha.empty() || header.dataWindow() != header.displayWindow();
     picture.associated = true;
     read_extras(header, picture);
     keep_attributes(header, picture);
     if (const auto* mark = header.findTypedAttribute<Imf::StringAttribute>(kMarkKey)) picture.mark = mark->value();
-    note_rest(header.channels(), picture);
+    note_rest(header.channels(), layer.channels, picture);
+    if (!file.layer().empty()) picture.notes.clear();  // the rest was not asked for
     if (header.hasType() && Imf::isDeepData(header.type())) {
         picture.notes.emplace_back("its samples in depth become one a pixel");
     }
-    if (Imf::MultiPartInputFile(path.c_str()).parts() > 1) picture.notes.emplace_back("only its first part is used");
+    if (file.layer().empty() && exr.parts() > 1) picture.notes.emplace_back("only its first part is used");
+}
+
+Picture read_file(const InputFile& file, const ReadOptions& options, Watch& watch) {
+    start_library();
+    Imf::MultiPartInputFile exr(file.opened().c_str(), exr_threads());
+    const ExrLayer layer = layer_of(file, exr);
+    const auto& display = exr.header(layer.part).displayWindow();
+    Picture picture;
+    read_head(file, exr, layer, picture);
+    if (!options.pixels) picture.in_file.facts = facts_of(exr.header(layer.part));
+    if (!make_room(file.path(), std::int64_t{display.max.x} - display.min.x + 1,
+                   std::int64_t{display.max.y} - display.min.y + 1, 32, options, watch, picture)) {
+        return picture;
+    }
+    Imf::InputPart part(exr, layer.part);
+    read_pixels({part, layer.channels, file.path()}, picture, watch);
     return picture;
 }
 
@@ -224,11 +246,11 @@ bool is_own_attribute(const std::string& name) {
     return std::find(std::begin(own), std::end(own), name) != std::end(own);
 }
 
-Picture read_exr(InputFile& file, bool, Watch& watch) {
+Picture read_exr(InputFile& file, const ReadOptions& options, Watch& watch) {
     if (!attributes_fit(file.stream()))
         throw Failure(file.path(), "damaged or cut short OpenEXR: the file ends within its header");
     try {
-        return read_file(file.path(), watch);
+        return read_file(file, options, watch);
     } catch (const Failure&) {
         throw;
     } catch (const std::exception& fault) {  // the library's texts begin with the file's name, and are long

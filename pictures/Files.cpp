@@ -79,19 +79,49 @@ bool take_rights(int descriptor, const std::string& target) {
 }
 
 /// Only regular files are opened: to open a pipe that nobody writes would wait for ever.
-std::FILE* open_regular(const std::string& path) {
+/// @param path  in whose name faults are told
+std::FILE* open_regular(const std::string& path, const std::string& file) {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) fail(path, errno);
+    if (::stat(file.c_str(), &info) != 0) fail(path, errno);
     if (S_ISDIR(info.st_mode)) throw Failure(path, "is a folder");
     if (!S_ISREG(info.st_mode)) throw Failure(path, "is not a regular file");
-    std::FILE* stream = std::fopen(path.c_str(), "rb");
+    std::FILE* stream = std::fopen(file.c_str(), "rb");
     if (stream == nullptr) fail(path, errno);
     return stream;
 }
 
+/// By which a file of this process that has no name is opened anew.
+std::string name_of(std::FILE* stream) { return "/proc/self/fd/" + std::to_string(::fileno(stream)); }
+
+void copy(std::FILE* from, std::FILE* to, const std::string& path) {
+    std::vector<char> bytes(std::size_t{1} << 16);
+    for (;;) {
+        const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), from);
+        if (std::fwrite(bytes.data(), 1, count, to) != count || std::ferror(from) != 0) fail(path, errno);
+        if (count == 0) break;
+    }
+    if (std::fflush(to) != 0) fail(path, errno);
+}
+
+/// What standard input gave, for as long as the process lives.
+const std::string& kept_standard_input() {
+    static const std::string kept = [] {
+        std::FILE* file = std::tmpfile();
+        if (file == nullptr) fail("-", errno);
+        copy(stdin, file, "-");
+        return name_of(file);
+    }();
+    return kept;
+}
+
+FileName to_open(const std::string& path) {
+    return is_standard_input(path) ? FileName{kept_standard_input(), ""} : named(path);
+}
+
 }  // namespace
 
-InputFile::InputFile(const std::string& path) : path_(path), stream_(open_regular(path)) {
+InputFile::InputFile(const std::string& path)
+    : path_(path), named_(to_open(path)), stream_(open_regular(path, named_.file)) {
     head_bytes_ = std::fread(head_.data(), 1, head_.size(), stream_);
     const int error = errno;
     const bool failed = std::ferror(stream_) != 0;
@@ -114,6 +144,10 @@ bool InputFile::begins_with(const std::string& magic) const {
 }
 
 OutputFile::OutputFile(const std::string& path) : path_(path) {
+    if (is_standard_output(path)) {
+        open_nameless();
+        return;
+    }
     std::error_code ignored;
     const auto resolved = std::filesystem::weakly_canonical(path, ignored);  // a link stays, its file is replaced
     target_ = ignored ? path : resolved.string();
@@ -134,9 +168,16 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     // A failure so early is kept like that of a write: `write_picture` asks for it before it writes.
 }
 
+void OutputFile::open_nameless() {
+    if (::isatty(STDOUT_FILENO) != 0) throw Failure(path_, "standard output is a terminal, which shows no pictures");
+    stream_ = std::tmpfile();
+    if (stream_ == nullptr) fail(path_, errno);
+    temporary_ = name_of(stream_);
+}
+
 OutputFile::~OutputFile() {
     if (stream_ != nullptr) std::fclose(stream_);
-    if (temporary_.empty()) return;
+    if (temporary_.empty() || is_standard_output(path_)) return;
     ::unlink(temporary_.c_str());
     forget_unfinished(temporary_.c_str());
 }
@@ -168,14 +209,21 @@ void OutputFile::check() const {
 void OutputFile::finish() {
     if (!failed() && std::fflush(stream_) != 0) note_error();
     if (!failed() && std::ferror(stream_) != 0) note_error();
-    const int closed = std::fclose(stream_);  // some file systems tell of a full disk only now
+    if (is_standard_output(path_)) return check();  // it is gone once it is closed
+    const int closed = std::fclose(stream_);        // some file systems tell of a full disk only now
     stream_ = nullptr;
     if (closed != 0) note_error();
     check();
 }
 
+void OutputFile::copy_to_standard_output() {
+    std::rewind(stream_);
+    copy(stream_, stdout, path_);
+}
+
 void OutputFile::commit() {
     if (stream_ != nullptr) finish();
+    if (is_standard_output(path_)) return copy_to_standard_output();
     if (std::rename(temporary_.c_str(), target_.c_str()) != 0) note_error();
     check();
     forget_unfinished(temporary_.c_str());

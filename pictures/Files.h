@@ -7,28 +7,35 @@
 #include <string>
 #include <vector>
 
+#include "pictures/FileName.h"
+
 namespace qx::pictures {
 
-/// An open file to read, with its first bytes. Throws Failure for what is missing, empty or a folder.
+/// An open file to read, with its first bytes. What standard input gives is kept, so that it can be read as often as a
+/// file. Throws Failure for what is missing, empty or a folder.
 class InputFile {
 public:
     explicit InputFile(const std::string& path);
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
-    const std::string& path() const { return path_; }
+    const std::string& path() const { return path_; }          ///< as the user names it
+    const std::string& opened() const { return named_.file; }  ///< by which the system opens it
+    const std::string& layer() const { return named_.layer; }  ///< of it that is asked for, see FileName
     std::FILE* stream() const { return stream_; }
     std::uint64_t bytes() const;  ///< its length
     bool begins_with(const std::string& magic) const;
 
 private:
     std::string path_;
+    FileName named_;
     std::FILE* stream_;
     std::array<char, 16> head_{};
     std::size_t head_bytes_;
 };
 
 /// A file that is written under a temporary name beside its place, and takes its name when all went well.
+/// For standard output it is a file without a name, whose bytes follow those of the ones before it.
 class OutputFile {
 public:
     explicit OutputFile(const std::string& path);
@@ -52,6 +59,8 @@ public:
 
 private:
     void note_error();
+    void open_nameless();
+    void copy_to_standard_output();
     std::string path_, target_, temporary_;
     std::FILE* stream_ = nullptr;
     int error_ = 0;

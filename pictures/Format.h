@@ -20,9 +20,9 @@ struct Format {
     bool holds_alpha;
     bool linear;               ///< meant for linear light
     std::size_t most_profile;  ///< bytes that its files hold of an ICC profile
-    /// Gives pixels as the file has them, 16 bits from 0 to 65535; `associated` tells what they are. CMYK is refused
-    /// unless it `takes_cmyk`.
-    Picture (*read)(InputFile& file, bool takes_cmyk, Watch& watch);
+    /// Gives pixels as the file has them, neither turned nor made straight, 16 bits from 0 to 65535; `associated` and
+    /// `in_file` tell what they are. Without `options.pixels` it gives what else it has to tell.
+    Picture (*read)(InputFile& file, const ReadOptions& options, Watch& watch);
     /// `picture` has one of the depths above; 16 bits go from 0 to 65535. `with_alpha` is false when all of it is
     /// opaque and may stay so.
     void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
@@ -37,13 +37,16 @@ const Format& jpeg_format();
 const Format& tiff_format();
 const Format& exr_format();
 
+/// Room for the pixels of a file, of a size and depth that its head tells, with these in `in_file`. Throws Failure for
+/// what no world can be. @return false when no pixels are asked for: there is no room then
+bool make_room(const std::string& path, std::int64_t width, std::int64_t height, int depth, const ReadOptions& options,
+               Watch& watch, Picture& picture);
+
 /// The format that a name's ending tells. Throws Failure.
 const Format& format_to_write(const std::string& path);
 
 /// What a job's mark is kept by, or begins with where a file has no keys.
 inline constexpr const char* kMarkKey = "qx-job";
 inline constexpr unsigned kMostMark = 80;  ///< bytes of it with its key
-
-inline constexpr const char* kOrientationNote = "is taken as stored, its orientation is not applied";
 
 }  // namespace qx::pictures

@@ -89,21 +89,19 @@ public:
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    Picture read(bool takes_cmyk) {
+    Picture read(const ReadOptions& options) {
         checked([this] { begin(); });
         Picture picture;
         picture.cmyk = space() == IccSpace::cmyk;
-        if (picture.cmyk && !takes_cmyk) {
-            read_profile(picture);
-            refuse_cmyk(file_.path(), picture);
-        }
-        picture.world = new_world(file_.path(), jpeg_.image_width, jpeg_.image_height, 8, false);
-        watch_.must_go_on_with(picture.world->width, picture.world->height);
-        checked([this, &picture] { read_rows(*picture.world); });
-        watch_.must_go_on();
-        if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);
         read_profile(picture);
+        if (picture.cmyk && !options.cmyk) refuse_cmyk(file_.path(), picture);
         read_extras(picture);
+        if (!options.pixels) read_facts(picture);
+        if (make_room(file_.path(), jpeg_.image_width, jpeg_.image_height, 8, options, watch_, picture)) {
+            checked([this, &picture] { read_rows(*picture.world); });
+            watch_.must_go_on();
+        }
+        if (fault_.warning[0] != '\0') picture.notes.push_back(std::string("is damaged in part: ") + fault_.warning);
         return picture;
     }
 
@@ -119,12 +117,23 @@ private:
 
     void read_extras(Picture& picture) const {
         picture.mark = mark_;
-        if (turned_) picture.notes.emplace_back(kOrientationNote);
+        picture.in_file.orientation = orientation_;
         constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch,
                                               Resolution::Unit::centimetre};
         if (jpeg_.saw_JFIF_marker != 0 && jpeg_.density_unit <= 2) {
             picture.resolution = {double(jpeg_.X_density), double(jpeg_.Y_density), units[jpeg_.density_unit]};
         }
+    }
+
+    void read_facts(Picture& picture) const {
+        const char* const kind = space() == IccSpace::grey ? "grey" : space() == IccSpace::cmyk ? "inks" : "colours";
+        auto& facts = picture.in_file.facts;
+        facts.push_back({"samples", std::to_string(jpeg_.num_components) + " of 8 bits, " + kind});
+        if (jpeg_.progressive_mode != 0) facts.push_back({"stored in", "scans"});
+        if (jpeg_.num_components < 3) return;
+        const auto &luma = jpeg_.comp_info[0], &chroma = jpeg_.comp_info[1];
+        const int wide = luma.h_samp_factor / chroma.h_samp_factor, high = luma.v_samp_factor / chroma.v_samp_factor;
+        facts.push_back({"pixels of a colour sample", std::to_string(wide) + " x " + std::to_string(high)});
     }
 
     template <class Calls> void checked(const Calls& calls) {
@@ -144,11 +153,15 @@ private:
         jpeg_read_header(&jpeg_, TRUE);
         for (auto* marker = jpeg_.marker_list; marker != nullptr; marker = marker->next) {
             if (marker->marker == JPEG_COM) keep_mark(reinterpret_cast<const char*>(marker->data), marker->data_length);
-            if (marker->marker == kExifMarker && exif_orientation(marker->data, marker->data_length) != 1)
-                turned_ = true;
+            if (marker->marker == kExifMarker) see_exif(marker->data, marker->data_length);
         }
         jpeg_read_icc_profile(&jpeg_, &profile_, &profile_bytes_);
         jpeg_.out_color_space = space() == IccSpace::cmyk ? JCS_CMYK : JCS_EXT_ARGB;  // sets every alpha to 255
+    }
+
+    /// Of several blocks the first that turns the picture counts.
+    void see_exif(const unsigned char* data, std::size_t bytes) {
+        if (orientation_ == 1) orientation_ = exif_orientation(data, bytes);
     }
 
     /// Of a fixed length, since the library's jumps leave nothing to be freed.
@@ -177,7 +190,7 @@ private:
     Fault fault_;
     jpeg_decompress_struct jpeg_{};
     jpeg_progress_mgr scans_{watch_scans, 0, 0, 0, 0};
-    bool turned_ = false;  ///< the picture is meant to be shown so; the library forgets markers when it is done
+    int orientation_ = 1;  ///< as the picture is meant to be shown; the library forgets markers when it is done
     JOCTET* profile_ = nullptr;
     unsigned int profile_bytes_ = 0;
     char mark_[kMostMark] = "";
@@ -252,7 +265,7 @@ private:
     jpeg_compress_struct jpeg_{};
 };
 
-Picture read(InputFile& file, bool takes_cmyk, Watch& watch) { return Reader(file, watch).read(takes_cmyk); }
+Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return Reader(file, watch).read(options); }
 
 void write(OutputFile& file, const Picture& picture, bool, const WriteOptions& options, Watch& watch) {
     Writer(file, picture, options, watch).write();

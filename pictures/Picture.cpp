@@ -16,6 +16,7 @@
 #include "pictures/Files.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
+#include "pictures/Orientation.h"
 #include "pictures/Scale.h"
 
 namespace qx::pictures {
@@ -104,14 +105,6 @@ const Format& format_to_write(const std::string& path) {
     return *format;
 }
 
-std::string extension_of(const std::string& path) {
-    const auto name = path.substr(path.find_last_of('/') + 1);
-    const auto dot = name.find_last_of('.');
-    std::string extension = dot == std::string::npos ? "" : name.substr(dot + 1);
-    for (char& c : extension) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-    return extension;
-}
-
 Resolution Resolution::in(Unit other) const {
     constexpr double metres[] = {0, 0.0254, 0.01, 1};
     if (unit == other) return *this;
@@ -126,22 +119,46 @@ Resolution Resolution::whole() const {
     return {x * fine / std::max(x, y), y * fine / std::max(x, y), unit};
 }
 
-std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth,
-                                    bool clear) {
-    const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+namespace {
+
+std::string in_words(std::int64_t width, std::int64_t height) {
+    return std::to_string(width) + " x " + std::to_string(height) + " pixels";
+}
+
+/// Throws Failure for what no world can be.
+void check_size(const std::string& path, std::int64_t width, std::int64_t height, int depth) {
     if (width < 1 || height < 1 || width > kMostSide || height > kMostSide) {
-        throw Failure(path, size + ": a side has 1 to " + std::to_string(kMostSide));
+        throw Failure(path, in_words(width, height) + ": a side has 1 to " + std::to_string(kMostSide));
     }
     const int w = static_cast<int>(width), h = static_cast<int>(height);
-    const auto d = static_cast<short>(depth);
-    if (!std::get<0>(numeric_limits::CanAllocateCPUFrame(w, h, d, 16))) {
-        throw Failure(path, size + " of " + std::to_string(depth) + " bits are above the limit of 2 GB");
+    if (!std::get<0>(numeric_limits::CanAllocateCPUFrame(w, h, static_cast<short>(depth), 16))) {
+        const std::string bits = " of " + std::to_string(depth) + " bits";
+        throw Failure(path, in_words(width, height) + bits + " are above the limit of 2 GB");
     }
+}
+
+}  // namespace
+
+std::unique_ptr<QX_World> new_world(const std::string& path, std::int64_t width, std::int64_t height, int depth,
+                                    bool clear) {
+    check_size(path, width, height, depth);
     try {
-        return std::unique_ptr<QX_World>(QX_World::New(w, h, d, clear ? 1 : 0));
+        return std::unique_ptr<QX_World>(
+            QX_World::New(static_cast<int>(width), static_cast<int>(height), static_cast<short>(depth), clear ? 1 : 0));
     } catch (int code) {
-        throw Failure(path, (code == kQX_OutOfMemory ? "out of memory for " : "no frame for ") + size);
+        const char* const why = code == kQX_OutOfMemory ? "out of memory for " : "no frame for ";
+        throw Failure(path, why + in_words(width, height));
     }
+}
+
+bool make_room(const std::string& path, std::int64_t width, std::int64_t height, int depth, const ReadOptions& options,
+               Watch& watch, Picture& picture) {
+    check_size(path, width, height, depth);
+    picture.in_file.size = {static_cast<int>(width), static_cast<int>(height)};
+    picture.in_file.depth = depth;
+    watch.must_go_on();
+    if (options.pixels) picture.world = new_world(path, width, height, depth, false);
+    return options.pixels;
 }
 
 std::unique_ptr<QX_World> at_depth(const std::string& path, const QX_World& world, int depth) {
@@ -183,26 +200,29 @@ private:
     const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-/// What a caller takes as it is.
-struct Takes {
-    bool associated = false, cmyk = false;
-};
+/// From pixels as the file has them to those that are worked with.
+void settle_as_asked(const std::string& path, const ReadOptions& options, Picture& picture) {
+    settle(path, picture, options.straighten);
+    if (picture.cmyk) picture.carried.reset();  // pixels of a file that they will not go to
+    if (options.straighten && picture.associated) mark_light(picture);
+    if (options.orient) turn(path, picture);
+}
 
-Picture read_and_settle(const std::string& path, const Takes& takes, Watch& watch) {
-    const bool straighten = !takes.associated;
+}  // namespace
+
+Picture read_picture(const std::string& path, Watch& watch, const ReadOptions& options) {
     const ReadingTime time;
     watch.must_go_on();
     errno = 0;
     try {
         InputFile file(path);
         if (const Format* format = format_of(file)) {
-            Picture picture = format->read(file, takes.cmyk, watch);
-            settle(path, picture, straighten);
-            if (picture.cmyk) picture.carried.reset();  // pixels of a file that they will not go to
-            if (straighten && picture.associated) mark_light(picture);
+            Picture picture = format->read(file, options, watch);
+            picture.in_file.format = format->name;
             picture.linear = format->linear;
-            picture.precision = picture.half ? Precision::half : precision_of(picture.world->Depth());
+            picture.precision = picture.half ? Precision::half : precision_of(picture.in_file.depth);
             if (!sensible(picture.resolution)) picture.resolution = {};
+            if (options.pixels) settle_as_asked(path, options, picture);
             return picture;
         }
     } catch (const std::bad_alloc&) {
@@ -211,47 +231,20 @@ Picture read_and_settle(const std::string& path, const Takes& takes, Watch& watc
     throw Failure(path, "is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
 }
 
-/// Stops the reading of a picture once its size is known.
-class SizeWatch : public Watch {
-public:
-    explicit SizeWatch(const Watch& watch) : watch_(watch) {}
-    bool stops() const noexcept override { return found.width > 0 || watch_.stops(); }
-    void rows(std::int64_t, std::int64_t) noexcept override {}
-    void size(int width, int height) noexcept override { found = {width, height}; }
-    PictureSize found{0, 0};
-
-private:
-    const Watch& watch_;
-};
-
-}  // namespace
-
 double seconds_of_reading() { return static_cast<double>(reading_nanoseconds.load()) / 1e9; }
 
-PictureSize picture_size(const std::string& path, Watch& watch) {
-    SizeWatch sizes(watch);
-    try {
-        read_picture(path, sizes);
-    } catch (const Stopped&) {
-        watch.must_go_on();
-    }
-    return sizes.found;
+PictureSize picture_size(const std::string& path, Watch& watch, const ReadOptions& options) {
+    ReadOptions head = options;
+    head.pixels = false;
+    const InFile file = read_picture(path, watch, head).in_file;
+    return options.orient ? turned_size(file) : file.size;
 }
 
 bool is_picture(const std::string& path) { return format_of(InputFile(path)) != nullptr; }
 
-Picture read_picture(const std::string& path, Watch& watch) { return read_and_settle(path, {}, watch); }
-
-Picture read_picture_as_stored(const std::string& path, Watch& watch) {
-    return read_and_settle(path, {.associated = true}, watch);
-}
-
-Picture read_picture_or_cmyk(const std::string& path, Watch& watch) {
-    return read_and_settle(path, {.cmyk = true}, watch);
-}
-
 void check_output(const std::string& path) {
     format_to_write(path);
+    if (is_standard_output(path)) return;
     std::error_code ignored;
     const auto folder = std::filesystem::path(path).parent_path();
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))

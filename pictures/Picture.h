@@ -10,6 +10,7 @@
 #include "QX/world/QX_World.h"
 #include "pictures/ColourTag.h"
 #include "pictures/Failure.h"
+#include "pictures/FileName.h"
 #include "pictures/Files.h"
 #include "pictures/Pixels.h"
 #include "pictures/Watch.h"
@@ -55,10 +56,33 @@ struct Beside {
         window;  ///< null when the pixels of the file are those of the picture, from 0, 0 on
 };
 
+struct PictureSize {
+    int width, height;
+    bool operator==(const PictureSize&) const = default;
+};
+
+/// What a file says of something, in words.
+struct Fact {
+    std::string name, value;
+};
+
+/// What a file's head tells of how its pixels lie there.
+struct InFile {
+    const char* format = "";
+    PictureSize size{0, 0};           ///< before it is turned
+    int depth = 0;                    ///< of a channel: 8, 16, or 32 for floats of any kind
+    int orientation = 1;              ///< 1 to 8, as EXIF numbers them
+    std::vector<std::string> layers;  ///< that its name may be followed by, with a colon between
+    std::vector<Fact> facts;          ///< beyond what a picture has a place for; only where no pixels are asked for
+};
+/// The size of a picture that is turned as its file says.
+PictureSize turned_size(const InFile& file);
+
 /// A picture in memory: straight alpha, at the depth that its file has (half floats as floats).
 struct Picture : About, Beside {
     std::unique_ptr<QX_World> world;
-    bool cmyk = false;               ///< the world has inks, see `read_picture_or_cmyk`
+    InFile in_file;                  ///< never passed on
+    bool cmyk = false;               ///< the world has inks, see `ReadOptions`
     std::string mark;                ///< of the job that wrote the file, see WriteOptions; never passed on
     std::vector<std::string> notes;  ///< what the file holds and this does not
     About& about() { return *this; }
@@ -81,24 +105,25 @@ struct WriteOptions {
 /// True for a file whose first bytes are those of a known format. Throws Failure for one that cannot be opened.
 bool is_picture(const std::string& path);
 
-/// Format by content. Sides above 30000 are refused before anything is decoded. Throws Failure or Stopped.
-Picture read_picture(const std::string& path, Watch& watch = unwatched());
-/// The same, with colours as the file stores them whatever it says of its alpha.
-Picture read_picture_as_stored(const std::string& path, Watch& watch = unwatched());
-/// The same as the first, which refuses CMYK. Here the pixels of such a file are C, M, Y, K in the order of their
-/// memory, where alpha, red, green, blue lie else, from 0, no ink, to full; and its profile is one for CMYK or none.
-/// They are to become RGB before anything else is done with them.
-Picture read_picture_or_cmyk(const std::string& path, Watch& watch = unwatched());
+struct ReadOptions {
+    bool orient = true;      ///< turned as the file says; else as its pixels lie
+    bool straighten = true;  ///< straight alpha; else colours as they are stored, whatever the file says of its alpha
+    /// Takes CMYK, which is refused else. The pixels of such a file are C, M, Y, K in the order of their memory, where
+    /// alpha, red, green, blue lie else, from 0, no ink, to full; and its profile is one for CMYK or none. They are to
+    /// become RGB before anything else is done with them.
+    bool cmyk = false;
+    bool pixels = true;  ///< else what the file's head tells: `world` is null, `in_file` has the size
+};
+
+/// Format by content. Sides above 30000 are refused before anything is decoded. `FILE.exr:NAME` is a part or a layer of
+/// an OpenEXR file. Throws Failure or Stopped.
+Picture read_picture(const std::string& path, Watch& watch = unwatched(), const ReadOptions& options = {});
 
 /// Seconds that reading pictures has taken since the process began, of all threads together.
 double seconds_of_reading();
 
-/// What `read_picture` gives, by the file's head alone. Throws as it does.
-struct PictureSize {
-    int width, height;
-    bool operator==(const PictureSize&) const = default;
-};
-PictureSize picture_size(const std::string& path, Watch& watch = unwatched());
+/// Of what `read_picture` gives, by the file's head alone. Throws as it does.
+PictureSize picture_size(const std::string& path, Watch& watch = unwatched(), const ReadOptions& options = {});
 
 /// What is to be said of a CMYK picture that tells no profile.
 inline constexpr const char* kCmykIsUnknown = "is CMYK without a usable colour profile, its colours are not known";
@@ -117,8 +142,6 @@ int file_depth(const std::string& path, int depth);
 /// What can be known of an output before the work: its format and its folder. Throws Failure.
 void check_output(const std::string& path);
 
-/// What follows the last dot of a file's name, in small letters; empty without a dot.
-std::string extension_of(const std::string& path);
 /// The usual ending of each format, with commas between.
 std::string known_endings();
 /// True for a name that tells a format to write.

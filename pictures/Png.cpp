@@ -55,15 +55,16 @@ public:
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    Picture read() {
+    Picture read(const ReadOptions& options) {
         if (info_ == nullptr) throw std::bad_alloc();
         checked([this] { begin(); });
         Picture picture;
         picture.has_alpha = alpha_;
-        picture.world = new_world(file_.path(), width_, height_, depth_, false);
-        watch_.must_go_on_with(picture.world->width, picture.world->height);
-        checked([this, &picture] { read_rows(*picture.world); });
-        watch_.must_go_on();
+        if (!options.pixels) read_facts(picture);
+        if (make_room(file_.path(), width_, height_, depth_, options, watch_, picture)) {
+            checked([this, &picture] { read_rows(*picture.world); });
+            watch_.must_go_on();
+        }
         read_extras(picture);
         return picture;
     }
@@ -122,6 +123,21 @@ private:
         if (png_get_pHYs(png_, info_, &x, &y, &unit) != 0) {
             const bool metric = unit == PNG_RESOLUTION_METER;
             picture.resolution = {double(x), double(y), metric ? Resolution::Unit::metre : Resolution::Unit::none};
+        }
+    }
+
+    /// Texts behind the pixels are not looked for.
+    void read_facts(Picture& picture) {
+        const bool interlaced = png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE;
+        const int bits = png_get_bit_depth(png_, info_), channels = png_get_channels(png_, info_);
+        const bool palette = png_get_color_type(png_, info_) == PNG_COLOR_TYPE_PALETTE;
+        const std::string samples = std::to_string(channels) + " of " + std::to_string(bits) + " bits";
+        picture.in_file.facts = {{"samples", samples + (palette ? ", palette" : "")}};
+        if (interlaced) picture.in_file.facts.push_back({"stored in", "passes"});
+        png_textp texts = nullptr;
+        const int count = png_get_text(png_, info_, &texts, nullptr);
+        for (int i = 0; i < count; ++i) {
+            if (texts[i].text != nullptr) picture.in_file.facts.push_back({texts[i].key, texts[i].text});
         }
     }
 
@@ -245,7 +261,7 @@ private:
     png_infop info_;
 };
 
-Picture read(InputFile& file, bool, Watch& watch) { return Reader(file, watch).read(); }
+Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return Reader(file, watch).read(options); }
 
 void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     Writer(file, picture, with_alpha, options, watch).write();

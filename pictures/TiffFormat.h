@@ -5,7 +5,7 @@
 
 namespace qx::pictures {
 
-Picture read_tiff(InputFile& file, bool takes_cmyk, Watch& watch);
+Picture read_tiff(InputFile& file, const ReadOptions& options, Watch& watch);
 void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
 
 }  // namespace qx::pictures

@@ -85,35 +85,26 @@ template <class Sample> struct Block {
 class Reader {
 public:
     Reader(InputFile& file, Watch& watch) : path_(file.path()), file_bytes_(file.bytes()), watch_(watch) {
-        handle_.tiff = TIFFOpenExt(path_.c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
+        handle_.tiff =
+            TIFFOpenExt(file.opened().c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
         if (handle_.tiff == nullptr) fail();
         handle_.check_memory();
         layout_ = layout_of(handle_.tiff);
     }
 
-    Picture read(bool takes_cmyk) {
+    Picture read(const ReadOptions& options) {
         Picture picture;
         picture.cmyk = layout_.direct() && layout_.is_cmyk();
-        if (picture.cmyk) begin_cmyk(picture, takes_cmyk);
+        read_profile(picture);
+        if (picture.cmyk) begin_cmyk(picture, options.cmyk);
         picture.has_alpha = layout_.alpha >= 0;
         picture.half = layout_.is_float() && layout_.bits == 16;
-        const int depth = layout_.direct() ? layout_.depth() : 8;
-        picture.world = new_world(path_, layout_.width, layout_.height, depth, false);
-        watch_.must_go_on_with(picture.world->width, picture.world->height);
-        if (!layout_.direct()) {
-            read_converted(*picture.world);
-        } else if (depth == 8) {
-            read_blocks<std::uint8_t, QX_Pixel8>(*picture.world);
-        } else if (depth == 16) {
-            read_blocks<std::uint16_t, QX_Pixel16>(*picture.world);
-        } else if (layout_.bits == 16) {
-            read_blocks<Imath::half, QX_PixelFloat>(*picture.world);
-        } else {
-            read_blocks<float, QX_PixelFloat>(*picture.world);
-        }
         picture.associated = layout_.associated;
-        read_profile(picture);
         read_extras(picture);
+        const int depth = layout_.direct() ? layout_.depth() : 8;
+        if (!options.pixels) read_facts(picture);
+        if (make_room(path_, layout_.width, layout_.height, depth, options, watch_, picture))
+            read_pixels(*picture.world);
         handle_.check_memory();
         return picture;
     }
@@ -123,6 +114,20 @@ private:
         if (memory_ran_out()) throw std::bad_alloc();
         const std::string words = handle_.error();
         throw Failure(path_, "damaged or cut short TIFF" + (words.empty() ? "" : ": " + words));
+    }
+
+    void read_pixels(QX_World& world) {
+        if (!layout_.direct()) {
+            read_converted(world);
+        } else if (world.Depth() == 8) {
+            read_blocks<std::uint8_t, QX_Pixel8>(world);
+        } else if (world.Depth() == 16) {
+            read_blocks<std::uint16_t, QX_Pixel16>(world);
+        } else if (layout_.bits == 16) {
+            read_blocks<Imath::half, QX_PixelFloat>(world);
+        } else {
+            read_blocks<float, QX_PixelFloat>(world);
+        }
     }
 
     /// Full value of a channel in the file's scale.
@@ -264,6 +269,7 @@ private:
         if (!possible) throw Failure(path_, "this kind of TIFF is not supported (grey and RGB of 8, 16 bits, float)");
         check_backed();
         round_palette();
+        TIFFSetField(handle_.tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);  // some of the turns it makes itself
         const Block<std::uint32_t> raster(std::size_t{layout_.width} * layout_.height);
         if (TIFFReadRGBAImageOriented(handle_.tiff, layout_.width, layout_.height, raster.samples.get(),
                                       ORIENTATION_TOPLEFT, 1) == 0) {
@@ -277,12 +283,34 @@ private:
         });
     }
 
+    void read_facts(Picture& picture) {
+        constexpr std::pair<std::uint16_t, const char*> packings[] = {
+            {COMPRESSION_NONE, "none"},         {COMPRESSION_LZW, "lzw"},   {COMPRESSION_PACKBITS, "packbits"},
+            {COMPRESSION_ADOBE_DEFLATE, "zip"}, {COMPRESSION_JPEG, "jpeg"}, {COMPRESSION_DEFLATE, "zip"}};
+        std::uint16_t packing = COMPRESSION_NONE;
+        TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_COMPRESSION, &packing);
+        const auto* known = std::ranges::find(packings, packing, &std::pair<std::uint16_t, const char*>::first);
+        const std::string number = std::to_string(packing);
+        picture.in_file.facts = {{"compression", known != std::end(packings) ? known->second : number},
+                                 {"stored in", layout_.tiled ? "tiles" : "strips"},
+                                 {"samples", std::to_string(layout_.samples) + " of " + std::to_string(layout_.bits) +
+                                                 (layout_.is_float() ? " bits, float" : " bits")}};
+        constexpr std::pair<std::uint32_t, const char*> texts[] = {{TIFFTAG_IMAGEDESCRIPTION, "description"},
+                                                                   {TIFFTAG_MAKE, "make"},
+                                                                   {TIFFTAG_MODEL, "model"},
+                                                                   {TIFFTAG_SOFTWARE, "software"},
+                                                                   {TIFFTAG_DATETIME, "date"},
+                                                                   {TIFFTAG_ARTIST, "artist"},
+                                                                   {TIFFTAG_COPYRIGHT, "copyright"}};
+        for (const auto& [tag, name] : texts) {
+            const char* text = nullptr;
+            if (TIFFGetField(handle_.tiff, tag, &text) != 0) picture.in_file.facts.push_back({name, text});
+        }
+    }
+
     /// Four inks take all of a pixel, so that there is no place for alpha.
     void begin_cmyk(Picture& picture, bool takes_cmyk) {
-        if (!takes_cmyk) {
-            read_profile(picture);
-            refuse_cmyk(path_, picture);
-        }
+        if (!takes_cmyk) refuse_cmyk(path_, picture);
         if (layout_.associated) throw Failure(path_, "CMYK with associated alpha is not supported");
         if (layout_.alpha >= 0) picture.notes.emplace_back("its alpha is left out, CMYK is read without");
         has_lost_alpha_ = layout_.alpha >= 0;
@@ -317,9 +345,7 @@ private:
         }
         std::uint16_t orientation = ORIENTATION_TOPLEFT;
         TIFFGetFieldDefaulted(handle_.tiff, TIFFTAG_ORIENTATION, &orientation);
-        if (layout_.direct() && orientation != ORIENTATION_TOPLEFT) {
-            picture.notes.emplace_back(kOrientationNote);
-        }
+        if (orientation >= 1 && orientation <= 8) picture.in_file.orientation = orientation;
         const int alphas = layout_.alpha >= 0 || has_lost_alpha_ ? 1 : 0;
         if (layout_.direct() && layout_.samples > layout_.colours() + alphas) {
             picture.notes.emplace_back("its further channels are left out");
@@ -337,6 +363,8 @@ private:
 
 }  // namespace
 
-Picture read_tiff(InputFile& file, bool takes_cmyk, Watch& watch) { return Reader(file, watch).read(takes_cmyk); }
+Picture read_tiff(InputFile& file, const ReadOptions& options, Watch& watch) {
+    return Reader(file, watch).read(options);
+}
 
 }  // namespace qx::pictures

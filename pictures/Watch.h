@@ -20,8 +20,6 @@ public:
     virtual bool stops() const noexcept { return false; }
     /// Hears that `done` rows of `total` are done. Where several threads work, a smaller count may come behind.
     virtual void rows(std::int64_t done, std::int64_t total) noexcept = 0;
-    /// Hears of the size of a picture that is read, before its pixels are.
-    virtual void size(int, int) noexcept {}
 
     /// Before each row. @return false when the work is to stop
     bool next_row(std::int64_t done, std::int64_t total) {
@@ -31,10 +29,6 @@ public:
     /// The same, but throws Stopped.
     void must_next_row(std::int64_t done, std::int64_t total) {
         if (!next_row(done, total)) throw Stopped{};
-    }
-    void must_go_on_with(int width, int height) {
-        size(width, height);
-        must_go_on();
     }
     void must_go_on() const {
         if (stops()) throw Stopped{};

@@ -92,6 +92,7 @@ int index_of_number(const Clip& clip, int number);
 struct ClipOptions {
     std::uint64_t most_bytes = std::uint64_t{512} << 20;  ///< of frames that are kept
     int threads = 1;                                      ///< of a movie's decoder; no bit depends on them
+    bool orient = true;                                   ///< of pictures, see pictures::ReadOptions
 };
 
 /// Throws pictures::Failure.

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Numbered pictures as a clip.
-#include <filesystem>
-
 #include "scene/Clip.h"
 
 namespace qx::scene {
@@ -12,7 +10,7 @@ std::string size_words(int width, int height) { return std::to_string(width) + "
 class PicturesClip : public Clip {
 public:
     PicturesClip(const NumberedPictures& pictures, const ClipOptions& options, pictures::Watch& watch)
-        : pictures_(pictures), store_(options.most_bytes) {
+        : pictures_(pictures), options_{.orient = options.orient}, store_(options.most_bytes) {
         find_numbers();
         for (const int number : numbers_) times_.push_back(time_of_number(number));
         const FrameRange& range = pictures_.range;
@@ -28,7 +26,7 @@ public:
     }
 
     void check(int index, pictures::Watch& watch) const override {
-        check_size(index, pictures::picture_size(name_of(index), watch));
+        check_size(index, pictures::picture_size(name_of(index), watch, options_));
     }
 
 private:
@@ -36,8 +34,7 @@ private:
         for (int i = 0; i < pictures_.range.count(); ++i) {
             const int number = pictures_.range.frame(i);
             const std::string name = pictures_.name.name(number);
-            std::error_code ignored;
-            if (std::filesystem::exists(name, ignored)) {
+            if (pictures::is_there(name)) {
                 numbers_.push_back(number);
             } else if (!pictures_.gaps) {
                 throw pictures::Failure(name, "frame " + std::to_string(number) + " is missing");
@@ -58,7 +55,8 @@ private:
     }
 
     SharedPicture read(int index, pictures::Watch& watch) const {
-        auto picture = std::make_shared<const pictures::Picture>(pictures::read_picture(name_of(index), watch));
+        auto picture =
+            std::make_shared<const pictures::Picture>(pictures::read_picture(name_of(index), watch, options_));
         if (facts_.width != 0) check_size(index, {picture->world->width, picture->world->height});
         return picture;
     }
@@ -71,6 +69,7 @@ private:
     }
 
     const NumberedPictures pictures_;
+    const pictures::ReadOptions options_;
     std::vector<int> numbers_;
     FrameStore store_;
 };

@@ -54,8 +54,7 @@ private:
     void take(const SceneNode& node, const char* name, const DocumentKey& key) {
         const SceneNode value = node.need(name);
         const std::string path = (std::filesystem::path(folder_) / value.text()).string();
-        std::error_code ignored;
-        if (!std::filesystem::exists(path, ignored)) value.fault(path + ": no such file");
+        if (!pictures::is_there(path)) value.fault(path + ": no such file");
         *key.to = {path, text_of_file(path)};
     }
     void take(const SceneNode& node, const char* name, const PictureKey& key) {

@@ -17,6 +17,7 @@ struct Scene {
     std::string text;           ///< the values of the file, however it is laid out
     int width = 0, height = 0;  ///< 0: those of the background's picture
     int depth = 8;
+    bool orient = true;   ///< pictures are turned as their files say
     bool dither = false;  ///< noise where deeper pixels become 8-bit ones
     pictures::Rate rate;
     std::optional<FrameList> frames;

@@ -27,25 +27,20 @@ template <class See> void each_file_of(const Scene& scene, const FrameList& fram
     }
 }
 
-bool is_there(const std::string& path) {
-    std::error_code ignored;
-    return std::filesystem::exists(path, ignored);
-}
-
 void must_be_there(const Scene& scene, const SceneFile& file, const std::string& path, int frame) {
-    if (is_there(path)) return;
+    if (pictures::is_there(path)) return;
     throw SceneFault(scene.file, file.place, path + ": no such file, frame " + std::to_string(frame) + " needs it");
 }
 
 /// Throws pictures::Failure for a file that is not there, or is none of those that can be read.
 void look_at(const Scene& scene, const SceneFile& file, const std::string& path, int frame, pictures::Watch& watch) {
-    if (file.missing != Missing::error && !is_there(path)) return;
+    if (file.missing != Missing::error && !pictures::is_there(path)) return;
     must_be_there(scene, file, path, frame);
     try {
         if (file.clip && !file.clip->is_pictures()) {
             const pictures::InputFile movie(path);
         } else {
-            pictures::picture_size(path, watch);
+            pictures::picture_size(path, watch, {.orient = scene.orient});
         }
     } catch (const pictures::Failure& fault) {
         throw SceneFault(scene.file, file.place, fault.what());
@@ -54,7 +49,7 @@ void look_at(const Scene& scene, const SceneFile& file, const std::string& path,
 
 std::string absolute(const std::string& path) {
     std::error_code ignored;
-    return std::filesystem::weakly_canonical(path, ignored).string();
+    return std::filesystem::weakly_canonical(pictures::file_of(path), ignored).string();
 }
 
 }  // namespace

@@ -4,8 +4,9 @@
 
 namespace qx::scene {
 
-inline constexpr const char* kSceneKeys[] = {"$schema", "size",      "depth",        "dither",     "rate",   "frames",
-                                             "space",   "linearize", "output-space", "background", "layers", "comment"};
+inline constexpr const char* kSceneKeys[] = {"$schema",    "size",   "depth",  "dither",    "orient",
+                                             "rate",       "frames", "space",  "linearize", "output-space",
+                                             "background", "layers", "comment"};
 inline constexpr const char* kFileKeys[] = {"name", "offset", "profile"};
 inline constexpr const char* kClipKeys[] = {"clip",   "offset",  "speed", "map",    "rate",
                                             "method", "quality", "cuts",  "profile"};

@@ -2,7 +2,6 @@
 #include "scene/ScenePictures.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "QX/pixelops/QX_Premul.h"
 #include "pictures/Carried.h"
@@ -22,8 +21,7 @@ int unmultiply(QX_World& world, const QX_PixelFloat& matte) {
 
 /// Of what the scene does without.
 bool is_missing(const SceneFile& file, int frame) {
-    std::error_code ignored;
-    return file.missing != Missing::error && !file.clip && !std::filesystem::exists(file.at(frame), ignored);
+    return file.missing != Missing::error && !file.clip && !pictures::is_there(file.at(frame));
 }
 
 }  // namespace
@@ -93,7 +91,7 @@ Shown ScenePictures::stand_in(const SceneFile& file, const FrameAsked& asked, co
     }
     note("black is shown");
     pictures::PictureSize size{asked.width, asked.height};
-    if (number) size = pictures::picture_size(file.name.name(*number), asked.watch);
+    if (number) size = pictures::picture_size(file.name.name(*number), asked.watch, {.orient = scene_.orient});
     auto black = std::make_shared<pictures::Picture>();
     black->world = pictures::new_world(path, size.width, size.height, scene_.depth, false);
     black->world->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
@@ -126,8 +124,8 @@ SceneClip& ScenePictures::clip_of(const SceneFile& file) {
     const std::lock_guard lock(open.mutex);
     if (!open.clip) {
         try {
-            open.clip =
-                std::make_unique<SceneClip>(*file.clip, Rational(scene_.rate.number, scene_.rate.per), scene_.depth);
+            open.clip = std::make_unique<SceneClip>(*file.clip, Rational(scene_.rate.number, scene_.rate.per),
+                                                    scene_.depth, scene_.orient);
         } catch (const BadText& bad) {
             throw SceneFault(scene_.file, file.place + "/cuts", bad.what());
         }
@@ -137,7 +135,8 @@ SceneClip& ScenePictures::clip_of(const SceneFile& file) {
 }
 
 pictures::Picture ScenePictures::stored(const SceneFile& file, int frame, pictures::Watch& watch) {
-    return file.clip ? clip_of(file).frame(frame, watch) : pictures::read_picture(file.at(frame), watch);
+    if (file.clip) return clip_of(file).frame(frame, watch);
+    return pictures::read_picture(file.at(frame), watch, {.orient = scene_.orient});
 }
 
 Shown ScenePictures::read(const SceneFile& file, int frame, const QX_PixelFloat* matte, pictures::Watch& watch) {

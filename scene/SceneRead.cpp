@@ -37,6 +37,7 @@ private:
         root.check_keys(kSceneKeys);
         if (const auto schema = root.find("$schema")) static_cast<void>(schema->text());  // for editors
         read_comment(root);
+        if (const auto orient = root.find("orient")) scene_.orient = orient->flag();
         if (const auto dither = root.find("dither")) scene_.dither = dither->flag();
     }
 

@@ -58,14 +58,13 @@ SceneFile read_file(const SceneNode& node, const std::string& folder, Missing mi
         if (const auto offset = node.find("offset")) file.offset = offset->whole(-kMostFrame, kMostFrame);
     }
     const std::string path = (fs::path(folder) / name.text()).string();
-    std::error_code ignored;
-    if (!fs::exists(path, ignored)) file.name = name.read_by([&] { return FramePattern(path); });
+    if (!pictures::is_there(path)) file.name = name.read_by([&] { return FramePattern(path); });
     const bool is_sequence = file.name.has_place();
     if (!is_sequence) file.name = FramePattern::plain(path);  // a file may have such signs in its name
     if (is_sequence && missing == Missing::hold && numbers_there(file.name).empty())
         name.fault(path + ": no picture of it is there");
     const bool is_needed = !is_sequence && (missing == Missing::error || missing == Missing::hold);
-    if (is_needed && !fs::exists(path, ignored)) name.fault(path + ": no such file");
+    if (is_needed && !pictures::is_there(path)) name.fault(path + ": no such file");
     return file;
 }
 

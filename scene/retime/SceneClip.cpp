@@ -13,11 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool exists(const std::string& path) {
-    std::error_code ignored;
-    return fs::exists(path, ignored);
-}
-
 Rational read_rational(const SceneNode& node, const Rational& least, const Rational& most,
                        Rational (*read)(const std::string&)) {
     if (node.is_text()) return node.read_by([&] { return read(node.text()); });
@@ -46,7 +41,7 @@ void read_cuts(const SceneNode& node, ClipChoice& choice) {
 
 }  // namespace
 
-bool ClipChoice::is_pictures() const { return !exists(path) && FramePattern(path).has_place(); }
+bool ClipChoice::is_pictures() const { return !pictures::is_there(path) && FramePattern(path).has_place(); }
 
 std::vector<std::string> ClipChoice::files() const {
     if (!is_pictures()) return {path};
@@ -62,7 +57,7 @@ std::shared_ptr<const ClipChoice> read_clip(const SceneNode& node, const std::st
     const SceneNode name = node.need("clip");
     choice->path = (fs::path(folder) / name.text()).string();
     const bool is_pictures = name.read_by([&] { return choice->is_pictures(); });
-    if (!is_pictures && !exists(choice->path)) name.fault(choice->path + ": no such file");
+    if (!is_pictures && !pictures::is_there(choice->path)) name.fault(choice->path + ": no such file");
     if (is_pictures && choice->files().empty()) name.fault(choice->path + ": no picture of it is there");
     if (const auto offset = node.find("offset")) choice->offset = offset->whole(-kMostFrame, kMostFrame);
     if (const auto speed = node.find("speed"))
@@ -80,12 +75,15 @@ std::shared_ptr<const ClipChoice> read_clip(const SceneNode& node, const std::st
     return choice;
 }
 
-SceneClip::SceneClip(const ClipChoice& choice, const Rational& rate, int depth) : choice_(choice) {
+SceneClip::SceneClip(const ClipChoice& choice, const Rational& rate, int depth, bool orient) : choice_(choice) {
+    ClipOptions opening;
+    opening.orient = orient;
     if (choice.is_pictures()) {
         const FramePattern pattern(choice.path);
         const auto numbers = numbers_there(pattern);
         if (numbers.empty()) throw pictures::Failure(choice.path, "no picture of it is there");
-        clip_ = open_pictures_clip({pattern, {numbers.front(), numbers.back(), 1}, choice.rate.value_or(rate)});
+        clip_ =
+            open_pictures_clip({pattern, {numbers.front(), numbers.back(), 1}, choice.rate.value_or(rate)}, opening);
         step_ = choice.speed / rate;
     } else {
         clip_ = open_movie_clip(choice.path);

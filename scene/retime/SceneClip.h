@@ -35,7 +35,8 @@ public:
     /// Throws pictures::Failure, and BadText where the clip has no frame that is to begin a shot.
     /// @param rate   the scene's
     /// @param depth  the scene's: pictures that are made have it if it is above 8
-    SceneClip(const ClipChoice& choice, const Rational& rate, int depth);
+    /// @param orient  turns pictures as they are to be seen
+    SceneClip(const ClipChoice& choice, const Rational& rate, int depth, bool orient);
     /// What a frame of the scene shows; before the clip's begin and behind its end its first or last frame.
     pictures::Picture frame(int number, pictures::Watch& watch);
     const std::vector<std::string>& notes() const { return notes_; }

@@ -66,7 +66,7 @@ TEST_F(BadInput, DamagedCmykDoesNoWorse) {
             std::string damaged = whole.substr(0, round % 4 ? whole.size() : random() % whole.size() + 1);
             for (int i = 0; i < 3; ++i) damaged[random() % damaged.size()] = static_cast<char>(random());
             put(name, damaged);
-            const auto words = fault_of<Failure>([&] { read_picture_or_cmyk(folder / name); });
+            const auto words = fault_of<Failure>([&] { read_inks(folder / name); });
             EXPECT_TRUE(words.empty() || words.starts_with(folder / name));
         }
     }

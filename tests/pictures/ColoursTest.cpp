@@ -168,7 +168,7 @@ TEST_F(Profiles, CmykIsRefusedByWhatItSays) {
         for (const char* name : {"a.jpg", "a.tif"}) {
             put_embedding(folder / name, IccSpace::cmyk, profile);
             EXPECT_EQ(fault(name), folder / name + ": " + words);
-            const auto in = read_picture_or_cmyk(folder / name);
+            const auto in = read_inks(folder / name);
             const bool fits = space[0] == 'C';
             EXPECT_EQ(in.colours.icc.bytes, fits ? profile : Bytes{});
             EXPECT_TRUE(!fits || in.colours.icc.space == IccSpace::cmyk);
@@ -177,7 +177,7 @@ TEST_F(Profiles, CmykIsRefusedByWhatItSays) {
     }
     for (const char* name : kNames) {
         put_embedding(folder / name, IccSpace::rgb, small_profile());
-        const auto in = read_picture_or_cmyk(folder / name);
+        const auto in = read_inks(folder / name);
         EXPECT_TRUE(!in.cmyk && same_pixels(in, read(name)));
     }
 }

@@ -48,7 +48,7 @@ TEST_F(JpegKinds, GreyIsRead) {
     EXPECT_EQ(channels(read("grey.jpg"), 3, 0), (List{255, 90, 90, 90}));
 }
 
-TEST_F(JpegKinds, OrientationAndDamageAreTold) {
+TEST_F(JpegKinds, DamageIsToldAndDamagedExifMeansNothing) {
     write_jpeg(folder / "a.jpg", 3, JCS_RGB, Bytes(48, 90));
     const auto notes = [&](const std::string& behind_start) {
         put("b.jpg", bytes("a.jpg").insert(2, behind_start));
@@ -62,8 +62,12 @@ TEST_F(JpegKinds, OrientationAndDamageAreTold) {
     const std::string little("II\x2A\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x01\0\0\0", 22);
     EXPECT_EQ(notes(""), Names{});
     EXPECT_EQ(notes(exif(little)), Names{}) << "1 is as stored";
-    EXPECT_EQ(notes(exif(big)), Names{"is taken as stored, its orientation is not applied"});
-    for (std::size_t cut = 0; cut < big.size() - 4; ++cut) EXPECT_EQ(notes(exif(big.substr(0, cut))), Names{}) << cut;
+    EXPECT_EQ(notes(exif(big)), Names{});
+    EXPECT_EQ(read("b.jpg").world->width, 1) << "turned";
+    for (std::size_t cut = 0; cut < big.size() - 4; ++cut) {
+        EXPECT_EQ(notes(exif(big.substr(0, cut))), Names{}) << cut;
+        EXPECT_EQ(read("b.jpg").world->width, 16) << cut;
+    }
     EXPECT_EQ(notes(std::string("\xFF\xC4\0\x02", 4) + "garbage").size(), 1u);
 }
 
@@ -80,7 +84,7 @@ TEST_F(JpegKinds, CmykHasThePolarityOfItsMarker) {
         put("b.jpg", file.erase(marker, 16));
         for (const char* name : {"a.jpg", "b.jpg"}) {
             if (stored == JCS_YCCK && name[0] == 'b') continue;  // only the marker tells of it
-            const auto in = read_picture_or_cmyk(folder / name);
+            const auto in = read_inks(folder / name);
             EXPECT_TRUE(in.cmyk && !in.has_alpha);
             for (const int x : {5, 21}) {  // away from the edge, over which colours run
                 const auto found = channels(in, x, 15);
@@ -181,7 +185,7 @@ TEST_F(TiffKinds, CmykGivesInksInTheOrderOfTheirMemory) {
         SCOPED_TRACE(kind.name);
         write_tiff<std::uint8_t>(folder / "a.tif", kind, SAMPLEFORMAT_UINT, value);
         write_tiff<std::uint16_t>(folder / "b.tif", kind, SAMPLEFORMAT_UINT, value16);
-        const auto eight = read_picture_or_cmyk(folder / "a.tif"), sixteen = read_picture_or_cmyk(folder / "b.tif");
+        const auto eight = read_inks(folder / "a.tif"), sixteen = read_inks(folder / "b.tif");
         EXPECT_TRUE(eight.cmyk && sixteen.cmyk && !eight.has_alpha && !sixteen.has_alpha && !sixteen.carried);
         EXPECT_EQ(eight.notes, kind.samples == 4     ? Names{}
                                : kind.name[0] == 'a' ? Names{"its alpha is left out, CMYK is read without"}
@@ -198,9 +202,9 @@ TEST_F(TiffKinds, CmykGivesInksInTheOrderOfTheirMemory) {
     }
     write_tiff<std::uint8_t>(folder / "a.tif", {"", 5, inks, EXTRASAMPLE_ASSOCALPHA, false, false}, SAMPLEFORMAT_UINT,
                              value);
-    EXPECT_THROW(read_picture_or_cmyk(folder / "a.tif"), Failure);
+    EXPECT_THROW(read_inks(folder / "a.tif"), Failure);
     write_tiff<float>(folder / "a.tif", kinds[0], SAMPLEFORMAT_IEEEFP, value);
-    EXPECT_THROW(read_picture_or_cmyk(folder / "a.tif"), Failure);
+    EXPECT_THROW(read_inks(folder / "a.tif"), Failure);
 }
 
 TEST_F(TiffKinds, FurtherChannelsAndPagesAreTold) {

@@ -36,6 +36,11 @@ private:
     std::string path_;
 };
 
+/// Takes CMYK too.
+inline pictures::Picture read_inks(const std::string& path) {
+    return pictures::read_picture(path, pictures::unwatched(), {.cmyk = true});
+}
+
 std::string contents(const std::string& path);
 void put_contents(const std::string& path, const std::string& bytes);
 

@@ -188,7 +188,7 @@ TEST_F(ColourCommands, InksBecomeColours) {
     for (const std::string name : {"a.tif", "a.jpg"}) {
         SCOPED_TRACE(name);
         put_embedding(folder / name, IccSpace::cmyk, inks);
-        const List ink = channels(qx::pictures::read_picture_or_cmyk(folder / name), 0, 0);
+        const List ink = channels(qx::test::read_inks(folder / name), 0, 0);
         std::array<float, 4> percent;
         for (std::size_t i = 0; i < 4; ++i) percent[i] = static_cast<float>(ink[i] / 2.55);
         const Colour want = Exact(inks, srgb, Intent::relative, 0, TYPE_CMYK_FLT)(percent);

@@ -112,6 +112,7 @@ int run_command(int argc, const char* const* argv) {
         add_profile(app);
         add_diff(app);
         add_hash(app);
+        add_identify(app);
         add_sheet(app);
         add_guess_alpha(app);
         add_blur(app);

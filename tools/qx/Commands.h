@@ -12,6 +12,7 @@ void add_comp(CLI::App& app);
 void add_convert(CLI::App& app);
 void add_diff(CLI::App& app);
 void add_hash(CLI::App& app);
+void add_identify(CLI::App& app);
 void add_sheet(CLI::App& app);
 void add_guess_alpha(CLI::App& app);
 void add_blur(CLI::App& app);

@@ -104,6 +104,7 @@ int depth_of(const std::string& text) { return text.empty() ? 0 : 8 << choice("-
 
 void add_picture_options(CLI::App& command, PictureOptions& options) {
     add_depth_option(command, options.depth, "the inputs' deepest");
+    add_reading_options(command, options.reading);
     add_encoding_options(command, options.encoding);
     command.add_option("-o,--output", options.output, "file to write: " + pictures::known_endings())
         ->required()

@@ -9,6 +9,7 @@
 #include "pictures/Picture.h"
 #include "scene/Placing.h"
 #include "scene/Words.h"
+#include "tools/qx/options/ReadingOptions.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace CLI {
@@ -43,6 +44,7 @@ int depth_of(const std::string& text);
 /// Options of a command that makes one picture: -o, --depth, those of the encoding and those of every subcommand.
 struct PictureOptions {
     CommonOptions common;
+    ReadingOptions reading;
     EncodingOptions encoding;
     std::string output, depth;
     int asked_depth() const { return depth_of(depth); }  ///< 0 stands for the inputs' deepest

@@ -37,8 +37,7 @@ std::vector<int> indices_of(const scene::Clip& clip, const std::string& list) {
 }  // namespace
 
 bool RetimeCommandOptions::input_is_pictures() const {
-    std::error_code ignored;
-    if (std::filesystem::exists(input, ignored)) return false;  // a file may have such signs in its name
+    if (pictures::is_there(input)) return false;  // a file may have such signs in its name
     return value_of("INPUT", [&] { return scene::FramePattern(input).has_place(); });
 }
 
@@ -102,7 +101,7 @@ void RetimeCommandOptions::check() const {
 
 std::unique_ptr<scene::Clip> RetimeCommandOptions::open(std::uint64_t most_bytes, int threads,
                                                         pictures::Watch& watch) const {
-    const scene::ClipOptions options{most_bytes, threads};
+    const scene::ClipOptions options{most_bytes, threads, !reading.as_stored};
     if (!input_is_pictures()) {
         std::error_code ignored;
         if (std::filesystem::is_regular_file(input, ignored) && pictures::is_picture(input))
@@ -182,6 +181,7 @@ void add_retime_options(CLI::App& command, RetimeCommandOptions& options) {
     add_switch("--json", options.json, "tell what was done, machine-readable, on standard output");
     add_cache_options(command, options.cache);
     add_no_cache_option(command, options.cache);
+    add_reading_options(command, options.reading);
     add_encoding_options(command, options.encoding);
     add_common_options(command, options.common);
 }

@@ -15,6 +15,7 @@ namespace qx::tool {
 /// The command line of `qx retime`.
 struct RetimeCommandOptions {
     CommonOptions common;
+    ReadingOptions reading;
     EncodingOptions encoding;
     FlowOptions flow;
     CacheOptions cache;

@@ -229,7 +229,7 @@ void run(const CompOptions& options) {
     NotesOnce once;
     Inputs inputs;
     const Files files = files_of(options, inputs);
-    read_all(files, once);
+    read_all(files, once, options.reading.read_options());
     std::optional<scene::WorkingSpace> space;
     if (options.colours.has_space) {
         bring_into_space(options, inputs, asked != 0 ? asked : deepest_of(files), once, space);

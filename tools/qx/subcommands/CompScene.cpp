@@ -49,6 +49,7 @@ CompScene::CompScene(const CompOptions& options) : options_(options) {
     check_place();
     scene_["depth"] = 8;
     scene_["frames"] = {0, 0};
+    if (options.reading.as_stored) scene_["orient"] = false;
     const ColourOptions& colours = options.colour_texts;
     if (!colours.space.empty()) scene_["space"] = profile_of(colours.space);
     if (colours.linearize) scene_["linearize"] = true;

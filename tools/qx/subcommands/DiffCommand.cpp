@@ -17,6 +17,7 @@ namespace {
 
 struct DiffOptions {
     CommonOptions common;
+    ReadingOptions reading;
     std::string a, b, tolerance, picture;
     bool json = false;
 };
@@ -39,7 +40,7 @@ struct Pair {
 Pair read_pair(const DiffOptions& options) {
     Pair pair;
     NotesOnce once;
-    read_all({{&options.a, &pair.a}, {&options.b, &pair.b}}, once);
+    read_all({{&options.a, &pair.a}, {&options.b, &pair.b}}, once, options.reading.read_options());
     pictures::bring_to_depth(options.a, pair.a, 32);
     pictures::bring_to_depth(options.b, pair.b, 32);
     return pair;
@@ -141,6 +142,7 @@ void add_diff(CLI::App& app) {
                      "file to write: the differences in colours, from black for none to white for the largest")
         ->type_name("OUT");
     command->add_flag("--json", options->json, "machine-readable, on standard output")->disable_flag_override();
+    add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "A B [options]");
     command->footer(kFooter);

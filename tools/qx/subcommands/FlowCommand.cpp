@@ -19,6 +19,7 @@ namespace {
 
 struct FlowCommandOptions {
     CommonOptions common;
+    ReadingOptions reading;
     FlowOptions flow;
     std::string first, second, output, backward, picture, most;
 
@@ -84,7 +85,7 @@ void run(const FlowCommandOptions& options) {
     SignalWatch watch;
     NotesOnce once;
     pictures::Picture first, second;
-    read_all({{&options.first, &first}, {&options.second, &second}}, once);
+    read_all({{&options.first, &first}, {&options.second, &second}}, once, options.reading.read_options());
     check_sizes(options, first, second);
     const auto fields =
         scene::flow_fields(options.first, first, second, scene::flow_params(options.flow.choices()), watch);
@@ -117,6 +118,7 @@ void add_flow(CLI::App& app) {
     add("--picture", options->picture, "the field in colours", "WHEEL.png");
     add("--max", options->most, "pixels of full colour (default: the length of 99 % of the vectors)", "PIXELS");
     add_flow_options(*command, options->flow);
+    add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "A B [options] -o OUT.flo|OUT.exr");
     command->footer(kFooter);

@@ -22,6 +22,7 @@ namespace {
 
 struct GuessOptions {
     CommonOptions common;
+    ReadingOptions reading;
     EncodingOptions encoding;
     std::vector<std::string> files;
     std::string output;
@@ -92,7 +93,7 @@ void repair(const GuessOptions& options, const Guess& guess, pictures::Picture& 
         picture.beside() = {};
     } else {
         FileProgress progress("reading");
-        picture = pictures::read_picture(file, progress);  // as it is meant
+        picture = pictures::read_picture(file, progress, options.reading.read_options());  // as it is meant
     }
     const int depth = picture.world->Depth();
     NotesOnce once;
@@ -114,7 +115,9 @@ void run(const GuessOptions& options) {
         std::optional<pictures::Picture> picture;
         {
             FileProgress progress("reading");
-            picture = pictures::read_picture_as_stored(file, progress);
+            pictures::ReadOptions as_stored = options.reading.read_options();
+            as_stored.straighten = false;
+            picture = pictures::read_picture(file, progress, as_stored);
         }
         const Guess guess = guess_of(file, *picture);
         if (options.json) {
@@ -138,6 +141,7 @@ void add_guess_alpha(CLI::App& app) {
     command->add_option("-o,--output", options->output, "writes the picture with that matte taken off")
         ->type_name("OUT");
     add_encoding_options(*command, options->encoding);
+    add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "FILE... [--json] [-o OUT]");
     command->footer(kFooter);

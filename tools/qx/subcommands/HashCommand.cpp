@@ -15,6 +15,7 @@ namespace {
 
 struct HashOptions {
     CommonOptions common;
+    ReadingOptions reading;
     std::vector<std::string> files;
     bool json = false;
 };
@@ -33,7 +34,7 @@ void run(const HashOptions& options) {
     nlohmann::ordered_json all = nlohmann::ordered_json::array();
     for (const std::string& file : options.files) {
         FileProgress progress("reading");
-        const pictures::Picture picture = pictures::read_picture(file, progress);
+        const pictures::Picture picture = pictures::read_picture(file, progress, options.reading.read_options());
         const std::string hash = fingerprint(file, picture);
         if (options.json) {
             const QX_World& world = *picture.world;
@@ -56,6 +57,7 @@ void add_hash(CLI::App& app) {
     const auto options = std::make_shared<HashOptions>();
     command->add_option("files", options->files, "the pictures")->required()->type_name("FILE");
     command->add_flag("--json", options->json, "machine-readable, on standard output")->disable_flag_override();
+    add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "FILE... [--json]");
     command->footer(kFooter);

@@ -44,7 +44,7 @@ struct Found {
 Found found_in_picture(const std::string& file) {
     pictures::Picture picture;
     NotesOnce once;
-    read_all({{&file, &picture}}, once, true);
+    read_all({{&file, &picture}}, once, {.cmyk = true});
     std::vector<std::string> notes;
     const scene::Meaning meaning = scene::meaning_of(picture, notes);
     tell_losses(once, file, notes);

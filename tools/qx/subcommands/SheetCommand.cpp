@@ -30,6 +30,7 @@ constexpr int kUsualSide = 240, kUsualFrames = 12;
 
 struct SheetOptions {
     CommonOptions common;
+    ReadingOptions reading;
     std::vector<std::string> inputs;
     std::string output, columns, size, frames;
     bool label = false;
@@ -51,9 +52,9 @@ struct Cell {
 
 std::string name_of(const std::string& path) { return path.substr(path.find_last_of('/') + 1); }
 
-Cell cell_of_file(const std::string& path) {
-    return {name_of(path), [path](pictures::Watch& watch) {
-                return std::make_shared<const pictures::Picture>(pictures::read_picture(path, watch));
+Cell cell_of_file(const std::string& path, const pictures::ReadOptions& options) {
+    return {name_of(path), [path, options](pictures::Watch& watch) {
+                return std::make_shared<const pictures::Picture>(pictures::read_picture(path, watch, options));
             }};
 }
 
@@ -69,17 +70,18 @@ void add_movie(const std::string& path, int most, std::vector<Cell>& cells) {
 
 std::vector<Cell> cells_of(const SheetOptions& options) {
     const int frames = options.frames.empty() ? kUsualFrames : whole_number("--frames", options.frames, 1, 10'000);
+    const pictures::ReadOptions reading = options.reading.read_options();
     std::vector<Cell> cells;
     for (const std::string& input : options.inputs) {
         const auto pattern = value_of("FRAMES", [&] { return scene::FramePattern(input); });
         if (pattern.has_place()) {
             const auto numbers = scene::numbers_there(pattern);
             if (numbers.empty()) throw pictures::Failure(input, "no frame is there");
-            for (const int number : numbers) cells.push_back(cell_of_file(pattern.name(number)));
+            for (const int number : numbers) cells.push_back(cell_of_file(pattern.name(number), reading));
         } else if (!pictures::is_picture(input) && pictures::is_movie(input)) {
             add_movie(input, frames, cells);
         } else {
-            cells.push_back(cell_of_file(input));
+            cells.push_back(cell_of_file(input, reading));
         }
     }
     return cells;
@@ -172,6 +174,7 @@ void add_sheet(CLI::App& app) {
         ->type_name("N");
     command->add_option("--frames", options->frames, "of each movie (default: 12)")->type_name("N");
     command->add_flag("--label", options->label, "the name below each picture")->disable_flag_override();
+    add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "FRAMES... [options] -o OUT");
     command->footer(kFooter);

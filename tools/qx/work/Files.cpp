@@ -30,14 +30,14 @@ void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std
     for (const auto& note : notes) once.say({{file + note, pictures::about(file, note)}});
 }
 
-void read_all(const Files& files, NotesOnce& once, bool inks) {
+void read_all(const Files& files, NotesOnce& once, const pictures::ReadOptions& options) {
     const int count = static_cast<int>(files.size());
     Progress progress("reading", PartWatch::kSteps * count);
     SignalWatch signals;
     scene::in_order(count, standalone::PoolThreads(), signals, [&](int index, pictures::Watch& watch) -> scene::InTurn {
         const auto& [file, picture] = files[static_cast<std::size_t>(index)];
         PartWatch part(progress, watch);
-        *picture = inks ? pictures::read_picture_or_cmyk(*file, part) : pictures::read_picture(*file, part);
+        *picture = pictures::read_picture(*file, part, options);
         return [&once, file = file, picture = picture] { tell(once, *file, *picture); };
     });
 }
@@ -71,7 +71,8 @@ void write_result(const std::string& path, const pictures::Picture& picture, int
 
 std::string place_of(const std::string& path) {
     std::error_code ignored;
-    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored).string();
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(pictures::file_of(path), ignored), ignored)
+        .string();
 }
 
 }  // namespace qx::tool

@@ -19,8 +19,7 @@ using Files = std::vector<std::pair<const std::string*, pictures::Picture*>>;
 void tell_losses(NotesOnce& once, const std::string& file, const std::vector<std::string>& notes);
 
 /// Several at once, which makes no difference to what is told.
-/// @param inks  takes CMYK too, as `read_picture_or_cmyk` does
-void read_all(const Files& files, NotesOnce& once, bool inks = false);
+void read_all(const Files& files, NotesOnce& once, const pictures::ReadOptions& options);
 
 int deepest_of(const Files& files);
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qx/work/FrameFiles.h"
 
-#include <filesystem>
-
 #include "pictures/Movie.h"
 #include "scene/Composite.h"
 #include "scene/Faults.h"
@@ -11,8 +9,7 @@
 namespace qx::tool {
 
 bool is_whole(const std::string& path, const FrameSize& size, const std::string& mark, pictures::Watch& watch) {
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) return false;
+    if (!pictures::is_there(path)) return false;
     try {
         const pictures::Picture found = pictures::read_picture(path, watch);
         const bool is_ours = mark.empty() || found.mark == mark;

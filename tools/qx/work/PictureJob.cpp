@@ -23,7 +23,7 @@ PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> i
     Files files;
     for (std::size_t i = 0; i < inputs_.size(); ++i) files.emplace_back(&inputs_[i], &pictures_[i]);
     const bool managed = colours == Colours::managed;
-    read_all(files, once_, managed);
+    read_all(files, once_, options.reading.read_options(managed));
     depth_ = unify(files, depth, once_);
     if (!managed && picture().linear != pictures::is_linear_format(options.output)) say_note(pictures::kLightIsMixed);
 }

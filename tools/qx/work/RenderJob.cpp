@@ -7,7 +7,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <functional>
 #include <memory>
 
@@ -33,8 +32,7 @@ namespace {
 /// True when the file of a frame is there and as it should be.
 bool is_made(const std::string& path, scene::SceneRender& render, int frame, const std::string& mark,
              pictures::Watch& watch) {
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored)) return false;
+    if (!pictures::is_there(path)) return false;
     FrameSize size{};
     render.size(frame, watch, &size.width, &size.height);
     return is_whole(path, size, mark, watch);

@@ -62,7 +62,7 @@ template <class... Values> std::string value_of(const Imf::Attribute& attribute)
         return typed != nullptr;
     };
     const bool known = (read.template operator()<Values>() || ...);
-    return known ? text : "(" + std::string(attribute.typeName()) + ")";
+    return known ? text : std::string("(") + attribute.typeName() + ")";
 }
 
 std::string packing_of(const Imf::Header& header) {

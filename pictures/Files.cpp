@@ -139,8 +139,16 @@ std::uint64_t InputFile::bytes() const {
     return ::fstat(::fileno(stream_), &info) == 0 ? static_cast<std::uint64_t>(info.st_size) : 0;
 }
 
-bool InputFile::begins_with(const std::string& magic) const {
-    return magic.size() <= head_bytes_ && std::equal(magic.begin(), magic.end(), head_.begin());
+bool InputFile::holds(const std::string& magic, std::size_t at) const {
+    return at + magic.size() <= head_bytes_ &&
+           std::equal(magic.begin(), magic.end(), head_.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
+std::vector<unsigned char> InputFile::contents() const {
+    std::vector<unsigned char> all(bytes());
+    std::rewind(stream_);
+    if (std::fread(all.data(), 1, all.size(), stream_) != all.size()) fail(path_, errno != 0 ? errno : EIO);
+    return all;
 }
 
 OutputFile::OutputFile(const std::string& path) : path_(path) {

@@ -16,7 +16,7 @@ struct Format {
     const char* name;
     std::vector<std::string> magics;      ///< first bytes of its files
     std::vector<std::string> extensions;  ///< in lower case
-    std::vector<int> depths;              ///< that its files hold, in rising order
+    std::vector<int> depths;              ///< that its files hold, in rising order; none where it is only read
     bool holds_alpha;
     bool linear;               ///< meant for linear light
     std::size_t most_profile;  ///< bytes that its files hold of an ICC profile
@@ -24,8 +24,9 @@ struct Format {
     /// `in_file` tell what they are. Without `options.pixels` it gives what else it has to tell.
     Picture (*read)(InputFile& file, const ReadOptions& options, Watch& watch);
     /// `picture` has one of the depths above; 16 bits go from 0 to 65535. `with_alpha` is false when all of it is
-    /// opaque and may stay so.
+    /// opaque and may stay so. Null where it is only read.
     void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
+    bool (*is)(const InputFile& file) = nullptr;  ///< where first bytes alone do not tell
 };
 
 /// True once the system has refused memory: how a library's failure is known to come from that, whatever it says.
@@ -36,6 +37,9 @@ const Format& png_format();
 const Format& jpeg_format();
 const Format& tiff_format();
 const Format& exr_format();
+const Format& radiance_format();
+/// Formats that are only read, by the module of movies.
+std::vector<const Format*> further_formats();
 
 /// Room for the pixels of a file, of a size and depth that its head tells, with these in `in_file`. Throws Failure for
 /// what no world can be. @return false when no pixels are asked for: there is no room then

@@ -15,16 +15,16 @@ namespace {
 constexpr const char* kEndings[] = {"mp4", "mov", "mkv", "webm", "avi"};
 constexpr std::int64_t kMostBytes = INT32_MAX;  // of a frame's pixels, as worlds have it
 
-const movie::Routines* load(const std::string& path) {
+}  // namespace
+
+const movie::Routines* movie_routines(const std::string& path, const char* what) {
     void* module = open_own_module(movie::kFileName);
-    if (module == nullptr) throw Failure(path, std::string("movies need the module ") + ::dlerror());
+    if (module == nullptr) throw Failure(path, std::string(what) + " need the module " + ::dlerror());
     const auto entry = reinterpret_cast<movie::Entry>(::dlsym(module, movie::kEntryName));
     const movie::Routines* routines = entry != nullptr ? entry() : nullptr;
     if (routines != nullptr && routines->version == movie::kVersion) return routines;
     throw Failure(path, std::string(movie::kFileName) + " is of another version than this command");
 }
-
-}  // namespace
 
 bool is_movie(const std::string& path) {
     return std::find(std::begin(kEndings), std::end(kEndings), extension_of(path)) != std::end(kEndings);
@@ -37,7 +37,12 @@ std::string movie_endings() {
 }
 
 MovieFile::MovieFile(const std::string& path, int width, int height, const MovieSettings& settings)
-    : file_(path), routines_(load(path)), movie_(nullptr), width_(width), height_(height), depth_(settings.depth) {
+    : file_(path),
+      routines_(movie_routines(path, "movies")),
+      movie_(nullptr),
+      width_(width),
+      height_(height),
+      depth_(settings.depth) {
     file_.check();
     if (!settings.lossless && (width % 2 != 0 || height % 2 != 0)) {
         const std::string size = std::to_string(width) + " x " + std::to_string(height);
@@ -99,7 +104,8 @@ void MovieFile::commit() {
     file_.commit();
 }
 
-MovieReader::MovieReader(const std::string& path, int threads) : path_(path), routines_(load(path)) {
+MovieReader::MovieReader(const std::string& path, int threads)
+    : path_(path), routines_(movie_routines(path, "movies")) {
     const InputFile file(path);  // which refuses what is no file
     movie::Words words{};
     movie_ = routines_->open_reader(path.c_str(), threads, kMostBytes, &facts_, &words);

@@ -19,6 +19,9 @@ struct Rate {
     bool operator==(const Rate&) const = default;
 };
 
+/// The module's routines, loaded with the first call. @param what  files need it: that is told where it is missing
+const movie::Routines* movie_routines(const std::string& path, const char* what);
+
 /// True for a name that tells a movie.
 bool is_movie(const std::string& path);
 /// The endings of movies, with commas between.

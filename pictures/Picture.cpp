@@ -26,27 +26,39 @@ static_assert(kMostSide == kMaxSide, "what worlds can have");
 
 constexpr const char* kOutOfMemory = "out of memory";
 
-constexpr const Format& (*kFormats[])() = {png_format, jpeg_format, tiff_format, exr_format};
+/// All, those that are written first.
+const std::vector<const Format*>& all_formats() {
+    static const std::vector<const Format*> all = [] {
+        std::vector<const Format*> formats = {&png_format(), &jpeg_format(), &tiff_format(), &exr_format()};
+        for (const Format* format : further_formats()) formats.push_back(format);
+        formats.push_back(&radiance_format());
+        return formats;
+    }();
+    return all;
+}
 
 /// The format that a name's ending tells, or null.
 const Format* format_named(const std::string& path) {
     const std::string extension = extension_of(path);
-    for (const auto format : kFormats) {
-        for (const auto& known : format().extensions) {
-            if (known == extension) return &format();
-        }
+    for (const Format* format : all_formats()) {
+        if (std::ranges::count(format->extensions, extension) != 0) return format;
     }
     return nullptr;
 }
 
 /// The format that a file's first bytes tell, or null.
 const Format* format_of(const InputFile& file) {
-    for (const auto format : kFormats) {
-        for (const auto& magic : format().magics) {
-            if (file.begins_with(magic)) return &format();
-        }
+    for (const Format* format : all_formats()) {
+        const auto begins = [&](const std::string& magic) { return file.begins_with(magic); };
+        if (std::ranges::any_of(format->magics, begins) || (format->is != nullptr && format->is(file))) return format;
     }
     return nullptr;
+}
+
+std::string known_names() {
+    std::string names;
+    for (const Format* format : all_formats()) names += (names.empty() ? "" : ", ") + std::string(format->name);
+    return names;
 }
 
 int nearest_depth(const Format& format, int depth) {
@@ -102,6 +114,9 @@ int guarded_copy(QX_World& to, const QX_World& from) {
 const Format& format_to_write(const std::string& path) {
     const Format* format = format_named(path);
     if (format == nullptr) throw Failure(path, "the name's ending tells no format; known are " + known_endings());
+    if (format->write == nullptr) {
+        throw Failure(path, std::string(format->name) + " is only read; written are " + known_endings());
+    }
     return *format;
 }
 
@@ -228,7 +243,7 @@ Picture read_picture(const std::string& path, Watch& watch, const ReadOptions& o
     } catch (const std::bad_alloc&) {
         throw Failure(path, kOutOfMemory);
     }
-    throw Failure(path, "is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
+    throw Failure(path, "is no picture of a known format (" + known_names() + ")");
 }
 
 double seconds_of_reading() { return static_cast<double>(reading_nanoseconds.load()) / 1e9; }
@@ -260,11 +275,16 @@ int file_depth(const std::string& path, int depth) { return nearest_depth(format
 
 std::string known_endings() {
     std::string endings;
-    for (const auto format : kFormats) endings += (endings.empty() ? "" : ", ") + format().extensions.front();
+    for (const Format* format : all_formats()) {
+        if (format->write != nullptr) endings += (endings.empty() ? "" : ", ") + format->extensions.front();
+    }
     return endings;
 }
 
-bool known_format(const std::string& path) { return format_named(path) != nullptr; }
+bool known_format(const std::string& path) {
+    const Format* format = format_named(path);
+    return format != nullptr && format->write != nullptr;
+}
 
 bool is_linear_format(const std::string& path) { return format_to_write(path).linear; }
 

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pictures/movie/Colours.h"
 
+#include <climits>
+#include <cstring>
 #include <iterator>
 
 extern "C" {
 #include <libavutil/opt.h>
-#include <libavutil/pixdesc.h>
 }
 
 namespace qx::movie {
@@ -21,7 +22,45 @@ void place_chroma(SwsContext* scaler, const Conversion& conversion) {
     if (planes->log2_chroma_h > 0) av_opt_set_int(scaler, "src_v_chr_pos", places[place].y, 0);
 }
 
+/// A number of the library's lists, which a damaged file may put beyond them: 2, unknown, then.
+template <class Enum> int code_of(const Enum& value, int count) {
+    static_assert(sizeof value == sizeof(int));
+    int code = 0;
+    std::memcpy(&code, &value, sizeof code);
+    return code >= 0 && code < count ? code : AVCOL_SPC_UNSPECIFIED;
+}
+
+AVChromaLocation place_of(const AVFrame& frame) {
+    const int place = code_of(frame.chroma_location, INT_MAX);
+    return place < AVCHROMA_LOC_NB ? static_cast<AVChromaLocation>(place) : AVCHROMA_LOC_UNSPECIFIED;
+}
+
 }  // namespace
+
+const AVPixFmtDescriptor& described(int format) {
+    const AVPixFmtDescriptor* found = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
+    if (found == nullptr) throw Failure("its kind of pixels is not known");
+    return *found;
+}
+
+int code_of_range(const AVFrame& frame) {
+    const int range = code_of(frame.color_range, INT_MAX);
+    return range == AVCOL_RANGE_MPEG || range == AVCOL_RANGE_JPEG ? range : static_cast<int>(AVCOL_RANGE_UNSPECIFIED);
+}
+
+int code_of_matrix(const AVFrame& frame) { return code_of(frame.colorspace, AVCOL_SPC_NB); }
+
+int code_of_primaries(const AVFrame& frame) { return code_of(frame.color_primaries, AVCOL_PRI_NB); }
+
+int code_of_transfer(const AVFrame& frame) { return code_of(frame.color_trc, AVCOL_TRC_NB); }
+
+bool is_full_range(const AVFrame& frame) {
+    const auto format = static_cast<AVPixelFormat>(frame.format);
+    const bool by_format = format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVJ422P ||
+                           format == AV_PIX_FMT_YUVJ444P || format == AV_PIX_FMT_YUVJ440P ||
+                           format == AV_PIX_FMT_YUVJ411P;
+    return by_format || code_of_range(frame) == AVCOL_RANGE_JPEG;
+}
 
 bool is_planes(int format) {
     const AVPixFmtDescriptor* described = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
@@ -40,6 +79,12 @@ int usable_matrix(int told, int height) {
         default:
             return height < 720 ? AVCOL_SPC_SMPTE170M : AVCOL_SPC_BT709;
     }
+}
+
+Conversion conversion_of(const AVFrame& frame, int to) {
+    if (!is_planes(frame.format)) return {frame.width, frame.height, frame.format, to};
+    return {frame.width,          frame.height,   frame.format, to, usable_matrix(code_of_matrix(frame), frame.height),
+            is_full_range(frame), place_of(frame)};
 }
 
 Scaler make_scaler(const Conversion& conversion) {

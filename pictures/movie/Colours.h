@@ -3,8 +3,22 @@
 
 #include "pictures/movie/Libraries.h"
 
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
 // Between the planes of movies and red, green, blue.
 namespace qx::movie {
+
+/// What is known of a kind of pixels. Throws Failure for one that is not known.
+const AVPixFmtDescriptor& described(int format);
+
+/// What a frame says of its values, where a damaged file may put numbers beyond the lists: unknown, then.
+int code_of_range(const AVFrame& frame);
+int code_of_matrix(const AVFrame& frame);
+int code_of_primaries(const AVFrame& frame);
+int code_of_transfer(const AVFrame& frame);
+bool is_full_range(const AVFrame& frame);
 
 /// True for luma, with colours or without, in place of red, green, blue.
 bool is_planes(int format);
@@ -22,6 +36,9 @@ struct Conversion {
     AVChromaLocation place = AVCHROMA_LOC_UNSPECIFIED;  ///< of halved colours in what is read
     bool operator==(const Conversion&) const = default;
 };
+
+/// Of a frame as it says itself.
+Conversion conversion_of(const AVFrame& frame, int to);
 
 /// A converter whose bits no processor changes.
 Scaler make_scaler(const Conversion& conversion);

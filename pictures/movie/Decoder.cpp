@@ -1,51 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pictures/movie/Decoder.h"
 
-#include <climits>
 #include <cstring>
-
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
 
 namespace qx::movie {
 namespace {
 
 constexpr int kBitsOfSmall = 8;
-
-const AVPixFmtDescriptor& described(int format) {
-    const AVPixFmtDescriptor* found = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
-    if (found == nullptr) throw Failure("its kind of pixels is not known");
-    return *found;
-}
-
-/// A number of the library's lists, which a damaged file may put beyond them: 2, unknown, then.
-template <class Enum> int code_of(const Enum& value, int count) {
-    static_assert(sizeof value == sizeof(int));
-    int code = 0;
-    std::memcpy(&code, &value, sizeof code);
-    return code >= 0 && code < count ? code : AVCOL_SPC_UNSPECIFIED;
-}
-
-int range_of(const AVFrame& frame) {
-    const int range = code_of(frame.color_range, INT_MAX);
-    return range == AVCOL_RANGE_MPEG || range == AVCOL_RANGE_JPEG ? range : static_cast<int>(AVCOL_RANGE_UNSPECIFIED);
-}
-
-int matrix_of(const AVFrame& frame) { return code_of(frame.colorspace, AVCOL_SPC_NB); }
-
-AVChromaLocation place_of(const AVFrame& frame) {
-    const int place = code_of(frame.chroma_location, INT_MAX);
-    return place < AVCHROMA_LOC_NB ? static_cast<AVChromaLocation>(place) : AVCHROMA_LOC_UNSPECIFIED;
-}
-
-bool is_full_range(const AVFrame& frame) {
-    const auto format = static_cast<AVPixelFormat>(frame.format);
-    const bool by_format = format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVJ422P ||
-                           format == AV_PIX_FMT_YUVJ444P || format == AV_PIX_FMT_YUVJ440P ||
-                           format == AV_PIX_FMT_YUVJ411P;
-    return by_format || range_of(frame) == AVCOL_RANGE_JPEG;
-}
 
 /// R, G, B, A of 16 bits to A, R, G, B. The library shifts alphas of fewer bits, which leaves full ones short of full.
 void turn_row(const unsigned char* from, unsigned char* to, int count, int alpha_bits) {
@@ -216,8 +177,8 @@ void Decoder::look_at_first_frame() {
     depth_ = pixels.comp[0].depth > kBitsOfSmall ? 16 : 8;
     has_alpha_ = (pixels.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
     has_audio_ = movie_->has_audio();
-    tags_ = {code_of(frame_->color_primaries, AVCOL_PRI_NB), code_of(frame_->color_trc, AVCOL_TRC_NB),
-             matrix_of(*frame_), is_full_range(*frame_) ? AVCOL_RANGE_JPEG : range_of(*frame_)};
+    tags_ = {code_of_primaries(*frame_), code_of_transfer(*frame_), code_of_matrix(*frame_),
+             is_full_range(*frame_) ? AVCOL_RANGE_JPEG : code_of_range(*frame_)};
     const AVRational aspect = av_guess_sample_aspect_ratio(&movie_->format(), &movie_->video(), frame_.get());
     if (aspect.num > 0 && aspect.den > 0) showing_.aspect = {aspect.num, aspect.den};
     std::size_t bytes = 0;
@@ -258,14 +219,7 @@ void Decoder::check_size(std::int64_t frame) const {
 
 Conversion Decoder::conversion() const {
     const int to = depth_ == kBitsOfSmall ? AV_PIX_FMT_ARGB : AV_PIX_FMT_RGBA64;
-    if (!is_planes(frame_->format)) return {width_, height_, frame_->format, to};
-    return {width_,
-            height_,
-            frame_->format,
-            to,
-            usable_matrix(matrix_of(*frame_), height_),
-            is_full_range(*frame_),
-            place_of(*frame_)};
+    return conversion_of(*frame_, to);
 }
 
 void Decoder::convert(unsigned char* pixels, std::ptrdiff_t rowbytes) {

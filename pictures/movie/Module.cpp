@@ -6,6 +6,7 @@
 
 #include "pictures/movie/Decoder.h"
 #include "pictures/movie/Encoder.h"
+#include "pictures/movie/Still.h"
 
 namespace qx::movie {
 namespace {
@@ -88,11 +89,28 @@ bool read(void* reader, std::int64_t frame, unsigned char* pixels, std::ptrdiff_
 
 void close(void* reader) { delete static_cast<Decoder*>(reader); }
 
+void* open_still(StillKind kind, const unsigned char* bytes, std::int64_t count, std::int64_t most_bytes, Still* still,
+                 Words* words) {
+    DecodedStill* decoded = nullptr;
+    guarded(words, [&] {
+        decoded = new DecodedStill(kind, bytes, count, most_bytes);
+        *still = decoded->facts;
+    });
+    return decoded;
+}
+
+bool read_still(void* still, unsigned char* pixels, std::ptrdiff_t rowbytes, Words* words) {
+    return guarded(words, [&] { static_cast<DecodedStill*>(still)->read(pixels, rowbytes); });
+}
+
+void close_still(void* still) { delete static_cast<DecodedStill*>(still); }
+
 }  // namespace
 }  // namespace qx::movie
 
 extern "C" __attribute__((visibility("default"))) const qx::movie::Routines* qx_movie_routines() {
     using namespace qx::movie;
-    static const Routines routines{kVersion, &open, &add, &finish, &drop, &open_reader, &note, &read, &close};
+    static const Routines routines{kVersion, &open, &add,   &finish,     &drop,       &open_reader,
+                                   &note,    &read, &close, &open_still, &read_still, &close_still};
     return &routines;
 }

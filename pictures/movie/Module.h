@@ -4,12 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What the command asks of the module that reads and writes movies. The module links the libraries of FFmpeg, the
-/// command does not: it loads the module when a movie is asked for, so that start-up and licence of all else are free
-/// of them.
+/// What the command asks of the module that reads and writes movies, and reads pictures of further formats. The module
+/// links the libraries of FFmpeg, the command does not: it loads the module when such a file is asked for, so that
+/// start-up and licence of all else are free of them.
 namespace qx::movie {
 
-inline constexpr int kVersion = 3;
+inline constexpr int kVersion = 4;
 inline constexpr const char* kFileName = "libqxmovie.so";
 inline constexpr const char* kEntryName = "qx_movie_routines";
 inline constexpr std::int64_t kMostFrames = 9'999'999;
@@ -62,6 +62,18 @@ struct Facts {
     bool numbered;  ///< its stamps are missing or fall: they are numbers of frames
 };
 
+/// Formats of pictures, by what they are decoded with.
+enum class StillKind : int { bmp, gif, webp, targa, dpx };
+
+/// What a picture is that has been decoded.
+struct Still {
+    int width, height;
+    int depth;  ///< of the channels that `read_still` gives: 8 or 16
+    bool has_alpha;
+    const unsigned char* icc;  ///< a profile, or null; kept by the picture
+    std::int64_t icc_bytes;
+};
+
 /// Room for the words of a failure, or of a note where there was none.
 struct Words {
     char text[256];
@@ -87,6 +99,14 @@ struct Routines {
     /// A frame, 0 to `frames` - 1, as `add` takes it. Frames in order are the fastest. One call at a time.
     bool (*read)(void* reader, std::int64_t frame, unsigned char* pixels, std::ptrdiff_t rowbytes, Words* words);
     void (*close)(void* reader);
+
+    /// Decodes a picture from the bytes of its whole file. @param most_bytes  of its pixels
+    /// @return null with words for what cannot be read
+    void* (*open_still)(StillKind kind, const unsigned char* bytes, std::int64_t count, std::int64_t most_bytes,
+                        Still* still, Words* words);
+    /// Its pixels, as `add` takes them.
+    bool (*read_still)(void* still, unsigned char* pixels, std::ptrdiff_t rowbytes, Words* words);
+    void (*close_still)(void* still);
 };
 
 /// Type of the entry, which has C linkage.

@@ -116,8 +116,9 @@ TEST_F(BadInput, AWarningIsNotTheReason) {
 TEST_F(BadInput, AMessageIsOneLine) {
     EXPECT_STREQ(Failure("a\nb\x7F.png", "words\r\n\tof a\x1B library").what(), "a b .png: words   of a  library");
     put("two\nlines.png", "no picture");
-    EXPECT_EQ(fault("two\nlines.png"),
-              folder / "two lines.png" + ": is no picture of a known format (PNG, JPEG, TIFF, OpenEXR)");
+    EXPECT_EQ(fault("two\nlines.png"), folder / "two lines.png" +
+                                           ": is no picture of a known format (PNG, JPEG, TIFF, OpenEXR, BMP, GIF, "
+                                           "WebP, TGA, DPX, HDR)");
 }
 
 TEST_F(BadInput, JpegOfCountlessScansIsRefused) {

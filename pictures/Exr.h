@@ -46,6 +46,10 @@ inline Columns shown(const Imath::Box2i& data, const Imath::Box2i& display, int 
 /// try after a want of memory, and a limit without which a header alone could claim gigabytes of tables.
 void start_library();
 
+/// Of the library's numbers, from 0 on.
+inline constexpr const char* kExrPackings[] = {"none",  "rle", "zips", "zip",  "piz",
+                                               "pxr24", "b44", "b44a", "dwaa", "dwab"};
+
 /// Attributes that tell of the pixels as they lie in the file, or are written from elsewhere.
 bool is_own_attribute(const std::string& name);
 

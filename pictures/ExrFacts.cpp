@@ -66,9 +66,8 @@ template <class... Values> std::string value_of(const Imf::Attribute& attribute)
 }
 
 std::string packing_of(const Imf::Header& header) {
-    constexpr const char* names[] = {"none", "rle", "zips", "zip", "piz", "pxr24", "b44", "b44a", "dwaa", "dwab"};
     const auto number = static_cast<std::size_t>(header.compression());
-    return number < std::size(names) ? names[number] : "unknown";
+    return number < std::size(kExrPackings) ? kExrPackings[number] : "unknown";
 }
 
 std::string channels_of(const Imf::ChannelList& channels) {

@@ -160,11 +160,13 @@ void write_rows(Imf::OutputFile& exr, const Picture& picture, Imf::PixelType typ
     }
 }
 
-void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, Imf::PixelType type,
-                  const std::string& mark, Watch& watch) {
+void write_blocks(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options,
+                  Watch& watch) {
+    const Imf::PixelType type = options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT;
     Stream stream(file);
     Imf::Header header = header_for(picture, type, with_alpha);
-    if (!mark.empty()) header.insert(kMarkKey, Imf::StringAttribute(mark));
+    if (options.packing) header.compression() = static_cast<Imf::Compression>(*options.packing);
+    if (!options.mark.empty()) header.insert(kMarkKey, Imf::StringAttribute(options.mark));
     Imf::OutputFile exr(stream, header, exr_threads());
     with_idle_threads(
         [&] { (type == Imf::HALF ? write_rows<half> : write_rows<float>)(exr, picture, type, with_alpha, watch); });
@@ -190,8 +192,7 @@ template <class Write> void write_whole(OutputFile& file, const Write& write) {
 }  // namespace
 
 void write_exr(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
-    const Imf::PixelType type = options.half.value_or(picture.half) ? Imf::HALF : Imf::FLOAT;
-    write_whole(file, [&] { write_blocks(file, picture, with_alpha, type, options.mark, watch); });
+    write_whole(file, [&] { write_blocks(file, picture, with_alpha, options, watch); });
 }
 
 void write_exr_channels(OutputFile& file, int width, int height, const std::vector<FloatChannel>& channels,
@@ -221,7 +222,9 @@ void write_exr_channels(OutputFile& file, int width, int height, const std::vect
 }
 
 const Format& exr_format() {
-    static const Format format{"OpenEXR", {"\x76\x2f\x31\x01"}, {"exr"}, {32}, true, true, 0, read_exr, write_exr};
+    static const Format format{
+        "OpenEXR",    {"\x76\x2f\x31\x01"},  {"exr"}, {32}, true, true, 0, read_exr, write_exr, nullptr,
+        kExrPackings, Imf::PXR24_COMPRESSION};
     return format;
 }
 

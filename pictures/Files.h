@@ -23,11 +23,11 @@ public:
     const std::string& opened() const { return named_.file; }  ///< by which the system opens it
     const std::string& layer() const { return named_.layer; }  ///< of it that is asked for, see FileName
     std::FILE* stream() const { return stream_; }
-    std::uint64_t bytes() const;  ///< its length
+    std::uint64_t bytes() const;                                 ///< its length
     bool holds(const std::string& magic, std::size_t at) const;  ///< among its first bytes
     bool begins_with(const std::string& magic) const { return holds(magic, 0); }
     unsigned byte(std::size_t at) const { return static_cast<unsigned char>(head_.at(at)); }  ///< 0 behind its end
-    std::vector<unsigned char> contents() const;  ///< all of it
+    std::vector<unsigned char> contents() const;                                              ///< all of it
 
 private:
     std::string path_;

@@ -27,6 +27,8 @@ struct Format {
     /// opaque and may stay so. Null where it is only read.
     void (*write)(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch);
     bool (*is)(const InputFile& file) = nullptr;  ///< where first bytes alone do not tell
+    std::span<const char* const> packings = {};   ///< ways to pack its files, where there is a choice
+    int first_lossy_packing = 1 << 30;            ///< from there on they change values
 };
 
 /// True once the system has refused memory: how a library's failure is known to come from that, whatever it says.

@@ -19,7 +19,6 @@
 namespace qx::pictures {
 namespace {
 
-constexpr int kQuality = 95;
 constexpr int kMostScans = 100;  // usual are 10; a scan for each bit of each channel makes some 40
 constexpr int kExifMarker = JPEG_APP0 + 1;
 constexpr std::size_t kMostProfile = std::size_t{255} * 65519;  // in as many markers as a byte counts
@@ -199,7 +198,7 @@ private:
 class Writer {
 public:
     Writer(OutputFile& file, const Picture& picture, const WriteOptions& options, Watch& watch)
-        : file_(file), picture_(picture), watch_(watch) {
+        : file_(file), picture_(picture), watch_(watch), quality_(options.jpeg_quality) {
         if (!options.mark.empty()) comment_ = std::string(kMarkKey) + " " + options.mark;
         jpeg_.err = prepare(fault_);
     }
@@ -227,7 +226,7 @@ private:
         jpeg_.input_components = 4;
         jpeg_.in_color_space = JCS_EXT_XRGB;
         jpeg_set_defaults(&jpeg_);
-        jpeg_set_quality(&jpeg_, kQuality, TRUE);
+        jpeg_set_quality(&jpeg_, quality_, TRUE);
         jpeg_.comp_info[0].h_samp_factor = jpeg_.comp_info[0].v_samp_factor = 1;  // colour as fine as light
         set_resolution();
         jpeg_start_compress(&jpeg_, TRUE);
@@ -260,6 +259,7 @@ private:
     OutputFile& file_;
     const Picture& picture_;
     Watch& watch_;
+    const int quality_;
     Fault fault_;
     std::string comment_;
     jpeg_compress_struct jpeg_{};

@@ -98,6 +98,10 @@ std::vector<std::string> left_out(const std::string& path, const Picture& pictur
     if (!linear && lies_outside(picture)) notes.emplace_back(kOutsideIsLost);
     if (linear ? covers_light(picture) : !picture.light.empty()) notes.emplace_back(kLightIsLost);
     const int file = file_depth(path, depth);
+    if (options.packing && *options.packing >= format.first_lossy_packing) {
+        const char* const packing = format.packings[static_cast<std::size_t>(*options.packing)];
+        notes.push_back(std::string("values are changed a little by the compression ") + packing);
+    }
     const bool halves = linear && options.half.value_or(picture.half);
     const Precision held = halves ? Precision::half : precision_of(file);
     if (loses(picture.precision, held)) notes.push_back(becomes(picture.precision, held));

@@ -12,7 +12,7 @@
 namespace qx::pictures {
 namespace {
 
-constexpr const char* kEndings[] = {"mp4", "mov", "mkv", "webm", "avi"};
+constexpr const char* kEndings[] = {"mp4", "mov", "mkv", "webm", "avi", "nut"};
 constexpr std::int64_t kMostBytes = INT32_MAX;  // of a frame's pixels, as worlds have it
 
 }  // namespace
@@ -44,14 +44,12 @@ MovieFile::MovieFile(const std::string& path, int width, int height, const Movie
       height_(height),
       depth_(settings.depth) {
     file_.check();
-    if (!settings.lossless && (width % 2 != 0 || height % 2 != 0)) {
-        const std::string size = std::to_string(width) + " x " + std::to_string(height);
-        throw Failure(path, "frames of " + size + ": a movie needs even sides");
-    }
     if (!settings.lossless && depth_ != 8) throw Failure(path, "only a lossless movie has 16 bits");
     const MovieColours& colours = settings.colours;
+    const std::string name = "movie." + extension_of(path);
+    const MovieEncoding& encoding = settings.encoding;
     const movie::Settings asked{
-        .name = path.c_str(),
+        .name = name.c_str(),
         .file = file_.temporary().c_str(),
         .width = width,
         .height = height,
@@ -59,6 +57,10 @@ MovieFile::MovieFile(const std::string& path, int width, int height, const Movie
         .per = settings.rate.per,
         .tags = {colours.primaries, colours.transfer, colours.matrix, colours.range},
         .showing = {settings.orientation, {settings.aspect.number, settings.aspect.per}},
+        .codec = encoding.codec.empty() ? nullptr : encoding.codec.c_str(),
+        .pixel_format = encoding.pixel_format.empty() ? nullptr : encoding.pixel_format.c_str(),
+        .crf = encoding.crf.value_or(-1),
+        .bits_a_second = encoding.bits_a_second,
         .lossless = settings.lossless,
         .alpha = settings.alpha,
         .depth = depth_,
@@ -108,7 +110,7 @@ MovieReader::MovieReader(const std::string& path, int threads)
     : path_(path), routines_(movie_routines(path, "movies")) {
     const InputFile file(path);  // which refuses what is no file
     movie::Words words{};
-    movie_ = routines_->open_reader(path.c_str(), threads, kMostBytes, &facts_, &words);
+    movie_ = routines_->open_reader(file.opened().c_str(), threads, kMostBytes, &facts_, &words);
     if (movie_ == nullptr) throw Failure(path, words.text);
     try {
         check_sides();

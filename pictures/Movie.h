@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -27,9 +28,17 @@ bool is_movie(const std::string& path);
 /// The endings of movies, with commas between.
 std::string movie_endings();
 
+/// How a movie is packed. What is empty or unset is usual for its name.
+struct MovieEncoding {
+    std::string codec, pixel_format;  ///< as FFmpeg names them
+    std::optional<int> crf;           ///< of encoders that have such a scale, 0 is best
+    std::int64_t bits_a_second = 0;   ///< in place of a quality
+};
+
 /// What a movie is to be.
 struct MovieSettings {
     Rate rate = {};
+    MovieEncoding encoding = {};
     MovieColours colours = {};  ///< whose matrix is used where it can be; lossless movies are RGB
     int orientation = 1;        ///< 1 to 8, as EXIF numbers them
     Rate aspect = {1, 1};       ///< width of a pixel by its height

@@ -17,6 +17,7 @@
 #include "pictures/Format.h"
 #include "pictures/Light.h"
 #include "pictures/Orientation.h"
+#include "pictures/RawFormat.h"
 #include "pictures/Scale.h"
 
 namespace qx::pictures {
@@ -29,7 +30,8 @@ constexpr const char* kOutOfMemory = "out of memory";
 /// All, those that are written first.
 const std::vector<const Format*>& all_formats() {
     static const std::vector<const Format*> all = [] {
-        std::vector<const Format*> formats = {&png_format(), &jpeg_format(), &tiff_format(), &exr_format()};
+        std::vector<const Format*> formats = {&png_format(), &jpeg_format(), &tiff_format(), &exr_format(),
+                                              &raw_format()};
         for (const Format* format : further_formats()) formats.push_back(format);
         formats.push_back(&radiance_format());
         return formats;
@@ -57,7 +59,9 @@ const Format* format_of(const InputFile& file) {
 
 std::string known_names() {
     std::string names;
-    for (const Format* format : all_formats()) names += (names.empty() ? "" : ", ") + std::string(format->name);
+    for (const Format* format : all_formats()) {
+        if (format != &raw_format()) names += (names.empty() ? "" : ", ") + std::string(format->name);
+    }
     return names;
 }
 
@@ -231,7 +235,8 @@ Picture read_picture(const std::string& path, Watch& watch, const ReadOptions& o
     errno = 0;
     try {
         InputFile file(path);
-        if (const Format* format = format_of(file)) {
+        const bool is_raw = options.raw && is_standard_input(path);
+        if (const Format* format = is_raw ? &raw_format() : format_of(file)) {
             Picture picture = format->read(file, options, watch);
             picture.in_file.format = format->name;
             picture.linear = format->linear;
@@ -270,6 +275,8 @@ void check_output(const std::string& path) {
 Precision precision_of(int depth) {
     return depth == 8 ? Precision::eight : depth == 16 ? Precision::sixteen : Precision::real;
 }
+
+std::span<const char* const> packings_of(const std::string& path) { return format_to_write(path).packings; }
 
 int file_depth(const std::string& path, int depth) { return nearest_depth(format_to_write(path), depth); }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "pictures/FileName.h"
 #include "pictures/Files.h"
 #include "pictures/Pixels.h"
+#include "pictures/Raw.h"
 #include "pictures/Watch.h"
 
 namespace qx::pictures {
@@ -98,7 +100,12 @@ struct WriteOptions {
     /// A word that the file keeps, by which a job knows its own results again; none where it is empty.
     std::string mark = {};
     int compression = 4;  ///< PNG: 0 (none) to 9 (smallest); 4 takes two fifths of the time of 6, 4 % more bytes
+    std::optional<int> packing = {};  ///< TIFF and OpenEXR: a number in `packings_of`; unset, zip
+    int jpeg_quality = 95;            ///< 1 to 100
 };
+
+/// How files of this name can be packed, in words; empty where there is no choice. Throws Failure.
+std::span<const char* const> packings_of(const std::string& path);
 
 // Any number of pictures may be read and written at once, each on a thread of its own.
 
@@ -112,7 +119,8 @@ struct ReadOptions {
     /// alpha, red, green, blue lie else, from 0, no ink, to full; and its profile is one for CMYK or none. They are to
     /// become RGB before anything else is done with them.
     bool cmyk = false;
-    bool pixels = true;  ///< else what the file's head tells: `world` is null, `in_file` has the size
+    std::optional<RawLayout> raw = {};  ///< what standard input has, where it has no head
+    bool pixels = true;                 ///< else what the file's head tells: `world` is null, `in_file` has the size
 };
 
 /// Format by content. Sides above 30000 are refused before anything is decoded. `FILE.exr:NAME` is a part or a layer of

@@ -56,8 +56,13 @@ template <class Pixel> bool write_rows(TIFF* tiff, const QX_World& world, int sa
     return true;
 }
 
+constexpr const char* kPackings[] = {"none", "lzw", "zip", "packbits"};
+constexpr std::uint16_t kNumbers[] = {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE,
+                                      COMPRESSION_PACKBITS};
+constexpr int kZip = 2;
+
 /// @return false when a field was not taken: without it the file would mean something else
-bool set_fields(TIFF* tiff, const Picture& picture, int samples, const std::string& mark) {
+bool set_fields(TIFF* tiff, const Picture& picture, int samples, const WriteOptions& options) {
     bool all = true;
     const auto set = [&](std::uint32_t tag, auto... values) { all = TIFFSetField(tiff, tag, values...) == 1 && all; };
     const int depth = picture.world->Depth();
@@ -75,9 +80,11 @@ bool set_fields(TIFF* tiff, const Picture& picture, int samples, const std::stri
         std::uint16_t count = 0, *types = nullptr;  // that there is no memory for it the library does not tell
         all = TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &types) == 1 && types != nullptr && all;
     }
-    set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
-    set(TIFFTAG_PREDICTOR, depth == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
-    if (!mark.empty()) set(TIFFTAG_SOFTWARE, (kMarkKey + (" " + mark)).c_str());
+    const std::uint16_t packing = kNumbers[options.packing.value_or(kZip)];
+    set(TIFFTAG_COMPRESSION, packing);
+    const bool predicts = packing == COMPRESSION_LZW || packing == COMPRESSION_ADOBE_DEFLATE;
+    if (predicts) set(TIFFTAG_PREDICTOR, depth == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
+    if (!options.mark.empty()) set(TIFFTAG_SOFTWARE, (kMarkKey + (" " + options.mark)).c_str());
     set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
     const auto* icc = profile_for(tiff_format(), picture.colours);
     if (icc != nullptr) set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(icc->size()), icc->data());
@@ -92,10 +99,10 @@ bool set_fields(TIFF* tiff, const Picture& picture, int samples, const std::stri
     return all;
 }
 
-bool write_all(TiffHandle& handle, const Picture& picture, int samples, const std::string& mark, Watch& watch) {
+bool write_all(TiffHandle& handle, const Picture& picture, int samples, const WriteOptions& options, Watch& watch) {
     TIFF* const tiff = handle.tiff;
     const QX_World& world = *picture.world;
-    if (!set_fields(tiff, picture, samples, mark)) {
+    if (!set_fields(tiff, picture, samples, options)) {
         handle.abandon();
         return false;
     }
@@ -113,7 +120,7 @@ void write_tiff(OutputFile& file, const Picture& picture, bool with_alpha, const
     TiffHandle handle;
     handle.tiff = TIFFClientOpenExt(file.path().c_str(), big ? "w8" : "w", &file, on_read, on_write, on_seek, on_close,
                                     on_size, nullptr, nullptr, handle.options());
-    const bool done = handle.tiff != nullptr && write_all(handle, picture, with_alpha ? 4 : 3, options.mark, watch);
+    const bool done = handle.tiff != nullptr && write_all(handle, picture, with_alpha ? 4 : 3, options, watch);
     handle.close();
     file.check();
     handle.check_memory();
@@ -131,7 +138,9 @@ const Format& tiff_format() {
         false,
         kMostIccBytes,
         read_tiff,
-        write_tiff};
+        write_tiff,
+        nullptr,
+        kPackings};
     return format;
 }
 

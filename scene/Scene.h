@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -11,6 +12,12 @@
 
 /// What a scene file says, checked; docs/scene.md describes the file.
 namespace qx::scene {
+
+/// How the results of a scene are written, as its file says: texts by their names, which who writes reads.
+struct OutputChoices {
+    std::map<std::string, std::string> texts;
+    std::optional<bool> half;
+};
 
 struct Scene {
     std::string file;
@@ -23,6 +30,7 @@ struct Scene {
     std::optional<FrameList> frames;
     QX_PixelFloat colour{0, 0, 0, 0};  ///< of the background
     ColourChoices colours;
+    OutputChoices output;
     std::optional<SceneFile> background;
     SceneLayers layers;
 };

@@ -4,9 +4,11 @@
 
 namespace qx::scene {
 
-inline constexpr const char* kSceneKeys[] = {"$schema",    "size",   "depth",  "dither",    "orient",
-                                             "rate",       "frames", "space",  "linearize", "output-space",
-                                             "background", "layers", "comment"};
+inline constexpr const char* kSceneKeys[] = {"$schema",    "size",   "depth",   "dither",    "orient",
+                                             "rate",       "frames", "space",   "linearize", "output-space",
+                                             "background", "layers", "comment", "output"};
+inline constexpr const char* kOutputKeys[] = {"compression", "jpeg-quality", "half",    "flatten",     "depth",
+                                              "codec",       "crf",          "bitrate", "pixel-format"};
 inline constexpr const char* kFileKeys[] = {"name", "offset", "profile"};
 inline constexpr const char* kClipKeys[] = {"clip",   "offset",  "speed", "map",    "rate",
                                             "method", "quality", "cuts",  "profile"};

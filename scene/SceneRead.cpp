@@ -14,6 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int kMostOutputNumber = 1'000'000'000;
+
 class Reader {
 public:
     Reader(const std::string& path, EffectSource* others, std::vector<std::string>* faults)
@@ -24,9 +26,9 @@ public:
     Scene read(const SceneNode& root) {
         if (!root.is_object()) root.fault("is not an object");
         constexpr void (Reader::*parts[])(const SceneNode&) = {
-            &Reader::check_keys,      &Reader::read_size,    &Reader::read_depth,
-            &Reader::read_rate,       &Reader::read_frames,  &Reader::read_colours,
-            &Reader::read_background, &Reader::check_ground, &Reader::read_all_layers,
+            &Reader::check_keys,  &Reader::read_size,       &Reader::read_depth,      &Reader::read_rate,
+            &Reader::read_frames, &Reader::read_colours,    &Reader::read_background, &Reader::check_ground,
+            &Reader::read_output, &Reader::read_all_layers,
         };
         for (const auto part : parts) context_.part([&] { (this->*part)(root); });
         return std::move(scene_);
@@ -84,6 +86,23 @@ private:
         }
         if (const auto linearize = root.find("linearize")) colours.linearize = linearize->flag();
         if (const auto output = root.find("output-space")) colours.output = read_profile(*output, context_.folder);
+    }
+
+    /// Numbers become texts: their meaning is that of the options.
+    void read_output(const SceneNode& root) {
+        const auto node = root.find("output");
+        if (!node) return;
+        node->check_keys(kOutputKeys);
+        for (const char* key : kOutputKeys) {
+            const auto value = node->find(key);
+            if (!value) continue;
+            if (key == std::string("half")) {
+                scene_.output.half = value->flag();
+            } else {
+                scene_.output.texts[key] =
+                    value->is_text() ? value->text() : std::to_string(value->whole(0, kMostOutputNumber));
+            }
+        }
     }
 
     void read_rate(const SceneNode& root) {

@@ -18,8 +18,16 @@ bool takes(const AVOutputFormat& container, const AVCodec& codec) {
     return avformat_query_codec(&container, codec.id, FF_COMPLIANCE_NORMAL) == 1;
 }
 
-/// The first encoder there is that the container takes.
-const AVCodec* encoder_for(const AVOutputFormat& container) {
+/// The one that is asked for, else the first there is that the container takes; streams for pipes are not packed.
+const AVCodec* encoder_for(const AVOutputFormat& container, const char* asked) {
+    if (asked != nullptr) {
+        const AVCodec* codec = avcodec_find_encoder_by_name(asked);
+        if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO)
+            throw Failure(std::string("FFmpeg has no encoder of video that is named ") + asked);
+        if (!takes(container, *codec)) throw Failure(std::string(container.name) + " takes no " + asked);
+        return codec;
+    }
+    if (std::strcmp(container.name, "nut") == 0) return avcodec_find_encoder(AV_CODEC_ID_RAWVIDEO);
     for (const char* name : {"libx264", "mpeg4", "libvpx-vp9", "libvpx"}) {
         const AVCodec* codec = avcodec_find_encoder_by_name(name);
         if (codec != nullptr && takes(container, *codec)) return codec;
@@ -32,6 +40,30 @@ const AVCodec* lossless_encoder_for(const AVOutputFormat& container) {
     if (codec == nullptr) throw Failure("FFmpeg has no encoder for lossless movies");
     if (std::strcmp(container.name, "matroska") != 0) throw Failure("a lossless movie needs a name that ends in mkv");
     return codec;
+}
+
+/// The kind of pixels that is asked for, or a usual one that the encoder takes.
+AVPixelFormat pixel_format_for(const AVCodec& codec, const char* asked) {
+    const AVPixelFormat wanted = asked != nullptr                   ? av_get_pix_fmt(asked)
+                                 : codec.id == AV_CODEC_ID_RAWVIDEO ? AV_PIX_FMT_RGB24
+                                                                    : AV_PIX_FMT_YUV420P;
+    if (wanted == AV_PIX_FMT_NONE) throw Failure(std::string("FFmpeg knows no kind of pixels that is named ") + asked);
+    if (codec.pix_fmts == nullptr) return wanted;
+    std::string known;
+    for (const AVPixelFormat* format = codec.pix_fmts; *format != AV_PIX_FMT_NONE; ++format) {
+        if (*format == wanted) return wanted;
+        known += (known.empty() ? "" : ", ") + std::string(av_get_pix_fmt_name(*format));
+    }
+    if (asked == nullptr) return codec.pix_fmts[0];
+    throw Failure(std::string(codec.name) + " takes no " + asked + ", but " + known);
+}
+
+/// Colours that are stored for several pixels together take sides of so many.
+void check_sides(const Settings& settings, AVPixelFormat format) {
+    const AVPixFmtDescriptor& pixels = described(format);
+    if (settings.width % (1 << pixels.log2_chroma_w) == 0 && settings.height % (1 << pixels.log2_chroma_h) == 0) return;
+    throw Failure("frames of " + std::to_string(settings.width) + " x " + std::to_string(settings.height) +
+                  ": a movie needs even sides");
 }
 
 AVPixelFormat lossless_format(const Settings& settings) {
@@ -86,7 +118,8 @@ void Encoder::open_container(const Settings& settings) {
 }
 
 void Encoder::open_codec(const Settings& settings) {
-    const AVCodec* codec = settings.lossless ? lossless_encoder_for(*format_->oformat) : encoder_for(*format_->oformat);
+    const AVCodec* codec =
+        settings.lossless ? lossless_encoder_for(*format_->oformat) : encoder_for(*format_->oformat, settings.codec);
     codec_.reset(made(avcodec_alloc_context3(codec)));
     codec_->width = settings.width;
     codec_->height = settings.height;
@@ -102,15 +135,15 @@ void Encoder::open_codec(const Settings& settings) {
         constexpr int least_side = 3;  // of frames in slices, whose halves the decoder does not take else
         codec_->level = std::min(settings.width, settings.height) < least_side ? 1 : 3;  // 3 has slices with checksums
     } else {
-        codec_->pix_fmt = AV_PIX_FMT_YUV420P;
+        codec_->pix_fmt = pixel_format_for(*codec, settings.pixel_format);
+        check_sides(settings, codec_->pix_fmt);
         codec_->chroma_sample_location = AVCHROMA_LOC_LEFT;
         // What is unsaid stays so, since readers take the same matrix then.
         const int matrix = usable_matrix(settings.tags.matrix, settings.height);
         const bool unsaid = settings.tags.matrix == AVCOL_SPC_UNSPECIFIED;
         codec_->colorspace = static_cast<AVColorSpace>(unsaid ? AVCOL_SPC_UNSPECIFIED : matrix);
         codec_->color_range = settings.tags.range == AVCOL_RANGE_JPEG ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-        codec_->bit_rate = std::int64_t{settings.width} * settings.height * 8;
-        if (av_opt_set(codec_->priv_data, "crf", kQuality, 0) >= 0) codec_->bit_rate = 0;
+        set_quality(settings);
         scaler_ = make_scaler({settings.width, settings.height, AV_PIX_FMT_ARGB, codec_->pix_fmt, matrix,
                                codec_->color_range == AVCOL_RANGE_JPEG});
     }
@@ -118,8 +151,19 @@ void Encoder::open_codec(const Settings& settings) {
                                    static_cast<int>(settings.showing.aspect.per)};
     if (format_->oformat->flags & AVFMT_GLOBALHEADER) codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     codec_->flags |= AV_CODEC_FLAG_BITEXACT;
+    if (codec_->priv_data != nullptr)
+        av_opt_set(codec_->priv_data, "x265-params", "log-level=none", 0);  // it writes to standard error by itself
     must(avcodec_open2(codec_.get(), codec, nullptr), codec->name);
     must_have_had_memory();
+}
+
+void Encoder::set_quality(const Settings& settings) {
+    codec_->bit_rate = settings.bits_a_second;
+    if (settings.bits_a_second != 0) return;
+    const std::string quality = settings.crf < 0 ? kQuality : std::to_string(settings.crf);
+    if (codec_->priv_data != nullptr && av_opt_set(codec_->priv_data, "crf", quality.c_str(), 0) >= 0) return;
+    if (settings.crf >= 0) throw Failure(std::string(codec_->codec->name) + " has no quality by crf");
+    codec_->bit_rate = std::int64_t{settings.width} * settings.height * 8;
 }
 
 void Encoder::open_frame() {

@@ -21,6 +21,7 @@ public:
 private:
     void open_container(const Settings& settings);
     void open_codec(const Settings& settings);
+    void set_quality(const Settings& settings);
     void open_frame();
     void open_stream(const Settings& settings);
     void show_as(const Showing& showing);

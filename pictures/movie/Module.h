@@ -32,12 +32,15 @@ struct Showing {
 };
 
 struct Settings {
-    const char* name;  ///< its ending tells the container
+    const char* name;  ///< its ending tells the container; no file of that name is touched
     const char* file;  ///< what is written, whatever its name
     int width, height;
     int rate, per;  ///< frames in so many seconds
     Tags tags;      ///< a matrix that cannot be used gives way to one that can
     Showing showing;
+    const char *codec, *pixel_format;  ///< null for the usual ones
+    int crf;                           ///< below 0 for the usual
+    std::int64_t bits_a_second;        ///< 0 for none
     bool lossless;      ///< every bit of RGB is kept; else alpha is not looked at
     bool alpha;         ///< lossless movies have it
     int depth;          ///< of the channels that come: 8, lossless 8 or 16

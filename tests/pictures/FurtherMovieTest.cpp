@@ -240,7 +240,7 @@ TEST_F(Further, PalettesAndClearColours) {
 
 TEST_F(Further, TheyAreReadOnly) {
     EXPECT_EQ(fault_of<Failure>([&] { write("a.bmp", noise(4, 4)); }),
-              folder / "a.bmp" + ": BMP is only read; written are png, jpg, tif, exr");
+              folder / "a.bmp" + ": BMP is only read; written are png, jpg, tif, exr, raw");
     put("b.png", bmp(5, 3, 24));
     EXPECT_EQ(read("b.png").in_file.format, std::string("BMP")) << "by content";
     put("c.tga", "no picture at all, but long enough");

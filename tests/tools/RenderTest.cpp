@@ -252,7 +252,7 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
                    "moving.json -o ../$(basename $PWD)/q.%02d.png --frames 3-4 => q.03.png: is a picture of the scene",
                    "moving.json -o x.#.png --memory 2X => --memory 2X: not a size",
                    "moving.json -o x.#.png --compression 10 => --compression 10",
-                   "moving.json -o x.#.tif --compression 1 => --compression is for PNG",
+                   "moving.json -o x.#.tif --compression 1 => --compression 1: not one of none, lzw",
                    "moving.json -o x.#.png --half => --half is for OpenEXR",
                    "moving.json -o x.mp4 --resume => --resume is for pictures",
                    "moving.json -o x.#.png --frame 1 => --frame; the nearest is --frames"});

@@ -193,8 +193,8 @@ TEST_F(Retime, WrongUseIsOneLine) {
                    "--in 1-4 --map good.json --speed 1 -o o.#.png => --map tells the speed",
                    "--in 1-4 --map good.json --start 7 -o o.#.png => --map numbers the results",
                    "--in 1-4 --speed 0.5 -o o.png => more than one frame needs a place",
-                   "--in 1-4 --speed 0.5 -o o.xyz => its ending is none of png, jpg, tif, exr, nor of movies: mp4, "
-                   "mov, mkv, webm, avi",
+                   "--in 1-4 --speed 0.5 -o o.xyz => its ending is none of png, jpg, tif, exr, raw, nor of movies: mp4, "
+                   "mov, mkv, webm, avi, nut",
                    "--in 1-4 --speed 0.5 -o 'in/f.#.png' => is the input",
                    "--in 1-4 --speed 1 --frames 4-9 -o o.#.png => the results are 1 to 4",
                    "--in 1-4 --speed 1 --cuts 7 -o o.#.png => --cuts 7: no such frame, the clip has 4 from 1 to 4",

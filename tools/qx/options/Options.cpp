@@ -64,36 +64,6 @@ void apply_common_options(const CommonOptions& options) {
     apply("--bands", options.bands, "QX_BANDS", kMaxBands, standalone::SetBandCount);
 }
 
-void add_encoding_options(CLI::App& command, EncodingOptions& options) {
-    const int usual = pictures::WriteOptions{}.compression;
-    command
-        .add_option("--compression", options.compression,
-                    "PNG: from 0, fast and large, to 9, slow and small (default: " + std::to_string(usual) + ")")
-        ->type_name("0..9");
-    auto* half = command.add_flag("--half", options.half,
-                                  "OpenEXR with half floats, which is the default where the "
-                                  "background has them and no layer tells more");
-    half->disable_flag_override();
-    command.add_flag("--float", options.real, "OpenEXR with floats")->disable_flag_override()->excludes(half);
-}
-
-void EncodingOptions::check(const std::string& output) const {
-    if ((half || real) && !(pictures::known_format(output) && pictures::is_linear_format(output))) {
-        throw WrongUsage(std::string(half ? "--half" : "--float") + " is for OpenEXR");
-    }
-    if (!compression.empty() && pictures::extension_of(output) != "png") throw WrongUsage("--compression is for PNG");
-    write_options();
-}
-
-pictures::WriteOptions EncodingOptions::write_options() const {
-    pictures::WriteOptions options;
-    if (half || real) options.half = half;
-    if (!compression.empty()) {
-        options.compression = whole_number("--compression", compression, 0, pictures::kMostCompression);
-    }
-    return options;
-}
-
 void add_depth_option(CLI::App& command, std::string& depth, const std::string& usual) {
     const std::string help =
         "bits to work with (default: " + usual + "); 16 has 32,769 steps, 32 every value of 16-bit files";

@@ -9,6 +9,7 @@
 #include "pictures/Picture.h"
 #include "scene/Placing.h"
 #include "scene/Words.h"
+#include "tools/qx/options/EncodingOptions.h"
 #include "tools/qx/options/ReadingOptions.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -24,16 +25,6 @@ struct CommonOptions {
     bool quiet = false, verbose = false;
 };
 void add_common_options(CLI::App& command, CommonOptions& options);
-
-/// Options of the files that are written.
-struct EncodingOptions {
-    std::string compression;
-    bool half = false, real = false;
-
-    void check(const std::string& output) const;  ///< throws WrongUsage
-    pictures::WriteOptions write_options() const;
-};
-void add_encoding_options(CLI::App& command, EncodingOptions& options);
 
 /// --depth, whose text `depth_of` reads.
 /// @param usual  what holds without it

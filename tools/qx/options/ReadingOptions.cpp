@@ -2,6 +2,9 @@
 #include "tools/qx/options/ReadingOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
 
@@ -10,6 +13,24 @@ void add_reading_options(CLI::App& command, ReadingOptions& options) {
         .add_flag("--no-orient", options.as_stored,
                   "pixels as JPEG and TIFF files store them, not turned as these say they are to be seen")
         ->disable_flag_override();
+    command
+        .add_option("--raw", options.raw,
+                    "what standard input (-) has, where it has no head: its size and its pixels, as FFmpeg names them, "
+                    "such as 1920x1080:rgba")
+        ->type_name("WxH:FORMAT");
+}
+
+pictures::ReadOptions ReadingOptions::read_options(bool cmyk) const {
+    pictures::ReadOptions read{.orient = !as_stored, .cmyk = cmyk};
+    if (raw.empty()) return read;
+    int width = 0, height = 0, end = 0;
+    const bool has_size = std::sscanf(raw.c_str(), "%5dx%5d:%n", &width, &height, &end) == 2 && end > 0;
+    if (!has_size || width < 1 || height < 1) throw WrongUsage("--raw " + raw + ": not a size and pixels WxH:FORMAT");
+    const std::string format = raw.substr(static_cast<std::size_t>(end));
+    if (!pictures::is_raw_format(format))
+        throw WrongUsage("--raw " + raw + ": " + format + " is none of " + pictures::raw_formats());
+    read.raw = {width, height, format};
+    return read;
 }
 
 }  // namespace qx::tool

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <string>
+
 #include "pictures/Picture.h"
 
 namespace CLI {
@@ -12,8 +14,9 @@ namespace qx::tool {
 /// Options of the files that are read.
 struct ReadingOptions {
     bool as_stored = false;
-    /// @param cmyk  takes CMYK too
-    pictures::ReadOptions read_options(bool cmyk = false) const { return {.orient = !as_stored, .cmyk = cmyk}; }
+    std::string raw;
+    /// Throws WrongUsage. @param cmyk  takes CMYK too
+    pictures::ReadOptions read_options(bool cmyk = false) const;
 };
 void add_reading_options(CLI::App& command, ReadingOptions& options);
 

@@ -183,6 +183,7 @@ void add_retime_options(CLI::App& command, RetimeCommandOptions& options) {
     add_no_cache_option(command, options.cache);
     add_reading_options(command, options.reading);
     add_encoding_options(command, options.encoding);
+    add_movie_options(command, options.encoding);
     add_common_options(command, options.common);
 }
 

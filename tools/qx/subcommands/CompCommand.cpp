@@ -81,8 +81,7 @@ void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnc
         if (!is_told) tell_losses(once, options.layers[i].file, scene::taken_otherwise(layer, result));
         pictures::add_precision(result, layer);
     }
-    tell_losses(once, options.background,
-                pictures::left_out(options.output, result, depth, options.encoding.write_options()));
+    tell_losses(once, options.background, lost_in_file(options.output, result, depth, options.encoding));
 }
 
 /// Once all sizes are known.

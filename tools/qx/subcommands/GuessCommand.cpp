@@ -98,7 +98,7 @@ void repair(const GuessOptions& options, const Guess& guess, pictures::Picture& 
     const int depth = picture.world->Depth();
     NotesOnce once;
     tell_losses(once, file, picture.notes);
-    tell_losses(once, file, pictures::left_out(options.output, picture, depth, options.encoding.write_options()));
+    tell_losses(once, file, lost_in_file(options.output, picture, depth, options.encoding));
     write_result(options.output, picture, depth, options.encoding);
 }
 

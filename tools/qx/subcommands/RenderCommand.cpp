@@ -71,7 +71,7 @@ void check(const RenderOptions& options, host::EffectFolders& folders) {
     finish_output();
 }
 
-void run(const RenderOptions& options) {
+void run(RenderOptions options) {
     apply_common_options(options.common);
     if (!options.memory.empty()) memory_size("--memory", options.memory);
     host::EffectFolders folders(options.effect_folders);
@@ -81,6 +81,8 @@ void run(const RenderOptions& options) {
     options.cache.apply();
     const bool movie = pictures::is_movie(options.output);
     scene::Scene scene = scene::read_scene(options.scene, &folders);
+    options.encoding.take(scene.output);
+    options.encoding.check(options.output);
     settle(options, scene);
     if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();
     options.work.style();
@@ -115,6 +117,7 @@ void add_render(CLI::App& app) {
     add_cache_options(*command, options->cache);
     add_no_cache_option(*command, options->cache);
     add_encoding_options(*command, options->encoding);
+    add_movie_options(*command, options->encoding);
     add_common_options(*command, options->common);
     set_usage(*command, "SCENE.json [options] -o OUT.####.EXT");
     command->footer(kFooter);

@@ -20,6 +20,7 @@
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
 #include "tools/qx/work/Files.h"
+#include "tools/qx/work/Flatten.h"
 #include "tools/qx/work/FrameFiles.h"
 #include "tools/qx/work/Output.h"
 
@@ -107,8 +108,7 @@ std::vector<Note> losses(const Job& job, const std::string& name, const pictures
     if (pictures::is_movie(name)) {
         for (const auto& note : pictures::lost_beside(frame)) notes.push_back(note);
     } else {
-        for (const auto& note : pictures::left_out(name, frame, depth, job.options.encoding.write_options()))
-            notes.push_back(note);
+        for (const auto& note : lost_in_file(name, frame, depth, job.options.encoding)) notes.push_back(note);
     }
     return notes_on(job.options.input, notes);
 }
@@ -168,9 +168,11 @@ void make_pictures(Job& job, const scene::FramePattern& names) {
             return result;
         }
         Result result = shown(job, number, name, watch);
+        if (auto flat = flattened(name, *result.picture, job.options.encoding, watch))
+            result.picture = std::make_shared<pictures::Picture>(std::move(*flat));
         const int depth = result.picture->world->Depth();
-        result.file =
-            pictures::write_uncommitted(name, *result.picture, depth, job.options.encoding.write_options(), watch);
+        result.file = pictures::write_uncommitted(name, *result.picture, job.options.encoding.file_depth(depth),
+                                                  job.options.encoding.write_options(name), watch);
         result.picture.reset();
         return result;
     };
@@ -209,6 +211,7 @@ pictures::MovieSettings settings_of(const Job& job) {
         settings.orientation = facts.orientation;
         settings.aspect = file_rate(facts.aspect);
     }
+    settings.encoding = job.options.encoding.movie_encoding();
     settings.lossless = job.options.lossless;
     settings.alpha = job.options.lossless && facts.has_alpha;
     settings.depth = depth_of_movie(job);
@@ -229,7 +232,7 @@ void make_movie(Job& job) {
             result.notes.push_back({kBlack, pictures::about(job.options.input, kBlack)});
         if (settings.lossless) return result;
         auto flat = std::make_shared<pictures::Picture>();
-        flat->world = over_black(output, *result.picture->world, watch);
+        flat->world = opaque_frame(output, *result.picture->world, job.options.encoding.ground(), watch);
         result.picture = flat;
         return result;
     };

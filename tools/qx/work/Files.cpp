@@ -11,6 +11,7 @@
 #include "scene/InOrder.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/Flatten.h"
 
 namespace qx::tool {
 namespace {
@@ -60,11 +61,18 @@ int unify(const Files& files, int depth, NotesOnce& once) {
     return depth;
 }
 
+std::vector<std::string> lost_in_file(const std::string& path, const pictures::Picture& picture, int depth,
+                                      const EncodingOptions& encoding) {
+    return pictures::left_out(path, picture, encoding.file_depth(depth), encoding.write_options(path));
+}
+
 void write_result(const std::string& path, const pictures::Picture& picture, int depth,
                   const EncodingOptions& encoding) {
     {
         FileProgress progress("writing");
-        pictures::write_picture(path, picture, depth, encoding.write_options(), progress);
+        const auto flat = flattened(path, picture, encoding, progress);
+        pictures::write_picture(path, flat ? *flat : picture, encoding.file_depth(depth), encoding.write_options(path),
+                                progress);
     }
     say_detail(path, "written");
 }

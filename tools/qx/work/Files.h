@@ -26,6 +26,10 @@ int deepest_of(const Files& files);
 /// Brings all pictures to one depth, 0 standing for the deepest of them. @return it
 int unify(const Files& files, int depth, NotesOnce& once);
 
+/// What a picture that was made at `depth` loses in its file.
+std::vector<std::string> lost_in_file(const std::string& path, const pictures::Picture& picture, int depth,
+                                      const EncodingOptions& encoding);
+
 void write_result(const std::string& path, const pictures::Picture& picture, int depth,
                   const EncodingOptions& encoding);
 

@@ -2,8 +2,6 @@
 #include "tools/qx/work/FrameFiles.h"
 
 #include "pictures/Movie.h"
-#include "scene/Composite.h"
-#include "scene/Faults.h"
 #include "tools/qx/options/Options.h"
 
 namespace qx::tool {
@@ -25,17 +23,6 @@ void check_frames_option(const std::string& path) {
                          ", nor of movies: " + pictures::movie_endings());
     }
     check_output_option(path);
-}
-
-std::unique_ptr<QX_World> over_black(const std::string& path, const QX_World& frame, pictures::Watch& watch) {
-    auto eight = pictures::at_depth(path, frame, 8);
-    if (!pictures::any_transparency(*eight)) return eight;
-    auto black = pictures::new_world(path, frame.width, frame.height, 8);
-    black->Fill(QX_PixelFloat{1, 0, 0, 0}, nullptr);
-    scene::Transfer transfer;
-    transfer.layer = eight.get();
-    scene::must(scene::composite(transfer, *black, watch), path);
-    return black;
 }
 
 }  // namespace qx::tool

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "pictures/Picture.h"
@@ -18,8 +17,5 @@ bool is_whole(const std::string& path, const FrameSize& size, const std::string&
 
 /// `check_output_option` of commands that write movies too.
 void check_frames_option(const std::string& path);
-
-/// The frame at 8 bits over black, as movies without alpha show it.
-std::unique_ptr<QX_World> over_black(const std::string& path, const QX_World& frame, pictures::Watch& watch);
 
 }  // namespace qx::tool

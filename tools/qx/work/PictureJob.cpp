@@ -84,9 +84,9 @@ void PictureJob::write(int depth, bool dither) {
         tell_losses(once_, inputs_[i], scene::taken_otherwise(pictures_[i], picture()));
         pictures::add_precision(picture(), pictures_[i]);
     }
-    tell_losses(once_, inputs_.front(),
-                pictures::left_out(options_.output, picture(), depth, options_.encoding.write_options()));
-    if (dither && pictures::file_depth(options_.output, depth) == 8) pictures::dither_to_8(inputs_.front(), picture());
+    tell_losses(once_, inputs_.front(), lost_in_file(options_.output, picture(), depth, options_.encoding));
+    if (dither && pictures::file_depth(options_.output, options_.encoding.file_depth(depth)) == 8)
+        pictures::dither_to_8(inputs_.front(), picture());
     write_result(options_.output, picture(), depth, options_.encoding);
 }
 

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qx/work/RenderJob.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <cstdio>
 #include <functional>
 #include <memory>
 
@@ -23,8 +18,11 @@
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/terminal/Progress.h"
+#include "tools/qx/work/Files.h"
 #include "tools/qx/work/Fingerprint.h"
+#include "tools/qx/work/Flatten.h"
 #include "tools/qx/work/FrameFiles.h"
+#include "tools/qx/work/RenderStages.h"
 
 namespace qx::tool {
 namespace {
@@ -47,9 +45,7 @@ std::string mark_of_job(const scene::Scene& scene, const RenderOptions& options)
                                  c.space,
                                  c.to,
                                  c.linearize ? "linearize" : "",
-                                 options.encoding.half ? "half" : "",
-                                 options.encoding.real ? "float" : "",
-                                 options.encoding.compression};
+                                 options.encoding.words()};
     std::string all;
     for (const std::string& part : parts) all += part + '\n';
     return fingerprint(all);
@@ -67,10 +63,12 @@ struct Job {
     /// A file of another frame is none of this one.
     std::string mark_of(int number) const { return mark + "-" + std::to_string(number); }
     pictures::WriteOptions write_options(int number) const {
-        pictures::WriteOptions written = options.encoding.write_options();
+        pictures::WriteOptions written = options.encoding.write_options(options.output);
         written.mark = mark_of(number);
         return written;
     }
+
+    int file_depth() const { return options.encoding.file_depth(scene.depth); }
 
     /// How many frames are at work at once.
     int at_once() const {
@@ -99,36 +97,10 @@ std::vector<Note> losses(const Job& job, int number, const std::string& name, co
     const std::string mixed = light_note(job, name, frame);
     std::vector<Note> notes;
     if (!mixed.empty()) notes.push_back({mixed, mixed});
-    for (const auto& note : pictures::left_out(name, frame, job.scene.depth, job.options.encoding.write_options())) {
+    for (const auto& note : lost_in_file(name, frame, job.scene.depth, job.options.encoding)) {
         notes.push_back({note, pictures::about(subject, note)});
     }
     return notes;
-}
-
-/// Where a job's time went, of all threads together.
-struct Stages {
-    std::atomic<std::int64_t> making{0}, writing{0};  ///< nanoseconds
-
-    template <class Work> static auto timed(std::atomic<std::int64_t>& stage, const Work& work) {
-        const auto start = std::chrono::steady_clock::now();
-        auto result = work();
-        stage += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
-        return result;
-    }
-};
-
-void tell_stats(const FrameProgress& progress, const Stages& stages) {
-    rusage used{};
-    ::getrusage(RUSAGE_SELF, &used);
-    const auto seconds = [](const timeval& t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
-    const double reading = pictures::seconds_of_reading(), making = double(stages.making) / 1e9 - reading;
-    char words[256];
-    std::snprintf(words, sizeof words,
-                  "%d frames in %.2f s; threads spent %.2f s reading, %.2f s making, %.2f s writing; %.2f s of "
-                  "processors; at most %.0f MB",
-                  progress.made(), progress.seconds(), reading, std::max(making, 0.0), double(stages.writing) / 1e9,
-                  seconds(used.ru_utime) + seconds(used.ru_stime), double(used.ru_maxrss) / 1024);
-    say_error(words);
 }
 
 /// A frame that has been made, and waits for its turn.
@@ -141,10 +113,11 @@ MadeFrame make_picture(const Job& job, int number, const std::string& name, Stag
     MadeFrame made;
     if (job.options.work.resume && is_made(name, job.render, number, job.mark_of(number), watch)) return made;
     pictures::Picture frame = Stages::timed(stages.making, [&] { return job.render.frame(number, watch); });
+    if (auto flat = flattened(name, frame, job.options.encoding, watch)) frame = std::move(*flat);
     made.notes = losses(job, number, name, frame);
-    if (job.scene.dither && pictures::file_depth(name, job.scene.depth) == 8) pictures::dither_to_8(name, frame);
+    if (job.scene.dither && pictures::file_depth(name, job.file_depth()) == 8) pictures::dither_to_8(name, frame);
     made.file = Stages::timed(stages.writing, [&] {
-        return pictures::write_uncommitted(name, frame, job.scene.depth, job.write_options(number), watch);
+        return pictures::write_uncommitted(name, frame, job.file_depth(), job.write_options(number), watch);
     });
     return made;
 }
@@ -211,7 +184,7 @@ int first_of(const scene::Scene& scene, const scene::FrameList& frames) {
 void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, const RenderOptions& options) {
     const scene::FrameList frames = listed.once();  // a movie shows a frame as often as it is listed
     const auto names = value_of("-o", [&] { return scene::FramePattern(options.output); });
-    if (frames.count() > 1 && !names.has_place()) {
+    if (frames.count() > 1 && !names.has_place() && !pictures::is_standard_output(options.output)) {
         throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
     }
     check_frames_option(names.name(frames.frame(0)));
@@ -240,7 +213,10 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
     render.size(frames.frame(0), watch, &width, &height);
     const auto colours =
         scene.colours.output ? scene::movie_colours_of(scene.colours.output) : pictures::MovieColours{};
-    pictures::MovieFile movie(options.output, width, height, {.rate = scene.rate, .colours = colours});
+    const pictures::MovieSettings settings{
+        .rate = scene.rate, .encoding = options.encoding.movie_encoding(), .colours = colours};
+    pictures::MovieFile movie(options.output, width, height, settings);
+    const std::optional<QX_PixelFloat> ground = options.encoding.ground();
     FrameProgress progress(frames.count(), options.work.style());
     NotesOnce once;
     Stages stages;
@@ -254,7 +230,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
         auto lost = pictures::lost_at_depth(frame, 8);
         for (const auto& note : pictures::lost_beside(frame)) lost.push_back(note);
         if (scene.dither) pictures::dither_to_8(options.output, frame);
-        const std::shared_ptr<const QX_World> shown = over_black(options.output, *frame.world, frame_watch);
+        const std::shared_ptr<const QX_World> shown = opaque_frame(options.output, *frame.world, ground, frame_watch);
         std::vector<Note> notes;
         notes.reserve(lost.size());
         for (const auto& note : lost) notes.push_back({note, pictures::about(scene.file, note)});

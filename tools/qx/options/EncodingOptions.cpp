@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/qx/options/EncodingOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <utility>
+
+#include "scene/LayerWords.h"
+#include "tools/qx/options/Options.h"
+
+namespace qx::tool {
+namespace {
+
+bool is_png(const std::string& output) { return pictures::extension_of(output) == "png"; }
+bool is_jpeg(const std::string& output) {
+    const std::string ending = pictures::extension_of(output);
+    return ending == "jpg" || ending == "jpeg";
+}
+bool is_exr(const std::string& output) { return pictures::known_format(output) && pictures::is_linear_format(output); }
+
+/// "black", "white", "#RRGGBB" or "R,G,B" from 0 to 1.
+QX_PixelFloat colour_of(const std::string& option, const std::string& text) {
+    if (text == "black") return {1, 0, 0, 0};
+    if (text == "white") return {1, 1, 1, 1};
+    unsigned red = 0, green = 0, blue = 0;
+    int end = 0;
+    if (std::sscanf(text.c_str(), "#%2x%2x%2x%n", &red, &green, &blue, &end) == 3 && end == 7 && text.size() == 7) {
+        return {1, float(red) / 255.0f, float(green) / 255.0f, float(blue) / 255.0f};
+    }
+    if (text.starts_with("#")) throw WrongUsage(option + " " + text + ": not a colour #RRGGBB");
+    const auto c = real_numbers(option, text, "a colour: black, white, #RRGGBB or R,G,B", 3, 3, 0, 1);
+    return {1, float(c[0]), float(c[1]), float(c[2])};
+}
+
+void refuse_unless(bool fits, const std::string& value, const char* option, const char* words) {
+    if (!fits && !value.empty()) throw WrongUsage(std::string(option) + " is for " + words);
+}
+
+}  // namespace
+
+void EncodingOptions::take(const scene::OutputChoices& choices) {
+    const std::pair<const char*, std::string*> texts[] = {{"compression", &compression},
+                                                          {"jpeg-quality", &jpeg_quality},
+                                                          {"flatten", &flatten},
+                                                          {"depth", &output_depth},
+                                                          {"codec", &codec},
+                                                          {"crf", &crf},
+                                                          {"bitrate", &bitrate},
+                                                          {"pixel-format", &pixel_format}};
+    for (const auto& [name, text] : texts) {
+        const auto found = choices.texts.find(name);
+        if (text->empty() && found != choices.texts.end()) *text = found->second;
+    }
+    if (!half && !real && choices.half) (*choices.half ? half : real) = true;
+}
+
+void EncodingOptions::check(const std::string& output) const {
+    const bool movie = pictures::is_movie(output);
+    if ((half || real) && !is_exr(output))
+        throw WrongUsage(std::string(half ? "--half" : "--float") + " is for OpenEXR");
+    refuse_unless(!movie && !is_jpeg(output), compression, "--compression", "PNG, TIFF and OpenEXR");
+    refuse_unless(is_jpeg(output), jpeg_quality, "--jpeg-quality", "JPEG");
+    refuse_unless(!movie, output_depth, "--output-depth", "pictures, --pixel-format tells that of movies");
+    for (const auto& [option, value] :
+         {std::pair{"--codec", &codec}, {"--crf", &crf}, {"--bitrate", &bitrate}, {"--pixel-format", &pixel_format}}) {
+        refuse_unless(movie, *value, option, "movies");
+    }
+    if (!crf.empty() && !bitrate.empty()) throw WrongUsage("--crf excludes --bitrate");
+    if (!movie) write_options(output);
+    movie_encoding();
+    ground();
+    file_depth(0);
+}
+
+pictures::WriteOptions EncodingOptions::write_options(const std::string& output) const {
+    pictures::WriteOptions options;
+    if (half || real) options.half = half;
+    if (!jpeg_quality.empty()) options.jpeg_quality = whole_number("--jpeg-quality", jpeg_quality, 1, 100);
+    if (compression.empty()) return options;
+    if (is_png(output)) {
+        options.compression = whole_number("--compression", compression, 0, pictures::kMostCompression);
+    } else {
+        options.packing = choice("--compression", compression, pictures::packings_of(output));
+    }
+    return options;
+}
+
+pictures::MovieEncoding EncodingOptions::movie_encoding() const {
+    constexpr int worst = 63, most_rate = 1'000'000;
+    pictures::MovieEncoding encoding;
+    encoding.codec = codec;
+    encoding.pixel_format = pixel_format;
+    if (!crf.empty()) encoding.crf = whole_number("--crf", crf, 0, worst);
+    if (!bitrate.empty()) {
+        const bool millions = bitrate.ends_with('M'), thousands = bitrate.ends_with('k');
+        const std::string digits = bitrate.substr(0, bitrate.size() - (millions || thousands ? 1 : 0));
+        const std::int64_t number =
+            whole_number("--bitrate", digits, 1, millions ? most_rate / 1000 : most_rate * 1000);
+        encoding.bits_a_second = number * (millions ? 1'000'000 : thousands ? 1000 : 1);
+    }
+    return encoding;
+}
+
+std::optional<QX_PixelFloat> EncodingOptions::ground() const {
+    if (flatten.empty()) return std::nullopt;
+    return colour_of("--flatten", flatten);
+}
+
+int EncodingOptions::file_depth(int depth) const {
+    return output_depth.empty() ? depth : 8 << choice("--output-depth", output_depth, scene::kDepthWords);
+}
+
+std::string EncodingOptions::words() const {
+    std::string all = half ? "half" : real ? "float" : "";
+    for (const std::string* text :
+         {&compression, &jpeg_quality, &flatten, &output_depth, &codec, &crf, &bitrate, &pixel_format}) {
+        all += '\n' + *text;
+    }
+    return all;
+}
+
+void add_encoding_options(CLI::App& command, EncodingOptions& options) {
+    const int usual = pictures::WriteOptions{}.compression;
+    command
+        .add_option("--compression", options.compression,
+                    "PNG: from 0, fast and large, to 9, slow and small (default: " + std::to_string(usual) +
+                        "); TIFF: none, lzw, zip (default), packbits; OpenEXR: none, rle, zips, zip (default), piz, "
+                        "and those that change values: pxr24, b44, b44a, dwaa, dwab")
+        ->type_name("0..9|WORD");
+    command
+        .add_option("--jpeg-quality", options.jpeg_quality,
+                    "1, small, to 100 (default: " + std::to_string(pictures::WriteOptions{}.jpeg_quality) + ")")
+        ->type_name("1..100");
+    command
+        .add_option("--flatten", options.flatten,
+                    "lay the result over an opaque colour: black, white, #RRGGBB, or R,G,B from 0 to 1")
+        ->type_name("COLOUR");
+    command
+        .add_option("--output-depth", options.output_depth,
+                    "bits of the file, as far as its format has them (default: those of the work)")
+        ->type_name("8|16|32");
+    auto* half = command.add_flag("--half", options.half,
+                                  "OpenEXR with half floats, which is the default where the "
+                                  "background has them and no layer tells more");
+    half->disable_flag_override();
+    command.add_flag("--float", options.real, "OpenEXR with floats")->disable_flag_override()->excludes(half);
+}
+
+void add_movie_options(CLI::App& command, EncodingOptions& options) {
+    const auto add = [&](const char* name, std::string& text, const char* help, const char* form) {
+        command.add_option(name, text, help)->type_name(form);
+    };
+    add("--codec", options.codec, "movies: an encoder of FFmpeg by its name, such as libx265 or prores_ks", "NAME");
+    add("--crf", options.crf, "movies: quality of encoders that have such a scale, 0 is best (default: 18)", "0..63");
+    add("--bitrate", options.bitrate, "movies: bits a second in place of a quality, such as 8M or 500k", "N[k|M]");
+    add("--pixel-format", options.pixel_format, "movies: of the encoder, such as yuv444p or yuv420p10le", "NAME");
+}
+
+}  // namespace qx::tool

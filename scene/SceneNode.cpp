@@ -74,6 +74,7 @@ std::vector<SceneNode> SceneNode::items(std::size_t fewest, std::size_t most) co
 
 std::vector<double> SceneNode::numbers(std::size_t fewest, std::size_t most, double least, double highest) const {
     if (fewest == 1 && is_number()) return {number(least, highest)};
+    if (!is_list() && most == 1) fault("is not a number");
     if (!is_list()) fault("is not a list of " + range_of(fewest, most) + " numbers");
     std::vector<double> numbers;
     for (const SceneNode& item : items(fewest, most)) numbers.push_back(item.number(least, highest));

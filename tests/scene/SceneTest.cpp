@@ -207,7 +207,7 @@ TEST_F(SceneFaults, NameTheKeyAndItsPlace) {
             "'field': 'both' => field both: not one of all, even, odd",
             "'comment': ['a'] => comment is not a text",
             "'opacty': 1 => opacty is an unknown key; the nearest is opacity",
-            "'opacity': {'keys': [{'frame': 1, 'value': 'x'}]} => opacity/keys/0/value is not a list",
+            "'opacity': {'keys': [{'frame': 1, 'value': 'x'}]} => opacity/keys/0/value is not a number",
             "'opacity': {'keys': [{'frame': 2, 'value': 1}, {'frame': 2, 'value': 0}]} => opacity/keys/1/frame does "
             "not come after",
             "'in': 2, 'out': 1 => out comes before in",

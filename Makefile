@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads renders failures mutants reference figures mode-pages bench bench-table tidy install clean
+.PHONY: all setup build run test test-release test-dev test-threads test-view renders failures mutants reference figures mode-pages bench bench-table tidy install clean
 
 all: build
 
@@ -49,6 +49,11 @@ mode-pages: build
 # make reference: pages of the interface, from its comments
 reference: setup
 	sh scripts/reference.sh build/reference
+
+# make test-view: the page of qx view in a browser, of which pictures go to build/view
+test-view: build
+	@sh scripts/setup.sh packages-view.txt
+	python3 tests/view/browser.py build/$(PRESET)/bin/qx build/view
 
 # make renders OTHER=/path/of/another/build: whether both make the same renders, bit for bit
 renders: build

@@ -2,6 +2,7 @@
 #include "pictures/Files.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -183,6 +184,12 @@ void OutputFile::open_nameless() {
     temporary_ = name_of(stream_);
 }
 
+OutputFile::OutputFile(const std::string& path, std::string& bytes) : path_(path), bytes_(&bytes) {
+    const int descriptor = ::memfd_create("picture", MFD_CLOEXEC);  // one that may be read too, as libraries do
+    if (descriptor >= 0) stream_ = ::fdopen(descriptor, "w+b");
+    if (stream_ == nullptr) note_error();
+}
+
 OutputFile::~OutputFile() {
     if (stream_ != nullptr) std::fclose(stream_);
     if (temporary_.empty() || is_standard_output(path_)) return;
@@ -218,10 +225,19 @@ void OutputFile::finish() {
     if (!failed() && std::fflush(stream_) != 0) note_error();
     if (!failed() && std::ferror(stream_) != 0) note_error();
     if (is_standard_output(path_)) return check();  // it is gone once it is closed
-    const int closed = std::fclose(stream_);        // some file systems tell of a full disk only now
+    if (!failed() && bytes_ != nullptr) take_bytes();
+    const int closed = std::fclose(stream_);  // some file systems tell of a full disk only now
     stream_ = nullptr;
     if (closed != 0) note_error();
     check();
+}
+
+void OutputFile::take_bytes() {
+    struct stat info {};
+    if (::fstat(::fileno(stream_), &info) != 0) return note_error();
+    bytes_->resize(static_cast<std::size_t>(info.st_size));
+    std::rewind(stream_);
+    if (std::fread(bytes_->data(), 1, bytes_->size(), stream_) != bytes_->size()) note_error();
 }
 
 void OutputFile::copy_to_standard_output() {

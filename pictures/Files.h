@@ -42,6 +42,8 @@ private:
 class OutputFile {
 public:
     explicit OutputFile(const std::string& path);
+    /// One in memory, which `path` is only the name of in messages. `finish` leaves the bytes in `bytes`.
+    OutputFile(const std::string& path, std::string& bytes);
     ~OutputFile();  ///< removes what was not committed
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -62,11 +64,13 @@ public:
 
 private:
     void note_error();
+    void take_bytes();
     void open_nameless();
     void copy_to_standard_output();
     std::string path_, target_, temporary_;
     std::FILE* stream_ = nullptr;
     int error_ = 0;
+    std::string* bytes_ = nullptr;  ///< of one in memory
 };
 
 /// Puts all that was written to the file system of a path on its disk, names and contents, so that a power cut takes

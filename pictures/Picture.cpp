@@ -251,6 +251,44 @@ Picture read_picture(const std::string& path, Watch& watch, const ReadOptions& o
     throw Failure(path, "is no picture of a known format (" + known_names() + ")");
 }
 
+namespace {
+
+/// Writes all of a picture into what `open` gives when the pixels are ready, and finishes it.
+template <class Open>
+std::unique_ptr<OutputFile> write_into(const Open& open, const std::string& path, const Picture& picture, int depth,
+                                       const WriteOptions& options, Watch& watch) {
+    watch.must_go_on();
+    const Format& format = format_to_write(path);
+    if (picture.cmyk) throw Failure(path, "CMYK cannot be written");
+    const int file_depth = nearest_depth(format, depth);
+    Picture converted;
+    if (picture.world->Depth() != file_depth || file_depth == 16) {
+        converted.about() = picture.about();
+        converted.light = picture.light;
+        converted.window = picture.window;
+        converted.world = world_for_file(path, picture, file_depth);
+    }
+    const Picture& out = converted.world ? converted : picture;
+    const bool transparent =
+        file_depth == 16 ? any_alpha_but<QX_Pixel16>(*out.world, kFileFull16) : any_transparency(*out.world);
+    if (transparent && !format.holds_alpha) {
+        throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
+    }
+    errno = 0;
+    try {
+        auto file = open();
+        file->check();
+        format.write(*file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
+        watch.must_go_on();
+        file->finish();
+        return file;
+    } catch (const std::bad_alloc&) {
+        throw Failure(path, kOutOfMemory);
+    }
+}
+
+}  // namespace
+
 double seconds_of_reading() { return static_cast<double>(reading_nanoseconds.load()) / 1e9; }
 
 PictureSize picture_size(const std::string& path, Watch& watch, const ReadOptions& options) {
@@ -302,34 +340,16 @@ void write_picture(const std::string& path, const Picture& picture, int depth, c
 
 std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Picture& picture, int depth,
                                               const WriteOptions& options, Watch& watch) {
-    watch.must_go_on();
-    const Format& format = format_to_write(path);
-    if (picture.cmyk) throw Failure(path, "CMYK cannot be written");
-    const int file_depth = nearest_depth(format, depth);
-    Picture converted;
-    if (picture.world->Depth() != file_depth || file_depth == 16) {
-        converted.about() = picture.about();
-        converted.light = picture.light;
-        converted.window = picture.window;
-        converted.world = world_for_file(path, picture, file_depth);
-    }
-    const Picture& out = converted.world ? converted : picture;
-    const bool transparent =
-        file_depth == 16 ? any_alpha_but<QX_Pixel16>(*out.world, kFileFull16) : any_transparency(*out.world);
-    if (transparent && !format.holds_alpha) {
-        throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
-    }
-    errno = 0;
-    try {
-        auto file = std::make_unique<OutputFile>(path);
-        file->check();
-        format.write(*file, out, format.holds_alpha && (transparent || picture.has_alpha), options, watch);
-        watch.must_go_on();
-        file->finish();
-        return file;
-    } catch (const std::bad_alloc&) {
-        throw Failure(path, kOutOfMemory);
-    }
+    const auto open = [&] { return std::make_unique<OutputFile>(path); };
+    return write_into(open, path, picture, depth, options, watch);
+}
+
+std::string bytes_of_picture(const std::string& path, const Picture& picture, int depth, const WriteOptions& options,
+                             Watch& watch) {
+    std::string bytes;
+    const auto open = [&] { return std::make_unique<OutputFile>(path, bytes); };
+    write_into(open, path, picture, depth, options, watch);
+    return bytes;
 }
 
 }  // namespace qx::pictures

@@ -144,6 +144,10 @@ void write_picture(const std::string& path, const Picture& picture, int depth, c
 std::unique_ptr<OutputFile> write_uncommitted(const std::string& path, const Picture& picture, int depth,
                                               const WriteOptions& options, Watch& watch);
 
+/// The bytes of the file that `write_picture` would write.
+std::string bytes_of_picture(const std::string& path, const Picture& picture, int depth,
+                             const WriteOptions& options = {}, Watch& watch = unwatched());
+
 /// The depth of a file of this name for pixels of that depth.
 int file_depth(const std::string& path, int depth);
 

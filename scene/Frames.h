@@ -27,6 +27,7 @@ public:
     FrameList(const FrameRange& range) : FrameList(std::vector<FrameRange>{range}) {}  // NOLINT: a range is a list
     int count() const { return ends_.back(); }
     int frame(int index) const;
+    const std::vector<FrameRange>& ranges() const { return ranges_; }
     FrameList once() const;  ///< each where it first stands
 
 private:

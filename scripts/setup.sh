@@ -1,8 +1,9 @@
 #!/bin/sh
-# Installs the Debian packages of packages.txt that are missing. Needs root or sudo only when some are.
+# Installs the Debian packages of a list that are missing. Needs root or sudo only when some are.
+# usage: setup.sh [LIST], which is packages.txt unless it is told
 set -eu
 cd "$(dirname "$0")/.."
-wanted=$(grep -v '^#' packages.txt)
+wanted=$(grep -v '^#' "${1:-packages.txt}")
 missing=""
 for package in $wanted; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"

@@ -38,6 +38,10 @@ if(QX_BUILD_TEXT AND SYSTEM_PYTHON)
   add_test(NAME scene/schema COMMAND ${SYSTEM_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/scene/schema.py
     ${PROJECT_SOURCE_DIR} $<TARGET_FILE:qx>)
 endif()
+# The server of `qx view`, asked in plain bytes; its page in a browser is a named run (`make test-view`).
+if(QX_BUILD_VIEW AND SYSTEM_PYTHON)
+  add_test(NAME view/server COMMAND ${SYSTEM_PYTHON} ${CMAKE_CURRENT_SOURCE_DIR}/view/server.py $<TARGET_FILE:qx>)
+endif()
 # Effects that keep no rule: of the library they know the header alone.
 foreach(source Faulty.cpp NoEntry.c)
   get_filename_component(effect ${source} NAME_WE)

@@ -41,11 +41,11 @@ struct Settings {
     const char *codec, *pixel_format;  ///< null for the usual ones
     int crf;                           ///< below 0 for the usual
     std::int64_t bits_a_second;        ///< 0 for none
-    bool lossless;      ///< every bit of RGB is kept; else alpha is not looked at
-    bool alpha;         ///< lossless movies have it
-    int depth;          ///< of the channels that come: 8, lossless 8 or 16
-    const char* audio;  ///< a movie whose audio packets are copied; null for none
-    Ratio audio_start;  ///< the time, in seconds, of that movie that becomes 0
+    bool lossless;                     ///< every bit of RGB is kept; else alpha is not looked at
+    bool alpha;                        ///< lossless movies have it
+    int depth;                         ///< of the channels that come: 8, lossless 8 or 16
+    const char* audio;                 ///< a movie whose audio packets are copied; null for none
+    Ratio audio_start;                 ///< the time, in seconds, of that movie that becomes 0
 };
 
 /// What a movie is.

@@ -168,4 +168,15 @@ TEST(Depths, HalvesBecomeEvenWhereverTheRowsLie) {
     }
 }
 
+TEST_F(RoundTrip, BytesInMemoryAreThoseOfTheFile) {
+    for (const std::string name : {"n.png", "n.jpg", "n.tif", "n.exr"}) {
+        write(name, noise(90, 70), 16);
+        EXPECT_TRUE(bytes_of_picture(name, noise(90, 70), 16) == bytes(name)) << name;
+    }
+    EXPECT_EQ(folder.names().size(), 4u);
+    CountingWatch watch(3);
+    EXPECT_THROW(bytes_of_picture("n.png", noise(90, 70), 8, {}, watch), Stopped);
+    EXPECT_HOLDS(fault_of<Failure>([] { bytes_of_picture("n.gif", noise(9, 7), 8); }), "n.gif: ");
+}
+
 }  // namespace

@@ -187,24 +187,25 @@ TEST_F(Retime, WrongUseIsOneLine) {
     put_contents(folder / "good.json", R"({"keys": [{"frame": 2, "value": 1}]})");
     write("in/g.1.png", 64, 48, [](int, int) { return argb(255, 1, 2, 3); });
     write("in/g.2.png", 60, 48, [](int, int) { return argb(255, 1, 2, 3); });
-    expect_faults(2, "retime 'in/f.#.png' ", "",
-                  {"--in 1-4 -o o.#.png => one of --speed, --fps and --map is needed",
-                   "--speed 1 -o o.#.png => --in A-B is needed", "--in 1-4x2 --speed 1 -o o.#.png => there is no step",
-                   "--in 1-4 --map good.json --speed 1 -o o.#.png => --map tells the speed",
-                   "--in 1-4 --map good.json --start 7 -o o.#.png => --map numbers the results",
-                   "--in 1-4 --speed 0.5 -o o.png => more than one frame needs a place",
-                   "--in 1-4 --speed 0.5 -o o.xyz => its ending is none of png, jpg, tif, exr, raw, nor of movies: mp4, "
-                   "mov, mkv, webm, avi, nut",
-                   "--in 1-4 --speed 0.5 -o 'in/f.#.png' => is the input",
-                   "--in 1-4 --speed 1 --frames 4-9 -o o.#.png => the results are 1 to 4",
-                   "--in 1-4 --speed 1 --cuts 7 -o o.#.png => --cuts 7: no such frame, the clip has 4 from 1 to 4",
-                   "--in 1-4 --speed 1 --frames 1-5x0 -o o.#.png => --frames 1-5x0: 0 is not from 1 to 9999999",
-                   "--in 1-4 --speed 1 --quality fine -o o.#.png => --quality fine",
-                   "--in 1-4 --speed 1 --detail 0.01 -o o.#.png => --detail 0.01",
-                   "--in 1-4 --speed 1 --block 3 -o o.#.png => --block 3",
-                   "--in 1-4 --speed 1 --lossless -o o.#.png => --lossless is for movies",
-                   "--in 1-4 --speed 1 --start 9999999 -o o.#.png => more than numbers have room for",
-                   "--in 1-4 --speed 1 --resume -o o.mp4 => --resume is for pictures"});
+    expect_faults(
+        2, "retime 'in/f.#.png' ", "",
+        {"--in 1-4 -o o.#.png => one of --speed, --fps and --map is needed",
+         "--speed 1 -o o.#.png => --in A-B is needed", "--in 1-4x2 --speed 1 -o o.#.png => there is no step",
+         "--in 1-4 --map good.json --speed 1 -o o.#.png => --map tells the speed",
+         "--in 1-4 --map good.json --start 7 -o o.#.png => --map numbers the results",
+         "--in 1-4 --speed 0.5 -o o.png => more than one frame needs a place",
+         "--in 1-4 --speed 0.5 -o o.xyz => its ending is none of png, jpg, tif, exr, raw, nor of movies: mp4, "
+         "mov, mkv, webm, avi, nut",
+         "--in 1-4 --speed 0.5 -o 'in/f.#.png' => is the input",
+         "--in 1-4 --speed 1 --frames 4-9 -o o.#.png => the results are 1 to 4",
+         "--in 1-4 --speed 1 --cuts 7 -o o.#.png => --cuts 7: no such frame, the clip has 4 from 1 to 4",
+         "--in 1-4 --speed 1 --frames 1-5x0 -o o.#.png => --frames 1-5x0: 0 is not from 1 to 9999999",
+         "--in 1-4 --speed 1 --quality fine -o o.#.png => --quality fine",
+         "--in 1-4 --speed 1 --detail 0.01 -o o.#.png => --detail 0.01",
+         "--in 1-4 --speed 1 --block 3 -o o.#.png => --block 3",
+         "--in 1-4 --speed 1 --lossless -o o.#.png => --lossless is for movies",
+         "--in 1-4 --speed 1 --start 9999999 -o o.#.png => more than numbers have room for",
+         "--in 1-4 --speed 1 --resume -o o.mp4 => --resume is for pictures"});
     expect_faults(1, "retime ", " -o o.#.png",
                   {"'in/f.#.png' --in 1-4 --map falls.json => does not come after the key before",
                    "'in/f.#.png' --in 1-4 --map none.json => /keys", "'in/f.#.png' --in 1-4 --map odd.json => speed",

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <iostream>
 
-#include "scene/Faults.h"
 #include "scene/Words.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
@@ -121,6 +120,7 @@ int run_command(int argc, const char* const* argv) {
         add_adjust(app);
         add_blend(app);
         add_render(app);
+        add_view(app);
         add_retime(app);
         add_flow(app);
         add_cache(app);
@@ -137,14 +137,8 @@ int run_command(int argc, const char* const* argv) {
     } catch (const WrongUsage& fault) {
         say_error(fault.what());
         return kWrongUsage;
-    } catch (const std::bad_alloc&) {
-        say_error("out of memory");
-    } catch (const scene::WorkFault& fault) {
-        say_error(fault.subject() + ": " + reason_of(fault.code()));
-    } catch (const std::exception& fault) {
-        say_error(fault.what());
-    } catch (int code) {
-        say_error("failed: " + reason_of(code));
+    } catch (...) {
+        tell_fault(say_error);
     }
     return kWorkFailed;
 }

@@ -22,6 +22,7 @@ void add_adjust(CLI::App& app);
 void add_blend(CLI::App& app);
 void add_profile(CLI::App& app);
 void add_render(CLI::App& app);
+void add_view(CLI::App& app);
 void add_retime(CLI::App& app);
 void add_flow(CLI::App& app);
 void add_cache(CLI::App& app);

@@ -10,6 +10,7 @@
 #include "QX/world/QX_GPU.h"
 #include "host/LastReport.h"
 #include "platform/standalone/Host.h"
+#include "scene/Faults.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
@@ -41,6 +42,20 @@ std::string reason_of(int code) {
     const bool quiet =
         report_text.empty() && code == kQX_OutOfMemory;  // some routines are short of it without a report
     return (quiet ? "out of memory" : report_text) + " (code " + std::to_string(code) + ")";
+}
+
+void tell_fault(const std::function<void(std::string_view)>& say) {
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        say("out of memory");
+    } catch (const scene::WorkFault& fault) {
+        say(fault.subject() + ": " + reason_of(fault.code()));
+    } catch (const std::exception& fault) {
+        say(fault.what());
+    } catch (int code) {
+        say("failed: " + reason_of(code));
+    }
 }
 
 }  // namespace qx::tool

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace qx::tool {
 
@@ -17,5 +19,9 @@ public:
 
 /// Why a routine failed with a code: its report, where there is one.
 std::string reason_of(int code);
+
+/// Hands the line of the fault that is being handled to `say`. Want of memory takes none to be told; what is neither a
+/// fault nor a code passes on.
+void tell_fault(const std::function<void(std::string_view)>& say);
 
 }  // namespace qx::tool

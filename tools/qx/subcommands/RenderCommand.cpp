@@ -13,6 +13,7 @@
 #include "tools/qx/terminal/Messages.h"
 #include "tools/qx/work/Output.h"
 #include "tools/qx/work/RenderJob.h"
+#include "tools/qx/work/SceneChoices.h"
 
 namespace qx::tool {
 namespace {
@@ -30,24 +31,12 @@ Example:
   qx render scene.json --frames 1,3,5-9x2 --check)";
 
 scene::FrameList frames_of(const RenderOptions& options, const scene::Scene& scene) {
-    if (!options.frames.empty()) return value_of("--frames", [&] { return scene::frame_list(options.frames); });
-    if (scene.frames) return *scene.frames;
+    if (const auto frames = frames_asked(options.frames, scene)) return *frames;
     throw WrongUsage("--frames A-B is needed, the scene tells no frames");
 }
 
 /// What players of movies take frames for.
 scene::Profile movie_profile() { return scene::profile_of_text("rec709-2.4"); }
-
-/// Puts what the options ask for in the place of what the scene says.
-void settle(const RenderOptions& options, scene::Scene& scene) {
-    const int depth = depth_of(options.depth);
-    if (depth != 0) scene.depth = depth;
-    options.colours.apply(scene.colours);
-    if (const char* option = options.colours.without_space(); option != nullptr && !scene.colours.has_space) {
-        throw WrongUsage(option + std::string(kNeedsSpaceOption));
-    }
-    scene::check_colours(scene);
-}
 
 /// Looks at all of a scene, and tells each fault in a line of its own.
 void check(const RenderOptions& options, host::EffectFolders& folders) {
@@ -56,7 +45,7 @@ void check(const RenderOptions& options, host::EffectFolders& folders) {
     int count = 0;
     if (faults.empty()) {
         try {
-            settle(options, scene);
+            settle(scene, options.depth, options.colours);
         } catch (const scene::SceneFault& fault) {
             faults.emplace_back(fault.what());
         }
@@ -83,7 +72,7 @@ void run(RenderOptions options) {
     scene::Scene scene = scene::read_scene(options.scene, &folders);
     options.encoding.take(scene.output);
     options.encoding.check(options.output);
-    settle(options, scene);
+    settle(scene, options.depth, options.colours);
     if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();
     options.work.style();
     const scene::FrameList frames = options.work.part_of(frames_of(options, scene));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/qx/terminal/Interrupt.h"
 
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -15,7 +16,7 @@ namespace {
 std::atomic<bool> noted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
 
-constexpr unsigned kPatience = 5;  // seconds
+std::atomic<int> patience{5000};  // milliseconds
 
 /// The wish may not be heard, in a library that waits for something: a second signal ends the process by itself, and so
 /// does the alarm after a while.
@@ -26,7 +27,9 @@ void give_up(int) {
 void note(int signal) {
     if (noted.exchange(true)) give_up(signal);
     std::signal(SIGALRM, give_up);
-    ::alarm(kPatience);
+    const int time = patience;
+    const itimerval once{{0, 0}, {time / 1000, time % 1000 * 1000}};
+    ::setitimer(ITIMER_REAL, &once, nullptr);
 }
 
 }  // namespace
@@ -36,6 +39,8 @@ void install_signal_handlers() {
     if (std::signal(SIGHUP, SIG_IGN) != SIG_IGN) std::signal(SIGHUP, note);  // under nohup it stays switched off
     for (const int signal : {SIGXFSZ, SIGPIPE}) std::signal(signal, SIG_IGN);
 }
+
+void set_patience(int milliseconds) noexcept { patience = milliseconds; }
 
 bool interrupted() noexcept { return noted.load(std::memory_order_relaxed); }
 

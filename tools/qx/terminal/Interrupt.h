@@ -9,6 +9,8 @@ namespace qx::tool {
 /// heard of the first, end the process with the status of an interruption; what was being written is removed. A file
 /// that grows too large and a pipe that nobody reads are errors of their writes.
 void install_signal_handlers();
+/// Other than five seconds, for a command that has nothing to finish.
+void set_patience(int milliseconds) noexcept;
 bool interrupted() noexcept;
 
 /// Stops work once a signal has come.

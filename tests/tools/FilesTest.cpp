@@ -60,6 +60,8 @@ TEST_F(FileOptions, FramesFollowOneAnotherThroughPipes) {
     EXPECT_EQ(bytes("all"), bytes("f.1.png") + bytes("f.2.png") + bytes("f.3.png"));
     pass("render s.json -o nut:- >s.nut");
     pass("retime - --speed 1 -o g.#.png <s.nut");
+    pass("retime - --speed 1 -o - <s.nut >again");
+    EXPECT_EQ(bytes("again"), bytes("g.1.png") + bytes("g.2.png") + bytes("g.3.png"));
     for (const std::string i : {"1", "2", "3"}) EXPECT_TRUE(same("f." + i + ".png", "g." + i + ".png")) << i;
     EXPECT_HOLDS(said("identify s.nut"), "movie, 20 x 16 pixels, 3 frames, 25 a second");
 }
@@ -156,6 +158,7 @@ TEST_F(FileOptions, WrongUsesAreToldInALine) {
          "render s.json -o x.mp4 --bitrate fast => --bitrate fast",
          "render s.json -o x.mp4 --output-depth 16 => --output-depth is for pictures",
          "render s.json -o x.mp4 --compression 3 => --compression is for PNG, TIFF and OpenEXR",
+         "render s.json -o - --resume => --resume is for files, not for standard output",
          "render s.json -o bmp:- => bmp:-: its ending is none of png",
          "convert a.png -o x.gif => x.gif: its ending is none of",
          "render odd.json -o x.#.png => --flatten mauve"});

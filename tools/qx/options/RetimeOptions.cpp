@@ -95,6 +95,7 @@ void RetimeCommandOptions::check() const {
     }
     const bool movie = output_is_movie();
     refuse_with("--resume", resume && movie, "is for pictures, a movie is made as a whole");
+    refuse_with("--resume", resume && pictures::is_standard_output(output), "is for files, not for standard output");
     refuse_with("--lossless", lossless && !movie, "is for movies");
     refuse_with("--audio", !audio.empty() && !movie, "is for movies");
 }

@@ -247,6 +247,7 @@ void make_movie(Job& job) {
 
 /// Refuses results that would be written over what is read.
 void check_output(const Job& job) {
+    if (pictures::is_standard_output(job.options.output)) return;
     std::set<std::string> inputs;
     for (int i = 0; i < job.clip.frames(); ++i) inputs.insert(job.clip.name_of(i));
     std::set<std::string> places;

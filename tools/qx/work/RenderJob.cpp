@@ -188,6 +188,8 @@ void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, 
         throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
     }
     check_frames_option(names.name(frames.frame(0)));
+    if (options.work.resume && pictures::is_standard_output(options.output))
+        throw WrongUsage("--resume is for files, not for standard output");
     if (const auto input = scene::overwritten(scene, frames, names)) {
         throw WrongUsage("-o " + input->path + ": is a picture of the scene, at " + input->place);
     }

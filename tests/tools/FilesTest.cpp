@@ -113,9 +113,10 @@ TEST_F(FileOptions, ScenesTellHowTheyAreWritten) {
     EXPECT_EQ(channels(read("g.png"), 0, 0), (List{255, 0, 0, 0}));
     put_quoted("m.json",
                "{'size': [20, 16], 'frames': [1, 2], 'layers': [{'file': 'a.png'}], "
-               "'output': {'codec': 'ffv1', 'pixel-format': 'bgr0'}}");
+               "'output': {'codec': 'ffv1', 'pixel-format': 'bgr0', 'compression': 1, 'half': true}}");
     run("render m.json -o m.mkv -q");
     EXPECT_HOLDS(said("identify m.mkv"), "2 frames");
+    run("render m.json -o m.#.png");  // what is told of other files is not for these
 }
 
 TEST_F(FileOptions, HeadsAreToldForPrograms) {

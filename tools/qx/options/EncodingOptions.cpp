@@ -3,7 +3,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <utility>
 
 #include "scene/LayerWords.h"
 #include "tools/qx/options/Options.h"
@@ -32,41 +31,50 @@ QX_PixelFloat colour_of(const std::string& option, const std::string& text) {
     return {1, float(c[0]), float(c[1]), float(c[2])};
 }
 
-void refuse_unless(bool fits, const std::string& value, const char* option, const char* words) {
-    if (!fits && !value.empty()) throw WrongUsage(std::string(option) + " is for " + words);
+bool is_packed(const std::string& output) {
+    return pictures::known_format(output) && (is_png(output) || !pictures::packings_of(output).empty());
 }
+bool is_any(const std::string&) { return true; }
+bool is_picture(const std::string& output) { return !pictures::is_movie(output); }
+
+/// What is told as a text: its key in scenes, its option, and the files that it is for.
+struct Choice {
+    const char *key, *option;
+    std::string EncodingOptions::*text;
+    bool (*fits)(const std::string& output);
+    const char* files;
+};
+constexpr Choice kChoices[] = {
+    {"compression", "--compression", &EncodingOptions::compression, is_packed, "PNG, TIFF and OpenEXR"},
+    {"jpeg-quality", "--jpeg-quality", &EncodingOptions::jpeg_quality, is_jpeg, "JPEG"},
+    {"flatten", "--flatten", &EncodingOptions::flatten, is_any, ""},
+    {"depth", "--output-depth", &EncodingOptions::output_depth, is_picture,
+     "pictures, --pixel-format tells that of movies"},
+    {"codec", "--codec", &EncodingOptions::codec, pictures::is_movie, "movies"},
+    {"crf", "--crf", &EncodingOptions::crf, pictures::is_movie, "movies"},
+    {"bitrate", "--bitrate", &EncodingOptions::bitrate, pictures::is_movie, "movies"},
+    {"pixel-format", "--pixel-format", &EncodingOptions::pixel_format, pictures::is_movie, "movies"}};
 
 }  // namespace
 
-void EncodingOptions::take(const scene::OutputChoices& choices) {
-    const std::pair<const char*, std::string*> texts[] = {{"compression", &compression},
-                                                          {"jpeg-quality", &jpeg_quality},
-                                                          {"flatten", &flatten},
-                                                          {"depth", &output_depth},
-                                                          {"codec", &codec},
-                                                          {"crf", &crf},
-                                                          {"bitrate", &bitrate},
-                                                          {"pixel-format", &pixel_format}};
-    for (const auto& [name, text] : texts) {
-        const auto found = choices.texts.find(name);
-        if (text->empty() && found != choices.texts.end()) *text = found->second;
+void EncodingOptions::take(const scene::OutputChoices& choices, const std::string& output) {
+    for (const Choice& choice : kChoices) {
+        const auto found = choices.texts.find(choice.key);
+        std::string& text = this->*choice.text;
+        if (text.empty() && found != choices.texts.end() && choice.fits(output)) text = found->second;
     }
-    if (!half && !real && choices.half) (*choices.half ? half : real) = true;
+    if (!half && !real && choices.half && is_exr(output)) (*choices.half ? half : real) = true;
 }
 
 void EncodingOptions::check(const std::string& output) const {
-    const bool movie = pictures::is_movie(output);
     if ((half || real) && !is_exr(output))
         throw WrongUsage(std::string(half ? "--half" : "--float") + " is for OpenEXR");
-    refuse_unless(!movie && !is_jpeg(output), compression, "--compression", "PNG, TIFF and OpenEXR");
-    refuse_unless(is_jpeg(output), jpeg_quality, "--jpeg-quality", "JPEG");
-    refuse_unless(!movie, output_depth, "--output-depth", "pictures, --pixel-format tells that of movies");
-    for (const auto& [option, value] :
-         {std::pair{"--codec", &codec}, {"--crf", &crf}, {"--bitrate", &bitrate}, {"--pixel-format", &pixel_format}}) {
-        refuse_unless(movie, *value, option, "movies");
+    for (const Choice& choice : kChoices) {
+        if (!(this->*choice.text).empty() && !choice.fits(output))
+            throw WrongUsage(std::string(choice.option) + " is for " + choice.files);
     }
     if (!crf.empty() && !bitrate.empty()) throw WrongUsage("--crf excludes --bitrate");
-    if (!movie) write_options(output);
+    if (is_picture(output)) write_options(output);
     movie_encoding();
     ground();
     file_depth(0);
@@ -112,10 +120,7 @@ int EncodingOptions::file_depth(int depth) const {
 
 std::string EncodingOptions::words() const {
     std::string all = half ? "half" : real ? "float" : "";
-    for (const std::string* text :
-         {&compression, &jpeg_quality, &flatten, &output_depth, &codec, &crf, &bitrate, &pixel_format}) {
-        all += '\n' + *text;
-    }
+    for (const Choice& choice : kChoices) all += '\n' + this->*choice.text;
     return all;
 }
 

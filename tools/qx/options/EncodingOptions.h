@@ -19,8 +19,9 @@ struct EncodingOptions {
     std::string compression, jpeg_quality, flatten, output_depth, codec, crf, bitrate, pixel_format;
     bool half = false, real = false;
 
-    /// Takes what a scene says where the command line says nothing.
-    void take(const scene::OutputChoices& choices);
+    /// Takes what a scene says of files of this name, where the command line says nothing: a scene may tell of pictures
+    /// and of movies.
+    void take(const scene::OutputChoices& choices, const std::string& output);
     void check(const std::string& output) const;  ///< throws WrongUsage
     /// @param output  whose format gives a compression its meaning
     pictures::WriteOptions write_options(const std::string& output) const;

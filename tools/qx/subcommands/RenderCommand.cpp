@@ -70,7 +70,7 @@ void run(RenderOptions options) {
     options.cache.apply();
     const bool movie = pictures::is_movie(options.output);
     scene::Scene scene = scene::read_scene(options.scene, &folders);
-    options.encoding.take(scene.output);
+    options.encoding.take(scene.output, options.output);
     options.encoding.check(options.output);
     settle(scene, options.depth, options.colours);
     if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();

@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads test-view renders failures mutants reference figures mode-pages bench bench-table tidy install clean
+.PHONY: all setup build run test test-release test-dev test-threads test-view test-farm renders failures mutants reference figures mode-pages bench bench-table tidy install clean
 
 all: build
 
@@ -54,6 +54,11 @@ reference: setup
 test-view: build
 	@sh scripts/setup.sh packages-view.txt
 	python3 tests/view/browser.py build/$(PRESET)/bin/qx build/view
+
+# make test-farm: two nodes of Slurm on this machine, one of which is killed midway
+test-farm: build
+	@sh scripts/setup.sh packages-farm.txt
+	python3 tests/farm/two_nodes.py build/$(PRESET)/bin/qx build/farm
 
 # make renders OTHER=/path/of/another/build: whether both make the same renders, bit for bit
 renders: build

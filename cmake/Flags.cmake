@@ -24,6 +24,10 @@ endif()
 add_library(qx_warnings INTERFACE)
 target_compile_options(qx_warnings INTERFACE -Wall -Wextra -Wconversion)
 
+# What reads words, calls and compares, and leaves the computing to what is below: headers of templates make it most of the
+# compiler's work, which sanitizers double when it optimises too.
+set(QX_FEW_OPTIMISATIONS $<IF:$<CONFIG:Debug>,-O0,-O1>)
+
 # What most files of the rooms above the library include: read once a room (target_precompile_headers), it costs a third of
 # the time of a build.
 set(QX_COMMON_HEADERS <algorithm> <array> <cmath> <cstdint> <filesystem> <functional> <map> <memory> <mutex> <optional> <set>

@@ -9,7 +9,7 @@ add_library(qx_pictures_support STATIC pictures/Support.cpp)
 target_link_libraries(qx_pictures_support PUBLIC qx_pictures qx_test_support PNG::PNG JPEG::JPEG TIFF::TIFF
   OpenEXR::OpenEXR PRIVATE qx_warnings)
 qx_precompile(qx_pictures_support pictures/Support.h ${QX_COMMON_HEADERS} <nlohmann/json.hpp>)
-target_compile_options(qx_pictures_support PRIVATE -O1)
+target_compile_options(qx_pictures_support PRIVATE ${QX_FEW_OPTIMISATIONS})
 
 set(pictures_parts qx_pictures)
 set(scene_parts qx_scene)
@@ -26,7 +26,7 @@ foreach(area pictures scene host tools)
   add_executable(test_${area} ${sources})
   target_link_libraries(test_${area} PRIVATE ${${area}_parts} qx_pictures_support GTest::gtest_main qx_warnings)
   qx_share_headers(test_${area} qx_pictures_support)
-  target_compile_options(test_${area} PRIVATE -O1)  # they read, run and compare: what computes is not here
+  target_compile_options(test_${area} PRIVATE ${QX_FEW_OPTIMISATIONS})
 endforeach()
 target_compile_definitions(test_tools PRIVATE QX_COMMAND="$<TARGET_FILE:qx>" QX_SOURCES="${PROJECT_SOURCE_DIR}")
 target_link_libraries(test_tools PRIVATE PkgConfig::LCMS2)  # makes profiles

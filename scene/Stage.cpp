@@ -84,10 +84,7 @@ std::shared_ptr<const Canvas> Stage::worked_on(const SceneLayer& layer, const Pi
     canvas->y = piece.y;
     for (const SceneEffect& effect : layer.effects) {
         const std::string subject = pictures::about(scene_.file, effect.place);
-        const auto show_file = [&](const SceneFile& file) {
-            const Shown shown = pictures_.show(file, scenery.asked());
-            return std::shared_ptr<const QX_World>(shown, shown->world.get());
-        };
+        const auto show_file = [&](const SceneFile& file) { return pictures_.show(file, scenery.asked()); };
         const auto note = [&](const std::string& words) {
             notes_.once(subject + words, pictures::about(subject, words));
         };

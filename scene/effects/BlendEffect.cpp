@@ -26,15 +26,16 @@ public:
 
     void apply(Canvas& canvas, const Moment& moment) const override {
         const QX_World& world = *canvas.world;
-        const auto with = moment.picture(*with_);
-        if (with->width != world.width || with->height != world.height) {
+        const auto shown = moment.picture(*with_);
+        const QX_World& with = *shown->world;
+        if (with.width != world.width || with.height != world.height) {
             throw pictures::Failure(moment.subject,
-                                    "is " + size_of(world) + ", and what it fades to is " + size_of(*with) + " pixels");
+                                    "is " + size_of(world) + ", and what it fades to is " + size_of(with) + " pixels");
         }
         const std::int32_t ratio = to_fixed(ratio_.at(moment.frame)[0]);
         on_all_bands(world.height, moment, moment.watch, [&](const M_LRect& band, RowPart&) {
             QX_LayerDef to = band_of(world, band);
-            const QX_LayerDef other = band_of(*with, band);
+            const QX_LayerDef other = band_of(with, band);
             return QX_Blend_Straight(nullptr, &to, &other, ratio, &to);
         });
     }

@@ -91,7 +91,8 @@ public:
 
 private:
     void set_map(const Canvas& canvas, const Moment& moment, BlurCall& call) const {
-        call.map = moment.picture(*map_);
+        const auto shown = moment.picture(*map_);
+        call.map = {shown, shown->world.get()};
         call.map_x = canvas.x;
         call.map_y = canvas.y;
         const bool fits = canvas.x != 0 || canvas.y != 0 ||

@@ -25,8 +25,8 @@ struct Canvas {
 struct Moment {
     double frame = 0;
     std::string subject;  ///< what failures are told about
-    /// The pixels of a picture at the canvas's depth, which stay for as long as the effect works.
-    std::function<std::shared_ptr<const QX_World>(const SceneFile& file)> picture;
+    /// A picture with its pixels at the canvas's depth, which stay for as long as the effect works.
+    std::function<std::shared_ptr<const pictures::Picture>(const SceneFile& file)> picture;
     std::function<void(const std::string& note)> note;
     pictures::Watch& watch;
     int layer = 1;              ///< its number, from 1

@@ -48,6 +48,15 @@ template <class Sample> Sample* samples(const QX_UnoBuffer& buffer, std::int64_t
     return static_cast<Sample*>(*buffer.handle) + y * buffer.width;
 }
 
+/// The mask with a kind, for a picture of its file.
+Mask settled(const Mask& mask, const pictures::Picture& shown, const Moment& moment) {
+    Mask kinded = mask;
+    if (mask.kind != Mask::kKindOfFile) return kinded;
+    kinded.kind = shown.has_alpha ? kQX_MaskAlpha : kQX_MaskLuma;
+    if (!shown.has_alpha) moment.note("mask " + mask.file->at(0) + " " + kMaskCountsByLuma);
+    return kinded;
+}
+
 /// What a feather's edge may reach: three boxes of its radius over 2.71, and the samples just outside of them.
 int margin_of(double feather) { return feather == 0 ? 0 : static_cast<int>(std::ceil(feather * 1.2)) + 6; }
 
@@ -186,7 +195,9 @@ private:
 Keys Mask::keys() {
     return {
         {"file", "MASK", "picture that the mask is made of", PictureKey{&file, true}},
-        {"kind", "KIND", "alpha, inverse, luma, inverse-luma, hue, lightness, luminance or saturation (default: alpha)",
+        {"kind", "KIND",
+         "alpha, inverse, luma, inverse-luma, hue, lightness, luminance or saturation (default: alpha; "
+         "luma of a mask without alpha)",
          ChoiceKey{kMaskKinds, &kind}},
         {"at", "X,Y", "where its left top corner lands (default: 0,0)", NumbersKey{2, -kFarthest, kFarthest, &at}},
         {"invert", nullptr, "cover what it does not cover", FlagKey{&invert}},
@@ -208,10 +219,12 @@ UnoBuffer new_mask_buffer(int width, int height, int depth, const Moment& moment
     return buffer;
 }
 
-void add_mask(const Mask& mask, bool first, const Canvas& canvas, QX_UnoBuffer& total, const Moment& moment,
+void add_mask(const Mask& told, bool first, const Canvas& canvas, QX_UnoBuffer& total, const Moment& moment,
               pictures::Watch& watch) {
     const int depth = total.depth;
-    std::shared_ptr<const QX_World> from = moment.picture(*mask.file);
+    const auto shown = moment.picture(*told.file);
+    const Mask mask = settled(told, *shown, moment);
+    std::shared_ptr<const QX_World> from{shown, shown->world.get()};
     if (from->Depth() != depth) from = pictures::at_depth(moment.subject, *from, depth);
     const Lie lie(mask, *from, canvas, moment);
     const UnoBuffer own = new_mask_buffer(total.width, lie.bottom - lie.top, depth, moment);

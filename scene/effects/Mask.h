@@ -14,7 +14,8 @@ namespace qx::scene {
 /// As commands and scenes describe one.
 struct Mask {
     std::optional<SceneFile> file;
-    int kind = 0;  ///< in kMaskKinds
+    static constexpr int kKindOfFile = -1;
+    int kind = kKindOfFile;  ///< in kMaskKinds; of the file: alpha, or luma where that has none
     Track<2> at{Track<2>::Value{0, 0}};
     bool invert = false;
     Track<1> opacity{Track<1>::Value{1}}, feather{Track<1>::Value{0}};

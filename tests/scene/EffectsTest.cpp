@@ -32,8 +32,10 @@ protected:
         return canvas;
     }
     Moment moment(double frame, int depth, qx::pictures::Watch& watch) const {
-        const auto picture = [depth](const SceneFile& file) -> std::shared_ptr<const QX_World> {
-            return qx::pictures::at_depth("", *qx::pictures::read_picture(file.at(0)).world, depth);
+        const auto picture = [depth](const SceneFile& file) {
+            auto shown = std::make_shared<qx::pictures::Picture>(qx::pictures::read_picture(file.at(0)));
+            shown->world = qx::pictures::at_depth("", *shown->world, depth);
+            return std::shared_ptr<const qx::pictures::Picture>(shown);
         };
         return {frame, "layer", picture, [](const std::string&) {}, watch};
     }

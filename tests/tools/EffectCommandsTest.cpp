@@ -139,6 +139,22 @@ TEST_F(EffectCommands, AFileMayBeNamedTwice) {
     EXPECT_TRUE(same("c.png", "o.png"));
 }
 
+TEST_F(EffectCommands, AMaskWithoutAlphaCountsByItsLuma) {
+    write("grey.png", picture<QX_Pixel8>(8, 6, false, [](int x, int y) {
+              const int v = 30 * x + y;
+              return argb(255, v, v, v);
+          }));
+    const auto outcome = qx("matte grey.png -o m.png");
+    EXPECT_HOLDS(outcome.errors, "mask grey.png has no alpha and counts by its luma");
+    EXPECT_TRUE(same("m.png", "grey.png"));
+    run("matte grey.png --kind alpha -o m.png");
+    EXPECT_EQ(channels(read("m.png"), 1, 1), (List{255, 255, 255, 255}));
+    put_contents(folder / "s.json", R"({"size": [8, 6], "background": [1, 0, 0], "layers": [{"solid": [1, 1, 1], )"
+                                    R"("effects": [{"effect": "matte", "masks": [{"file": "grey.png"}]}]}]})");
+    EXPECT_HOLDS(qx("render s.json --frames 1 -o r.png").errors, "counts by its luma");
+    EXPECT_EQ(channels(read("r.png"), 5, 3), (List{255, 255, 153, 153}));
+}
+
 /// Options belong to the mask before them, those in front of the first to all. Where no picture is told the matte is
 /// grey, opaque and of the first mask's size.
 TEST_F(EffectCommands, MasksTakeTheOptionsBehindThem) {

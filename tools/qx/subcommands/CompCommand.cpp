@@ -152,7 +152,7 @@ void apply_effects(const LayerOptions& options, int number, Inputs::Layer& layer
                    pictures::Watch& watch) {
     scene::Canvas canvas{std::move(layer.picture.world)};
     const auto show = [&](const scene::SceneFile& file) {
-        return std::shared_ptr<const QX_World>(std::shared_ptr<void>(), layer.shown.at(&file).world.get());
+        return std::shared_ptr<const pictures::Picture>(std::shared_ptr<void>(), &layer.shown.at(&file));
     };
     const auto note = [&](const std::string& words) { tell_losses(once, options.file, {words}); };
     for (const auto& effect : options.effects) {

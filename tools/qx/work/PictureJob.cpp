@@ -46,8 +46,8 @@ void PictureJob::apply(const scene::Effect& effect, const char* words) {
     const std::string& file = inputs_.front();
     const auto show = [&](const scene::SceneFile& wanted) {
         const auto found = std::find(inputs_.begin() + 1, inputs_.end(), wanted.at(0));  // the first is at work
-        const auto& shown = pictures_[static_cast<std::size_t>(found - inputs_.begin())].world;
-        return std::shared_ptr<const QX_World>(std::shared_ptr<void>(), shown.get());
+        const auto& shown = pictures_[static_cast<std::size_t>(found - inputs_.begin())];
+        return std::shared_ptr<const pictures::Picture>(std::shared_ptr<void>(), &shown);
     };
     const auto note = [&](const std::string& text) { tell({text}); };
     Progress progress(words, PartWatch::kSteps);

@@ -86,6 +86,42 @@ TEST_F(Retime, ResumesAndNumbers) {
     EXPECT_EQ(all["made"], 1);
     EXPECT_TRUE(same("o.105.png", source(3)));
     EXPECT_EQ(contents(folder / "o.102.png"), before);
+    EXPECT_EQ(told("--speed 0.5 --start 101 -o o.###.png --resume --method blend")["skipped"], 0);   // another job's
+    EXPECT_EQ(told("--speed 0.25 --start 101 -o o.###.png --resume --method blend")["skipped"], 1);  // of one moment
+}
+
+TEST_F(Retime, SharesAreFramesInARowAndGiveWhatOneRunDoes) {
+    told("--speed 0.3 -o o.##.png");
+    const Names all = folder.names();
+    int frames = 0;
+    for (const char* part : {"1/3", "2/3", "3/3"}) {
+        const auto share = told("--speed 0.3 -o p.##.png --shard " + std::string(part));
+        EXPECT_LE(share["pairs"]["computed"], 2) << part;
+        frames += share["frames"].get<int>();
+    }
+    EXPECT_EQ(frames, told("--speed 0.3 -o o.##.png --resume")["skipped"]);
+    for (const std::string& name : all) {
+        if (!name.starts_with("o.")) continue;
+        EXPECT_EQ(contents(folder / name), contents(folder / ("p" + name.substr(1)))) << name;
+    }
+    const auto alone = told("--speed 0.3 -o q.##.png --frames 2-8x3 --shard 2/3");
+    EXPECT_EQ(alone["frames"], 1);
+    EXPECT_EQ(contents(folder / "q.05.png"), contents(folder / "o.05.png"));
+}
+
+TEST_F(Retime, GoesOnBehindAFrameThatFailsAndTellsWhichAndHowFar) {
+    const std::string broken = contents(folder / source(3));
+    put_contents(folder / source(3), broken.substr(0, broken.size() / 2));
+    const auto outcome =
+        retime("--speed 0.5 --method blend --cuts none -o o.#.png --keep-going --json --progress json --stats");
+    EXPECT_EQ(outcome.status, 5);
+    EXPECT_EQ(nlohmann::json::parse(outcome.output)["failed"], (std::vector<int>{4, 5, 6}));
+    EXPECT_HOLDS(outcome.errors, "qx: 3 of 8 frames failed: 4,5,6");
+    EXPECT_HOLDS(outcome.errors, R"({"frame":8,"state":"made","done":8,"of":8)");
+    EXPECT_HOLDS(outcome.errors, "qx: 5 frames in ");
+    EXPECT_EQ(folder.names(), (Names{"in", "o.1.png", "o.2.png", "o.3.png", "o.7.png", "o.8.png"}));
+    put_contents(folder / source(3), broken);
+    EXPECT_EQ(told("--speed 0.5 --method blend --cuts none -o o.#.png --resume")["skipped"], 5);
 }
 
 TEST_F(Retime, HoldsOrMixesOnACut) {
@@ -205,7 +241,9 @@ TEST_F(Retime, WrongUseIsOneLine) {
          "--in 1-4 --speed 1 --block 3 -o o.#.png => --block 3",
          "--in 1-4 --speed 1 --lossless -o o.#.png => --lossless is for movies",
          "--in 1-4 --speed 1 --start 9999999 -o o.#.png => more than numbers have room for",
-         "--in 1-4 --speed 1 --resume -o o.mp4 => --resume is for pictures"});
+         "--in 1-4 --speed 1 --resume -o o.mp4 => --resume is for pictures",
+         "--in 1-4 --speed 1 --shard 1/2 -o o.mp4 => --shard is for pictures",
+         "--in 1-4 --speed 1 --shard 5/5 -o o.#.png => --shard 5/5: there are 4 frames only"});
     expect_faults(1, "retime ", " -o o.#.png",
                   {"'in/f.#.png' --in 1-4 --map falls.json => does not come after the key before",
                    "'in/f.#.png' --in 1-4 --map none.json => /keys", "'in/f.#.png' --in 1-4 --map odd.json => speed",

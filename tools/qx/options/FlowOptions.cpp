@@ -31,6 +31,14 @@ scene::FlowChoices FlowOptions::choices() const {
     return choices;
 }
 
+std::string FlowOptions::words() const {
+    std::string all;
+    for (const auto* text :
+         {&quality, &detail, &smoothness, &refine_smoothness, &iterations, &convergence, &block, &filter})
+        all += *text + '\n';
+    return all;
+}
+
 void add_flow_options(CLI::App& command, FlowOptions& options) {
     const auto add = [&](const char* name, std::string& text, const char* help, const char* form) {
         command.add_option(name, text, help)->type_name(form);

@@ -2,6 +2,8 @@
 #include "tools/qx/options/LongWorkOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "tools/qx/options/Options.h"
@@ -14,18 +16,39 @@ FrameProgress::Style LongWorkOptions::style() const {
                             : static_cast<FrameProgress::Style>(choice("--progress", progress, styles));
 }
 
-scene::FrameList LongWorkOptions::part_of(const scene::FrameList& frames) const {
-    if (shard.empty()) return frames;
+LongWorkOptions::Share LongWorkOptions::share_of(int frames) const {
     const auto slash = shard.find('/');
     if (slash == std::string::npos) throw WrongUsage("--shard " + shard + ": not a part I/N, such as 2/8");
     const int parts = whole_number("--shard", shard.substr(slash + 1), 1, scene::kMostFrame);
     const int part = whole_number("--shard", shard.substr(0, slash), 1, parts);
-    if (part > frames.count()) {
-        throw WrongUsage("--shard " + shard + ": there are " + std::to_string(frames.count()) + " frames only");
-    }
+    if (part > frames) throw WrongUsage("--shard " + shard + ": there are " + std::to_string(frames) + " frames only");
+    return {part, parts};
+}
+
+scene::FrameList LongWorkOptions::part_of(const scene::FrameList& frames) const {
+    if (shard.empty()) return frames;
+    const Share share = share_of(frames.count());
     std::vector<scene::FrameRange> own;
-    for (int i = part - 1; i < frames.count(); i += parts) own.push_back({frames.frame(i), frames.frame(i), 1});
+    for (int i = share.part - 1; i < frames.count(); i += share.parts)
+        own.push_back({frames.frame(i), frames.frame(i), 1});
     return scene::FrameList(std::move(own));
+}
+
+scene::FrameRange LongWorkOptions::row_of(const scene::FrameRange& frames) const {
+    if (shard.empty()) return frames;
+    const Share share = share_of(frames.count());
+    const int parts = std::min(share.parts, frames.count());  // none is empty
+    const auto begin = [&](int part) { return static_cast<int>(std::int64_t{frames.count()} * part / parts); };
+    return {frames.frame(begin(share.part - 1)), frames.frame(begin(share.part) - 1), frames.step};
+}
+
+void LongWorkOptions::check_for_movie() const {
+    const char* const only_pictures = resume          ? "--resume"
+                                      : keep_going    ? "--keep-going"
+                                      : shard.empty() ? nullptr
+                                                      : "--shard";
+    if (only_pictures != nullptr)
+        throw WrongUsage(std::string(only_pictures) + " is for pictures, a movie is made as a whole");
 }
 
 void add_long_work_options(CLI::App& command, LongWorkOptions& options) {
@@ -33,14 +56,11 @@ void add_long_work_options(CLI::App& command, LongWorkOptions& options) {
         command.add_flag(name, to, help)->disable_flag_override();
     };
     flag("--resume", options.resume,
-         "leave frames alone that are there, whole, and of this very job: made by the same scene, depth, options and "
+         "leave frames alone that are there, whole, and of this very job: made from the same by the same options and "
          "version");
     flag("--keep-going", options.keep_going,
          "make the other frames when one fails, and tell at the end which did; exit status 5");
-    command
-        .add_option("--shard", options.shard,
-                    "one part of N equal ones: every Nth frame from the Ith on, for a machine of a farm")
-        ->type_name("I/N");
+    command.add_option("--shard", options.shard, "the Ith of N equal parts, for a machine of a farm")->type_name("I/N");
     command
         .add_option("--progress", options.progress,
                     "what is told of frames on standard error: a line on a terminal, json a line each, or none "

@@ -65,6 +65,13 @@ int RetimeCommandOptions::pairs_number() const {
 
 bool RetimeCommandOptions::drops_audio() const { return !audio.empty() && choice("--audio", audio, kAudioWords) == 1; }
 
+std::string RetimeCommandOptions::words() const {
+    std::string all = flow.words() + encoding.words();
+    for (const auto* text : {&input, &in, &method, &depth, &cuts, &on_cut}) all += '\n' + *text;
+    for (const bool is_on : {gaps, reading.as_stored}) all += is_on ? '1' : '0';
+    return all;
+}
+
 void RetimeCommandOptions::check() const {
     const auto refuse_with = [](const char* option, bool is_there, const char* words) {
         if (is_there) throw WrongUsage(std::string(option) + " " + words);
@@ -94,8 +101,10 @@ void RetimeCommandOptions::check() const {
         refuse_with("--gaps", gaps, "is for numbered pictures, INPUT has no place for a number");
     }
     const bool movie = output_is_movie();
-    refuse_with("--resume", resume && movie, "is for pictures, a movie is made as a whole");
-    refuse_with("--resume", resume && pictures::is_standard_output(output), "is for files, not for standard output");
+    work.style();
+    if (movie) work.check_for_movie();
+    refuse_with("--resume", work.resume && pictures::is_standard_output(output),
+                "is for files, not for standard output");
     refuse_with("--lossless", lossless && !movie, "is for movies");
     refuse_with("--audio", !audio.empty() && !movie, "is for movies");
 }
@@ -145,9 +154,9 @@ scene::RetimeOptions RetimeCommandOptions::retime_options(const scene::Clip& cli
 
 scene::FrameRange RetimeCommandOptions::range(const scene::TimeMap& map) const {
     const scene::FrameRange& all = map.numbers();
-    if (frames.empty()) return all;
+    if (frames.empty()) return work.row_of(all);
     const auto part = value_of("--frames", [&] { return scene::frame_range(frames); });
-    if (part.first >= all.first && part.last <= all.last) return part;
+    if (part.first >= all.first && part.last <= all.last) return work.row_of(part);
     throw WrongUsage("--frames " + frames + ": the results are " + std::to_string(all.first) + " to " +
                      std::to_string(all.last));
 }
@@ -174,7 +183,7 @@ void add_retime_options(CLI::App& command, RetimeCommandOptions& options) {
     add("--on-cut", options.on_cut, "between shots: the nearer frame, or a mix (default: hold)", "hold|blend");
     add("--frames", options.frames, "results to make, every STEPth (default: all)", "A-B[xSTEP]");
     add("--start", options.start, "number of the first result (default: 1)", "N");
-    add_switch("--resume", options.resume, "leave frames alone whose file is there and whole");
+    add_long_work_options(command, options.work);
     add_switch("--lossless", options.lossless, "a movie that keeps every bit, in mkv");
     add("--audio", options.audio, "of a movie at its own speed (default: copy)", "copy|drop");
     add("--pairs", options.pairs, "pairs of frames at work at once (default: as threads and memory have room)", "N");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/qx/work/RenderStages.h"
+#include "tools/qx/work/LongWork.h"
 
 #include <sys/resource.h>
 
@@ -7,9 +7,30 @@
 #include <cstdio>
 
 #include "pictures/Picture.h"
+#include "scene/Faults.h"
+#include "tools/qx/Library.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
+
+std::string fault_of(const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const pictures::Failure& fault) {
+        return fault.what();
+    } catch (const scene::WorkFault& fault) {
+        return fault.subject() + ": " + reason_of(fault.code());
+    }
+    return "";
+}
+
+void tell_failures(const std::vector<int>& failures, int frames) {
+    if (failures.empty()) return;
+    std::string list;
+    for (const int frame : failures) list += (list.empty() ? "" : ",") + std::to_string(frame);
+    say_error(std::to_string(failures.size()) + " of " + std::to_string(frames) + " frames failed: " + list);
+    throw EndedWith{kSomeFailed};
+}
 
 void tell_stats(const FrameProgress& progress, const Stages& stages) {
     rusage used{};

@@ -2,7 +2,6 @@
 #include "tools/qx/work/RenderJob.h"
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 
 #include "pictures/Dither.h"
@@ -22,7 +21,7 @@
 #include "tools/qx/work/Fingerprint.h"
 #include "tools/qx/work/Flatten.h"
 #include "tools/qx/work/FrameFiles.h"
-#include "tools/qx/work/RenderStages.h"
+#include "tools/qx/work/LongWork.h"
 
 namespace qx::tool {
 namespace {
@@ -122,27 +121,6 @@ MadeFrame make_picture(const Job& job, int number, const std::string& name, Stag
     return made;
 }
 
-/// What is said of a frame that others need not wait for; a stop and a want of memory pass on.
-std::string fault_of(const std::function<void()>& work) {
-    try {
-        work();
-    } catch (const pictures::Failure& fault) {
-        return fault.what();
-    } catch (const scene::WorkFault& fault) {
-        return fault.subject() + ": " + reason_of(fault.code());
-    }
-    return "";
-}
-
-/// Throws the status of a job of which some frames are missing.
-void tell_failures(const FrameProgress& progress, int frames) {
-    if (progress.failures().empty()) return;
-    std::string list;
-    for (const int frame : progress.failures()) list += (list.empty() ? "" : ",") + std::to_string(frame);
-    say_error(std::to_string(progress.failures().size()) + " of " + std::to_string(frames) + " frames failed: " + list);
-    throw EndedWith{kSomeFailed};
-}
-
 void make_pictures(const Job& job, const scene::FramePattern& names) {
     FrameProgress progress(job.frames.count(), job.options.work.style());
     NotesOnce once;
@@ -171,7 +149,7 @@ void make_pictures(const Job& job, const scene::FramePattern& names) {
     scene::in_order(job.frames.count(), job.at_once(), job.watch, make);
     pictures::flush_disk_of(names.name(job.frames.frame(0)));
     if (job.options.work.stats) tell_stats(progress, stages);
-    tell_failures(progress, job.frames.count());
+    tell_failures(progress.failures(), job.frames.count());
 }
 
 /// The frame whose background tells the space, whatever part of a scene is rendered.
@@ -201,13 +179,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, 
 }
 
 void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options) {
-    const LongWorkOptions& work = options.work;
-    const char* const only_pictures = work.resume          ? "--resume"
-                                      : work.keep_going    ? "--keep-going"
-                                      : work.shard.empty() ? nullptr
-                                                           : "--shard";
-    if (only_pictures != nullptr)
-        throw WrongUsage(std::string(only_pictures) + " is for pictures, a movie is made as a whole");
+    options.work.check_for_movie();
     const Library library;
     SignalWatch watch;
     scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);

@@ -25,8 +25,6 @@ struct RenderOptions {
     std::vector<std::string> effect_folders;
 };
 
-inline constexpr int kSomeFailed = 5;  ///< the status where others could be made
-
 /// Both throw WrongUsage, and what SceneRender throws.
 void render_pictures(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options);
 void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options);

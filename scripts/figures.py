@@ -20,6 +20,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(__file__), "..", "examples"))
 from png import write_png  # noqa: E402
 
 RUNS = 5
+STARTS = 40
 FRAMES = 60
 
 
@@ -104,6 +105,16 @@ def jobs(qx, folder):
     ]
 
 
+def cell(what, command):
+    """Of one program: its time, and but for start-up its memory where it is one process."""
+    if command is None:
+        return ""
+    if "start-up" in what:
+        return f"{least(command, STARTS)[1] * 1000:.0f} ms of processor"
+    seconds = f"{least(command, 2 if 'frames' in what else RUNS)[0]:.2f} s"
+    return seconds if isinstance(command, str) else f"{seconds}, {memory(command):.0f} MB"
+
+
 def main():
     qx = os.path.abspath(sys.argv[1])
     programs = ["qx"] + [p for p in ("convert", "gm", "ffmpeg") if shutil.which(p)]
@@ -114,19 +125,10 @@ def main():
                                            ("wide.png", 1280, 720, False), ("layer.png", 640, 480, True)):
             picture(qx, os.path.join(folder, name), width, height, alpha, len(name) + width)
         for what, commands in jobs(qx, folder):
-            cells = []
-            for program in programs:
-                command = commands.get(program)
-                if command is None:
-                    cells.append("")
-                    continue
-                seconds, processor = least(command, 2 if "frames" in what else RUNS)
-                words = f"{processor * 1000:.0f} ms of processor" if "start-up" in what else f"{seconds:.2f} s"
-                if not isinstance(command, str) and "start-up" not in what:
-                    words += f", {memory(command):.0f} MB"
-                cells.append(words)
+            cells = [cell(what, commands.get(program)) for program in programs]
             print(f"| {what} | " + " | ".join(cells) + " |", flush=True)
-    print(f"\n{os.cpu_count()} processors; least of {RUNS} runs. `convert` is ImageMagick's, `gm` GraphicsMagick's.")
+    print(f"\n{os.cpu_count()} processors; least of some runs; each program with its own settings of PNG. `convert` is "
+          "ImageMagick's, `gm` GraphicsMagick's.")
 
 
 main()

@@ -5,7 +5,7 @@ JOBS = 2
 PREFIX = /usr/local
 SAMPLES = /usr/share/matplotlib/mpl-data/sample_data
 
-.PHONY: all setup build run test test-release test-dev test-threads test-view test-farm renders failures mutants reference figures mode-pages bench bench-table tidy install clean
+.PHONY: all setup build product run test test-release test-dev test-threads test-view test-farm renders failures mutants reference figures mode-pages bench bench-table tidy install clean
 
 all: build
 
@@ -16,7 +16,12 @@ build: setup
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) -j $(JOBS)
 
-run: build
+# What is installed, without tests and benches.
+product: setup
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) -j $(JOBS) --target product
+
+run: product
 	@sh scripts/example.sh build/$(PRESET)/bin/qx $(SAMPLES) out
 
 test: test-release test-dev test-threads
@@ -39,7 +44,7 @@ bench-table: build
 	python3 scripts/bench-table.py build/$(PRESET) $(LINES)
 
 # make figures: those of README, beside the tools that are installed
-figures: build
+figures: product
 	python3 scripts/figures.py build/$(PRESET)/bin/qx
 
 # make mode-pages: a page for each mode, in docs/modes
@@ -75,7 +80,7 @@ mutants: setup
 tidy: build
 	sh scripts/tidy.sh build/$(PRESET)
 
-install: build
+install: product
 	cmake --install build/$(PRESET) --prefix $(PREFIX)
 
 clean:

@@ -1,6 +1,12 @@
 # Headers, libraries, a CMake package QX (target QX::QX) and a pkg-config file qx.
 include(CMakePackageConfigHelpers)
 
+# All that is installed, without tests and benches.
+add_custom_target(product DEPENDS QX QXHost)
+if(QX_BUILD_TOOLS)
+  add_dependencies(product qx qx_texts)
+endif()
+
 set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/qx)
 install(TARGETS QX QXHost EXPORT QXTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(EXPORT QXTargets NAMESPACE QX:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QX)

@@ -30,6 +30,8 @@ bool is_movie(const std::string& path) {
     return std::find(std::begin(kEndings), std::end(kEndings), extension_of(path)) != std::end(kEndings);
 }
 
+bool is_read_as_movie(const std::string& path) { return is_movie(path) && !is_picture(path); }
+
 std::string movie_endings() {
     std::string all;
     for (const char* ending : kEndings) all += (all.empty() ? "" : ", ") + std::string(ending);

@@ -40,6 +40,9 @@ struct Scene {
 /// @param faults  gets those of the scene's parts, one of each, in place of the first one being thrown; a scene with
 ///                some is none
 Scene read_scene(const std::string& path, EffectSource* others = nullptr, std::vector<std::string>* faults = nullptr);
+/// The same of what a file would hold. @param path  what the text is called in faults; names count from its folder
+Scene read_scene_text(const std::string& text, const std::string& path, EffectSource* others = nullptr,
+                      std::vector<std::string>* faults = nullptr);
 
 /// Throws SceneFault for choices of colour that do not go together: what needs a space where there is none, and a space
 /// of a background that is no picture.

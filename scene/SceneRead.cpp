@@ -153,7 +153,12 @@ struct Tree {
 }  // namespace
 
 Scene read_scene(const std::string& path, EffectSource* others, std::vector<std::string>* faults) {
-    const Tree tree{parse_json(text_of_file(path), path)};
+    return read_scene_text(text_of_file(path), path, others, faults);
+}
+
+Scene read_scene_text(const std::string& text, const std::string& path, EffectSource* others,
+                      std::vector<std::string>* faults) {
+    const Tree tree{parse_json(text, path)};
     Scene scene = Reader(path, others, faults).read(SceneNode(tree.value, path));
     scene.text = tree.value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return scene;

@@ -14,6 +14,7 @@
 #include "scene/LayerWords.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
+#include "tools/qx/subcommands/CompMovie.h"
 #include "tools/qx/subcommands/CompOptions.h"
 #include "tools/qx/subcommands/CompScene.h"
 #include "tools/qx/terminal/Interrupt.h"
@@ -219,8 +220,9 @@ void finish_colours(const CompOptions& options, const scene::WorkingSpace& space
 
 void run(const CompOptions& options) {
     apply_common_options(options.common);
-    check_output_option(options.output);
     options.encoding.check(options.output);
+    if (is_of_movies(options)) return comp_movies(options);
+    check_output_option(options.output);
     const int asked = options.asked_depth();
     std::optional<CompScene> scene;
     if (!options.scene.empty()) scene.emplace(options);

@@ -118,7 +118,8 @@ const LayerOption kLayerOptions[] = {
 
 const char* const kFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
 first LAYER hold for all layers. Layers are composited in the order given. Mode names are
-those of `qx modes`, with - or _.
+those of `qx modes`, with - or _. With movies among them, each frame is composited: as many as the
+background has, or of layers the longest, at its rate and with the audio of the background.
 
 Example:
   qx comp photo.jpg logo.png --mode screen --opacity 0.5 --at 40,40 -o out.png
@@ -126,7 +127,8 @@ Example:
   qx comp a.tif b.tif --mode multiply c.exr --mode add --depth 32 -o out.exr
   qx comp photo.jpg wide.png --space srgb --linear profile -o out.png
   qx comp photo.jpg logo.png --effect blur:radius=4 --effect ./shadow.so:opacity=0.6 -o out.png
-  qx comp photo.jpg logo.png --at 40,40 --emit-scene scene.json -o out.png)";
+  qx comp photo.jpg logo.png --at 40,40 --emit-scene scene.json -o out.png
+  qx comp clip.mp4 logo.png --gravity south-east --at 16,16 --opacity 0.5 -o marked.mp4)";
 
 void check(const LayerOptions& layer) {
     if (layer.matrix && layer.placing) {
@@ -164,6 +166,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
                     "also write a scene file of which `qx render` makes the same picture")
         ->type_name("FILE.json");
     add_picture_options(command, common_);
+    add_movie_options(command, common_.encoding);
     command.footer(kFooter);
     set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
 }

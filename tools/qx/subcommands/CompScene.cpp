@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "pictures/Movie.h"
 #include "platform/standalone/Colour.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
@@ -46,7 +47,7 @@ bool is_own_effect(const std::string& name) {
 }  // namespace
 
 CompScene::CompScene(const CompOptions& options) : options_(options) {
-    check_place();
+    if (!options.scene.empty()) check_place();
     scene_["depth"] = 8;
     scene_["frames"] = {0, 0};
     if (options.reading.as_stored) scene_["orient"] = false;
@@ -65,7 +66,8 @@ CompScene::CompScene(const CompOptions& options) : options_(options) {
 }
 
 void CompScene::refuse(const std::string& words) const {
-    throw WrongUsage("--emit-scene " + options_.scene + ": " + words);
+    throw WrongUsage((options_.scene.empty() ? "-o " + options_.output : "--emit-scene " + options_.scene) + ": " +
+                     words);
 }
 
 /// It is none of the files that the line reads or writes.
@@ -86,6 +88,7 @@ void CompScene::check_place() const {
 }
 
 std::string CompScene::name_of(const std::string& path) const {
+    if (options_.scene.empty()) return path;
     const fs::path folder = fs::absolute(options_.scene).parent_path();
     return fs::absolute(path).lexically_proximate(folder).string();
 }
@@ -96,8 +99,12 @@ std::string CompScene::profile_of(const std::string& text) const {
 }
 
 Json CompScene::file_of(const std::string& path, const std::string& profile) const {
-    if (profile.empty()) return name_of(path);
-    return {{"name", name_of(path)}, {"profile", profile_of(profile)}};
+    const bool is_clip = pictures::is_read_as_movie(path);
+    if (profile.empty() && !is_clip) return name_of(path);
+    Json file{{is_clip ? "clip" : "name", name_of(path)}};
+    if (is_clip) file["method"] = "nearest";  // of another rate: whole frames, as players show them
+    if (!profile.empty()) file["profile"] = profile_of(profile);
+    return file;
 }
 
 Json CompScene::layer_of(const LayerOptions& layer, const scene::Settled& place) const {
@@ -105,7 +112,7 @@ Json CompScene::layer_of(const LayerOptions& layer, const scene::Settled& place)
     if (layer.opacity != 1) told["opacity"] = short_number(layer.opacity);
     if (!layer.mask_file.empty()) {
         const Place at = layer.has_mask_at ? layer.mask_at : Place{place.x, place.y};
-        told["mask"] = {{"file", name_of(layer.mask_file)}, {"at", {at.x, at.y}}};
+        told["mask"] = {{"file", file_of(layer.mask_file, "")}, {"at", {at.x, at.y}}};
         if (layer.mask_kind) told["mask"]["kind"] = scene::kMaskKindWords[*layer.mask_kind];
     }
     host::EffectFolders folders(options_.effect_folders);
@@ -197,8 +204,13 @@ void CompScene::settle(int depth, const std::vector<scene::Settled>& places) {
     for (std::size_t i = 0; i < places.size(); ++i) scene_["layers"][i] = layer_of(options_.layers[i], places[i]);
 }
 
+void CompScene::set_frames(int count, const scene::Rational& rate) {
+    scene_["frames"] = {0, count - 1};
+    scene_["rate"] = {rate.number(), rate.per()};
+}
+
 void CompScene::write() {
-    const std::string text = scene_.dump(2) + "\n";
+    const std::string text = this->text();
     file_ = std::make_unique<pictures::OutputFile>(options_.scene);
     file_->write(text.data(), text.size());
     file_->finish();

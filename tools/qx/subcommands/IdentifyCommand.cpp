@@ -119,8 +119,7 @@ Told identify_movie(const std::string& file) {
 }
 
 Told identify(const std::string& file, pictures::Watch& watch) {
-    const bool is_movie = pictures::is_movie(file) && !pictures::is_picture(file);
-    return is_movie ? identify_movie(file) : identify_picture(file, watch);
+    return pictures::is_read_as_movie(file) ? identify_movie(file) : identify_picture(file, watch);
 }
 
 std::string in_words(const Json& value) {

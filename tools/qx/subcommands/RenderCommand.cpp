@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "pictures/Movie.h"
-#include "platform/standalone/Cache.h"
 #include "scene/Faults.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/options/EffectArgument.h"
@@ -34,9 +32,6 @@ scene::FrameList frames_of(const RenderOptions& options, const scene::Scene& sce
     if (const auto frames = frames_asked(options.frames, scene)) return *frames;
     throw WrongUsage("--frames A-B is needed, the scene tells no frames");
 }
-
-/// What players of movies take frames for.
-scene::Profile movie_profile() { return scene::profile_of_text("rec709-2.4"); }
 
 /// Looks at all of a scene, and tells each fault in a line of its own.
 void check(const RenderOptions& options, host::EffectFolders& folders) {
@@ -68,17 +63,12 @@ void run(RenderOptions options) {
     if (options.output.empty()) throw WrongUsage("--output is required (see qx --help)");
     options.encoding.check(options.output);
     options.cache.apply();
-    const bool movie = pictures::is_movie(options.output);
     scene::Scene scene = scene::read_scene(options.scene, &folders);
     options.encoding.take(scene.output, options.output);
     options.encoding.check(options.output);
     settle(scene, options.depth, options.colours);
-    if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();
     options.work.style();
-    const scene::FrameList frames = options.work.part_of(frames_of(options, scene));
-    scene::check_files(scene, frames);
-    (movie ? render_movie : render_pictures)(scene, frames, options);
-    if (const std::string note = standalone::CacheNote(); !note.empty()) say_note(note);
+    render_scene(scene, options.work.part_of(frames_of(options, scene)), options);
 }
 
 }  // namespace

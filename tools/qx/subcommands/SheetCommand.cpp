@@ -78,7 +78,7 @@ std::vector<Cell> cells_of(const SheetOptions& options) {
             const auto numbers = scene::numbers_there(pattern);
             if (numbers.empty()) throw pictures::Failure(input, "no frame is there");
             for (const int number : numbers) cells.push_back(cell_of_file(pattern.name(number), reading));
-        } else if (!pictures::is_picture(input) && pictures::is_movie(input)) {
+        } else if (pictures::is_read_as_movie(input)) {
             add_movie(input, frames, cells);
         } else {
             cells.push_back(cell_of_file(input, reading));

@@ -8,6 +8,7 @@
 #include "pictures/Light.h"
 #include "pictures/Losses.h"
 #include "pictures/Movie.h"
+#include "platform/standalone/Cache.h"
 #include "platform/standalone/Host.h"
 #include "scene/Faults.h"
 #include "scene/InOrder.h"
@@ -157,7 +158,10 @@ int first_of(const scene::Scene& scene, const scene::FrameList& frames) {
     return scene.frames ? scene.frames->frame(0) : frames.frame(0);
 }
 
-}  // namespace
+void check_inputs_stay(const scene::Scene& scene, const scene::FrameList& frames, const scene::FramePattern& names) {
+    if (const auto input = scene::overwritten(scene, frames, names))
+        throw WrongUsage("-o " + input->path + ": is a picture of the scene, at " + input->place);
+}
 
 void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, const RenderOptions& options) {
     const scene::FrameList frames = listed.once();  // a movie shows a frame as often as it is listed
@@ -168,9 +172,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, 
     check_frames_option(names.name(frames.frame(0)));
     if (options.work.resume && pictures::is_standard_output(options.output))
         throw WrongUsage("--resume is for files, not for standard output");
-    if (const auto input = scene::overwritten(scene, frames, names)) {
-        throw WrongUsage("-o " + input->path + ": is a picture of the scene, at " + input->place);
-    }
+    check_inputs_stay(scene, frames, names);
     const Library library;
     SignalWatch watch;
     scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
@@ -180,6 +182,7 @@ void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, 
 
 void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options) {
     options.work.check_for_movie();
+    check_inputs_stay(scene, frames, scene::FramePattern::plain(options.output));
     const Library library;
     SignalWatch watch;
     scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
@@ -187,8 +190,11 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
     render.size(frames.frame(0), watch, &width, &height);
     const auto colours =
         scene.colours.output ? scene::movie_colours_of(scene.colours.output) : pictures::MovieColours{};
-    const pictures::MovieSettings settings{
-        .rate = scene.rate, .encoding = options.encoding.movie_encoding(), .colours = colours};
+    const pictures::MovieSettings settings{.rate = scene.rate,
+                                           .encoding = options.encoding.movie_encoding(),
+                                           .colours = colours,
+                                           .audio = options.audio.file,
+                                           .audio_start = {options.audio.start.number(), options.audio.start.per()}};
     pictures::MovieFile movie(options.output, width, height, settings);
     const std::optional<QX_PixelFloat> ground = options.encoding.ground();
     FrameProgress progress(frames.count(), options.work.style());
@@ -221,6 +227,19 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
     pictures::flush_disk_of(options.output);
     if (options.work.stats) tell_stats(progress, stages);
     say_detail(options.output, "written");
+}
+
+/// What players of movies take frames for.
+scene::Profile movie_profile() { return scene::profile_of_text("rec709-2.4"); }
+
+}  // namespace
+
+void render_scene(scene::Scene scene, const scene::FrameList& frames, const RenderOptions& options) {
+    const bool movie = pictures::is_movie(options.output);
+    if (movie && scene.colours.has_space && !scene.colours.output) scene.colours.output = movie_profile();
+    scene::check_files(scene, frames);
+    (movie ? render_movie : render_pictures)(scene, frames, options);
+    if (const std::string note = standalone::CacheNote(); !note.empty()) say_note(note);
 }
 
 }  // namespace qx::tool

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "scene/Frames.h"
+#include "scene/Rational.h"
 #include "scene/Scene.h"
 #include "tools/qx/options/CacheOptions.h"
 #include "tools/qx/options/ColourOptions.h"
@@ -20,13 +21,17 @@ struct RenderOptions {
     ColourOptions colours;
     CacheOptions cache;
     std::string scene, output, frames, depth, memory;
+    struct Audio {
+        std::string file;          ///< a movie whose audio goes into that which is written; empty for none
+        scene::Rational start{0};  ///< seconds of it, at which the first frame comes
+    } audio;
     LongWorkOptions work;
     bool check = false;
     std::vector<std::string> effect_folders;
 };
 
-/// Both throw WrongUsage, and what SceneRender throws.
-void render_pictures(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options);
-void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options);
+/// Makes pictures or a movie, as `output` says; of the options it takes what is no choice of the scene. Throws
+/// WrongUsage, and what SceneRender throws.
+void render_scene(scene::Scene scene, const scene::FrameList& frames, const RenderOptions& options);
 
 }  // namespace qx::tool

@@ -177,6 +177,7 @@ void Decoder::look_at_first_frame() {
     depth_ = pixels.comp[0].depth > kBitsOfSmall ? 16 : 8;
     has_alpha_ = (pixels.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
     has_audio_ = movie_->has_audio();
+    if (const char* told = movie_->time_code()) time_code_ = told;
     tags_ = {code_of_primaries(*frame_), code_of_transfer(*frame_), code_of_matrix(*frame_),
              is_full_range(*frame_) ? AVCOL_RANGE_JPEG : code_of_range(*frame_)};
     const AVRational aspect = av_guess_sample_aspect_ratio(&movie_->format(), &movie_->video(), frame_.get());
@@ -208,6 +209,8 @@ Facts Decoder::facts() const {
     facts.regular = index_.regular;
     facts.rotated = rotated_;
     facts.numbered = index_.numbered;
+    facts.codec = avcodec_get_name(movie_->video().codecpar->codec_id);
+    facts.time_code = time_code_.empty() ? nullptr : time_code_.c_str();
     return facts;
 }
 

@@ -37,6 +37,7 @@ private:
 
     std::int64_t most_pixels_;
     std::unique_ptr<Demuxer> movie_;
+    std::string time_code_;  ///< empty for none
     Index index_;
     Codec codec_;
     Packet packet_;

@@ -77,6 +77,18 @@ Demuxer::Demuxer(const char* file, std::int64_t most_pixels)
     if (std::int64_t{codec.width} * codec.height > most_pixels) throw Failure("frames of " + size + " are too large");
 }
 
+const char* Demuxer::time_code() const {
+    const auto told = [](const AVDictionary* words) -> const char* {
+        const AVDictionaryEntry* const entry = av_dict_get(words, "timecode", nullptr, 0);
+        return entry != nullptr ? entry->value : nullptr;
+    };
+    if (const char* own = told(video_->metadata)) return own;
+    for (unsigned i = 0; i < format_->nb_streams; ++i) {
+        if (const char* beside = told(format_->streams[i]->metadata)) return beside;
+    }
+    return told(format_->metadata);
+}
+
 bool Demuxer::has_audio() const {
     return av_find_best_stream(format_.get(), AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0) >= 0;
 }

@@ -20,6 +20,8 @@ public:
     AVFormatContext& format() const { return *format_; }
     AVStream& video() const { return *video_; }
     bool has_audio() const;
+    /// Of the first frame, as hours:minutes:seconds:frames; null where no stream tells one.
+    const char* time_code() const;
     const std::string& file() const { return file_; }
 
     /// Leaves packets of other streams unread.

@@ -9,7 +9,7 @@
 /// start-up and licence of all else are free of them.
 namespace qx::movie {
 
-inline constexpr int kVersion = 4;
+inline constexpr int kVersion = 5;
 inline constexpr const char* kFileName = "libqxmovie.so";
 inline constexpr const char* kEntryName = "qx_movie_routines";
 inline constexpr std::int64_t kMostFrames = 9'999'999;
@@ -60,9 +60,11 @@ struct Facts {
     /// Frame i comes at stamps[i], and the last one ends at stamps[frames]; they rise. Kept by the movie.
     const std::int64_t* stamps;
     std::int64_t frames;
-    bool regular;   ///< frame i would be i / rate behind the first, had the stamps no units
-    bool rotated;   ///< by an angle that orientation cannot tell
-    bool numbered;  ///< its stamps are missing or fall: they are numbers of frames
+    bool regular;           ///< frame i would be i / rate behind the first, had the stamps no units
+    bool rotated;           ///< by an angle that orientation cannot tell
+    bool numbered;          ///< its stamps are missing or fall: they are numbers of frames
+    const char* codec;      ///< by the name of its decoder's kind
+    const char* time_code;  ///< of the first frame, as the file has it; null for none. Kept by the movie
 };
 
 /// Formats of pictures, by what they are decoded with.

@@ -110,7 +110,9 @@ Told identify_movie(const std::string& file) {
                  {"rate", {facts.rate.number, facts.rate.per}},
                  {"seconds", seconds},
                  {"audio", facts.has_audio},
+                 {"codec", facts.codec},
                  {"codes", {facts.tags.primaries, facts.tags.transfer, facts.tags.matrix, facts.tags.range}}};
+    if (facts.time_code != nullptr) told.json["time_code"] = facts.time_code;
     if (facts.showing.orientation != 1) told.json["orientation"] = facts.showing.orientation;
     const auto& aspect = facts.showing.aspect;
     if (aspect.number != aspect.per) told.json["pixel_aspect"] = {aspect.number, aspect.per};

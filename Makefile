@@ -60,10 +60,11 @@ test-view: build
 	@sh scripts/setup.sh packages-view.txt
 	python3 tests/view/browser.py build/$(PRESET)/bin/qx build/view
 
-# make test-farm: two nodes of Slurm on this machine, one of which is killed midway
-test-farm: build
+# make test-farm: two nodes of Slurm and workers of Dask on this machine, of which one is killed midway
+test-farm: product
 	@sh scripts/setup.sh packages-farm.txt
 	python3 tests/farm/two_nodes.py build/$(PRESET)/bin/qx build/farm
+	/usr/bin/python3 tests/farm/dask_workers.py build/$(PRESET)/bin/qx build/dask
 
 # make renders OTHER=/path/of/another/build: whether both make the same renders, bit for bit
 renders: build

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "pictures/Carried.h"
+#include "pictures/FileName.h"
 #include "pictures/OwnModule.h"
 #include "pictures/Picture.h"
 
@@ -13,6 +14,12 @@ namespace qx::pictures {
 namespace {
 
 constexpr const char* kEndings[] = {"mp4", "mov", "mkv", "webm", "avi", "nut"};
+/// What movies begin with that have no name: NUT, Matroska and WebM, MP4 and MOV, AVI.
+struct Head {
+    std::size_t at;
+    const char* bytes;
+};
+constexpr Head kHeads[] = {{0, "nut/multimedia"}, {0, "\x1A\x45\xDF\xA3"}, {4, "ftyp"}, {8, "AVI "}};
 constexpr std::int64_t kMostBytes = INT32_MAX;  // of a frame's pixels, as worlds have it
 
 }  // namespace
@@ -30,7 +37,11 @@ bool is_movie(const std::string& path) {
     return std::find(std::begin(kEndings), std::end(kEndings), extension_of(path)) != std::end(kEndings);
 }
 
-bool is_read_as_movie(const std::string& path) { return is_movie(path) && !is_picture(path); }
+bool is_read_as_movie(const std::string& path) {
+    if (!is_standard_input(path)) return is_movie(path) && !is_picture(path);
+    const InputFile file(path);
+    return std::ranges::any_of(kHeads, [&](const Head& head) { return file.holds(head.bytes, head.at); });
+}
 
 std::string movie_endings() {
     std::string all;

@@ -25,7 +25,8 @@ const movie::Routines* movie_routines(const std::string& path, const char* what)
 
 /// True for a name that tells a movie.
 bool is_movie(const std::string& path);
-/// True for a file that is to be read as one: it has such a name, and no picture's head. Throws Failure.
+/// True for a file that is to be read as one: it has such a name, and no picture's head; standard input a movie's head.
+/// Throws Failure.
 bool is_read_as_movie(const std::string& path);
 /// The endings of movies, with commas between.
 std::string movie_endings();

@@ -272,7 +272,8 @@ std::unique_ptr<OutputFile> write_into(const Open& open, const std::string& path
     const bool transparent =
         file_depth == 16 ? any_alpha_but<QX_Pixel16>(*out.world, kFileFull16) : any_transparency(*out.world);
     if (transparent && !format.holds_alpha) {
-        throw Failure(path, std::string("the result is partly transparent, which ") + format.name + " cannot hold");
+        throw Failure(path, std::string("the result is partly transparent, which ") + format.name +
+                                " cannot hold; flatten it onto a colour");
     }
     errno = 0;
     try {

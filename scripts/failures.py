@@ -34,6 +34,13 @@ SCENE = """{"size": [24, 90], "rate": 24, "frames": [1, 2], "background": "opaqu
    "transform": {"anchor": [12, 8], "rotate": 20,
     "translate": {"keys": [{"frame": 1, "value": [3, 4]}, {"frame": 2, "value": [12, 8]}]}}}]}"""
 
+GROUP = """{"size": [24, 30], "frames": [1, 2], "layers": [
+  {"name": "sky", "gradient": {"from": [0, 0], "to": [0, 30], "stops": [{"at": 0, "colour": [0, 0, 1]}, {"at": 1,
+   "colour": [1, 0, 0]}]}},
+  {"name": "pair", "opacity": 0.5, "layers": [{"solid": [1, 0, 0], "size": [9, 9]}, {"file": "p8.png", "at": [3, 3]}],
+   "matte-layer": {"layer": "sky", "kind": "luma"}},
+  {"text": "QX", "size": 12, "transform": {"translate": [4, 20]}}]}"""
+
 # Pictures that the command lines read, made by the command itself from two.
 INPUTS = [
     "comp opaque.png p8.png -o p8.jpg",
@@ -78,12 +85,20 @@ LINES = [
     "comp opaque.png p16.tif --profile display-p3 --space srgb --linear profile -j 2 -o OUT/space.png",
     "render scene.json --space background --linearize --to display-p3 --depth 32 -j 2 -o OUT/#.tif",
     "guess-alpha p8.png -j 2 -o OUT/repaired.png",
+    "convert light.hdr --resize 12x -j 2 -o OUT/light.exr",
+    "convert plain.bmp -j 2 -o OUT/plain.png",
+    "convert half.exr:R -j 2 -o OUT/red.png",
+    "convert turned.jpg --channels bgra --depth 16 -j 2 -o OUT/turned.png",
+    "convert p8.png --flatten 1,0,0.5 --jpeg-quality 60 -j 2 -o OUT/flat.jpg",
+    "sheet p8.png plain.bmp --label -j 2 -o OUT/sheet.png",
     "retime clip.#.png --in 1-2 --speed 0.5 --no-cache -j 2 -o OUT/#.png",
+    "retime clip.#.png --in 1-2 --speed 0.2 --no-cache --shard 2/2 --resume --stats -j 2 -o OUT/#.tif",
     "flow clip.1.png clip.2.png -j 2 -o OUT/field.flo",
     "render scene.json -j 2 -o OUT/#.png",
     "render scene.json -j 2 --depth 16 -o OUT/#.tif",
     "render scene.json -j 2 --depth 32 -o OUT/#.exr",
     "render scene.json -j 2 -o OUT/#.jpg",
+    "render group.json --resume -j 2 -o OUT/#.png",
 ]
 
 
@@ -108,6 +123,24 @@ def png(has_alpha: bool) -> bytes:
         chunk(b"IDAT", zlib.compress(b"".join(b"\0" + row for row in rows))),
         chunk(b"IEND", b""),
     ])
+
+
+def bmp() -> bytes:
+    """24 times 7 pixels of 24 bits."""
+    pixels = bytes(i * 7 & 255 for i in range(24 * 3 * 7))
+    return b"BM" + struct.pack("<IIIIiiHHIIiiII", 54 + len(pixels), 0, 54, 40, 24, 7, 1, 24, 0, 0, 2835, 2835, 0, 0) + pixels
+
+
+def hdr() -> bytes:
+    """24 times 9 pixels of light."""
+    pixels = bytes(v for i in range(24 * 9) for v in (i + 30, 200 - i & 255, 40, 126 + i % 5))
+    return b"#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 9 +X 24\n" + pixels
+
+
+def turned(jpeg: bytes) -> bytes:
+    """The same, to be seen a quarter turn on."""
+    exif = b"Exif\0\0MM\0*" + struct.pack(">IHHHIHHI", 8, 1, 0x112, 3, 1, 6, 0, 0)
+    return jpeg[:2] + b"\xff\xe1" + struct.pack(">H", len(exif) + 2) + exif + jpeg[2:]
 
 
 class Outcome(NamedTuple):
@@ -218,11 +251,15 @@ def make_inputs(room: Room) -> None:
     (room.inputs / "p8.png").write_bytes(png(has_alpha=True))
     (room.inputs / "opaque.png").write_bytes(png(has_alpha=False))
     (room.inputs / "scene.json").write_text(SCENE)
+    (room.inputs / "group.json").write_text(GROUP)
     (room.inputs / "kernel.txt").write_text(KERNEL)
+    (room.inputs / "plain.bmp").write_bytes(bmp())
+    (room.inputs / "light.hdr").write_bytes(hdr())
     for line in INPUTS:
         made = room.run(line, {})
         if made.status != 0:
             sys.exit(f"{line}: {made.said}")
+    (room.inputs / "turned.jpg").write_bytes(turned((room.inputs / "p8.jpg").read_bytes()))
 
 
 def main() -> int:

@@ -11,15 +11,14 @@ made some frames, all of its processes are killed; the array is submitted again 
 import getpass
 import os
 import pathlib
-import shutil
 import signal
 import socket
 import subprocess
 import sys
 import time
 
-SOURCES = pathlib.Path(__file__).resolve().parents[2]
-SCENE = SOURCES / "examples" / "moving-layer" / "scene.json"
+from frames import COUNT, PATTERN, SCENE, SOURCES, check_same, new_folders
+
 SCRIPT = SOURCES / "scripts" / "farm" / "slurm.sh"
 NODES = ("qx1", "qx2")
 PATIENCE = 120  # seconds that each step may take
@@ -150,18 +149,9 @@ class Farm:
                 pass  # another user's, or ended meanwhile
 
 
-def hashes(qx, folder):
-    return subprocess.run([qx, "hash", *sorted(path.name for path in folder.glob("*.png"))], cwd=folder, check=True,
-                          stdout=subprocess.PIPE, text=True).stdout
-
-
-def plain_render(qx, folder):
-    subprocess.run([qx, "render", SCENE, "-q", "-o", folder / "f.##.png"], check=True)
-
-
 def render_with_a_death(qx, farm, shared):
     """Renders by an array whose second node dies, and by that array submitted again. Gives {frame left by the dead: its time}."""
-    first = farm.submit(qx, shared / "f.##.png")
+    first = farm.submit(qx, shared / PATTERN)
     wait_until("frames of the second task", lambda: (shared / "f.06.png").exists())
     node = farm.node_of(first, 2)
     print(f"array {first}: killing {node} with {len(list(shared.glob('f.*.png')))} frames there", flush=True)
@@ -169,10 +159,10 @@ def render_with_a_death(qx, farm, shared):
     wait_until("node to be seen as down", lambda: "down" in farm.tell("sinfo", "-h", "-n", node, "-o", "%t"))
     left = {path.name: path.stat().st_mtime_ns for path in shared.glob("f.*.png")}
     print(f"array {first}: {farm.states(first)}, {len(left)} frames", flush=True)
-    if not 20 < len(left) < 36:
+    if not COUNT // 2 < len(left) < COUNT:
         raise SystemExit(f"two_nodes: {len(left)} frames after the death of a node, which should be one share and a part")
     farm.cancel(first)
-    again = farm.submit(qx, shared / "f.##.png")
+    again = farm.submit(qx, shared / PATTERN)
     wait_until("array submitted again", lambda: set(farm.states(again).values()) == {"COMPLETED"})
     print(f"array {again}: {farm.states(again)}", flush=True)
     return left
@@ -180,19 +170,12 @@ def render_with_a_death(qx, farm, shared):
 
 def main():
     qx, folder = os.path.abspath(sys.argv[1]), pathlib.Path(sys.argv[2]).resolve()
-    shutil.rmtree(folder, ignore_errors=True)
-    plain, shared = folder / "plain", folder / "shared"
-    for one in (plain, shared):
-        one.mkdir(parents=True)
-    plain_render(qx, plain)
+    plain, shared = new_folders(qx, folder)
     with Farm(folder) as farm:
         left = render_with_a_death(qx, farm, shared)
     if {name: (shared / name).stat().st_mtime_ns for name in left} != left:
         raise SystemExit("two_nodes: frames that were whole have been made again")
-    if sorted(path.name for path in shared.iterdir()) != sorted(path.name for path in plain.iterdir()):
-        raise SystemExit(f"two_nodes: files {sorted(path.name for path in shared.iterdir())}")
-    if hashes(qx, plain) != hashes(qx, shared):
-        raise SystemExit("two_nodes: values differ from a plain run")
+    check_same(qx, plain, shared)
     print(f"{len(left)} frames stayed, the others were made by the second array: all equal to a plain run")
 
 

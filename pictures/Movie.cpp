@@ -57,7 +57,6 @@ MovieFile::MovieFile(const std::string& path, int width, int height, const Movie
       height_(height),
       depth_(settings.depth) {
     file_.check();
-    if (!settings.lossless && depth_ != 8) throw Failure(path, "only a lossless movie has 16 bits");
     const MovieColours& colours = settings.colours;
     const std::string name = "movie." + extension_of(path);
     const MovieEncoding& encoding = settings.encoding;
@@ -83,6 +82,7 @@ MovieFile::MovieFile(const std::string& path, int width, int height, const Movie
     movie::Words words{};
     movie_ = routines_->open(&asked, &words);
     check(movie_ != nullptr, words);
+    depth_ = routines_->depth(movie_);
     note_ = words.text;
 }
 
@@ -101,8 +101,6 @@ void MovieFile::add_rows(const QX_World& frame, int depth) {
     movie::Words words{};
     check(routines_->add(movie_, static_cast<const unsigned char*>(frame.data), frame.rowbytes, &words), words);
 }
-
-void MovieFile::add(const QX_World& frame) { add_rows(frame, frame.Depth() == 8 ? 8 : 0); }
 
 void MovieFile::add(const Picture& frame) {
     const QX_World& world = *frame.world;

@@ -47,7 +47,7 @@ struct MovieSettings {
     Rate aspect = {1, 1};       ///< width of a pixel by its height
     bool lossless = false;
     bool alpha = false;              ///< of a lossless movie; others have none
-    int depth = 8;                   ///< of a lossless movie: 8 or 16
+    int depth = 8;                   ///< 8 or 16: of a lossless movie, else the most that its pixels take
     std::string audio = {};          ///< a movie whose audio packets are copied; empty for none
     movie::Ratio audio_start{0, 1};  ///< the time, in seconds, of that movie at which the first frame comes
 };
@@ -61,8 +61,8 @@ public:
     MovieFile& operator=(const MovieFile&) = delete;
     /// What of its settings the movie cannot have; empty where it has all.
     const std::string& note() const { return note_; }
-    /// A world of 8 bits and of the movie's size, for a movie of that depth.
-    void add(const QX_World& frame);
+    /// 8, or 16 where that was asked for and its pixels have more than 8 bits.
+    int depth() const { return depth_; }
     /// A picture of the movie's size, at its depth or another one. Values of a 16-bit file that it carries are kept.
     void add(const Picture& frame);
     void commit();

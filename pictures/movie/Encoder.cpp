@@ -78,12 +78,48 @@ void fill_bytes(const unsigned char* from, unsigned char* to, int count) {
     }
 }
 
+/// What channels of 16 bits become.
+struct Levels {
+    std::uint32_t white = 65535;  ///< of 65535
+    int zeros = 0;                ///< bits behind it
+};
+
+/// On its way to luma the scaler has white at 255 * 256; where it comes to red, green and blue of fewer bits it drops
+/// the others, so that they are rounded before.
+Levels levels_for(AVPixelFormat format) {
+    if (is_planes(format)) return {255 * 256, 0};
+    const int bits = std::min(described(format).comp[0].depth, 16);  // floats have 32
+    return {(1u << bits) - 1, 16 - bits};
+}
+
 /// A, R, G, B of 16 bits to planes of G, B, R and, where there is one, A.
-void fill_planes(const unsigned char* from, unsigned char* const planes[4], int count) {
+void fill_planes(const unsigned char* from, unsigned char* const planes[4], int count, const Levels& levels) {
     constexpr int places[] = {2, 3, 1, 0};  // of the planes' channels
+    constexpr std::uint32_t full = 65535;
     for (int plane = 0; plane < 4; ++plane) {
         if (planes[plane] == nullptr) continue;
-        for (int i = 0; i < count; ++i) std::memcpy(planes[plane] + 2 * i, from + 8 * i + 2 * places[plane], 2);
+        for (int i = 0; i < count; ++i) {
+            std::uint16_t value = 0;
+            std::memcpy(&value, from + 8 * i + 2 * places[plane], sizeof value);
+            value = static_cast<std::uint16_t>(((value * levels.white + full / 2) / full) << levels.zeros);
+            std::memcpy(planes[plane] + 2 * i, &value, sizeof value);
+        }
+    }
+}
+
+/// All rows of a frame of red, green and blue.
+void fill_rows(const AVFrame& frame, const unsigned char* pixels, std::ptrdiff_t rowbytes, const Levels& levels) {
+    for (int y = 0; y < frame.height; ++y, pixels += rowbytes) {
+        unsigned char* rows[4];
+        for (int i = 0; i < 4; ++i) {
+            unsigned char* plane = frame.data[i];
+            rows[i] = plane == nullptr ? nullptr : plane + std::ptrdiff_t{y} * frame.linesize[i];
+        }
+        if (rows[1] == nullptr) {
+            fill_bytes(pixels, rows[0], frame.width);
+        } else {
+            fill_planes(pixels, rows, frame.width, levels);
+        }
     }
 }
 
@@ -128,6 +164,7 @@ void Encoder::open_codec(const Settings& settings) {
     codec_->color_primaries = static_cast<AVColorPrimaries>(settings.tags.primaries);
     codec_->color_trc = static_cast<AVColorTransferCharacteristic>(settings.tags.transfer);
     if (settings.lossless) {
+        depth_ = settings.depth;
         codec_->pix_fmt = lossless_format(settings);
         codec_->colorspace = AVCOL_SPC_RGB;
         codec_->color_range = AVCOL_RANGE_JPEG;
@@ -144,8 +181,9 @@ void Encoder::open_codec(const Settings& settings) {
         codec_->colorspace = static_cast<AVColorSpace>(unsaid ? AVCOL_SPC_UNSPECIFIED : matrix);
         codec_->color_range = settings.tags.range == AVCOL_RANGE_JPEG ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
         set_quality(settings);
-        scaler_ = make_scaler({settings.width, settings.height, AV_PIX_FMT_ARGB, codec_->pix_fmt, matrix,
-                               codec_->color_range == AVCOL_RANGE_JPEG});
+        depth_ = settings.depth == 16 && described(codec_->pix_fmt).comp[0].depth > 8 ? 16 : 8;
+        scaler_ = make_scaler({settings.width, settings.height, depth_ == 16 ? AV_PIX_FMT_GBRP16 : AV_PIX_FMT_ARGB,
+                               codec_->pix_fmt, matrix, codec_->color_range == AVCOL_RANGE_JPEG});
     }
     codec_->sample_aspect_ratio = {static_cast<int>(settings.showing.aspect.number),
                                    static_cast<int>(settings.showing.aspect.per)};
@@ -167,11 +205,16 @@ void Encoder::set_quality(const Settings& settings) {
 }
 
 void Encoder::open_frame() {
-    frame_.reset(made(av_frame_alloc()));
-    frame_->width = codec_->width;
-    frame_->height = codec_->height;
-    frame_->format = codec_->pix_fmt;
-    must(av_frame_get_buffer(frame_.get(), 0), "frame");
+    const auto frame_of = [&](AVPixelFormat format) {
+        Frame frame(made(av_frame_alloc()));
+        frame->width = codec_->width;
+        frame->height = codec_->height;
+        frame->format = format;
+        must(av_frame_get_buffer(frame.get(), 0), "frame");
+        return frame;
+    };
+    frame_ = frame_of(codec_->pix_fmt);
+    if (scaler_ && depth_ == 16) wide_ = frame_of(AV_PIX_FMT_GBRP16);
     packet_.reset(made(av_packet_alloc()));
 }
 
@@ -196,25 +239,15 @@ void Encoder::show_as(const Showing& showing) {
 }
 
 void Encoder::fill(const unsigned char* pixels, std::ptrdiff_t rowbytes) {
-    if (scaler_) {
-        const unsigned char* const planes[] = {pixels, nullptr, nullptr, nullptr};
-        const int strides[] = {static_cast<int>(rowbytes), 0, 0, 0};
-        must(sws_scale(scaler_.get(), planes, strides, 0, codec_->height, frame_->data, frame_->linesize),
-             "conversion");
-        return;
+    if (!scaler_) return fill_rows(*frame_, pixels, rowbytes, {});
+    const unsigned char* planes[] = {pixels, nullptr, nullptr, nullptr};
+    int strides[] = {static_cast<int>(rowbytes), 0, 0, 0};
+    if (wide_) {
+        fill_rows(*wide_, pixels, rowbytes, levels_for(codec_->pix_fmt));
+        std::copy_n(wide_->data, 4, planes);
+        std::copy_n(wide_->linesize, 4, strides);
     }
-    for (int y = 0; y < codec_->height; ++y, pixels += rowbytes) {
-        unsigned char* rows[4];
-        for (int i = 0; i < 4; ++i) {
-            unsigned char* plane = frame_->data[i];
-            rows[i] = plane == nullptr ? nullptr : plane + std::ptrdiff_t{y} * frame_->linesize[i];
-        }
-        if (rows[1] == nullptr) {
-            fill_bytes(pixels, rows[0], codec_->width);
-        } else {
-            fill_planes(pixels, rows, codec_->width);
-        }
-    }
+    must(sws_scale(scaler_.get(), planes, strides, 0, codec_->height, frame_->data, frame_->linesize), "conversion");
 }
 
 void Encoder::add(const unsigned char* pixels, std::ptrdiff_t rowbytes) {

@@ -13,6 +13,7 @@ namespace qx::movie {
 class Encoder {
 public:
     explicit Encoder(const Settings& settings);
+    int depth() const { return depth_; }  ///< of the channels that come
     void add(const unsigned char* pixels, std::ptrdiff_t rowbytes);
     void finish();
     /// What the movie lacks of its settings; empty where it has all.
@@ -34,6 +35,8 @@ private:
     Frame frame_;
     Packet packet_;
     Scaler scaler_;  ///< of a movie that is not lossless
+    Frame wide_;     ///< what it takes where channels of 16 bits come
+    int depth_ = 8;
     std::optional<AudioCopy> audio_;
     AVStream* stream_ = nullptr;
     std::int64_t frames_ = 0;

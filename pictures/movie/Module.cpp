@@ -54,6 +54,8 @@ void* open(const Settings* settings, Words* words) {
     return encoder;
 }
 
+int depth(const void* movie) { return static_cast<const Encoder*>(movie)->depth(); }
+
 bool add(void* movie, const unsigned char* pixels, std::ptrdiff_t rowbytes, Words* words) {
     return guarded(words, [&] { static_cast<Encoder*>(movie)->add(pixels, rowbytes); });
 }
@@ -110,7 +112,7 @@ void close_still(void* still) { delete static_cast<DecodedStill*>(still); }
 
 extern "C" __attribute__((visibility("default"))) const qx::movie::Routines* qx_movie_routines() {
     using namespace qx::movie;
-    static const Routines routines{kVersion, &open, &add,   &finish,     &drop,       &open_reader,
+    static const Routines routines{kVersion, &open, &depth, &add,        &finish,     &drop,       &open_reader,
                                    &note,    &read, &close, &open_still, &read_still, &close_still};
     return &routines;
 }

@@ -43,7 +43,7 @@ struct Settings {
     std::int64_t bits_a_second;        ///< 0 for none
     bool lossless;                     ///< every bit of RGB is kept; else alpha is not looked at
     bool alpha;                        ///< lossless movies have it
-    int depth;                         ///< of the channels that come: 8, lossless 8 or 16
+    int depth;                         ///< 8 or 16: of the channels of a lossless movie, else the most that may come
     const char* audio;                 ///< a movie whose audio packets are copied; null for none
     Ratio audio_start;                 ///< the time, in seconds, of that movie that becomes 0
 };
@@ -89,6 +89,9 @@ struct Routines {
 
     /// @return null with words for what cannot be made; words beside a movie tell what it will lack
     void* (*open)(const Settings* settings, Words* words);
+    /// Of the channels that `add` takes: of a movie that is not lossless 16 where that may come and its pixels have
+    /// more than 8 bits.
+    int (*depth)(const void* movie);
     /// A frame of A, R, G, B; channels of 16 bits go from 0 to 65535, in the order of bytes of the machine.
     bool (*add)(void* movie, const unsigned char* pixels, std::ptrdiff_t rowbytes, Words* words);
     /// Writes what is pending and the end of the file. Once, after the last frame.

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <numeric>
+#include <set>
 
 #include "pictures/Carried.h"
 #include "tests/pictures/Muxing.h"
@@ -333,9 +334,40 @@ TEST_F(Movies, RefuseWhatIsNone) {
     };
     EXPECT_HOLDS(fault("m.mp4", 9, {}), "frames of 9 x 8: a movie needs even sides");
     EXPECT_HOLDS(fault("m.mp4", 8, {.lossless = true}), "a name that ends in mkv");
-    EXPECT_HOLDS(fault("m.mp4", 8, {.depth = 16}), "only a lossless movie has 16 bits");
     MovieFile movie(folder / "m.mp4", 64, 48, {});
     EXPECT_HOLDS(fault_of<Failure>([&] { movie.add(shaded(64, 46, 0)); }), "another size or depth");
+}
+
+/// A code of 10 bits is 32768 / 876 wide: what comes back is at most half of it off, white and black are themselves.
+TEST_F(Movies, WhatHasMoreThanEightBitsIsMadeOfSixteen) {
+    const auto grey = [](int x, int y) { return static_cast<std::uint16_t>((64 * y + x) * 32768 / (64 * 48 - 1)); };
+    const auto ramp = picture<QX_Pixel16>(64, 48, false, [&](int x, int y) {
+        const std::uint16_t v = grey(x, y);
+        return QX_Pixel16{32768, v, v, v};
+    });
+    for (const auto& [format, most_off] :
+         {std::pair{"yuv444p10le", 20}, {"yuv420p10le", 20}, {"yuv444p12le", 6}, {"gbrp10le", 17}, {"gbrp16le", 1}}) {
+        SCOPED_TRACE(format);
+        MovieSettings settings{.depth = 16};
+        settings.encoding.codec = "ffv1";
+        settings.encoding.pixel_format = format;
+        MovieFile movie(folder / "m.mkv", 64, 48, settings);
+        EXPECT_EQ(movie.depth(), 16);
+        movie.add(ramp);
+        movie.commit();
+        MovieReader reader(folder / "m.mkv");
+        const Picture back = reader.read(0);
+        ASSERT_EQ(back.world->Depth(), 16);
+        std::set<int> values;
+        each_pixel<QX_Pixel16>(*back.world, [&](const QX_Pixel16& p, int x, int y) {
+            values.insert(p.green);
+            EXPECT_NEAR(p.green, grey(x, y), most_off) << x << " " << y;
+        });
+        EXPECT_GT(values.size(), 800u);
+        EXPECT_EQ(*values.begin(), 0);
+        EXPECT_EQ(*values.rbegin(), 32768);
+    }
+    EXPECT_EQ(MovieFile(folder / "m.mp4", 64, 48, {.depth = 16}).depth(), 8);
 }
 
 TEST_F(Movies, AFrameOfAnotherSizeIsRefused) {

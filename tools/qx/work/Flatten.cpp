@@ -19,11 +19,14 @@ std::unique_ptr<QX_World> over(const std::string& path, const QX_World& world, c
 
 }  // namespace
 
-std::unique_ptr<QX_World> opaque_frame(const std::string& path, const QX_World& frame,
-                                       const std::optional<QX_PixelFloat>& ground, pictures::Watch& watch) {
-    auto eight = pictures::at_depth(path, frame, 8);
-    if (!pictures::any_transparency(*eight)) return eight;
-    return over(path, *eight, ground.value_or(QX_PixelFloat{1, 0, 0, 0}), watch);
+std::shared_ptr<const pictures::Picture> opaque_frame(const std::string& path, const QX_World& frame, int depth,
+                                                      const std::optional<QX_PixelFloat>& ground,
+                                                      pictures::Watch& watch) {
+    auto shown = std::make_shared<pictures::Picture>();
+    shown->world = pictures::at_depth(path, frame, depth);
+    if (pictures::any_transparency(*shown->world))
+        shown->world = over(path, *shown->world, ground.value_or(QX_PixelFloat{1, 0, 0, 0}), watch);
+    return shown;
 }
 
 std::optional<pictures::Picture> flattened(const std::string& path, const pictures::Picture& picture,

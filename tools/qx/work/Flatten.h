@@ -11,9 +11,10 @@
 // Results over an opaque colour.
 namespace qx::tool {
 
-/// The frame at 8 bits over a colour, black where none is told, as movies without alpha show it.
-std::unique_ptr<QX_World> opaque_frame(const std::string& path, const QX_World& frame,
-                                       const std::optional<QX_PixelFloat>& ground, pictures::Watch& watch);
+/// The frame at a depth over a colour, black where none is told, as movies without alpha show it.
+std::shared_ptr<const pictures::Picture> opaque_frame(const std::string& path, const QX_World& frame, int depth,
+                                                      const std::optional<QX_PixelFloat>& ground,
+                                                      pictures::Watch& watch);
 
 /// The picture over the colour that is asked for; none where none is, or the picture is opaque.
 std::optional<pictures::Picture> flattened(const std::string& path, const pictures::Picture& picture,

@@ -193,6 +193,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
     const pictures::MovieSettings settings{.rate = scene.rate,
                                            .encoding = options.encoding.movie_encoding(),
                                            .colours = colours,
+                                           .depth = 16,
                                            .audio = options.audio.file,
                                            .audio_start = {options.audio.start.number(), options.audio.start.per()}};
     pictures::MovieFile movie(options.output, width, height, settings);
@@ -207,10 +208,10 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
             throw pictures::Failure(options.output,
                                     "frame " + std::to_string(number) + " has another size than the first");
         }
-        auto lost = pictures::lost_at_depth(frame, 8);
+        auto lost = pictures::lost_at_depth(frame, movie.depth());
         for (const auto& note : pictures::lost_beside(frame)) lost.push_back(note);
-        if (scene.dither) pictures::dither_to_8(options.output, frame);
-        const std::shared_ptr<const QX_World> shown = opaque_frame(options.output, *frame.world, ground, frame_watch);
+        if (scene.dither && movie.depth() == 8) pictures::dither_to_8(options.output, frame);
+        const auto shown = opaque_frame(options.output, *frame.world, movie.depth(), ground, frame_watch);
         std::vector<Note> notes;
         notes.reserve(lost.size());
         for (const auto& note : lost) notes.push_back({note, pictures::about(scene.file, note)});

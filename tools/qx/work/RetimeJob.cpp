@@ -121,15 +121,13 @@ void make_all(RetimeJob& job, const Make& make, const Finish& finish, const Fini
     job.counts.failed = progress.failures();
 }
 
-int depth_of_movie(const RetimeJob& job) { return job.options.lossless && job.depth() != 8 ? 16 : 8; }
-
-Result shown(RetimeJob& job, int number, const std::string& name, pictures::Watch& watch) {
+/// @param depth  of the file it is for; 0 for its own
+Result shown(RetimeJob& job, int number, const std::string& name, int depth, pictures::Watch& watch) {
     Result result(number);
     const auto made = Stages::timed(job.stages.making, [&] { return job.retimer.at(job.map.at(number), watch); });
     result.picture = made.picture;
     result.is_made = made.is_made;
-    const int depth = pictures::is_movie(name) ? depth_of_movie(job) : int{made.picture->world->Depth()};
-    result.notes = losses(job, name, *made.picture, depth);
+    result.notes = losses(job, name, *made.picture, depth != 0 ? depth : int{made.picture->world->Depth()});
     return result;
 }
 
@@ -165,7 +163,7 @@ pictures::MovieSettings settings_of(const RetimeJob& job) {
     settings.encoding = job.options.encoding.movie_encoding();
     settings.lossless = job.options.lossless;
     settings.alpha = job.options.lossless && facts.has_alpha;
-    settings.depth = depth_of_movie(job);
+    settings.depth = job.options.lossless && job.depth() == 8 ? 8 : 16;
     settings.audio = audio_of(job);
     const scene::Rational& start = job.clip.time_of(0);
     settings.audio_start = {start.number(), start.per()};
@@ -201,7 +199,7 @@ void retime_to_pictures(RetimeJob& job, const scene::FramePattern& names) {
             result.is_there = true;
             return result;
         }
-        Result result = shown(job, number, name, watch);
+        Result result = shown(job, number, name, 0, watch);
         if (auto flat = flattened(name, *result.picture, job.options.encoding, watch))
             result.picture = std::make_shared<pictures::Picture>(std::move(*flat));
         const int depth = job.options.encoding.file_depth(result.picture->world->Depth());
@@ -227,13 +225,12 @@ void retime_to_movie(RetimeJob& job) {
     pictures::MovieFile movie(output, job.clip.facts().width, job.clip.facts().height, settings);
     if (!movie.note().empty()) say_note(pictures::about(output, movie.note()));
     const auto make = [&](int number, pictures::Watch& watch) {
-        Result result = shown(job, number, output, watch);
+        Result result = shown(job, number, output, movie.depth(), watch);
         if (!settings.alpha && pictures::any_transparency(*result.picture->world))
             result.notes.push_back({kBlack, pictures::about(job.options.input, kBlack)});
         if (settings.lossless) return result;
-        auto flat = std::make_shared<pictures::Picture>();
-        flat->world = opaque_frame(output, *result.picture->world, job.options.encoding.ground(), watch);
-        result.picture = flat;
+        result.picture =
+            opaque_frame(output, *result.picture->world, movie.depth(), job.options.encoding.ground(), watch);
         return result;
     };
     const auto finish = [&](const Result& result) {

@@ -226,7 +226,8 @@ TEST_F(Retime, WrongUseIsOneLine) {
     expect_faults(
         2, "retime 'in/f.#.png' ", "",
         {"--in 1-4 -o o.#.png => one of --speed, --fps and --map is needed",
-         "--speed 1 -o o.#.png => --in A-B is needed", "--in 1-4x2 --speed 1 -o o.#.png => there is no step",
+         "--speed 1 -o o.#.png => --in A-B is needed",
+         "--in 1-4x2 --speed 1 -o o.#.png => there is no step",
          "--in 1-4 --map good.json --speed 1 -o o.#.png => --map tells the speed",
          "--in 1-4 --map good.json --start 7 -o o.#.png => --map numbers the results",
          "--in 1-4 --speed 0.5 -o o.png => more than one frame needs a place",
@@ -242,6 +243,7 @@ TEST_F(Retime, WrongUseIsOneLine) {
          "--in 1-4 --speed 1 --lossless -o o.#.png => --lossless is for movies",
          "--in 1-4 --speed 1 --start 9999999 -o o.#.png => more than numbers have room for",
          "--in 1-4 --speed 1 --resume -o o.mp4 => --resume is for pictures",
+         "--in 1-4 --speed 1 --lossless --crf 4 -o o.mkv => --crf does not go with --lossless",
          "--in 1-4 --speed 1 --shard 1/2 -o o.mp4 => --shard is for pictures",
          "--in 1-4 --speed 1 --shard 5/5 -o o.#.png => --shard 5/5: there are 4 frames only"});
     expect_faults(1, "retime ", " -o o.#.png",

@@ -56,8 +56,8 @@ void add_long_work_options(CLI::App& command, LongWorkOptions& options) {
         command.add_flag(name, to, help)->disable_flag_override();
     };
     flag("--resume", options.resume,
-         "leave frames alone that are there, whole, and of this very job: made from the same by the same options and "
-         "version");
+         "leave frames alone that are there, whole, and of this very job: of the same names, options and version; what "
+         "pictures that are read hold is not looked at");
     flag("--keep-going", options.keep_going,
          "make the other frames when one fails, and tell at the end which did; exit status 5");
     command.add_option("--shard", options.shard, "the Ith of N equal parts, for a machine of a farm")->type_name("I/N");

@@ -106,6 +106,11 @@ void RetimeCommandOptions::check() const {
     refuse_with("--resume", work.resume && pictures::is_standard_output(output),
                 "is for files, not for standard output");
     refuse_with("--lossless", lossless && !movie, "is for movies");
+    for (const auto& [option, text] : {std::pair{"--codec", &encoding.codec},
+                                       {"--crf", &encoding.crf},
+                                       {"--bitrate", &encoding.bitrate},
+                                       {"--pixel-format", &encoding.pixel_format}})
+        refuse_with(option, lossless && !text->empty(), "does not go with --lossless, which tells it");
     refuse_with("--audio", !audio.empty() && !movie, "is for movies");
 }
 

@@ -7,6 +7,7 @@
 #include "scene/Clip.h"
 #include "tools/qx/subcommands/CompScene.h"
 #include "tools/qx/terminal/Interrupt.h"
+#include "tools/qx/terminal/Messages.h"
 #include "tools/qx/work/RenderJob.h"
 
 namespace qx::tool {
@@ -19,6 +20,7 @@ struct Material {
     scene::Rational rate = 0;  ///< frames a second; 0 for a picture
     scene::Rational seconds = 0, start = 0;
     bool has_audio = false;
+    bool is_turned = false, has_aspect = false;
     bool moves() const { return rate > scene::Rational(0); }
 };
 
@@ -30,7 +32,9 @@ Material movie_of(const std::string& file) {
             .rate = facts.rate,
             .seconds = clip->end() - clip->time_of(0),
             .start = clip->time_of(0),
-            .has_audio = facts.has_audio};
+            .has_audio = facts.has_audio,
+            .is_turned = facts.orientation != 1,
+            .has_aspect = facts.aspect != scene::Rational(1)};
 }
 
 Material material_of(const std::string& file, const CompOptions& options) {
@@ -75,6 +79,13 @@ int depth_of(const CompOptions& options, const std::vector<Material>& materials)
     return std::ranges::max(materials, {}, &Material::depth).depth;
 }
 
+/// Frames are composited as they are stored.
+void note_showing(const std::string& file, const Material& shown) {
+    if (shown.is_turned) say_note(pictures::about(file, "is to be turned, which the result does not tell"));
+    if (shown.has_aspect)
+        say_note(pictures::about(file, "has pixels that are not square, which the result does not tell"));
+}
+
 RenderOptions render_options(const CompOptions& options, const Material& background) {
     RenderOptions render;
     render.common = options.common;
@@ -98,6 +109,8 @@ void comp_movies(const CompOptions& options) {
     const std::vector<Material> materials = materials_of(options);
     const Material& leader = leader_of(options, materials);
     told.settle(depth_of(options, materials), places_of(options, materials));
+    note_showing(options.background, materials.front());
+    for (std::size_t i = 0; i < options.layers.size(); ++i) note_showing(options.layers[i].file, materials[i + 1]);
     const scene::Rational frames = leader.seconds * leader.rate + scene::Rational(1, 2);
     told.set_frames(static_cast<int>(std::clamp<std::int64_t>(frames.floor(), 1, scene::kMostFrame)), leader.rate);
     host::EffectFolders folders(options.effect_folders);

@@ -197,6 +197,7 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
                                            .audio = options.audio.file,
                                            .audio_start = {options.audio.start.number(), options.audio.start.per()}};
     pictures::MovieFile movie(options.output, width, height, settings);
+    if (!movie.note().empty()) say_note(pictures::about(options.output, movie.note()));
     const std::optional<QX_PixelFloat> ground = options.encoding.ground();
     FrameProgress progress(frames.count(), options.work.style());
     NotesOnce once;

@@ -86,6 +86,7 @@ TEST_F(Retime, ResumesAndNumbers) {
     EXPECT_EQ(all["made"], 1);
     EXPECT_TRUE(same("o.105.png", source(3)));
     EXPECT_EQ(contents(folder / "o.102.png"), before);
+    EXPECT_EQ(told("--speed 0.5 --start 101 -o o.###.png --resume --bands 3")["skipped"], 0);  // results depend on them
     EXPECT_EQ(told("--speed 0.5 --start 101 -o o.###.png --resume --method blend")["skipped"], 0);   // another job's
     EXPECT_EQ(told("--speed 0.25 --start 101 -o o.###.png --resume --method blend")["skipped"], 1);  // of one moment
 }

@@ -45,7 +45,8 @@ std::string mark_of_job(const scene::Scene& scene, const RenderOptions& options)
                                  c.space,
                                  c.to,
                                  c.linearize ? "linearize" : "",
-                                 options.encoding.words()};
+                                 options.encoding.words(),
+                                 std::to_string(standalone::BandCount())};
     std::string all;
     for (const std::string& part : parts) all += part + '\n';
     return fingerprint(all);

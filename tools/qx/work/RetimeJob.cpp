@@ -40,7 +40,9 @@ std::vector<int> tasks_of(const scene::FrameRange& range, const scene::TimeMap& 
 }
 
 /// By which the pictures of a job are known again: who made them, from what and how.
-std::string mark_of(const RetimeCommandOptions& options) { return fingerprint(QX_VERSION + ('\n' + options.words())); }
+std::string mark_of(const RetimeCommandOptions& options) {
+    return fingerprint(QX_VERSION + ('\n' + options.words()) + '\n' + std::to_string(standalone::BandCount()));
+}
 
 /// What a job's mark has behind it for one picture. At the same moment that is the same, whatever its number.
 std::string moment_of(const RetimeJob& job, int number) {

@@ -78,15 +78,15 @@ void watch_scans(j_common_ptr jpeg) {
     std::longjmp(fault.back, 1);
 }
 
-class Reader {
+class JpegReader {
 public:
-    Reader(InputFile& file, Watch& watch) : file_(file), watch_(watch) { jpeg_.err = prepare(fault_); }
-    ~Reader() {
+    JpegReader(InputFile& file, Watch& watch) : file_(file), watch_(watch) { jpeg_.err = prepare(fault_); }
+    ~JpegReader() {
         jpeg_destroy_decompress(&jpeg_);
         std::free(profile_);
     }
-    Reader(const Reader&) = delete;
-    Reader& operator=(const Reader&) = delete;
+    JpegReader(const JpegReader&) = delete;
+    JpegReader& operator=(const JpegReader&) = delete;
 
     Picture read(const ReadOptions& options) {
         checked([this] { begin(); });
@@ -265,7 +265,7 @@ private:
     jpeg_compress_struct jpeg_{};
 };
 
-Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return Reader(file, watch).read(options); }
+Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return JpegReader(file, watch).read(options); }
 
 void write(OutputFile& file, const Picture& picture, bool, const WriteOptions& options, Watch& watch) {
     Writer(file, picture, options, watch).write();

@@ -43,17 +43,17 @@ template <class Calls> bool run(png_structp png, const Calls& calls) {
     return true;
 }
 
-class Reader {
+class PngReader {
 public:
-    Reader(InputFile& file, Watch& watch)
+    PngReader(InputFile& file, Watch& watch)
         : file_(file),
           watch_(watch),
           png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, &fault_, on_error, on_warning)) {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
     }
-    ~Reader() { png_destroy_read_struct(&png_, &info_, nullptr); }
-    Reader(const Reader&) = delete;
-    Reader& operator=(const Reader&) = delete;
+    ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
+    PngReader(const PngReader&) = delete;
+    PngReader& operator=(const PngReader&) = delete;
 
     Picture read(const ReadOptions& options) {
         if (info_ == nullptr) throw std::bad_alloc();
@@ -261,7 +261,7 @@ private:
     png_infop info_;
 };
 
-Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return Reader(file, watch).read(options); }
+Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return PngReader(file, watch).read(options); }
 
 void write(OutputFile& file, const Picture& picture, bool with_alpha, const WriteOptions& options, Watch& watch) {
     Writer(file, picture, with_alpha, options, watch).write();

@@ -22,9 +22,9 @@ QX_PixelFloat light_of(const Mantissas& m) {
     return {1, float(m[0]) * unit, float(m[1]) * unit, float(m[2]) * unit};
 }
 
-class Reader {
+class RadianceReader {
 public:
-    Reader(InputFile& file, Watch& watch) : path_(file.path()), bytes_(file.contents()), watch_(watch) {}
+    RadianceReader(InputFile& file, Watch& watch) : path_(file.path()), bytes_(file.contents()), watch_(watch) {}
 
     Picture read(const ReadOptions& options) {
         Picture picture;
@@ -131,7 +131,7 @@ private:
     int width_ = 0, height_ = 0;
 };
 
-Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return Reader(file, watch).read(options); }
+Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return RadianceReader(file, watch).read(options); }
 
 }  // namespace
 

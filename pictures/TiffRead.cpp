@@ -82,9 +82,9 @@ template <class Sample> struct Block {
     std::unique_ptr<Sample[]> samples;
 };
 
-class Reader {
+class TiffReader {
 public:
-    Reader(InputFile& file, Watch& watch) : path_(file.path()), file_bytes_(file.bytes()), watch_(watch) {
+    TiffReader(InputFile& file, Watch& watch) : path_(file.path()), file_bytes_(file.bytes()), watch_(watch) {
         handle_.tiff =
             TIFFOpenExt(file.opened().c_str(), "rm", handle_.options());  // a map of a file that shrinks kills
         if (handle_.tiff == nullptr) fail();
@@ -364,7 +364,7 @@ private:
 }  // namespace
 
 Picture read_tiff(InputFile& file, const ReadOptions& options, Watch& watch) {
-    return Reader(file, watch).read(options);
+    return TiffReader(file, watch).read(options);
 }
 
 }  // namespace qx::pictures

@@ -63,6 +63,12 @@ int choice(const std::string& text, std::span<const char* const> known) {
     throw BadText(text, "not one of " + list + (near.empty() ? "" : "; the nearest is " + near));
 }
 
+std::string joined(std::span<const std::string> words, const char* between) {
+    std::string text;
+    for (const std::string& word : words) text += (text.empty() ? "" : between) + word;
+    return text;
+}
+
 std::size_t edit_distance(const std::string& a, const std::string& b) {
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;

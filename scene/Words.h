@@ -23,6 +23,9 @@ double real_number(const std::string& text, double least, double most);
 /// The number of a word in a list.
 int choice(const std::string& text, std::span<const char* const> known);
 
+/// The words in a row, with a text between each two.
+std::string joined(std::span<const std::string> words, const char* between);
+
 /// Insertions, deletions and exchanges that make one word of the other.
 std::size_t edit_distance(const std::string& a, const std::string& b);
 

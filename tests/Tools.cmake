@@ -28,6 +28,8 @@ foreach(area pictures scene host tools)
   qx_share_headers(test_${area} qx_pictures_support)
   target_compile_options(test_${area} PRIVATE ${QX_FEW_OPTIMISATIONS})
 endforeach()
+qx_unite(test_scene)
+qx_unite(test_tools)
 target_compile_definitions(test_tools PRIVATE QX_COMMAND="$<TARGET_FILE:qx>" QX_SOURCES="${PROJECT_SOURCE_DIR}")
 target_link_libraries(test_tools PRIVATE PkgConfig::LCMS2)  # makes profiles
 add_dependencies(test_tools qx)

@@ -9,8 +9,8 @@ namespace {
 
 constexpr const char* kKindWords[] = {"gaussian", "box", "mean", "disc"};
 enum Kind { kind_gaussian, kind_box, kind_mean, kind_disc };
-constexpr const char* kEdgeWords[] = {"clear", "keep"};
-enum Edge { edge_clear, edge_keep, kUsualEdge };
+constexpr const char* kBlurEdges[] = {"clear", "keep"};
+enum BlurEdge { edge_fades, edge_keep, kUsualEdge };
 constexpr double kMostRadius = 30000;
 constexpr int kMostPasses = 100;
 
@@ -36,7 +36,7 @@ public:
             {"passes", "N", "times that gaussian or box work (default: 1); three boxes look like a gaussian",
              WholeKey{1, kMostPasses, &passes_}},
             {"edge", "EDGE", "keep, as if nothing lay outside, or clear (default: keep; clear with --grow)",
-             ChoiceKey{kEdgeWords, &edge_}},
+             ChoiceKey{kBlurEdges, &edge_}},
             {"grow", nullptr, "make room for what spreads", FlagKey{&grow_}},
             {"channels", "rgba", "which of them change (default: rgba)",
              TextKey{[&](const std::string& text) { channels_ = channels_of(text); }}},

@@ -9,8 +9,8 @@
 namespace qx::scene {
 namespace {
 
-constexpr const char* kEdgeWords[] = {"clear", "repeat"};
-enum Edge { edge_clear, edge_repeat };
+constexpr const char* kConvolveEdges[] = {"clear", "repeat"};
+enum ConvolveEdge { edge_clear, edge_repeat };
 
 /// A copy that is larger on all sides, by pixels of its edge.
 std::unique_ptr<QX_World> with_repeated_edge(const QX_World& world, int across, int down, const Moment& moment) {
@@ -40,7 +40,7 @@ public:
                  FlagKey{&normalise_}},
                 {"no-clamp", nullptr, "what leaves the scale wraps; floats stay as they are", FlagKey{&no_clamp_}},
                 {"edge", "EDGE", "what lies outside: clear, or repeat the picture's edge (default: repeat)",
-                 ChoiceKey{kEdgeWords, &edge_}},
+                 ChoiceKey{kConvolveEdges, &edge_}},
                 {"straight", nullptr, "take colours as they are, not times their alpha", FlagKey{&straight_}}};
     }
 

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <sstream>
 
+#include "scene/Words.h"
 #include "tools/qx/describe/CommandFacts.h"
 
 namespace qx::tool {
 namespace {
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
-    return text;
-}
 
 std::string command_names(const std::vector<CommandFacts>& commands) {
     std::string names;
@@ -41,14 +36,15 @@ void write_cases(std::ostream& script, const std::vector<CommandFacts>& commands
             for (std::size_t i = 0; i < option.names.size(); ++i) {
                 script << (i == 0 ? "        " : "|") << "\"" << command.name << " " << option.names[i] << "\"";
             }
-            script << ") words=" << quoted(joined(option.words)) << "; files=" << (option.takes_file ? 1 : 0)
-                   << "; return ;;\n";
+            script << ") words=" << quoted(scene::joined(option.words, " "))
+                   << "; files=" << (option.takes_file ? 1 : 0) << "; return ;;\n";
         }
     }
     script << "    esac\n    case \"$command\" in\n        '') words=" << quoted(command_names(commands))
            << "; files=0 ;;\n        help) words=" << quoted(command_names(commands)) << "; files=0 ;;\n";
     for (const CommandFacts& command : commands) {
-        script << "        " << command.name << ") words=" << quoted(joined(option_names(command))) << "; files=1 ;;\n";
+        script << "        " << command.name << ") words=" << quoted(scene::joined(option_names(command), " "))
+               << "; files=1 ;;\n";
     }
     script << "    esac\n";
 }
@@ -100,7 +96,7 @@ std::string fish_completion(const std::vector<CommandFacts>& commands) {
                 script << (name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1));
             }
             if (!option.value.empty()) script << (option.takes_file ? " -r" : " -x");
-            if (!option.words.empty()) script << " -a " << quoted(joined(option.words));
+            if (!option.words.empty()) script << " -a " << quoted(scene::joined(option.words, " "));
             script << " -d " << quoted(option.help) << "\n";
         }
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <sstream>
 
+#include "scene/Words.h"
 #include "tools/qx/describe/CommandFacts.h"
 
 namespace qx::tool {
@@ -23,18 +24,12 @@ std::string plain(const std::string& text) {
     return out;
 }
 
-std::string joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
-    return text;
-}
-
 void write_option(std::ostream& page, const OptionFacts& option, bool is_argument) {
     page << ".TP\n";
     if (is_argument) {
         page << "\\fI" << plain(option.value) << "\\fR\n";
     } else {
-        page << "\\fB" << plain(joined(option.names)) << "\\fR";
+        page << "\\fB" << plain(scene::joined(option.names, ", ")) << "\\fR";
         if (!option.value.empty()) page << " \\fI" << plain(option.value) << "\\fR";
         page << '\n';
     }

@@ -116,7 +116,7 @@ const LayerOption kLayerOptions[] = {
      [](L& l, S, S text) { l.effect_texts.push_back(text); }},
 };
 
-const char* const kFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
+const char* const kCompOptionsFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
 first LAYER hold for all layers. Layers are composited in the order given. Mode names are
 those of `qx modes`, with - or _. With movies among them, each frame is composited: as many as the
 background has, or of layers the longest, at its rate and with the audio of the background.
@@ -167,7 +167,7 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
         ->type_name("FILE.json");
     add_picture_options(command, common_);
     add_movie_options(command, common_.encoding);
-    command.footer(kFooter);
+    command.footer(kCompOptionsFooter);
     set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
 }
 

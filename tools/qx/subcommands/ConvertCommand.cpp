@@ -26,7 +26,7 @@ struct ConvertOptions {
 
 constexpr const char* kIntents[] = {"perceptual", "relative", "saturation", "absolute"};  // as their numbers are
 
-const char* const kFooter =
+const char* const kConvertFooter =
     R"(A PROFILE is the path of an ICC file or one of srgb, rec709, rec709-2.4, display-p3, rec2020;
 linear, or linear- before one of them; gamma- and an exponent. Colours go from what the file
 says that they are, or from --from, at the deeper of its depth and --depth. CMYK needs --to.
@@ -199,7 +199,7 @@ void add_convert(CLI::App& app) {
         ->type_name("LETTERS");
     add_picture_options(*command, options->picture);
     set_usage(*command, "IN [options] -o OUT");
-    command->footer(kFooter);
+    command->footer(kConvertFooter);
     command->callback([options] { run(*options); });
 }
 

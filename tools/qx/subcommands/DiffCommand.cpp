@@ -22,7 +22,7 @@ struct DiffOptions {
     bool json = false;
 };
 
-const char* const kFooter =
+const char* const kDiffFooter =
     R"(Compares size and straight values, whatever the formats and depths: 8 bits count as v / 255, 16
 bits as v / 65535. Full scale is 1. Exit status 0: no value differs by more than the tolerance;
 1: some do, or the sizes do; 2: a picture cannot be read.
@@ -145,7 +145,7 @@ void add_diff(CLI::App& app) {
     add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "A B [options]");
-    command->footer(kFooter);
+    command->footer(kDiffFooter);
     command->callback([options] { run_or_tell_trouble(*options); });
 }
 

@@ -60,7 +60,7 @@ private:
     }
 };
 
-const char* const kFooter =
+const char* const kFlowFooter =
     R"(The fields are those at the time of A, in its pixels: u to the right and v down, to where things
 are in B. A flo file has the field to B; an OpenEXR file has the channels forward.u, forward.v,
 backward.u and backward.v. Vectors that are not known are 1e10. --picture shows the field to B: the
@@ -121,7 +121,7 @@ void add_flow(CLI::App& app) {
     add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "A B [options] -o OUT.flo|OUT.exr");
-    command->footer(kFooter);
+    command->footer(kFlowFooter);
     command->callback([options] { run(*options); });
 }
 

@@ -29,7 +29,7 @@ struct GuessOptions {
     bool json = false;
 };
 
-const char* const kFooter =
+const char* const kGuessFooter =
     R"(Looks at the values as the file stores them, at 8 bits, and tells whether colours are straight or
 mixed with a matte's by their alpha; beside that what the file's own tag says. With -o that
 matte is taken off, and the picture is written with straight alpha.
@@ -144,7 +144,7 @@ void add_guess_alpha(CLI::App& app) {
     add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "FILE... [--json] [-o OUT]");
-    command->footer(kFooter);
+    command->footer(kGuessFooter);
     command->callback([options] { run(*options); });
 }
 

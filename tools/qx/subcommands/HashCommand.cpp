@@ -20,7 +20,7 @@ struct HashOptions {
     bool json = false;
 };
 
-const char* const kFooter =
+const char* const kHashFooter =
     R"(A hash of size, depth and straight values as the file holds them: the same for every format that
 holds the same ones, whatever its compression, its profile and its other tags. A file without
 alpha counts as opaque. Half floats count as the floats that they are.
@@ -60,7 +60,7 @@ void add_hash(CLI::App& app) {
     add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "FILE... [--json]");
-    command->footer(kFooter);
+    command->footer(kHashFooter);
     command->callback([options] { run(*options); });
 }
 

@@ -22,7 +22,7 @@ struct IdentifyOptions {
     bool json = false;
 };
 
-const char* const kFooter =
+const char* const kIdentifyFooter =
     R"(Only the heads of files are read: their pixels may be damaged all the same. The size is that of what
 is seen, the sides of a picture that is stored turned are exchanged.
 
@@ -181,7 +181,7 @@ void add_identify(CLI::App& app) {
     command->add_flag("--json", options->json, "machine-readable, on standard output")->disable_flag_override();
     add_common_options(*command, options->common);
     set_usage(*command, "FILE... [--json]");
-    command->footer(kFooter);
+    command->footer(kIdentifyFooter);
     command->callback([options] { run(*options); });
 }
 

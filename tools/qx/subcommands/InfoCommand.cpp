@@ -10,6 +10,7 @@
 #include "host/EffectFolders.h"
 #include "platform/TK_CPU.h"
 #include "platform/standalone/Host.h"
+#include "scene/Words.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/options/EffectArgument.h"
@@ -48,12 +49,6 @@ std::vector<std::string> effects(const std::vector<std::string>& folders) {
     return names;
 }
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
-
 void run(const InfoOptions& options) {
     apply_common_options(options.common);
     const Library library;
@@ -75,7 +70,7 @@ void run(const InfoOptions& options) {
         std::printf("version    %s\nprocessor  %s\nslots      %d of %d filled\nthreads    %d\nbands      %d\n",
                     QX_VERSION, processor_level(), slots, kQX_SlotCount, standalone::PoolThreads(),
                     standalone::BandCount());
-        std::printf("suites     %zu\neffects    %s\n", suites().size(), joined(found).c_str());
+        std::printf("suites     %zu\neffects    %s\n", suites().size(), scene::joined(found, ", ").c_str());
     }
     finish_output();
 }

@@ -13,7 +13,7 @@
 namespace qx::tool {
 namespace {
 
-const char* const kFooter =
+const char* const kMatteFooter =
     R"(A MASK takes the options that follow it, up to the next MASK; options before the first MASK hold
 for all. Each mask is joined to those before it by its --op. With --apply the matte multiplies
 that picture's alpha; without it OUT is the matte in grey, of the first mask's size.
@@ -40,7 +40,7 @@ public:
         files_option_ = command.add_option("masks", files_, "the masks")->type_name("MASK")->required();
         command.add_option("--apply", apply_, "picture whose alpha the matte multiplies")->type_name("PICTURE");
         add_picture_options(command, picture_);
-        command.footer(kFooter);
+        command.footer(kMatteFooter);
         set_usage(command, "MASK [options] [MASK [options]]... [--apply PICTURE] -o OUT");
     }
 

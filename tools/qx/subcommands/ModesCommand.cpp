@@ -27,9 +27,6 @@ namespace {
 constexpr int kThumbnail = 368;  // wide enough for the longest name at twice the size of the font
 constexpr int kColumns = 7;
 constexpr int kGap = 16;
-constexpr int kTextScale = 2;
-constexpr int kCaption = kGlyphHeight * kTextScale + 10;
-constexpr QX_Pixel8 kPaper{255, 32, 32, 36}, kInk{255, 235, 235, 235};
 
 struct ModesOptions {
     CommonOptions common;
@@ -89,13 +86,13 @@ void draw_cell(const Pair& pair, const scene::Mode& mode, int x, int y, QX_World
     onto.y = y;
     scene::must(scene::composite(onto, sheet, watch), mode.name);
     const std::string caption = std::to_string(mode.number) + " " + mode.name;
-    draw_text(sheet, x, y + result->height + 5, kTextScale, kInk, caption);
+    draw_text(sheet, x, y + result->height + 5, kCaptionScale, kInk, caption);
 }
 
 pictures::Picture draw_sheet(const Pair& pair) {
     const auto& modes = scene::all_modes();
     const int rows = (static_cast<int>(modes.size()) + kColumns - 1) / kColumns;
-    const int step_x = kThumbnail + kGap, step_y = pair.background->height + kCaption + kGap;
+    const int step_x = kThumbnail + kGap, step_y = pair.background->height + kCaptionHeight + kGap;
     pictures::Picture sheet;
     sheet.world = pictures::new_world("sheet", kGap + kColumns * step_x, kGap + rows * step_y, 8);
     pictures::each_pixel<QX_Pixel8>(*sheet.world, [](QX_Pixel8& p, int, int) { p = kPaper; });

@@ -24,7 +24,7 @@ struct ProfileOptions {
     bool json = false;
 };
 
-const char* const kFooter =
+const char* const kProfileFooter =
     R"(Names are srgb, rec709, rec709-2.4, display-p3 and rec2020; linear, or linear- before one of them;
 gamma- and an exponent. Of a picture it tells what its values mean, and whether the file says so.
 
@@ -168,7 +168,7 @@ void add_profile(CLI::App& app) {
     command->add_flag("--json", options->json, "machine-readable, on standard output");
     add_common_options(*command, options->common);
     set_usage(*command, "NAME|FILE.icc|PICTURE [options]");
-    command->footer(kFooter);
+    command->footer(kProfileFooter);
     command->callback([options] { run(*options); });
 }
 

@@ -16,7 +16,7 @@
 namespace qx::tool {
 namespace {
 
-const char* const kFooter =
+const char* const kRenderFooter =
     R"(OUT has a place for the frame's number, #### or %04d, unless one frame is asked for. A name that
 ends in mp4, mov, mkv, webm or avi becomes a movie of the frames. As many frames are at work at
 once as there are threads and --memory has room for; they appear in their order. Frames do not
@@ -99,7 +99,7 @@ void add_render(CLI::App& app) {
     add_movie_options(*command, options->encoding);
     add_common_options(*command, options->common);
     set_usage(*command, "SCENE.json [options] -o OUT.####.EXT");
-    command->footer(kFooter);
+    command->footer(kRenderFooter);
     command->callback([options] { run(*options); });
 }
 

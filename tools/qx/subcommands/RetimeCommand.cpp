@@ -21,7 +21,7 @@
 namespace qx::tool {
 namespace {
 
-const char* const kFooter =
+const char* const kRetimeFooter =
     R"(Between the frames of INPUT, motion is followed and pictures are made; where a result's time meets
 a frame, that frame is copied, bit for bit. Pictures of 8 bits are worked on at 16. INPUT is a
 movie or numbered pictures, NAME.####.EXT or NAME.%04d.EXT with --in; OUT is one or the other too.
@@ -149,7 +149,7 @@ void add_retime(CLI::App& app) {
     const auto options = std::make_shared<RetimeCommandOptions>();
     add_retime_options(*command, *options);
     set_usage(*command, "INPUT [options] -o OUT");
-    command->footer(kFooter);
+    command->footer(kRetimeFooter);
     command->callback([options] { run(*options); });
 }
 

@@ -24,8 +24,7 @@
 namespace qx::tool {
 namespace {
 
-constexpr int kGap = 12, kTextScale = 2, kCaption = kGlyphHeight * kTextScale + 10;
-constexpr QX_Pixel8 kPaper{255, 32, 32, 36}, kInk{255, 235, 235, 235};
+constexpr int kSheetGap = 12;
 constexpr int kUsualSide = 240, kUsualFrames = 12;
 
 struct SheetOptions {
@@ -36,7 +35,7 @@ struct SheetOptions {
     bool label = false;
 };
 
-const char* const kFooter =
+const char* const kSheetFooter =
     R"(FRAMES are pictures, names with a place for a number (frame.####.png: all that are there), and movies,
 of which --frames are shown, evenly from the first to the last. Transparency shows as checkers.
 
@@ -90,15 +89,15 @@ std::vector<Cell> cells_of(const SheetOptions& options) {
 /// The size of cells and how they lie.
 struct Grid {
     int columns, rows, width, height;
-    int step_x() const { return width + kGap; }
-    int step_y() const { return height + kGap; }
+    int step_x() const { return width + kSheetGap; }
+    int step_y() const { return height + kSheetGap; }
 };
 
 Grid grid_of(const SheetOptions& options, int cells, bool label) {
     const int side = options.size.empty() ? kUsualSide : whole_number("--size", options.size, 16, 4096);
     const int usual = static_cast<int>(std::ceil(std::sqrt(cells)));
     const int columns = options.columns.empty() ? usual : whole_number("--columns", options.columns, 1, 1000);
-    return {std::min(columns, cells), (cells + columns - 1) / columns, side, side + (label ? kCaption : 0)};
+    return {std::min(columns, cells), (cells + columns - 1) / columns, side, side + (label ? kCaptionHeight : 0)};
 }
 
 /// The picture on checkers, as large as fits.
@@ -118,16 +117,17 @@ std::unique_ptr<QX_World> thumbnail(const std::string& name, const QX_World& pic
 
 /// In the middle of its cell.
 void paste(const QX_World& picture, const Grid& grid, int side, int index, const std::string& label, QX_World& sheet) {
-    const int left = kGap + index % grid.columns * grid.step_x(), top = kGap + index / grid.columns * grid.step_y();
+    const int left = kSheetGap + index % grid.columns * grid.step_x(),
+              top = kSheetGap + index / grid.columns * grid.step_y();
     scene::Transfer copy;
     copy.layer = &picture;
     copy.x = left + (side - picture.width) / 2;
     copy.y = top + (side - picture.height) / 2;
     scene::must(scene::composite(copy, sheet), "sheet");
     if (label.empty()) return;
-    const auto room = static_cast<std::size_t>(grid.width / (kGlyphAdvance * kTextScale));
+    const auto room = static_cast<std::size_t>(grid.width / (kGlyphAdvance * kCaptionScale));
     const std::string shown = label.size() > room ? label.substr(label.size() - room) : label;  // numbers stand last
-    draw_text(sheet, left, top + side + 5, kTextScale, kInk, shown);
+    draw_text(sheet, left, top + side + 5, kCaptionScale, kInk, shown);
 }
 
 pictures::Picture draw_sheet(const std::vector<Cell>& cells, const SheetOptions& options) {
@@ -135,8 +135,8 @@ pictures::Picture draw_sheet(const std::vector<Cell>& cells, const SheetOptions&
     const Grid grid = grid_of(options, count, options.label);
     const int side = grid.width;
     pictures::Picture sheet;
-    sheet.world = pictures::new_world(options.output, kGap + std::int64_t{grid.columns} * grid.step_x(),
-                                      kGap + std::int64_t{grid.rows} * grid.step_y(), 8);
+    sheet.world = pictures::new_world(options.output, kSheetGap + std::int64_t{grid.columns} * grid.step_x(),
+                                      kSheetGap + std::int64_t{grid.rows} * grid.step_y(), 8);
     pictures::each_pixel<QX_Pixel8>(*sheet.world, [](QX_Pixel8& p, int, int) { p = kPaper; });
     Progress progress("reading", PartWatch::kSteps * count);
     SignalWatch signals;
@@ -177,7 +177,7 @@ void add_sheet(CLI::App& app) {
     add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "FRAMES... [options] -o OUT");
-    command->footer(kFooter);
+    command->footer(kSheetFooter);
     command->callback([options] { run(*options); });
 }
 

@@ -10,7 +10,7 @@
 namespace qx::tool {
 namespace {
 
-const char* const kFooter =
+const char* const kViewFooter =
     R"(FILE is a scene, a picture, numbered pictures (frame.####.png) or a movie; two of them are shown
 beside each other. Nothing is written. The page is served to this machine alone, at an address that
 nobody guesses, and drawn anew when the scene or a file that it names is saved. Ctrl-C ends it.
@@ -43,7 +43,7 @@ void add_view(CLI::App& app) {
     add_no_cache_option(*command, options->cache);
     add_common_options(*command, options->common);
     set_usage(*command, "FILE [FILE] [options]");
-    command->footer(kFooter);
+    command->footer(kViewFooter);
     command->callback([options] {
         apply_common_options(options->common);
         view(*options);

@@ -19,4 +19,10 @@ public:
     Failure(const std::string& file, const std::string& words) : std::runtime_error(one_line(about(file, words))) {}
 };
 
+/// What was chosen for a file cannot be had in it, whatever it shows.
+class BadChoice : public Failure {
+public:
+    using Failure::Failure;
+};
+
 }  // namespace qx::pictures

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pictures/FileName.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
 
 namespace qx::pictures {
@@ -27,6 +29,12 @@ FileName named(const std::string& path) {
 bool is_there(const std::string& path) {
     std::error_code ignored;
     return is_standard_input(path) || std::filesystem::exists(file_of(path), ignored);
+}
+
+std::int64_t changed_at(const std::string& path) {
+    struct stat info {};
+    if (is_standard_input(path) || ::stat(file_of(path).c_str(), &info) != 0) return 0;
+    return std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec;
 }
 
 bool is_standard_output(const std::string& path) {

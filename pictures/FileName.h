@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace qx::pictures {
@@ -18,6 +19,9 @@ inline std::string file_of(const std::string& path) { return named(path).file; }
 
 /// True where that file is there, as standard input always is.
 bool is_there(const std::string& path);
+
+/// When that file was last written, in nanoseconds since 1970; 0 for none, as for standard input.
+std::int64_t changed_at(const std::string& path);
 
 /// True for the name of standard input.
 inline bool is_standard_input(const std::string& path) { return path == "-"; }

@@ -12,8 +12,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -29,6 +31,7 @@ std::string words(int error) {
 
 /// Throws for an error of the system. @param path  the file in whose name
 [[noreturn]] void fail(const std::string& path, int error) {
+    if (error == EINTR) throw Stopped();  // a signal that is to end the work, while it waited for others
     if (error == ENOMEM) throw std::bad_alloc();
     throw Failure(path, words(error));
 }
@@ -67,7 +70,7 @@ int open_beside(const std::string& target, std::string& name) {
     const std::string begin = unfinished_name() + std::to_string(::getpid()) + "-";
     int descriptor = -1;
     do {
-        name = std::filesystem::path(target).replace_filename(begin + std::to_string(++number)).string();
+        name = target.substr(0, target.find_last_of('/') + 1) + begin + std::to_string(++number);
         descriptor = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (descriptor < 0 && errno == EEXIST);  // one that a stopped process has left
     return descriptor;
@@ -79,13 +82,25 @@ bool take_rights(int descriptor, const std::string& target) {
     return ::stat(target.c_str(), &info) != 0 || ::fchmod(descriptor, info.st_mode & 0777) == 0;
 }
 
+void must_be_regular(const std::string& path, const struct stat& info) {
+    if (S_ISDIR(info.st_mode)) throw Failure(path, "is a folder");
+    if (!S_ISREG(info.st_mode)) throw Failure(path, "is not a regular file");
+}
+
+/// Where a link leads to: it stays, and its file is replaced. Other names are as they were.
+std::string resolved(const std::string& path) {
+    errno = 0;
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+    if (real == nullptr && errno == ENOMEM) throw std::bad_alloc();
+    return real == nullptr ? path : std::string(real.get());
+}
+
 /// Only regular files are opened: to open a pipe that nobody writes would wait for ever.
 /// @param path  in whose name faults are told
 std::FILE* open_regular(const std::string& path, const std::string& file) {
     struct stat info {};
     if (::stat(file.c_str(), &info) != 0) fail(path, errno);
-    if (S_ISDIR(info.st_mode)) throw Failure(path, "is a folder");
-    if (!S_ISREG(info.st_mode)) throw Failure(path, "is not a regular file");
+    must_be_regular(path, info);
     std::FILE* stream = std::fopen(file.c_str(), "rb");
     if (stream == nullptr) fail(path, errno);
     return stream;
@@ -157,14 +172,9 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
         open_nameless();
         return;
     }
-    std::error_code ignored;
-    const auto resolved = std::filesystem::weakly_canonical(path, ignored);  // a link stays, its file is replaced
-    target_ = ignored ? path : resolved.string();
-    const auto status = std::filesystem::status(target_, ignored);
-    if (std::filesystem::is_directory(status)) throw Failure(path, "is a folder");
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw Failure(path, "is not a regular file");
-    }
+    target_ = resolved(path);
+    struct stat info {};
+    if (::stat(target_.c_str(), &info) == 0) must_be_regular(path, info);
     const int descriptor = open_beside(target_, temporary_);
     if (descriptor < 0) {
         const int error = errno;
@@ -252,6 +262,14 @@ void OutputFile::commit() {
     check();
     forget_unfinished(temporary_.c_str());
     temporary_.clear();
+}
+
+void check_folder(const std::string& path) {
+    std::error_code ignored;
+    const auto folder = std::filesystem::path(path).parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
+        throw Failure(path, "its folder is missing");
+    if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
 }
 
 void flush_disk_of(const std::string& path) noexcept {

@@ -73,6 +73,9 @@ private:
     std::string* bytes_ = nullptr;  ///< of one in memory
 };
 
+/// Throws Failure where the folder of a file that is to be written is missing, or the file is one itself.
+void check_folder(const std::string& path);
+
 /// Puts all that was written to the file system of a path on its disk, names and contents, so that a power cut takes
 /// nothing back. What cannot be done is left.
 void flush_disk_of(const std::string& path) noexcept;

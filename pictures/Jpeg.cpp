@@ -265,7 +265,9 @@ private:
     jpeg_compress_struct jpeg_{};
 };
 
-Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return JpegReader(file, watch).read(options); }
+Picture read(InputFile& file, const ReadOptions& options, Watch& watch) {
+    return JpegReader(file, watch).read(options);
+}
 
 void write(OutputFile& file, const Picture& picture, bool, const WriteOptions& options, Watch& watch) {
     Writer(file, picture, options, watch).write();

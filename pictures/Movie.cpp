@@ -7,6 +7,7 @@
 
 #include "pictures/Carried.h"
 #include "pictures/FileName.h"
+#include "pictures/MovieHead.h"
 #include "pictures/OwnModule.h"
 #include "pictures/Picture.h"
 
@@ -14,12 +15,6 @@ namespace qx::pictures {
 namespace {
 
 constexpr const char* kEndings[] = {"mp4", "mov", "mkv", "webm", "avi", "nut"};
-/// What movies begin with that have no name: NUT, Matroska and WebM, MP4 and MOV, AVI.
-struct Head {
-    std::size_t at;
-    const char* bytes;
-};
-constexpr Head kHeads[] = {{0, "nut/multimedia"}, {0, "\x1A\x45\xDF\xA3"}, {4, "ftyp"}, {8, "AVI "}};
 constexpr std::int64_t kMostBytes = INT32_MAX;  // of a frame's pixels, as worlds have it
 
 }  // namespace
@@ -38,9 +33,8 @@ bool is_movie(const std::string& path) {
 }
 
 bool is_read_as_movie(const std::string& path) {
-    if (!is_standard_input(path)) return is_movie(path) && !is_picture(path);
-    const InputFile file(path);
-    return std::ranges::any_of(kHeads, [&](const Head& head) { return file.holds(head.bytes, head.at); });
+    if (is_picture(path)) return false;
+    return (is_movie(path) && !is_standard_input(path)) || has_movie_head(InputFile(path));
 }
 
 std::string movie_endings() {
@@ -78,6 +72,7 @@ MovieFile::MovieFile(const std::string& path, int width, int height, const Movie
         .depth = depth_,
         .audio = settings.audio.empty() ? nullptr : settings.audio.c_str(),
         .audio_start = settings.audio_start,
+        .time_code = settings.time_code.empty() ? nullptr : settings.time_code.c_str(),
     };
     movie::Words words{};
     movie_ = routines_->open(&asked, &words);
@@ -91,7 +86,9 @@ MovieFile::~MovieFile() {
 }
 
 void MovieFile::check(bool done, const movie::Words& words) const {
-    if (!done) throw Failure(file_.path(), words.text);
+    if (done) return;
+    if (words.is_choice) throw BadChoice(file_.path(), words.text);
+    throw Failure(file_.path(), words.text);
 }
 
 void MovieFile::add_rows(const QX_World& frame, int depth) {

@@ -23,9 +23,10 @@ struct Rate {
 /// The module's routines, loaded with the first call. @param what  files need it: that is told where it is missing
 const movie::Routines* movie_routines(const std::string& path, const char* what);
 
-/// True for a name that tells a movie.
+/// True for a name that tells a movie which can be written.
 bool is_movie(const std::string& path);
-/// True for a file that is to be read as one: it has such a name, and no picture's head; standard input a movie's head.
+/// True for a file that is to be read as one: it has such a name, and no picture's head; or another name, and a movie's
+/// head.
 /// Throws Failure.
 bool is_read_as_movie(const std::string& path);
 /// The endings of movies, with commas between.
@@ -50,9 +51,10 @@ struct MovieSettings {
     int depth = 8;                   ///< 8 or 16: of a lossless movie, else the most that its pixels take
     std::string audio = {};          ///< a movie whose audio packets are copied; empty for none
     movie::Ratio audio_start{0, 1};  ///< the time, in seconds, of that movie at which the first frame comes
+    std::string time_code = {};      ///< of the first frame, as facts of movies have it; empty for none
 };
 
-/// A movie that appears whole or not at all. Throws Failure.
+/// A movie that appears whole or not at all. Throws Failure, and BadChoice for an encoding that cannot be had.
 class MovieFile {
 public:
     MovieFile(const std::string& path, int width, int height, const MovieSettings& settings);

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
-#include <filesystem>
 #include <new>
 
 #include "QX/indep/QX_Area.h"
@@ -16,6 +15,7 @@
 #include "pictures/Files.h"
 #include "pictures/Format.h"
 #include "pictures/Light.h"
+#include "pictures/MovieHead.h"
 #include "pictures/Orientation.h"
 #include "pictures/RawFormat.h"
 #include "pictures/Scale.h"
@@ -248,6 +248,7 @@ Picture read_picture(const std::string& path, Watch& watch, const ReadOptions& o
     } catch (const std::bad_alloc&) {
         throw Failure(path, kOutOfMemory);
     }
+    if (has_movie_head(InputFile(path))) throw Failure(path, "is a movie, where a picture is wanted");
     throw Failure(path, "is no picture of a known format (" + known_names() + ")");
 }
 
@@ -303,12 +304,7 @@ bool is_picture(const std::string& path) { return format_of(InputFile(path)) != 
 
 void check_output(const std::string& path) {
     format_to_write(path);
-    if (is_standard_output(path)) return;
-    std::error_code ignored;
-    const auto folder = std::filesystem::path(path).parent_path();
-    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
-        throw Failure(path, "its folder is missing");
-    if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
+    if (!is_standard_output(path)) check_folder(path);
 }
 
 Precision precision_of(int depth) {

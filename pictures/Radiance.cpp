@@ -131,7 +131,9 @@ private:
     int width_ = 0, height_ = 0;
 };
 
-Picture read(InputFile& file, const ReadOptions& options, Watch& watch) { return RadianceReader(file, watch).read(options); }
+Picture read(InputFile& file, const ReadOptions& options, Watch& watch) {
+    return RadianceReader(file, watch).read(options);
+}
 
 }  // namespace
 

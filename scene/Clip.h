@@ -51,8 +51,10 @@ struct ClipFacts {
     bool has_alpha = false, has_audio = false, is_movie = false;
     Rational rate;                   ///< frames a second: of a movie on average, of pictures as told
     pictures::MovieColours colours;  ///< of a movie
-    int orientation = 1;             ///< as EXIF numbers them; frames are as they are stored
+    int orientation = 1;             ///< that frames are still to have, as EXIF numbers them
     Rational aspect = 1;             ///< width of a pixel by its height
+    bool is_even = true;             ///< all frames last as long as the rate tells
+    std::string time_code;           ///< of the first frame of a movie; empty for none
 };
 
 /// Any number of threads may ask at once.
@@ -92,7 +94,7 @@ int index_of_number(const Clip& clip, int number);
 struct ClipOptions {
     std::uint64_t most_bytes = std::uint64_t{512} << 20;  ///< of frames that are kept
     int threads = 1;                                      ///< of a movie's decoder; no bit depends on them
-    bool orient = true;                                   ///< of pictures, see pictures::ReadOptions
+    bool orient = true;                                   ///< frames are turned as they are to be seen
 };
 
 /// Throws pictures::Failure.

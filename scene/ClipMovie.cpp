@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "pictures/Orientation.h"
 #include "scene/Clip.h"
 
 namespace qx::scene {
@@ -24,7 +25,10 @@ public:
                   .rate = exact(facts.rate),
                   .colours = movie_.colours(),
                   .orientation = facts.showing.orientation,
-                  .aspect = exact(facts.showing.aspect)};
+                  .aspect = exact(facts.showing.aspect),
+                  .is_even = facts.regular,
+                  .time_code = facts.time_code != nullptr ? facts.time_code : ""};
+        if (options.orient) turn_facts();
         notes_ = movie_.notes();
         short_way_ = short_way(options);
         find_times();
@@ -37,6 +41,22 @@ public:
     }
 
 private:
+    /// To those of frames as they are to be seen.
+    void turn_facts() {
+        const auto size = pictures::turned_size(in_file());
+        if (pictures::turn_of(facts_.orientation).exchanged) facts_.aspect = Rational(1) / facts_.aspect;
+        facts_.width = size.width;
+        facts_.height = size.height;
+        turn_ = std::exchange(facts_.orientation, 1);
+    }
+
+    pictures::InFile in_file() const {
+        pictures::InFile stored;
+        stored.size = {movie_.facts().width, movie_.facts().height};
+        stored.orientation = movie_.facts().showing.orientation;
+        return stored;
+    }
+
     /// Stamps that the container's units have rounded are brought back to the rate, so that times meet.
     void find_times() {
         const Rational unit = exact(movie_.facts().time_base);
@@ -49,7 +69,14 @@ private:
         }
     }
 
-    SharedPicture read(int index) { return std::make_shared<const pictures::Picture>(movie_.read(index)); }
+    SharedPicture read(int index) {
+        pictures::Picture frame = movie_.read(index);
+        if (turn_ != 1) {
+            frame.in_file = in_file();
+            pictures::turn(movie_.path(), frame);
+        }
+        return std::make_shared<const pictures::Picture>(std::move(frame));
+    }
 
     /// How far the way to a frame is short: frames that it leads past are kept for a while, since other threads ask for
     /// them next and the way back would be long.
@@ -76,6 +103,7 @@ private:
 
     std::mutex mutex_;  ///< of all that follows, but for the store
     pictures::MovieReader movie_;
+    int turn_ = 1;   ///< that frames get
     int last_ = -1;  ///< the frame that was read last
     int short_way_ = 0;
     std::map<int, SharedPicture> passed_;

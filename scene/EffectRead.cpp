@@ -10,9 +10,9 @@ namespace qx::scene {
 namespace {
 
 /// Reads the values of keys, and learns whether they move.
-class Reader {
+class EffectReader {
 public:
-    explicit Reader(const std::string& folder) : folder_(folder) {}
+    explicit EffectReader(const std::string& folder) : folder_(folder) {}
     bool moves() const { return moves_; }
 
     /// @param more  keys that are known besides
@@ -75,7 +75,7 @@ SceneEffect read_plug_in(const SceneNode& node, const std::string& folder, Effec
     const SceneNode name = node.need("plugin");
     if (others == nullptr) name.fault("cannot be had here");
     std::shared_ptr<Effect> effect = name.read_by([&] { return others->find(name.text()); });
-    Reader reader(folder);
+    EffectReader reader(folder);
     if (const auto parameters = node.find("parameters")) reader.read(*parameters, effect->keys(), {});
     node.read_by([&] { effect->settle(); });
     return {node.place(), effect, reader.moves() || effect->depends_on_frame()};
@@ -88,7 +88,7 @@ SceneEffect read_effect(const SceneNode& node, const std::string& folder, Effect
     if (node.find("plugin")) return read_plug_in(node, folder, others);
     const SceneNode name = node.need("effect");
     std::shared_ptr<Effect> effect = name.read_by([&] { return new_effect(name.text()); });
-    Reader reader(folder);
+    EffectReader reader(folder);
     reader.read(node, effect->keys(), {"effect"});
     node.read_by([&] { effect->settle(); });
     return {node.place(), effect, reader.moves() || effect->depends_on_frame()};

@@ -11,4 +11,8 @@ void must(int code, const std::string& subject) {
     if (code != 0) throw WorkFault(subject, code);
 }
 
+std::int32_t stop_code(void* watch) {
+    return static_cast<const pictures::Watch*>(watch)->stops() ? std::int32_t{kQX_Interrupted} : 0;
+}
+
 }  // namespace qx::scene

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -33,5 +34,9 @@ private:
 
 /// Throws what a routine's code means: nothing for 0, Stopped for the user's wish, else WorkFault.
 void must(int code, const std::string& subject);
+
+/// What the engine of optical flow asks between parts of its work: 0, or the code of the user's wish.
+/// @param watch  a pictures::Watch
+std::int32_t stop_code(void* watch);
 
 }  // namespace qx::scene

@@ -17,9 +17,9 @@ namespace {
 
 using Make = std::function<InTurn(int index, pictures::Watch& watch)>;
 
-class Line {
+class Queue {
 public:
-    Line(int first, std::span<const int> ends, int ahead, pictures::Watch& watch, const Make& make)
+    Queue(int first, std::span<const int> ends, int ahead, pictures::Watch& watch, const Make& make)
         : ends_(ends),
           count_(ends.back()),
           ahead_(ahead),
@@ -44,12 +44,12 @@ public:
 private:
     class ItemWatch : public pictures::Watch {
     public:
-        ItemWatch(Line& line, int index) : line_(line), index_(index) {}
+        ItemWatch(Queue& line, int index) : line_(line), index_(index) {}
         bool stops() const noexcept override { return line_.failed_ < index_ || line_.watch_.stops(); }
         void rows(std::int64_t done, std::int64_t total) noexcept override { line_.watch_.rows(done, total); }
 
     private:
-        Line& line_;
+        Queue& line_;
         const int index_;
     };
 
@@ -150,7 +150,7 @@ void in_order(std::span<const int> ends, int at_once, pictures::Watch& watch, co
     for (int first = 0; first < count; ++first) {
         std::exception_ptr fault;
         {
-            Line line(first, ends, 2 * workers, watch, make);
+            Queue line(first, ends, 2 * workers, watch, make);
             tesselcore::threads::ExecuteCPUBoundTaskOnAllProcessors([&](int) { line.work(); }, workers);
             first = line.failed();
             fault = line.fault();

@@ -52,6 +52,18 @@ void check_colours(const Scene& scene);
 void check_files(const Scene& scene, const FrameList& frames);
 /// All files that the frames need: each one's faults, by as much of the file as tells that it is a picture.
 std::vector<std::string> faults_of_files(const Scene& scene, const FrameList& frames, pictures::Watch& watch);
+/// When what frames show was last written: results that are older show something else.
+class InputChanges {
+public:
+    /// @param scene  stays as long as this
+    explicit InputChanges(const Scene& scene);
+    std::int64_t latest(int frame) const;  ///< as pictures::changed_at has it
+
+private:
+    const Scene& scene_;
+    std::int64_t shown_always_ = 0;  ///< of pictures that do not move, and of clips as a whole
+};
+
 /// A file that one of the frames shows and that one of them would be written over, if there is one.
 struct Overwritten {
     std::string path, place;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The files that the frames of a scene need.
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -76,6 +77,22 @@ std::vector<std::string> faults_of_files(const Scene& scene, const FrameList& fr
         }
     });
     return faults;
+}
+
+InputChanges::InputChanges(const Scene& scene) : scene_(scene) {
+    each_file(scene, [&](const SceneFile& file, const QX_PixelFloat*) {
+        if (file.moves() && !file.clip) return;
+        for (const auto& path : file.clip ? file.clip->files() : std::vector<std::string>{file.at(0)})
+            shown_always_ = std::max(shown_always_, pictures::changed_at(path));
+    });
+}
+
+std::int64_t InputChanges::latest(int frame) const {
+    std::int64_t latest = shown_always_;
+    each_file_of(scene_, FrameRange{frame, frame, 1}, [&](const SceneFile& file, int number) {
+        if (file.moves() && !file.clip) latest = std::max(latest, pictures::changed_at(file.at(number)));
+    });
+    return latest;
 }
 
 std::optional<Overwritten> overwritten(const Scene& scene, const FrameList& frames, const FramePattern& names) {

@@ -16,19 +16,20 @@ namespace fs = std::filesystem;
 
 constexpr int kMostOutputNumber = 1'000'000'000;
 
-class Reader {
+class SceneReader {
 public:
-    Reader(const std::string& path, EffectSource* others, std::vector<std::string>* faults)
+    SceneReader(const std::string& path, EffectSource* others, std::vector<std::string>* faults)
         : context_{fs::path(path).parent_path().string(), others, 0, faults} {
         scene_.file = path;
     }
 
     Scene read(const SceneNode& root) {
         if (!root.is_object()) root.fault("is not an object");
-        constexpr void (Reader::*parts[])(const SceneNode&) = {
-            &Reader::check_keys,  &Reader::read_size,       &Reader::read_depth,      &Reader::read_rate,
-            &Reader::read_frames, &Reader::read_colours,    &Reader::read_background, &Reader::check_ground,
-            &Reader::read_output, &Reader::read_all_layers,
+        constexpr void (SceneReader::*parts[])(const SceneNode&) = {
+            &SceneReader::check_keys,      &SceneReader::read_size,    &SceneReader::read_depth,
+            &SceneReader::read_rate,       &SceneReader::read_frames,  &SceneReader::read_colours,
+            &SceneReader::read_background, &SceneReader::check_ground, &SceneReader::read_output,
+            &SceneReader::read_all_layers,
         };
         for (const auto part : parts) context_.part([&] { (this->*part)(root); });
         return std::move(scene_);
@@ -159,7 +160,7 @@ Scene read_scene(const std::string& path, EffectSource* others, std::vector<std:
 Scene read_scene_text(const std::string& text, const std::string& path, EffectSource* others,
                       std::vector<std::string>* faults) {
     const Tree tree{parse_json(text, path)};
-    Scene scene = Reader(path, others, faults).read(SceneNode(tree.value, path));
+    Scene scene = SceneReader(path, others, faults).read(SceneNode(tree.value, path));
     scene.text = tree.value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return scene;
 }

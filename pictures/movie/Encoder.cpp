@@ -7,12 +7,16 @@
 
 extern "C" {
 #include <libavutil/opt.h>
+#include <libavutil/timecode.h>
 }
 
 namespace qx::movie {
 namespace {
 
 constexpr const char* kQuality = "18";  // of the encoders that have such a scale: hardly to be told from the original
+
+/// The worst quality of an encoder's scale; those of H.264 and H.265 take what is beyond for their worst.
+int worst_quality(const AVCodec& codec) { return std::strncmp(codec.name, "libx26", 6) == 0 ? 51 : 63; }
 
 bool takes(const AVOutputFormat& container, const AVCodec& codec) {
     return avformat_query_codec(&container, codec.id, FF_COMPLIANCE_NORMAL) == 1;
@@ -23,8 +27,10 @@ const AVCodec* encoder_for(const AVOutputFormat& container, const char* asked) {
     if (asked != nullptr) {
         const AVCodec* codec = avcodec_find_encoder_by_name(asked);
         if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO)
-            throw Failure(std::string("FFmpeg has no encoder of video that is named ") + asked);
-        if (!takes(container, *codec)) throw Failure(std::string(container.name) + " takes no " + asked);
+            throw BadChoice(std::string("codec ") + asked + ": FFmpeg has no such encoder of video");
+        if (!takes(container, *codec))
+            throw BadChoice(std::string("codec ") + asked + ": is none that " + container.name +
+                            " holds; the name's ending tells the container, mov and mkv hold most");
         return codec;
     }
     if (std::strcmp(container.name, "nut") == 0) return avcodec_find_encoder(AV_CODEC_ID_RAWVIDEO);
@@ -38,7 +44,7 @@ const AVCodec* encoder_for(const AVOutputFormat& container, const char* asked) {
 const AVCodec* lossless_encoder_for(const AVOutputFormat& container) {
     const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_FFV1);
     if (codec == nullptr) throw Failure("FFmpeg has no encoder for lossless movies");
-    if (std::strcmp(container.name, "matroska") != 0) throw Failure("a lossless movie needs a name that ends in mkv");
+    if (std::strcmp(container.name, "matroska") != 0) throw BadChoice("a lossless movie needs a name that ends in mkv");
     return codec;
 }
 
@@ -47,7 +53,8 @@ AVPixelFormat pixel_format_for(const AVCodec& codec, const char* asked) {
     const AVPixelFormat wanted = asked != nullptr                   ? av_get_pix_fmt(asked)
                                  : codec.id == AV_CODEC_ID_RAWVIDEO ? AV_PIX_FMT_RGB24
                                                                     : AV_PIX_FMT_YUV420P;
-    if (wanted == AV_PIX_FMT_NONE) throw Failure(std::string("FFmpeg knows no kind of pixels that is named ") + asked);
+    if (wanted == AV_PIX_FMT_NONE)
+        throw BadChoice(std::string("pixel-format ") + asked + ": FFmpeg knows no such kind of pixels");
     if (codec.pix_fmts == nullptr) return wanted;
     std::string known;
     for (const AVPixelFormat* format = codec.pix_fmts; *format != AV_PIX_FMT_NONE; ++format) {
@@ -55,15 +62,21 @@ AVPixelFormat pixel_format_for(const AVCodec& codec, const char* asked) {
         known += (known.empty() ? "" : ", ") + std::string(av_get_pix_fmt_name(*format));
     }
     if (asked == nullptr) return codec.pix_fmts[0];
-    throw Failure(std::string(codec.name) + " takes no " + asked + ", but " + known);
+    throw BadChoice(std::string("pixel-format ") + asked + ": " + codec.name + " takes " + known);
 }
 
 /// Colours that are stored for several pixels together take sides of so many.
 void check_sides(const Settings& settings, AVPixelFormat format) {
     const AVPixFmtDescriptor& pixels = described(format);
     if (settings.width % (1 << pixels.log2_chroma_w) == 0 && settings.height % (1 << pixels.log2_chroma_h) == 0) return;
-    throw Failure("frames of " + std::to_string(settings.width) + " x " + std::to_string(settings.height) +
-                  ": a movie needs even sides");
+    throw Failure("frames of " + std::to_string(settings.width) + " x " + std::to_string(settings.height) + ": " +
+                  pixels.name + " needs even sides, the pixel-format yuv444p does not");
+}
+
+/// JPEG, and the kinds of pixels that are named after it, know no other range.
+bool is_always_full(const AVCodec& codec, AVPixelFormat format) {
+    return codec.id == AV_CODEC_ID_MJPEG || format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVJ422P ||
+           format == AV_PIX_FMT_YUVJ444P;
 }
 
 AVPixelFormat lossless_format(const Settings& settings) {
@@ -131,6 +144,7 @@ Encoder::Encoder(const Settings& settings) {
     open_frame();
     open_stream(settings);
     show_as(settings.showing);
+    if (settings.time_code != nullptr) count_from(settings.time_code);
     if (settings.audio != nullptr) {
         audio_.emplace(settings.audio, settings.audio_start, *format_);
         say(audio_->note());
@@ -179,7 +193,8 @@ void Encoder::open_codec(const Settings& settings) {
         const int matrix = usable_matrix(settings.tags.matrix, settings.height);
         const bool unsaid = settings.tags.matrix == AVCOL_SPC_UNSPECIFIED;
         codec_->colorspace = static_cast<AVColorSpace>(unsaid ? AVCOL_SPC_UNSPECIFIED : matrix);
-        codec_->color_range = settings.tags.range == AVCOL_RANGE_JPEG ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+        const bool is_full = settings.tags.range == AVCOL_RANGE_JPEG || is_always_full(*codec, codec_->pix_fmt);
+        codec_->color_range = is_full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
         set_quality(settings);
         depth_ = settings.depth == 16 && described(codec_->pix_fmt).comp[0].depth > 8 ? 16 : 8;
         scaler_ = make_scaler({settings.width, settings.height, depth_ == 16 ? AV_PIX_FMT_GBRP16 : AV_PIX_FMT_ARGB,
@@ -191,16 +206,22 @@ void Encoder::open_codec(const Settings& settings) {
     codec_->flags |= AV_CODEC_FLAG_BITEXACT;
     if (codec_->priv_data != nullptr)
         av_opt_set(codec_->priv_data, "x265-params", "log-level=none", 0);  // it writes to standard error by itself
-    must(avcodec_open2(codec_.get(), codec, nullptr), codec->name);
+    must(avcodec_open2(codec_.get(), codec, nullptr), std::string(codec->name) + " does not take " +
+                                                          std::to_string(settings.width) + " x " +
+                                                          std::to_string(settings.height) + " pixels of " +
+                                                          described(codec_->pix_fmt).name + " as they are asked for");
     must_have_had_memory();
 }
 
 void Encoder::set_quality(const Settings& settings) {
     codec_->bit_rate = settings.bits_a_second;
     if (settings.bits_a_second != 0) return;
+    const AVCodec& codec = *codec_->codec;
     const std::string quality = settings.crf < 0 ? kQuality : std::to_string(settings.crf);
+    if (settings.crf > worst_quality(codec))
+        throw BadChoice("crf " + quality + ": " + codec.name + " takes 0 to " + std::to_string(worst_quality(codec)));
     if (codec_->priv_data != nullptr && av_opt_set(codec_->priv_data, "crf", quality.c_str(), 0) >= 0) return;
-    if (settings.crf >= 0) throw Failure(std::string(codec_->codec->name) + " has no quality by crf");
+    if (settings.crf >= 0) throw BadChoice("crf " + quality + ": " + codec.name + " has no such scale, but a bitrate");
     codec_->bit_rate = std::int64_t{settings.width} * settings.height * 8;
 }
 
@@ -236,6 +257,18 @@ void Encoder::show_as(const Showing& showing) {
     const auto matrix = matrix_of_orientation(showing.orientation, codec_->width, codec_->height);
     std::uint8_t* place = made(av_stream_new_side_data(stream_, AV_PKT_DATA_DISPLAYMATRIX, sizeof matrix.of));
     std::memcpy(place, matrix.of, sizeof matrix.of);
+}
+
+void Encoder::count_from(const char* time_code) {
+    const std::string container = format_->oformat->name;
+    AVTimecode parsed;
+    if (container == "avi" || container == "nut") {
+        say(container + " keeps no time code");
+    } else if (av_timecode_init_from_string(&parsed, stream_->avg_frame_rate, time_code, nullptr) < 0) {
+        say(std::string("the time code ") + time_code + " does not go with its rate, and is left out");
+    } else {
+        must(av_dict_set(&stream_->metadata, "timecode", time_code, 0), "time code");
+    }
 }
 
 void Encoder::fill(const unsigned char* pixels, std::ptrdiff_t rowbytes) {

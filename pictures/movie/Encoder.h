@@ -26,6 +26,7 @@ private:
     void open_frame();
     void open_stream(const Settings& settings);
     void show_as(const Showing& showing);
+    void count_from(const char* time_code);
     void fill(const unsigned char* pixels, std::ptrdiff_t rowbytes);  ///< the planes of `frame_`
     void encode(const AVFrame* frame);                                ///< null flushes
     void say(const std::string& note);

@@ -20,6 +20,11 @@ struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// What was chosen cannot be had. The words begin with the choice.
+struct BadChoice : Failure {
+    using Failure::Failure;
+};
+
 /// Throws for a code that tells of a fault.
 inline void must(int code, const std::string& what) {
     if (code >= 0) return;

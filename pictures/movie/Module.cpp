@@ -21,6 +21,9 @@ template <class Work> bool guarded(Words* words, const Work& work) {
     try {
         work();
         return true;
+    } catch (const BadChoice& failure) {
+        put(words, failure.what());
+        words->is_choice = true;
     } catch (const Failure& failure) {
         put(words, errno == ENOMEM ? "out of memory" : failure.what());
     } catch (const std::exception&) {
@@ -36,6 +39,8 @@ Encoder* make_encoder(const Settings& settings, Words* note) {
         auto* encoder = new Encoder(settings);
         put(note, encoder->note());
         return encoder;
+    } catch (const BadChoice&) {
+        throw;
     } catch (const Failure& failure) {
         if (settings.audio == nullptr || errno == ENOMEM) throw;
         reason = failure.what();

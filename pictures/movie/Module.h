@@ -9,7 +9,7 @@
 /// start-up and licence of all else are free of them.
 namespace qx::movie {
 
-inline constexpr int kVersion = 5;
+inline constexpr int kVersion = 6;
 inline constexpr const char* kFileName = "libqxmovie.so";
 inline constexpr const char* kEntryName = "qx_movie_routines";
 inline constexpr std::int64_t kMostFrames = 9'999'999;
@@ -46,6 +46,7 @@ struct Settings {
     int depth;                         ///< 8 or 16: of the channels of a lossless movie, else the most that may come
     const char* audio;                 ///< a movie whose audio packets are copied; null for none
     Ratio audio_start;                 ///< the time, in seconds, of that movie that becomes 0
+    const char* time_code;             ///< of the first frame, such as 01:00:00:00; null for none
 };
 
 /// What a movie is.
@@ -82,6 +83,7 @@ struct Still {
 /// Room for the words of a failure, or of a note where there was none.
 struct Words {
     char text[256];
+    bool is_choice;  ///< what was chosen cannot be had, by whatever movie of that kind
 };
 
 struct Routines {

@@ -41,10 +41,6 @@ int depth_of_results(int asked, const pictures::Picture& first, const pictures::
     return asked != 0 ? asked : std::max(first.world->Depth(), second.world->Depth());
 }
 
-std::int32_t stops(void* watch) {
-    return static_cast<const pictures::Watch*>(watch)->stops() ? std::int32_t{kQX_Interrupted} : 0;
-}
-
 }  // namespace
 
 double flow_position(double position) {
@@ -126,7 +122,7 @@ void FramePair::render(QX_SolvanMode mode, double position, QX_World& first, QX_
     other.secondFrameId = second_ready_.id;
     other.position = position;
     void* heard = &watch;
-    QX_AdvancedFrameBlending engine(algo, other, {stops, &heard});
+    QX_AdvancedFrameBlending engine(algo, other, {stop_code, &heard});
     must(engine.Render(&first, &second, &output), subject_);
 }
 

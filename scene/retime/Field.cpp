@@ -34,10 +34,6 @@ YetAnotherImgBuffer buffer_of(const QX_World& world) {
             world.data};
 }
 
-std::int32_t stops(void* watch) {
-    return static_cast<const pictures::Watch*>(watch)->stops() ? std::int32_t{kQX_Interrupted} : 0;
-}
-
 /// From pixels of the engine's field, whose x is negated, to pixels of the picture.
 FlowField in_pixels(const std::vector<HvVec2>& vectors, int width, int height, float detail) {
     const auto columns = static_cast<int>(static_cast<float>(width) * detail);
@@ -78,7 +74,7 @@ FlowFields flow_fields(const std::string& subject, const pictures::Picture& firs
     YetAnotherImgBuffer first_buffer = buffer_of(*a), second_buffer = buffer_of(*b);
     YetAnotherImgBuffer forward_buffer = field_buffer(forward), backward_buffer = field_buffer(backward);
     void* heard = &watch;
-    const QX_Solvan_InterruptFuncs interrupt{stops, &heard};
+    const QX_Solvan_InterruptFuncs interrupt{stop_code, &heard};
     must(calcSolvanOpticalFlowParamsNoIpl(converted.algo(), &interrupt, &first_buffer, &second_buffer, nullptr, nullptr,
                                           &forward_buffer, &backward_buffer, nullptr),
          subject);

@@ -86,7 +86,7 @@ SceneClip::SceneClip(const ClipChoice& choice, const Rational& rate, int depth, 
             open_pictures_clip({pattern, {numbers.front(), numbers.back(), 1}, choice.rate.value_or(rate)}, opening);
         step_ = choice.speed / rate;
     } else {
-        clip_ = open_movie_clip(choice.path);
+        clip_ = open_movie_clip(choice.path, opening);
         const Rational own = clip_->facts().rate;
         step_ = choice.speed * (choice.rate.value_or(own) / own) / rate;
     }

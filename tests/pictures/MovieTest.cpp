@@ -332,7 +332,7 @@ TEST_F(Movies, RefuseWhatIsNone) {
     const auto fault = [&](const char* name, int width, const MovieSettings& settings) {
         return fault_of<Failure>([&] { MovieFile(folder / name, width, 8, settings); });
     };
-    EXPECT_HOLDS(fault("m.mp4", 9, {}), "frames of 9 x 8: a movie needs even sides");
+    EXPECT_HOLDS(fault("m.mp4", 9, {}), "frames of 9 x 8: yuv420p needs even sides");
     EXPECT_HOLDS(fault("m.mp4", 8, {.lossless = true}), "a name that ends in mkv");
     MovieFile movie(folder / "m.mp4", 64, 48, {});
     EXPECT_HOLDS(fault_of<Failure>([&] { movie.add(shaded(64, 46, 0)); }), "another size or depth");

@@ -46,10 +46,10 @@ std::vector<int> cuts_of(PaintedClip& clip) {
     return found;
 }
 
-constexpr int kFrames = 8;
+constexpr int kShotFrames = 8;
 using Paint = PaintedClip::Paint;
 std::vector<int> found(const Paint& paint, int width = 240, int height = 136) {
-    PaintedClip clip(kFrames, width, height, paint);
+    PaintedClip clip(kShotFrames, width, height, paint);
     return cuts_of(clip);
 }
 
@@ -96,11 +96,11 @@ TEST(RetimeCuts, MotionIsNone) {
 }
 
 TEST(RetimeCuts, FadesAndFlashesAreNone) {
-    EXPECT_EQ(found([](int i, int x, int y) { return painted(1, x, y) * (kFrames - 1 - i) / (kFrames - 1); }),
+    EXPECT_EQ(found([](int i, int x, int y) { return painted(1, x, y) * (kShotFrames - 1 - i) / (kShotFrames - 1); }),
               std::vector<int>{});
-    EXPECT_EQ(found([](int i, int x, int y) { return painted(1, x, y) * i / (kFrames - 1); }), std::vector<int>{});
+    EXPECT_EQ(found([](int i, int x, int y) { return painted(1, x, y) * i / (kShotFrames - 1); }), std::vector<int>{});
     EXPECT_EQ(found([](int i, int x, int y) {  // from one scene into another
-                  const double u = i / (kFrames - 1.0);
+                  const double u = i / (kShotFrames - 1.0);
                   return painted(2, x, y) * (1 - u) + painted(3, x, y) * u;
               }),
               std::vector<int>{});
@@ -123,9 +123,9 @@ TEST(RetimeCuts, AListIsAList) {
 }
 
 TEST(RetimeCuts, FramesAreReadOnce) {
-    PaintedClip clip(kFrames, 64, 64, [](int i, int x, int y) { return painted(i, x, y); });
+    PaintedClip clip(kShotFrames, 64, 64, [](int i, int x, int y) { return painted(i, x, y); });
     cuts_of(clip);
-    EXPECT_EQ(clip.asked, kFrames);
+    EXPECT_EQ(clip.asked, kShotFrames);
 }
 
 }  // namespace

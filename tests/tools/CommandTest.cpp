@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
+#include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "platform/standalone/Colour.h"
 #include "tests/support/Test.h"
 #include "tests/tools/RunQx.h"
+#include "tools/qx/Commands.h"
 
 namespace {
 
@@ -26,13 +30,26 @@ using CommandDeathTest = Command;  // runs before threads are there
 TEST_F(Command, FaultsGiveOneLineAStatusAndNoFile) {
     expect_faults(
         2, "", "",
-        {" => subcommand", "compose a.png b.png -o out.png => compose",
-         "come a.png b.png -o out.png => come: no such subcommand; the nearest is comp", "comp -o out.png => files",
-         "comp a.png -o out.png => at least one layer", "comp a.png b.png => --output",
+        {" => subcommand",
+         "--foo => --foo: a subcommand stands before its options",
+         "compose a.png b.png -o out.png => compose",
+         "come a.png b.png -o out.png => come: no such subcommand; the nearest is comp",
+         "comp -o out.png => BACKGROUND LAYER is required",
+         "comp a.png -o out.png => at least one layer",
+         "comp a.png b.png => --output",
          "comp a.png '' -o out.png => an argument is empty",
          "comp a.png --mode mask-crossfade b.png b.png --mask a.png -o out.png => needs --mask",
-         "comp a.png b.png -o out.xyz => none of png", "comp a.png b.png --half -o out.tif => --half is for OpenEXR",
-         "modes a.png -o out.png => B is required", "info --xml => --xml"});
+         "comp a.png b.png -o out.xyz => none of png",
+         "comp a.png b.png --half -o out.tif => --half is for OpenEXR",
+         "modes a.png -o out.png => B is required",
+         "info --xml => --xml",
+         "info --json=3 => --json takes no value",
+         "identify --json => FILE is required",
+         "comp a.png b.png -o => --output: its value is missing",
+         "comp a.png b.png -o o.png -o p.png => --output stands 2 times, once is enough",
+         "comp a.png b.png -o o.png --flatten foo => --flatten foo: not a colour: black, white, #RRGGBB or R,G,B",
+         "comp a.png b.png -o o.png --compression zip => --compression zip: of PNG it is a whole number from 0 to 9",
+         "comp a.png b.png -o o.png --raw 3x3:rgb24 => --raw is for standard input, of which no input is (-)"});
     expect_faults(1, "comp ", "",
                   {"a.png /dev/null -o out.png => /dev/null: is not a regular file",
                    "a.png b.png -o /no/such/folder/x.png => /no/such/folder/x.png: its folder is missing",
@@ -161,6 +178,24 @@ TEST_F(CommandDeathTest, InterruptLeavesNoFile) {
         EXPECT_EQ(bytes("o.png"), "old");
         EXPECT_EQ(folder.names(), (Names{"a.png", "b.png", "o.png"}));
     }
+}
+
+/// What waits for another program stops at once.
+TEST_F(CommandDeathTest, InterruptEndsWaitingForStandardInput) {
+    GTEST_FLAG_SET(death_test_style, "fast");
+    const auto wait = [&] {
+        int ends[2];
+        if (::pipe(ends) != 0 || ::dup2(ends[0], STDIN_FILENO) < 0) std::exit(1);
+        if (::fork() == 0) {
+            ::sleep(1);
+            ::kill(::getppid(), SIGTERM);
+            ::_exit(0);
+        }
+        const std::string out = folder / "o.png";
+        const char* const words[] = {"qx", "convert", "-", "-o", out.c_str()};
+        std::exit(qx::tool::run_command(static_cast<int>(std::size(words)), words));
+    };
+    EXPECT_EXIT(wait(), testing::ExitedWithCode(130), "^qx: interrupted\n$");
 }
 
 }  // namespace

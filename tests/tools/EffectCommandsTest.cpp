@@ -85,7 +85,7 @@ TEST_F(EffectCommands, FaultsGiveOneLineAStatusAndNoFile) {
          "matte a.png --op ad => the nearest is add",
          "matte a.png --feather 1e9 => --feather 1e9: not a number from 0 to 30000",
          "matte a.png --at 3 => --at 3: not two numbers", "matte a.png --passes 2 => not one of 1, 3",
-         "matte --feather 3 => masks is required", "adjust a.png --hue abc => --hue abc: not a number",
+         "matte --feather 3 => MASK is required", "adjust a.png --hue abc => --hue abc: not a number",
          "blend a.png b.png --ratio 2 => --ratio 2: not a number from 0 to 1", "convert a.png --matte 1,1,1 => needs",
          "convert a.png --unpremultiply --matte 1,1 => --matte 1,1: not a colour R,G,B",
          "convert a.png --premultiply --unpremultiply => excludes", "guess-alpha a.png b.png => -o is for one file"});

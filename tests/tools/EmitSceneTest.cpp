@@ -64,6 +64,20 @@ TEST_F(EmitScene, RendersThePictureOfTheLine) {
     }
 }
 
+/// What is chosen of the file is in the scene.
+TEST_F(EmitScene, WritesFilesOfTheSameKind) {
+    for (const std::string more : {"--flatten 0.2,0.4,0.6 --output-depth 16 --compression lzw -o c.tif",
+                                   "--depth 32 --half --compression piz -o c.exr", "--depth 32 --float -o c.exr",
+                                   "--flatten black --jpeg-quality 20 -o c.jpg", "--compression 0 -o c.png"}) {
+        run("comp a.png b.png -q --emit-scene sub/s.json " + more);
+        const std::string name = more.substr(more.size() - 5);
+        run("render sub/s.json -q -o r" + name.substr(1));
+        EXPECT_TRUE(same(name, "r" + name.substr(1))) << more;
+        const auto length = [&](const std::string& file) { return double(std::filesystem::file_size(folder / file)); };
+        EXPECT_NEAR(length(name), length("r" + name.substr(1)), 100) << more;  // a frame of a scene has a mark
+    }
+}
+
 TEST_F(EmitScene, EveryModeAtEveryDepthAndAPlace) {
     for (const auto& mode : qx::scene::all_modes()) {
         const std::string mask = mode.number == xfer_mask_crossfade ? " --mask m.png" : "";
@@ -94,7 +108,7 @@ TEST_F(EmitScene, WrongUses) {
                   {"--effect " + shadow + " --emit-scene s.json => a scene names no effect by its file",
                    "--emit-scene a.png => is a picture of this line", "--emit-scene c.png => is a picture of this line",
                    "--matrix 1e9,0,0,0,1,0,1e9,0,1 --at 1,1 --emit-scene s.json => a number of its matrix is above"});
-    expect_faults(1, "comp a.png b.png ", "", {"--emit-scene no/s.json -o c.png => no/s.json"});
+    expect_faults(1, "comp a.png b.png ", "", {"--emit-scene no/s.json -o c.png => no/s.json: its folder is missing"});
 }
 
 }  // namespace

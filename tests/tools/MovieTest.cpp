@@ -89,38 +89,4 @@ TEST_F(Movies, FramesOfASpaceGoToWhatTheMovieSays) {
     }
 }
 
-/// Each frame as if its picture had been composited; the layer's frames by time.
-TEST_F(Movies, AreComposited) {
-    gradient("b.png", 20, 16, 128);
-    for (int i = 1; i <= 4; ++i) {
-        write("a." + std::to_string(i) + ".png", 40, 32, [=](int x, int y) { return argb(255, 6 * x, 60 * i, 7 * y); });
-    }
-    run("retime 'a.#.png' --in 1-4 --speed 1 --lossless --no-cache -q -o a.mkv");
-    const std::string how = " b.png --gravity south-east --at 10%,1 --opacity 0.6 --mode screen -q ";
-    run("comp a.mkv" + how + "--emit-scene s.json -o o.#.png");
-    run("render s.json -q -o r.#.png");
-    for (int i = 0; i < 4; ++i) {
-        const std::string frame = std::to_string(i) + ".png";
-        run("comp a." + std::to_string(i + 1) + ".png" + how + "-o one.png");
-        EXPECT_TRUE(same("o." + frame, "one.png")) << i;
-        EXPECT_TRUE(same("r." + frame, "one.png")) << i;
-    }
-    run("comp b.png a.mkv --fit cover --mask a.mkv -q --crf 1 -o l.mp4");
-    const Movie made = read_movie(folder / "l.mp4");
-    EXPECT_EQ(made.width, 20);
-    EXPECT_EQ(made.rate, 25);
-    EXPECT_EQ(made.lumas.size(), 4u);
-    const std::string before = contents(folder / "a.mkv");
-    expect_faults(
-        2, "comp ", "",
-        {"a.mkv b.png -o o.png => -o o.png: more than one frame needs a place for its number",
-         "a.mkv b.png -o a.mkv => -o a.mkv: is a picture of the scene, at /background",
-         "b.png b.png -o o.mp4 => -o o.mp4: no movie is composited; qx render makes movies of scenes",
-         "a.mkv b.png -o o.mp4 --effect " QX_TEST_EFFECTS "/Faulty.so => -o o.mp4: a scene names no effect by its file",
-         "a.mkv b.png -o o.mp4 --jpeg-quality 80 => --jpeg-quality is for JPEG",
-         "a.mkv b.png -o o.png --crf 20 => --crf is for movies"});
-    expect_fault("comp none.mp4 b.png -o o.mp4", 1, "none.mp4: No such file");
-    EXPECT_EQ(contents(folder / "a.mkv"), before);
-}
-
 }  // namespace

@@ -152,6 +152,20 @@ TEST_F(Render, ResumeKeepsWholeFramesAndMakesTheOthersAnew) {
     EXPECT_NE(changed_at("f.1.png"), before) << "another scene";
 }
 
+TEST_F(Render, ResumeMakesAnewWhatIsOlderThanItsPictures) {
+    const auto changed_at = [&](int frame) {
+        return std::filesystem::last_write_time(folder / ("f." + std::to_string(frame) + ".png"));
+    };
+    run("render moving.json -q -o f.#.png");
+    std::vector<std::filesystem::file_time_type> before;
+    for (int frame = 1; frame <= 4; ++frame) before.push_back(changed_at(frame));
+    std::filesystem::last_write_time(folder / "q.03.png", std::filesystem::file_time_type::clock::now());
+    run("render moving.json --resume -q -o f.#.png");
+    int anew = 0;
+    for (int frame = 1; frame <= 4; ++frame) anew += changed_at(frame) != before[static_cast<std::size_t>(frame - 1)];
+    EXPECT_EQ(anew, 1);  // the one that shows it
+}
+
 TEST_F(Render, ResumeSweepsWhatKilledRunsLeft) {
     run("render moving.json -o f.#.png");
     const std::string killed = "cd " + (folder / "") + "; " + QX_COMMAND +
@@ -172,9 +186,12 @@ TEST_F(Render, ShardsMakeAllFramesOnce) {
     run("render moving.json -o odd.#.png --shard 2/4");
     EXPECT_TRUE(std::filesystem::exists(folder / "odd.2.png"));
     EXPECT_FALSE(std::filesystem::exists(folder / "odd.1.png"));
+    const auto idle = qx("render moving.json -o idle.#.png --shard 5/9");  // more machines than frames
+    EXPECT_EQ(idle.status, 0);
+    EXPECT_EQ(idle.errors, "qx: note: --shard 5/9: has nothing to do, there are 4 frames\n");
     expect_faults(2, "render moving.json -o f.#.png --shard ", "",
-                  {"3 => not a part I/N", "0/3 => --shard 0: not a whole number from 1 to 3", "4/3 => from 1 to 3",
-                   "5/9 => there are 4 frames only", "a/3 => --shard a"});
+                  {"3 => not a part I/N", "0/3 => --shard 0/3: 0: not a whole number from 1 to 3", "4/3 => from 1 to 3",
+                   "a/3 => --shard a"});
 }
 
 TEST_F(Render, KeepGoingMakesWhatCanBeMade) {
@@ -245,7 +262,7 @@ TEST_F(Render, FaultsGiveOneLineAStatusAndNoFile) {
                    "bad.json -o x.#.png => bad.json: /layers/0/mod is an unknown key; the nearest is mode",
                    "moving.json -o no/x.#.png => its folder is missing", "moving.json -o no/x.mp4 => no/x.mp4: ",
                    "moving.json -o x.#.png --frames 4-5 => /layers/0/file q.05.png: no such file, frame 5 needs it",
-                   "odd.json -o x.mp4 => x.mp4: frames of 9 x 8: a movie needs even sides"});
+                   "odd.json -o x.mp4 => x.mp4: frames of 9 x 8: yuv420p needs even sides"});
     expect_faults(2, "render ", "",
                   {"moving.json => --output", "endless.json -o x.#.png => --frames A-B is needed",
                    "moving.json -o x.png => more than one frame", "moving.json -o x.#.gif => none of png",

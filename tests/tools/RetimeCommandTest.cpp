@@ -86,6 +86,8 @@ TEST_F(Retime, ResumesAndNumbers) {
     EXPECT_EQ(all["made"], 1);
     EXPECT_TRUE(same("o.105.png", source(3)));
     EXPECT_EQ(contents(folder / "o.102.png"), before);
+    std::filesystem::last_write_time(folder / source(4), std::filesystem::file_time_type::clock::now());
+    EXPECT_EQ(told("--speed 0.5 --start 101 -o o.###.png --resume")["skipped"], 5);            // three show it
     EXPECT_EQ(told("--speed 0.5 --start 101 -o o.###.png --resume --bands 3")["skipped"], 0);  // results depend on them
     EXPECT_EQ(told("--speed 0.5 --start 101 -o o.###.png --resume --method blend")["skipped"], 0);   // another job's
     EXPECT_EQ(told("--speed 0.25 --start 101 -o o.###.png --resume --method blend")["skipped"], 1);  // of one moment
@@ -246,7 +248,7 @@ TEST_F(Retime, WrongUseIsOneLine) {
          "--in 1-4 --speed 1 --resume -o o.mp4 => --resume is for pictures",
          "--in 1-4 --speed 1 --lossless --crf 4 -o o.mkv => --crf does not go with --lossless",
          "--in 1-4 --speed 1 --shard 1/2 -o o.mp4 => --shard is for pictures",
-         "--in 1-4 --speed 1 --shard 5/5 -o o.#.png => --shard 5/5: there are 4 frames only"});
+         "--in 1-4 --speed 1 --raw 3x3:rgb24 -o o.#.png => --raw is for a picture on standard input"});
     expect_faults(1, "retime ", " -o o.#.png",
                   {"'in/f.#.png' --in 1-4 --map falls.json => does not come after the key before",
                    "'in/f.#.png' --in 1-4 --map none.json => /keys", "'in/f.#.png' --in 1-4 --map odd.json => speed",

@@ -5,9 +5,11 @@
 #include <iostream>
 #include <string_view>
 
+#include "pictures/Failure.h"
 #include "scene/Words.h"
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
+#include "tools/qx/options/ParserWords.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
 
@@ -51,7 +53,9 @@ void add_subcommands(CLI::App& app, const std::vector<std::string>& words) {
 void check_subcommand(const std::string& word) {
     std::vector<std::string> names;
     for (const Subcommand& subcommand : kSubcommands) names.emplace_back(subcommand.name);
-    if (word[0] == '-' || std::ranges::find(names, word) != names.end()) return;
+    constexpr std::string_view flags[] = {"--help", "-h", "--version"};
+    if (std::ranges::find(names, word) != names.end() || std::ranges::find(flags, word) != std::end(flags)) return;
+    if (word[0] == '-') throw WrongUsage(word + ": a subcommand stands before its options; see qx --help");
     throw WrongUsage(word + ": no such subcommand" + scene::suggestion(word, names, "see qx --help"));
 }
 
@@ -115,7 +119,7 @@ int parse_and_run(CLI::App& app, int argc, const char* const* argv) {
     } catch (const CLI::ExtrasError& error) {
         throw WrongUsage(error.what() + nearest_option(app, words));
     } catch (const CLI::ParseError& error) {
-        throw WrongUsage(std::string(error.what()) + " (see " + help_of(app) + ")");
+        throw WrongUsage(words_of(error, app) + " (see " + help_of(app) + ")");
     }
     return kDone;
 }
@@ -139,6 +143,9 @@ int run_command(int argc, const char* const* argv) {
     } catch (const EndedWith& end) {
         return end.status;
     } catch (const WrongUsage& fault) {
+        say_error(fault.what());
+        return kWrongUsage;
+    } catch (const pictures::BadChoice& fault) {
         say_error(fault.what());
         return kWrongUsage;
     } catch (...) {

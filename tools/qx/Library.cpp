@@ -16,14 +16,14 @@
 namespace qx::tool {
 namespace {
 
-std::mutex mutex;
+std::mutex report_mutex;
 std::string report_text;
 
 }  // namespace
 
 Library::Library() {
     standalone::SetReportSink([](const standalone::Report& report) {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(report_mutex);
         const std::string detail = standalone::ReportDetail();
         report_text = detail.empty() ? report.text : report.text + ": " + detail;
         host::keep_report(report_text);
@@ -38,7 +38,7 @@ Library::Library() {
 Library::~Library() { QX_Death(); }
 
 std::string reason_of(int code) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(report_mutex);
     const bool quiet =
         report_text.empty() && code == kQX_OutOfMemory;  // some routines are short of it without a report
     return (quiet ? "out of memory" : report_text) + " (code " + std::to_string(code) + ")";

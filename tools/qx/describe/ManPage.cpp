@@ -52,7 +52,8 @@ what \fB\-\-threads\fR and \fB\-\-bands\fR are without the option
 .B QX_EFFECT_PATH
 folders of effects, with colons between, before that of the installation
 .SH EXIT STATUS
-0 done; 1 the work failed, or \fBdiff\fR found a difference; 2 wrong usage; 130 interrupted. No half\-written file is left.
+0 done; 1 the work failed, or \fBdiff\fR found a difference; 2 wrong usage, or \fBdiff\fR could not compare; 5 some
+frames failed, with \fB\-\-keep\-going\fR; 130 interrupted. No half\-written file is left.
 .SH SEE ALSO
 The documents of the package: a guide in ten steps, recipes, scene files, colour, frames between frames, effects.
 )";

@@ -26,9 +26,18 @@ QX_PixelFloat colour_of(const std::string& option, const std::string& text) {
     if (std::sscanf(text.c_str(), "#%2x%2x%2x%n", &red, &green, &blue, &end) == 3 && end == 7 && text.size() == 7) {
         return {1, float(red) / 255.0f, float(green) / 255.0f, float(blue) / 255.0f};
     }
-    if (text.starts_with("#")) throw WrongUsage(option + " " + text + ": not a colour #RRGGBB");
-    const auto c = real_numbers(option, text, "a colour: black, white, #RRGGBB or R,G,B", 3, 3, 0, 1);
+    constexpr const char* form = "a colour: black, white, #RRGGBB or R,G,B from 0 to 1";
+    if (text.find(',') == std::string::npos) throw WrongUsage(option + " " + text + ": not " + form);
+    const auto c = real_numbers(option, text, form, 3, 3, 0, 1);
     return {1, float(c[0]), float(c[1]), float(c[2])};
+}
+
+int whole_number_or(const std::string& text, int least, int most, const std::string& fault) {
+    try {
+        return scene::whole_number(text, least, most);
+    } catch (const scene::BadText&) {
+        throw WrongUsage(fault);
+    }
 }
 
 bool is_packed(const std::string& output) {
@@ -66,6 +75,15 @@ void EncodingOptions::take(const scene::OutputChoices& choices, const std::strin
     if (!half && !real && choices.half && is_exr(output)) (*choices.half ? half : real) = true;
 }
 
+scene::OutputChoices EncodingOptions::choices() const {
+    scene::OutputChoices choices;
+    for (const Choice& choice : kChoices) {
+        if (const std::string& text = this->*choice.text; !text.empty()) choices.texts[choice.key] = text;
+    }
+    if (half || real) choices.half = half;
+    return choices;
+}
+
 void EncodingOptions::check(const std::string& output) const {
     if ((half || real) && !is_exr(output))
         throw WrongUsage(std::string(half ? "--half" : "--float") + " is for OpenEXR");
@@ -85,8 +103,11 @@ pictures::WriteOptions EncodingOptions::write_options(const std::string& output)
     if (half || real) options.half = half;
     if (!jpeg_quality.empty()) options.jpeg_quality = whole_number("--jpeg-quality", jpeg_quality, 1, 100);
     if (compression.empty()) return options;
+    constexpr int most = pictures::kMostCompression;
     if (is_png(output)) {
-        options.compression = whole_number("--compression", compression, 0, pictures::kMostCompression);
+        options.compression = whole_number_or(
+            compression, 0, most,
+            "--compression " + compression + ": of PNG it is a whole number from 0 to " + std::to_string(most));
     } else {
         options.packing = choice("--compression", compression, pictures::packings_of(output));
     }
@@ -94,7 +115,7 @@ pictures::WriteOptions EncodingOptions::write_options(const std::string& output)
 }
 
 pictures::MovieEncoding EncodingOptions::movie_encoding() const {
-    constexpr int worst = 63, most_rate = 1'000'000;
+    constexpr int worst = 63, most_rate = 1'000'000'000;
     pictures::MovieEncoding encoding;
     encoding.codec = codec;
     encoding.pixel_format = pixel_format;
@@ -102,9 +123,11 @@ pictures::MovieEncoding EncodingOptions::movie_encoding() const {
     if (!bitrate.empty()) {
         const bool millions = bitrate.ends_with('M'), thousands = bitrate.ends_with('k');
         const std::string digits = bitrate.substr(0, bitrate.size() - (millions || thousands ? 1 : 0));
-        const std::int64_t number =
-            whole_number("--bitrate", digits, 1, millions ? most_rate / 1000 : most_rate * 1000);
-        encoding.bits_a_second = number * (millions ? 1'000'000 : thousands ? 1000 : 1);
+        const int unit = millions ? 1'000'000 : thousands ? 1000 : 1;
+        const int bits = whole_number_or(
+            digits, 1, most_rate / unit,
+            "--bitrate " + bitrate + ": not a number of bits a second, such as 8M or 500k, at most 1000M");
+        encoding.bits_a_second = std::int64_t{bits} * unit;
     }
     return encoding;
 }

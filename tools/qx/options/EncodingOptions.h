@@ -22,6 +22,8 @@ struct EncodingOptions {
     /// Takes what a scene says of files of this name, where the command line says nothing: a scene may tell of pictures
     /// and of movies.
     void take(const scene::OutputChoices& choices, const std::string& output);
+    /// The same choices, for a scene that is to make such files.
+    scene::OutputChoices choices() const;
     void check(const std::string& output) const;  ///< throws WrongUsage
     /// @param output  whose format gives a compression its meaning
     pictures::WriteOptions write_options(const std::string& output) const;

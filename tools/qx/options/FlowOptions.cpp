@@ -39,6 +39,8 @@ std::string FlowOptions::words() const {
     return all;
 }
 
+bool FlowOptions::is_any() const { return words() != FlowOptions{}.words(); }
+
 void add_flow_options(CLI::App& command, FlowOptions& options) {
     const auto add = [&](const char* name, std::string& text, const char* help, const char* form) {
         command.add_option(name, text, help)->type_name(form);

@@ -16,6 +16,7 @@ struct FlowOptions {
     std::string quality, detail, smoothness, refine_smoothness, iterations, convergence, block, filter;
 
     scene::FlowChoices choices() const;  ///< throws WrongUsage
+    bool is_any() const;                 ///< something is asked for
     std::string words() const;           ///< all of them, by which frames of a job are known again
 };
 void add_flow_options(CLI::App& command, FlowOptions& options);

@@ -19,9 +19,15 @@ FrameProgress::Style LongWorkOptions::style() const {
 LongWorkOptions::Share LongWorkOptions::share_of(int frames) const {
     const auto slash = shard.find('/');
     if (slash == std::string::npos) throw WrongUsage("--shard " + shard + ": not a part I/N, such as 2/8");
-    const int parts = whole_number("--shard", shard.substr(slash + 1), 1, scene::kMostFrame);
-    const int part = whole_number("--shard", shard.substr(0, slash), 1, parts);
-    if (part > frames) throw WrongUsage("--shard " + shard + ": there are " + std::to_string(frames) + " frames only");
+    const auto number = [&](const std::string& text, int most) {
+        return value_of("--shard " + shard + ":", [&] { return scene::whole_number(text, 1, most); });
+    };
+    const int parts = number(shard.substr(slash + 1), scene::kMostFrame);
+    const int part = number(shard.substr(0, slash), parts);
+    if (part > frames) {  // a farm may have more machines than there are frames
+        say_note("--shard " + shard + ": has nothing to do, there are " + std::to_string(frames) + " frames");
+        throw EndedWith{kDone};
+    }
     return {part, parts};
 }
 
@@ -56,8 +62,8 @@ void add_long_work_options(CLI::App& command, LongWorkOptions& options) {
         command.add_flag(name, to, help)->disable_flag_override();
     };
     flag("--resume", options.resume,
-         "leave frames alone that are there, whole, and of this very job: of the same names, options and version; what "
-         "pictures that are read hold is not looked at");
+         "leave frames alone that are there, whole, and of this very job (of the same names, options and version), "
+         "and no older than the pictures that they show");
     flag("--keep-going", options.keep_going,
          "make the other frames when one fails, and tell at the end which did; exit status 5");
     command.add_option("--shard", options.shard, "the Ith of N equal parts, for a machine of a farm")->type_name("I/N");

@@ -18,7 +18,7 @@ struct LongWorkOptions {
     bool resume = false, keep_going = false, stats = false;
 
     FrameProgress::Style style() const;  ///< throws WrongUsage, as what follows does
-    /// The part of the frames that --shard I/N names: every Nth from the Ith on.
+    /// The part of the frames that --shard I/N names: every Nth from the Ith on. One without frames ends the command.
     scene::FrameList part_of(const scene::FrameList& frames) const;
     /// The same, of frames in a row, for work where neighbours share what is costly.
     scene::FrameRange row_of(const scene::FrameRange& frames) const;

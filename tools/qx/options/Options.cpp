@@ -64,6 +64,10 @@ void apply_common_options(const CommonOptions& options) {
     apply("--bands", options.bands, "QX_BANDS", kMaxBands, standalone::SetBandCount);
 }
 
+void add_json_option(CLI::App& command, bool& json) {
+    command.add_flag("--json", json, "machine-readable, on standard output")->disable_flag_override();
+}
+
 void add_depth_option(CLI::App& command, std::string& depth, const std::string& usual) {
     const std::string help =
         "bits to work with (default: " + usual + "); 16 has 32,769 steps, 32 every value of 16-bit files";

@@ -26,6 +26,9 @@ struct CommonOptions {
 };
 void add_common_options(CLI::App& command, CommonOptions& options);
 
+/// --json, of commands that tell something.
+void add_json_option(CLI::App& command, bool& json);
+
 /// --depth, whose text `depth_of` reads.
 /// @param usual  what holds without it
 void add_depth_option(CLI::App& command, std::string& depth, const std::string& usual);

@@ -2,6 +2,7 @@
 #include "tools/qx/options/ReadingOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 
 #include "tools/qx/terminal/Messages.h"
@@ -11,13 +12,18 @@ namespace qx::tool {
 void add_reading_options(CLI::App& command, ReadingOptions& options) {
     command
         .add_flag("--no-orient", options.as_stored,
-                  "pixels as JPEG and TIFF files store them, not turned as these say they are to be seen")
+                  "pixels as JPEG and TIFF files and movies store them, not turned as these say they are to be seen")
         ->disable_flag_override();
     command
         .add_option("--raw", options.raw,
                     "what standard input (-) has, where it has no head: its size and its pixels, as FFmpeg names them, "
                     "such as 1920x1080:rgba")
         ->type_name("WxH:FORMAT");
+}
+
+void ReadingOptions::check(const std::vector<std::string>& inputs) const {
+    if (!raw.empty() && std::ranges::none_of(inputs, pictures::is_standard_input))
+        throw WrongUsage("--raw is for standard input, of which no input is (-)");
 }
 
 pictures::ReadOptions ReadingOptions::read_options(bool cmyk) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "pictures/Picture.h"
 
@@ -17,6 +18,8 @@ struct ReadingOptions {
     std::string raw;
     /// Throws WrongUsage. @param cmyk  takes CMYK too
     pictures::ReadOptions read_options(bool cmyk = false) const;
+    /// Throws WrongUsage where --raw is for none of the inputs.
+    void check(const std::vector<std::string>& inputs) const;
 };
 void add_reading_options(CLI::App& command, ReadingOptions& options);
 

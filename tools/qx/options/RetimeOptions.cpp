@@ -85,8 +85,11 @@ void RetimeCommandOptions::check() const {
     pairs_number();
     drops_audio();
     if (!memory.empty()) memory_size("--memory", memory);
-    if (!method.empty()) choice("--method", method, scene::kBetweenMethodWords);
+    constexpr int by_flow = static_cast<int>(scene::BetweenMethod::flow);
+    if (!method.empty() && choice("--method", method, scene::kBetweenMethodWords) != by_flow && flow.is_any())
+        say_note("--method " + method + " follows no motion: --quality and what goes with it are not looked at");
     if (!on_cut.empty()) choice("--on-cut", on_cut, scene::kOnCutWords);
+    refuse_with("--raw", !reading.raw.empty(), "is for a picture on standard input");
     depth_of(depth);
     flow.choices();
     encoding.check(output);
@@ -116,8 +119,9 @@ void RetimeCommandOptions::check() const {
 
 std::unique_ptr<scene::Clip> RetimeCommandOptions::open(std::uint64_t most_bytes, int threads,
                                                         pictures::Watch& watch) const {
-    const scene::ClipOptions options{most_bytes, threads, !reading.as_stored};
+    scene::ClipOptions options{most_bytes, threads, !reading.as_stored};
     if (!input_is_pictures()) {
+        options.orient = options.orient && !output_is_movie();  // which tells how it is to be turned
         std::error_code ignored;
         if (std::filesystem::is_regular_file(input, ignored) && pictures::is_picture(input))
             throw WrongUsage(input + ": is one picture; numbered ones are NAME.####.EXT with --in A-B");

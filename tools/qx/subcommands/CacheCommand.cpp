@@ -62,7 +62,7 @@ void add_cache(CLI::App& app) {
     auto* verify = command->add_flag("--verify", options->verify, "read all files and remove what is damaged");
     verify->disable_flag_override();
     command->add_flag("--clear", options->clear, "remove all files")->disable_flag_override()->excludes(verify);
-    command->add_flag("--json", options->json, "machine-readable, on standard output");
+    add_json_option(*command, options->json);
     add_cache_options(*command, options->cache);
     add_common_options(*command, options->common);
     set_usage(*command, "[options]");

@@ -15,6 +15,7 @@
 #include "tools/qx/Commands.h"
 #include "tools/qx/Library.h"
 #include "tools/qx/subcommands/CompMovie.h"
+#include "tools/qx/subcommands/CompNotes.h"
 #include "tools/qx/subcommands/CompOptions.h"
 #include "tools/qx/subcommands/CompScene.h"
 #include "tools/qx/terminal/Interrupt.h"
@@ -85,17 +86,16 @@ void note_losses(const CompOptions& options, Inputs& inputs, int depth, NotesOnc
     tell_losses(once, options.background, lost_in_file(options.output, result, depth, options.encoding));
 }
 
+scene::Extent extent_of(const QX_World& world) { return {world.width, world.height}; }
+
 /// Once all sizes are known.
 void settle_layers(const CompOptions& options, Inputs& inputs) {
-    const auto extent = [](const pictures::Picture& picture) {
-        return scene::Extent{picture.world->width, picture.world->height};
-    };
     for (std::size_t i = 0; i < inputs.layers.size(); ++i) {
         const LayerOptions& told = options.layers[i];
         Inputs::Layer& layer = inputs.layers[i];
         layer.place =
             scene::settle(told.place, told.placing ? &*told.placing : nullptr, told.matrix ? &*told.matrix : nullptr,
-                          extent(layer.picture), extent(inputs.background));
+                          extent_of(*layer.picture.world), extent_of(*inputs.background.world));
         if (layer.mask.world == nullptr) continue;
         layer.mask_kind = told.mask_kind.value_or(layer.mask.has_alpha ? kQX_MaskAlpha : kQX_MaskLuma);
         if (!told.mask_kind && !layer.mask.has_alpha) {
@@ -108,19 +108,6 @@ std::vector<scene::Settled> places_of(const Inputs& inputs) {
     std::vector<scene::Settled> places;
     for (const Inputs::Layer& layer : inputs.layers) places.push_back(layer.place);
     return places;
-}
-
-/// A layer of which nothing can be seen is hardly meant.
-void note_unseen(const LayerOptions& options, const scene::Transfer& transfer, const QX_World& background) {
-    const QX_World& layer = *transfer.layer;
-    const M_Matrix3 matrix =
-        transfer.matrices.empty() ? scene::moved(kM_IdentityMatrix, transfer.x, transfer.y) : transfer.matrices.front();
-    const M_FloatRect seen = scene::bounds_of({0, 0, double(layer.width), double(layer.height)}, matrix);
-    if (seen.left >= seen.right || seen.top >= seen.bottom) {
-        say_note(pictures::about(options.file, "its scale leaves nothing of it"));
-    } else if (seen.left >= background.width || seen.top >= background.height || seen.right <= 0 || seen.bottom <= 0) {
-        say_note(pictures::about(options.file, "lies outside of the picture"));
-    }
 }
 
 scene::Transfer transfer_of(const LayerOptions& options, const Inputs::Layer& layer,
@@ -178,7 +165,9 @@ void composite_layer(const LayerOptions& options, const Inputs::Layer& layer, QX
     }
     const auto tables = scene::tables_of(options.light, space);
     const scene::Transfer transfer = transfer_of(options, layer, tables.get());
-    note_unseen(options, transfer, background);
+    const M_Matrix3 placed =
+        transfer.matrices.empty() ? scene::moved(kM_IdentityMatrix, transfer.x, transfer.y) : transfer.matrices.front();
+    note_unseen(options.file, extent_of(*transfer.layer), placed, extent_of(background));
     scene::must(scene::composite(transfer, background, watch), options.file);
 }
 

@@ -5,9 +5,12 @@
 
 #include "pictures/Movie.h"
 #include "scene/Clip.h"
+#include "scene/Placing.h"
+#include "tools/qx/subcommands/CompNotes.h"
 #include "tools/qx/subcommands/CompScene.h"
 #include "tools/qx/terminal/Interrupt.h"
 #include "tools/qx/terminal/Messages.h"
+#include "tools/qx/work/Files.h"
 #include "tools/qx/work/RenderJob.h"
 
 namespace qx::tool {
@@ -18,27 +21,28 @@ struct Material {
     scene::Extent size;
     int depth = 8;
     scene::Rational rate = 0;  ///< frames a second; 0 for a picture
-    scene::Rational seconds = 0, start = 0;
-    bool has_audio = false;
-    bool is_turned = false, has_aspect = false;
+    scene::Rational seconds = 0, start = 0, aspect = 1;
+    bool has_audio = false, is_even = true;
+    std::string time_code = "";
     bool moves() const { return rate > scene::Rational(0); }
 };
 
-Material movie_of(const std::string& file) {
-    const auto clip = scene::open_movie_clip(file);
+Material movie_of(const std::string& file, const CompOptions& options) {
+    const auto clip = scene::open_movie_clip(file, {.orient = !options.reading.as_stored});
     const scene::ClipFacts& facts = clip->facts();
     return {.size = {facts.width, facts.height},
             .depth = facts.depth,
             .rate = facts.rate,
             .seconds = clip->end() - clip->time_of(0),
             .start = clip->time_of(0),
+            .aspect = facts.aspect,
             .has_audio = facts.has_audio,
-            .is_turned = facts.orientation != 1,
-            .has_aspect = facts.aspect != scene::Rational(1)};
+            .is_even = facts.is_even,
+            .time_code = facts.time_code};
 }
 
 Material material_of(const std::string& file, const CompOptions& options) {
-    if (pictures::is_read_as_movie(file)) return movie_of(file);
+    if (pictures::is_read_as_movie(file)) return movie_of(file, options);
     SignalWatch watch;
     pictures::ReadOptions head = options.reading.read_options();
     head.pixels = false;
@@ -74,16 +78,31 @@ const Material& leader_of(const CompOptions& options, const std::vector<Material
     return *longest;
 }
 
-int depth_of(const CompOptions& options, const std::vector<Material>& materials) {
+int depth_of_work(const CompOptions& options, const std::vector<Material>& materials) {
     if (const int asked = options.asked_depth(); asked != 0) return asked;
     return std::ranges::max(materials, {}, &Material::depth).depth;
 }
 
-/// Frames are composited as they are stored.
-void note_showing(const std::string& file, const Material& shown) {
-    if (shown.is_turned) say_note(pictures::about(file, "is to be turned, which the result does not tell"));
-    if (shown.has_aspect)
-        say_note(pictures::about(file, "has pixels that are not square, which the result does not tell"));
+void note_unseen_layers(const CompOptions& options, const std::vector<Material>& materials,
+                        const std::vector<scene::Settled>& places) {
+    for (std::size_t i = 0; i < options.layers.size(); ++i) {
+        if (!options.layers[i].effects.empty()) continue;  // which move what they make
+        const scene::Settled& place = places[i];
+        const M_Matrix3 placed = place.matrix.value_or(scene::moved(kM_IdentityMatrix, place.x, place.y));
+        note_unseen(options.layers[i].file, materials[i + 1].size, placed, materials.front().size);
+    }
+}
+
+/// What the result does not take over. @param leader  of its rate
+void note_showing(const std::string& file, const Material& shown, const Material& background, const Material& leader,
+                  const CompOptions& options) {
+    const auto note = [&](const std::string& words) { say_note(pictures::about(file, words)); };
+    if (shown.aspect != background.aspect) note("its pixels have another shape than those of the result");
+    if (shown.aspect != scene::Rational(1) && !pictures::is_movie(options.output))
+        note("has pixels that are not square, which the result does not tell");
+    if (shown.moves() && !shown.is_even)
+        note("its frames do not last equally long, the result has " + scene::words(leader.rate.real()) +
+             " a second, each of them the one that is shown then");
 }
 
 RenderOptions render_options(const CompOptions& options, const Material& background) {
@@ -91,9 +110,25 @@ RenderOptions render_options(const CompOptions& options, const Material& backgro
     render.common = options.common;
     render.encoding = options.encoding;
     render.output = options.output;
-    if (background.has_audio && pictures::is_movie(options.output))
-        render.audio = {options.background, background.start};
+    render.lead = {.audio = background.has_audio && pictures::is_movie(options.output) ? options.background : "",
+                   .start = background.start,
+                   .aspect = background.aspect,
+                   .time_code = background.time_code};
     return render;
+}
+
+/// A movie is read while the result is written.
+void check_inputs_stay(const CompOptions& options) {
+    const std::string own = place_of(options.output);
+    const auto check = [&](const std::string& input, const char* what) {
+        if (!input.empty() && place_of(input) == own)
+            throw WrongUsage("-o " + options.output + ": is " + what + ", which is read while the result is written");
+    };
+    check(options.background, "the BACKGROUND");
+    for (const LayerOptions& layer : options.layers) {
+        check(layer.file, "a LAYER");
+        check(layer.mask_file, "a mask");
+    }
 }
 
 }  // namespace
@@ -105,12 +140,18 @@ bool is_of_movies(const CompOptions& options) {
 }
 
 void comp_movies(const CompOptions& options) {
+    check_inputs_stay(options);
     CompScene told(options);
     const std::vector<Material> materials = materials_of(options);
     const Material& leader = leader_of(options, materials);
-    told.settle(depth_of(options, materials), places_of(options, materials));
-    note_showing(options.background, materials.front());
-    for (std::size_t i = 0; i < options.layers.size(); ++i) note_showing(options.layers[i].file, materials[i + 1]);
+    if (!materials.front().time_code.empty() && !pictures::is_movie(options.output))
+        say_note(pictures::about(options.background, "its time code is left out"));
+    const auto places = places_of(options, materials);
+    told.settle(depth_of_work(options, materials), places);
+    note_unseen_layers(options, materials, places);
+    note_showing(options.background, materials.front(), materials.front(), leader, options);
+    for (std::size_t i = 0; i < options.layers.size(); ++i)
+        note_showing(options.layers[i].file, materials[i + 1], materials.front(), leader, options);
     const scene::Rational frames = leader.seconds * leader.rate + scene::Rational(1, 2);
     told.set_frames(static_cast<int>(std::clamp<std::int64_t>(frames.floor(), 1, scene::kMostFrame)), leader.rate);
     host::EffectFolders folders(options.effect_folders);

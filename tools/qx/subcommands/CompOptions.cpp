@@ -8,6 +8,7 @@
 #include <map>
 
 #include "pictures/Picture.h"
+#include "scene/Frames.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
 #include "tools/qx/options/EffectArgument.h"
@@ -116,10 +117,13 @@ const LayerOption kLayerOptions[] = {
      [](L& l, S, S text) { l.effect_texts.push_back(text); }},
 };
 
-const char* const kCompOptionsFooter = R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
+const char* const kCompOptionsFooter =
+    R"(A LAYER takes the options that follow it, up to the next LAYER; options before the
 first LAYER hold for all layers. Layers are composited in the order given. Mode names are
 those of `qx modes`, with - or _. With movies among them, each frame is composited: as many as the
-background has, or of layers the longest, at its rate and with the audio of the background.
+background has, or of layers the longest, at its rate and with the audio of the background. Other
+movies show the frame that is nearest in time, and their last one behind their end. Pictures of the
+frames are numbered from 0. Movies need even sides, unless --pixel-format is one such as yuv444p.
 
 Example:
   qx comp photo.jpg logo.png --mode screen --opacity 0.5 --at 40,40 -o out.png
@@ -141,6 +145,26 @@ void check(const LayerOptions& layer) {
         throw WrongUsage(layer.file + ": mode mask_crossfade (-2) needs --mask FILE");
     }
     if (!layer.mask_option.empty()) throw WrongUsage(layer.file + ": " + layer.mask_option + " needs --mask FILE");
+}
+
+std::vector<std::string> inputs_of(const CompOptions& options) {
+    std::vector<std::string> all = {options.background};
+    for (const LayerOptions& layer : options.layers) {
+        all.push_back(layer.file);
+        if (!layer.mask_file.empty()) all.push_back(layer.mask_file);
+    }
+    return all;
+}
+
+/// A name for many pictures, where one is wanted.
+void refuse_numbered(const std::string& input) {
+    if (pictures::is_there(input)) return;
+    bool is_numbered = false;
+    try {
+        is_numbered = scene::FramePattern(input).has_place();
+    } catch (const scene::BadText&) {  // then it is the name of a file, which is missing
+    }
+    if (is_numbered) throw WrongUsage(input + ": numbered pictures are for scenes (qx render) and for qx retime");
 }
 
 }  // namespace
@@ -166,6 +190,9 @@ CompCommandLine::CompCommandLine(CLI::App& command) : command_(command) {
                     "also write a scene file of which `qx render` makes the same picture")
         ->type_name("FILE.json");
     add_picture_options(command, common_);
+    command.get_option("--output")
+        ->description("file to write: " + pictures::known_endings() +
+                      "; of movies NAME.####.png and so on, or a movie: " + pictures::movie_endings());
     add_movie_options(command, common_.encoding);
     command.footer(kCompOptionsFooter);
     set_usage(command, "BACKGROUND LAYER [options] [LAYER [options]]... -o OUT");
@@ -189,6 +216,9 @@ CompOptions CompCommandLine::options() const {
     }
     if (options.layers.empty()) throw WrongUsage("comp needs a background and at least one layer");
     for (const LayerOptions& layer : options.layers) check(layer);
+    const auto inputs = inputs_of(options);
+    options.reading.check(inputs);
+    for (const std::string& input : inputs) refuse_numbered(input);
     host::EffectFolders folders(options.effect_folders);
     for (LayerOptions& layer : options.layers) {
         for (const std::string& text : layer.effect_texts) {

@@ -39,6 +39,14 @@ template <std::size_t N> Json numbers_of(const std::array<double, N>& numbers) {
     return numbers;
 }
 
+/// Null where nothing is chosen.
+Json json_of(const scene::OutputChoices& choices) {
+    Json told;
+    for (const auto& [key, text] : choices.texts) told[key] = text;
+    if (choices.half) told["half"] = *choices.half;
+    return told;
+}
+
 bool is_own_effect(const std::string& name) {
     const auto kinds = scene::effect_kinds();
     return std::any_of(kinds.begin(), kinds.end(), [&](const auto& kind) { return name == kind.name; });
@@ -51,6 +59,7 @@ CompScene::CompScene(const CompOptions& options) : options_(options) {
     scene_["depth"] = 8;
     scene_["frames"] = {0, 0};
     if (options.reading.as_stored) scene_["orient"] = false;
+    if (const Json output = json_of(options.encoding.choices()); !output.is_null()) scene_["output"] = output;
     const ColourOptions& colours = options.colour_texts;
     if (!colours.space.empty()) scene_["space"] = profile_of(colours.space);
     if (colours.linearize) scene_["linearize"] = true;
@@ -72,6 +81,7 @@ void CompScene::refuse(const std::string& words) const {
 
 /// It is none of the files that the line reads or writes.
 void CompScene::check_place() const {
+    pictures::check_folder(options_.scene);
     const std::string own = place_of(options_.scene);
     const auto check = [&](const std::string& path) {
         if (!path.empty() && place_of(path) == own) refuse("is a picture of this line");

@@ -40,6 +40,7 @@ struct Pair {
 Pair read_pair(const DiffOptions& options) {
     Pair pair;
     NotesOnce once;
+    options.reading.check({options.a, options.b});
     read_all({{&options.a, &pair.a}, {&options.b, &pair.b}}, once, options.reading.read_options());
     pictures::bring_to_depth(options.a, pair.a, 32);
     pictures::bring_to_depth(options.b, pair.b, 32);
@@ -141,7 +142,7 @@ void add_diff(CLI::App& app) {
         ->add_option("--picture", options->picture,
                      "file to write: the differences in colours, from black for none to white for the largest")
         ->type_name("OUT");
-    command->add_flag("--json", options->json, "machine-readable, on standard output")->disable_flag_override();
+    add_json_option(*command, options->json);
     add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "A B [options]");

@@ -182,7 +182,7 @@ void add_effects(CLI::App& app) {
     const auto options = std::make_shared<EffectsOptions>();
     command->add_option("MODULE", options->module, "one module alone, by its name in the folders or by its file");
     add_effect_folders_option(*command, options->folders);
-    command->add_flag("--json", options->json, "machine-readable, on standard output");
+    add_json_option(*command, options->json);
     add_common_options(*command, options->common);
     set_usage(*command, "[MODULE.so] [options]");
     command->footer("Example:\n  qx effects\n  qx effects ./shadow.so --json");

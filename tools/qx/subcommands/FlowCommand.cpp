@@ -85,6 +85,7 @@ void run(const FlowCommandOptions& options) {
     SignalWatch watch;
     NotesOnce once;
     pictures::Picture first, second;
+    options.reading.check({options.first, options.second});
     read_all({{&options.first, &first}, {&options.second, &second}}, once, options.reading.read_options());
     check_sizes(options, first, second);
     const auto fields =

@@ -137,7 +137,7 @@ void add_guess_alpha(CLI::App& app) {
     auto* command = app.add_subcommand("guess-alpha", "Tell what alpha means in pictures, and repair one");
     const auto options = std::make_shared<GuessOptions>();
     command->add_option("files", options->files, "the pictures")->required()->type_name("FILE");
-    command->add_flag("--json", options->json, "machine-readable, on standard output")->disable_flag_override();
+    add_json_option(*command, options->json);
     command->add_option("-o,--output", options->output, "writes the picture with that matte taken off")
         ->type_name("OUT");
     add_encoding_options(*command, options->encoding);

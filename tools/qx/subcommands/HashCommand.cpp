@@ -30,6 +30,7 @@ Example:
 
 void run(const HashOptions& options) {
     apply_common_options(options.common);
+    options.reading.check(options.files);
     const Library library;
     nlohmann::ordered_json all = nlohmann::ordered_json::array();
     for (const std::string& file : options.files) {
@@ -56,7 +57,7 @@ void add_hash(CLI::App& app) {
     auto* command = app.add_subcommand("hash", "Tell pictures by their values");
     const auto options = std::make_shared<HashOptions>();
     command->add_option("files", options->files, "the pictures")->required()->type_name("FILE");
-    command->add_flag("--json", options->json, "machine-readable, on standard output")->disable_flag_override();
+    add_json_option(*command, options->json);
     add_reading_options(*command, options->reading);
     add_common_options(*command, options->common);
     set_usage(*command, "FILE... [--json]");

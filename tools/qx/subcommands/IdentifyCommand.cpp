@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // qx identify: what files are, by their heads.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "pictures/Movie.h"
 #include "scene/colour/Profiles.h"
@@ -9,6 +11,8 @@
 #include "tools/qx/Library.h"
 #include "tools/qx/options/Options.h"
 #include "tools/qx/terminal/Interrupt.h"
+#include "tools/qx/terminal/Messages.h"
+#include "tools/qx/work/LongWork.h"
 #include "tools/qx/work/Output.h"
 
 namespace qx::tool {
@@ -24,7 +28,8 @@ struct IdentifyOptions {
 
 const char* const kIdentifyFooter =
     R"(Only the heads of files are read: their pixels may be damaged all the same. The size is that of what
-is seen, the sides of a picture that is stored turned are exchanged.
+is seen, the sides of what is stored turned are exchanged. Colour codes are those of ITU-T H.273, 2 is
+unknown. A file that cannot be read is told, the others follow, and the exit status is 1.
 
 Example:
   qx identify frame.exr photo.jpg clip.mp4
@@ -91,19 +96,28 @@ Told identify_picture(const std::string& file, pictures::Watch& watch) {
     return told;
 }
 
+/// As frames are seen.
+pictures::PictureSize size_of(const movie::Facts& facts) {
+    pictures::InFile stored;
+    stored.size = {facts.width, facts.height};
+    stored.orientation = facts.showing.orientation;
+    return pictures::turned_size(stored);
+}
+
 Told identify_movie(const std::string& file) {
     const pictures::MovieReader movie(file);
     const auto& facts = movie.facts();
+    const pictures::PictureSize size = size_of(facts);
     const double rate = static_cast<double>(facts.rate.number) / static_cast<double>(facts.rate.per);
     const auto ticks = static_cast<double>(movie.stamps().back() - movie.stamps().front());
     const double seconds =
         ticks * static_cast<double>(facts.time_base.number) / static_cast<double>(facts.time_base.per);
     Told told;
-    told.title = "movie, " + size_words(facts.width, facts.height) + ", " + std::to_string(movie.frames()) +
-                 " frames, " + decimal(rate) + " a second";
+    told.title = "movie, " + size_words(size.width, size.height) + ", " + std::to_string(facts.depth) + " bits, " +
+                 std::to_string(movie.frames()) + " frames, " + decimal(rate) + " a second";
     told.json = {{"file", file},
                  {"format", "movie"},
-                 {"size", {facts.width, facts.height}},
+                 {"size", {size.width, size.height}},
                  {"depth", facts.depth},
                  {"alpha", facts.has_alpha ? "straight" : "none"},
                  {"frames", movie.frames()},
@@ -140,12 +154,25 @@ void print_line(const std::string& name, const std::string& value) {
     std::printf("  %-14s %s\n", shown.c_str(), pictures::one_line(value).c_str());
 }
 
+/// Those of ITU-T H.273.
+std::string codes_in_words(const Json& codes) {
+    constexpr const char* names[] = {"primaries ", ", transfer ", ", matrix "};
+    constexpr const char* ranges[] = {", range unknown", ", range limited", ", range full"};
+    std::string all;
+    for (std::size_t i = 0; i < std::size(names); ++i) all += names[i] + codes[i].dump();
+    return all + ranges[std::clamp(codes[3].get<int>(), 0, 2)];
+}
+
+constexpr std::string_view kInTitle[] = {"file", "format", "size", "depth", "values", "frames", "rate"};
+
 void print(const Told& told) {
     std::printf("%s: %s\n", pictures::one_line(told.json["file"].get<std::string>()).c_str(), told.title.c_str());
     for (const auto& [name, value] : told.json.items()) {
-        if (name == "file" || name == "format" || name == "size" || name == "depth" || name == "values") continue;
+        if (std::ranges::find(kInTitle, name) != std::end(kInTitle)) continue;
         if (name == "inks" && !value.get<bool>()) continue;
-        if (name == "resolution") {
+        if (name == "codes") {
+            print_line("colour codes", codes_in_words(value));
+        } else if (name == "resolution") {
             print_line(name, in_words(value["x"]) + " x " + in_words(value["y"]) + ", " + in_words(value["per"]));
         } else if (value.is_object()) {
             for (const auto& [key, part] : value.items()) print_line(key, in_words(part));
@@ -160,16 +187,22 @@ void run(const IdentifyOptions& options) {
     const Library library;
     SignalWatch watch;
     Json all = Json::array();
+    bool all_told = true;
     for (const std::string& file : options.files) {
-        const Told told = identify(file, watch);
-        if (options.json) {
-            all.push_back(told.json);
-        } else {
-            print(told);
-        }
+        const std::string fault = fault_of([&] {
+            const Told told = identify(file, watch);
+            if (options.json) {
+                all.push_back(told.json);
+            } else {
+                print(told);
+            }
+        });
+        if (!fault.empty()) say_error(fault);
+        all_told = all_told && fault.empty();
     }
     if (options.json) print_json(all);
     finish_output();
+    if (!all_told) throw EndedWith{kWorkFailed};
 }
 
 }  // namespace
@@ -178,7 +211,7 @@ void add_identify(CLI::App& app) {
     auto* command = app.add_subcommand("identify", "Tell what pictures and movies are");
     const auto options = std::make_shared<IdentifyOptions>();
     command->add_option("files", options->files, "pictures, movies")->required()->type_name("FILE");
-    command->add_flag("--json", options->json, "machine-readable, on standard output")->disable_flag_override();
+    add_json_option(*command, options->json);
     add_common_options(*command, options->common);
     set_usage(*command, "FILE... [--json]");
     command->footer(kIdentifyFooter);

@@ -80,7 +80,7 @@ void run(const InfoOptions& options) {
 void add_info(CLI::App& app) {
     auto* command = app.add_subcommand("info", "Version, processor level, slots, threads, bands, suites and effects");
     const auto options = std::make_shared<InfoOptions>();
-    command->add_flag("--json", options->json, "machine-readable, on standard output");
+    add_json_option(*command, options->json);
     add_effect_folders_option(*command, options->folders);
     add_common_options(*command, options->common);
     set_usage(*command, "[options]");

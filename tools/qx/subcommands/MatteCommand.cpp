@@ -31,9 +31,9 @@ void alpha_to_grey(const QX_World& world) {
     });
 }
 
-class Line {
+class MatteLine {
 public:
-    explicit Line(CLI::App& command)
+    explicit MatteLine(CLI::App& command)
         : matte_(scene::new_matte()),
           matte_keys_(matte_->keys()),
           options_(command, masks_of(scene::new_matte()->keys()).next(), "Options of a mask", "file") {
@@ -87,7 +87,7 @@ private:
 
 void add_matte(CLI::App& app) {
     auto* command = app.add_subcommand("matte", "Make a matte of masks, or a picture's alpha");
-    const auto line = std::make_shared<Line>(*command);
+    const auto line = std::make_shared<MatteLine>(*command);
     command->callback([line] { line->run(); });
 }
 

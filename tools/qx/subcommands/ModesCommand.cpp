@@ -35,7 +35,7 @@ struct ModesOptions {
 };
 
 /// The two pictures as thumbnails, and the mask of the mode that has no meaning without one.
-struct Pair {
+struct Pictures {
     std::unique_ptr<QX_World> background, layer, mask;
     int layer_x, layer_y;
 };
@@ -51,9 +51,9 @@ std::unique_ptr<QX_World> thumbnail(const std::string& file, int side_x, int sid
     return scaled(*world, width, height);
 }
 
-Pair read_pair(const ModesOptions& options) {
+Pictures read_pair(const ModesOptions& options) {
     bool has_alpha = false;
-    Pair pair{};
+    Pictures pair{};
     pair.background = thumbnail(options.background, kThumbnail, kThumbnail, &has_alpha);
     const QX_World& background = *pair.background;
     pair.layer = thumbnail(options.layer, background.width, background.height, &has_alpha);
@@ -65,7 +65,7 @@ Pair read_pair(const ModesOptions& options) {
 }
 
 /// One mode's result, laid over checkers on the sheet.
-void draw_cell(const Pair& pair, const scene::Mode& mode, int x, int y, QX_World& sheet) {
+void draw_cell(const Pictures& pair, const scene::Mode& mode, int x, int y, QX_World& sheet) {
     const auto result = pictures::at_depth("sheet", *pair.background, 8);
     scene::Transfer transfer;
     transfer.layer = pair.layer.get();
@@ -89,7 +89,7 @@ void draw_cell(const Pair& pair, const scene::Mode& mode, int x, int y, QX_World
     draw_text(sheet, x, y + result->height + 5, kCaptionScale, kInk, caption);
 }
 
-pictures::Picture draw_sheet(const Pair& pair) {
+pictures::Picture draw_sheet(const Pictures& pair) {
     const auto& modes = scene::all_modes();
     const int rows = (static_cast<int>(modes.size()) + kColumns - 1) / kColumns;
     const int step_x = kThumbnail + kGap, step_y = pair.background->height + kCaptionHeight + kGap;
@@ -156,7 +156,7 @@ void run(const ModesOptions& options) {
     apply_common_options(options.common);
     check_output_option(options.output);
     const Library library;
-    const Pair pair = read_pair(options);
+    const Pictures pair = read_pair(options);
     write_result(options.output, draw_sheet(pair), 8, {});
 }
 

@@ -165,7 +165,7 @@ void add_profile(CLI::App& app) {
         ->required()
         ->type_name("NAME|FILE.icc|PICTURE");
     command->add_option("-o,--output", options->output, "file to write the profile to: icc, icm")->type_name("FILE");
-    command->add_flag("--json", options->json, "machine-readable, on standard output");
+    add_json_option(*command, options->json);
     add_common_options(*command, options->common);
     set_usage(*command, "NAME|FILE.icc|PICTURE [options]");
     command->footer(kProfileFooter);

@@ -110,8 +110,6 @@ void tell(const RetimeJob& job, double seconds) {
 void tell_clip(const RetimeCommandOptions& options, const scene::Clip& clip) {
     for (const auto& note : clip.notes()) say_note(pictures::about(options.input, note));
     if (clip.frames() == 1) say_note(pictures::about(options.input, "has one frame, which is shown throughout"));
-    if (!options.output_is_movie() && clip.facts().orientation != 1)
-        say_note(pictures::about(options.input, "is to be turned, which pictures do not tell"));
 }
 
 void run(const RetimeCommandOptions& options) {

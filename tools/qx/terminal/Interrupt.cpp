@@ -32,11 +32,18 @@ void note(int signal) {
     ::setitimer(ITIMER_REAL, &once, nullptr);
 }
 
+/// What waits for another process is not begun anew.
+void note_at(int signal) {
+    struct sigaction action {};
+    action.sa_handler = note;
+    ::sigaction(signal, &action, nullptr);
+}
+
 }  // namespace
 
 void install_signal_handlers() {
-    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, note);
-    if (std::signal(SIGHUP, SIG_IGN) != SIG_IGN) std::signal(SIGHUP, note);  // under nohup it stays switched off
+    for (const int signal : {SIGINT, SIGTERM}) note_at(signal);
+    if (std::signal(SIGHUP, SIG_IGN) != SIG_IGN) note_at(SIGHUP);  // under nohup it stays switched off
     for (const int signal : {SIGXFSZ, SIGPIPE}) std::signal(signal, SIG_IGN);
 }
 

@@ -14,7 +14,7 @@ namespace qx::tool {
 namespace {
 
 Talk level = Talk::normal;
-std::mutex mutex;  // of standard error and of what follows
+std::mutex speaking;  // of standard error and of what follows
 bool line_shown = false;
 
 void replace_line(const std::string& words) {
@@ -27,7 +27,7 @@ void replace_line(const std::string& words) {
 
 /// A message is one line whatever a file's name or a library's text contains.
 void say(std::initializer_list<std::string_view> parts) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(speaking);
     replace_line("");
     std::fputs("qx: ", stderr);
     for (const std::string_view part : parts) {
@@ -50,7 +50,7 @@ void say_detail(std::string_view file, std::string_view words) {
 }
 
 void show_line(const std::string& words) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(speaking);
     replace_line(words);
 }
 

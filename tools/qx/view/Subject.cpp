@@ -108,7 +108,7 @@ std::shared_ptr<Subject> open(const std::string& path, SubjectKind kind, const S
 SubjectKind kind_of_subject(const std::string& path) {
     if (value_of("FILE", [&] { return scene::FramePattern(path); }).has_place()) return SubjectKind::pictures;
     if (pictures::is_picture(path)) return SubjectKind::picture;
-    return pictures::is_movie(path) ? SubjectKind::movie : SubjectKind::scene;
+    return pictures::is_read_as_movie(path) ? SubjectKind::movie : SubjectKind::scene;
 }
 
 std::shared_ptr<Subject> open_subject(const std::string& path, SubjectKind kind, const SubjectOptions& options) {

@@ -22,7 +22,7 @@ namespace {
 constexpr std::uint64_t kUsualMemory = std::uint64_t{512} << 20;
 constexpr auto kPause = std::chrono::milliseconds(20);  // between two looks for a signal
 constexpr int kMostPort = 65535;
-constexpr int kPatience = 500;  // milliseconds that a step of the work may take once a signal has come
+constexpr int kStepPatience = 500;  // milliseconds that a step of the work may take once a signal has come
 
 const serve::Routines& routines() {
     void* const module = pictures::open_own_module(serve::kFileName);
@@ -95,7 +95,7 @@ void view(const ViewOptions& options) {
     const int port = options.port.empty() ? 0 : whole_number("--port", options.port, 1, kMostPort);
     const std::uint64_t memory = options.memory.empty() ? kUsualMemory : memory_size("--memory", options.memory);
     check(options);
-    set_patience(kPatience);  // nothing is written
+    set_patience(kStepPatience);  // nothing is written
     options.cache.apply();
     const Library library;
     host::EffectFolders folders(options.effect_folders);

@@ -12,9 +12,9 @@
 namespace qx::tool {
 namespace {
 
-using Channels = std::array<float, 4>;
+using Argb = std::array<float, 4>;
 
-Channels channels(const QX_PixelFloat& p) { return {p.alpha, p.red, p.green, p.blue}; }
+Argb channels(const QX_PixelFloat& p) { return {p.alpha, p.red, p.green, p.blue}; }
 
 /// Equal bits are equal whatever they are; else what is no number is infinitely far.
 double distance(float a, float b) {
@@ -29,7 +29,7 @@ struct Worst {
     int channel = 0;
 };
 
-Worst worst(const Channels& a, const Channels& b) {
+Worst worst(const Argb& a, const Argb& b) {
     Worst found;
     for (int c = 0; c < 4; ++c) {
         const auto i = static_cast<std::size_t>(c);
@@ -61,7 +61,7 @@ Differences differences(const QX_World& a, const QX_World& b, double tolerance) 
     for (int y = 0; y < a.height; ++y) {
         const auto *p = pictures::row_of<QX_PixelFloat>(a, y), *q = pictures::row_of<QX_PixelFloat>(b, y);
         for (int x = 0; x < a.width; ++x) {
-            const Channels one = channels(p[x]), other = channels(q[x]);
+            const Argb one = channels(p[x]), other = channels(q[x]);
             const Worst here = worst(one, other);
             if (here.difference == 0) continue;
             for (std::size_t c = 0; c < 4; ++c) {

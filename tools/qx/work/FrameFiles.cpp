@@ -6,12 +6,11 @@
 
 namespace qx::tool {
 
-bool is_whole(const std::string& path, const FrameSize& size, const std::string& mark, pictures::Watch& watch) {
-    if (!pictures::is_there(path)) return false;
+bool is_whole(const std::string& path, const WantedFrame& wanted, pictures::Watch& watch) {
+    if (!pictures::is_there(path) || pictures::changed_at(path) < wanted.inputs_changed) return false;
     try {
         const pictures::Picture found = pictures::read_picture(path, watch);
-        const bool is_ours = mark.empty() || found.mark == mark;
-        return is_ours && found.world->width == size.width && found.world->height == size.height;
+        return found.mark == wanted.mark && found.world->width == wanted.width && found.world->height == wanted.height;
     } catch (const pictures::Failure&) {
         return false;
     }

@@ -8,12 +8,15 @@
 // What commands share that write many frames.
 namespace qx::tool {
 
-/// True when a file is there, can be read to its end, has this size and the mark of this job: what a frame's writer was
-/// stopped in, or another job or program left, is made anew. An empty mark is any.
-struct FrameSize {
+/// What a result is to be that is left alone.
+struct WantedFrame {
     int width, height;
+    std::string mark;                 ///< of this job
+    std::int64_t inputs_changed = 0;  ///< when what it shows was last written
 };
-bool is_whole(const std::string& path, const FrameSize& size, const std::string& mark, pictures::Watch& watch);
+/// True when a file is there, is no older than what it shows, can be read to its end, and has this size and this mark:
+/// what a frame's writer was stopped in, or another job or program left, is made anew.
+bool is_whole(const std::string& path, const WantedFrame& wanted, pictures::Watch& watch);
 
 /// `check_output_option` of commands that write movies too.
 void check_frames_option(const std::string& path);

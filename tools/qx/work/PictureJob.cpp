@@ -17,6 +17,7 @@ PictureJob::PictureJob(const PictureOptions& options, std::vector<std::string> i
     apply_common_options(options.common);
     check_output_option(options.output);
     options.encoding.check(options.output);
+    options.reading.check(inputs_);
     const int depth = options.asked_depth();
     library_.emplace();
     pictures_.resize(inputs_.size());

@@ -27,15 +27,6 @@
 namespace qx::tool {
 namespace {
 
-/// True when the file of a frame is there and as it should be.
-bool is_made(const std::string& path, scene::SceneRender& render, int frame, const std::string& mark,
-             pictures::Watch& watch) {
-    if (!pictures::is_there(path)) return false;
-    FrameSize size{};
-    render.size(frame, watch, &size.width, &size.height);
-    return is_whole(path, size, mark, watch);
-}
-
 /// By which frames of this job are known again: the scene, what is asked for beside it, and who made them.
 std::string mark_of_job(const scene::Scene& scene, const RenderOptions& options) {
     const auto& c = options.colours;
@@ -59,7 +50,8 @@ struct Job {
     const scene::FrameList frames;
     scene::SceneRender& render;
     pictures::Watch& watch;
-    std::string mark;  ///< that files of pictures keep, each with its number
+    const std::string mark;  ///< that files of pictures keep, each with its number
+    const scene::InputChanges changes{scene};
 
     /// A file of another frame is none of this one.
     std::string mark_of(int number) const { return mark + "-" + std::to_string(number); }
@@ -110,9 +102,17 @@ struct MadeFrame {
     std::vector<Note> notes;
 };
 
+/// True when the file of a frame is there and as it should be.
+bool is_made(const Job& job, int number, const std::string& path, pictures::Watch& watch) {
+    if (!pictures::is_there(path)) return false;
+    WantedFrame wanted{0, 0, job.mark_of(number), job.changes.latest(number)};
+    job.render.size(number, watch, &wanted.width, &wanted.height);
+    return is_whole(path, wanted, watch);
+}
+
 MadeFrame make_picture(const Job& job, int number, const std::string& name, Stages& stages, pictures::Watch& watch) {
     MadeFrame made;
-    if (job.options.work.resume && is_made(name, job.render, number, job.mark_of(number), watch)) return made;
+    if (job.options.work.resume && is_made(job, number, name, watch)) return made;
     pictures::Picture frame = Stages::timed(stages.making, [&] { return job.render.frame(number, watch); });
     if (auto flat = flattened(name, frame, job.options.encoding, watch)) frame = std::move(*flat);
     made.notes = losses(job, number, name, frame);
@@ -194,9 +194,12 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
     const pictures::MovieSettings settings{.rate = scene.rate,
                                            .encoding = options.encoding.movie_encoding(),
                                            .colours = colours,
+                                           .aspect = pictures::Rate{static_cast<int>(options.lead.aspect.number()),
+                                                                    static_cast<int>(options.lead.aspect.per())},
                                            .depth = 16,
-                                           .audio = options.audio.file,
-                                           .audio_start = {options.audio.start.number(), options.audio.start.per()}};
+                                           .audio = options.lead.audio,
+                                           .audio_start = {options.lead.start.number(), options.lead.start.per()},
+                                           .time_code = options.lead.time_code};
     pictures::MovieFile movie(options.output, width, height, settings);
     if (!movie.note().empty()) say_note(pictures::about(options.output, movie.note()));
     const std::optional<QX_PixelFloat> ground = options.encoding.ground();

@@ -21,10 +21,13 @@ struct RenderOptions {
     ColourOptions colours;
     CacheOptions cache;
     std::string scene, output, frames, depth, memory;
-    struct Audio {
-        std::string file;          ///< a movie whose audio goes into that which is written; empty for none
-        scene::Rational start{0};  ///< seconds of it, at which the first frame comes
-    } audio;
+    /// What a movie that is written has of the one that leads it.
+    struct Lead {
+        std::string audio;         ///< the file whose audio goes into it; empty for none
+        scene::Rational start{0};  ///< seconds of that, at which the first frame comes
+        scene::Rational aspect{1};
+        std::string time_code;
+    } lead;
     LongWorkOptions work;
     bool check = false;
     std::vector<std::string> effect_folders;

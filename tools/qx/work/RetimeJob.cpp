@@ -133,7 +133,7 @@ Result shown(RetimeJob& job, int number, const std::string& name, int depth, pic
     return result;
 }
 
-constexpr const char* kBlack = "what is transparent becomes black, since the movie has no transparency";
+constexpr const char* kBecomesBlack = "what is transparent becomes black, since the movie has no transparency";
 
 /// A rate that files can tell, the very one unless its numbers are too large.
 pictures::Rate file_rate(const scene::Rational& rate) {
@@ -143,12 +143,16 @@ pictures::Rate file_rate(const scene::Rational& rate) {
     return {static_cast<int>(rate.real() * 10'000 + 0.5), 10'000};
 }
 
+/// From begin to end, at its own speed.
+bool runs_as_it_was(const RetimeJob& job) {
+    return job.options.map.empty() && job.options.frames.empty() &&
+           job.options.speed_number().value_or(scene::Rational(1)) == scene::Rational(1);
+}
+
 /// The file whose audio goes into the result; empty for none, with a note where that may surprise.
 std::string audio_of(const RetimeJob& job) {
     if (!job.clip.facts().has_audio || job.options.drops_audio()) return "";
-    const bool runs_as_it_was = job.options.map.empty() && job.options.frames.empty() &&
-                                job.options.speed_number().value_or(scene::Rational(1)) == scene::Rational(1);
-    if (runs_as_it_was) return job.options.input;
+    if (runs_as_it_was(job)) return job.options.input;
     say_note(pictures::about(job.options.input, "its audio is left out, since the result does not run as it does"));
     return "";
 }
@@ -169,6 +173,7 @@ pictures::MovieSettings settings_of(const RetimeJob& job) {
     settings.audio = audio_of(job);
     const scene::Rational& start = job.clip.time_of(0);
     settings.audio_start = {start.number(), start.per()};
+    if (runs_as_it_was(job)) settings.time_code = facts.time_code;
     return settings;
 }
 
@@ -190,13 +195,25 @@ int RetimeJob::at_once() const {
     return static_cast<int>(std::min<std::uint64_t>(room, std::min(threads, (threads + 7) / 8 + 1)));
 }
 
+namespace {
+
+/// What a result is to be that is left alone. It shows one frame, or what lies between that and the next.
+WantedFrame wanted_of(const RetimeJob& job, int number, const std::string& mark) {
+    const scene::ClipFacts& facts = job.clip.facts();
+    const auto [frame, position] = job.map.at(number);
+    const int next = position > 0 ? std::min(frame + 1, job.clip.frames() - 1) : frame;
+    const auto changed = [&](int of) { return pictures::changed_at(job.clip.name_of(of)); };
+    return {facts.width, facts.height, mark, std::max(changed(frame), changed(next))};
+}
+
+}  // namespace
+
 void retime_to_pictures(RetimeJob& job, const scene::FramePattern& names) {
     const std::string mark_of_job = mark_of(job.options);
-    const FrameSize size{job.clip.facts().width, job.clip.facts().height};
     const auto make = [&](int number, pictures::Watch& watch) {
         const std::string name = names.name(number);
         const std::string mark = mark_of_job + moment_of(job, number);
-        if (job.options.work.resume && is_whole(name, size, mark, watch)) {
+        if (job.options.work.resume && is_whole(name, wanted_of(job, number, mark), watch)) {
             Result result(number);
             result.is_there = true;
             return result;
@@ -229,7 +246,7 @@ void retime_to_movie(RetimeJob& job) {
     const auto make = [&](int number, pictures::Watch& watch) {
         Result result = shown(job, number, output, movie.depth(), watch);
         if (!settings.alpha && pictures::any_transparency(*result.picture->world))
-            result.notes.push_back({kBlack, pictures::about(job.options.input, kBlack)});
+            result.notes.push_back({kBecomesBlack, pictures::about(job.options.input, kBecomesBlack)});
         if (settings.lossless) return result;
         result.picture =
             opaque_frame(output, *result.picture->world, movie.depth(), job.options.encoding.ground(), watch);

@@ -165,7 +165,7 @@ class Room(NamedTuple):
             try:
                 done = subprocess.run(words, cwd=self.inputs, env=environment | failure, timeout=SECONDS,
                                       capture_output=True, text=True, errors="replace")
-                status, said = done.returncode, done.stderr
+                status, said = done.returncode, re.sub(r"^Fontconfig .*\n", "", done.stderr, flags=re.MULTILINE)
             except subprocess.TimeoutExpired:
                 status, said = None, ""
             return Outcome(status, said, report.read_text() if report.exists() else "",
@@ -177,11 +177,19 @@ MEANS = ("libqx_fail", "libc.so", "libstdc++", "libgcc_s", "ld-linux")
 OURS = ("qx(", "libQX", "libqxmovie", "libqxtext")
 
 
+def all_frames(report: str, headline: str) -> list[str]:
+    lines = report.partition(headline)[2].partition("\n=")[0].splitlines()[1:]
+    return [re.sub(r"^[^(]*/|\[.*", "", line) for line in lines]
+
+
 def stack(report: str, headline: str) -> list[str]:
     """The frames of a stack that tell something, from the innermost on."""
-    lines = report.partition(headline)[2].partition("\n=")[0].splitlines()[1:]
-    frames = [re.sub(r"^[^(]*/|\[.*", "", line) for line in lines]
-    return [frame for frame in frames if not frame.startswith(MEANS)]
+    return [frame for frame in all_frames(report, headline) if not frame.startswith(MEANS)]
+
+
+def is_loading(report: str) -> bool:
+    """Whether memory failed the loader, or what libraries do as they are loaded: some end the process then."""
+    return any(frame.startswith("ld-linux") for frame in all_frames(report, "= failed"))
 
 
 @functools.cache
@@ -214,6 +222,8 @@ def judge(outcome: Outcome, clean: Outcome) -> tuple[str, str]:
     happened += [f"says {line}" for line in outcome.said.splitlines()[:1]]
     if outcome.report.startswith("= failed before main"):
         return "foreign", "before main"
+    if is_loading(outcome.report):
+        return "foreign", "while libraries are loaded"
     reason, crash = ", ".join(happened) + ": ", stack(outcome.report, "= crashed")
     if crash and outcome.status is not None and not crash[0].startswith(OURS):
         return "foreign", reason + place(crash)

@@ -150,8 +150,8 @@ Encoder::Encoder(const Settings& settings) {
         say(audio_->note());
         if (audio_->is_empty()) audio_.reset();
     }
-    must(avio_open(&format_->pb, as_file(settings.file).c_str(), AVIO_FLAG_WRITE), "file");
-    must(avformat_write_header(format_.get(), nullptr), "head of the file");
+    must(avio_open(&format_->pb, as_file(settings.file).c_str(), AVIO_FLAG_WRITE), "cannot be written");
+    must(avformat_write_header(format_.get(), nullptr), "its head cannot be written");
     must_have_had_memory();
 }
 
@@ -301,16 +301,16 @@ void Encoder::encode(const AVFrame* frame) {
         packet_->duration = 1;
         av_packet_rescale_ts(packet_.get(), codec_->time_base, stream_->time_base);
         packet_->stream_index = stream_->index;
-        must(av_interleaved_write_frame(format_.get(), packet_.get()), "file");
+        must(av_interleaved_write_frame(format_.get(), packet_.get()), "cannot be written");
     }
 }
 
 void Encoder::finish() {
     encode(nullptr);
     if (audio_) audio_->write_rest();
-    must(av_write_trailer(format_.get()), "end of the file");
+    must(av_write_trailer(format_.get()), "its end cannot be written");
     must_have_had_memory();
-    must(avio_closep(&format_->pb), "file");
+    must(avio_closep(&format_->pb), "cannot be written");
 }
 
 }  // namespace qx::movie

@@ -26,10 +26,13 @@ struct Stages {
     std::atomic<std::int64_t> making{0}, writing{0};  ///< nanoseconds
 
     template <class Work> static auto timed(std::atomic<std::int64_t>& stage, const Work& work) {
-        const auto start = std::chrono::steady_clock::now();
-        auto result = work();
-        stage += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
-        return result;
+        struct Clock {
+            std::atomic<std::int64_t>& stage;
+            const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+            ~Clock() { stage += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count(); }
+        };
+        const Clock clock{stage};
+        return work();
     }
 };
 

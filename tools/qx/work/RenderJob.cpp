@@ -83,10 +83,14 @@ std::string light_note(const Job& job, const std::string& name, const pictures::
     return mixed ? pictures::kLightIsMixed : "";
 }
 
+/// What a frame's losses are told of: the picture that it begins with, or the scene.
+std::string subject_of(const scene::Scene& scene, int number) {
+    return scene.background ? scene.background->at(number) : scene.file;
+}
+
 /// What a frame loses in its file.
 std::vector<Note> losses(const Job& job, int number, const std::string& name, const pictures::Picture& frame) {
-    const auto& background = job.scene.background;
-    const std::string subject = background ? background->at(number) : job.scene.file;
+    const std::string subject = subject_of(job.scene, number);
     const std::string mixed = light_note(job, name, frame);
     std::vector<Note> notes;
     if (!mixed.empty()) notes.push_back({mixed, mixed});
@@ -219,11 +223,11 @@ void render_movie(const scene::Scene& scene, const scene::FrameList& frames, con
         const auto shown = opaque_frame(options.output, *frame.world, movie.depth(), ground, frame_watch);
         std::vector<Note> notes;
         notes.reserve(lost.size());
-        for (const auto& note : lost) notes.push_back({note, pictures::about(scene.file, note)});
+        for (const auto& note : lost) notes.push_back({note, pictures::about(subject_of(scene, number), note)});
         return [&, number, shown, notes] {
             watch.must_go_on();
             once.say(notes);
-            movie.add(*shown);
+            Stages::timed(stages.writing, [&] { movie.add(*shown); });
             progress.done(number, false);
         };
     };

@@ -253,7 +253,7 @@ void retime_to_movie(RetimeJob& job) {
         return result;
     };
     const auto finish = [&](const Result& result) {
-        movie.add(*result.picture);
+        Stages::timed(job.stages.writing, [&] { movie.add(*result.picture); });
         say_detail("frame " + std::to_string(result.number), words_of(result.is_made));
     };
     make_all(job, make, finish, [&] {

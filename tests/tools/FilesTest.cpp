@@ -39,6 +39,9 @@ TEST_F(FileOptions, StandardStreamsHoldWhatFilesDo) {
     EXPECT_TRUE(same("d.png", "o.png"));
     std::string sixteen;  // B, G, R of 16 bits
     for (int i = 0; i < 320 * 3; ++i) sixteen += {static_cast<char>(i), static_cast<char>(i / 7)};
+    put("grey.raw", std::string(20 * 16, '\x47'));  // as packets of a stream begin
+    pass("comp - o.png --raw 20x16:gray -o e.png <grey.raw");
+    EXPECT_EQ(read("e.png").world->width, 20);
     put("deep.raw", sixteen);
     pass("convert - --raw 20x16:bgr48le -o deep.tif <deep.raw");
     pass("convert - --raw 20x16:bgr48le -o raw:- <deep.raw >back.raw");

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "pictures/Movie.h"
 #include "tools/qx/terminal/Messages.h"
 
 namespace qx::tool {
@@ -19,6 +20,11 @@ void add_reading_options(CLI::App& command, ReadingOptions& options) {
                     "what standard input (-) has, where it has no head: its size and its pixels, as FFmpeg names them, "
                     "such as 1920x1080:rgba")
         ->type_name("WxH:FORMAT");
+}
+
+bool ReadingOptions::reads_movie(const std::string& input) const {
+    const bool is_raw = !raw.empty() && pictures::is_standard_input(input);
+    return !is_raw && pictures::is_read_as_movie(input);
 }
 
 void ReadingOptions::check(const std::vector<std::string>& inputs) const {

@@ -18,6 +18,8 @@ struct ReadingOptions {
     std::string raw;
     /// Throws WrongUsage. @param cmyk  takes CMYK too
     pictures::ReadOptions read_options(bool cmyk = false) const;
+    /// Whether an input is read as a movie, which pixels without a head never are. Throws pictures::Failure.
+    bool reads_movie(const std::string& input) const;
     /// Throws WrongUsage where --raw is for none of the inputs.
     void check(const std::vector<std::string>& inputs) const;
 };

@@ -42,7 +42,7 @@ Material movie_of(const std::string& file, const CompOptions& options) {
 }
 
 Material material_of(const std::string& file, const CompOptions& options) {
-    if (pictures::is_read_as_movie(file)) return movie_of(file, options);
+    if (options.reading.reads_movie(file)) return movie_of(file, options);
     SignalWatch watch;
     pictures::ReadOptions head = options.reading.read_options();
     head.pixels = false;
@@ -134,8 +134,8 @@ void check_inputs_stay(const CompOptions& options) {
 }  // namespace
 
 bool is_of_movies(const CompOptions& options) {
-    const auto moves = [](const LayerOptions& layer) { return pictures::is_read_as_movie(layer.file); };
-    return pictures::is_movie(options.output) || pictures::is_read_as_movie(options.background) ||
+    const auto moves = [&](const LayerOptions& layer) { return options.reading.reads_movie(layer.file); };
+    return pictures::is_movie(options.output) || options.reading.reads_movie(options.background) ||
            std::ranges::any_of(options.layers, moves);
 }
 

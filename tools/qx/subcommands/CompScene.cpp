@@ -8,7 +8,6 @@
 #include <cstring>
 #include <filesystem>
 
-#include "pictures/Movie.h"
 #include "platform/standalone/Colour.h"
 #include "scene/LayerWords.h"
 #include "scene/Modes.h"
@@ -109,7 +108,7 @@ std::string CompScene::profile_of(const std::string& text) const {
 }
 
 Json CompScene::file_of(const std::string& path, const std::string& profile) const {
-    const bool is_clip = pictures::is_read_as_movie(path);
+    const bool is_clip = options_.reading.reads_movie(path);
     if (profile.empty() && !is_clip) return name_of(path);
     Json file{{is_clip ? "clip" : "name", name_of(path)}};
     if (is_clip) file["method"] = "nearest";  // of another rate: whole frames, as players show them

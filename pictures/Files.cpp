@@ -24,6 +24,8 @@
 namespace qx::pictures {
 namespace {
 
+constexpr const char* kNoFolder = "its folder is missing";
+
 std::string words(int error) {
     char text[128];
     return ::strerror_r(error, text, sizeof text);
@@ -179,6 +181,7 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
     if (descriptor < 0) {
         const int error = errno;
         temporary_.clear();
+        if (error == ENOENT) throw Failure(path, kNoFolder);
         fail(path, error);
     }
     note_unfinished(temporary_.c_str());
@@ -268,7 +271,7 @@ void check_folder(const std::string& path) {
     std::error_code ignored;
     const auto folder = std::filesystem::path(path).parent_path();
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
-        throw Failure(path, "its folder is missing");
+        throw Failure(path, kNoFolder);
     if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
 }
 

@@ -62,9 +62,11 @@ TEST_F(CompMovies, AreComposited) {
          "a.#.png b.png -o o.png => a.#.png: numbered pictures are for scenes",
          "b.png b.png -o o.mp4 => -o o.mp4: no movie is composited; qx render makes movies of scenes",
          "a.mkv b.png -o o.mp4 --effect " QX_TEST_EFFECTS "/Faulty.so => -o o.mp4: a scene names no effect by its file",
+         "a.mkv b.png -o o.ts => -o o.ts: its ending is none of png",
          "a.mkv b.png -o o.mp4 --jpeg-quality 80 => --jpeg-quality is for JPEG",
          "a.mkv b.png -o o.png --crf 20 => --crf is for movies"});
     expect_fault("comp none.mp4 b.png -o o.mp4", 1, "none.mp4: No such file");
+    expect_fault("comp a.mkv b.png -o no/o.mp4", 1, "no/o.mp4: its folder is missing");
     EXPECT_EQ(contents(folder / "a.mkv"), before);
 }
 

@@ -171,10 +171,10 @@ void check_inputs_stay(const scene::Scene& scene, const scene::FrameList& frames
 void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, const RenderOptions& options) {
     const scene::FrameList frames = listed.once();  // a movie shows a frame as often as it is listed
     const auto names = value_of("-o", [&] { return scene::FramePattern(options.output); });
+    check_frames_option(names.name(frames.frame(0)));
     if (frames.count() > 1 && !names.has_place() && !pictures::is_standard_output(options.output)) {
         throw WrongUsage("-o " + options.output + ": more than one frame needs a place for its number, such as ####");
     }
-    check_frames_option(names.name(frames.frame(0)));
     if (options.work.resume && pictures::is_standard_output(options.output))
         throw WrongUsage("--resume is for files, not for standard output");
     check_inputs_stay(scene, frames, names);

@@ -101,12 +101,12 @@ struct ClipOptions {
 std::unique_ptr<Clip> open_movie_clip(const std::string& path, const ClipOptions& options = {});
 
 /// Pictures by their numbers, which count frames of `rate`. A number that is missing is a fault, or with `gaps` makes
-/// the frame before it last longer. Throws pictures::Failure.
+/// the frame before it last longer, or with `holes` is a frame that cannot be read. Throws pictures::Failure.
 struct NumberedPictures {
     FramePattern name;
     FrameRange range;
     Rational rate = 25;
-    bool gaps = false;
+    bool gaps = false, holes = false;
 };
 std::unique_ptr<Clip> open_pictures_clip(const NumberedPictures& pictures, const ClipOptions& options = {},
                                          pictures::Watch& watch = pictures::unwatched());

@@ -34,7 +34,7 @@ private:
         for (int i = 0; i < pictures_.range.count(); ++i) {
             const int number = pictures_.range.frame(i);
             const std::string name = pictures_.name.name(number);
-            if (pictures::is_there(name)) {
+            if (pictures::is_there(name) || (pictures_.holes && !pictures_.gaps)) {
                 numbers_.push_back(number);
             } else if (!pictures_.gaps) {
                 throw pictures::Failure(name, "frame " + std::to_string(number) + " is missing");
@@ -45,8 +45,19 @@ private:
 
     Rational time_of_number(int number) const { return Rational(number - numbers_.front()) / pictures_.rate; }
 
+    /// The first that can be read; where none may be missing the first of all.
+    SharedPicture first_frame(pictures::Watch& watch) {
+        for (int i = 0; pictures_.holes && i + 1 < frames(); ++i) {
+            try {
+                return frame(i, watch);
+            } catch (const pictures::Failure&) {  // told of each result that needs it
+            }
+        }
+        return frame(pictures_.holes ? frames() - 1 : 0, watch);
+    }
+
     void look_at_first(pictures::Watch& watch) {
-        const SharedPicture first = frame(0, watch);
+        const SharedPicture first = first_frame(watch);
         facts_.width = first->world->width;
         facts_.height = first->world->height;
         facts_.depth = first->world->Depth();

@@ -127,6 +127,19 @@ TEST_F(Retime, GoesOnBehindAFrameThatFailsAndTellsWhichAndHowFar) {
     EXPECT_EQ(told("--speed 0.5 --method blend --cuts none -o o.#.png --resume")["skipped"], 5);
 }
 
+TEST_F(Retime, GoesOnWhereTheFirstFrameIsMissingOrDamaged) {
+    for (const bool is_missing : {true, false}) {
+        std::filesystem::remove(folder / source(1));
+        if (!is_missing) put_contents(folder / source(1), "no picture");
+        const auto outcome = retime("--speed 0.5 --method blend --cuts none -o o.#.png --keep-going");
+        EXPECT_EQ(outcome.status, 5) << outcome.errors;
+        EXPECT_HOLDS(outcome.errors, "qx: 2 of 8 frames failed: 1,2");
+        EXPECT_FALSE(std::filesystem::exists(folder / "o.2.png"));
+        EXPECT_TRUE(same("o.3.png", source(2)));
+    }
+    EXPECT_EQ(retime("--speed 0.5 -o p.#.png").status, 1);
+}
+
 TEST_F(Retime, HoldsOrMixesOnACut) {
     for (int i = 3; i <= 4; ++i) {
         write(source(i), 64, 48, [=](int x, int y) {

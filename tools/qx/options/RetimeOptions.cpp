@@ -129,7 +129,7 @@ std::unique_ptr<scene::Clip> RetimeCommandOptions::open(std::uint64_t most_bytes
     }
     const auto in_fps = exact("--in-fps", in_rate, scene::rate_of_text);
     const scene::NumberedPictures pictures{scene::FramePattern(input), scene::frame_range(in),
-                                           in_fps.value_or(scene::Rational(25)), gaps};
+                                           in_fps.value_or(scene::Rational(25)), gaps, work.keep_going};
     return scene::open_pictures_clip(pictures, options, watch);
 }
 

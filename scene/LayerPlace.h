@@ -46,7 +46,8 @@ struct Settled {
     std::optional<M_Matrix3> matrix;  ///< from the layer to the background, place included; none for a plain copy
 };
 
-/// @param shape  the layer's own transform, about which the place moves it: scale, turn, matrix; null for none
+/// @param placing  scale and turn of the layer, which the place moves, or null
+/// @param matrix  in place of them, or null
 Settled settle(const LayerPlace& place, const Placing* placing, const M_Matrix3* matrix, Extent layer,
                Extent background);
 

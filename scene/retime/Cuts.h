@@ -26,7 +26,8 @@ struct Difference {
 Difference difference(const SmallLuma& a, const SmallLuma& b);
 
 /// True when the second frame of a pair begins a shot.
-/// @param before, after  of the pair's neighbours; null where there are none
+/// @param before  of the pair before it; null where there is none
+/// @param after  of the pair behind it; null where there is none
 bool is_cut(const Difference& pair, const Difference* before, const Difference* after);
 
 enum class CutSearch { automatic, none, listed };

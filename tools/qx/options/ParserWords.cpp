@@ -29,7 +29,7 @@ std::string number_in(std::string_view text) {
 }  // namespace
 
 std::string words_of(const CLI::ParseError& fault, const CLI::App& app) {
-    const std::string said = fault.what();
+    std::string said = fault.what();
     if (said.ends_with(kIsRequired) && !app.get_subcommands().empty())
         return shown_name(said.substr(0, said.size() - kIsRequired.size()), app) + std::string(kIsRequired);
     if (said.ends_with(kFlagHasValue))

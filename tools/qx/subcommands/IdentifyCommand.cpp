@@ -36,7 +36,7 @@ Example:
   qx identify frame.exr --json)";
 
 /// What is told of a file: lines of a name and a value, which are texts, numbers or lists.
-struct Told {
+struct Told {           // NOLINT(bugprone-exception-escape): moves of the JSON library throw nothing
     std::string title;  ///< the first line
     Json json;
 };

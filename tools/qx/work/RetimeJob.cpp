@@ -20,10 +20,11 @@
 namespace qx::tool {
 namespace {
 
+constexpr int kMostOfTask = 32;
+
 /// One pair is a task with all that lies in it, so that its frames are read and its vectors are there; but results wait
 /// for their turn in memory, so not without end.
 /// @return the ends of the tasks, as indices of the range
-constexpr int kMostOfTask = 32;
 std::vector<int> tasks_of(const scene::FrameRange& range, const scene::TimeMap& map) {
     std::vector<int> ends;
     int pair = -1, begin = 0;
@@ -57,6 +58,7 @@ const char* words_of(bool is_made) { return is_made ? "made" : "copied"; }
 
 std::vector<Note> notes_on(const std::string& file, const std::vector<std::string>& notes) {
     std::vector<Note> all;
+    all.reserve(notes.size());
     for (const auto& note : notes) all.push_back({note, pictures::about(file, note)});
     return all;
 }

@@ -270,8 +270,7 @@ void OutputFile::commit() {
 void check_folder(const std::string& path) {
     std::error_code ignored;
     const auto folder = std::filesystem::path(path).parent_path();
-    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored))
-        throw Failure(path, kNoFolder);
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) throw Failure(path, kNoFolder);
     if (std::filesystem::is_directory(path, ignored)) throw Failure(path, "is a folder");
 }
 

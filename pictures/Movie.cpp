@@ -143,6 +143,14 @@ MovieColours MovieReader::colours() const {
     return {tags.primaries, tags.transfer, tags.matrix, tags.range};
 }
 
+InFile MovieReader::in_file() const {
+    InFile stored;
+    stored.size = {facts_.width, facts_.height};
+    stored.depth = facts_.depth;
+    stored.orientation = facts_.showing.orientation;
+    return stored;
+}
+
 std::span<const std::int64_t> MovieReader::stamps() const {
     return {facts_.stamps, static_cast<std::size_t>(facts_.frames) + 1};
 }

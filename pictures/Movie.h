@@ -92,6 +92,7 @@ public:
     const std::string& path() const { return path_; }
     const movie::Facts& facts() const { return facts_; }
     MovieColours colours() const;
+    InFile in_file() const;  ///< size and orientation as they are stored
     int frames() const { return static_cast<int>(facts_.frames); }
     /// Of frame 0 and so on, rising, in units of `facts().time_base` seconds; behind the last its end.
     std::span<const std::int64_t> stamps() const;

@@ -43,18 +43,11 @@ public:
 private:
     /// To those of frames as they are to be seen.
     void turn_facts() {
-        const auto size = pictures::turned_size(in_file());
+        const auto size = pictures::turned_size(movie_.in_file());
         if (pictures::turn_of(facts_.orientation).exchanged) facts_.aspect = Rational(1) / facts_.aspect;
         facts_.width = size.width;
         facts_.height = size.height;
         turn_ = std::exchange(facts_.orientation, 1);
-    }
-
-    pictures::InFile in_file() const {
-        pictures::InFile stored;
-        stored.size = {movie_.facts().width, movie_.facts().height};
-        stored.orientation = movie_.facts().showing.orientation;
-        return stored;
     }
 
     /// Stamps that the container's units have rounded are brought back to the rate, so that times meet.
@@ -72,7 +65,7 @@ private:
     SharedPicture read(int index) {
         pictures::Picture frame = movie_.read(index);
         if (turn_ != 1) {
-            frame.in_file = in_file();
+            frame.in_file = movie_.in_file();
             pictures::turn(movie_.path(), frame);
         }
         return std::make_shared<const pictures::Picture>(std::move(frame));

@@ -20,7 +20,7 @@ struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What was chosen cannot be had. The words begin with the choice.
+/// What was chosen cannot be had. The words name the choice.
 struct BadChoice : Failure {
     using Failure::Failure;
 };

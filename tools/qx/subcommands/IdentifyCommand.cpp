@@ -96,18 +96,10 @@ Told identify_picture(const std::string& file, pictures::Watch& watch) {
     return told;
 }
 
-/// As frames are seen.
-pictures::PictureSize size_of(const movie::Facts& facts) {
-    pictures::InFile stored;
-    stored.size = {facts.width, facts.height};
-    stored.orientation = facts.showing.orientation;
-    return pictures::turned_size(stored);
-}
-
 Told identify_movie(const std::string& file) {
     const pictures::MovieReader movie(file);
     const auto& facts = movie.facts();
-    const pictures::PictureSize size = size_of(facts);
+    const pictures::PictureSize size = pictures::turned_size(movie.in_file());
     const double rate = static_cast<double>(facts.rate.number) / static_cast<double>(facts.rate.per);
     const auto ticks = static_cast<double>(movie.stamps().back() - movie.stamps().front());
     const double seconds =

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "pictures/Dither.h"
 #include "pictures/Light.h"
@@ -50,8 +51,8 @@ struct Job {
     const scene::FrameList frames;
     scene::SceneRender& render;
     pictures::Watch& watch;
-    const std::string mark;  ///< that files of pictures keep, each with its number
-    const scene::InputChanges changes{scene};
+    const std::string mark;                                     ///< that files of pictures keep, each with its number
+    std::optional<scene::InputChanges> changes = std::nullopt;  ///< where frames that are there may stay
 
     /// A file of another frame is none of this one.
     std::string mark_of(int number) const { return mark + "-" + std::to_string(number); }
@@ -109,7 +110,7 @@ struct MadeFrame {
 /// True when the file of a frame is there and as it should be.
 bool is_made(const Job& job, int number, const std::string& path, pictures::Watch& watch) {
     if (!pictures::is_there(path)) return false;
-    WantedFrame wanted{0, 0, job.mark_of(number), job.changes.latest(number)};
+    WantedFrame wanted{0, 0, job.mark_of(number), job.changes->latest(number)};
     job.render.size(number, watch, &wanted.width, &wanted.height);
     return is_whole(path, wanted, watch);
 }
@@ -182,7 +183,9 @@ void render_pictures(const scene::Scene& scene, const scene::FrameList& listed, 
     SignalWatch watch;
     scene::SceneRender render(scene, say_note, first_of(scene, frames), watch);
     if (options.work.resume) pictures::sweep_unfinished(names.name(frames.frame(0)));
-    make_pictures({options, scene, frames, render, watch, mark_of_job(scene, options)}, names);
+    Job job{options, scene, frames, render, watch, mark_of_job(scene, options)};
+    if (options.work.resume) job.changes.emplace(scene);
+    make_pictures(job, names);
 }
 
 void render_movie(const scene::Scene& scene, const scene::FrameList& frames, const RenderOptions& options) {
